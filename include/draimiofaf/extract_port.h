@@ -1,0 +1,61 @@
+/*
+ * Extraction of the port commands: the switch-wide defaults and the settings of interfaces. The
+ * out-arguments, the answers and the result codes are those of extract.h.
+ */
+#ifndef DRAIMIOFAF_EXTRACT_PORT_H
+#define DRAIMIOFAF_EXTRACT_PORT_H
+
+#include "draimiofaf/types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/*
+ * STP_MCEC_CMD_GBL_LOOPGUARD, _BRIDGE_ASSURANCE, _MST_SIMULATE_PVST: 1 in the positive form, 0 in
+ * the negating one.
+ */
+STP_MCEC_API uint32_t stp_mcec_extract_gbl_params(void *handle, uint32_t cmd_id,
+                                                  uint8_t **tlv_array, uint32_t *num_extract_info,
+                                                  uint32_t *is_cmd,
+                                                  mcecm_app_cmd_extract_info_t **extract_info);
+
+/*
+ * STP_MCEC_CMD_GBL_EDGE, _NETWORK, _EDGE_BPDUGUARD, _EDGE_BPDUFILTER: set or clear a flag of the
+ * cached word. Edge and network exclude each other; without both, ports are normal. Other bits of
+ * the word stay.
+ */
+STP_MCEC_API uint32_t stp_mcec_extract_gbl_port_type_param(
+    void *handle, uint32_t cmd_id, uint8_t **tlv_array, uint32_t *num_extract_info,
+    uint32_t *is_cmd, mcecm_app_cmd_extract_info_t **extract_info);
+
+/*
+ * STP_MCEC_CMD_IF_*: the value of the command for every port of its interface ranges that is a
+ * member of a multi-chassis port channel, one record for each and one entry for all. Nothing is
+ * handed out when none is, nor when the first port is a pod host interface on an internal channel.
+ *
+ * STP_MCEC_ERR_INVALID_ARG also for a range list that is longer than its attribute.
+ * STP_MCEC_ERR_NO_MCEC_INFO: the ports counted as members were none when their turn came; the
+ *     records are not valid, *tlv_array is NULL, the command is not answered.
+ */
+STP_MCEC_API uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, uint8_t **tlv_array,
+                                                 uint32_t *num_extract_info, uint32_t *is_cmd,
+                                                 mcecm_app_cmd_extract_info_t **extract_info);
+
+/*
+ * The parameter that an interface command sets and its value. Does not answer the command.
+ *
+ * *value: host byte order. *type: 10, 11 or 12. *is_del: 1 when the command is in its negating
+ * form, else left alone.
+ *
+ * 0, or STP_MCEC_ERR_INVALID_ARG for another command or an unknown mode or guard: nothing is
+ * written.
+ */
+STP_MCEC_API uint32_t stp_mcec_extract_if_param_val(void *handle, uint32_t cmd_id, uint32_t *value,
+                                                    uint16_t *type, uint32_t *is_del);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

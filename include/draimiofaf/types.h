@@ -1,0 +1,272 @@
+/*
+ * Shared records, codes and constants of libdraimiofaf: what the other headers and the processes
+ * that load the library have in common. C11 and C++20.
+ *
+ * Byte order: a value inside a TLV array or in the cache is in network byte order; the fields of
+ * the records below are in host byte order unless they say otherwise.
+ */
+#ifndef DRAIMIOFAF_TYPES_H
+#define DRAIMIOFAF_TYPES_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define STP_MCEC_API __attribute__((visibility("default")))
+#else
+#define STP_MCEC_API
+#endif
+
+/*
+ * The twelve type-1 parameters, the settings that must be equal on both peers of a multi-chassis
+ * port channel: X(name, type, scope, length of the value in bytes, mismatch code).
+ *
+ * GLOBAL parameters belong to the switch and are cached under interface index 0, INTERFACE ones
+ * under the index of their interface.
+ *
+ *   STP_MODE                 one word: STP_MCEC_STP_MODE_*; Rapid-PVST by default
+ *   STP_ENDIS                bmp4096_t, a set bit is a VLAN on which spanning tree is disabled
+ *   MST_REGION_NAME          text, NUL-terminated unless it fills the value
+ *   MST_REGION_REVISION      one word
+ *   MST_REGION_VI_MAP        4096 16-bit words, the MST instance of VLAN 0 to 4095
+ *   LOOP_GUARD               one word, 0 disabled (the default), else enabled
+ *   BRIDGE_ASSURANCE         one word, 0 disabled, else enabled (the default)
+ *   GBL_PORT_TYPE            one word of STP_MCEC_GBL_PORT_TYPE_* flags, 0 by default
+ *   GBL_MST_SIMULATE_PVST    one word, 0 disabled, else enabled (the default)
+ *   IFI_PORT_TYPE            one word: 0 default, 1 edge, 2 normal, 3 edge trunk, 4 network
+ *   IFI_PORT_GUARD           one word: 0 default, 1 root guard, 2 loop guard, 3 none
+ *   IFI_MST_SIMULATE_PVST    one word: 0 default, 1 enabled, 2 disabled, 3 default enabled,
+ *                            4 default disabled
+ */
+#define STP_MCEC_TYPE1_PARAMETERS(X)                 \
+  X(STP_MODE, 1, GLOBAL, 4, 0x40DD003B)              \
+  X(STP_ENDIS, 2, GLOBAL, 516, 0x40DD003C)           \
+  X(MST_REGION_NAME, 3, GLOBAL, 32, 0x40DD003D)      \
+  X(MST_REGION_REVISION, 4, GLOBAL, 4, 0x40DD003E)   \
+  X(MST_REGION_VI_MAP, 5, GLOBAL, 8192, 0x40DD003F)  \
+  X(LOOP_GUARD, 6, GLOBAL, 4, 0x40DD0040)            \
+  X(BRIDGE_ASSURANCE, 7, GLOBAL, 4, 0x40DD0041)      \
+  X(GBL_PORT_TYPE, 8, GLOBAL, 4, 0x40DD0042)         \
+  X(GBL_MST_SIMULATE_PVST, 9, GLOBAL, 4, 0x40DD0045) \
+  X(IFI_PORT_TYPE, 10, INTERFACE, 4, 0x40DD0043)     \
+  X(IFI_PORT_GUARD, 11, INTERFACE, 4, 0x40DD0044)    \
+  X(IFI_MST_SIMULATE_PVST, 12, INTERFACE, 4, 0x40DD0046)
+
+/* The type of a parameter, as TLVs, cache nodes and records carry it. */
+typedef uint16_t stp_mcec_type1_cfg_type_t;
+
+/* STP_MCEC_TYPE1_STP_MODE (1) to STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST (12). */
+enum {
+#define STP_MCEC_ENUMERATOR(name, type, scope, length, code) STP_MCEC_TYPE1_##name = (type),
+  STP_MCEC_TYPE1_PARAMETERS(STP_MCEC_ENUMERATOR)
+#undef STP_MCEC_ENUMERATOR
+};
+
+/*
+ * Result codes besides 0 (success) and the twelve mismatch codes: X(name, code). 1 is returned
+ * where a block for the caller cannot be allocated. The codes of the platform's TLV library pass
+ * through unchanged.
+ *
+ *   FAILURE            a check could not be carried out; also the mismatch code of no parameter
+ *   NO_MEMORY          a cache node or its value could not be allocated
+ *   INVALID_ARG        a required argument is missing or out of range
+ *   TYPE1_PARAM_NULL   one of the two arrays of a check is missing
+ *   NO_MCEC_INFO       the interface has no multi-chassis port channel
+ */
+#define STP_MCEC_RESULT_CODES(X)      \
+  X(ERR_FAILURE, 0x40DD0001)          \
+  X(ERR_NO_MEMORY, 0x40DD0002)        \
+  X(ERR_INVALID_ARG, 0x40DD0003)      \
+  X(ERR_TYPE1_PARAM_NULL, 0x40DD003A) \
+  X(ERR_NO_MCEC_INFO, 0x41B70016)
+
+/* STP_MCEC_ERR_FAILURE and the like, and a mismatch code for each parameter, for instance
+ * STP_MCEC_ERR_TYPE1_LOOP_GUARD. */
+enum {
+#define STP_MCEC_ENUMERATOR(name, code) STP_MCEC_##name = (code),
+  STP_MCEC_RESULT_CODES(STP_MCEC_ENUMERATOR)
+#undef STP_MCEC_ENUMERATOR
+#define STP_MCEC_ENUMERATOR(name, type, scope, length, code) STP_MCEC_ERR_TYPE1_##name = (code),
+      STP_MCEC_TYPE1_PARAMETERS(STP_MCEC_ENUMERATOR)
+#undef STP_MCEC_ENUMERATOR
+};
+
+/* A block for the caller could not be allocated. */
+#define STP_MCEC_RESULT_NO_BLOCK UINT32_C(1)
+/* Rapid-PVST refused: more than STP_MCEC_PVRST_MAX_USER_VLANS user VLANs are configured. */
+#define STP_MCEC_RESULT_PVRST_REFUSED UINT32_C(0xFFFFFFFF)
+
+/* Values of STP_MODE, and the most user VLANs with which Rapid-PVST is accepted. */
+enum {
+  STP_MCEC_STP_MODE_MST = 4,
+  STP_MCEC_STP_MODE_RAPID_PVST = 5,
+  STP_MCEC_PVRST_MAX_USER_VLANS = 507,
+};
+
+/* Flags of GBL_PORT_TYPE: what the ports of the switch are unless their interface says otherwise.
+ * NORMAL is set by the commands exactly when neither EDGE nor NETWORK is. */
+enum {
+  STP_MCEC_GBL_PORT_TYPE_EDGE = 0x1,
+  STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD = 0x2,
+  STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER = 0x4,
+  STP_MCEC_GBL_PORT_TYPE_NETWORK = 0x8,
+  STP_MCEC_GBL_PORT_TYPE_NORMAL = 0x10,
+};
+
+/*
+ * A set of VLANs 0 to 4095, 516 bytes:
+ *
+ *   0        4                                    516
+ *   +--------+------------------------------------+
+ *   | size   | bmp: VLAN n is bit 0x80 >> (n % 8) |
+ *   | = 512  |      of bmp[n / 8]                 |
+ *   +--------+------------------------------------+
+ *
+ * size is in network byte order inside a TLV, a cached value or a message, in host byte order in
+ * the records that a check is given and fills. The bitmap bytes have no byte order.
+ */
+typedef struct bmp4096 {
+  uint32_t size;
+  uint8_t bmp[512];
+} bmp4096_t;
+
+/* The block a cache node's value lives in: len bytes, as in a TLV. */
+typedef uint8_t type1_cfg_avl_val_t;
+
+/* A node of the cache, and (with len and val zero) the key that finds it. */
+typedef struct type1_cfg_avl_node {
+  uint32_t if_index; /* 0 for a global parameter */
+  stp_mcec_type1_cfg_type_t type;
+  uint16_t len;             /* bytes of val; does not change in a node's life */
+  type1_cfg_avl_val_t *val; /* owned by the node; network byte order */
+} type1_cfg_avl_node_t;
+
+/* One parameter on one interface that the caller of an extraction is to check. */
+typedef struct mcecm_app_cmd_extract_info {
+  uint32_t type;      /* the parameter, whose value is in the TLV array */
+  uint32_t valid;     /* 1; 0: a slot that was not filled, to be ignored */
+  uint32_t is_global; /* not 0 for a parameter of the switch */
+  uint32_t if_index;  /* the interface, 0 for a parameter of the switch */
+} mcecm_app_cmd_extract_info_t;
+
+/* One parameter for display: texts are NUL-terminated and cut to 99 characters. */
+typedef struct mcecm_app_info {
+  uint32_t app_code; /* STP_MCEC_APP_CODE */
+  uint32_t param_type;
+  uint32_t reserved;   /* 0 */
+  char component[100]; /* "STP" */
+  char param_name[100];
+  char param_value[100];
+} mcecm_app_info_t;
+
+/* The block of a report: count records follow the count, mcecm_app_info_t[count]. */
+typedef struct mcecm_app_info_report {
+  uint32_t count;
+  mcecm_app_info_t records[1];
+} mcecm_app_info_report_t;
+
+enum {
+  STP_MCEC_APP_CODE = 171,
+  /* By this number the library is known to the memory tracker and the event history. */
+  STP_MCEC_LIB_SERVICE_ID = 633,
+  /* A TLV array takes this many bytes besides its entries. */
+  STP_MCEC_TLV_ARRAY_HDR_SIZE = 4,
+  /* Opcodes of the messages that an extraction takes. */
+  STP_MCEC_MTS_OPC_CMD_REQ = 7682,
+  STP_MCEC_MTS_OPC_TYPE1_UPD = 0x1A00B,
+  /* In both kinds of update message the TLV array starts this many bytes into the payload. */
+  STP_MCEC_TYPE1_UPD_HDR_SIZE = 16,
+};
+
+/*
+ * Memory types, one for each place that allocates: X(name, number). Blocks that the library hands
+ * out carry them, and are released with mtrack_free.
+ */
+#define STP_MCEC_LIB_MEM_TYPES(X)      \
+  X(NONE, 0)                           \
+  X(type1_cfg_avl_node_t, 1)           \
+  X(type1_cfg_avl_val_t, 2)            \
+  X(tlv_array_t, 3)                    \
+  X(mcecm_app_info_t, 4)               \
+  X(mcecm_app_cmd_extract_info_t, 5)   \
+  X(tlv_array_1_t, 6)                  \
+  X(tlv_array_2_t, 7)                  \
+  X(tlv_array_3_t, 8)                  \
+  X(tlv_array_4_t, 9)                  \
+  X(tlv_array_5_t, 10)                 \
+  X(tlv_array_6_t, 11)                 \
+  X(tlv_array_7_t, 12)                 \
+  X(tlv_array_8_t, 13)                 \
+  X(mcecm_app_cmd1_extract_info_t, 14) \
+  X(mcecm_app_cmd2_extract_info_t, 15) \
+  X(mcecm_app_cmd3_extract_info_t, 16) \
+  X(mcecm_app_cmd4_extract_info_t, 17) \
+  X(mcecm_app_cmd5_extract_info_t, 18) \
+  X(mcecm_app_cmd6_extract_info_t, 19) \
+  X(mcecm_app_cmd7_extract_info_t, 20) \
+  X(MAX, 21)
+
+typedef uint32_t stp_mcec_lib_mem_type_t;
+
+enum {
+#define STP_MCEC_ENUMERATOR(name, number) STP_MCEC_LIB_MEM_##name = (number),
+  STP_MCEC_LIB_MEM_TYPES(STP_MCEC_ENUMERATOR)
+#undef STP_MCEC_ENUMERATOR
+};
+
+/*
+ * Configuration commands: X(name, identifier, sub-extractor, gated). A GATED command concerns the
+ * check only while a multi-chassis trunk exists; the interface commands decide port by port.
+ */
+#define STP_MCEC_COMMANDS(X)                                              \
+  X(STP_MODE, 1, stp_mcec_extract_stp_mode_param, GATED)                  \
+  X(STP_ENDIS, 2, stp_mcec_extract_stp_endis_param, GATED)                \
+  X(IF_PORT_MODE, 13, stp_mcec_extract_if_params, UNGATED)                \
+  X(IF_GUARD, 17, stp_mcec_extract_if_params, UNGATED)                    \
+  X(GBL_EDGE, 18, stp_mcec_extract_gbl_port_type_param, GATED)            \
+  X(GBL_EDGE_BPDUGUARD, 19, stp_mcec_extract_gbl_port_type_param, GATED)  \
+  X(GBL_EDGE_BPDUFILTER, 20, stp_mcec_extract_gbl_port_type_param, GATED) \
+  X(GBL_LOOPGUARD, 21, stp_mcec_extract_gbl_params, GATED)                \
+  X(MST_REGION_RESET, 43, stp_mcec_extract_reset_mst_region_cfg, GATED)   \
+  X(GBL_NETWORK, 45, stp_mcec_extract_gbl_port_type_param, GATED)         \
+  X(GBL_BRIDGE_ASSURANCE, 46, stp_mcec_extract_gbl_params, GATED)         \
+  X(IF_PORT_TYPE, 47, stp_mcec_extract_if_params, UNGATED)                \
+  X(IF_EDGE_TRUNK, 48, stp_mcec_extract_if_params, UNGATED)               \
+  X(GBL_MST_SIMULATE_PVST, 49, stp_mcec_extract_gbl_params, GATED)        \
+  X(IF_MST_SIMULATE_PVST, 50, stp_mcec_extract_if_params, UNGATED)
+
+enum {
+#define STP_MCEC_ENUMERATOR(name, id, extractor, gate) STP_MCEC_CMD_##name = (id),
+  STP_MCEC_COMMANDS(STP_MCEC_ENUMERATOR)
+#undef STP_MCEC_ENUMERATOR
+};
+
+/*
+ * Attributes of the commands; words are in host byte order.
+ *
+ *   STP_MODE        the mode, one word
+ *   VLAN_LIST       a VLAN range list:   | unread | n | first last | first last | ...   (words)
+ *   IFINDEX         the interface ranges: | unread | n | unread | unread | first last | ... (words)
+ *   IF_PORT_MODE, IF_PORT_TYPE   one word: 2 normal, 3 edge trunk, 4 network, 5 edge
+ *   IF_GUARD        one word: 1 root guard, 2 loop guard, 3 none
+ *   IF_MST_SIMULATE_PVST         its presence disables the simulation; the value is not read
+ *
+ * The _2 identifiers say the same as their namesakes, from another form of the command.
+ */
+enum {
+  STP_MCEC_ATTR_STP_MODE = 0x2020002,
+  STP_MCEC_ATTR_VLAN_LIST = 0x13020005,
+  STP_MCEC_ATTR_IFINDEX = 0xD030001,
+  STP_MCEC_ATTR_IF_PORT_MODE = 0x2020036,
+  STP_MCEC_ATTR_IF_PORT_MODE_2 = 0x202003C,
+  STP_MCEC_ATTR_IF_PORT_TYPE = 0x202003F,
+  STP_MCEC_ATTR_IF_PORT_TYPE_2 = 0x2020048,
+  STP_MCEC_ATTR_IF_GUARD = 0x2020065,
+  STP_MCEC_ATTR_IF_GUARD_2 = 0x2020068,
+  STP_MCEC_ATTR_IF_MST_SIMULATE_PVST = 0x202008B,
+  STP_MCEC_ATTR_IF_MST_SIMULATE_PVST_2 = 0x2020091,
+};
+
+/* The layer mode of an interface that spanning tree runs on. */
+enum { STP_MCEC_IF_LAYER_MODE_ACCEPTED = 2 };
+
+#endif

@@ -1,0 +1,38 @@
+/*
+ * Interface manager: the layer mode of interfaces.
+ */
+#ifndef DRAIMIOFAF_PLATFORM_IM_H
+#define DRAIMIOFAF_PLATFORM_IM_H
+
+#include <stdint.h>
+
+/*
+ * One query, and its answer:
+ *
+ *   0          4                20           24                536
+ *   +----------+----------------+------------+-----------------+
+ *   | if_index | the platform's | layer_mode | the platform's  |
+ *   +----------+----------------+------------+-----------------+
+ *
+ * Words are in host byte order. The library fills in if_index and leaves the rest 0.
+ */
+typedef struct im_ifindex_layermode {
+  uint32_t if_index;
+  uint8_t platform_1[16];
+  uint32_t layer_mode;
+  uint8_t platform_2[512];
+} im_ifindex_layermode_t;
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Fill in the layer mode of each of count entries (im_ifindex_layermode_t). 0: filled in; else the
+ * entries are not to be read. */
+uint32_t im_get_ifindex_layermode_list(void *entries, uint32_t count);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

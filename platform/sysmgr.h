@@ -1,0 +1,20 @@
+/*
+ * System manager.
+ */
+#ifndef DRAIMIOFAF_PLATFORM_SYSMGR_H
+#define DRAIMIOFAF_PLATFORM_SYSMGR_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* The number of the partition in which the process runs; the low 16 bits count. */
+uint32_t sysmgr_slc_get(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,62 @@
+#include "cache/store.h"
+
+#include <utility>
+
+#include "avl.h"
+#include "draimiofaf/cache.h"
+#include "foundation/runtime.h"
+
+namespace mcec::cache {
+
+Node *find(const void *key) {
+  return static_cast<Node *>(avl_find(stp_mcec_type1_cfg_avl, key));
+}
+
+Node *add(uint32_t if_index, uint16_t type, Bytes value) {
+  const auto length = static_cast<uint16_t>(value.size());
+  Block<Node> node(
+      static_cast<Node *>(zalloc(STP_MCEC_LIB_MEM_type1_cfg_avl_node_t, sizeof(Node))));
+  if (!node) return nullptr;
+  *node = key(if_index, type);
+  node->len = length;
+  node->val =
+      static_cast<type1_cfg_avl_val_t *>(zalloc(STP_MCEC_LIB_MEM_type1_cfg_avl_val_t, length));
+  if (node->val == nullptr) return nullptr;
+  fill({node->val, length}, value);
+  avl_insert(stp_mcec_type1_cfg_avl, node.get());
+  return node.release();
+}
+
+Put put(uint32_t if_index, uint16_t type, Bytes value) {
+  if (Node *node = find(if_index, type); node != nullptr) {
+    if (node->val != nullptr) fill({node->val, node->len}, value);
+    return Put::replaced;
+  }
+  return add(if_index, type, value) != nullptr ? Put::added : Put::no_memory;
+}
+
+}  // namespace mcec::cache
+
+using namespace mcec;
+
+void *stp_mcec_type1_cfg_avl = nullptr;
+
+extern "C" int stp_mcec_type1_cfg_avl_cmp_func(const void *a, const void *b) {
+  const auto &left = *static_cast<const cache::Node *>(a);
+  const auto &right = *static_cast<const cache::Node *>(b);
+  if (left.if_index != right.if_index) return left.if_index > right.if_index ? 1 : -1;
+  if (left.type != right.type) return left.type > right.type ? 1 : -1;
+  return 0;
+}
+
+extern "C" void stp_mcec_type1_cfg_avl_free(void *node) {
+  Block<cache::Node> released(static_cast<cache::Node *>(node));
+  if (released->val != nullptr) mtrack_free(std::exchange(released->val, nullptr));
+}
+
+extern "C" void stp_mcec_type1_cfg_delete_cache_node(uint16_t type, uint32_t if_index) {
+  cache::Node *node = cache::find(if_index, type);
+  if (node == nullptr) return;
+  avl_delete(stp_mcec_type1_cfg_avl, node);
+  stp_mcec_type1_cfg_avl_free(node);
+}

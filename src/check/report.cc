@@ -1,0 +1,151 @@
+// The report: an array as records for display, each value of the switch logged beside the cached
+// one.
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+#include "cache/store.h"
+#include "draimiofaf/check.h"
+#include "draimiofaf/foundation.h"
+#include "foundation/bitmap.h"
+#include "foundation/catalogue.h"
+#include "foundation/runtime.h"
+
+using namespace mcec;
+
+namespace {
+
+constexpr char component[] = "STP";
+constexpr char not_cached[] = "Not Available";
+
+using ValueText = char[sizeof(mcecm_app_info_t::param_value)];
+
+void show_flags(ValueText &text, uint32_t flags) {
+  std::snprintf(text, sizeof text, "%s, %s, %s", port_type_text(flags),
+                enabled_text((flags & STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER) != 0),
+                enabled_text((flags & STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD) != 0));
+}
+
+void show_vlans(ValueText &text, const VlanSet &vlans) {
+  if (count(vlans) == 0) {
+    std::snprintf(text, sizeof text, "None");
+  } else {
+    std::snprintf(text, sizeof text, "VLANs %s", text_of(vlans));
+  }
+}
+
+void show_text(ValueText &text, Bytes value) {
+  const int length = text_length(value);
+  if (length == 0) {
+    std::snprintf(text, sizeof text, "\"\"");
+  } else {
+    std::snprintf(text, sizeof text, "%.*s", length, text_of(value));
+  }
+}
+
+void show(ValueText &text, const Parameter &parameter, Bytes value) {
+  switch (parameter.form) {
+    case Form::number:
+      std::snprintf(text, sizeof text, "%d", word_of(value));
+      break;
+    case Form::choice:
+      std::snprintf(text, sizeof text, "%s", choice_text(parameter, word_of(value)));
+      break;
+    case Form::flags:
+      show_flags(text, word_of(value));
+      break;
+    case Form::text:
+      show_text(text, value);
+      break;
+    case Form::vlans:
+      show_vlans(text, vlans_of(value));
+      break;
+    case Form::map:
+      break;
+  }
+}
+
+// A word as the log prints it.
+struct WordText {
+  char text[16];
+
+  WordText(Form form, uint32_t word) {
+    std::snprintf(text, sizeof text, form == Form::flags ? "0x%x" : "%d", word);
+  }
+};
+
+void log_word(const char *operation, const Parameter &parameter, Bytes value) {
+  const WordText given(parameter.form, word_of(value));
+  if (parameter.scope == Scope::INTERFACE) {
+    MCEC_LOG(operation, "Type %s - val = %s\n", parameter.name, given.text);
+    return;
+  }
+  const cache::Node *cached = cache::find(0, parameter.type);
+  const WordText cached_text(parameter.form,
+                             cached != nullptr ? word_of(cache::value_of(*cached)) : 0);
+  MCEC_LOG(operation, "Type %s - val = %s, cval = %s\n", parameter.name, given.text,
+           cached != nullptr ? cached_text.text : not_cached);
+}
+
+// Long values take a line each, the second without a head.
+void log_long(const char *operation, const Parameter &parameter, Bytes value) {
+  const auto log_given = [&](int length, const char *text) {
+    MCEC_LOG(operation, "Type %s - val = %.*s, ", parameter.name, length, text);
+  };
+  const auto log_cached = [](int length, const char *text) {
+    hist_log("cval = %.*s\n", length, text);
+  };
+  const auto log = [&parameter](Bytes bytes, auto line) {
+    if (parameter.form == Form::vlans) {
+      line(INT_MAX, text_of(vlans_of(bytes)));
+    } else {
+      line(text_length(bytes), text_of(bytes));
+    }
+  };
+  log(value, log_given);
+  const cache::Node *cached = cache::find(0, parameter.type);
+  if (cached != nullptr) {
+    log(cache::value_of(*cached), log_cached);
+  } else {
+    log_cached(INT_MAX, not_cached);
+  }
+}
+
+void log_beside_cached(const char *operation, const Parameter &parameter, Bytes value) {
+  if (is_word(parameter.form)) {
+    log_word(operation, parameter, value);
+  } else if (parameter.form != Form::map) {
+    log_long(operation, parameter, value);
+  }
+}
+
+}  // namespace
+
+extern "C" uint32_t stp_mcec_type1_cfg_get_param_info(void *param_array, void **param_info) {
+  const uint32_t count = param_array != nullptr ? tlv_count(param_array) : 0;
+  if (count == 0) return STP_MCEC_ERR_INVALID_ARG;
+  auto *report = static_cast<mcecm_app_info_report_t *>(zalloc_records(
+      STP_MCEC_LIB_MEM_mcecm_app_info_t, sizeof(uint32_t), count, sizeof(mcecm_app_info_t)));
+  *param_info = report;
+  if (report == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
+  report->count = count;
+
+  const char *const operation = __func__;
+  mcecm_app_info_t *next = report->records;
+  const Ended ended = walk(
+      param_array, count, [](uint32_t code) -> Ended { return code; },
+      [&](const Tlv &tlv) -> Ended {
+        mcecm_app_info_t &record = *next++;
+        record.app_code = STP_MCEC_APP_CODE;
+        record.param_type = tlv.type;
+        std::memcpy(record.component, component, sizeof component);
+        const Parameter *parameter = find_parameter(tlv.type);
+        if (parameter == nullptr) return STP_MCEC_ERR_INVALID_ARG;
+        std::snprintf(record.param_name, sizeof record.param_name, "%s", parameter->title);
+        show(record.param_value, *parameter, tlv.value);
+        log_beside_cached(operation, *parameter, tlv.value);
+        return go_on;
+      });
+  return ended.value_or(0);
+}

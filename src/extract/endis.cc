@@ -1,0 +1,79 @@
+// Spanning tree enabled or disabled on a list of VLANs. The set of the disabled ones is what is
+// cached and handed out.
+
+#include "cache/store.h"
+#include "cmd_req.h"
+#include "draimiofaf/extract.h"
+#include "extract/request.h"
+#include "foundation/bitmap.h"
+
+using namespace mcec;
+
+namespace {
+
+constexpr extract::Rules rules = {
+    .records = STP_MCEC_LIB_MEM_mcecm_app_cmd1_extract_info_t,
+    .array = STP_MCEC_LIB_MEM_tlv_array_2_t,
+    .added_line = "added avl node for disable STP",
+    .tlv_line = "Adding disabled stp TLV",
+};
+
+constexpr std::size_t vlan_list_header_size = 8;
+
+VlanSet vlans_of_list(const extract::RangeList &list) {
+  VlanSet vlans{};
+  for (uint32_t i = 0; i < list.count; ++i) add_range(vlans, list[i].first, list[i].last);
+  return vlans;
+}
+
+// The disabled set of the cache, as a whole record in network order; empty when none is cached.
+bmp4096_t disabled_record(const cache::Node *cached) {
+  bmp4096_t record{swap_to_network(uint32_t{sizeof record.bmp}), {}};
+  if (cached != nullptr) {
+    fill({reinterpret_cast<uint8_t *>(&record), sizeof record}, cache::value_of(*cached));
+  }
+  return record;
+}
+
+}  // namespace
+
+extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_id,
+                                                     uint8_t **tlv_array,
+                                                     uint32_t *num_extract_info, uint32_t *is_cmd,
+                                                     mcecm_app_cmd_extract_info_t **extract_info) {
+  MCEC_LOG(__func__, "extract enable/disable STP\n");
+  if (cmd_id != STP_MCEC_CMD_STP_ENDIS) {
+    MCEC_LOG(__func__, "Invalid cmd id %d\n", cmd_id);
+    cmd_rsp_send_nok(handle, 0, "Invalid Command ID %d", cmd_id);
+    return STP_MCEC_ERR_INVALID_ARG;
+  }
+  const auto list = extract::range_list(handle, STP_MCEC_ATTR_VLAN_LIST, vlan_list_header_size);
+  if (!list) {
+    cmd_rsp_send_nok(handle, 0, "internal error: Failed to get vlan");
+    MCEC_LOG(__func__, "Invalid arg\n");
+    return STP_MCEC_ERR_INVALID_ARG;
+  }
+  const VlanSet vlans = vlans_of_list(*list);
+  const bool enable = cmd_req_action_is_set(handle) != 0;
+  MCEC_LOG(__func__, "%s STP on vlans %s\n", enable ? "Enable" : "Disable", text_of(vlans));
+
+  const cache::Node *cached = cache::find(0, STP_MCEC_TYPE1_STP_ENDIS);
+  bmp4096_t record = disabled_record(cached);
+  VlanSet disabled = vlans_of(&record);
+  if (cached != nullptr) MCEC_LOG(__func__, "Found avl node vlans: %s\n", text_of(disabled));
+  for (std::size_t i = 0; i < vlans.size(); ++i) {
+    disabled[i] = enable ? disabled[i] & ~vlans[i] : disabled[i] | vlans[i];
+  }
+  if (cached != nullptr) MCEC_LOG(__func__, "Update vlans: %s\n", text_of(disabled));
+  store_vlans(&record, disabled);
+
+  const extract::Request request{__func__,         handle, tlv_array,
+                                 num_extract_info, is_cmd, extract_info};
+  const Bytes value{reinterpret_cast<const uint8_t *>(&record), sizeof record};
+  if (const Ended refused = extract::put(request, rules, 0, STP_MCEC_TYPE1_STP_ENDIS, value)) {
+    return *refused;
+  }
+  cached = cache::find(0, STP_MCEC_TYPE1_STP_ENDIS);
+  const Tlv entry{STP_MCEC_TYPE1_STP_ENDIS, cache::value_of(*cached)};
+  return extract::hand_out(request, rules, extract::array_size(sizeof record), {&entry, 1});
+}

@@ -1,0 +1,92 @@
+// The entry of all extractions, and the dispatch of commands to their extractors.
+
+#include <algorithm>
+
+#include "cmd_req.h"
+#include "draimiofaf/extract.h"
+#include "draimiofaf/extract_port.h"
+#include "draimiofaf/foundation.h"
+#include "foundation/runtime.h"
+#include "mts.h"
+
+using namespace mcec;
+
+namespace {
+
+// A handle is built on the stack: one that asks for more than this is not built.
+constexpr uint32_t max_handle_size = 64 * 1024;
+constexpr std::size_t handle_alignment = 16;
+
+using Extractor = uint32_t (*)(void *handle, uint32_t cmd_id, uint8_t **tlv_array,
+                               uint32_t *num_extract_info, uint32_t *is_cmd,
+                               mcecm_app_cmd_extract_info_t **extract_info);
+
+enum class Gate { UNGATED, GATED };
+
+struct Command {
+  uint32_t id;
+  Extractor extractor;
+  Gate gate;
+};
+
+constexpr Command commands[] = {
+#define MCEC_ROW(name, id, extractor, gate) {id, extractor, Gate::gate},
+    STP_MCEC_COMMANDS(MCEC_ROW)
+#undef MCEC_ROW
+    // No command of ours, but routed: its extractor answers it as an invalid identifier.
+    {62, stp_mcec_extract_gbl_params, Gate::GATED},
+};
+
+const Command *find_command(uint32_t id) {
+  for (const Command &command : commands) {
+    if (command.id == id) return &command;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+extern "C" uint32_t stp_mcec_type1_cfg_param_extractor(
+    void *msg, uint8_t **tlv_array, uint32_t *num_extract_info, uint32_t *is_cmd,
+    mcecm_app_cmd_extract_info_t **extract_info) {
+  MCEC_LOG(__func__, "type-1 param extractor\n");
+  switch (mts_opc_get(msg)) {
+    case STP_MCEC_MTS_OPC_CMD_REQ: {
+      void *handle = nullptr;
+      if (const uint32_t size = cmd_req_handle_get_1(msg); size <= max_handle_size) {
+        void *buffer = __builtin_alloca_with_align(std::max(size, 1U), handle_alignment * 8);
+        handle = cmd_req_handle_get_2(msg, buffer);
+      }
+      if (handle == nullptr) {
+        MCEC_LOG(__func__, "Failed to get CMI (TLV) request handle\n");
+        return STP_MCEC_ERR_INVALID_ARG;
+      }
+      return stp_mcec_param_extractor_from_cli(msg, handle, tlv_array, num_extract_info, is_cmd,
+                                               extract_info);
+    }
+    case STP_MCEC_MTS_OPC_TYPE1_UPD:
+      MCEC_LOG(__func__, "type-1 (%s) param extractor\n",
+               mts_opc_name_get(STP_MCEC_MTS_OPC_TYPE1_UPD));
+      return stp_mcec_param_extractor_from_stp_type1_upd(msg, tlv_array, num_extract_info, is_cmd,
+                                                         extract_info);
+    default:
+      return STP_MCEC_ERR_INVALID_ARG;
+  }
+}
+
+extern "C" uint32_t stp_mcec_param_extractor_from_cli(void *, void *handle, uint8_t **tlv_array,
+                                                      uint32_t *num_extract_info, uint32_t *is_cmd,
+                                                      mcecm_app_cmd_extract_info_t **extract_info) {
+  MCEC_LOG(__func__, "CLI extractor\n");
+  const uint32_t id = cmd_req_cmdId_getnext(handle);
+  *num_extract_info = 0;
+  const Command *command = find_command(id);
+  if (command == nullptr) return STP_MCEC_ERR_INVALID_ARG;
+  if (command->gate == Gate::UNGATED || stp_mcec_lib_mct_exists() != 0) {
+    const uint32_t result =
+        command->extractor(handle, id, tlv_array, num_extract_info, is_cmd, extract_info);
+    if (result != 0) return result;
+  }
+  cmd_rsp_send_ok(handle);
+  return 0;
+}

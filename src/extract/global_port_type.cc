@@ -1,0 +1,64 @@
+// The global port type: a word of flags of which each command sets or clears one.
+
+#include "cache/store.h"
+#include "cmd_req.h"
+#include "draimiofaf/extract_port.h"
+#include "extract/request.h"
+
+using namespace mcec;
+
+namespace {
+
+constexpr extract::Rules rules = {
+    .records = STP_MCEC_LIB_MEM_mcecm_app_cmd4_extract_info_t,
+    .array = STP_MCEC_LIB_MEM_tlv_array_5_t,
+};
+
+struct Flag {
+  uint32_t cmd_id;
+  uint32_t flag;
+  uint32_t excludes;  // cleared when the flag is set
+};
+
+constexpr Flag flags[] = {
+    {STP_MCEC_CMD_GBL_EDGE, STP_MCEC_GBL_PORT_TYPE_EDGE, STP_MCEC_GBL_PORT_TYPE_NETWORK},
+    {STP_MCEC_CMD_GBL_EDGE_BPDUGUARD, STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD, 0},
+    {STP_MCEC_CMD_GBL_EDGE_BPDUFILTER, STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER, 0},
+    {STP_MCEC_CMD_GBL_NETWORK, STP_MCEC_GBL_PORT_TYPE_NETWORK, STP_MCEC_GBL_PORT_TYPE_EDGE},
+};
+
+const Flag *find_flag(uint32_t cmd_id) {
+  for (const Flag &flag : flags) {
+    if (flag.cmd_id == cmd_id) return &flag;
+  }
+  return nullptr;
+}
+
+uint32_t changed(uint32_t word, const Flag &flag, bool set) {
+  word = set ? (word | flag.flag) & ~flag.excludes : word & ~flag.flag;
+  const bool normal = (word & (STP_MCEC_GBL_PORT_TYPE_EDGE | STP_MCEC_GBL_PORT_TYPE_NETWORK)) == 0;
+  const uint32_t normal_flag = STP_MCEC_GBL_PORT_TYPE_NORMAL;
+  return normal ? word | normal_flag : word & ~normal_flag;
+}
+
+}  // namespace
+
+extern "C" uint32_t stp_mcec_extract_gbl_port_type_param(
+    void *handle, uint32_t cmd_id, uint8_t **tlv_array, uint32_t *num_extract_info,
+    uint32_t *is_cmd, mcecm_app_cmd_extract_info_t **extract_info) {
+  MCEC_LOG(__func__, "extract gbl port type\n");
+  const cache::Node *cached = cache::find(0, STP_MCEC_TYPE1_GBL_PORT_TYPE);
+  uint32_t word = cached != nullptr ? word_of(cache::value_of(*cached)) : 0;
+  MCEC_LOG(__func__, "Global port type before change to 0x%x\n", word);
+  const bool set = cmd_req_action_is_set(handle) != 0;
+  const Flag *flag = find_flag(cmd_id);
+  if (flag == nullptr) {
+    MCEC_LOG(__func__, "Invalid cmd id %d\n", cmd_id);
+    cmd_rsp_send_nok(handle, 0, "Invalid command ID %d", cmd_id);
+    return STP_MCEC_ERR_INVALID_ARG;
+  }
+  word = changed(word, *flag, set);
+  MCEC_LOG(__func__, "Global port type changed to 0x%x\n", word);
+  return extract::set_word({__func__, handle, tlv_array, num_extract_info, is_cmd, extract_info},
+                           rules, STP_MCEC_TYPE1_GBL_PORT_TYPE, word);
+}

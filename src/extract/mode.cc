@@ -1,0 +1,55 @@
+// The spanning-tree mode.
+
+#include "cmd_req.h"
+#include "draimiofaf/extract.h"
+#include "draimiofaf/foundation.h"
+#include "extract/request.h"
+
+using namespace mcec;
+
+namespace {
+
+constexpr extract::Rules rules = {
+    .records = STP_MCEC_LIB_MEM_mcecm_app_cmd3_extract_info_t,
+    .array = STP_MCEC_LIB_MEM_tlv_array_4_t,
+    .replaced_line = "Found avl node",
+    .added_line = "added avl node for stp mode",
+    .logs_no_records = true,
+    .logs_no_array = true,
+    .logs_no_tlv = true,
+};
+
+// The mode that the command sets; Rapid-PVST unless it says otherwise.
+uint32_t mode_of(void *handle) {
+  uint32_t mode = STP_MCEC_STP_MODE_RAPID_PVST;
+  if (const auto value = extract::attribute(handle, STP_MCEC_ATTR_STP_MODE)) {
+    mode = extract::word_of_attribute(*value).value_or(mode);
+  }
+  return cmd_req_action_is_del(handle) != 0 ? uint32_t{STP_MCEC_STP_MODE_RAPID_PVST} : mode;
+}
+
+}  // namespace
+
+extern "C" uint32_t stp_mcec_extract_stp_mode_param(void *handle, uint32_t cmd_id,
+                                                    uint8_t **tlv_array, uint32_t *num_extract_info,
+                                                    uint32_t *is_cmd,
+                                                    mcecm_app_cmd_extract_info_t **extract_info) {
+  MCEC_LOG(__func__, "Extract stp mode\n");
+  if (cmd_id != STP_MCEC_CMD_STP_MODE) {
+    MCEC_LOG(__func__, "Invalid cmd id %d\n", cmd_id);
+    cmd_rsp_send_nok(handle, 0, "Invalid cmd id %d\n", cmd_id);
+    return STP_MCEC_ERR_INVALID_ARG;
+  }
+  const uint32_t mode = mode_of(handle);
+  if (mode == STP_MCEC_STP_MODE_RAPID_PVST &&
+      stp_mcecm_get_vlan_count() > STP_MCEC_PVRST_MAX_USER_VLANS) {
+    cmd_rsp_send_nok(handle, 0,
+                     "PVRST mode is not supported when there are more than %d user VLANs "
+                     "configured\n",
+                     STP_MCEC_PVRST_MAX_USER_VLANS);
+    return STP_MCEC_RESULT_PVRST_REFUSED;
+  }
+  MCEC_LOG(__func__, "Changing to mode %d\n", mode);
+  return extract::set_word({__func__, handle, tlv_array, num_extract_info, is_cmd, extract_info},
+                           rules, STP_MCEC_TYPE1_STP_MODE, mode);
+}

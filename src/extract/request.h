@@ -1,0 +1,104 @@
+// The shape that all extractors share: understand the request, write the cache, hand out records
+// and an array, or refuse. An extractor's own file says what it sets and, in its Rules, what
+// differs on its way.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "draimiofaf/types.h"
+#include "foundation/runtime.h"
+
+namespace mcec::extract {
+
+using Record = mcecm_app_cmd_extract_info_t;
+
+// One extraction under way: whose step is logged, who is answered, where the outputs go.
+struct Request {
+  const char *operation;
+  void *handle;  // nullptr for an update message, which nobody answers
+  uint8_t **tlv_array;
+  uint32_t *num_extract_info;
+  uint32_t *is_cmd;
+  Record **extract_info;
+};
+
+// What a caller sees differ from one extractor to the next.
+struct Rules {
+  stp_mcec_lib_mem_type_t records;
+  stp_mcec_lib_mem_type_t array;
+  // The line of a cache entry that was replaced, and of one that was added; nullptr: none.
+  const char *replaced_line = nullptr;
+  const char *added_line = nullptr;
+  // The line of a value on its way into the array; nullptr: none.
+  const char *tlv_line = nullptr;
+  // Which failures are logged besides being answered.
+  bool logs_no_records = false;
+  bool logs_no_array = false;
+  bool logs_no_tlv = false;
+  // The outputs besides the array are written before the array is allocated, or only after.
+  bool array_comes_first = false;
+};
+
+// --- understanding the request ---
+
+// An attribute's value; nothing when the request has none of it.
+std::optional<Bytes> attribute(void *handle, uint32_t attribute_id);
+
+// The word at the start of an attribute, in host order; nothing when it is shorter than a word.
+std::optional<uint32_t> word_of_attribute(Bytes value);
+
+struct Range {
+  uint32_t first;
+  uint32_t last;
+};
+
+// A list of ranges, pairs of words in host order, behind a header whose second word is their
+// number.
+struct RangeList {
+  const uint8_t *ranges;
+  uint32_t count;
+
+  Range operator[](uint32_t position) const {
+    const uint8_t *range = ranges + std::size_t{position} * sizeof(Range);
+    return {load<uint32_t>(range), load<uint32_t>(range + sizeof(uint32_t))};
+  }
+};
+
+// The list in an attribute; nothing when the attribute is missing, or shorter than its header or
+// than its number of ranges asks for.
+std::optional<RangeList> range_list(void *handle, uint32_t attribute_id, std::size_t header_size);
+
+// --- writing the cache ---
+
+// Put a value into the cache, with the lines of the rules; without memory the request is refused.
+Ended put(const Request &request, const Rules &rules, uint32_t if_index, uint16_t type,
+          Bytes value);
+
+// --- handing out ---
+
+// The size of an array with one value.
+uint32_t array_size(std::size_t value_length);
+
+// Allocate the records and store them in extract_info. nullptr: refused.
+Record *new_records(const Request &request, const Rules &rules, uint32_t count);
+
+// Allocate an array; an empty one without a block: refused.
+Block<uint8_t> new_array(const Request &request, const Rules &rules, uint32_t size);
+
+// Say how many records there are, and whether they come from a command.
+void announce(const Request &request, uint32_t count);
+
+// Allocate the array, add the entries and store it in tlv_array, or refuse.
+uint32_t hand_out_array(const Request &request, const Rules &rules, uint32_t size,
+                        std::span<const Tlv> entries);
+
+// Hand out parameters of the switch: a record and an entry for each.
+uint32_t hand_out(const Request &request, const Rules &rules, uint32_t size,
+                  std::span<const Tlv> entries);
+
+// Put one word of the switch into the cache and hand it out.
+uint32_t set_word(const Request &request, const Rules &rules, uint16_t type, uint32_t value);
+
+}  // namespace mcec::extract

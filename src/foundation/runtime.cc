@@ -1,0 +1,149 @@
+#include "foundation/runtime.h"
+
+#include <strings.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "draimiofaf/foundation.h"
+#include "mcecm.h"
+#include "sdwrap.h"
+#include "syserr.h"
+#include "sysmgr.h"
+
+namespace mcec {
+namespace {
+
+constexpr uint32_t history_size = 0x40000;
+constexpr uint32_t history_event = 0x730000;
+
+// What the event history is handed for a line, as far as its text goes.
+struct HistoryRecord {
+  uint32_t flag;
+  char text[512];
+};
+
+struct MemType {
+  uint32_t number;
+  const char *name;
+};
+
+constexpr MemType mem_types[] = {
+#define MCEC_ROW(name, number) {number, "STP_MCEC_LIB_MEM_" #name},
+    STP_MCEC_LIB_MEM_TYPES(MCEC_ROW)
+#undef MCEC_ROW
+        {0, ""},
+};
+
+constexpr char debug_path[] = "/zarn/tmp/stp_mcec_lib_dbg.log";
+constexpr char debug_banner[] =
+    "STP MCEC Type-1 cfg debug file \n"
+    "--------------------------------\n";
+
+}  // namespace
+
+void *zalloc(stp_mcec_lib_mem_type_t mem_type, uint32_t size) {
+  void *block = mtrack_alloc(STP_MCEC_LIB_SERVICE_ID, mem_type, size);
+  if (block != nullptr) std::memset(block, 0, size);
+  return block;
+}
+
+void *zalloc_records(stp_mcec_lib_mem_type_t mem_type, uint32_t header, uint32_t count,
+                     uint32_t record_size) {
+  const uint64_t size = header + uint64_t{count} * record_size;
+  return size <= UINT32_MAX ? zalloc(mem_type, static_cast<uint32_t>(size)) : nullptr;
+}
+
+void hist_log(const char *format, ...) {
+  if (stp_mcec_lib_sdwrap_init_done == 0) stp_mcec_lib_sdwrap_init();
+  HistoryRecord record;
+  record.flag = 1;
+  va_list arguments;
+  va_start(arguments, format);
+  if (std::vsnprintf(record.text, sizeof record.text, format, arguments) < 0) record.text[0] = '\0';
+  va_end(arguments);
+  const std::size_t length = offsetof(HistoryRecord, text) + std::strlen(record.text) + 1;
+  sdwrap_his_log_event_for_uuid_inst(STP_MCEC_LIB_SERVICE_ID, history_event, 0, 0,
+                                     static_cast<uint32_t>(length), &record);
+}
+
+uint32_t tlv_find(const void *array, uint16_t type, Tlv &found) {
+  uint16_t length = 0;
+  void *value = nullptr;
+  const uint32_t code = tlv_aligned_array_find_tlv(array, type, &length, &value, tlv_flag);
+  if (code == 0) found = {type, {static_cast<const uint8_t *>(value), length}};
+  return code;
+}
+
+uint32_t tlv_next(const void *array, uint32_t &cursor, Tlv &read) {
+  uint16_t type = 0;
+  uint16_t length = 0;
+  void *value = nullptr;
+  const uint32_t code =
+      tlv_aligned_array_get_next_tlv(array, &type, &length, &value, tlv_flag, &cursor);
+  if (code == 0) read = {type, {static_cast<const uint8_t *>(value), length}};
+  return code;
+}
+
+uint32_t log_unread(const char *operation, uint32_t code) {
+  MCEC_LOG(operation, "Failed (rc=0x%x, %s) to retrieve tlv\n", code, syserr2str(code));
+  return code;
+}
+
+}  // namespace mcec
+
+using namespace mcec;
+
+int stp_mcec_lib_sdwrap_init_done = 0;
+FILE *stp_mcec_lib_debug_file = nullptr;
+
+extern "C" const char *__stp_mcec_lib_mem_type_t_find(uint32_t type) {
+  for (const MemType *row = mem_types; row->name[0] != '\0'; ++row) {
+    if (row->number == type) return row->name;
+  }
+  return nullptr;
+}
+
+extern "C" uint32_t __stp_mcec_lib_mem_type_t_str2enum(const char *name) {
+  for (const MemType *row = mem_types; row->name[0] != '\0'; ++row) {
+    if (strcasecmp(row->name, name) == 0) return row->number;
+  }
+  return STP_MCEC_LIB_MEM_NONE;
+}
+
+extern "C" void stp_mcec_lib_sdwrap_init() {
+  if (sdwrap_hist_init_for_uuid(STP_MCEC_LIB_SERVICE_ID, history_size) == 0) {
+    stp_mcec_lib_sdwrap_init_done = 1;
+  }
+}
+
+extern "C" void stp_mcec_lib_debug_print(uint32_t, const char *format, ...) {
+  if (stp_mcec_lib_debug_file == nullptr) {
+    char path[128];
+    std::snprintf(path, sizeof path, "%s.%d", debug_path, sysmgr_slc_get() & 0xFFFF);
+    stp_mcec_lib_debug_file = std::fopen(path, "a");
+    if (stp_mcec_lib_debug_file == nullptr) return;
+    std::fputs(debug_banner, stp_mcec_lib_debug_file);
+  }
+  va_list arguments;
+  va_start(arguments, format);
+  std::vfprintf(stp_mcec_lib_debug_file, format, arguments);
+  va_end(arguments);
+  std::fflush(stp_mcec_lib_debug_file);
+}
+
+extern "C" uint32_t stp_mcec_lib_get_mcec_id(uint32_t if_index, uint32_t *mcec_id) {
+  alignas(8) uint8_t key[MCECM_SDB_KEY_SIZE] = {};
+  mcecm_sdb_generate_if_key(if_index, key);
+  const void *record = mcecm_sdb_info_get(key);
+  if (record == nullptr || load<uint32_t>(record) == 0) return STP_MCEC_ERR_NO_MCEC_INFO;
+  *mcec_id = load<uint32_t>(static_cast<const uint8_t *>(record) + sizeof(uint32_t));
+  return 0;
+}
+
+extern "C" uint32_t stp_mcec_lib_mct_exists() {
+  alignas(8) uint8_t key[MCECM_SDB_KEY_SIZE] = {};
+  mcecm_sdb_generate_mct_key(1, key);
+  return mcecm_sdb_info_get(key) != nullptr ? 1 : 0;
+}

@@ -1,0 +1,77 @@
+// Values as they stand in TLV arrays, messages and the cache: bytes at any address, words in
+// network byte order unless a name says host. Each function says which bytes it looks at.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace mcec {
+
+using Bytes = std::span<const uint8_t>;
+using Word = std::array<uint8_t, 4>;
+
+static_assert(std::endian::native == std::endian::little ||
+              std::endian::native == std::endian::big);
+
+template <class Unsigned>
+constexpr Unsigned swap_to_network(Unsigned host) {
+  if constexpr (std::endian::native == std::endian::big) return host;
+  if constexpr (sizeof(Unsigned) == 2) return __builtin_bswap16(host);
+  if constexpr (sizeof(Unsigned) == 4) return __builtin_bswap32(host);
+  if constexpr (sizeof(Unsigned) == 8) return __builtin_bswap64(host);
+}
+
+// sizeof(Unsigned) bytes, in host order.
+template <class Unsigned>
+Unsigned load(const void *at) {
+  Unsigned value;
+  std::memcpy(&value, at, sizeof value);
+  return value;
+}
+
+template <class Unsigned>
+void store(void *at, Unsigned value) {
+  std::memcpy(at, &value, sizeof value);
+}
+
+// sizeof(Unsigned) bytes at src, turned around on their way to dst, which may be src.
+template <class Unsigned>
+Unsigned swap_copy(void *dst, const void *src) {
+  const auto swapped = swap_to_network(load<Unsigned>(src));
+  store(dst, swapped);
+  return swapped;
+}
+
+// The first word of a value, in host order: up to 4 bytes, what is missing is 0 at the low end.
+inline uint32_t word_of(Bytes value) {
+  Word word{};
+  std::copy_n(value.begin(), std::min(value.size(), word.size()), word.begin());
+  return swap_to_network(load<uint32_t>(word.data()));
+}
+
+inline Word to_network(uint32_t host) {
+  return std::bit_cast<Word>(swap_to_network(host));
+}
+
+// How much of a text value is text: up to its NUL, or all of it.
+inline int text_length(Bytes value) {
+  return static_cast<int>(std::find(value.begin(), value.end(), uint8_t{0}) - value.begin());
+}
+
+inline const char *text_of(Bytes value) {
+  return reinterpret_cast<const char *>(value.data());
+}
+
+// Put a value into a block that keeps its length: as many bytes as fit, the rest becomes 0.
+inline void fill(std::span<uint8_t> block, Bytes value) {
+  const auto fits = std::min(block.size(), value.size());
+  std::copy_n(value.begin(), fits, block.begin());
+  std::fill(block.begin() + static_cast<std::ptrdiff_t>(fits), block.end(), uint8_t{0});
+}
+
+}  // namespace mcec

@@ -1,0 +1,63 @@
+#include "avl.h"
+
+#include <set>
+
+#include "state.h"
+
+namespace {
+
+struct Less {
+  int (*compare)(const void *, const void *);
+
+  bool operator()(const void *a, const void *b) const { return compare(a, b) < 0; }
+};
+
+using Tree = std::set<void *, Less>;
+
+uint32_t trees = 0;
+
+// An ordered set takes keys by its own element type; the tree does not write through them.
+void *as_element(const void *key) {
+  return const_cast<void *>(key);
+}
+
+}  // namespace
+
+avl_tree_t *avl_create(int (*compare)(const void *, const void *), uint32_t) {
+  ++trees;
+  return new Tree(Less{compare});
+}
+
+void avl_destroy(avl_tree_t *tree, void (*release)(void *node)) {
+  --trees;
+  auto *set = static_cast<Tree *>(tree);
+  for (void *node : *set) release(node);
+  delete set;
+}
+
+void *avl_find(avl_tree_t *tree, const void *key) {
+  const auto *set = static_cast<Tree *>(tree);
+  const auto found = set->find(as_element(key));
+  return found != set->end() ? *found : nullptr;
+}
+
+uint32_t avl_insert(avl_tree_t *tree, void *node) {
+  if (static_cast<Tree *>(tree)->insert(node).second) return 0;
+  standin::misuse("a node with this key is in the tree already");
+  return 1;
+}
+
+uint32_t avl_delete(avl_tree_t *tree, void *node) {
+  auto *set = static_cast<Tree *>(tree);
+  const auto found = set->find(node);
+  if (found == set->end() || *found != node) {
+    standin::misuse("the node is not in the tree");
+    return 1;
+  }
+  set->erase(found);
+  return 0;
+}
+
+uint32_t standin_trees() {
+  return trees;
+}

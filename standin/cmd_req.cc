@@ -1,0 +1,194 @@
+/*
+ * The payload of a command request, words in host byte order:
+ *
+ *   0        4      8         8 + 8 + 1 + length
+ *   +--------+------+----+--------+---+---------+--
+ *   | cmd id | form | id | length | . | value   | next attribute ...
+ *   +--------+------+----+--------+---+---------+--
+ *
+ * The byte before a value keeps it off every alignment.
+ */
+#include "cmd_req.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "requests.h"
+#include "state.h"
+
+using standin::Message;
+
+namespace {
+
+constexpr uint32_t command_opcode = 7682;
+constexpr std::size_t head_size = 8;
+constexpr std::size_t attribute_head_size = 9;
+constexpr uint32_t no_more_attributes = 0xFFFFFFFF;
+
+struct Handle {
+  uint8_t *request;
+  std::size_t size;
+  std::size_t position;  // of the attribute walk
+  bool answered;
+};
+
+struct Answer {
+  bool accepted;
+  std::string text;
+};
+
+std::vector<Answer> answers;
+uint32_t handle_size = 0;
+
+uint32_t word_at(const uint8_t *at) {
+  uint32_t word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
+
+void append(std::vector<uint8_t> &bytes, uint32_t word) {
+  const auto *at = reinterpret_cast<const uint8_t *>(&word);
+  bytes.insert(bytes.end(), at, at + sizeof word);
+}
+
+struct Attribute {
+  uint32_t id;
+  uint32_t length;
+  uint8_t *value;
+};
+
+// The attribute at a position, which moves behind it; nothing at the end of the request.
+std::optional<Attribute> attribute_at(const Handle &handle, std::size_t &position) {
+  if (handle.size - position < attribute_head_size) return std::nullopt;
+  uint8_t *at = handle.request + position;
+  const Attribute attribute{word_at(at), word_at(at + 4), at + attribute_head_size};
+  if (handle.size - position - attribute_head_size < attribute.length) return std::nullopt;
+  position += attribute_head_size + attribute.length;
+  return attribute;
+}
+
+Handle &handle_of(cmd_req_t *handle) {
+  return *static_cast<Handle *>(handle);
+}
+
+void answer(cmd_req_t *handle, Answer given) {
+  if (handle_of(handle).answered) standin::misuse("the request is answered already");
+  handle_of(handle).answered = true;
+  answers.push_back(std::move(given));
+}
+
+}  // namespace
+
+namespace standin {
+
+void reset_requests() {
+  answers.clear();
+  handle_size = 0;
+}
+
+}  // namespace standin
+
+uint32_t cmd_req_handle_get_1(void *) {
+  return handle_size != 0 ? handle_size : sizeof(Handle);
+}
+
+cmd_req_t *cmd_req_handle_get_2(void *msg, void *buffer) {
+  auto *message = static_cast<Message *>(msg);
+  if (message->opcode != command_opcode || !message->payload ||
+      message->payload->size() < head_size) {
+    return nullptr;
+  }
+  return new (buffer) Handle{message->payload->data(), message->payload->size(), head_size, false};
+}
+
+uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle) {
+  return word_at(handle_of(handle).request);
+}
+
+uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value,
+                          uint32_t *length) {
+  std::size_t position = head_size;
+  while (const auto attribute = attribute_at(handle_of(handle), position)) {
+    if (attribute->id != attribute_id) continue;
+    *value = attribute->value;
+    *length = attribute->length;
+    return 0;
+  }
+  return 1;
+}
+
+uint32_t cmd_req_attr_getnext(cmd_req_t *handle, void **value, uint32_t *length) {
+  const auto attribute = attribute_at(handle_of(handle), handle_of(handle).position);
+  if (!attribute) return no_more_attributes;
+  *value = attribute->value;
+  *length = attribute->length;
+  return attribute->id;
+}
+
+uint32_t cmd_req_action_is_set(cmd_req_t *handle) {
+  return word_at(handle_of(handle).request + 4) != 0 ? 1 : 0;
+}
+
+uint32_t cmd_req_action_is_del(cmd_req_t *handle) {
+  return word_at(handle_of(handle).request + 4) == 0 ? 1 : 0;
+}
+
+void cmd_rsp_send_ok(cmd_req_t *handle) {
+  answer(handle, {true, ""});
+}
+
+void cmd_rsp_send_nok(cmd_req_t *handle, uint32_t, const char *format, ...) {
+  char text[512];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  answer(handle, {false, text});
+}
+
+void *standin_command(uint32_t cmd_id, uint32_t form, const standin_attribute_t *attributes,
+                      uint32_t count) {
+  std::vector<uint8_t> payload;
+  append(payload, cmd_id);
+  append(payload, form);
+  for (uint32_t i = 0; i < count; ++i) {
+    append(payload, attributes[i].id);
+    append(payload, attributes[i].length);
+    payload.push_back(0);
+    const auto *value = static_cast<const uint8_t *>(attributes[i].value);
+    payload.insert(payload.end(), value, value + attributes[i].length);
+  }
+  return standin_message(command_opcode, payload.data(), payload.size());
+}
+
+void *standin_handle(void *msg) {
+  void *buffer = std::malloc(sizeof(Handle));
+  if (cmd_req_handle_get_2(msg, buffer) != nullptr) return buffer;
+  std::free(buffer);
+  return nullptr;
+}
+
+void standin_handle_free(void *handle) {
+  std::free(handle);
+}
+
+void standin_handle_size(uint32_t size) {
+  handle_size = size;
+}
+
+uint32_t standin_answer_count() {
+  return static_cast<uint32_t>(answers.size());
+}
+
+standin_answer_t standin_answer_at(uint32_t position) {
+  if (position >= answers.size()) return {0, nullptr};
+  return {answers[position].accepted ? 1U : 0U, answers[position].text.c_str()};
+}
+
+void standin_answers_clear() {
+  answers.clear();
+}

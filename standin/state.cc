@@ -1,0 +1,65 @@
+#include "state.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+struct Order {
+  uint32_t calls = 0;
+  uint32_t first = 0;
+  uint32_t times = 0;
+};
+
+std::array<Order, STANDIN_OPERATIONS> orders;
+
+void abort_on_misuse(const char *what) {
+  std::fprintf(stderr, "stand-in: %s\n", what);
+  std::abort();
+}
+
+void (*misuse_handler)(const char *) = abort_on_misuse;
+
+}  // namespace
+
+namespace standin {
+
+void misuse(const char *format, ...) {
+  char what[256];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(what, sizeof what, format, arguments);
+  va_end(arguments);
+  misuse_handler(what);
+}
+
+bool fails(standin_operation_t operation) {
+  Order &order = orders[operation];
+  ++order.calls;
+  return order.times > 0 && order.calls >= order.first && order.calls - order.first < order.times;
+}
+
+}  // namespace standin
+
+void standin_reset() {
+  orders = {};
+  standin::reset_history();
+  standin::reset_requests();
+  standin::reset_ports();
+}
+
+void standin_on_misuse(void (*handler)(const char *)) {
+  misuse_handler = handler != nullptr ? handler : abort_on_misuse;
+}
+
+void standin_fail(standin_operation_t operation, uint32_t nth, uint32_t times) {
+  Order &order = orders[operation];
+  order.first = order.calls + nth;
+  order.times = times;
+}
+
+uint32_t standin_calls(standin_operation_t operation) {
+  return orders[operation].calls;
+}
