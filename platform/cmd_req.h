@@ -1,8 +1,8 @@
 /*
  * Command requests: a configuration command on its way, readable through a handle, and its answer.
  *
- * An attribute's value may lie at any address inside the request and is valid as long as the handle
- * is; the library does not change it.
+ * An attribute's words are in host byte order. Its value may lie at any address inside the request
+ * and is valid as long as the handle is; the library does not change it.
  */
 #ifndef DRAIMIOFAF_PLATFORM_CMD_REQ_H
 #define DRAIMIOFAF_PLATFORM_CMD_REQ_H
@@ -40,7 +40,8 @@ uint32_t cmd_req_action_is_set(cmd_req_t *handle);
 /* Not 0 when the command is in its negating ("no") form. */
 uint32_t cmd_req_action_is_del(cmd_req_t *handle);
 
-/* Answer the request: accepted. A request is answered once. */
+/* Answer the request: accepted. A request is answered once at the most; extract.h tells which are
+ * left to the process. */
 void cmd_rsp_send_ok(cmd_req_t *handle);
 
 /* Answer the request: refused, with a message for the user in the manner of printf. zero is 0. */

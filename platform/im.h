@@ -14,7 +14,8 @@
  *   | if_index | the platform's | layer_mode | the platform's  |
  *   +----------+----------------+------------+-----------------+
  *
- * Words are in host byte order. The library fills in if_index and leaves the rest 0.
+ * Words are in host byte order. The library aligns an entry to 8, fills in if_index and leaves the
+ * rest 0.
  */
 typedef struct im_ifindex_layermode {
   uint32_t if_index;

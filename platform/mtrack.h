@@ -2,8 +2,14 @@
  * Memory tracker: blocks on account of a service and a memory type.
  *
  * The library registers once when it is loaded, before any other operation of the platform is
- * called for it, and unregisters when it is unloaded, after its last block of its own is released.
- * Blocks that it handed to a process may outlive it.
+ * called for it: as STP_MCEC_LIB_SERVICE_ID (633), "STP MCEC Type-1 CFG LIB", with 21 memory types.
+ * It unregisters when it is unloaded, after the last block of its own is released; blocks that it
+ * handed to a process may outlive it.
+ *
+ * Loading and unloading are the loader's: mtrack_init and avl_create are called before the static
+ * objects of an executable are constructed, avl_destroy, mtrack_free and mtrack_uninit after they
+ * are destroyed. A platform that is part of the executable keeps what these need in objects without
+ * constructors and destructors.
  */
 #ifndef DRAIMIOFAF_PLATFORM_MTRACK_H
 #define DRAIMIOFAF_PLATFORM_MTRACK_H

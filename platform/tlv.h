@@ -8,6 +8,7 @@
  *   - a buffer of zero bytes is an empty array;
  *   - the array knows by itself how many entries it has and where they end: counting, walking and
  *     finding are given its address alone;
+ *   - an array may start at any address, and a copy of its bytes elsewhere is the same array;
  *   - values are copied in unchanged, and handed out by their address in the array, at any
  *     alignment;
  *   - both peers use the same layout. An array may come from another machine, so the readers trust

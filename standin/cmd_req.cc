@@ -1,21 +1,25 @@
 /*
  * The payload of a command request, words in host byte order:
  *
- *   0        4      8         8 + 8 + 1 + length
- *   +--------+------+----+--------+---+---------+--
- *   | cmd id | form | id | length | . | value   | next attribute ...
- *   +--------+------+----+--------+---+---------+--
+ *   0        4      8
+ *   +--------+------+----+--------+-----+---------+--
+ *   | cmd id | form | id | length | pad | value   | next attribute ...
+ *   +--------+------+----+--------+-----+---------+--
  *
- * The byte before a value keeps it off every alignment.
+ * The pad, one byte or two, puts every value at an odd offset: it is read bytewise or not at all.
  */
 #include "cmd_req.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "requests.h"
 #include "state.h"
@@ -26,14 +30,14 @@ namespace {
 
 constexpr uint32_t command_opcode = 7682;
 constexpr std::size_t head_size = 8;
-constexpr std::size_t attribute_head_size = 9;
+constexpr std::size_t attribute_head_size = 8;
 constexpr uint32_t no_more_attributes = 0xFFFFFFFF;
 
 struct Handle {
   uint8_t *request;
   std::size_t size;
   std::size_t position;  // of the attribute walk
-  bool answered;
+  Message *message;
 };
 
 struct Answer {
@@ -61,13 +65,19 @@ struct Attribute {
   uint8_t *value;
 };
 
+// Where the value of an attribute starts whose head ends at a position.
+std::size_t value_position(std::size_t head_end) {
+  return (head_end + 1) | 1;
+}
+
 // The attribute at a position, which moves behind it; nothing at the end of the request.
 std::optional<Attribute> attribute_at(const Handle &handle, std::size_t &position) {
-  if (handle.size - position < attribute_head_size) return std::nullopt;
+  const std::size_t start = value_position(position + attribute_head_size);
+  if (start > handle.size) return std::nullopt;
   uint8_t *at = handle.request + position;
-  const Attribute attribute{word_at(at), word_at(at + 4), at + attribute_head_size};
-  if (handle.size - position - attribute_head_size < attribute.length) return std::nullopt;
-  position += attribute_head_size + attribute.length;
+  const Attribute attribute{word_at(at), word_at(at + 4), handle.request + start};
+  if (handle.size - start < attribute.length) return std::nullopt;
+  position = start + attribute.length;
   return attribute;
 }
 
@@ -76,8 +86,9 @@ Handle &handle_of(cmd_req_t *handle) {
 }
 
 void answer(cmd_req_t *handle, Answer given) {
-  if (handle_of(handle).answered) standin::misuse("the request is answered already");
-  handle_of(handle).answered = true;
+  bool &answered = handle_of(handle).message->answered;
+  if (answered) return standin::misuse("the request is answered already");
+  answered = true;
   answers.push_back(std::move(given));
 }
 
@@ -93,16 +104,13 @@ void reset_requests() {
 }  // namespace standin
 
 uint32_t cmd_req_handle_get_1(void *) {
-  return handle_size != 0 ? handle_size : sizeof(Handle);
+  return std::max<uint32_t>(handle_size, sizeof(Handle));
 }
 
 cmd_req_t *cmd_req_handle_get_2(void *msg, void *buffer) {
   auto *message = static_cast<Message *>(msg);
-  if (message->opcode != command_opcode || !message->payload ||
-      message->payload->size() < head_size) {
-    return nullptr;
-  }
-  return new (buffer) Handle{message->payload->data(), message->payload->size(), head_size, false};
+  if (message->opcode != command_opcode || message->size < head_size) return nullptr;
+  return new (buffer) Handle{message->payload(), message->size, head_size, message};
 }
 
 uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle) {
@@ -158,7 +166,7 @@ void *standin_command(uint32_t cmd_id, uint32_t form, const standin_attribute_t 
   for (uint32_t i = 0; i < count; ++i) {
     append(payload, attributes[i].id);
     append(payload, attributes[i].length);
-    payload.push_back(0);
+    payload.resize(value_position(payload.size()));
     const auto *value = static_cast<const uint8_t *>(attributes[i].value);
     payload.insert(payload.end(), value, value + attributes[i].length);
   }

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "extents.h"
 #include "state.h"
 
 namespace {
@@ -51,6 +52,7 @@ void *mtrack_alloc(uint32_t service_id, uint32_t mem_type, uint32_t size) {
   if (block == nullptr) return nullptr;
   __builtin_memset(block, 0xA5, size);
   blocks[block] = {mem_type, size};
+  standin::note_extent(block, size);
   return block;
 }
 
@@ -59,6 +61,7 @@ void mtrack_free(void *block) {
     standin::misuse("%p is no live block", block);
     return;
   }
+  standin::forget_extent(block);
   std::free(block);
 }
 

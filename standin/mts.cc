@@ -1,5 +1,8 @@
 #include "mts.h"
 
+#include <cstring>
+
+#include "extents.h"
 #include "requests.h"
 #include "state.h"
 
@@ -21,21 +24,21 @@ const char *mts_opc_name_get(uint32_t opcode) {
 }
 
 void *mts_payload_get(mts_msg_t *msg) {
-  auto &payload = static_cast<Message *>(msg)->payload;
-  return payload ? payload->data() : nullptr;
+  return static_cast<Message *>(msg)->payload();
 }
 
 void *standin_message(uint32_t opcode, const void *payload, size_t size) {
-  auto *message = new Message{opcode, std::nullopt};
+  auto *message = new Message{.opcode = opcode, .buffer = nullptr};
   if (payload != nullptr) {
-    const auto *bytes = static_cast<const uint8_t *>(payload);
-    // A payload has an address even when it is empty.
-    message->payload.emplace().reserve(size + 1);
-    message->payload->assign(bytes, bytes + size);
+    message->buffer = std::make_unique<uint8_t[]>(size + 1);
+    message->size = size;
+    if (size > 0) std::memcpy(message->payload(), payload, size);
+    standin::note_extent(message->payload(), size);
   }
   return message;
 }
 
 void standin_message_free(void *msg) {
+  standin::forget_extent(static_cast<Message *>(msg)->payload());
   delete static_cast<Message *>(msg);
 }

@@ -10,7 +10,12 @@ namespace {
 
 std::vector<std::string> lines;
 
+void (*listener)(const char *) = nullptr;
+
 constexpr std::size_t text_offset = sizeof(uint32_t);
+constexpr std::size_t max_record = text_offset + 512;
+constexpr uint32_t history_size = 0x40000;
+constexpr uint32_t line_event = 0x730000;
 
 }  // namespace
 
@@ -22,18 +27,28 @@ void reset_history() {
 
 }  // namespace standin
 
-uint32_t sdwrap_hist_init_for_uuid(uint32_t, uint32_t) {
+uint32_t sdwrap_hist_init_for_uuid(uint32_t service_id, uint32_t size) {
+  if (standin_service_name(service_id) == nullptr || size != history_size) {
+    standin::misuse("no history of %u bytes for service %u", size, service_id);
+    return 1;
+  }
   return standin::fails(STANDIN_HISTORY_INIT) ? 1 : 0;
 }
 
-uint32_t sdwrap_his_log_event_for_uuid_inst(uint32_t, uint32_t, uint32_t, uint32_t, uint32_t length,
-                                            const void *record) {
+uint32_t sdwrap_his_log_event_for_uuid_inst(uint32_t service_id, uint32_t event, uint32_t a,
+                                            uint32_t b, uint32_t length, const void *record) {
+  if (standin_service_name(service_id) == nullptr || event != line_event || a != 0 || b != 0) {
+    standin::misuse("service %u logs an event 0x%x, %u, %u", service_id, event, a, b);
+    return 1;
+  }
   const char *text = static_cast<const char *>(record) + text_offset;
-  if (length <= text_offset || strnlen(text, length - text_offset) != length - text_offset - 1) {
+  if (length <= text_offset || length > max_record ||
+      strnlen(text, length - text_offset) != length - text_offset - 1) {
     standin::misuse("a history record of %u bytes does not end with its line", length);
     return 1;
   }
   lines.emplace_back(text);
+  if (listener != nullptr) listener(text);
   return 0;
 }
 
@@ -47,4 +62,12 @@ const char *standin_history_line(uint32_t position) {
 
 void standin_history_clear() {
   lines.clear();
+}
+
+void standin_history_truncate(uint32_t count) {
+  if (count < lines.size()) lines.resize(count);
+}
+
+void standin_on_history(void (*new_listener)(const char *)) {
+  listener = new_listener;
 }

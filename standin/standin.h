@@ -23,7 +23,7 @@ extern "C" {
 #define STANDIN_API
 #endif
 
-/* --- the whole ------------------------------------------------------------------------------- */
+/* --- the whole --- */
 
 /* Back to an empty switch: no ports, no trunk, no failures on order, no history and no answers.
  * Live blocks, trees and registrations stay. */
@@ -33,8 +33,7 @@ STANDIN_API void standin_reset(void);
  * be refused as far as it can. */
 STANDIN_API void standin_on_misuse(void (*handler)(const char *what));
 
-/* --- failures on order ---------------------------------------------------------------------------
- */
+/* --- failures on order --- */
 
 typedef enum standin_operation {
   STANDIN_ALLOC,        /* mtrack_alloc */
@@ -56,8 +55,7 @@ STANDIN_API void standin_fail(standin_operation_t operation, uint32_t nth, uint3
 /* How often an operation was called since the reset. */
 STANDIN_API uint32_t standin_calls(standin_operation_t operation);
 
-/* --- memory
- * ---------------------------------------------------------------------------------------- */
+/* --- memory --- */
 
 #define STANDIN_ALL_TYPES UINT32_C(0xFFFFFFFF)
 
@@ -78,16 +76,20 @@ STANDIN_API uint32_t standin_trees(void);
 STANDIN_API const char *standin_service_name(uint32_t service_id);
 STANDIN_API const char *standin_mem_type_name(uint32_t service_id, uint32_t mem_type);
 
-/* --- event history
- * ----------------------------------------------------------------------------------- */
+/* --- event history --- */
 
 /* The records logged since the reset or the last clearing, in order; NULL past the last. */
 STANDIN_API uint32_t standin_history_count(void);
 STANDIN_API const char *standin_history_line(uint32_t position);
 STANDIN_API void standin_history_clear(void);
 
-/* --- answers
- * ------------------------------------------------------------------------------------------ */
+/* Forget the lines from a position on. */
+STANDIN_API void standin_history_truncate(uint32_t count);
+
+/* Who is told of each line as it is logged; NULL: nobody. */
+STANDIN_API void standin_on_history(void (*listener)(const char *line));
+
+/* --- answers --- */
 
 typedef struct standin_answer {
   uint32_t accepted; /* 1: accepted; 0: refused */
@@ -99,8 +101,7 @@ STANDIN_API uint32_t standin_answer_count(void);
 STANDIN_API standin_answer_t standin_answer_at(uint32_t position);
 STANDIN_API void standin_answers_clear(void);
 
-/* --- messages
- * ----------------------------------------------------------------------------------------- */
+/* --- messages --- */
 
 typedef struct standin_attribute {
   uint32_t id;
@@ -125,18 +126,17 @@ STANDIN_API void standin_handle_free(void *handle);
 /* The size that cmd_req_handle_get_1 asks for; 0: what a handle needs. */
 STANDIN_API void standin_handle_size(uint32_t size);
 
-/* --- TLV arrays
- * --------------------------------------------------------------------------------------- */
+/* --- TLV arrays --- */
 
 /* The bytes of an array, its header included; what follows them in its buffer is unused. */
 STANDIN_API size_t standin_tlv_array_bytes(const void *array);
 
-/* Place values at odd addresses and entries without alignment (1), or at multiples of 4 (0). For
+/* Leave entries without alignment, so that values lie at odd addresses too (1), or align them to 4
+ * (0). For
  * the arrays from now on; the default is 0, or 1 when the environment has STANDIN_ODD_TLVS. */
 STANDIN_API void standin_tlv_odd(uint32_t odd);
 
-/* --- the switch
- * --------------------------------------------------------------------------------------- */
+/* --- the switch --- */
 
 /* Let ports first to last exist, of an interface type and a layer mode. */
 STANDIN_API void standin_add_ports(uint32_t first, uint32_t last, uint8_t type,

@@ -10,18 +10,21 @@
  * Entries are padded to a multiple of 4. In the odd layout a byte stands between length and value,
  * and there is no padding after it, so that values lie at odd and even addresses by turns.
  *
- * The readers trust nothing but the buffer's first word, which whoever received the array holds
- * against what arrived: an entry whose header or value reaches past it is counted, and cannot be
- * read.
+ * The readers trust no length: an entry whose header or value reaches past the array is counted,
+ * and cannot be read; and an array that claims more than the block or the message it lies in has
+ * ends there. Of memory that is not the platform's the first word is believed: whoever received an
+ * array into it holds that word against what arrived.
  */
 #include "tlv.h"
 
 #include <arpa/inet.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
 
+#include "extents.h"
 #include "state.h"
 
 namespace {
@@ -58,7 +61,10 @@ void store(uint8_t *at, Unsigned value) {
 }
 
 uint32_t entry_bytes(const void *array) {
-  return ntohl(load<uint32_t>(static_cast<const uint8_t *>(array)));
+  const std::size_t extent = standin::extent_from(array);
+  if (extent < header_size) return 0;
+  const uint32_t said = ntohl(load<uint32_t>(static_cast<const uint8_t *>(array)));
+  return static_cast<uint32_t>(std::min<std::size_t>(said, extent - header_size));
 }
 
 struct Entry {

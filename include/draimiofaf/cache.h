@@ -36,10 +36,12 @@ STP_MCEC_API void stp_mcec_type1_cfg_delete_cache_node(uint16_t type, uint32_t i
  * Add the parameters of a message to the cache, or delete a scope from it. A parameter that is
  * cached already keeps its value.
  *
- * del: not 0: delete the scope (all parameters of the switch, or of the interface); msg is not
- * used. gbl: not 0: the scope is the switch, and entries go under index 0; 0: interface if_index.
- * The types of the entries are not held against the scope. msg: a message whose payload is a header
- * of STP_MCEC_TYPE1_UPD_HDR_SIZE bytes, not read, and a TLV array. It stays the caller's.
+ * del: not 0: delete the scope (types 1 to 9 under index 0, or types 10 to 12 of the interface);
+ *      msg is not used.
+ * gbl: not 0: the scope is the switch, and entries go under index 0; 0: interface if_index. The
+ *      types of the entries are not held against the scope.
+ * msg: a message whose payload is a header of STP_MCEC_TYPE1_UPD_HDR_SIZE bytes, not read, and a
+ *      TLV array. It stays the caller's.
  *
  * 0: done, also when the message has no payload or no entry.
  * STP_MCEC_ERR_NO_MEMORY: an entry could not be allocated; those before it are cached.

@@ -3,9 +3,10 @@
  * turns an array into records for display.
  *
  * The arrays are TLV arrays of the platform, local and peer's, both of one scope (the switch or one
- * interface); they stay the caller's. The local array is walked in its order and the first
- * parameter that disagrees decides the result. Parameters that only the peer has are not compared.
- * Which parameters count depends on the spanning-tree mode in the cache, not in the arrays:
+ * interface); they stay the caller's. First the parameters of every mode are compared, then
+ * those of the mode, each time in the order of the local array; the first that disagrees decides
+ * the result. Parameters that only the peer has are not compared. Which parameters count depends on
+ * the spanning-tree mode in the cache, not in the arrays:
  *
  *   in every mode   1 mode, 6 loop guard, 7 bridge assurance, 8 global port type,
  *                   10 interface port type (a difference on a pod host interface is ignored),

@@ -7,7 +7,8 @@
  *
  * The four out-arguments of every extraction; set *tlv_array and *extract_info to NULL before:
  *
- *   tlv_array         the new values, a TLV array in network byte order; each parameter once
+ *   tlv_array         the new values, a TLV array in network byte order; of a command, each
+ *                     parameter once
  *   num_extract_info  how many records there are
  *   is_cmd            1: they come from a command; 0: from an update message
  *   extract_info      the records, one for each parameter and interface
@@ -24,13 +25,19 @@
  * Result codes of all extractions:
  *
  *   0                             done; the cache shows what will be once the command is applied
- *   STP_MCEC_ERR_INVALID_ARG      unknown opcode, command or value; an attribute is missing
+ *   STP_MCEC_ERR_INVALID_ARG      unknown opcode, command or value; a message without a usable
+ *                                 request; a list attribute is missing, or shorter than its header
+ *                                 or than its number of ranges asks for
  *   STP_MCEC_ERR_NO_MEMORY        a cache entry could not be allocated
  *   STP_MCEC_RESULT_NO_BLOCK      a block for the caller could not be allocated
+ *   STP_MCEC_RESULT_PVRST_REFUSED the mode command was refused
+ *   STP_MCEC_ERR_NO_MCEC_INFO     an interface command lost its member ports
  *   a code of the TLV library     an entry could not be read, or not be added
  *
- * On a failure the cache keeps what was written before it: a command that is refused for what it
- * asks has written nothing, one that fails on a block or a TLV has.
+ * An attribute that is too short for the word it should hold counts as absent. On a failure the
+ * cache keeps what was written before the step that failed; a command that is refused for what it
+ * asks has written nothing. The memory types of the blocks are those of STP_MCEC_LIB_MEM_TYPES,
+ * records and array of their own for each extractor.
  */
 #ifndef DRAIMIOFAF_EXTRACT_H
 #define DRAIMIOFAF_EXTRACT_H
@@ -100,8 +107,6 @@ STP_MCEC_API uint32_t stp_mcec_extract_stp_mode_param(void *handle, uint32_t cmd
 /*
  * STP_MCEC_CMD_STP_ENDIS: spanning tree enabled (positive form) or disabled on a list of VLANs; the
  * array carries all VLANs on which it is disabled then. VLANs above 4095 are left out.
- *
- * STP_MCEC_ERR_INVALID_ARG also for a list that is longer than its attribute.
  */
 STP_MCEC_API uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_id,
                                                        uint8_t **tlv_array,

@@ -34,7 +34,6 @@ STP_MCEC_API uint32_t stp_mcec_extract_gbl_port_type_param(
  * member of a multi-chassis port channel, one record for each and one entry for all. Nothing is
  * handed out when none is, nor when the first port is a pod host interface on an internal channel.
  *
- * STP_MCEC_ERR_INVALID_ARG also for a range list that is longer than its attribute.
  * STP_MCEC_ERR_NO_MCEC_INFO: the ports counted as members were none when their turn came; the
  *     records are not valid, *tlv_array is NULL, the command is not answered.
  */

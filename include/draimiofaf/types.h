@@ -68,9 +68,9 @@ enum {
  *
  *   FAILURE            a check could not be carried out; also the mismatch code of no parameter
  *   NO_MEMORY          a cache node or its value could not be allocated
- *   INVALID_ARG        a required argument is missing or out of range
- *   TYPE1_PARAM_NULL   one of the two arrays of a check is missing
- *   NO_MCEC_INFO       the interface has no multi-chassis port channel
+ *   INVALID_ARG        a required argument is missing or out of range, a message or a command
+ * unknown TYPE1_PARAM_NULL   one of the two arrays of a check is missing NO_MCEC_INFO       the
+ * interface has no multi-chassis port channel
  */
 #define STP_MCEC_RESULT_CODES(X)      \
   X(ERR_FAILURE, 0x40DD0001)          \
@@ -179,7 +179,12 @@ enum {
 
 /*
  * Memory types, one for each place that allocates: X(name, number). Blocks that the library hands
- * out carry them, and are released with mtrack_free.
+ * out carry them, and are released with mtrack_free:
+ *
+ *   4            the report            6            the exported array
+ *   7, 14        enable/disable        8, 15        MST region reset      9, 16   mode
+ *   10, 17       global port type      11, 18       global parameters     12, 19  interfaces
+ *   13, 20       update message        (array, records)
  */
 #define STP_MCEC_LIB_MEM_TYPES(X)      \
   X(NONE, 0)                           \
@@ -246,8 +251,8 @@ enum {
  *   STP_MODE        the mode, one word
  *   VLAN_LIST       a VLAN range list:   | unread | n | first last | first last | ...   (words)
  *   IFINDEX         the interface ranges: | unread | n | unread | unread | first last | ... (words)
- *   IF_PORT_MODE, IF_PORT_TYPE   one word: 2 normal, 3 edge trunk, 4 network, 5 edge
- *   IF_GUARD        one word: 1 root guard, 2 loop guard, 3 none
+ *   IF_PORT_MODE, IF_PORT_TYPE   one word: STP_MCEC_IF_PORT_MODE_*
+ *   IF_GUARD        one word: STP_MCEC_IF_GUARD_*
  *   IF_MST_SIMULATE_PVST         its presence disables the simulation; the value is not read
  *
  * The _2 identifiers say the same as their namesakes, from another form of the command.
@@ -264,6 +269,17 @@ enum {
   STP_MCEC_ATTR_IF_GUARD_2 = 0x2020068,
   STP_MCEC_ATTR_IF_MST_SIMULATE_PVST = 0x202008B,
   STP_MCEC_ATTR_IF_MST_SIMULATE_PVST_2 = 0x2020091,
+};
+
+/* Words of the attributes IF_PORT_MODE and IF_PORT_TYPE, and of IF_GUARD. */
+enum {
+  STP_MCEC_IF_PORT_MODE_NORMAL = 2,
+  STP_MCEC_IF_PORT_MODE_EDGE_TRUNK = 3,
+  STP_MCEC_IF_PORT_MODE_NETWORK = 4,
+  STP_MCEC_IF_PORT_MODE_EDGE = 5,
+  STP_MCEC_IF_GUARD_ROOT = 1,
+  STP_MCEC_IF_GUARD_LOOP = 2,
+  STP_MCEC_IF_GUARD_NONE = 3,
 };
 
 /* The layer mode of an interface that spanning tree runs on. */

@@ -53,7 +53,8 @@ extern "C" void stp_mcec_params_tlv_add(const void *key, void *array, uint32_t a
 
 extern "C" uint32_t stp_mcec_get_mst_region_cfg_tlv_payld_size() {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
-  for (const RegionEntry &entry : mst_region_entries)
-    size += tlv_aligned_data_size_get(entry.length);
+  for (const uint16_t type : mst_region_types) {
+    size += tlv_aligned_data_size_get(mst_region_entry_length(type));
+  }
   return size;
 }

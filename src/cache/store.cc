@@ -30,9 +30,9 @@ Node *add(uint32_t if_index, uint16_t type, Bytes value) {
 Put put(uint32_t if_index, uint16_t type, Bytes value) {
   if (Node *node = find(if_index, type); node != nullptr) {
     if (node->val != nullptr) fill({node->val, node->len}, value);
-    return Put::replaced;
+    return {node, false};
   }
-  return add(if_index, type, value) != nullptr ? Put::added : Put::no_memory;
+  return {add(if_index, type, value), true};
 }
 
 }  // namespace mcec::cache

@@ -31,7 +31,11 @@ inline Bytes value_of(const Node &node) {
 // Create the entry of a parameter that is not cached. nullptr: no memory, nothing is changed.
 Node *add(uint32_t if_index, uint16_t type, Bytes value);
 
-enum class Put { replaced, added, no_memory };
+// The entry that holds a value now, nullptr when there was no memory for it.
+struct Put {
+  Node *node;
+  bool added;
+};
 
 // Give a parameter a value: into its block, which keeps its length, or into a new entry.
 Put put(uint32_t if_index, uint16_t type, Bytes value);

@@ -11,9 +11,9 @@ using namespace mcec;
 namespace {
 
 // Add one entry, the line of a failure included.
-Ended add(const char *operation, uint32_t if_index, const Tlv &tlv) {
+Ended add(const char *operation, uint32_t if_index, const Tlv &tlv, int line = __builtin_LINE()) {
   if (cache::add(if_index, tlv.type, tlv.value) != nullptr) return go_on;
-  MCEC_LOG(operation, "Failed malloc\n");
+  MCEC_LOG_AT(line, operation, "Failed malloc\n");
   return STP_MCEC_ERR_NO_MEMORY;
 }
 
@@ -39,7 +39,7 @@ extern "C" uint32_t stp_mcec_type1_cfg_cache_update(int32_t del, int32_t gbl, ui
   const char *const operation = __func__;
   const uint32_t index = gbl != 0 ? 0 : if_index;
   const Ended ended = walk(
-      array, count, [=](uint32_t code) { return log_unread(operation, code); },
+      array, count, [=](uint32_t code) { return log_unstored(operation, code); },
       [=](const Tlv &tlv) -> Ended {
         if (cache::find(index, tlv.type) != nullptr) {
           MCEC_LOG(operation, "Found avl node for type %d\n", tlv.type);
@@ -61,7 +61,7 @@ extern "C" uint32_t stp_mcec_type1_cfg_cache_rebuild(void *array, uint32_t, uint
 
   const char *const operation = __func__;
   const Ended ended = walk(
-      array, count, [=](uint32_t code) { return log_unread(operation, code); },
+      array, count, [=](uint32_t code) { return log_unstored(operation, code); },
       [=](const Tlv &tlv) -> Ended {
         MCEC_LOG(operation, "type = %d, tlen=%zu\n", tlv.type, tlv.value.size());
         if (cache::find(if_index, tlv.type) != nullptr) return go_on;

@@ -16,8 +16,8 @@ Ended missing_array(const char *operation, const void *local, const void *remote
   return STP_MCEC_ERR_TYPE1_PARAM_NULL;
 }
 
-uint32_t log_unread(const char *operation, uint32_t code) {
-  MCEC_LOG(operation, "failed (rc=0x%x, %s) get_next_tlv\n", code, syserr2str(code));
+uint32_t log_unread(const char *operation, uint32_t code, int line) {
+  MCEC_LOG_AT(line, operation, "failed (rc=0x%x, %s) get_next_tlv\n", code, syserr2str(code));
   return code;
 }
 

@@ -12,7 +12,7 @@ namespace mcec::check {
 Ended missing_array(const char *operation, const void *local, const void *remote);
 
 // The line of an entry that cannot be read, or that the peer lacks; returns the code.
-uint32_t log_unread(const char *operation, uint32_t code);
+uint32_t log_unread(const char *operation, uint32_t code, int line = __builtin_LINE());
 
 // Find the peer's value of a parameter; without one the check ends.
 Ended find_at_peer(const char *operation, const void *remote, uint16_t type, Tlv &found);

@@ -1,5 +1,5 @@
 // The check of what counts in Rapid-PVST: the VLANs on which spanning tree is disabled, VLAN by
-// VLAN over those that both switches carry.
+// VLAN over those that the caller names because both switches carry them.
 
 #include "check/compare.h"
 #include "draimiofaf/check.h"

@@ -1,7 +1,7 @@
 // The report: an array as records for display, each value of the switch logged beside the cached
 // one.
 
-#include <climits>
+#include <array>
 #include <cstdio>
 #include <cstring>
 
@@ -66,50 +66,47 @@ void show(ValueText &text, const Parameter &parameter, Bytes value) {
   }
 }
 
-// A word as the log prints it.
-struct WordText {
-  char text[16];
+using LoggedWord = std::array<char, 16>;
 
-  WordText(Form form, uint32_t word) {
-    std::snprintf(text, sizeof text, form == Form::flags ? "0x%x" : "%d", word);
-  }
-};
+LoggedWord logged_word(const Parameter &parameter, Bytes value) {
+  LoggedWord text;
+  std::snprintf(text.data(), text.size(), parameter.form == Form::flags ? "0x%x" : "%d",
+                word_of(value));
+  return text;
+}
 
 void log_word(const char *operation, const Parameter &parameter, Bytes value) {
-  const WordText given(parameter.form, word_of(value));
+  const LoggedWord given = logged_word(parameter, value);
   if (parameter.scope == Scope::INTERFACE) {
-    MCEC_LOG(operation, "Type %s - val = %s\n", parameter.name, given.text);
+    MCEC_LOG(operation, "Type %s - val = %s\n", parameter.name, given.data());
     return;
   }
   const cache::Node *cached = cache::find(0, parameter.type);
-  const WordText cached_text(parameter.form,
-                             cached != nullptr ? word_of(cache::value_of(*cached)) : 0);
-  MCEC_LOG(operation, "Type %s - val = %s, cval = %s\n", parameter.name, given.text,
-           cached != nullptr ? cached_text.text : not_cached);
+  const LoggedWord cached_word =
+      logged_word(parameter, cached != nullptr ? cache::value_of(*cached) : Bytes{});
+  MCEC_LOG(operation, "Type %s - val = %s, cval = %s\n", parameter.name, given.data(),
+           cached != nullptr ? cached_word.data() : not_cached);
+}
+
+// A VLAN list or a name, with its length; -1: up to its NUL.
+struct LongText {
+  int length;
+  const char *text;
+};
+
+LongText long_text(const Parameter &parameter, Bytes value) {
+  if (parameter.form == Form::vlans) return {-1, text_of(vlans_of(value))};
+  return {text_length(value), text_of(value)};
 }
 
 // Long values take a line each, the second without a head.
 void log_long(const char *operation, const Parameter &parameter, Bytes value) {
-  const auto log_given = [&](int length, const char *text) {
-    MCEC_LOG(operation, "Type %s - val = %.*s, ", parameter.name, length, text);
-  };
-  const auto log_cached = [](int length, const char *text) {
-    hist_log("cval = %.*s\n", length, text);
-  };
-  const auto log = [&parameter](Bytes bytes, auto line) {
-    if (parameter.form == Form::vlans) {
-      line(INT_MAX, text_of(vlans_of(bytes)));
-    } else {
-      line(text_length(bytes), text_of(bytes));
-    }
-  };
-  log(value, log_given);
+  const LongText given = long_text(parameter, value);
+  MCEC_LOG(operation, "Type %s - val = %.*s, ", parameter.name, given.length, given.text);
   const cache::Node *cached = cache::find(0, parameter.type);
-  if (cached != nullptr) {
-    log(cache::value_of(*cached), log_cached);
-  } else {
-    log_cached(INT_MAX, not_cached);
-  }
+  const LongText beside =
+      cached != nullptr ? long_text(parameter, cache::value_of(*cached)) : LongText{-1, not_cached};
+  hist_log("cval = %.*s\n", beside.length, beside.text);
 }
 
 void log_beside_cached(const char *operation, const Parameter &parameter, Bytes value) {

@@ -43,9 +43,7 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
                                                      mcecm_app_cmd_extract_info_t **extract_info) {
   MCEC_LOG(__func__, "extract enable/disable STP\n");
   if (cmd_id != STP_MCEC_CMD_STP_ENDIS) {
-    MCEC_LOG(__func__, "Invalid cmd id %d\n", cmd_id);
-    cmd_rsp_send_nok(handle, 0, "Invalid Command ID %d", cmd_id);
-    return STP_MCEC_ERR_INVALID_ARG;
+    return extract::refuse_command(__func__, handle, cmd_id, "Invalid Command ID %d");
   }
   const auto list = extract::range_list(handle, STP_MCEC_ATTR_VLAN_LIST, vlan_list_header_size);
   if (!list) {
@@ -64,16 +62,14 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
   for (std::size_t i = 0; i < vlans.size(); ++i) {
     disabled[i] = enable ? disabled[i] & ~vlans[i] : disabled[i] | vlans[i];
   }
-  if (cached != nullptr) MCEC_LOG(__func__, "Update vlans: %s\n", text_of(disabled));
   store_vlans(&record, disabled);
 
   const extract::Request request{__func__,         handle, tlv_array,
                                  num_extract_info, is_cmd, extract_info};
   const Bytes value{reinterpret_cast<const uint8_t *>(&record), sizeof record};
-  if (const Ended refused = extract::put(request, rules, 0, STP_MCEC_TYPE1_STP_ENDIS, value)) {
-    return *refused;
-  }
-  cached = cache::find(0, STP_MCEC_TYPE1_STP_ENDIS);
-  const Tlv entry{STP_MCEC_TYPE1_STP_ENDIS, cache::value_of(*cached)};
+  const cache::Node *node = extract::put(request, rules, 0, STP_MCEC_TYPE1_STP_ENDIS, value);
+  if (node == nullptr) return STP_MCEC_ERR_NO_MEMORY;
+  const Tlv entry{STP_MCEC_TYPE1_STP_ENDIS, cache::value_of(*node)};
+  if (cached != nullptr) MCEC_LOG(__func__, "Update vlans: %s\n", text_of(vlans_of(entry.value)));
   return extract::hand_out(request, rules, extract::array_size(sizeof record), {&entry, 1});
 }

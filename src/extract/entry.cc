@@ -6,6 +6,7 @@
 #include "draimiofaf/extract.h"
 #include "draimiofaf/extract_port.h"
 #include "draimiofaf/foundation.h"
+#include "extract/request.h"
 #include "foundation/runtime.h"
 #include "mts.h"
 
@@ -15,7 +16,7 @@ namespace {
 
 // A handle is built on the stack: one that asks for more than this is not built.
 constexpr uint32_t max_handle_size = 64 * 1024;
-constexpr std::size_t handle_alignment = 16;
+constexpr std::size_t buffer_alignment = 16 * 8;  // in bits
 
 using Extractor = uint32_t (*)(void *handle, uint32_t cmd_id, uint8_t **tlv_array,
                                uint32_t *num_extract_info, uint32_t *is_cmd,
@@ -24,7 +25,7 @@ using Extractor = uint32_t (*)(void *handle, uint32_t cmd_id, uint8_t **tlv_arra
 enum class Gate { UNGATED, GATED };
 
 struct Command {
-  uint32_t id;
+  uint32_t cmd_id;
   Extractor extractor;
   Gate gate;
 };
@@ -37,13 +38,6 @@ constexpr Command commands[] = {
     {62, stp_mcec_extract_gbl_params, Gate::GATED},
 };
 
-const Command *find_command(uint32_t id) {
-  for (const Command &command : commands) {
-    if (command.id == id) return &command;
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 extern "C" uint32_t stp_mcec_type1_cfg_param_extractor(
@@ -52,11 +46,11 @@ extern "C" uint32_t stp_mcec_type1_cfg_param_extractor(
   MCEC_LOG(__func__, "type-1 param extractor\n");
   switch (mts_opc_get(msg)) {
     case STP_MCEC_MTS_OPC_CMD_REQ: {
-      void *handle = nullptr;
-      if (const uint32_t size = cmd_req_handle_get_1(msg); size <= max_handle_size) {
-        void *buffer = __builtin_alloca_with_align(std::max(size, 1U), handle_alignment * 8);
-        handle = cmd_req_handle_get_2(msg, buffer);
-      }
+      const uint32_t size = cmd_req_handle_get_1(msg);
+      const bool fits = size <= max_handle_size;
+      // On the stack, for as long as this block.
+      void *buffer = __builtin_alloca_with_align(fits ? std::max(size, 1U) : 1, buffer_alignment);
+      void *handle = fits ? cmd_req_handle_get_2(msg, buffer) : nullptr;
       if (handle == nullptr) {
         MCEC_LOG(__func__, "Failed to get CMI (TLV) request handle\n");
         return STP_MCEC_ERR_INVALID_ARG;
@@ -80,7 +74,7 @@ extern "C" uint32_t stp_mcec_param_extractor_from_cli(void *, void *handle, uint
   MCEC_LOG(__func__, "CLI extractor\n");
   const uint32_t id = cmd_req_cmdId_getnext(handle);
   *num_extract_info = 0;
-  const Command *command = find_command(id);
+  const Command *command = extract::find_command(commands, id);
   if (command == nullptr) return STP_MCEC_ERR_INVALID_ARG;
   if (command->gate == Gate::UNGATED || stp_mcec_lib_mct_exists() != 0) {
     const uint32_t result =

@@ -25,13 +25,6 @@ constexpr Setting settings[] = {
     {STP_MCEC_CMD_GBL_MST_SIMULATE_PVST, STP_MCEC_TYPE1_GBL_MST_SIMULATE_PVST, "BA"},
 };
 
-const Setting *find_setting(uint32_t cmd_id) {
-  for (const Setting &setting : settings) {
-    if (setting.cmd_id == cmd_id) return &setting;
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 extern "C" uint32_t stp_mcec_extract_gbl_params(void *handle, uint32_t cmd_id, uint8_t **tlv_array,
@@ -39,11 +32,9 @@ extern "C" uint32_t stp_mcec_extract_gbl_params(void *handle, uint32_t cmd_id, u
                                                 mcecm_app_cmd_extract_info_t **extract_info) {
   MCEC_LOG(__func__, "extract gbl params\n");
   const uint32_t value = cmd_req_action_is_set(handle) != 0 ? 1 : 0;
-  const Setting *setting = find_setting(cmd_id);
+  const Setting *setting = extract::find_command(settings, cmd_id);
   if (setting == nullptr) {
-    MCEC_LOG(__func__, "Invalid cmd id %d\n", cmd_id);
-    cmd_rsp_send_nok(handle, 0, "Invalid command ID %d", cmd_id);
-    return STP_MCEC_ERR_INVALID_ARG;
+    return extract::refuse_command(__func__, handle, cmd_id, "Invalid command ID %d");
   }
   MCEC_LOG(__func__, "Global %s changed to %s\n", setting->log_word, value != 0 ? "True" : "False");
   return extract::set_word({__func__, handle, tlv_array, num_extract_info, is_cmd, extract_info},

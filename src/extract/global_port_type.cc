@@ -27,13 +27,6 @@ constexpr Flag flags[] = {
     {STP_MCEC_CMD_GBL_NETWORK, STP_MCEC_GBL_PORT_TYPE_NETWORK, STP_MCEC_GBL_PORT_TYPE_EDGE},
 };
 
-const Flag *find_flag(uint32_t cmd_id) {
-  for (const Flag &flag : flags) {
-    if (flag.cmd_id == cmd_id) return &flag;
-  }
-  return nullptr;
-}
-
 uint32_t changed(uint32_t word, const Flag &flag, bool set) {
   word = set ? (word | flag.flag) & ~flag.excludes : word & ~flag.flag;
   const bool normal = (word & (STP_MCEC_GBL_PORT_TYPE_EDGE | STP_MCEC_GBL_PORT_TYPE_NETWORK)) == 0;
@@ -51,11 +44,9 @@ extern "C" uint32_t stp_mcec_extract_gbl_port_type_param(
   uint32_t word = cached != nullptr ? word_of(cache::value_of(*cached)) : 0;
   MCEC_LOG(__func__, "Global port type before change to 0x%x\n", word);
   const bool set = cmd_req_action_is_set(handle) != 0;
-  const Flag *flag = find_flag(cmd_id);
+  const Flag *flag = extract::find_command(flags, cmd_id);
   if (flag == nullptr) {
-    MCEC_LOG(__func__, "Invalid cmd id %d\n", cmd_id);
-    cmd_rsp_send_nok(handle, 0, "Invalid command ID %d", cmd_id);
-    return STP_MCEC_ERR_INVALID_ARG;
+    return extract::refuse_command(__func__, handle, cmd_id, "Invalid command ID %d");
   }
   word = changed(word, *flag, set);
   MCEC_LOG(__func__, "Global port type changed to 0x%x\n", word);

@@ -30,8 +30,12 @@ struct AttributeValue {
 };
 
 // From an attribute's word to the parameter's value.
-constexpr AttributeValue port_types[] = {{2, 2}, {3, 3}, {4, 4}, {5, 1}};
-constexpr AttributeValue guards[] = {{1, 1}, {2, 2}, {3, 3}};
+constexpr AttributeValue port_types[] = {{STP_MCEC_IF_PORT_MODE_NORMAL, 2},
+                                         {STP_MCEC_IF_PORT_MODE_EDGE_TRUNK, 3},
+                                         {STP_MCEC_IF_PORT_MODE_NETWORK, 4},
+                                         {STP_MCEC_IF_PORT_MODE_EDGE, 1}};
+constexpr AttributeValue guards[] = {
+    {STP_MCEC_IF_GUARD_ROOT, 1}, {STP_MCEC_IF_GUARD_LOOP, 2}, {STP_MCEC_IF_GUARD_NONE, 3}};
 
 struct Setting {
   uint32_t cmd_id;
@@ -40,7 +44,7 @@ struct Setting {
   uint32_t positive;
   // The attributes that say more, if any.
   uint32_t attribute_ids[2] = {};
-  // What their word may be; without texts for it, their presence alone gives `present`.
+  // What their word may be; without any, their presence alone gives `present`.
   std::span<const AttributeValue> values = {};
   const char *unknown_value = nullptr;
   uint32_t present = 0;
@@ -72,13 +76,6 @@ constexpr Setting settings[] = {
      .attribute_ids = {STP_MCEC_ATTR_IF_MST_SIMULATE_PVST, STP_MCEC_ATTR_IF_MST_SIMULATE_PVST_2},
      .present = 2},
 };
-
-const Setting *find_setting(uint32_t cmd_id) {
-  for (const Setting &setting : settings) {
-    if (setting.cmd_id == cmd_id) return &setting;
-  }
-  return nullptr;
-}
 
 // Take one attribute into the value; false: the command must be refused. An attribute that is too
 // short to hold a word counts as absent.
@@ -144,7 +141,7 @@ bool is_internal_pod_port(uint32_t if_index) {
 extern "C" uint32_t stp_mcec_extract_if_param_val(void *handle, uint32_t cmd_id, uint32_t *value,
                                                   uint16_t *type, uint32_t *is_del) {
   MCEC_LOG(__func__, "extract interface params\n");
-  const Setting *setting = find_setting(cmd_id);
+  const Setting *setting = extract::find_command(settings, cmd_id);
   if (setting == nullptr) return STP_MCEC_ERR_INVALID_ARG;
   uint32_t set = 0;
   if (cmd_req_action_is_set(handle) != 0) {
@@ -207,18 +204,18 @@ extern "C" uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, ui
 
   const char *const operation = __func__;
   uint32_t filled = 0;
-  Ended refused = go_on;
+  bool refused = false;
   for_each_port(*list, [&](uint32_t if_index) {
     membership = stp_mcec_lib_get_mcec_id(if_index, &mcec_id);
     if (membership != 0) return true;
     if (filled == count) return false;
     MCEC_LOG(operation, "port 0x%x is MCEC (ID %d)\n", if_index, mcec_id);
-    refused = extract::put(request, rules, if_index, type, word);
+    refused = extract::put(request, rules, if_index, type, word) == nullptr;
     if (refused) return false;
     records[filled++] = {type, 1, 0, if_index};
     return true;
   });
-  if (refused) return *refused;
+  if (refused) return STP_MCEC_ERR_NO_MEMORY;
   if (filled == 0) {
     *tlv_array = nullptr;
     return membership;

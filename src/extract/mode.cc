@@ -36,9 +36,7 @@ extern "C" uint32_t stp_mcec_extract_stp_mode_param(void *handle, uint32_t cmd_i
                                                     mcecm_app_cmd_extract_info_t **extract_info) {
   MCEC_LOG(__func__, "Extract stp mode\n");
   if (cmd_id != STP_MCEC_CMD_STP_MODE) {
-    MCEC_LOG(__func__, "Invalid cmd id %d\n", cmd_id);
-    cmd_rsp_send_nok(handle, 0, "Invalid cmd id %d\n", cmd_id);
-    return STP_MCEC_ERR_INVALID_ARG;
+    return extract::refuse_command(__func__, handle, cmd_id, "Invalid cmd id %d\n");
   }
   const uint32_t mode = mode_of(handle);
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST &&

@@ -21,7 +21,7 @@ constexpr extract::Rules rules = {
 };
 
 // The defaults of all three parameters are zero bytes.
-constexpr std::array<uint8_t, 80> zeros{};
+constexpr std::array<uint8_t, mst_region_map_entry_length> zeros{};
 
 const char *reset_line(uint16_t type) {
   switch (type) {
@@ -44,14 +44,14 @@ extern "C" uint32_t stp_mcec_extract_reset_mst_region_cfg(
     MCEC_LOG(__func__, "Invalid cmd id %d\n", cmd_id);
     return STP_MCEC_ERR_INVALID_ARG;
   }
-  std::array<Tlv, std::size(mst_region_entries)> entries;
+  std::array<Tlv, std::size(mst_region_types)> entries;
   std::size_t count = 0;
-  for (const RegionEntry &entry : mst_region_entries) {
-    if (cache::find(0, entry.type) == nullptr) continue;
+  for (const uint16_t type : mst_region_types) {
+    if (cache::find(0, type) == nullptr) continue;
     MCEC_LOG(__func__, "Found avl node\n");
-    MCEC_LOG(__func__, "%s\n", reset_line(entry.type));
-    cache::put(0, entry.type, {});
-    entries[count++] = {entry.type, Bytes(zeros).first(entry.length)};
+    MCEC_LOG(__func__, "%s\n", reset_line(type));
+    cache::put(0, type, {});
+    entries[count++] = {type, Bytes(zeros).first(mst_region_entry_length(type))};
   }
   if (count == 0) return 0;
   return extract::hand_out({__func__, handle, tlv_array, num_extract_info, is_cmd, extract_info},

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "cache/store.h"
 #include "cmd_req.h"
 
 namespace mcec::extract {
@@ -32,6 +31,12 @@ uint32_t fill_array(const Request &request, const Rules &rules, Block<uint8_t> a
 
 }  // namespace
 
+uint32_t refuse_command(const char *operation, void *handle, uint32_t cmd_id, const char *answer) {
+  MCEC_LOG(operation, "Invalid cmd id %d\n", cmd_id);
+  cmd_rsp_send_nok(handle, 0, answer, cmd_id);
+  return STP_MCEC_ERR_INVALID_ARG;
+}
+
 std::optional<Bytes> attribute(void *handle, uint32_t attribute_id) {
   void *value = nullptr;
   uint32_t length = 0;
@@ -52,22 +57,16 @@ std::optional<RangeList> range_list(void *handle, uint32_t attribute_id, std::si
   return RangeList{value->data() + header_size, count};
 }
 
-Ended put(const Request &request, const Rules &rules, uint32_t if_index, uint16_t type,
-          Bytes value) {
-  const char *line = nullptr;
-  switch (cache::put(if_index, type, value)) {
-    case cache::Put::no_memory:
-      refuse_malloc(request, true);
-      return STP_MCEC_ERR_NO_MEMORY;
-    case cache::Put::replaced:
-      line = rules.replaced_line;
-      break;
-    case cache::Put::added:
-      line = rules.added_line;
-      break;
+const cache::Node *put(const Request &request, const Rules &rules, uint32_t if_index, uint16_t type,
+                       Bytes value) {
+  const cache::Put done = cache::put(if_index, type, value);
+  if (done.node == nullptr) {
+    refuse_malloc(request, true);
+    return nullptr;
   }
+  const char *line = done.added ? rules.added_line : rules.replaced_line;
   if (line != nullptr) MCEC_LOG(request.operation, "%s\n", line);
-  return go_on;
+  return done.node;
 }
 
 uint32_t array_size(std::size_t value_length) {
@@ -118,7 +117,7 @@ uint32_t hand_out(const Request &request, const Rules &rules, uint32_t size,
 
 uint32_t set_word(const Request &request, const Rules &rules, uint16_t type, uint32_t value) {
   const Word word = to_network(value);
-  if (const Ended refused = put(request, rules, 0, type, word)) return *refused;
+  if (put(request, rules, 0, type, word) == nullptr) return STP_MCEC_ERR_NO_MEMORY;
   const Tlv entry{type, word};
   return hand_out(request, rules, array_size(word.size()), {&entry, 1});
 }

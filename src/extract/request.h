@@ -3,10 +3,13 @@
 // differs on its way.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <span>
 
+#include "cache/store.h"
 #include "draimiofaf/types.h"
 #include "foundation/runtime.h"
 
@@ -17,7 +20,7 @@ using Record = mcecm_app_cmd_extract_info_t;
 // One extraction under way: whose step is logged, who is answered, where the outputs go.
 struct Request {
   const char *operation;
-  void *handle;  // nullptr for an update message, which nobody answers
+  void *handle;  // nullptr for an update message, which is no command and is not answered
   uint8_t **tlv_array;
   uint32_t *num_extract_info;
   uint32_t *is_cmd;
@@ -42,6 +45,17 @@ struct Rules {
 };
 
 // --- understanding the request ---
+
+// The row of a command in an extractor's table, nullptr when the command is none of its own.
+template <class Row, std::size_t size>
+const Row *find_command(const Row (&table)[size], uint32_t cmd_id) {
+  const auto found = std::find_if(std::begin(table), std::end(table),
+                                  [cmd_id](const Row &row) { return row.cmd_id == cmd_id; });
+  return found != std::end(table) ? found : nullptr;
+}
+
+// Refuse a command that reached the wrong extractor; `answer` has a %d for its identifier.
+uint32_t refuse_command(const char *operation, void *handle, uint32_t cmd_id, const char *answer);
 
 // An attribute's value; nothing when the request has none of it.
 std::optional<Bytes> attribute(void *handle, uint32_t attribute_id);
@@ -72,9 +86,10 @@ std::optional<RangeList> range_list(void *handle, uint32_t attribute_id, std::si
 
 // --- writing the cache ---
 
-// Put a value into the cache, with the lines of the rules; without memory the request is refused.
-Ended put(const Request &request, const Rules &rules, uint32_t if_index, uint16_t type,
-          Bytes value);
+// Put a value into the cache, with the lines of the rules. The entry, or nullptr: there was no
+// memory for it, the request is refused with STP_MCEC_ERR_NO_MEMORY.
+const cache::Node *put(const Request &request, const Rules &rules, uint32_t if_index, uint16_t type,
+                       Bytes value);
 
 // --- handing out ---
 

@@ -1,6 +1,7 @@
 // A type-1 update message: every parameter that it carries is stored as it comes, and handed out.
 
 #include <cstring>
+#include <utility>
 
 #include "draimiofaf/extract.h"
 #include "draimiofaf/foundation.h"
@@ -68,21 +69,22 @@ extern "C" uint32_t stp_mcec_param_extractor_from_stp_type1_upd(
   if (record == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
   Block<uint8_t> copy = extract::new_array(request, rules, header.array_length);
   if (!copy) {
-    mtrack_free(record);
-    *extract_info = nullptr;
+    const Block<extract::Record> taken_back(std::exchange(*extract_info, nullptr));
     return STP_MCEC_RESULT_NO_BLOCK;
   }
   extract::announce(request, count);
 
   const char *const operation = __func__;
-  const auto unread = [=](uint32_t code) { return log_unread(operation, code); };
+  const auto unread = [=](uint32_t code) { return log_unstored(operation, code); };
   const Ended ended = walk(array.data(), count, unread, [&](const Tlv &tlv) -> Ended {
     if (!lies_within(array, tlv.value)) return unread(STP_MCEC_ERR_INVALID_ARG);
     MCEC_LOG(operation, "updating type=%d, len=%zu (is_default=%d)\n", tlv.type, tlv.value.size(),
              is_default(tlv) ? 1 : 0);
-    const Ended refused = extract::put(request, rules, header.if_index, tlv.type, tlv.value);
-    if (!refused) *record++ = {tlv.type, 1, header.is_global, header.if_index};
-    return refused;
+    if (extract::put(request, rules, header.if_index, tlv.type, tlv.value) == nullptr) {
+      return STP_MCEC_ERR_NO_MEMORY;
+    }
+    *record++ = {tlv.type, 1, header.is_global, header.if_index};
+    return go_on;
   });
   if (ended) return *ended;
   std::memcpy(copy.get(), array.data(), array.size());

@@ -96,6 +96,10 @@ const Parameter *find_parameter(uint32_t type) {
   return type >= 1 && type <= std::size(catalogue) ? &catalogue[type - 1] : nullptr;
 }
 
+uint16_t mst_region_entry_length(uint16_t type) {
+  return std::min(find_parameter(type)->length, mst_region_map_entry_length);
+}
+
 const char *choice_text(const Parameter &parameter, uint32_t value) {
   const auto found = std::find_if(parameter.texts.begin(), parameter.texts.end(),
                                   [value](const ChoiceText &text) { return text.value == value; });

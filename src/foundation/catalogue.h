@@ -56,15 +56,14 @@ std::span<const Parameter> parameters();
 // The parameter of a type, nullptr when there is none.
 const Parameter *find_parameter(uint32_t type);
 
-// The entries of the array that an MST region command hands out: there the VLAN map is shorter than
-// a cached one.
-struct RegionEntry {
-  uint16_t type;
-  uint16_t length;
-};
-inline constexpr RegionEntry mst_region_entries[] = {{STP_MCEC_TYPE1_MST_REGION_NAME, 32},
-                                                     {STP_MCEC_TYPE1_MST_REGION_REVISION, 4},
-                                                     {STP_MCEC_TYPE1_MST_REGION_VI_MAP, 80}};
+// The parameters of the MST region, in the order in which its reset hands them out. The entry of
+// the VLAN map is shorter there than a cached map.
+inline constexpr uint16_t mst_region_types[] = {STP_MCEC_TYPE1_MST_REGION_NAME,
+                                                STP_MCEC_TYPE1_MST_REGION_REVISION,
+                                                STP_MCEC_TYPE1_MST_REGION_VI_MAP};
+inline constexpr uint16_t mst_region_map_entry_length = 80;
+
+uint16_t mst_region_entry_length(uint16_t type);
 
 const char *choice_text(const Parameter &parameter, uint32_t value);
 const char *port_type_text(uint32_t flags);

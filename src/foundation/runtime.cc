@@ -86,8 +86,8 @@ uint32_t tlv_next(const void *array, uint32_t &cursor, Tlv &read) {
   return code;
 }
 
-uint32_t log_unread(const char *operation, uint32_t code) {
-  MCEC_LOG(operation, "Failed (rc=0x%x, %s) to retrieve tlv\n", code, syserr2str(code));
+uint32_t log_unstored(const char *operation, uint32_t code, int line) {
+  MCEC_LOG_AT(line, operation, "Failed (rc=0x%x, %s) to retrieve tlv\n", code, syserr2str(code));
   return code;
 }
 

@@ -36,8 +36,11 @@ void *zalloc_records(stp_mcec_lib_mem_type_t mem_type, uint32_t header, uint32_t
 __attribute__((format(printf, 1, 2))) void hist_log(const char *format, ...);
 
 // A line with its head: the exported operation whose step it is, and where it is logged.
-#define MCEC_LOG(operation, format, ...) \
-  ::mcec::hist_log("%s(%d): " format, operation, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+#define MCEC_LOG(operation, format, ...) MCEC_LOG_AT(__LINE__, operation, format, __VA_ARGS__)
+
+// The same for a step that several operations share, at the line that asked for it.
+#define MCEC_LOG_AT(line, operation, format, ...) \
+  ::mcec::hist_log("%s(%d): " format, operation, line __VA_OPT__(, ) __VA_ARGS__)
 
 // --- TLV arrays ---
 
@@ -80,6 +83,6 @@ Ended walk(const void *array, uint32_t count, Unread unread, Each each) {
 }
 
 // The line of an entry that cannot be read on the way into the cache; returns the code.
-uint32_t log_unread(const char *operation, uint32_t code);
+uint32_t log_unstored(const char *operation, uint32_t code, int line = __builtin_LINE());
 
 }  // namespace mcec

@@ -9,6 +9,7 @@
 
 namespace {
 
+// The interface types that spanning tree runs on.
 constexpr uint8_t accepted_types[] = {22, 26, 28, 29, 31, 37};
 
 static_assert(sizeof(im_ifindex_layermode_t) == 536);
@@ -25,7 +26,7 @@ extern "C" uint32_t stp_valid_if_index_offline(uint32_t if_index) {
 
 extern "C" uint32_t stp_valid_if_index(uint32_t if_index) {
   if (stp_valid_if_index_offline(if_index) == 0) return 0;
-  im_ifindex_layermode_t query{};
+  alignas(8) im_ifindex_layermode_t query{};
   query.if_index = if_index;
   if (im_get_ifindex_layermode_list(&query, 1) != 0) return 0;
   return query.layer_mode == STP_MCEC_IF_LAYER_MODE_ACCEPTED ? 1 : 0;

@@ -1,0 +1,32 @@
+// TLV arrays and the platform's blocks, as the lab handles them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "mtrack.h"
+
+namespace lab {
+
+using Bytes = std::vector<uint8_t>;
+
+struct ReleaseBlock {
+  void operator()(void *block) const { mtrack_free(block); }
+};
+
+// A block that the library handed over.
+template <class Object>
+using Block = std::unique_ptr<Object, ReleaseBlock>;
+
+struct Entry {
+  uint16_t type;
+  Bytes value;
+};
+
+Bytes build_array(const std::vector<Entry> &entries);
+
+// The entries of an array, as far as they can be read.
+std::vector<Entry> entries_of(const void *array);
+
+}  // namespace lab

@@ -1,0 +1,33 @@
+// Running scenarios: each step on the switches, and what is expected held against what came of it.
+#pragma once
+
+#include <functional>
+
+#include "scenario.h"
+
+namespace lab {
+
+/*
+ * A run's outcome is told as JSON, one document a scenario, and everything that is printed for a
+ * person is made from it; docs/lab.md describes its fields.
+ */
+struct Watcher {
+  std::function<void(const Json &step)> on_step;                   // a step is done
+  std::function<void(std::size_t done, std::size_t all)> on_work;  // a piece of work is done
+};
+
+struct RunOptions {
+  bool log = false;
+};
+
+// Run a whole scenario. Throws SwitchFailed, Interrupted.
+Json run(const Scenario &scenario, const RunOptions &options, const Watcher &watcher);
+
+// Run the steps before `position` (from 0), then find out what that step, a command, would do.
+Json what_if(const Scenario &scenario, std::size_t position, const RunOptions &options,
+             const Watcher &watcher);
+
+// Does every expectation of an outcome hold?
+bool holds(const Json &outcome);
+
+}  // namespace lab

@@ -1,0 +1,108 @@
+// The names by which the lab speaks of parameters, commands and results, all made from the
+// library's headers, and the texts of values, all asked from its functions.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "arrays.h"
+#include "draimiofaf/types.h"
+
+namespace lab {
+
+using Json = nlohmann::ordered_json;
+
+struct ParameterName {
+  uint16_t type;
+  std::string key;         // "stp-mode"
+  std::string enumerator;  // "STP_MCEC_TYPE1_STP_MODE"
+  bool is_global;
+  uint16_t length;
+  uint32_t mismatch;
+};
+
+struct CommandName {
+  uint32_t id;
+  std::string key;
+  std::string enumerator;
+  std::string extractor;
+  bool is_gated;
+};
+
+const std::vector<ParameterName> &parameters();
+const ParameterName *find_parameter(std::string_view key);
+const ParameterName *find_parameter(uint32_t type);
+
+const std::vector<CommandName> &commands();
+const CommandName *find_command(std::string_view key);
+const CommandName *find_command(uint32_t id);
+
+// "stp-mode", or the number of a type that is no parameter.
+std::string parameter_key(uint32_t type);
+
+// "agree" for 0, "STP_MCEC_ERR_TYPE1_STP_MODE" and the like, or the number of another code.
+std::string result_name(uint32_t code);
+
+// The code of a name, with or without "STP_MCEC_ERR_", in any case, or of a number.
+std::optional<uint32_t> find_result(std::string_view name);
+const std::vector<std::pair<std::string, uint32_t>> &results();
+
+// --- values, in network byte order as the library holds them ---
+
+Bytes word(uint32_t value);
+uint32_t word_of(const Bytes &value);
+
+// The words by which a scenario may name the values of a parameter, from the library's own display
+// texts: "rapid-pvst", "edge-trunk-port". Empty for parameters that have no such texts.
+std::map<std::string, uint32_t> value_words(uint16_t type);
+
+// What the library displays for a value, except that a VLAN list is whole and a VLAN map is told.
+std::string display(uint16_t type, const Bytes &value);
+
+// The parameter's title in the library's report.
+std::string title(uint16_t type);
+
+// A value that is the parameter's default, by the library's own test.
+Bytes default_value(const ParameterName &parameter);
+
+// --- VLANs ---
+
+using Ranges = std::vector<std::pair<uint32_t, uint32_t>>;
+
+// "1-10,20" as ranges; nothing for a text that is no list of VLANs 0 to 4095.
+std::optional<Ranges> parse_vlans(std::string_view text);
+
+// A bitmap record with the size word in network byte order.
+Bytes vlan_record(const Ranges &ranges);
+std::string vlan_text(const Bytes &record);
+
+// --- numbers and bytes as text ---
+
+std::optional<uint32_t> parse_number(std::string_view text);
+std::string hex(const Bytes &bytes);
+Bytes unhex(std::string_view text);
+std::string port_text(uint32_t if_index);
+
+// Text that any terminal and any JSON reader takes: what is no printable UTF-8 is escaped.
+std::string printable(std::string_view text);
+
+// "a, b or c".
+template <class List>
+std::string one_of(const List &names) {
+  std::string text;
+  std::size_t left = std::size(names);
+  for (const auto &name : names) {
+    --left;
+    text += name;
+    if (left > 0) text += left == 1 ? " or " : ", ";
+  }
+  return text;
+}
+
+}  // namespace lab

@@ -1,0 +1,24 @@
+// Frames over the lab's sockets: a length, then that many bytes.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "vocabulary.h"
+
+namespace lab {
+
+// Thrown by a read or write that a signal to stop the lab has interrupted.
+struct Interrupted {};
+
+// Let SIGINT and SIGTERM end the lab in order: reads and writes of frames throw Interrupted.
+void stop_on_signals();
+bool interrupted();
+
+// false: the other end is gone.
+bool write_frame(int socket, const Bytes &frame);
+
+// Nothing: the other end is gone.
+std::optional<Bytes> read_frame(int socket);
+
+}  // namespace lab
