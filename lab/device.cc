@@ -307,7 +307,7 @@ void serve(int control, int peer, bool speaks_first, LastLines &last_lines) {
     if (request.value("log", false)) {
       Json &log = reply["log"] = Json::array();
       for (uint32_t i = 0; i < standin_history_count(); ++i) {
-        log.push_back(printable(standin_history_line(i)));
+        log.push_back(log_line(standin_history_line(i)));
       }
     }
     if (!write_frame(control, encode(reply))) return;

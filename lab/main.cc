@@ -225,9 +225,7 @@ int main(int argc, char **argv) {
 
   CLI::App *what_if_command = app.add_subcommand(
       "what-if", "Say what a command of a scenario would put out of step, without applying it");
-  what_if_command->add_option("FILE", arguments.files, "a scenario in YAML")
-      ->required()
-      ->expected(1);
+  what_if_command->add_option("FILE", arguments.file, "a scenario in YAML")->required();
   what_if_command->add_option("STEP", arguments.step, "the number of a command step")->required();
   add_json(what_if_command);
   what_if_command->add_flag("--log", arguments.log, "show the switch's event history");

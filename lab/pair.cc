@@ -57,8 +57,7 @@ std::string last_words(const LastLines &lines) {
   std::string text;
   const uint32_t kept = std::min(lines.count, LastLines::kept);
   for (uint32_t i = lines.count - kept; i != lines.count; ++i) {
-    text += "\n    " + printable(lines.text[i % LastLines::kept]);
-    if (text.ends_with("\\x0a")) text.resize(text.size() - 4);
+    text += "\n    " + log_line(lines.text[i % LastLines::kept]);
   }
   return text.empty() ? "; it had logged nothing" : "; the last lines of its event history:" + text;
 }

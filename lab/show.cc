@@ -225,9 +225,7 @@ void show_report(const Json &outcome, const std::string &side, const ShowOptions
 
 void show_log(const Json &outcome, const std::string &side, const ShowOptions &) {
   for (const Json &line : outcome.value("log", Json::array())) {
-    std::string text = line;
-    if (text.ends_with("\\x0a")) text.resize(text.size() - 4);
-    fmt::print("    {:5} | {}\n", side, text);
+    fmt::print("    {:5} | {}\n", side, line.get<std::string>());
   }
 }
 

@@ -271,6 +271,11 @@ std::string port_text(uint32_t if_index) {
   return text;
 }
 
+std::string log_line(std::string_view text) {
+  if (text.ends_with('\n')) text.remove_suffix(1);
+  return printable(text);
+}
+
 std::string printable(std::string_view text) {
   std::string out;
   for (std::size_t i = 0; i < text.size();) {

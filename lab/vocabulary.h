@@ -92,6 +92,9 @@ std::string port_text(uint32_t if_index);
 // Text that any terminal and any JSON reader takes: what is no printable UTF-8 is escaped.
 std::string printable(std::string_view text);
 
+// A line of an event history, without its line feed.
+std::string log_line(std::string_view text);
+
 // "a, b or c".
 template <class List>
 std::string one_of(const List &names) {
