@@ -199,7 +199,9 @@ Json fail(const Json &request) {
 }
 
 Json crash(const Json &request) {
-  std::raise(request["signal"]);
+  const int number = request["signal"];
+  std::signal(number, SIG_DFL);  // whatever a sanitizer has in its place
+  std::raise(number);
   return Json::object();
 }
 

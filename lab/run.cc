@@ -64,6 +64,7 @@ Json record_json(const Json &record) {
 // What a request's reply says, in the words of the document. `told` gathers several requests of one
 // step: the first result that is not 0 counts, lists grow.
 void tell_reply(const Json &reply, Json &told) {
+  if (told.is_null()) told = Json::object();
   if (reply.contains("result") && (!told.contains("result") || told["result"]["code"] == 0)) {
     told["result"] = code_json(reply["result"]);
     if (reply["result"] == 0) told["result"]["name"] = "ok";

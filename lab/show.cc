@@ -10,7 +10,7 @@
 namespace lab {
 namespace {
 
-constexpr std::size_t least_column = 12;
+constexpr std::size_t least_column = 8;
 
 // How many columns a text takes: one for each character that is not a continuation byte.
 std::size_t width_of(std::string_view text) {
@@ -218,8 +218,7 @@ void show_report(const Json &outcome, const std::string &side, const ShowOptions
   if (rows.empty()) {
     fmt::print("    nothing to report: {}\n", code_text(outcome["result"]));
   } else {
-    show_table({"component " + outcome["report"][0]["component"].get<std::string>(), "value"}, rows,
-               options);
+    show_table({outcome["report"][0]["component"].get<std::string>(), "value"}, rows, options);
   }
 }
 
@@ -335,7 +334,7 @@ void show_table(const std::vector<std::string> &heading, const std::vector<std::
   std::vector<std::size_t> least;
   for (std::size_t i = 0; i < heading.size(); ++i) {
     widths.push_back(width_of(heading[i]));
-    least.push_back(least_width(heading[i]));
+    least.push_back(widths.back());
     for (const auto &row : rows) {
       widths[i] = std::max(widths[i], width_of(row[i].text));
       least[i] = std::max(least[i], least_width(row[i].text));
@@ -351,7 +350,9 @@ void show_table(const std::vector<std::string> &heading, const std::vector<std::
     while (total() > room) {
       std::size_t widest = widths.size();
       for (std::size_t i = 0; i < widths.size(); ++i) {
-        if (widths[i] <= (cut_words ? least_column : least[i])) continue;
+        const std::size_t enough =
+            std::max(width_of(heading[i]), cut_words ? least_column : least[i]);
+        if (widths[i] <= enough) continue;
         if (widest == widths.size() || widths[i] > widths[widest]) widest = i;
       }
       if (widest == widths.size()) break;
@@ -384,14 +385,14 @@ void show_table(const std::vector<std::string> &heading, const std::vector<std::
   }
   char *text = nullptr;
   scols_print_table_to_string(table.get(), &text);
-  std::string printed = text != nullptr ? text : "";
+  std::string printed = std::string(text != nullptr ? text : "") + "\n";
   std::free(text);
   for (std::size_t at = 0; (at = printed.find(" \n", at)) != printed.npos;) {
     const std::size_t blanks = printed.find_last_not_of(' ', at) + 1;
     printed.erase(blanks, at + 1 - blanks);
     at = blanks;
   }
-  fmt::print("{}\n", printed);
+  fmt::print("{}", printed);
 }
 
 void show_title(const Json &scenario, const ShowOptions &options) {

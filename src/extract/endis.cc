@@ -64,12 +64,13 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
   }
   store_vlans(&record, disabled);
 
-  const extract::Request request{__func__,         handle, tlv_array,
-                                 num_extract_info, is_cmd, extract_info};
+  const extract::Request request{__func__,    extract::Source::command, handle,
+                                 tlv_array,   num_extract_info,         is_cmd,
+                                 extract_info};
   const Bytes value{reinterpret_cast<const uint8_t *>(&record), sizeof record};
   const cache::Node *node = extract::put(request, rules, 0, STP_MCEC_TYPE1_STP_ENDIS, value);
   if (node == nullptr) return STP_MCEC_ERR_NO_MEMORY;
   const Tlv entry{STP_MCEC_TYPE1_STP_ENDIS, cache::value_of(*node)};
-  if (cached != nullptr) MCEC_LOG(__func__, "Update vlans: %s\n", text_of(vlans_of(entry.value)));
+  if (cached != nullptr) MCEC_LOG(__func__, "Update vlans: %s\n", text_of(disabled));
   return extract::hand_out(request, rules, extract::array_size(sizeof record), {&entry, 1});
 }

@@ -37,6 +37,7 @@ extern "C" uint32_t stp_mcec_extract_gbl_params(void *handle, uint32_t cmd_id, u
     return extract::refuse_command(__func__, handle, cmd_id, "Invalid command ID %d");
   }
   MCEC_LOG(__func__, "Global %s changed to %s\n", setting->log_word, value != 0 ? "True" : "False");
-  return extract::set_word({__func__, handle, tlv_array, num_extract_info, is_cmd, extract_info},
+  return extract::set_word({__func__, extract::Source::command, handle, tlv_array, num_extract_info,
+                            is_cmd, extract_info},
                            rules, setting->type, value);
 }

@@ -50,6 +50,7 @@ extern "C" uint32_t stp_mcec_extract_gbl_port_type_param(
   }
   word = changed(word, *flag, set);
   MCEC_LOG(__func__, "Global port type changed to 0x%x\n", word);
-  return extract::set_word({__func__, handle, tlv_array, num_extract_info, is_cmd, extract_info},
+  return extract::set_word({__func__, extract::Source::command, handle, tlv_array, num_extract_info,
+                            is_cmd, extract_info},
                            rules, STP_MCEC_TYPE1_GBL_PORT_TYPE, word);
 }

@@ -196,8 +196,9 @@ extern "C" uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, ui
   MCEC_LOG(__func__, "total_if_count=%d\n", count);
   if (count == 0) return 0;
 
-  const extract::Request request{__func__,         handle, tlv_array,
-                                 num_extract_info, is_cmd, extract_info};
+  const extract::Request request{__func__,    extract::Source::command, handle,
+                                 tlv_array,   num_extract_info,         is_cmd,
+                                 extract_info};
   extract::Record *records = extract::new_records(request, rules, count);
   if (records == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
   extract::announce(request, count);

@@ -48,6 +48,7 @@ extern "C" uint32_t stp_mcec_extract_stp_mode_param(void *handle, uint32_t cmd_i
     return STP_MCEC_RESULT_PVRST_REFUSED;
   }
   MCEC_LOG(__func__, "Changing to mode %d\n", mode);
-  return extract::set_word({__func__, handle, tlv_array, num_extract_info, is_cmd, extract_info},
+  return extract::set_word({__func__, extract::Source::command, handle, tlv_array, num_extract_info,
+                            is_cmd, extract_info},
                            rules, STP_MCEC_TYPE1_STP_MODE, mode);
 }

@@ -54,7 +54,8 @@ extern "C" uint32_t stp_mcec_extract_reset_mst_region_cfg(
     entries[count++] = {type, Bytes(zeros).first(mst_region_entry_length(type))};
   }
   if (count == 0) return 0;
-  return extract::hand_out({__func__, handle, tlv_array, num_extract_info, is_cmd, extract_info},
+  return extract::hand_out({__func__, extract::Source::command, handle, tlv_array, num_extract_info,
+                            is_cmd, extract_info},
                            rules, stp_mcec_get_mst_region_cfg_tlv_payld_size(),
                            std::span(entries).first(count));
 }

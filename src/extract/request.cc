@@ -9,7 +9,7 @@ namespace {
 
 void refuse_malloc(const Request &request, bool logged) {
   if (logged) MCEC_LOG(request.operation, "Failed malloc\n");
-  if (request.handle != nullptr) {
+  if (request.source == Source::command) {
     cmd_rsp_send_nok(request.handle, 0, "internal error: Failed malloc");
   }
 }
@@ -89,7 +89,7 @@ Block<uint8_t> new_array(const Request &request, const Rules &rules, uint32_t si
 
 void announce(const Request &request, uint32_t count) {
   *request.num_extract_info = count;
-  *request.is_cmd = request.handle != nullptr ? 1 : 0;
+  *request.is_cmd = request.source == Source::command ? 1 : 0;
 }
 
 uint32_t hand_out_array(const Request &request, const Rules &rules, uint32_t size,

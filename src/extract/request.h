@@ -17,10 +17,13 @@ namespace mcec::extract {
 
 using Record = mcecm_app_cmd_extract_info_t;
 
+enum class Source { update_message, command };
+
 // One extraction under way: whose step is logged, who is answered, where the outputs go.
 struct Request {
   const char *operation;
-  void *handle;  // nullptr for an update message, which is no command and is not answered
+  Source source;
+  void *handle;  // of a command, which is answered; an update message is not
   uint8_t **tlv_array;
   uint32_t *num_extract_info;
   uint32_t *is_cmd;

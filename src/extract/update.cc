@@ -63,8 +63,9 @@ extern "C" uint32_t stp_mcec_param_extractor_from_stp_type1_upd(
   const uint32_t count = tlv_count(array.data());
   if (count == 0) return STP_MCEC_ERR_INVALID_ARG;
 
-  const extract::Request request{__func__,         nullptr, tlv_array,
-                                 num_extract_info, is_cmd,  extract_info};
+  const extract::Request request{
+      __func__,    extract::Source::update_message, nullptr, tlv_array, num_extract_info, is_cmd,
+      extract_info};
   extract::Record *record = extract::new_records(request, rules, count);
   if (record == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
   Block<uint8_t> copy = extract::new_array(request, rules, header.array_length);

@@ -1,0 +1,272 @@
+// The catalogue, VLAN bitmaps and runtime services.
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "mcecm.h"
+#include "sdwrap.h"
+#include "support.h"
+
+namespace {
+
+using namespace test;
+
+std::string debug_folder;
+
+}  // namespace
+
+// The debug file lies where only root may write. The test's own fopen sends it elsewhere, so that an
+// ordinary user can run it.
+extern "C" __attribute__((visibility("default"))) FILE *fopen(const char *path, const char *mode) {
+  static const auto next =
+      reinterpret_cast<FILE *(*)(const char *, const char *)>(dlsym(RTLD_NEXT, "fopen"));
+  constexpr char folder[] = "/zarn/tmp/";
+  if (std::strncmp(path, folder, std::strlen(folder)) != 0) return next(path, mode);
+  return debug_folder.empty() ? nullptr
+                              : next((debug_folder + (path + std::strlen(folder))).c_str(), mode);
+}
+
+namespace {
+
+struct Foundation : LibraryTest {};
+
+TEST_F(Foundation, CatalogueKnowsTwelveParameters) {
+  const struct {
+    uint16_t type;
+    const char *name;
+    uint32_t code;
+  } rows[] = {
+      {0, "Unknown", 0x40DD0001},
+      {1, "Mode", 0x40DD003B},
+      {2, "Enable/Disable STP", 0x40DD003C},
+      {3, "MST Region Name", 0x40DD003D},
+      {4, "MST Region Revision", 0x40DD003E},
+      {5, "MST Region VI Map", 0x40DD003F},
+      {6, "Loop Guard", 0x40DD0040},
+      {7, "Bridge Assurance", 0x40DD0041},
+      {8, "Gbl Port Type", 0x40DD0042},
+      {9, "Gbl MST Simulate PVST", 0x40DD0045},
+      {10, "Ifi Port Type", 0x40DD0043},
+      {11, "Ifi Port Gaurd", 0x40DD0044},
+      {12, "Ifi MST Simulate PVST", 0x40DD0046},
+      {13, "Unknown", 0x40DD0001},
+      {0xFFFF, "Unknown", 0x40DD0001},
+  };
+  for (const auto &row : rows) {
+    EXPECT_STREQ(stp_mcec_type1_cfg_type_to_str(row.type), row.name);
+    EXPECT_EQ(stp_mcec_get_type1_cfg_compat_chk_errcode(row.type), row.code) << row.type;
+  }
+}
+
+TEST_F(Foundation, DefaultsAreTestedByType) {
+  Bytes odd_count = vlans("");
+  odd_count[0] = 0xAB;
+  Bytes name_after_nul = name("");
+  name_after_nul[5] = 'x';
+  Bytes map(8192);
+  Bytes map_set = map;
+  map_set[8191] = 1;
+  const struct {
+    uint32_t type;
+    Bytes value;
+    uint32_t is_default;
+  } rows[] = {
+      {1, word(5), 1},        {1, word(4), 0},    {1, word(0x05000000), 0},
+      {2, odd_count, 1},      {2, vlans("0"), 0}, {2, vlans("4095"), 0},
+      {3, name_after_nul, 1}, {3, name("a"), 0},  {4, word(0), 1},
+      {4, word(1), 0},        {5, map, 1},        {5, map_set, 0},
+      {5, Bytes(8191), 0},    {5, Bytes(80), 0},  {6, word(0), 1},
+      {6, word(1), 0},        {7, word(0), 0},    {7, word(0x100), 1},
+      {8, word(0), 1},        {8, word(0x10), 0}, {9, word(0), 0},
+      {9, word(2), 1},        {10, word(0), 1},   {10, word(1), 0},
+      {11, word(0), 1},       {11, word(3), 0},   {12, word(0), 1},
+      {12, word(4), 0},       {0, word(0), 0},    {13, word(0), 0},
+      {0x10006, word(0), 0},
+  };
+  for (const auto &row : rows) {
+    Bytes value = row.value;
+    EXPECT_EQ(stp_mcec_type1_cfg_param_is_default(row.type, uint32_t(value.size()), value.data()),
+              row.is_default)
+        << row.type << ' ' << hex(row.value).substr(0, 16);
+    EXPECT_EQ(value, row.value);
+  }
+}
+
+TEST_F(Foundation, VlansAreWrittenAsRanges) {
+  for (const char *text : {"", "0", "4095", "0-4095", "1-3,5,7-8", "31-32", "63-64", "9-10,99-100",
+                           "999-1000", "0,4095", "64,128,192-255"}) {
+    Bytes record = vlans(text);
+    EXPECT_STREQ(stp_mcec_lib_bmp4096_to_str(record.data()), text);
+    stp_mcec_lib_bmp4096_ntoh(record.data(), record.data());
+    EXPECT_STREQ(stp_mcec_lib_bmp4096_to_str(record.data()), text);
+  }
+  Bytes every_second(sizeof(bmp4096_t), 0x55);
+  EXPECT_EQ(std::strlen(stp_mcec_lib_bmp4096_to_str(every_second.data())), 9684U);
+  EXPECT_EQ(stp_mcec_lib_bmp4096_to_str(every_second.data()), stp_vlan_bmp_str_buf);
+}
+
+TEST_F(Foundation, RandomVlansAtAnyAddressMatchASlowWriter) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 300; ++round) {
+    std::ostringstream expected;
+    Bytes buffer(sizeof(bmp4096_t) + 8);
+    uint8_t *record = buffer.data() + round % 8;
+    const auto density = 1 + random() % 100;
+    bool set[4097] = {};
+    for (int vlan = 0; vlan < 4096; ++vlan) {
+      set[vlan] = random() % 100 < density;
+      if (set[vlan]) record[4 + vlan / 8] = uint8_t(record[4 + vlan / 8] | 0x80 >> vlan % 8);
+    }
+    for (int first = 0; first < 4096; ++first) {
+      if (!set[first]) continue;
+      int last = first;
+      while (set[last + 1]) ++last;
+      expected << (expected.tellp() > 0 ? "," : "") << first;
+      if (last > first) expected << '-' << last;
+      first = last;
+    }
+    ASSERT_EQ(stp_mcec_lib_bmp4096_to_str(record), expected.str());
+  }
+}
+
+TEST_F(Foundation, BitmapCountWordTurnsAround) {
+  bmp4096_t record{512, {1, 2, 3}};
+  bmp4096_t other{7, {9, 9}};
+  stp_mcec_lib_bmp4096_hton(&record, &other);
+  EXPECT_EQ(hex({reinterpret_cast<uint8_t *>(&other), reinterpret_cast<uint8_t *>(&other) + 7}),
+            "00000200090900");
+  stp_mcec_lib_bmp4096_ntoh(&other, &other);
+  EXPECT_EQ(other.size, 512U);
+}
+
+TEST_F(Foundation, UserVlansAreCounted) {
+  EXPECT_EQ(stp_mcecm_get_vlan_count(), 0U);
+  standin_add_user_vlans(1, 507);
+  EXPECT_EQ(stp_mcecm_get_vlan_count(), 507U);
+  standin_add_user_vlans(0, 4095);
+  EXPECT_EQ(stp_mcecm_get_vlan_count(), 4096U);
+}
+
+TEST_F(Foundation, MemoryTypesHaveNames) {
+  EXPECT_STREQ(__stp_mcec_lib_mem_type_t_find(0), "STP_MCEC_LIB_MEM_NONE");
+  EXPECT_STREQ(__stp_mcec_lib_mem_type_t_find(20),
+               "STP_MCEC_LIB_MEM_mcecm_app_cmd7_extract_info_t");
+  EXPECT_STREQ(__stp_mcec_lib_mem_type_t_find(21), "STP_MCEC_LIB_MEM_MAX");
+  EXPECT_EQ(__stp_mcec_lib_mem_type_t_find(22), nullptr);
+  EXPECT_EQ(__stp_mcec_lib_mem_type_t_str2enum("stp_mcec_lib_mem_tlv_array_1_t"), 6U);
+  EXPECT_EQ(__stp_mcec_lib_mem_type_t_str2enum(""), 0U);
+  EXPECT_EQ(__stp_mcec_lib_mem_type_t_str2enum("tlv_array_1_t"), 0U);
+  for (uint32_t type = 0; type < 21; ++type) {
+    EXPECT_STREQ(standin_mem_type_name(633, type), __stp_mcec_lib_mem_type_t_find(type));
+  }
+  EXPECT_STREQ(standin_service_name(633), "STP MCEC Type-1 CFG LIB");
+}
+
+TEST_F(Foundation, HistoryIsInitialisedByTheFirstLineThatCan) {
+  stp_mcec_lib_sdwrap_init_done = 0;
+  standin_fail(STANDIN_HISTORY_INIT, 1, 2);
+  for (int line = 0; line < 3; ++line) stp_mcec_type1_cfg_cache_rebuild(nullptr, 0, 0);
+  EXPECT_EQ(standin_calls(STANDIN_HISTORY_INIT), 3U);
+  EXPECT_EQ(stp_mcec_lib_sdwrap_init_done, 1);
+  stp_mcec_type1_cfg_cache_rebuild(nullptr, 0, 0);
+  EXPECT_EQ(standin_calls(STANDIN_HISTORY_INIT), 3U);
+  EXPECT_EQ(log(), Lines(4, "stp_mcec_type1_cfg_cache_rebuild: rebuilding type-1 cache"));
+}
+
+TEST_F(Foundation, LongLinesAreCut) {
+  Bytes every_second(sizeof(bmp4096_t), 0x55);
+  bmp4096_t pass;
+  bmp4096_t fail;
+  stp_mcec_pvrst_endis_check_for_twin_vlans(2, every_second.data(), every_second.data(),
+                                            every_second.data(), &pass, &fail);
+  EXPECT_EQ(std::strlen(standin_history_line(0)), 511U);
+}
+
+TEST_F(Foundation, DebugFileIsOpenedWhenItCanBe) {
+  standin_set_partition(0xABC0003);
+  debug_folder.clear();
+  stp_mcec_lib_debug_print(1, "lost %d\n", 1);
+  EXPECT_EQ(stp_mcec_lib_debug_file, nullptr);
+
+  char folder[] = "/tmp/draimiofaf-test-XXXXXX";
+  ASSERT_NE(mkdtemp(folder), nullptr);
+  debug_folder = std::string(folder) + "/";
+  stp_mcec_lib_debug_print(1, "first %d\n", 2);
+  stp_mcec_lib_debug_print(0, "second\n");
+  const std::string path = debug_folder + "stp_mcec_lib_dbg.log.3";
+  std::stringstream text;
+  text << std::ifstream(path).rdbuf();
+  EXPECT_EQ(text.str(),
+            "STP MCEC Type-1 cfg debug file \n--------------------------------\nfirst 2\nsecond\n");
+  ASSERT_NE(stp_mcec_lib_debug_file, nullptr);
+  std::fclose(stp_mcec_lib_debug_file);
+  stp_mcec_lib_debug_file = nullptr;
+  unlink(path.c_str());
+  rmdir(folder);
+}
+
+TEST_F(Foundation, MultiChassisDatabaseIsAsked) {
+  uint32_t id = 99;
+  EXPECT_EQ(stp_mcec_lib_get_mcec_id(0x1000, &id), uint32_t{STP_MCEC_ERR_NO_MCEC_INFO});
+  standin_set_void_member(0x1000, 5);
+  EXPECT_EQ(stp_mcec_lib_get_mcec_id(0x1000, &id), uint32_t{STP_MCEC_ERR_NO_MCEC_INFO});
+  EXPECT_EQ(id, 99U);
+  standin_set_member(0x1000, 5);
+  EXPECT_EQ(stp_mcec_lib_get_mcec_id(0x1000, &id), 0U);
+  EXPECT_EQ(id, 5U);
+  EXPECT_EQ(stp_mcec_lib_mct_exists(), 1U);
+  standin_set_trunk(0);
+  EXPECT_EQ(stp_mcec_lib_mct_exists(), 0U);
+}
+
+// --- the stand-in keeps its own promises ---
+
+TEST_F(Foundation, StandinReadersEndWithTheArray) {
+  Bytes made = array({{1, word(5)}, {6, word(1)}});
+  uint16_t type = 0;
+  uint16_t length = 0;
+  void *value = nullptr;
+  for (std::size_t end = 4; end <= made.size(); ++end) {
+    // A block of exactly this size: the address sanitizer sees a byte too far.
+    Bytes cut(made.begin(), made.begin() + std::ptrdiff_t(end));
+    cut.shrink_to_fit();
+    const auto said = uint32_t(end - 4);
+    std::copy_n(word(said).begin(), 4, cut.begin());
+    uint32_t cursor = 0;
+    uint32_t read = 0;
+    const uint32_t count = tlv_aligned_array_get_num_tlvs(cut.data(), 1);
+    while (read < count &&
+           tlv_aligned_array_get_next_tlv(cut.data(), &type, &length, &value, 1, &cursor) == 0) {
+      ++read;
+    }
+    EXPECT_EQ(count, said == 0 ? 0 : said <= (made.size() - 4) / 2 ? 1 : 2) << end;
+    EXPECT_EQ(read, said / ((made.size() - 4) / 2)) << end;
+  }
+}
+
+std::string misuse;
+
+TEST_F(Foundation, StandinRefusesMisuse) {
+  standin_on_misuse([](const char *what) { misuse = what; });
+  void *block = mtrack_alloc(633, 6, 8);
+  mtrack_free(block);
+  mtrack_free(block);
+  EXPECT_NE(misuse.find("no live block"), std::string::npos);
+  misuse.clear();
+  EXPECT_EQ(mtrack_alloc(633, 21, 8), nullptr);
+  EXPECT_EQ(misuse, "service 633 has no memory type 21");
+  const uint32_t record[] = {1, 0x41414141};
+  sdwrap_his_log_event_for_uuid_inst(633, 0x730000, 0, 0, 8, record);
+  EXPECT_NE(misuse.find("does not end"), std::string::npos);
+  Bytes full = array({{1, word(5)}});
+  EXPECT_NE(tlv_aligned_array_add_tlv(full.data(), uint32_t(full.size()), 2, 0, nullptr, 1), 0U);
+  standin_on_misuse(nullptr);
+}
+
+}  // namespace

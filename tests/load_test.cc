@@ -1,0 +1,49 @@
+// Loading and unloading, as a process that opens the library at run time sees it.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "standin.h"
+
+namespace {
+
+constexpr uint32_t service = 633;
+
+TEST(Load, RegistersAndReleasesEachTime) {
+  const uint32_t before = standin_registrations();
+  for (uint32_t round = 1; round <= 3; ++round) {
+    ASSERT_EQ(standin_registered(), 0U);
+    void *library = dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    EXPECT_EQ(standin_registrations(), before + round);
+    EXPECT_STREQ(standin_service_name(service), "STP MCEC Type-1 CFG LIB");
+    EXPECT_STREQ(standin_mem_type_name(service, 20),
+                 "STP_MCEC_LIB_MEM_mcecm_app_cmd7_extract_info_t");
+    EXPECT_EQ(standin_mem_type_name(service, 21), nullptr);
+    EXPECT_EQ(standin_trees(), 1U);
+
+    using Extract = uint32_t (*)(void *, uint8_t **, uint32_t *, uint32_t *, void **);
+    const auto extract =
+        reinterpret_cast<Extract>(dlsym(library, "stp_mcec_type1_cfg_param_extractor"));
+    ASSERT_NE(extract, nullptr);
+    standin_set_trunk(1);
+    void *message = standin_command(21, 1, nullptr, 0);
+    standin_fail(STANDIN_ALLOC, 4, 1);  // the entry is cached, the array is not handed out
+    uint8_t *array = nullptr;
+    uint32_t count = 0;
+    uint32_t is_cmd = 0;
+    void *records = nullptr;
+    EXPECT_EQ(extract(message, &array, &count, &is_cmd, &records), 1U);
+    standin_message_free(message);
+    const auto release = reinterpret_cast<void (*)(void *)>(dlsym(RTLD_DEFAULT, "mtrack_free"));
+    release(records);
+    EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), 2U);
+
+    ASSERT_EQ(dlclose(library), 0);
+    ASSERT_EQ(dlopen(LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+    EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), 0U);
+    EXPECT_EQ(standin_trees(), 0U);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,198 @@
+#include "support.h"
+
+#include <cstring>
+#include <sstream>
+
+#include "avl.h"
+
+namespace test {
+
+Bytes word(uint32_t value) {
+  return {uint8_t(value >> 24), uint8_t(value >> 16), uint8_t(value >> 8), uint8_t(value)};
+}
+
+Bytes name(const std::string &text) {
+  Bytes value(text.begin(), text.end());
+  value.resize(32);
+  return value;
+}
+
+Bytes vlans(const std::string &ranges) {
+  Bytes record(sizeof(bmp4096_t));
+  record[2] = 2;
+  std::istringstream in(ranges);
+  for (std::string range; std::getline(in, range, ',');) {
+    const std::size_t dash = range.find('-');
+    const unsigned long first = std::stoul(range);
+    const unsigned long last = dash == range.npos ? first : std::stoul(range.substr(dash + 1));
+    for (unsigned long vlan = first; vlan <= last; ++vlan) {
+      record[4 + vlan / 8] = uint8_t(record[4 + vlan / 8] | 0x80U >> vlan % 8);
+    }
+  }
+  return record;
+}
+
+Bytes host_words(std::vector<uint32_t> words) {
+  Bytes bytes(words.size() * 4);
+  if (!words.empty()) std::memcpy(bytes.data(), words.data(), bytes.size());
+  return bytes;
+}
+
+std::string hex(const Bytes &bytes) {
+  std::string text;
+  for (const uint8_t byte : bytes) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", byte);
+    text += digits;
+  }
+  return text;
+}
+
+std::string vlans_of(const bmp4096_t &record) {
+  return stp_mcec_lib_bmp4096_to_str(&record);
+}
+
+Bytes array(const Entries &entries) {
+  uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
+  for (const Entry &entry : entries)
+    size += tlv_aligned_data_size_get(uint32_t(entry.value.size()));
+  Bytes made(size);
+  for (const Entry &entry : entries) {
+    EXPECT_EQ(tlv_aligned_array_add_tlv(made.data(), size, entry.type, uint16_t(entry.value.size()),
+                                        entry.value.data(), 1),
+              0U);
+  }
+  return made;
+}
+
+std::string entries_of(const void *array) {
+  std::string text;
+  uint32_t cursor = 0;
+  for (uint32_t left = tlv_aligned_array_get_num_tlvs(array, 1); left > 0; --left) {
+    uint16_t type = 0;
+    uint16_t length = 0;
+    void *value = nullptr;
+    EXPECT_EQ(tlv_aligned_array_get_next_tlv(array, &type, &length, &value, 1, &cursor), 0U);
+    const auto *bytes = static_cast<const uint8_t *>(value);
+    text += (text.empty() ? "" : " ") + std::to_string(type) + ":" + hex({bytes, bytes + length});
+  }
+  return text;
+}
+
+void cache(uint32_t if_index, uint16_t type, const Bytes &value) {
+  Bytes made = array({{type, value}});
+  EXPECT_EQ(stp_mcec_type1_cfg_cache_rebuild(made.data(), 0, if_index), 0U);
+  standin_history_clear();
+}
+
+std::string cached(uint32_t if_index, uint16_t type) {
+  const type1_cfg_avl_node_t key{if_index, type, 0, nullptr};
+  const auto *node =
+      static_cast<const type1_cfg_avl_node_t *>(avl_find(stp_mcec_type1_cfg_avl, &key));
+  return node != nullptr ? hex({node->val, node->val + node->len}) : "-";
+}
+
+Lines log() {
+  Lines lines;
+  for (uint32_t i = 0; i < standin_history_count(); ++i) {
+    std::string line = standin_history_line(i);
+    const std::size_t open = line.find('(');
+    const std::size_t close = line.find("): ");
+    if (open != line.npos && close != line.npos && open + 1 < close &&
+        line.find_first_not_of("0123456789", open + 1) == close) {
+      line.erase(open, close - open + 1);
+    }
+    if (line.ends_with('\n')) {
+      line.pop_back();
+    } else {
+      line += '\\';
+    }
+    lines.push_back(line);
+  }
+  standin_history_clear();
+  return lines;
+}
+
+Bytes update_payload(uint32_t global, uint32_t if_index, uint32_t length, const Bytes &array) {
+  Bytes payload = host_words({global, if_index, 0xDEADBEEF, length});
+  payload.insert(payload.end(), array.begin(), array.end());
+  return payload;
+}
+
+std::string extract(void *msg) {
+  constexpr uint32_t untouched = 0xEEEEEEEE;
+  uint8_t no_array = 0;
+  mcecm_app_cmd_extract_info_t no_records{};
+  uint8_t *tlvs = &no_array;
+  uint32_t count = untouched;
+  uint32_t is_cmd = untouched;
+  mcecm_app_cmd_extract_info_t *records = &no_records;
+  standin_answers_clear();
+  const uint32_t result = stp_mcec_type1_cfg_param_extractor(msg, &tlvs, &count, &is_cmd, &records);
+
+  std::ostringstream text;
+  text << std::hex << result << std::dec << " |";
+  for (uint32_t i = 0; i < standin_answer_count(); ++i) {
+    const standin_answer_t answer = standin_answer_at(i);
+    text << ' ' << (answer.accepted != 0 ? "ok" : answer.text);
+  }
+  text << " |";
+  if (is_cmd != untouched) text << " cmd " << is_cmd;
+  if (count != untouched) text << " count " << count;
+  text << " |";
+  if (records == nullptr) {
+    text << " null";
+  } else if (records != &no_records) {
+    const uint32_t have = standin_block_size(records) / uint32_t(sizeof *records);
+    text << " type " << standin_block_type(records);
+    for (uint32_t i = 0; i < have; ++i) {
+      text << ' ' << records[i].type << ',' << records[i].valid << ',' << records[i].is_global
+           << ',' << records[i].if_index;
+    }
+    mtrack_free(records);
+  }
+  text << " |";
+  if (tlvs == nullptr) {
+    text << " null";
+  } else if (tlvs != &no_array) {
+    text << " type " << standin_block_type(tlvs) << ' ' << entries_of(tlvs);
+    mtrack_free(tlvs);
+  }
+  return text.str();
+}
+
+std::string command(uint32_t id, bool positive, const std::vector<Attribute> &attributes) {
+  std::vector<standin_attribute_t> given;
+  for (const Attribute &attribute : attributes) {
+    given.push_back({attribute.id, uint32_t(attribute.value.size()), attribute.value.data()});
+  }
+  const Message message(
+      standin_command(id, positive ? 1 : 0, given.data(), uint32_t(given.size())));
+  return extract(message.msg);
+}
+
+std::string update(uint32_t global, uint32_t if_index, const Entries &entries) {
+  const Bytes made = array(entries);
+  const Bytes payload = update_payload(global, if_index, uint32_t(made.size()), made);
+  const Message message(
+      standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, payload.data(), payload.size()));
+  return extract(message.msg);
+}
+
+void empty_cache() {
+  for (const uint32_t if_index : {0U, 7U, 0x1000U, 0x1001U, 0x1002U, 0x1003U, 0x80000000U}) {
+    for (uint16_t type = 0; type < 16; ++type) stp_mcec_type1_cfg_delete_cache_node(type, if_index);
+  }
+}
+
+void LibraryTest::SetUp() {
+  standin_reset();
+  standin_set_trunk(1);
+}
+
+void LibraryTest::TearDown() {
+  empty_cache();
+  EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), 0U);
+}
+
+}  // namespace test
