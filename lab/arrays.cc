@@ -1,9 +1,18 @@
 #include "arrays.h"
 
 #include "draimiofaf/types.h"
+#include "standin.h"
 #include "tlv.h"
 
 namespace lab {
+
+LibraryCall::LibraryCall() {
+  standin_suspend_failures(0);
+}
+
+LibraryCall::~LibraryCall() {
+  standin_suspend_failures(1);
+}
 
 Bytes build_array(const std::vector<Entry> &entries) {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
@@ -19,6 +28,7 @@ Bytes build_array(const std::vector<Entry> &entries) {
 
 std::vector<Entry> entries_of(const void *array) {
   std::vector<Entry> entries;
+  if (array == nullptr) return entries;
   uint32_t cursor = 0;
   for (uint32_t left = tlv_aligned_array_get_num_tlvs(array, 1); left > 0; --left) {
     uint16_t type = 0;

@@ -19,6 +19,15 @@ struct ReleaseBlock {
 template <class Object>
 using Block = std::unique_ptr<Object, ReleaseBlock>;
 
+// Failures that a scenario orders are for the library. The lab's own work with the platform is left
+// out; the library is called within one of these.
+struct LibraryCall {
+  LibraryCall();
+  LibraryCall(const LibraryCall &) = delete;
+  LibraryCall &operator=(const LibraryCall &) = delete;
+  ~LibraryCall();
+};
+
 struct Entry {
   uint16_t type;
   Bytes value;
@@ -26,7 +35,7 @@ struct Entry {
 
 Bytes build_array(const std::vector<Entry> &entries);
 
-// The entries of an array, as far as they can be read.
+// The entries of an array, as far as they can be read; none of no array.
 std::vector<Entry> entries_of(const void *array);
 
 }  // namespace lab

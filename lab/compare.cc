@@ -22,19 +22,20 @@ struct Verdict {
   Bytes fail;
 };
 
-// The library's check of a scope.
+// The library's check of a scope. A switch that has no array to give is checked without one.
 Verdict check(const Json &scope, Bytes &local, Bytes &peer, const Twins &twins) {
   Verdict verdict{0, Bytes(sizeof(bmp4096_t)), Bytes(sizeof(bmp4096_t))};
   const uint32_t check_vlans = twins.named ? 1 : 0;
   const void *record = twins.record.data();
   void *pass = verdict.pass.data();
   void *fail = verdict.fail.data();
+  void *own = local.empty() ? nullptr : local.data();
+  void *theirs = peer.empty() ? nullptr : peer.data();
   verdict.code =
       scope["global"].get<bool>()
-          ? stp_mcec_type1_cfg_compat_check(0, local.data(), peer.data(), check_vlans, record, pass,
-                                            fail)
-          : stp_mcec_type1_cfg_compat_check_with_ifindex(
-                scope["port"], 0, local.data(), peer.data(), check_vlans, record, pass, fail);
+          ? stp_mcec_type1_cfg_compat_check(0, own, theirs, check_vlans, record, pass, fail)
+          : stp_mcec_type1_cfg_compat_check_with_ifindex(scope["port"], 0, own, theirs, check_vlans,
+                                                         record, pass, fail);
   return verdict;
 }
 
@@ -119,13 +120,16 @@ Twins twins_of(const Json &request) {
 
 Json compare(const Json &scope, Bytes local, Bytes peer, const Twins &twins) {
   Json result = {{"global", scope["global"]}, {"port", scope["port"]}};
-  result["verdict"] = check(scope, local, peer, twins).code;
+  {
+    const LibraryCall call;
+    result["verdict"] = check(scope, local, peer, twins).code;
+  }
   result["pod"] = !scope["global"].get<bool>() && satmgr_if_is_pod_port(scope["port"]) != 0;
 
   // The checks below are the lab's own questions: they are not for the switch's history.
   const uint32_t logged = standin_history_count();
-  const std::vector<Entry> locals = entries_of(local.data());
-  const std::vector<Entry> peers = entries_of(peer.data());
+  const std::vector<Entry> locals = entries_of(local.empty() ? nullptr : local.data());
+  const std::vector<Entry> peers = entries_of(peer.empty() ? nullptr : peer.data());
   std::set<uint16_t> types;
   for (const auto *entries : {&locals, &peers}) {
     for (const Entry &entry : *entries) types.insert(entry.type);

@@ -62,6 +62,10 @@ void set_world(const Json &world) {
 
 // --- arrays ---
 
+int32_t is_global(const Json &scope) {
+  return scope["global"].get<bool>() ? 1 : 0;
+}
+
 Bytes array_of_json(const Json &entries) {
   std::vector<Entry> parsed;
   for (const Json &entry : entries) {
@@ -78,20 +82,30 @@ Json entries_json(const void *array) {
   return entries;
 }
 
-// The exported array of a scope. Where the library has none to give, an empty one.
-Bytes export_scope(const Json &scope) {
+// The exported array of a scope; without bytes when the library has none to give.
+struct Export {
+  uint32_t result;
+  Bytes array;
+};
+
+Export export_scope(const Json &scope) {
   void *out = nullptr;
-  stp_mcec_type1_cfg_get_params(scope["global"].get<bool>() ? 1 : 0, scope["port"], &out);
+  uint32_t result = 0;
+  {
+    const LibraryCall call;
+    result = stp_mcec_type1_cfg_get_params(is_global(scope), scope["port"], &out);
+  }
   const Block<uint8_t> array(static_cast<uint8_t *>(out));
-  if (!array) return Bytes(STP_MCEC_TLV_ARRAY_HDR_SIZE);
-  return {array.get(), array.get() + standin_tlv_array_bytes(array.get())};
+  if (!array) return {result, {}};
+  return {result, {array.get(), array.get() + standin_tlv_array_bytes(array.get())}};
 }
 
-// An array that came over a socket: as long as it says it is.
+// An array that came over a socket: none, or as long as it says it is.
 Bytes received_array(const std::optional<Bytes> &frame) {
   if (!frame) throw std::runtime_error("the other switch is gone");
-  if (frame->size() < STP_MCEC_TLV_ARRAY_HDR_SIZE ||
-      standin_tlv_array_bytes(frame->data()) != frame->size()) {
+  const bool whole = frame->size() >= STP_MCEC_TLV_ARRAY_HDR_SIZE &&
+                     standin_tlv_array_bytes(frame->data()) == frame->size();
+  if (!whole && !frame->empty()) {
     throw std::runtime_error("the other switch sent an array of another length than it says");
   }
   return *frame;
@@ -101,7 +115,7 @@ Bytes received_array(const std::optional<Bytes> &frame) {
 
 Bytes update_payload(const Json &request) {
   const Bytes array = array_of_json(request["entries"]);
-  const uint32_t header[] = {request["global"].get<bool>() ? 1U : 0U, request["port"], 0,
+  const uint32_t header[] = {uint32_t(is_global(request)), request["port"], 0,
                              uint32_t(array.size())};
   static_assert(sizeof header == STP_MCEC_TYPE1_UPD_HDR_SIZE);
   Bytes payload(sizeof header + array.size());
@@ -115,7 +129,11 @@ Json extract(void *msg) {
   uint32_t count = 0;
   uint32_t is_cmd = 0;
   mcecm_app_cmd_extract_info_t *info = nullptr;
-  const uint32_t result = stp_mcec_type1_cfg_param_extractor(msg, &array, &count, &is_cmd, &info);
+  uint32_t result = 0;
+  {
+    const LibraryCall call;
+    result = stp_mcec_type1_cfg_param_extractor(msg, &array, &count, &is_cmd, &info);
+  }
   const Block<uint8_t> owned_array(array);
   const Block<mcecm_app_cmd_extract_info_t> owned_info(info);
 
@@ -158,29 +176,39 @@ Json update(const Json &request) {
 Json cache_update(const Json &request) {
   const Bytes payload = update_payload(request);
   const Message msg(standin_message(0, payload.data(), payload.size()));
-  return {{"result", stp_mcec_type1_cfg_cache_update(0, request["global"].get<bool>() ? 1 : 0,
-                                                     request["port"], msg.msg)}};
+  const LibraryCall call;
+  return {
+      {"result", stp_mcec_type1_cfg_cache_update(0, is_global(request), request["port"], msg.msg)}};
 }
 
 Json delete_scope(const Json &scope) {
-  return {{"result", stp_mcec_type1_cfg_cache_update(1, scope["global"].get<bool>() ? 1 : 0,
-                                                     scope["port"], nullptr)}};
+  const LibraryCall call;
+  return {{"result", stp_mcec_type1_cfg_cache_update(1, is_global(scope), scope["port"], nullptr)}};
 }
 
 Json rebuild(const Json &request) {
   Bytes array = unhex(request["array"].get<std::string>());
-  return {{"result", stp_mcec_type1_cfg_cache_rebuild(array.data(), 0, request["port"])}};
+  void *given = array.empty() ? nullptr : array.data();
+  const LibraryCall call;
+  return {{"result", stp_mcec_type1_cfg_cache_rebuild(given, 0, request["port"])}};
 }
 
 Json export_array(const Json &scope) {
-  const Bytes array = export_scope(scope);
-  return {{"array", hex(array)}, {"entries", entries_json(array.data())}};
+  const Export exported = export_scope(scope);
+  const void *array = exported.array.empty() ? nullptr : exported.array.data();
+  return {{"result", exported.result},
+          {"array", hex(exported.array)},
+          {"entries", entries_json(array)}};
 }
 
 Json report(const Json &scope) {
-  Bytes array = export_scope(scope);
+  Bytes array = export_scope(scope).array;
   void *block = nullptr;
-  const uint32_t result = stp_mcec_type1_cfg_get_param_info(array.data(), &block);
+  uint32_t result = 0;
+  {
+    const LibraryCall call;
+    result = stp_mcec_type1_cfg_get_param_info(array.empty() ? nullptr : array.data(), &block);
+  }
   const Block<mcecm_app_info_report_t> owned(static_cast<mcecm_app_info_report_t *>(block));
   Json reply = {{"result", result}, {"records", Json::array()}};
   for (uint32_t i = 0; owned && i < owned->count; ++i) {
@@ -220,7 +248,7 @@ Json check_exchanged(const Json &request, int peer, bool speaks_first) {
   const Twins twins = twins_of(request);
   Json scopes = Json::array();
   for (const Json &scope : request["scopes"]) {
-    const Bytes own = export_scope(scope);
+    const Bytes own = export_scope(scope).array;
     const Bytes theirs = exchange(peer, speaks_first, own);
     scopes.push_back(compare(scope, own, theirs, twins));
   }
@@ -235,7 +263,7 @@ Json what_if(const Json &request) {
     Json scopes = Json::array();
     for (const Json &scope : request["scopes"]) {
       const Bytes theirs = unhex(scope["array"].get<std::string>());
-      scopes.push_back(compare(scope, export_scope(scope), theirs, twins));
+      scopes.push_back(compare(scope, export_scope(scope).array, theirs, twins));
     }
     return scopes;
   };
@@ -279,6 +307,7 @@ void serve(int control, int peer, bool speaks_first, LastLines &last_lines) {
   last_lines_of_process = &last_lines;
   standin_reset();
   standin_on_history(keep_line);
+  standin_suspend_failures(1);
   const std::map<std::string, Operation> operations = {
       {"world",
        [](const Json &request) {

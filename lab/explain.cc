@@ -10,7 +10,6 @@
 #include "draimiofaf/foundation.h"
 #include "pair.h"
 #include "scenario.h"
-#include "syserr.h"
 
 namespace lab {
 namespace {
@@ -163,9 +162,7 @@ void say(const char *heading, const std::string &text, const ShowOptions &option
 }
 
 void say_code(uint32_t code, const ShowOptions &options) {
-  say("result",
-      fmt::format("{} (0x{:08X}), \"{}\"", code == 0 ? "success" : result_name(code), code,
-                  syserr2str(code)),
+  say("result", fmt::format("{} (0x{:08X})", code == 0 ? "success" : result_name(code), code),
       options);
 }
 
@@ -180,11 +177,7 @@ void explain_parameter(const ParameterName &parameter, const ShowOptions &option
   say("scope", scope_text(parameter), options);
   say("length", std::to_string(parameter.length) + " bytes", options);
   say("default", default_text(parameter), options);
-  std::string words;
-  for (const auto &[text, value] : value_words(parameter.type)) {
-    words += fmt::format("{}{} ({})", words.empty() ? "" : ", ", text, value);
-  }
-  if (!words.empty()) say("values", words, options);
+  say("values", value_help(parameter.type), options);
   say("mismatch", fmt::format("{} (0x{:08X})", result_name(parameter.mismatch), parameter.mismatch),
       options);
   Pair pair;
@@ -194,7 +187,7 @@ void explain_parameter(const ParameterName &parameter, const ShowOptions &option
       for (const Json &effect : effect_of(pair, command, positive)) {
         const std::string text = effect;
         if (!text.starts_with(parameter.key + " = ")) continue;
-        say("set by", (positive ? "" : "no ") + command.key + ": " + text, options);
+        say("set by", (positive ? "" : "no ") + command.key + ", for instance " + text, options);
       }
     }
   }

@@ -78,27 +78,21 @@ Status tell_mistakes(const ReadScenario &read) {
   return wrong;
 }
 
-// Something went wrong that is not the scenario's: the document of --json says so too.
-Status tell_failure(const Scenario &scenario, const std::string &problem,
-                    const Arguments &arguments, Json &documents) {
-  std::fflush(stdout);
-  fmt::print(stderr, "{}: {}\n", scenario.path, problem);
-  if (arguments.json) documents.push_back({{"scenario", scenario.path}, {"failed", problem}});
-  return wrong;
-}
-
-// Read a scenario and do something with it; the status of what came of it.
-template <class Do>
-Status with_scenario(const std::string &file, const Arguments &arguments, Json &documents, Do act) {
-  const ReadScenario read = read_scenario(file);
-  if (!read.mistakes.empty()) return tell_mistakes(read);
-  try {
-    return act(read.scenario);
-  } catch (const Interrupted &) {
-    return tell_failure(read.scenario, "interrupted", arguments, documents);
-  } catch (const std::exception &problem) {
-    return tell_failure(read.scenario, problem.what(), arguments, documents);
+// What became of an outcome: a failure is told, with the step in which it happened.
+Status status_of(const Json &outcome) {
+  if (!outcome.contains("failed")) return outcome["holds"] ? all_hold : some_do_not;
+  const Json &failed = outcome["failed"];
+  std::string where;
+  if (failed.contains("step")) {
+    where = fmt::format("{}: step {} ({}): ", failed["line"].get<int>(),
+                        failed["step"].get<std::size_t>(), failed["summary"].get<std::string>());
+  } else {
+    where = " ";
   }
+  std::fflush(stdout);
+  fmt::print(stderr, "{}:{}{}\n", outcome["scenario"].get<std::string>(), where,
+             failed["problem"].get<std::string>());
+  return wrong;
 }
 
 Watcher watcher_of(const Arguments &arguments, const ShowOptions &options, Progress &progress) {
@@ -113,69 +107,67 @@ Watcher watcher_of(const Arguments &arguments, const ShowOptions &options, Progr
   return watcher;
 }
 
-void print_documents(const Json &documents) {
-  for (const Json &document : documents) fmt::print("{}\n", document.dump(2));
+Status run_file(const std::string &file, const Arguments &arguments, const ShowOptions &options) {
+  const ReadScenario read = read_scenario(file);
+  if (!read.mistakes.empty()) return tell_mistakes(read);
+  const Scenario &scenario = read.scenario;
+  if (!arguments.json) {
+    show_title({{"scenario", scenario.path}, {"title", scenario.title}, {"about", scenario.about}},
+               options);
+  }
+  Progress progress;
+  const Json outcome = run(scenario, {arguments.log}, watcher_of(arguments, options, progress));
+  progress.clear();
+  if (arguments.json) {
+    fmt::print("{}\n", outcome.dump(2));
+  } else if (!outcome.contains("failed")) {
+    show_end(outcome, options);
+  }
+  return status_of(outcome);
 }
 
 Status run_files(const Arguments &arguments) {
   const ShowOptions options = show_options(arguments);
   Status status = all_hold;
-  Json documents = Json::array();
   for (const std::string &file : arguments.files) {
-    Progress progress;
-    const Status came = with_scenario(file, arguments, documents, [&](const Scenario &scenario) {
-      if (!arguments.json) {
-        show_title(
-            {{"scenario", scenario.path}, {"title", scenario.title}, {"about", scenario.about}},
-            options);
-      }
-      Json outcome = run(scenario, {arguments.log}, watcher_of(arguments, options, progress));
-      progress.clear();
-      if (!arguments.json) show_end(outcome, options);
-      const Status held = outcome["holds"] ? all_hold : some_do_not;
-      if (arguments.json) documents.push_back(std::move(outcome));
-      return held;
-    });
-    progress.clear();
-    status = std::max(status, came);
-    print_documents(documents);
-    documents.clear();
+    status = std::max(status, run_file(file, arguments, options));
     if (interrupted()) break;
   }
   return status;
 }
 
+// The steps that what-if can be asked about.
+std::string command_steps(const Scenario &scenario) {
+  std::string numbers;
+  for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
+    if (scenario.steps[i].action != "command") continue;
+    numbers += (numbers.empty() ? "" : ", ") + std::to_string(i + 1);
+  }
+  return numbers.empty() ? "none, for there is none" : numbers;
+}
+
 Status ask_what_if(const Arguments &arguments) {
+  const ReadScenario read = read_scenario(arguments.file);
+  if (!read.mistakes.empty()) return tell_mistakes(read);
+  const Scenario &scenario = read.scenario;
+  if (arguments.step > scenario.steps.size() ||
+      scenario.steps[arguments.step - 1].action != "command") {
+    fmt::print(stderr, "{}: step {} is no command; expected one of {}\n", scenario.path,
+               arguments.step, command_steps(scenario));
+    return wrong;
+  }
   const ShowOptions options = show_options(arguments);
-  Json documents = Json::array();
-  const Status status =
-      with_scenario(arguments.file, arguments, documents, [&](const Scenario &scenario) {
-        if (arguments.step < 1 || arguments.step > scenario.steps.size() ||
-            scenario.steps[arguments.step - 1].action != "command") {
-          std::string commands;
-          for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
-            if (scenario.steps[i].action == "command") {
-              commands += (commands.empty() ? "" : ", ") + std::to_string(i + 1);
-            }
-          }
-          fmt::print(stderr, "{}: step {} is no command; expected one of {}\n", scenario.path,
-                     arguments.step, commands.empty() ? "none, for there is none" : commands);
-          return wrong;
-        }
-        Progress progress;
-        Watcher watcher = watcher_of(arguments, options, progress);
-        watcher.on_step = nullptr;
-        Json outcome = what_if(scenario, arguments.step - 1, {arguments.log}, watcher);
-        progress.clear();
-        if (arguments.json) {
-          documents.push_back(std::move(outcome));
-        } else {
-          show_what_if(outcome, options);
-        }
-        return all_hold;
-      });
-  print_documents(documents);
-  return status;
+  Progress progress;
+  Watcher watcher = watcher_of(arguments, options, progress);
+  watcher.on_step = nullptr;
+  const Json outcome = what_if(scenario, arguments.step - 1, {arguments.log}, watcher);
+  progress.clear();
+  if (arguments.json) {
+    fmt::print("{}\n", outcome.dump(2));
+  } else if (!outcome.contains("failed")) {
+    show_what_if(outcome, options);
+  }
+  return status_of(outcome);
 }
 
 Status explain_it(const Arguments &arguments) {
@@ -204,6 +196,10 @@ int main(int argc, char **argv) {
   CLI::App app{"Two switches on one desk: would their type-1 spanning-tree parameters agree?",
                "mcec-lab"};
   app.require_subcommand(1);
+  app.failure_message([](const CLI::App *command, const CLI::Error &problem) {
+    return "mcec-lab: " + std::string(problem.what()) + "\nSee mcec-lab " +
+           (command->get_parent() != nullptr ? command->get_name() + " " : "") + "--help.\n";
+  });
   app.set_version_flag("--version", LAB_VERSION);
   app.footer(
       "Exit status: 0 all expectations hold, 1 some do not, 2 the scenario or the arguments are "
@@ -226,7 +222,9 @@ int main(int argc, char **argv) {
   CLI::App *what_if_command = app.add_subcommand(
       "what-if", "Say what a command of a scenario would put out of step, without applying it");
   what_if_command->add_option("FILE", arguments.file, "a scenario in YAML")->required();
-  what_if_command->add_option("STEP", arguments.step, "the number of a command step")->required();
+  what_if_command->add_option("STEP", arguments.step, "the number of a command step")
+      ->required()
+      ->check(CLI::Range(1U, 1000000U));
   add_json(what_if_command);
   what_if_command->add_flag("--log", arguments.log, "show the switch's event history");
   add_no_color(what_if_command);
@@ -235,14 +233,23 @@ int main(int argc, char **argv) {
   CLI::App *explain_command =
       app.add_subcommand("explain", "Say what a result code, a parameter or a command means");
   explain_command->add_option("WHAT", arguments.what, "a code, a name or a type")->required();
+  add_no_color(explain_command);
   explain_command->callback([&] { status = explain_it(arguments); });
 
   CLI::App *list_command = app.add_subcommand("list", "List the parameters and the commands");
   list_command->add_option("WHAT", arguments.what, "parameters or commands")
       ->check(CLI::IsMember({"parameters", "commands"}));
   list_command->add_flag("--json", arguments.json, "as a JSON document, with the result codes");
+  add_no_color(list_command);
   list_command->callback([&] { status = list_all(arguments); });
 
+  std::vector<std::string> names;
+  for (const CLI::App *command : app.get_subcommands(nullptr)) names.push_back(command->get_name());
+  if (argc > 1 && argv[1][0] != '-' &&
+      std::find(names.begin(), names.end(), argv[1]) == names.end()) {
+    fmt::print(stderr, "mcec-lab: found '{}'; expected {}\n", printable(argv[1]), one_of(names));
+    return wrong;
+  }
   stop_on_signals();
   standin_reset();
   try {

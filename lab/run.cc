@@ -19,6 +19,8 @@ struct Runner {
   std::array<std::map<std::string, Json>, 2> saved;  // exported arrays by name
   std::size_t done = 0;
   std::size_t work = 0;
+  const Step *at = nullptr;  // the step under way
+  std::size_t number = 0;
 
   void worked(std::size_t amount) {
     done += amount;
@@ -61,9 +63,15 @@ Json record_json(const Json &record) {
   return told;
 }
 
+// "switch", or a port; nothing for a request that has no scope.
+Json scope_name(const Json &request) {
+  if (!request.contains("global")) return nullptr;
+  return request["global"].get<bool>() ? Json("switch") : Json(port_text(request["port"]));
+}
+
 // What a request's reply says, in the words of the document. `told` gathers several requests of one
 // step: the first result that is not 0 counts, lists grow.
-void tell_reply(const Json &reply, Json &told) {
+void tell_reply(const Json &reply, Json &told, const Json &scope = Json()) {
   if (told.is_null()) told = Json::object();
   if (reply.contains("result") && (!told.contains("result") || told["result"]["code"] == 0)) {
     told["result"] = code_json(reply["result"]);
@@ -85,12 +93,17 @@ void tell_reply(const Json &reply, Json &told) {
     }
     for (const Json &record : reply["records"]) told["records"].push_back(record_json(record));
     for (const Json &value : reply["values"]) {
-      told["values"].push_back(value_json(value["type"], value["value"]));
+      const Json said = value_json(value["type"], value["value"]);
+      // The same update of several ports is told once.
+      const bool is_told =
+          std::find(told["values"].begin(), told["values"].end(), said) != told["values"].end();
+      if (!is_told) told["values"].push_back(said);
     }
   } else if (reply.contains("records")) {
-    told["report"] = Json::array();
+    if (!told.contains("report")) told["report"] = Json::array();
     for (const Json &record : reply["records"]) {
-      told["report"].push_back({{"parameter", parameter_key(record["type"].get<uint32_t>())},
+      told["report"].push_back({{"scope", scope},
+                                {"parameter", parameter_key(record["type"].get<uint32_t>())},
                                 {"type", record["type"]},
                                 {"component", record["component"]},
                                 {"name", record["name"]},
@@ -110,13 +123,29 @@ void tell_reply(const Json &reply, Json &told) {
   }
 }
 
+// Values that differ although they read the same: say what they are made of.
+void tell_apart(const Json &parameter, Json &local_text, Json &peer_text) {
+  if (local_text.is_null() || local_text != peer_text || parameter["local"] == parameter["peer"])
+    return;
+  const auto made_of = [](const std::string &hex_value) {
+    const Bytes value = unhex(hex_value);
+    return value.size() == 4 ? " (" + std::to_string(word_of(value)) + ")"
+                             : " (" + std::to_string(value.size()) + " bytes)";
+  };
+  const std::string local = made_of(parameter["local"]);
+  const std::string peer = made_of(parameter["peer"]);
+  local_text =
+      local_text.get<std::string>() + (local != peer ? local : " (other bytes than the peer's)");
+  peer_text = peer_text.get<std::string>() + (local != peer ? peer : "");
+}
+
 // One scope as both switches see it. `mine` is the left switch's view, or that of the switch that
 // would change; `other` the view from the other side, null when there is none.
 Json tell_scope(const Json &mine, const Json &other, std::size_t mine_index) {
   const char *const mine_name = switch_names[mine_index];
   const char *const other_name = switch_names[1 - mine_index];
   const bool global = mine["global"];
-  Json told = {{"scope", global ? Json("switch") : Json(port_text(mine["port"]))}};
+  Json told = {{"scope", scope_name(mine)}};
   if (!global) told["pod"] = mine["pod"];
   Json &verdicts = told["verdicts"] = Json::object();
   for (std::size_t i = 0; i < switch_names.size(); ++i) {
@@ -131,6 +160,7 @@ Json tell_scope(const Json &mine, const Json &other, std::size_t mine_index) {
         {"parameter", parameter_key(type)}, {"type", type}, {"left", nullptr}, {"right", nullptr}};
     if (parameter.contains("local")) line[mine_name] = value_json(type, parameter["local"])["text"];
     if (parameter.contains("peer")) line[other_name] = value_json(type, parameter["peer"])["text"];
+    tell_apart(parameter, line[mine_name], line[other_name]);
     Json &states = line["states"] = Json::object();
     for (std::size_t i = 0; i < switch_names.size(); ++i) {
       const Json &view = i == mine_index ? mine : other;
@@ -194,7 +224,7 @@ void do_requests(Runner &runner, const Step &step, Json &told) {
     }
     for (std::size_t i = 0; i < replies.size(); ++i) {
       if (!step.on[i]) continue;
-      tell_reply(replies[i], told["switches"][switch_names[i]]);
+      tell_reply(replies[i], told["switches"][switch_names[i]], scope_name(request));
       if (request.contains("as")) runner.saved[i][request["as"]] = replies[i]["array"];
     }
     runner.worked(1);
@@ -203,17 +233,33 @@ void do_requests(Runner &runner, const Step &step, Json &told) {
 
 // --- expectations ---
 
-void expect(Json &told, const std::string &what, const Json &expected, const Json &found) {
+void expect(Json &told, const std::string &what, const Json &expected, const Json &found,
+            bool holds) {
   told["expectations"].push_back(
-      {{"what", what}, {"expected", expected}, {"found", found}, {"holds", expected == found}});
+      {{"what", what}, {"expected", expected}, {"found", found}, {"holds", holds}});
+}
+
+void expect(Json &told, const std::string &what, const Json &expected, const Json &found) {
+  expect(told, what, expected, found, expected == found);
+}
+
+bool same_texts(const Json &expected, const Json &found) {
+  return std::all_of(expected.items().begin(), expected.items().end(), [&](const auto &item) {
+    const Json &text = found[item.key()];
+    return text.is_string() && same_text(item.key(), item.value().template get<std::string>(),
+                                         text.template get<std::string>());
+  });
 }
 
 Json texts_of(const Json &list, const char *text_key, const Json &wanted) {
   Json texts = Json::object();
   for (const auto &[key, text] : wanted.items()) {
     texts[key] = nullptr;
+    // Of several ports, the first that is not as wanted.
     for (const Json &item : list) {
-      if (item["parameter"] == key) texts[key] = item[text_key];
+      const bool as_wanted = texts[key].is_null() ||
+                             same_text(key, texts[key].get<std::string>(), text.get<std::string>());
+      if (item["parameter"] == key && as_wanted) texts[key] = item[text_key];
     }
   }
   return texts;
@@ -244,8 +290,12 @@ void expect_of_switches(const Step &step, Json &told) {
       }
       if (key == "answer") found = outcome["answer"];
       if (key == "records") found = record_names(outcome["records"]);
-      if (key == "values") found = texts_of(outcome["values"], "text", expected);
-      if (key == "texts") found = texts_of(outcome["report"], "value", expected);
+      if (key == "values" || key == "texts") {
+        found = key == "values" ? texts_of(outcome["values"], "text", expected)
+                                : texts_of(outcome["report"], "value", expected);
+        expect(told, name + " " + key, expected, found, same_texts(expected, found));
+        continue;
+      }
       expect(told, name + " " + key, expected, found);
     }
   }
@@ -325,6 +375,8 @@ Json tell_step(const Step &step, std::size_t number) {
 
 Json do_step(Runner &runner, std::size_t position) {
   const Step &step = runner.scenario.steps[position];
+  runner.at = &step;
+  runner.number = position + 1;
   Json told = tell_step(step, position + 1);
   if (step.action == "check") {
     check(runner, step, told);
@@ -335,13 +387,6 @@ Json do_step(Runner &runner, std::size_t position) {
     expect_of_switches(step, told);
   }
   return told;
-}
-
-Json begin(const Scenario &scenario) {
-  return {{"scenario", scenario.path},
-          {"title", scenario.title},
-          {"about", scenario.about},
-          {"steps", Json::array()}};
 }
 
 void set_up(Runner &runner) {
@@ -362,30 +407,45 @@ void do_steps(Runner &runner, std::size_t count, Json &outcome) {
   }
 }
 
-Runner make_runner(const Scenario &scenario, const RunOptions &options, const Watcher &watcher,
-                   std::size_t steps) {
-  std::size_t work = scenario.setup[0].size() + scenario.setup[1].size();
-  for (std::size_t i = 0; i < steps; ++i) work += work_of(scenario.steps[i]);
-  return {scenario, options, watcher, {}, {}, 0, work};
+Json tell_failure(const Runner &runner, const std::string &problem) {
+  Json failed = {{"problem", problem}};
+  if (runner.at != nullptr) {
+    failed["step"] = runner.number;
+    failed["line"] = runner.at->line;
+    failed["summary"] = runner.at->summary;
+  }
+  return failed;
 }
 
-}  // namespace
-
-Json run(const Scenario &scenario, const RunOptions &options, const Watcher &watcher) {
-  Runner runner = make_runner(scenario, options, watcher, scenario.steps.size());
-  Json outcome = begin(scenario);
-  do_steps(runner, scenario.steps.size(), outcome);
-  outcome["holds"] = holds(outcome);
+// What a run did with the first `count` steps of a scenario, then with `finish`.
+template <class Finish>
+Json outcome_of(const Scenario &scenario, const RunOptions &options, const Watcher &watcher,
+                std::size_t count, Finish finish) {
+  Json outcome = {{"scenario", scenario.path},
+                  {"title", scenario.title},
+                  {"about", scenario.about},
+                  {"steps", Json::array()}};
+  std::size_t work = scenario.setup[0].size() + scenario.setup[1].size();
+  for (std::size_t i = 0; i < count; ++i) work += work_of(scenario.steps[i]);
+  Runner runner{scenario, options, watcher, {}, {}, 0, work};
+  try {
+    do_steps(runner, count, outcome);
+    finish(runner, outcome);
+  } catch (const Interrupted &) {
+    outcome["failed"] = tell_failure(runner, "interrupted");
+  } catch (const SwitchFailed &failure) {
+    outcome["failed"] = tell_failure(runner, failure.what());
+  }
+  outcome["holds"] = !outcome.contains("failed") && holds(outcome);
   return outcome;
 }
 
-Json what_if(const Scenario &scenario, std::size_t position, const RunOptions &options,
-             const Watcher &watcher) {
-  Runner runner = make_runner(scenario, options, watcher, position);
-  Json outcome = begin(scenario);
-  do_steps(runner, position, outcome);
-
-  const Step &step = scenario.steps[position];
+// The command of a step, asked of each switch that it is for; its scopes are the switch and the
+// command's ports.
+void ask_what_if(Runner &runner, std::size_t position, Json &outcome) {
+  const Step &step = runner.scenario.steps[position];
+  runner.at = &step;
+  runner.number = position + 1;
   Json told = tell_step(step, position + 1);
   for (std::size_t i = 0; i < switch_names.size(); ++i) {
     if (!step.on[i]) continue;
@@ -399,7 +459,7 @@ Json what_if(const Scenario &scenario, std::size_t position, const RunOptions &o
       scope["array"] = runner.ask_switches({i == 1, i == 0}, request)[1 - i]["array"];
     }
     Json request = {{"do", "what-if"}, {"command", step.requests.front()}, {"scopes", scopes}};
-    if (!scenario.twin_vlans.empty()) request["twin-vlans"] = scenario.twin_vlans;
+    if (!runner.scenario.twin_vlans.empty()) request["twin-vlans"] = runner.scenario.twin_vlans;
     const Json reply = runner.ask_switches({i == 0, i == 1}, request)[i];
     Json &side = told["switches"][switch_names[i]];
     tell_reply(reply, side);
@@ -409,7 +469,19 @@ Json what_if(const Scenario &scenario, std::size_t position, const RunOptions &o
     }
   }
   outcome["what_if"] = std::move(told);
-  return outcome;
+}
+
+}  // namespace
+
+Json run(const Scenario &scenario, const RunOptions &options, const Watcher &watcher) {
+  return outcome_of(scenario, options, watcher, scenario.steps.size(), [](Runner &, Json &) {});
+}
+
+Json what_if(const Scenario &scenario, std::size_t position, const RunOptions &options,
+             const Watcher &watcher) {
+  return outcome_of(
+      scenario, options, watcher, position,
+      [position](Runner &runner, Json &outcome) { ask_what_if(runner, position, outcome); });
 }
 
 bool holds(const Json &outcome) {

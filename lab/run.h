@@ -20,10 +20,12 @@ struct RunOptions {
   bool log = false;
 };
 
-// Run a whole scenario. Throws SwitchFailed, Interrupted.
+// Run a whole scenario. When a switch fails or the run is interrupted, the outcome says so in
+// "failed", and has the steps done until then.
 Json run(const Scenario &scenario, const RunOptions &options, const Watcher &watcher);
 
-// Run the steps before `position` (from 0), then find out what that step, a command, would do.
+// Run the steps before `position` (from 0), then find out what that step, a command, would do; in
+// "what_if" of the outcome, unless it "failed".
 Json what_if(const Scenario &scenario, std::size_t position, const RunOptions &options,
              const Watcher &watcher);
 

@@ -6,7 +6,9 @@
 #include <csignal>
 #include <cstring>
 #include <functional>
+#include <ios>
 #include <map>
+#include <optional>
 #include <set>
 
 #include "standin.h"
@@ -25,12 +27,6 @@ const std::map<std::string, uint32_t> port_type_words = {
 const std::map<std::string, uint32_t> guard_words = {{"root", STP_MCEC_IF_GUARD_ROOT},
                                                      {"loop", STP_MCEC_IF_GUARD_LOOP},
                                                      {"none", STP_MCEC_IF_GUARD_NONE}};
-const std::map<std::string, uint32_t> flag_words = {
-    {"edge", STP_MCEC_GBL_PORT_TYPE_EDGE},
-    {"edge-bpduguard", STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD},
-    {"edge-bpdufilter", STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER},
-    {"network", STP_MCEC_GBL_PORT_TYPE_NETWORK},
-    {"normal", STP_MCEC_GBL_PORT_TYPE_NORMAL}};
 const std::map<std::string, uint32_t> operation_words = {
     {"allocation", STANDIN_ALLOC},     {"tlv-add", STANDIN_TLV_ADD},
     {"tlv-read", STANDIN_TLV_NEXT},    {"tlv-find", STANDIN_TLV_FIND},
@@ -71,8 +67,8 @@ struct Reader {
   // --- mistakes ---
 
   void mistake(const YAML::Node &node, const std::string &text) {
-    const YAML::Mark mark = node.Mark();
-    mistakes.push_back({mark.line + 1, mark.column + 1, text});
+    const YAML::Mark mark = node.IsDefined() ? node.Mark() : YAML::Mark::null_mark();
+    mistakes.push_back({std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, text});
   }
 
   static std::string found(const YAML::Node &node) {
@@ -106,10 +102,18 @@ struct Reader {
     return true;
   }
 
+  // A key that must be there.
+  bool required(const YAML::Node &node, const char *key, const std::string &what) {
+    if (node[key].IsDefined()) return true;
+    mistake(node, what + " without '" + key + "'; expected it there");
+    return false;
+  }
+
   // --- scalars ---
 
+  // For people: what no terminal should see is escaped.
   std::string text(const YAML::Node &node, const std::string &what) {
-    if (node.IsScalar()) return node.Scalar();
+    if (node.IsScalar()) return printable_lines(node.Scalar());
     expected(node, what);
     return "";
   }
@@ -135,7 +139,13 @@ struct Reader {
   uint32_t word_value(const YAML::Node &node, const std::string &what,
                       const std::map<std::string, uint32_t> &words, bool numbers = true) {
     const std::string given = node.IsScalar() ? node.Scalar() : "";
-    if (const auto known = words.find(given); known != words.end()) return known->second;
+    for (const std::string &spelling : {given, key_of(given), key_of(given) + "-port"}) {
+      if (const auto known = words.find(spelling); known != words.end()) return known->second;
+    }
+    if (const std::string key = key_of(given); key.ends_with("-port")) {
+      const auto known = words.find(key.substr(0, key.size() - std::strlen("-port")));
+      if (known != words.end()) return known->second;
+    }
     if (numbers) {
       if (const auto value = parse_number(given)) return *value;
     }
@@ -231,6 +241,11 @@ struct Reader {
       const uint32_t instance = number(pair.first, "an MST instance", 0, 4094);
       for (const auto &[first, last] : vlans(pair.second, "its VLANs")) {
         for (uint32_t vlan = first; vlan <= last; ++vlan) {
+          if (map[2 * vlan] != 0 || map[2 * vlan + 1] != 0) {
+            mistake(pair.second, "VLAN " + std::to_string(vlan) +
+                                     " stands in two instances; expected it in one");
+            return map;
+          }
           map[2 * vlan] = uint8_t(instance >> 8);
           map[2 * vlan + 1] = uint8_t(instance);
         }
@@ -240,14 +255,15 @@ struct Reader {
   }
 
   Bytes flags(const YAML::Node &node) {
-    if (!node.IsSequence()) return word(word_value(node, "flags", flag_words));
+    if (!node.IsSequence()) return word(word_value(node, "flags", flag_words()));
     uint32_t value = 0;
-    for (const auto &flag : node) value |= word_value(flag, "a flag", flag_words);
+    for (const auto &flag : node) value |= word_value(flag, "a flag", flag_words());
     return word(value);
   }
 
   Bytes region_name(const YAML::Node &node, std::size_t length) {
-    const std::string name = text(node, "a region name");
+    if (!node.IsScalar()) expected(node, "a region name");
+    const std::string name = node.IsScalar() ? node.Scalar() : "";
     if (name.size() > length) expected(node, "a region name of at most 32 bytes");
     Bytes value(name.begin(), name.end());
     value.resize(length);
@@ -275,8 +291,9 @@ struct Reader {
     }
   }
 
-  // {stp-mode: mst, ...} as entries for a switch.
-  Json entries(const YAML::Node &node, const std::string &what) {
+  // {stp-mode: mst, ...} as entries for a switch; of the switch or of an interface only, or of both.
+  Json entries(const YAML::Node &node, const std::string &what,
+               std::optional<bool> global = std::nullopt) {
     Json read = Json::array();
     if (!node.IsMap()) {
       expected(node, what + ": parameters and their values, for instance {stp-mode: mst}");
@@ -285,6 +302,12 @@ struct Reader {
     for (const auto &pair : node) {
       const ParameterName *name = parameter(pair.first);
       if (name == nullptr) continue;
+      if (name->is_global != global.value_or(name->is_global)) {
+        mistake(pair.first, "found '" + name->key + "', a parameter of " +
+                                (name->is_global ? "the switch" : "interfaces") + "; expected it " +
+                                (name->is_global ? "among the parameters of the switch"
+                                                 : "in a group of ports"));
+      }
       read.push_back({{"type", name->type}, {"value", hex(value(*name, pair.second))}});
     }
     return read;
@@ -294,11 +317,10 @@ struct Reader {
 
   void port_group(const YAML::Node &node, std::size_t which, Json &world,
                   std::vector<Json> *requests) {
-    if (!mapping(node, "a group of ports",
-                 {"ports", "member", "pod", "type", "layer-mode", "parameters"})) {
-      return;
-    }
-    if (!node["ports"].IsDefined()) return expected(node["ports"], "'ports' in a group of ports");
+    std::vector<std::string> keys = {"ports", "member", "pod", "type", "layer-mode"};
+    if (requests != nullptr) keys.push_back("parameters");
+    if (!mapping(node, "a group of ports", keys)) return;
+    if (!required(node, "ports", "a group of ports")) return;
     Json group;
     group["type"] = port_interface_type;
     group["layer"] = STP_MCEC_IF_LAYER_MODE_ACCEPTED;
@@ -307,7 +329,7 @@ struct Reader {
     if (node["member"]) group["member"] = number(node["member"], "member");
     if (node["pod"]) group["pod"] = boolean(node["pod"], "pod");
     Json values = Json::array();
-    if (node["parameters"]) values = entries(node["parameters"], "parameters");
+    if (node["parameters"]) values = entries(node["parameters"], "parameters", false);
     for (const auto &[first, last] : port_ranges(node["ports"], "ports")) {
       group["first"] = first;
       group["last"] = last;
@@ -361,7 +383,7 @@ struct Reader {
         requests.push_back({{"do", "cache-update"},
                             {"global", true},
                             {"port", 0},
-                            {"entries", entries(node["parameters"], "parameters")}});
+                            {"entries", entries(node["parameters"], "parameters", true)}});
       }
     }
     requests.insert(requests.begin(), made);
@@ -429,6 +451,7 @@ struct Reader {
     if (!node.IsSequence()) return expected(node, "a list of attributes, {id, word or bytes}");
     for (const auto &raw : node) {
       if (!mapping(raw, "an attribute", {"id", "word", "bytes"})) continue;
+      if (!required(raw, "id", "an attribute")) continue;
       const uint32_t id = number(raw["id"], "the attribute's id");
       if (raw["word"].IsDefined() == raw["bytes"].IsDefined()) {
         expected(raw, "an attribute with either a word or bytes");
@@ -461,6 +484,7 @@ struct Reader {
     Json attributes = Json::array();
     const auto needs = [&](const char *key, std::initializer_list<uint32_t> ids) {
       if (!node[key]) return false;
+      if (known == nullptr && id == 0) return false;
       if (std::find(ids.begin(), ids.end(), id) != ids.end()) return true;
       mistake(node[key], std::string("'") + key + "' does not belong to " +
                              (known != nullptr ? known->key : std::to_string(id)) +
@@ -621,7 +645,7 @@ struct Reader {
   // {stp-mode: MST, ...}
   Json texts(const YAML::Node &node) {
     Json read = Json::object();
-    if (!node.IsMap()) {
+    if (!node.IsMap() || node.size() == 0) {
       expected(node, "parameters and texts, for instance {stp-mode: MST}");
       return read;
     }
@@ -675,7 +699,10 @@ struct Reader {
       return read;
     }
     Json read = Json::object();  // ports
-    if (!node.IsMap()) expected(node, "ports and verdicts, for instance {0x1000: agree}");
+    if (!node.IsMap() || node.size() == 0) {
+      expected(node, "ports and verdicts, for instance {0x1000: agree}");
+      return read;
+    }
     for (const auto &pair : node) {
       for (const auto &[first, last] : existing_ports(pair.first, "a port")) {
         read[port_text(first)] = result_name(result_code(pair.second));
@@ -690,6 +717,7 @@ struct Reader {
       return mistake(node, "nothing can be expected of '" + step.action + "'");
     }
     if (!mapping(node, "the expectations of '" + step.action + "'", rule.expect)) return;
+    if (node.size() == 0) return expected(node, "at least one of " + one_of(rule.expect));
     for (const auto &pair : node) {
       const std::string key = pair.first.Scalar();
       if (std::find(rule.expect.begin(), rule.expect.end(), key) == rule.expect.end()) continue;
@@ -741,6 +769,7 @@ struct Reader {
   }
 
   void read(const YAML::Node &root, Scenario &scenario) {
+    if (!root.IsMap()) return expected(root, "a scenario, a mapping with 'steps'");
     if (!mapping(root, "a scenario", {"title", "about", "twin-vlans", "switches", "steps"})) return;
     if (root["title"]) scenario.title = text(root["title"], "a title");
     if (root["about"]) scenario.about = text(root["about"], "a text");
@@ -754,8 +783,9 @@ struct Reader {
     scenario.setup[0] = switch_setup(have_switches ? switches["left"] : YAML::Node(), 0);
     scenario.setup[1] = switch_setup(have_switches ? switches["right"] : YAML::Node(), 1);
     const YAML::Node steps = root["steps"];
-    if (!steps || !steps.IsSequence() || steps.size() == 0) {
-      return expected(steps ? steps : root, "'steps', a list of at least one step");
+    if (!required(root, "steps", "a scenario")) return;
+    if (!steps.IsSequence() || steps.size() == 0) {
+      return mistake(steps, "no step in 'steps'; expected a list of at least one");
     }
     for (const auto &node : steps) step(node, scenario);
   }
@@ -791,15 +821,27 @@ std::vector<std::string> step_actions() {
 
 ReadScenario read_scenario(const std::string &path) {
   ReadScenario read;
-  read.scenario.path = path;
+  read.scenario.path = printable(path);
   Reader reader;
   try {
-    reader.read(YAML::LoadFile(path), read.scenario);
+    const std::vector<YAML::Node> documents = YAML::LoadAllFromFile(path);
+    if (documents.empty()) {
+      reader.mistakes.push_back({1, 1, "the file is empty; expected a scenario in YAML"});
+    } else {
+      reader.read(documents[0], read.scenario);
+    }
+    if (documents.size() > 1) {
+      reader.mistake(documents[1],
+                     "a second document begins here; expected one scenario in a file");
+    }
   } catch (const YAML::BadFile &) {
     reader.mistakes.push_back({1, 1, "the file cannot be read; expected a scenario in YAML"});
   } catch (const YAML::Exception &problem) {
-    reader.mistakes.push_back({problem.mark.line + 1, problem.mark.column + 1,
+    reader.mistakes.push_back({std::max(problem.mark.line, 0) + 1,
+                               std::max(problem.mark.column, 0) + 1,
                                "no YAML here: " + problem.msg + "; expected a scenario in YAML"});
+  } catch (const std::ios_base::failure &) {
+    reader.mistakes.push_back({1, 1, "this is no file to read; expected a scenario in YAML"});
   }
   read.mistakes = std::move(reader.mistakes);
   std::stable_sort(read.mistakes.begin(), read.mistakes.end(),

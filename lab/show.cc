@@ -209,16 +209,21 @@ void show_answer(const Json &outcome, const std::string &side, const ShowOptions
   }
 }
 
+// A table for each scope that was reported.
 void show_report(const Json &outcome, const std::string &side, const ShowOptions &options) {
+  const Json &report = outcome["report"];
   fmt::print("    {}\n", bold(side, options));
-  std::vector<std::vector<Cell>> rows;
-  for (const Json &record : outcome["report"]) {
-    rows.push_back({{record["name"].get<std::string>()}, {record["value"].get<std::string>()}});
-  }
-  if (rows.empty()) {
-    fmt::print("    nothing to report: {}\n", code_text(outcome["result"]));
-  } else {
-    show_table({outcome["report"][0]["component"].get<std::string>(), "value"}, rows, options);
+  if (report.empty()) fmt::print("    nothing to report: {}\n", code_text(outcome["result"]));
+  for (auto record = report.begin(); record != report.end();) {
+    const std::string scope = (*record)["scope"];
+    const std::string component = (*record)["component"];
+    std::vector<std::vector<Cell>> rows;
+    for (; record != report.end() && (*record)["scope"] == scope; ++record) {
+      rows.push_back(
+          {{(*record)["name"].get<std::string>()}, {(*record)["value"].get<std::string>()}});
+    }
+    if (scope != "switch") fmt::print("    port {}\n", scope);
+    show_table({component, "value"}, rows, options);
   }
 }
 
@@ -228,8 +233,15 @@ void show_log(const Json &outcome, const std::string &side, const ShowOptions &)
   }
 }
 
+// "stp-mode: MST, loop-guard: Enabled", "stp-mode, loop-guard".
 std::string shown(const Json &value) {
-  return value.is_string() ? value.get<std::string>() : value.dump();
+  if (value.is_null() || value.empty()) return "nothing";
+  if (!value.is_structured()) return value.is_string() ? value.get<std::string>() : value.dump();
+  std::string text;
+  for (const auto &[key, item] : value.items()) {
+    text += (text.empty() ? "" : ", ") + (value.is_object() ? key + ": " : "") + shown(item);
+  }
+  return text;
 }
 
 void show_expectations(const Json &step, const ShowOptions &options) {
@@ -265,6 +277,14 @@ void show_heading(const Json &step, const ShowOptions &options) {
   if (step.contains("note") && !options.quiet) print_wrapped(step["note"], options, 5);
 }
 
+void show_change(const char *what, const std::vector<std::string> &keys, const char *colour,
+                 const ShowOptions &options) {
+  if (keys.empty()) return;
+  std::string text = std::string(what) + ":";
+  for (const std::string &key : keys) text += " " + key;
+  fmt::print("    {}\n", coloured(text, colour, options));
+}
+
 // What is now and what would be, of one scope.
 void show_now_and_then(const Json &now, const Json &then, const std::string &side,
                        const ShowOptions &options) {
@@ -277,6 +297,7 @@ void show_now_and_then(const Json &now, const Json &then, const std::string &sid
   };
   std::vector<std::vector<Cell>> rows;
   std::vector<std::string> out_of_step;
+  std::vector<std::string> into_step;
   for (const Json &parameter : then["parameters"]) {
     const Json before = find(now, parameter);
     rows.push_back({{parameter["parameter"].get<std::string>()},
@@ -284,21 +305,20 @@ void show_now_and_then(const Json &now, const Json &then, const std::string &sid
                     value_cell(parameter, side.c_str()),
                     value_cell(parameter, peer.c_str()),
                     state_cell(parameter)});
-    if (is_out_of_step(state_text(parameter)) && !is_out_of_step(state_text(before))) {
-      out_of_step.push_back(parameter["parameter"]);
-    }
+    const bool was_out = is_out_of_step(state_text(before));
+    const bool is_out = is_out_of_step(state_text(parameter));
+    if (is_out && !was_out) out_of_step.push_back(parameter["parameter"]);
+    if (was_out && !is_out) into_step.push_back(parameter["parameter"]);
   }
   if (rows.empty()) return;
   fmt::print("    {}\n", bold(scope_title(then), options));
   show_table({"parameter", side + " now", side + " then", peer, "comparison"}, rows, options);
   show_vlans(then, options);
-  fmt::print("    now: {}; then: {}\n", verdict_text(now["verdicts"][side]),
-             verdict_text(then["verdicts"][side]));
-  if (!out_of_step.empty()) {
-    std::string text = "would put out of step:";
-    for (const std::string &key : out_of_step) text += " " + key;
-    fmt::print("    {}\n", coloured(text, "red", options));
-  }
+  print_wrapped(fmt::format("now: {}; then: {}", verdict_text(now["verdicts"][side]),
+                            verdict_text(then["verdicts"][side])),
+                options, 4);
+  show_change("would put out of step", out_of_step, "red", options);
+  show_change("would bring into step", into_step, "green", options);
 }
 
 }  // namespace
@@ -308,7 +328,8 @@ std::string wrapped(const std::string &text, std::size_t width) {
   std::string_view rest = text;
   while (width_of(rest) > width) {
     std::size_t cut = bytes_that_fit(rest, width);
-    const std::size_t at = rest.substr(0, cut + 1).find_last_of(" ,");
+    std::size_t at = rest.substr(0, cut + 1).find_last_of(" ,");
+    if (at == rest.npos || at == 0) at = rest.substr(0, cut).find_last_of('-');
     if (at != rest.npos && at > 0) cut = std::min(at + 1, rest.size());
     // A comma stays on its line, a blank goes.
     std::string_view line = rest.substr(0, cut);
@@ -433,14 +454,20 @@ void show_end(const Json &outcome, const ShowOptions &options) {
       if (expectation["holds"]) ++held;
     }
   }
-  const std::string text = expected == 0      ? "nothing was expected"
-                           : held == expected ? fmt::format("all {} expectations hold", expected)
-                                              : fmt::format("{} of {} expectations do not hold",
-                                                            expected - held, expected);
+  const std::string text =
+      expected == 0     ? "nothing was expected"
+      : held < expected ? fmt::format("{} of {} expectations not met", expected - held, expected)
+      : expected == 1   ? "the one expectation holds"
+                        : fmt::format("all {} expectations hold", expected);
   fmt::print("{}\n\n", coloured(text, held == expected ? "green" : "red", options));
 }
 
 void show_what_if(const Json &outcome, const ShowOptions &options) {
+  for (const Json &step : outcome["steps"]) {
+    if (!has_broken_expectation(step)) continue;
+    show_heading(step, options);
+    show_expectations(step, options);
+  }
   const Json &step = outcome["what_if"];
   show_heading(step, options);
   for (const auto &[side, would] : step["switches"].items()) {

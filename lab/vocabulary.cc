@@ -12,15 +12,6 @@
 namespace lab {
 namespace {
 
-// STP_MODE -> stp-mode, "Edge Trunk Port" -> edge-trunk-port
-std::string key_of(std::string_view name) {
-  std::string key(name);
-  for (char &c : key) {
-    c = c == '_' || c == ' ' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  }
-  return key;
-}
-
 template <class Named, class Match>
 const Named *find_in(const std::vector<Named> &all, Match match) {
   const auto found = std::find_if(all.begin(), all.end(), match);
@@ -55,6 +46,14 @@ std::string vlan_map_text(const Bytes &map) {
 
 }  // namespace
 
+std::string key_of(std::string_view name) {
+  std::string key(name);
+  for (char &c : key) {
+    c = c == '_' || c == ' ' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return key;
+}
+
 const std::vector<ParameterName> &parameters() {
   enum Scope { INTERFACE, GLOBAL };
   static const std::vector<ParameterName> all = {
@@ -68,7 +67,7 @@ const std::vector<ParameterName> &parameters() {
 
 const ParameterName *find_parameter(std::string_view key) {
   return find_in(parameters(), [=](const ParameterName &p) {
-    return p.key == key || key_of(p.enumerator) == key_of(key);
+    return p.key == key_of(key) || key_of(p.enumerator) == key_of(key);
   });
 }
 
@@ -89,7 +88,7 @@ const std::vector<CommandName> &commands() {
 
 const CommandName *find_command(std::string_view key) {
   return find_in(commands(), [=](const CommandName &c) {
-    return c.key == key || key_of(c.enumerator) == key_of(key);
+    return c.key == key_of(key) || key_of(c.enumerator) == key_of(key);
   });
 }
 
@@ -181,6 +180,44 @@ std::string display(uint16_t type, const Bytes &value) {
   return printable(report_of(type, value).param_value);
 }
 
+bool same_text(std::string_view parameter, std::string_view a, std::string_view b) {
+  const ParameterName *known = find_parameter(parameter);
+  const bool is_name = known != nullptr && known->type == STP_MCEC_TYPE1_MST_REGION_NAME;
+  return is_name ? a == b : key_of(a) == key_of(b);
+}
+
+const std::map<std::string, uint32_t> &flag_words() {
+  static const std::map<std::string, uint32_t> words = {
+      {"edge", STP_MCEC_GBL_PORT_TYPE_EDGE},
+      {"edge-bpduguard", STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD},
+      {"edge-bpdufilter", STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER},
+      {"network", STP_MCEC_GBL_PORT_TYPE_NETWORK},
+      {"normal", STP_MCEC_GBL_PORT_TYPE_NORMAL}};
+  return words;
+}
+
+std::string value_help(uint16_t type) {
+  std::string text;
+  for (const auto &[key, value] :
+       type == STP_MCEC_TYPE1_GBL_PORT_TYPE ? flag_words() : value_words(type)) {
+    text += (text.empty() ? "" : ", ") + key + " (" + std::to_string(value) + ")";
+  }
+  switch (type) {
+    case STP_MCEC_TYPE1_STP_ENDIS:
+      return "VLANs on which spanning tree is disabled: 10-20,30, or none";
+    case STP_MCEC_TYPE1_MST_REGION_NAME:
+      return "a text of at most " + std::to_string(find_parameter(type)->length) + " bytes";
+    case STP_MCEC_TYPE1_MST_REGION_REVISION:
+      return "a number";
+    case STP_MCEC_TYPE1_MST_REGION_VI_MAP:
+      return "VLANs of MST instances: {1: 10-20, 2: \"30,40\"}";
+    case STP_MCEC_TYPE1_GBL_PORT_TYPE:
+      return "a list of " + text + ", or a number";
+    default:
+      return text + ", or a number";
+  }
+}
+
 std::string title(uint16_t type) {
   return report_of(type, Bytes(find_parameter(type)->length)).param_name;
 }
@@ -201,9 +238,8 @@ std::optional<Ranges> parse_vlans(std::string_view text) {
   if (text.empty() || key_of(text) == "none") return ranges;
   while (true) {
     const std::size_t comma = text.find(',');
-    std::string_view part = text.substr(0, comma);
-    while (!part.empty() && part.front() == ' ') part.remove_prefix(1);
-    while (!part.empty() && part.back() == ' ') part.remove_suffix(1);
+    std::string part(text.substr(0, comma));
+    part.erase(std::remove(part.begin(), part.end(), ' '), part.end());
     const std::size_t dash = part.find('-');
     const auto first = parse_number(part.substr(0, dash));
     const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
@@ -274,6 +310,17 @@ std::string port_text(uint32_t if_index) {
 std::string log_line(std::string_view text) {
   if (text.ends_with('\n')) text.remove_suffix(1);
   return printable(text);
+}
+
+std::string printable_lines(std::string_view text) {
+  std::string out;
+  while (true) {
+    const std::size_t end = text.find('\n');
+    out += printable(text.substr(0, end));
+    if (end == text.npos) return out;
+    out += '\n';
+    text.remove_prefix(end + 1);
+  }
 }
 
 std::string printable(std::string_view text) {

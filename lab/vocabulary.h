@@ -65,6 +65,18 @@ std::map<std::string, uint32_t> value_words(uint16_t type);
 // What the library displays for a value, except that a VLAN list is whole and a VLAN map is told.
 std::string display(uint16_t type, const Bytes &value);
 
+// Do two display texts say the same? Names are taken to the letter, other texts by their words.
+bool same_text(std::string_view parameter, std::string_view a, std::string_view b);
+
+// How a scenario writes a value of the parameter.
+std::string value_help(uint16_t type);
+
+// The flags of the global port type by their words.
+const std::map<std::string, uint32_t> &flag_words();
+
+// "STP_MODE", "Edge Trunk Port" and "edge-trunk-port" in one spelling, the last.
+std::string key_of(std::string_view name);
+
 // The parameter's title in the library's report.
 std::string title(uint16_t type);
 
@@ -91,6 +103,7 @@ std::string port_text(uint32_t if_index);
 
 // Text that any terminal and any JSON reader takes: what is no printable UTF-8 is escaped.
 std::string printable(std::string_view text);
+std::string printable_lines(std::string_view text);  // line feeds stay
 
 // A line of an event history, without its line feed.
 std::string log_line(std::string_view text);

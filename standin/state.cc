@@ -14,6 +14,7 @@ struct Order {
 };
 
 std::array<Order, STANDIN_OPERATIONS> orders;
+bool suspended = false;
 
 void abort_on_misuse(const char *what) {
   std::fprintf(stderr, "stand-in: %s\n", what);
@@ -36,6 +37,7 @@ void misuse(const char *format, ...) {
 }
 
 bool fails(standin_operation_t operation) {
+  if (suspended) return false;
   Order &order = orders[operation];
   ++order.calls;
   return order.times > 0 && order.calls >= order.first && order.calls - order.first < order.times;
@@ -58,6 +60,10 @@ void standin_fail(standin_operation_t operation, uint32_t nth, uint32_t times) {
   Order &order = orders[operation];
   order.first = order.calls + nth;
   order.times = times;
+}
+
+void standin_suspend_failures(uint32_t is_suspended) {
+  suspended = is_suspended != 0;
 }
 
 uint32_t standin_calls(standin_operation_t operation) {

@@ -69,7 +69,21 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
     const char *mistakes;  // each line behind "FILE:"
   } rows[] = {
       {"[", "1:1: no YAML here: end of sequence flow not found; expected a scenario in YAML\n"},
-      {"steps: []", "1:8: found a list; expected 'steps', a list of at least one step\n"},
+      {"steps: []", "1:8: no step in 'steps'; expected a list of at least one\n"},
+      {"", "1:1: the file is empty; expected a scenario in YAML\n"},
+      {"title: x\n", "1:1: a scenario without 'steps'; expected it there\n"},
+      {"steps: [{check: switch}]\n---\nsteps: []\n",
+       "3:1: a second document begins here; expected one scenario in a file\n"},
+      {"switches:\n  left: {parameters: {ifi-port-type: edge-port}, ports: [{member: 3}]}\n"
+       "  right: {parameters: {mst-region-vi-map: {1: 10-20, 2: 15}}}\nsteps:\n"
+       "- {command: stp-mode, attributes: [{word: 3}], expect: {}}\n"
+       "- {report: switch, expect: {texts: {}}}\n",
+       "2:58: a group of ports without 'ports'; expected it there\n"
+       "2:23: found 'ifi-port-type', a parameter of interfaces; expected it in a group of ports\n"
+       "3:57: VLAN 15 stands in two instances; expected it in one\n"
+       "5:36: an attribute without 'id'; expected it there\n"
+       "5:56: found a mapping; expected at least one of answer, result, records or values\n"
+       "6:36: found a mapping; expected parameters and texts, for instance {stp-mode: MST}\n"},
       {"titel: x\nsteps: [{check: switch}]",
        "1:1: unknown key 'titel' in a scenario; expected title, about, twin-vlans, switches or "
        "steps\n"},
@@ -158,8 +172,8 @@ TEST_F(Lab, BrokenExpectationsAreTold) {
   EXPECT_EQ(broken,
             "left verdict: expected agree, found\n"
             "left answer: expected refused, found accepted\n"
-            "right texts: expected {\"ifi-port-type\":\"Edge Port\"}, found\n");
-  EXPECT_NE(outcome.out.find("3 of 7 expectations do not hold"), std::string::npos);
+            "right texts: expected ifi-port-type: Edge Port, found\n");
+  EXPECT_NE(outcome.out.find("3 of 7 expectations not met"), std::string::npos);
 }
 
 TEST_F(Lab, WhatIfTellsAndChangesNothing) {
@@ -211,6 +225,39 @@ TEST_F(Lab, LongValuesAreWrappedWithinTheWidth) {
   }
 }
 
+TEST_F(Lab, FailuresOnOrderAreForTheLibraryOnly) {
+  const Json told =
+      Json::parse(run(std::string(region) + "- {fail: tlv-add, on: left}\n"
+                                            "- {update: {loop-guard: enabled}, on: left}\n"
+                                            "- {command: gbl-loopguard, on: left}\n"
+                                            "- {fail: tlv-find, on: left}\n"
+                                            "- check: switch\n"
+                                            "- {fail: allocation, on: right}\n"
+                                            "- check: switch\n",
+                      "--json")
+                      .out);
+  // The message of an update is the lab's to build, the tables of a check are its own questions.
+  EXPECT_EQ(told["steps"][1]["switches"]["left"]["result"]["code"], 0);
+  EXPECT_EQ(told["steps"][2]["switches"]["left"]["answer"], "internal error: Failed TLV add");
+  const Json &first = told["steps"][4]["checks"][0];
+  EXPECT_EQ(first["verdicts"]["left"]["name"], "STP_MCEC_ERR_FAILURE");
+  EXPECT_EQ(first["parameters"][0]["states"]["left"], "same");
+  // A switch that has no array to send is checked without one.
+  const Json &second = told["steps"][6]["checks"][0];
+  EXPECT_EQ(second["verdicts"]["left"]["name"], "STP_MCEC_ERR_TYPE1_PARAM_NULL");
+  EXPECT_EQ(second["verdicts"]["right"]["name"], "STP_MCEC_ERR_TYPE1_PARAM_NULL");
+}
+
+TEST_F(Lab, WhatIsNoTextIsEscaped) {
+  write("title: \"a\\x1b[31mb\"\nabout: \"c\\x07\"\nsteps:\n- {check: switch, note: \"\\x9b\"}\n");
+  for (const char *options : {"", "--json"}) {
+    const Outcome outcome = lab(std::string("run ") + options + " " + file);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out.find_first_of("\033\007\x9b"), std::string::npos);
+    EXPECT_NE(outcome.out.find("x1b[31mb"), std::string::npos);
+  }
+}
+
 TEST_F(Lab, ADeadSwitchIsReportedWithItsLastLines) {
   const Outcome outcome = run("steps:\n- command: gbl-loopguard\n- {crash: SEGV, on: right}\n");
   EXPECT_EQ(outcome.status, 2);
@@ -227,8 +274,8 @@ TEST_F(Lab, AnInterruptLeavesNothingBehind) {
   const Outcome outcome = lab("run --quiet " + file +
                               " >/dev/null & lab=$!; sleep 1; kill -INT $lab; "
                               "wait $lab; echo status $?; pgrep -P $lab; true");
-  EXPECT_NE(outcome.out.find(file + ": interrupted\nstatus 2\n"), std::string::npos) << outcome.out;
-  EXPECT_TRUE(outcome.out.ends_with("status 2\n")) << outcome.out;
+  EXPECT_EQ(outcome.out.find(file + ":"), 0U) << outcome.out;
+  EXPECT_TRUE(outcome.out.ends_with(" (check all): interrupted\nstatus 2\n")) << outcome.out;
 }
 
 TEST_F(Lab, ExplainsAndLists) {
