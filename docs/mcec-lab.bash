@@ -44,7 +44,7 @@ _mcec_lab() {
       ;;
     explain)
       if [[ $current == -* ]]; then
-        words='--help'
+        words='--no-color --help'
       elif ((place == 0)); then
         _mcec_lab_learn "$lab"
         words=$_mcec_lab_names
@@ -52,7 +52,7 @@ _mcec_lab() {
       ;;
     list)
       if [[ $current == -* ]]; then
-        words='--json --help'
+        words='--json --no-color --help'
       elif ((place == 0)); then
         words='parameters commands'
       fi

@@ -23,9 +23,9 @@ const char *mts_opc_name_get(uint32_t opcode);
  * The payload of a message, at any alignment, valid as long as the message is; NULL: it has none.
  *
  * The library does not learn its size. Of an update message it reads a header of 16 bytes and asks
- * the TLV library about the array behind it, so a payload holds at least these and the array's own
- * header; what is behind them is read as far as the array says. msg is what the process passed to
- * the library.
+ * the TLV library about the array behind it, so a payload holds at least these, the array's own
+ * header, and as many bytes as the header says the array has. msg is what the process passed to the
+ * library.
  */
 void *mts_payload_get(mts_msg_t *msg);
 
