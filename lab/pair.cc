@@ -37,8 +37,7 @@ LastLines *shared_lines() {
 // The life of a switch process. It ends when the lab closes its line, or dies itself.
 [[noreturn]] void live(int control, int peer, bool speaks_first, LastLines &last_lines) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  std::signal(SIGINT, SIG_IGN);
-  std::signal(SIGTERM, SIG_DFL);
+  leave_signals_to_the_lab();
   serve(control, peer, speaks_first, last_lines);
   _exit(0);
 }

@@ -52,6 +52,12 @@ void stop_on_signals() {
   sigaction(SIGTERM, &action, nullptr);
 }
 
+void leave_signals_to_the_lab() {
+  std::signal(SIGINT, SIG_IGN);
+  std::signal(SIGTERM, SIG_DFL);
+  stop_signal = 0;
+}
+
 bool interrupted() {
   return stop_signal != 0;
 }

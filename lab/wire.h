@@ -15,6 +15,10 @@ struct Interrupted {};
 void stop_on_signals();
 bool interrupted();
 
+// For the processes that the lab starts: they are stopped by the lab alone, also when a signal came
+// while they were being made.
+void leave_signals_to_the_lab();
+
 // false: the other end is gone.
 bool write_frame(int socket, const Bytes &frame);
 

@@ -275,7 +275,7 @@ TEST_F(Lab, AnInterruptLeavesNothingBehind) {
                               " >/dev/null & lab=$!; sleep 1; kill -INT $lab; "
                               "wait $lab; echo status $?; pgrep -P $lab; true");
   EXPECT_EQ(outcome.out.find(file + ":"), 0U) << outcome.out;
-  EXPECT_TRUE(outcome.out.ends_with(" (check all): interrupted\nstatus 2\n")) << outcome.out;
+  EXPECT_TRUE(outcome.out.ends_with(": interrupted\nstatus 2\n")) << outcome.out;
 }
 
 TEST_F(Lab, ExplainsAndLists) {
