@@ -68,9 +68,10 @@ enum {
  *
  *   FAILURE            a check could not be carried out; also the mismatch code of no parameter
  *   NO_MEMORY          a cache node or its value could not be allocated
- *   INVALID_ARG        a required argument is missing or out of range, a message or a command
- * unknown TYPE1_PARAM_NULL   one of the two arrays of a check is missing NO_MCEC_INFO       the
- * interface has no multi-chassis port channel
+ *   INVALID_ARG        a required argument is missing or out of range, or a message or command is
+ *                      unknown
+ *   TYPE1_PARAM_NULL   one of the two arrays of a check is missing
+ *   NO_MCEC_INFO       the interface has no multi-chassis port channel
  */
 #define STP_MCEC_RESULT_CODES(X)      \
   X(ERR_FAILURE, 0x40DD0001)          \
@@ -179,12 +180,12 @@ enum {
 
 /*
  * Memory types, one for each place that allocates: X(name, number). Blocks that the library hands
- * out carry them, and are released with mtrack_free:
+ * out carry them, and are released with mtrack_free: 4 the report, 6 the exported array, and each
+ * extractor's array and records:
  *
- *   4            the report            6            the exported array
- *   7, 14        enable/disable        8, 15        MST region reset      9, 16   mode
- *   10, 17       global port type      11, 18       global parameters     12, 19  interfaces
- *   13, 20       update message        (array, records)
+ *   enable/disable    7, 14      mode                9, 16      global parameters   11, 18
+ *   MST region reset  8, 15      global port type   10, 17      interfaces          12, 19
+ *                                                               update message      13, 20
  */
 #define STP_MCEC_LIB_MEM_TYPES(X)      \
   X(NONE, 0)                           \
