@@ -402,9 +402,13 @@ TEST_F(Extract, MembershipMayChangeBetweenThePasses) {
     EXPECT_EQ(command(48, true, {all}), row.outcome);
     log();
   }
-  // A member beyond the counted ones ends the pass: it is not cached.
+  // A member beyond the counted ones ends the pass: it is not cached, and no port after it is asked.
   EXPECT_EQ(cached(0x1001, 10), "00000003");
   EXPECT_EQ(cached(0x1003, 10), "-");
+  const uint32_t before = standin_calls(STANDIN_MEMBERSHIP);
+  standin_fail(STANDIN_MEMBERSHIP, 2, 1);
+  command(48, true, {ports({0x1000, 0x1003, 0x1000, 0x1000})});
+  EXPECT_EQ(standin_calls(STANDIN_MEMBERSHIP) - before, 5U + 4U);
 }
 
 TEST_F(Extract, FiveThousandPortsAreOneEntry) {
@@ -436,9 +440,17 @@ TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
                           update_op + "updating type=11, len=4 (is_default=0)",
                           update_op + "updating type=13, len=0 (is_default=0)"}));
   // A value that is too short for its type is not put to the default test.
-  EXPECT_EQ(update(1, 0, {{2, {0, 0}}, {6, {0}}, {3, Bytes(31)}, {5, Bytes(8192)}}).substr(0, 26),
-            "0 | | cmd 0 count 4 | type");
-  EXPECT_EQ(log().back(), update_op + "updating type=5, len=8192 (is_default=1)");
+  EXPECT_EQ(
+      update(1, 0, {{6, {0}}, {4, {0, 0, 0}}, {3, Bytes(31)}, {2, Bytes(515)}, {5, Bytes(8192)}})
+          .substr(0, 26),
+      "0 | | cmd 0 count 5 | type");
+  const Lines lines = log();
+  EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
+            (Lines{update_op + "updating type=6, len=1 (is_default=0)",
+                   update_op + "updating type=4, len=3 (is_default=0)",
+                   update_op + "updating type=3, len=31 (is_default=0)",
+                   update_op + "updating type=2, len=515 (is_default=0)",
+                   update_op + "updating type=5, len=8192 (is_default=1)"}));
 }
 
 TEST_F(Extract, UpdatesWithoutParametersAreRefused) {
