@@ -1,23 +1,20 @@
 #include "scenario.h"
 
-#include <yaml-cpp/yaml.h>
-
 #include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <functional>
 #include <ios>
 #include <map>
-#include <optional>
 #include <set>
 
+#include "reader.h"
 #include "standin.h"
 
 namespace lab {
 namespace {
 
 constexpr uint8_t port_interface_type = 26;
-constexpr uint32_t max_ports = 100000;
 
 const std::map<std::string, uint32_t> port_type_words = {
     {"normal", STP_MCEC_IF_PORT_MODE_NORMAL},
@@ -34,12 +31,6 @@ const std::map<std::string, uint32_t> operation_words = {
 const std::map<std::string, uint32_t> signal_words = {
     {"ABRT", SIGABRT}, {"SEGV", SIGSEGV}, {"KILL", SIGKILL}, {"BUS", SIGBUS}};
 
-std::vector<std::string> keys_of(const std::map<std::string, uint32_t> &words) {
-  std::vector<std::string> keys;
-  for (const auto &[key, value] : words) keys.push_back(key);
-  return keys;
-}
-
 // What the expectations of a step may speak of.
 const std::vector<std::string> result_only = {"result"};
 const std::vector<std::string> of_command = {"answer", "result", "records", "values"};
@@ -48,270 +39,19 @@ const std::vector<std::string> of_check = {"verdict", "left", "right", "differ",
                                            "pass",    "fail", "ports"};
 const std::vector<std::string> of_report = {"result", "texts"};
 
-struct Reader;
+struct ScenarioReader;
 struct ActionRule {
   std::vector<std::string> keys;    // besides the action's own, "on", "note" and "expect"
   std::vector<std::string> expect;  // empty: nothing can be expected
-  void (Reader::*read)(const YAML::Node &node, const YAML::Node &value, Step &step);
+  void (ScenarioReader::*read)(const YAML::Node &node, const YAML::Node &value, Step &step);
 };
 
 const std::map<std::string, ActionRule> &action_rules();
 
-struct Reader {
-  std::vector<Mistake> mistakes;
-  std::set<uint32_t> ports;                   // that exist on either switch
+struct ScenarioReader : Reader {
   std::array<std::set<uint32_t>, 2> members;  // as the steps so far leave them
   std::set<std::string> saved;                // names of exported arrays
   std::string twin_vlans;                     // of the scenario
-
-  // --- mistakes ---
-
-  void mistake(const YAML::Node &node, const std::string &text) {
-    const YAML::Mark mark = node.IsDefined() ? node.Mark() : YAML::Mark::null_mark();
-    mistakes.push_back({std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, text});
-  }
-
-  static std::string found(const YAML::Node &node) {
-    if (!node.IsDefined() || node.IsNull()) return "found nothing";
-    if (node.IsMap()) return "found a mapping";
-    if (node.IsSequence()) return "found a list";
-    return "found '" + printable(node.Scalar()) + "'";
-  }
-
-  void expected(const YAML::Node &node, const std::string &what) {
-    mistake(node, found(node) + "; expected " + what);
-  }
-
-  // A mapping with these keys only. Returns false when it is no mapping.
-  bool mapping(const YAML::Node &node, const std::string &what,
-               const std::vector<std::string> &allowed) {
-    if (!node.IsMap()) {
-      expected(node, what + ", a mapping with " + one_of(allowed));
-      return false;
-    }
-    std::set<std::string> seen;
-    for (const auto &pair : node) {
-      const std::string key = pair.first.IsScalar() ? pair.first.Scalar() : "";
-      if (std::find(allowed.begin(), allowed.end(), key) == allowed.end()) {
-        mistake(pair.first, "unknown key '" + printable(key) + "' in " + what + "; expected " +
-                                one_of(allowed));
-      } else if (!seen.insert(key).second) {
-        mistake(pair.first, "key '" + key + "' stands twice in " + what);
-      }
-    }
-    return true;
-  }
-
-  // A key that must be there.
-  bool required(const YAML::Node &node, const char *key, const std::string &what) {
-    if (node[key].IsDefined()) return true;
-    mistake(node, what + " without '" + key + "'; expected it there");
-    return false;
-  }
-
-  // --- scalars ---
-
-  // For people: what no terminal should see is escaped.
-  std::string text(const YAML::Node &node, const std::string &what) {
-    if (node.IsScalar()) return printable_lines(node.Scalar());
-    expected(node, what);
-    return "";
-  }
-
-  bool boolean(const YAML::Node &node, const std::string &what) {
-    bool value = false;
-    if (!node.IsScalar() || !YAML::convert<bool>::decode(node, value)) {
-      expected(node, what + ": true or false");
-    }
-    return value;
-  }
-
-  uint32_t number(const YAML::Node &node, const std::string &what, uint32_t least = 0,
-                  uint32_t most = UINT32_MAX) {
-    const auto value = node.IsScalar() ? parse_number(node.Scalar()) : std::nullopt;
-    if (value && *value >= least && *value <= most) return *value;
-    expected(node, what + ": a number from " + std::to_string(least) + " to " +
-                       std::to_string(most) + " (decimal, or 0x...)");
-    return least;
-  }
-
-  // One of some words, or, where numbers are allowed too, any number.
-  uint32_t word_value(const YAML::Node &node, const std::string &what,
-                      const std::map<std::string, uint32_t> &words, bool numbers = true) {
-    const std::string given = node.IsScalar() ? node.Scalar() : "";
-    for (const std::string &spelling : {given, key_of(given), key_of(given) + "-port"}) {
-      if (const auto known = words.find(spelling); known != words.end()) return known->second;
-    }
-    if (const std::string key = key_of(given); key.ends_with("-port")) {
-      const auto known = words.find(key.substr(0, key.size() - std::strlen("-port")));
-      if (known != words.end()) return known->second;
-    }
-    if (numbers) {
-      if (const auto value = parse_number(given)) return *value;
-    }
-    expected(node, what + ": " + one_of(keys_of(words)) + (numbers ? ", or a number" : ""));
-    return 0;
-  }
-
-  Ranges vlans(const YAML::Node &node, const std::string &what) {
-    if (const auto ranges = node.IsScalar() ? parse_vlans(node.Scalar()) : std::nullopt) {
-      return *ranges;
-    }
-    expected(node, what + ": VLANs 0 to 4095, for instance 1-10,20, or none");
-    return {};
-  }
-
-  std::string vlan_record_hex(const YAML::Node &node, const std::string &what) {
-    return hex(vlan_record(vlans(node, what)));
-  }
-
-  // "0x1000-0x1003, 0x2000"
-  Ranges port_ranges(const YAML::Node &node, const std::string &what) {
-    const std::string shape = what + ": port indexes, for instance 0x1000-0x1003,0x2000";
-    Ranges ranges;
-    std::string rest = node.IsScalar() ? node.Scalar() : "";
-    rest.erase(std::remove(rest.begin(), rest.end(), ' '), rest.end());
-    while (!rest.empty()) {
-      const std::string part = rest.substr(0, rest.find(','));
-      rest.erase(0, part.size() + 1);
-      const std::size_t dash = part.find('-');
-      const auto first = parse_number(part.substr(0, dash));
-      const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
-      if (!first || !last || *first > *last || *last - *first >= max_ports) {
-        ranges.clear();
-        break;
-      }
-      ranges.emplace_back(*first, *last);
-    }
-    if (ranges.empty()) expected(node, shape);
-    return ranges;
-  }
-
-  // Ranges with at least a port each.
-  Ranges existing_ports(const YAML::Node &node, const std::string &what) {
-    Ranges ranges = port_ranges(node, what);
-    for (const auto &[first, last] : ranges) {
-      const auto at = ports.lower_bound(first);
-      if (at != ports.end() && *at <= last) continue;
-      mistake(node, "port " + port_text(first) + (first == last ? "" : " to " + port_text(last)) +
-                        " does not exist; expected one that a switch of the scenario has");
-    }
-    return ranges;
-  }
-
-  std::vector<uint32_t> ports_in(const Ranges &ranges) const {
-    std::vector<uint32_t> found_ports;
-    for (const auto &[first, last] : ranges) {
-      for (auto at = ports.lower_bound(first); at != ports.end() && *at <= last; ++at) {
-        found_ports.push_back(*at);
-      }
-    }
-    return found_ports;
-  }
-
-  Bytes bytes(const YAML::Node &node, const std::string &what) {
-    std::string digits = node.IsScalar() ? node.Scalar() : "x";
-    digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
-    const bool valid = digits.size() % 2 == 0 && digits.size() / 2 <= UINT16_MAX &&
-                       digits.find_first_not_of("0123456789abcdefABCDEF") == digits.npos;
-    if (!valid) expected(node, what + ": bytes in hexadecimal, for instance 00 00 00 05");
-    return valid ? unhex(digits) : Bytes{};
-  }
-
-  // --- parameters ---
-
-  const ParameterName *parameter(const YAML::Node &node) {
-    const ParameterName *known =
-        node.IsScalar() ? find_parameter(std::string_view(node.Scalar())) : nullptr;
-    if (known == nullptr) {
-      std::vector<std::string> keys;
-      for (const ParameterName &name : parameters()) keys.push_back(name.key);
-      expected(node, "a parameter: " + one_of(keys));
-    }
-    return known;
-  }
-
-  Bytes vlan_map(const YAML::Node &node) {
-    Bytes map(2 * 4096);
-    if (!node.IsMap()) {
-      expected(node, "the VLANs of MST instances, for instance {1: 10-20}");
-      return map;
-    }
-    for (const auto &pair : node) {
-      const uint32_t instance = number(pair.first, "an MST instance", 0, 4094);
-      for (const auto &[first, last] : vlans(pair.second, "its VLANs")) {
-        for (uint32_t vlan = first; vlan <= last; ++vlan) {
-          if (map[2 * vlan] != 0 || map[2 * vlan + 1] != 0) {
-            mistake(pair.second, "VLAN " + std::to_string(vlan) +
-                                     " stands in two instances; expected it in one");
-            return map;
-          }
-          map[2 * vlan] = uint8_t(instance >> 8);
-          map[2 * vlan + 1] = uint8_t(instance);
-        }
-      }
-    }
-    return map;
-  }
-
-  Bytes flags(const YAML::Node &node) {
-    if (!node.IsSequence()) return word(word_value(node, "flags", flag_words()));
-    uint32_t value = 0;
-    for (const auto &flag : node) value |= word_value(flag, "a flag", flag_words());
-    return word(value);
-  }
-
-  Bytes region_name(const YAML::Node &node, std::size_t length) {
-    if (!node.IsScalar()) expected(node, "a region name");
-    const std::string name = node.IsScalar() ? node.Scalar() : "";
-    if (name.size() > length) expected(node, "a region name of at most 32 bytes");
-    Bytes value(name.begin(), name.end());
-    value.resize(length);
-    return value;
-  }
-
-  Bytes value(const ParameterName &of, const YAML::Node &node) {
-    if (node.IsMap() && node["bytes"].IsDefined()) {
-      mapping(node, "a value", {"bytes"});
-      return bytes(node["bytes"], "a value");
-    }
-    switch (of.type) {
-      case STP_MCEC_TYPE1_STP_ENDIS:
-        return vlan_record(vlans(node, of.key));
-      case STP_MCEC_TYPE1_MST_REGION_NAME:
-        return region_name(node, of.length);
-      case STP_MCEC_TYPE1_MST_REGION_VI_MAP:
-        return vlan_map(node);
-      case STP_MCEC_TYPE1_GBL_PORT_TYPE:
-        return flags(node);
-      case STP_MCEC_TYPE1_MST_REGION_REVISION:
-        return word(number(node, of.key));
-      default:
-        return word(word_value(node, of.key, value_words(of.type)));
-    }
-  }
-
-  // {stp-mode: mst, ...} as entries for a switch; of the switch or of an interface only, or of both.
-  Json entries(const YAML::Node &node, const std::string &what,
-               std::optional<bool> global = std::nullopt) {
-    Json read = Json::array();
-    if (!node.IsMap()) {
-      expected(node, what + ": parameters and their values, for instance {stp-mode: mst}");
-      return read;
-    }
-    for (const auto &pair : node) {
-      const ParameterName *name = parameter(pair.first);
-      if (name == nullptr) continue;
-      if (name->is_global != global.value_or(name->is_global)) {
-        mistake(pair.first, "found '" + name->key + "', a parameter of " +
-                                (name->is_global ? "the switch" : "interfaces") + "; expected it " +
-                                (name->is_global ? "among the parameters of the switch"
-                                                 : "in a group of ports"));
-      }
-      read.push_back({{"type", name->type}, {"value", hex(value(*name, pair.second))}});
-    }
-    return read;
-  }
 
   // --- the switches ---
 
@@ -392,14 +132,9 @@ struct Reader {
 
   // --- steps ---
 
-  // "switch", or ports; one request for each scope.
-  std::vector<Json> scopes(const YAML::Node &node, const std::string &what) {
-    if (node.IsScalar() && node.Scalar() == "switch") return {{{"global", true}, {"port", 0}}};
-    if (!node.IsScalar() ||
-        !parse_number(node.Scalar().substr(0, node.Scalar().find_first_of("-,")))) {
-      expected(node, what + ": switch, or port indexes");
-      return {};
-    }
+  static Json switch_scope() { return {{"global", true}, {"port", 0}}; }
+
+  std::vector<Json> port_scopes(const YAML::Node &node, const std::string &what) {
     std::vector<Json> read;
     for (const uint32_t port : ports_in(existing_ports(node, what))) {
       read.push_back({{"global", false}, {"port", port}});
@@ -407,14 +142,17 @@ struct Reader {
     return read;
   }
 
+  // "switch", or ports; one request for each scope.
+  std::vector<Json> scopes(const YAML::Node &node, const std::string &what) {
+    if (node.IsScalar() && node.Scalar() == "switch") return {switch_scope()};
+    if (node.IsScalar() && parse_ranges(node.Scalar(), UINT32_MAX)) return port_scopes(node, what);
+    expected(node, what + ": switch, or port indexes");
+    return {};
+  }
+
   // The scopes of a step that acts on the switch unless it has a key "port".
   std::vector<Json> scopes_by_port(const YAML::Node &node) {
-    if (!node["port"]) return {{{"global", true}, {"port", 0}}};
-    std::vector<Json> read;
-    for (const uint32_t port : ports_in(existing_ports(node["port"], "port"))) {
-      read.push_back({{"global", false}, {"port", port}});
-    }
-    return read;
+    return node["port"] ? port_scopes(node["port"], "port") : std::vector<Json>{switch_scope()};
   }
 
   static std::string scope_text(const YAML::Node &node) {
@@ -579,7 +317,7 @@ struct Reader {
   void check(const YAML::Node &node, const YAML::Node &value, Step &step) {
     std::vector<Json> checked;
     if (value.IsScalar() && value.Scalar() == "all") {
-      checked.push_back({{"global", true}, {"port", 0}});
+      checked.push_back(switch_scope());
       std::set<uint32_t> either = members[0];
       either.insert(members[1].begin(), members[1].end());
       for (const uint32_t port : either) checked.push_back({{"global", false}, {"port", port}});
@@ -796,17 +534,17 @@ const std::map<std::string, ActionRule> &action_rules() {
       {"command",
        {{"form", "mode", "vlans", "ports", "port-type", "guard", "simulate-pvst", "attributes"},
         of_command,
-        &Reader::command}},
-      {"update", {{"port"}, of_update, &Reader::update}},
-      {"cache-update", {{"port"}, result_only, &Reader::update}},
-      {"delete", {{}, result_only, &Reader::delete_scope}},
-      {"export", {{"as"}, {}, &Reader::export_scope}},
-      {"rebuild", {{"port"}, result_only, &Reader::rebuild}},
-      {"check", {{"twin-vlans"}, of_check, &Reader::check}},
-      {"report", {{}, of_report, &Reader::report}},
-      {"change", {{}, {}, &Reader::change}},
-      {"fail", {{"nth", "times"}, {}, &Reader::fail}},
-      {"crash", {{}, {}, &Reader::crash}},
+        &ScenarioReader::command}},
+      {"update", {{"port"}, of_update, &ScenarioReader::update}},
+      {"cache-update", {{"port"}, result_only, &ScenarioReader::update}},
+      {"delete", {{}, result_only, &ScenarioReader::delete_scope}},
+      {"export", {{"as"}, {}, &ScenarioReader::export_scope}},
+      {"rebuild", {{"port"}, result_only, &ScenarioReader::rebuild}},
+      {"check", {{"twin-vlans"}, of_check, &ScenarioReader::check}},
+      {"report", {{}, of_report, &ScenarioReader::report}},
+      {"change", {{}, {}, &ScenarioReader::change}},
+      {"fail", {{"nth", "times"}, {}, &ScenarioReader::fail}},
+      {"crash", {{}, {}, &ScenarioReader::crash}},
   };
   return rules;
 }
@@ -822,7 +560,7 @@ std::vector<std::string> step_actions() {
 ReadScenario read_scenario(const std::string &path) {
   ReadScenario read;
   read.scenario.path = printable(path);
-  Reader reader;
+  ScenarioReader reader;
   try {
     const std::vector<YAML::Node> documents = YAML::LoadAllFromFile(path);
     if (documents.empty()) {

@@ -233,21 +233,26 @@ Bytes default_value(const ParameterName &parameter) {
   return {};
 }
 
-std::optional<Ranges> parse_vlans(std::string_view text) {
+std::optional<Ranges> parse_ranges(std::string_view text, uint32_t most) {
   Ranges ranges;
-  if (text.empty() || key_of(text) == "none") return ranges;
-  while (true) {
-    const std::size_t comma = text.find(',');
-    std::string part(text.substr(0, comma));
-    part.erase(std::remove(part.begin(), part.end(), ' '), part.end());
+  std::string rest(text);
+  rest.erase(std::remove(rest.begin(), rest.end(), ' '), rest.end());
+  for (std::size_t at = 0; at <= rest.size();) {
+    const std::size_t end = std::min(rest.find(',', at), rest.size());
+    const std::string_view part = std::string_view(rest).substr(at, end - at);
     const std::size_t dash = part.find('-');
     const auto first = parse_number(part.substr(0, dash));
     const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
-    if (!first || !last || *first > *last || *last > 4095) return std::nullopt;
+    if (!first || !last || *first > *last || *last > most) return std::nullopt;
     ranges.emplace_back(*first, *last);
-    if (comma == text.npos) return ranges;
-    text.remove_prefix(comma + 1);
+    at = end + 1;
   }
+  return ranges;
+}
+
+std::optional<Ranges> parse_vlans(std::string_view text) {
+  if (text.empty() || key_of(text) == "none") return Ranges{};
+  return parse_ranges(text, 4095);
 }
 
 Bytes vlan_record(const Ranges &ranges) {

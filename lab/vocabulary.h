@@ -87,7 +87,11 @@ Bytes default_value(const ParameterName &parameter);
 
 using Ranges = std::vector<std::pair<uint32_t, uint32_t>>;
 
-// "1-10,20" as ranges; nothing for a text that is no list of VLANs 0 to 4095.
+// "1-10,20" or "0x1000-0x1003,0x2000" as ranges; nothing for a text that is no list of numbers up to
+// `most`, each range the right way round.
+std::optional<Ranges> parse_ranges(std::string_view text, uint32_t most);
+
+// The same of VLANs, 0 to 4095; "none" and "" are the empty list.
 std::optional<Ranges> parse_vlans(std::string_view text);
 
 // A bitmap record with the size word in network byte order.
