@@ -12,21 +12,40 @@ namespace {
 
 constexpr std::size_t least_column = 8;
 
-// How many columns a text takes: one for each character that is not a continuation byte.
-std::size_t width_of(std::string_view text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-  }));
+// What stands at a place of a text: a character with its continuation bytes, or a colour, which takes
+// no column.
+struct Unit {
+  std::size_t bytes;
+  std::size_t columns;
+};
+
+Unit unit_at(std::string_view text, std::size_t at) {
+  if (text[at] == '\033') return {std::min(text.find('m', at), text.size() - 1) + 1 - at, 0};
+  std::size_t end = at + 1;
+  while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) ++end;
+  return {end - at, 1};
 }
 
 // How many bytes of a text fit into some columns.
 std::size_t bytes_that_fit(std::string_view text, std::size_t columns) {
   std::size_t at = 0;
-  for (; at < text.size(); ++at) {
-    const bool starts_character = (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
-    if (starts_character && columns-- == 0) break;
+  while (at < text.size()) {
+    const Unit unit = unit_at(text, at);
+    if (unit.columns > columns) break;
+    columns -= unit.columns;
+    at += unit.bytes;
   }
   return at;
+}
+
+std::size_t width_of(std::string_view text) {
+  std::size_t columns = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const Unit unit = unit_at(text, at);
+    columns += unit.columns;
+    at += unit.bytes;
+  }
+  return columns;
 }
 
 // The width that a text needs when it is wrapped without cutting a word.
