@@ -3,6 +3,9 @@
  * platform/ and is strict about them; this header sets it up, makes it fail on order, and looks
  * into it. One platform per process, no locks.
  *
+ * It is a shared library, since the library calls it before the objects of an executable are
+ * constructed.
+ *
  * Misuse (a block released twice or never given out, an unknown service, a node linked twice, a
  * request answered twice, a malformed history record) goes to the misuse handler, which by default
  * writes to standard error and aborts. A TLV that does not fit has an error code of its own.
@@ -136,8 +139,8 @@ STANDIN_API void standin_handle_size(uint32_t size);
 STANDIN_API size_t standin_tlv_array_bytes(const void *array);
 
 /* Leave entries without alignment, so that values lie at odd addresses too (1), or align them to 4
- * (0). For
- * the arrays from now on; the default is 0, or 1 when the environment has STANDIN_ODD_TLVS. */
+ * (0). For the arrays from now on; the default is 0, or 1 when the environment has
+ * STANDIN_ODD_TLVS. */
 STANDIN_API void standin_tlv_odd(uint32_t odd);
 
 /* --- the switch --- */

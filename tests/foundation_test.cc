@@ -109,6 +109,16 @@ TEST_F(Foundation, VlansAreWrittenAsRanges) {
   Bytes every_second(sizeof(bmp4096_t), 0x55);
   EXPECT_EQ(std::strlen(stp_mcec_lib_bmp4096_to_str(every_second.data())), 9684U);
   EXPECT_EQ(stp_mcec_lib_bmp4096_to_str(every_second.data()), stp_vlan_bmp_str_buf);
+  for (unsigned phase = 0; phase < 3; ++phase) {
+    Bytes two_in_three(sizeof(bmp4096_t));
+    for (unsigned vlan = 0; vlan < 4096; ++vlan) {
+      uint8_t &byte = two_in_three[4 + vlan / 8];
+      if ((vlan + phase) % 3 != 2) byte = uint8_t(byte | 0x80U >> vlan % 8);
+    }
+    const std::size_t length = std::strlen(stp_mcec_lib_bmp4096_to_str(two_in_three.data()));
+    EXPECT_GT(length, 12900U);
+    EXPECT_LT(length, 13000U);
+  }
 }
 
 TEST_F(Foundation, RandomVlansAtAnyAddressMatchASlowWriter) {

@@ -25,8 +25,8 @@
  * Result codes of all extractions:
  *
  *   0                             done; the cache shows what will be once the command is applied
- *   STP_MCEC_ERR_INVALID_ARG      unknown opcode, command or value; a message without a usable
- *                                 request; a list attribute is missing, or shorter than its header
+ *   STP_MCEC_ERR_INVALID_ARG      unknown opcode or command; a port mode or guard that is none; a
+ *                                 message without a usable request; a list attribute is missing, or shorter than its header
  *                                 or than its number of ranges asks for
  *   STP_MCEC_ERR_NO_MEMORY        a cache entry could not be allocated
  *   STP_MCEC_RESULT_NO_BLOCK      a block for the caller could not be allocated
@@ -68,7 +68,8 @@ stp_mcec_type1_cfg_param_extractor(void *msg, uint8_t **tlv_array, uint32_t *num
 /*
  * The dispatch: hand a command to its extractor (see STP_MCEC_COMMANDS) and answer it positively
  * when that returns 0. A gated command is answered positively at once while no multi-chassis trunk
- * exists. msg is not read.
+ * exists. Identifier 62 is gated and refused with an answer; any other unknown one is not answered.
+ * msg is not read.
  */
 STP_MCEC_API uint32_t stp_mcec_param_extractor_from_cli(
     void *msg, void *handle, uint8_t **tlv_array, uint32_t *num_extract_info, uint32_t *is_cmd,
@@ -94,7 +95,8 @@ STP_MCEC_API uint32_t stp_mcec_param_extractor_from_stp_type1_upd(
     mcecm_app_cmd_extract_info_t **extract_info);
 
 /*
- * STP_MCEC_CMD_STP_MODE: the mode. Rapid-PVST without the attribute and in the negating form.
+ * STP_MCEC_CMD_STP_MODE: the mode. Rapid-PVST without the attribute and in the negating form; any
+ * word of the attribute is taken as it stands.
  *
  * STP_MCEC_RESULT_PVRST_REFUSED: Rapid-PVST with more than STP_MCEC_PVRST_MAX_USER_VLANS user
  * VLANs.

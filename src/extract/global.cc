@@ -16,7 +16,7 @@ constexpr extract::Rules rules = {
 struct Setting {
   uint32_t cmd_id;
   uint16_t type;
-  const char *log_word;
+  const char *log_word;  // simulate PVST is logged with the word of bridge assurance
 };
 
 constexpr Setting settings[] = {

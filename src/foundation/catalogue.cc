@@ -51,6 +51,7 @@ constexpr Parameter row(uint16_t type, const char *name, Compared compared, Form
 
 using enum Compared;
 
+// The names are those that the event history has always shown, "Gaurd" included.
 constexpr Parameter catalogue[] = {
     row(STP_MCEC_TYPE1_STP_MODE, "Mode", in_every_mode, Form::choice,
         {STP_MCEC_STP_MODE_RAPID_PVST}, "STP Mode", modes, "MST"),
