@@ -1,8 +1,6 @@
 #include "explain.h"
 
 #include <fmt/core.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 

@@ -7,10 +7,8 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdlib>
-#include <iostream>
 
 #include "explain.h"
-#include "pair.h"
 #include "run.h"
 #include "show.h"
 #include "standin.h"

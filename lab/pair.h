@@ -4,7 +4,6 @@
 #include <sys/types.h>
 
 #include <array>
-#include <memory>
 #include <stdexcept>
 #include <string>
 

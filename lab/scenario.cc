@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
-#include <functional>
 #include <ios>
 #include <map>
 #include <set>

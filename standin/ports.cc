@@ -51,10 +51,6 @@ void standin_add_ports(uint32_t first, uint32_t last, uint8_t type, uint32_t lay
   }
 }
 
-uint32_t standin_port_exists(uint32_t if_index) {
-  return standin::find_port(if_index) != nullptr ? 1 : 0;
-}
-
 void standin_set_member(uint32_t if_index, uint32_t mcec_id) {
   standin::set_record(if_index, mcec_id != 0, {1, mcec_id});
 }

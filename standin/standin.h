@@ -149,9 +149,6 @@ STANDIN_API void standin_tlv_odd(uint32_t odd);
 STANDIN_API void standin_add_ports(uint32_t first, uint32_t last, uint8_t type,
                                    uint32_t layer_mode);
 
-/* Is there such a port? */
-STANDIN_API uint32_t standin_port_exists(uint32_t if_index);
-
 /* Make a port a member of a multi-chassis channel; 0: of none. */
 STANDIN_API void standin_set_member(uint32_t if_index, uint32_t mcec_id);
 

@@ -73,6 +73,7 @@ TEST_F(Cache, UpdateAddsWhatIsMissingOnly) {
   EXPECT_EQ(cached(0x1000, 1), "-");
   EXPECT_EQ(standin_live_blocks(1), 4U);
   EXPECT_EQ(standin_live_blocks(2), 4U);
+  EXPECT_EQ(standin_live_bytes(2), 4U + 3U + 0U + 4U);
 }
 
 TEST_F(Cache, UpdateWithoutPayloadOrEntriesIsNoError) {
