@@ -1,0 +1,33 @@
+// Something in a file, a dump or a database that is not as it must be.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace lab {
+
+struct Mistake {
+  // Of a text file, from 1; 0: it has no lines, `where` says it.
+  int line = 0;
+  int column = 0;
+  // Of a row: "STP_PORT|PortChannel10 root_guard", as far as it is known; empty: the whole source.
+  std::string where;
+  std::string found;
+  std::string expected;  // empty: `found` says it all
+};
+
+using Mistakes = std::vector<Mistake>;
+
+// "found 'pvst'; expected mst".
+inline std::string text_of(const Mistake &mistake) {
+  return mistake.expected.empty() ? mistake.found
+                                  : mistake.found + "; expected " + mistake.expected;
+}
+
+// "4:11" or "STP_PORT|PortChannel10 root_guard".
+inline std::string place_of(const Mistake &mistake) {
+  return mistake.line > 0 ? std::to_string(mistake.line) + ":" + std::to_string(mistake.column)
+                          : mistake.where;
+}
+
+}  // namespace lab

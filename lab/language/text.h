@@ -1,0 +1,53 @@
+// Text, numbers and bytes as people write and read them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lab {
+
+using Bytes = std::vector<uint8_t>;
+
+// "STP_MODE", "Edge Trunk Port" and "edge-trunk-port" in one spelling, the last.
+std::string key_of(std::string_view name);
+
+// --- numbers and bytes ---
+
+// Decimal, or hexadecimal behind 0x; nothing for anything else.
+std::optional<uint32_t> parse_number(std::string_view text);
+
+std::string hex(const Bytes &bytes);
+Bytes unhex(std::string_view text);  // an even number of hexadecimal digits
+
+// "0x1000".
+std::string port_text(uint32_t if_index);
+
+// --- text from outside ---
+
+// Text that any terminal and any JSON reader takes: what is no UTF-8, controls what is shown, or
+// turns the direction of writing is escaped.
+std::string printable(std::string_view text);
+std::string printable_lines(std::string_view text);  // line feeds stay
+
+// The bytes of the character that a text of UTF-8 begins with; 0: it begins with none.
+std::size_t character_bytes(std::string_view text);
+
+// A line of an event history, without its line feed.
+std::string log_line(std::string_view text);
+
+// --- lists of names ---
+
+// "a, b or c".
+std::string one_of(const std::vector<std::string> &names);
+
+// The same, where `given` was found instead: what is most like it comes first, and of many names
+// only that one is told, and how many others there are.
+std::string one_of(const std::vector<std::string> &names, std::string_view given);
+
+// In the order that people expect of names with numbers: PortChannel2 before PortChannel10.
+bool natural_less(std::string_view a, std::string_view b);
+
+}  // namespace lab

@@ -1,0 +1,43 @@
+// The configuration of a real switch as rows, and the settings that they say.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "language/mistake.h"
+#include "settings/settings.h"
+
+namespace lab {
+
+// A field's value: a text, or a list of texts.
+using FieldValue = std::variant<std::string, std::vector<std::string>>;
+
+// Field by name.
+using Row = std::map<std::string, FieldValue>;
+
+// Table by name, row by key ("1|PortChannel10").
+using Rows = std::map<std::string, std::map<std::string, Row>>;
+
+// The tables whose rows say something about spanning tree; all others are passed over.
+const std::set<std::string> &tables_read();
+
+struct ReadRows {
+  Rows rows;  // of the tables that are read
+  Mistakes mistakes;
+};
+
+// The rows of a dump, a JSON object of tables. Reads any bytes; mistakes are all told at once.
+ReadRows read_dump(std::string_view json);
+
+struct ReadSettings {
+  Settings settings;
+  Mistakes mistakes;  // with some, the settings are of no use
+};
+
+// What the rows say, with every mistake in them.
+ReadSettings settings_of(const Rows &rows);
+
+}  // namespace lab
