@@ -1,7 +1,6 @@
 #include "language/vlans.h"
 
 #include <algorithm>
-#include <map>
 
 #include "draimiofaf/types.h"
 
@@ -62,6 +61,10 @@ std::string vlan_text(const Vlans &vlans) {
   return text;
 }
 
+std::string vlan_words(const Vlans &vlans) {
+  return (vlans.count() == 1 ? "VLAN " : "VLANs ") + vlan_text(vlans);
+}
+
 Bytes vlan_record(const Vlans &vlans) {
   Bytes record(sizeof(bmp4096_t));
   record[2] = 2;  // 512, in network byte order
@@ -93,13 +96,18 @@ void set_instance(Bytes &map, uint32_t vlan, uint32_t instance) {
   map[std::size_t{2} * vlan + 1] = uint8_t(instance);
 }
 
-std::string vlan_map_text(const Bytes &map) {
+std::map<uint32_t, Vlans> instances_of(const Bytes &map) {
   std::map<uint32_t, Vlans> instances;
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
     if (const uint32_t instance = instance_of(map, vlan); instance != 0) {
       instances[instance].set(vlan);
     }
   }
+  return instances;
+}
+
+std::string vlan_map_text(const Bytes &map) {
+  const std::map<uint32_t, Vlans> instances = instances_of(map);
   if (instances.empty()) return "all VLANs in instance 0";
   std::string text;
   for (const auto &[instance, vlans] : instances) {

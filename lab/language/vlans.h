@@ -3,6 +3,7 @@
 
 #include <bitset>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,6 +45,9 @@ Ranges ranges_of(const Vlans &vlans);
 // "1-10,20", "" for none.
 std::string vlan_text(const Vlans &vlans);
 
+// "VLAN 10" or "VLANs 1-10,20", in a sentence.
+std::string vlan_words(const Vlans &vlans);
+
 // A bitmap record with its size word in network byte order, and what a record of any length holds.
 Bytes vlan_record(const Vlans &vlans);
 Vlans vlans_of_record(const Bytes &record);
@@ -53,6 +57,9 @@ Vlans vlans_of_record(const Bytes &record);
 // The entry of a VLAN in a VLAN map of any length; 0 past its end.
 uint32_t instance_of(const Bytes &map, uint32_t vlan);
 void set_instance(Bytes &map, uint32_t vlan, uint32_t instance);
+
+// The VLANs of every instance but 0.
+std::map<uint32_t, Vlans> instances_of(const Bytes &map);
 
 // "1: 10-20; 2: 30". VLANs in instance 0 are not told.
 std::string vlan_map_text(const Bytes &map);

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -24,6 +25,10 @@ using Rows = std::map<std::string, std::map<std::string, Row>>;
 // The tables whose rows say something about spanning tree; all others are passed over.
 const std::set<std::string> &tables_read();
 
+// Does a field of a table that is read say something? Others are passed over, but for those of
+// STP_PORT, of which the notes speak.
+bool is_read(const std::string &table, const std::string &field);
+
 struct ReadRows {
   Rows rows;  // of the tables that are read
   Mistakes mistakes;
@@ -37,7 +42,7 @@ struct ReadSettings {
   Mistakes mistakes;  // with some, the settings are of no use
 };
 
-// What the rows say, with every mistake in them.
-ReadSettings settings_of(const Rows &rows);
+// What the rows say. The mistakes are those of their reading, and every one in the rows.
+ReadSettings settings_of(const Rows &rows, const Mistakes &reading = {});
 
 }  // namespace lab

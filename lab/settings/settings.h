@@ -30,6 +30,9 @@ struct Channel {
   bool operator==(const Channel &) const = default;
 };
 
+// The index of a port that stands for a whole channel is this and the channel's id.
+constexpr uint32_t first_channel_index = 0x16000000;
+
 struct Port {
   uint32_t index = 0;
   std::string name;      // empty: it is called by its index
