@@ -59,7 +59,8 @@ constexpr char region[] =
     "    ports: [{ports: 0x1000-0x1001, member: 10, parameters: {ifi-port-type: edge-port}}]\n"
     "    parameters: {stp-mode: mst, mst-region-name: east, stp-endis: 10-20}\n"
     "  right:\n"
-    "    ports: [{ports: 0x1000, member: 10, parameters: {ifi-port-type: network-port}}]\n"
+    "    ports: [{ports: 0x2000, channel: 10, parameters: {ifi-port-type: network-port}},\n"
+    "            {ports: 0x2001, channel: 11, parameters: {ifi-port-type: edge-port}}]\n"
     "    parameters: {stp-mode: mst, mst-region-name: west, stp-endis: 20-30}\n"
     "steps:\n";
 
@@ -73,12 +74,13 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
       {"", "1:1: the file is empty; expected a scenario in YAML\n"},
       {"title: x\n", "1:1: a scenario without 'steps'; expected it there\n"},
       {"steps: [{check: switch}]\n---\nsteps: []\n",
-       "3:1: a second document begins here; expected one scenario in a file\n"},
+       "3:1: a second document begins here; expected one in a file\n"},
       {"switches:\n  left: {parameters: {ifi-port-type: edge-port}, ports: [{member: 3}]}\n"
        "  right: {parameters: {mst-region-vi-map: {1: 10-20, 2: 15}}}\nsteps:\n"
        "- {command: stp-mode, attributes: [{word: 3}], expect: {}}\n"
        "- {report: switch, expect: {texts: {}}}\n",
-       "2:58: a group of ports without 'ports'; expected it there\n"
+       "2:58: a group of ports without 'ports'; expected indexes under 'ports', or a name under "
+       "'port'\n"
        "2:23: found 'ifi-port-type', a parameter of interfaces; expected it in a group of ports\n"
        "3:57: VLAN 15 stands in two instances; expected it in one\n"
        "5:36: an attribute without 'id'; expected it there\n"
@@ -98,11 +100,29 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
        "4:12: found 'zz'; expected an array, but no step before has exported one 'as' a name\n"
        "6:3: unknown key 'on' in a 'check' step; expected check, note, expect or twin-vlans\n"
        "7:12: unknown key 'answer' in the expectations of 'check'; expected verdict, left, right, "
-       "differ, pass, fail or ports\n"},
+       "differ, pass, fail, ports, channels or odd\n"},
       {"steps:\n- {fail: allocation, expect: {result: ok}}\n- comand: x\n",
        "2:30: nothing can be expected of 'fail'\n"
-       "3:3: found a step with 'comand'; expected a step with one of cache-update, change, check, "
-       "command, crash, delete, export, fail, rebuild, report or update\n"},
+       "3:3: found a step with 'comand'; expected a step with one of command, or one of 10 more\n"},
+      {"steps:\n- {update: {stp-mode: mst, loop-guard: enabled, stp-mode: mst}}\n"
+       "- {report: switch, expect: {texts: {stp-mode: MST, stp-mode: MST}}}\n"
+       "- {change: {ports: [{ports: 0x1, pod: maybe}]}}\n"
+       "- {command: stp-endis, vlans: 1,2}\n- {command: stp-endis, vlans: 20-10}\n"
+       "- {<<: {check: switch}, check: switch}\n- {update: {lop-guard: enabled}}\n"
+       "- {check: switch, expect: {verdict: agree, left: TYPE1_STP_MODE}}\n",
+       "2:49: found 'stp-mode' twice; expected each key once\n"
+       "3:52: found 'stp-mode' twice; expected each key once\n"
+       "4:39: found 'maybe'; expected pod: true or false\n"
+       "5:33: found '2' behind a comma; expected a list of numbers in quotation marks: \"1,2\"\n"
+       "6:31: found '20-10'; expected vlans: VLANs 0 to 4095: each range from the lower number to "
+       "the higher, for instance 1-10,20, or none\n"
+       "7:4: found '<<'; expected the keys themselves, or an alias for the whole mapping: merge "
+       "keys are not taken\n"
+       "8:13: found 'lop-guard'; expected a parameter: loop-guard, or one of 11 more\n"
+       "9:27: found expectations that cannot hold together: 'verdict' is that of both switches, "
+       "and "
+       "'left' says something else; expected what can be the outcome\n"},
+      {"steps:\n\t- check: switch\n", "2:1: found a tab in the indentation; expected blanks\n"},
   };
   for (const auto &row : rows) {
     std::istringstream lines(row.mistakes);
@@ -112,43 +132,89 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
     EXPECT_EQ(outcome.out, expected);
     EXPECT_EQ(outcome.status, 2);
   }
-  EXPECT_EQ(lab("run " + folder + "/none").status, 2);
+  const Outcome none = lab("run --json " + folder + "/none 2>/dev/null");
+  EXPECT_EQ(none.status, 2);
+  EXPECT_EQ(Json::parse(none.out)["mistakes"][0]["found"],
+            "cannot be read: No such file or directory");
+  std::string many = "steps:\n";
+  for (int i = 0; i < 120; ++i) many += "- {crash: X}\n";
+  EXPECT_NE(run(many).out.find("\n" + file + ": and 20 mistakes more\n"), std::string::npos);
+  EXPECT_EQ(lab("run --quiet -", "echo 'steps: [{check: switch}]' |").status, 0);
   EXPECT_EQ(lab("run").status, 2);
   EXPECT_EQ(lab("walk").status, 2);
   EXPECT_EQ(lab("--help").status, 0);
 }
 
 TEST_F(Lab, ShowsBothSidesAndTheVerdicts) {
-  const Outcome outcome = run(std::string(region) + "- check: all\n");
+  const std::string odd = "- {update: {ifi-port-type: normal-port}, port: 0x1001, on: left}\n";
+  const Outcome outcome = run(std::string(region) + odd + "- check: all\n");
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.out,
-            "Regions\n"
-            "  1. check all\n"
+  EXPECT_EQ(outcome.out.substr(outcome.out.find("  2.")),
+            "  2. check all\n"
             "    switch\n"
+            "    DIFFERENT: mst-region-name   (STP_MCEC_ERR_TYPE1_MST_REGION_NAME,\n"
+            "    0x40DD003D)\n"
             "    parameter        left   right  comparison\n"
             "    stp-mode         MST    MST    same\n"
             "    stp-endis        10-20  20-30  not compared in this mode\n"
             "    mst-region-name  east   west   different\n"
-            "    left  STP_MCEC_ERR_TYPE1_MST_REGION_NAME (0x40DD003D)\n"
-            "    right STP_MCEC_ERR_TYPE1_MST_REGION_NAME (0x40DD003D)\n"
-            "    port 0x1000\n"
+            "    channel 10: 0x1000 on the left, 0x2000 on the right\n"
+            "    DIFFERENT: ifi-port-type   (STP_MCEC_ERR_TYPE1_IFI_PORT_TYPE, 0x40DD0043)\n"
+            "    AT ODDS on the left: port 0x1001 is not set like 0x1000: ifi-port-type\n"
             "    parameter      left       right         comparison\n"
             "    ifi-port-type  Edge Port  Network Port  different\n"
-            "    left  STP_MCEC_ERR_TYPE1_IFI_PORT_TYPE (0x40DD0043)\n"
-            "    right STP_MCEC_ERR_TYPE1_IFI_PORT_TYPE (0x40DD0043)\n"
-            "    port 0x1001\n"
-            "    parameter      left       right  comparison\n"
-            "    ifi-port-type  Edge Port  -      missing on the right\n"
-            "    left  STP_MCEC_ERR_FAILURE (0x40DD0001)\n"
-            "    right agree\n"
+            "    channel 11\n"
+            "    MISSING on the left   (STP_MCEC_ERR_TYPE1_PARAM_NULL, 0x40DD003A)\n"
+            "    parameter      left  right      comparison\n"
+            "    ifi-port-type  -     Edge Port  missing on the left\n"
+            "    looked at 3 scopes; 3 differ: mst-region-name (1), ifi-port-type (1),\n"
+            "    missing on the left (1), ports of one channel at odds (1)\n"
             "nothing was expected\n\n");
-  EXPECT_EQ(run(std::string(region) + "- check: 0x1000\n", "--quiet").out,
+  EXPECT_EQ(run(std::string(region) + "- check: channel 10\n", "--quiet --fail-on-difference").out,
             "Regions\n"
-            "  1. check 0x1000\n"
-            "    port 0x1000\n"
-            "    left  STP_MCEC_ERR_TYPE1_IFI_PORT_TYPE (0x40DD0043)\n"
-            "    right STP_MCEC_ERR_TYPE1_IFI_PORT_TYPE (0x40DD0043)\n"
+            "  1. check channel 10\n"
+            "    channel 10: 0x1000 on the left, 0x2000 on the right\n"
+            "    DIFFERENT: ifi-port-type   (STP_MCEC_ERR_TYPE1_IFI_PORT_TYPE, 0x40DD0043)\n"
             "nothing was expected\n\n");
+  EXPECT_EQ(lab("run --fail-on-difference " + file).status, 1);
+  EXPECT_EQ(run(std::string(region) +
+                    "- {check: all, expect: {channels: {11: TYPE1_PARAM_NULL}, ports: {0x2000: "
+                    "TYPE1_IFI_PORT_TYPE}}}\n",
+                "--only-different")
+                .status,
+            0);
+}
+
+TEST_F(Lab, NamesOfEveryLanguageAreShownByTheirWidth) {
+  const std::string step = "steps:\n- {report: switch, on: left}\n";
+  const struct {
+    const char *name, *in_utf8, *in_ascii;
+  } rows[] = {{"Genève", "Genève", "Gen\\xc3\\xa8ve"},
+              {"日本", "日本", "\\xe6\\x97\\xa5\\xe6\\x9c\\xac"}};
+  for (const auto &row : rows) {
+    write("title: " + std::string(row.name) +
+          "\nswitches:\n  left: {parameters: {mst-region-name: " + row.name + "}}\n" + step);
+    for (const char *locale : {"C.UTF-8", "C"}) {
+      const char *name = std::string(locale) == "C" ? row.in_ascii : row.in_utf8;
+      EXPECT_EQ(lab("run " + file, std::string("LC_ALL=") + locale + " timeout 10").out,
+                std::string(name) +
+                    "\n  1. report switch on left\n    left\n    STP                  value\n" +
+                    "    STP MST Region Name  " + name + "\nnothing was expected\n\n");
+    }
+  }
+}
+
+TEST_F(Lab, OutputThatCannotBeWrittenIsAFailure) {
+  write("steps: [{command: gbl-loopguard}]");
+  for (const std::string &command :
+       {"run " + file, "run --json " + file, "what-if " + file + " 1", std::string("list"),
+        std::string("explain 1"), std::string("--help"), std::string("--version")}) {
+    for (const char *closed : {" >/dev/full", " >&-"}) {
+      const Outcome outcome = lab(command + closed);
+      EXPECT_EQ(outcome.status, 2) << command << closed;
+      EXPECT_NE(outcome.out.find("the output cannot be written: "), std::string::npos);
+    }
+  }
 }
 
 TEST_F(Lab, BrokenExpectationsAreTold) {
@@ -158,8 +224,8 @@ TEST_F(Lab, BrokenExpectationsAreTold) {
                                   "- command: gbl-loopguard\n"
                                   "  on: left\n"
                                   "  expect: {answer: refused, records: [loop-guard], values: "
-                                  "{loop-guard: Enabled}, result: ok}\n"
-                                  "- report: 0x1000\n"
+                                  "{loop-guard: Enabled}, result: INVALID_ARG}\n"
+                                  "- report: 0x2000\n"
                                   "  on: right\n"
                                   "  expect: {texts: {ifi-port-type: Edge Port}}\n",
                               "--quiet");
@@ -172,27 +238,37 @@ TEST_F(Lab, BrokenExpectationsAreTold) {
   EXPECT_EQ(broken,
             "left verdict: expected agree, found\n"
             "left answer: expected refused, found accepted\n"
+            "left result: expected STP_MCEC_ERR_INVALID_ARG, found ok\n"
             "right texts: expected ifi-port-type: Edge Port, found\n");
-  EXPECT_NE(outcome.out.find("3 of 7 expectations not met"), std::string::npos);
+  EXPECT_NE(outcome.out.find("4 of 7 expectations not met"), std::string::npos);
 }
 
-TEST_F(Lab, WhatIfTellsAndChangesNothing) {
+TEST_F(Lab, WhatIfLooksAtEverythingAndChangesNothing) {
   write(std::string(region) +
         "- command: stp-mode\n  on: left\n  mode: rapid-pvst\n"
-        "- {command: if-guard, on: right, ports: 0x1000-0x1001, guard: root}\n");
-  Json what = Json::parse(lab("what-if --json " + file + " 1").out)["what_if"]["switches"]["left"];
+        "- {command: if-guard, on: right, ports: 0x2000-0x2001, guard: root}\n"
+        "- {update: {mst-region-name: west}, on: left}\n- {check: all}\n");
+  const auto ask = [&](const char *step, const char *side) {
+    return Json::parse(lab("what-if --json " + file + step).out)["what_if"]["switches"][side];
+  };
+  Json what = ask(" 1", "left");
   EXPECT_EQ(what["answer"], "accepted");
+  EXPECT_EQ(what["looked-at"], 3);
+  EXPECT_EQ(what["now"].size(), 1U);
   EXPECT_EQ(what["now"][0]["verdicts"]["left"]["name"], "STP_MCEC_ERR_TYPE1_MST_REGION_NAME");
   EXPECT_EQ(what["then"][0]["verdicts"]["left"]["name"], "STP_MCEC_ERR_TYPE1_STP_MODE");
   EXPECT_EQ(what["then"][0]["fail"], "10");
   EXPECT_EQ(what["then"][0]["pass"], "1-9");
-  what = Json::parse(lab("what-if --json " + file + " 2").out)["what_if"]["switches"]["right"];
-  EXPECT_EQ(what["records"][0]["port"], "0x1000");
-  EXPECT_EQ(what["then"][1]["parameters"][1]["states"]["right"], "missing at the peer");
-  EXPECT_EQ(what["now"][1]["parameters"].size(), 1U);
-  const Outcome none = lab("what-if " + file + " 3");
+  what = ask(" 2", "right");
+  EXPECT_EQ(what["records"][0]["port"], "0x2000");
+  EXPECT_EQ(what["then"].size(), 2U);
+  EXPECT_EQ(what["then"][0]["parameters"][1]["states"]["right"], "missing at the peer");
+  EXPECT_EQ(what["now"][0]["parameters"].size(), 1U);
+  what = ask(" 3", "left");
+  EXPECT_EQ(what["then"][0]["verdicts"]["right"]["name"], "STP_MCEC_ERR_TYPE1_STP_MODE");
+  const Outcome none = lab("what-if " + file + " 4");
   EXPECT_EQ(none.status, 2);
-  EXPECT_EQ(none.out, file + ": step 3 is no command; expected one of 1, 2\n");
+  EXPECT_EQ(none.out, file + ": step 4 is no command and no update; expected one of 1, 2, 3\n");
 }
 
 TEST_F(Lab, JsonTellsTheSteps) {
@@ -293,7 +369,9 @@ TEST_F(Lab, ExplainsAndLists) {
   for (const Json &result : listed["results"]) {
     EXPECT_EQ(lab("explain " + result["name"].get<std::string>()).status, 0);
   }
-  EXPECT_NE(lab("explain 0x41b70016").out.find("no multi-chassis port channel"), std::string::npos);
+  EXPECT_NE(lab("explain 41b70016").out.find("no multi-chassis port channel"), std::string::npos);
+  EXPECT_NE(lab("explain 62").out.find("no command of this library, but routed"),
+            std::string::npos);
   EXPECT_EQ(lab("explain nonsense").status, 2);
 }
 

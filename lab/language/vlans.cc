@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "draimiofaf/types.h"
+#include "draimiofaf/foundation.h"
 
 namespace lab {
 
@@ -52,13 +52,7 @@ Ranges ranges_of(const Vlans &vlans) {
 }
 
 std::string vlan_text(const Vlans &vlans) {
-  std::string text;
-  for (const auto &[first, last] : ranges_of(vlans)) {
-    if (!text.empty()) text += ',';
-    text += std::to_string(first);
-    if (last != first) text += '-' + std::to_string(last);
-  }
-  return text;
+  return stp_mcec_lib_bmp4096_to_str(vlan_record(vlans).data());
 }
 
 std::string vlan_words(const Vlans &vlans) {

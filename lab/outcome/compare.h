@@ -2,23 +2,22 @@
 #pragma once
 
 #include <array>
-#include <optional>
-#include <string>
 
-#include "outcome/json.h"
-#include "read/rows.h"
-#include "settings/settings.h"
+#include "language/json.h"
+#include "read/side.h"
 
 namespace lab {
 
-// One of the two switches, and where its settings come from.
-struct Side {
-  std::string source;  // as it is shown: without a password
-  Settings settings;
-  std::optional<Rows> rows;  // of a dump or a database, which can be cured
-};
+// Left and right.
+using Sides = std::array<Side, 2>;
+
+PairOfSettings settings_of(const Sides &sides);
 
 // What compare says, as docs/lab.md tells. Throws SwitchFailed and Interrupted.
-Json compare(const std::array<Side, 2> &sides);
+Json compare(const Sides &sides);
+
+// Of a comparison of two sides with rows, the patches that bring the pair into step by changing one
+// side, or both: then what one side can do alone the right does.
+std::array<Json, 2> cures(const Sides &sides, const Json &told, const std::array<bool, 2> &changes);
 
 }  // namespace lab

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cctype>
 
-#include "language/vocabulary.h"
+#include "draimiofaf/types.h"
 #include "read/spelling.h"
-#include "read/state_writer.h"
+#include "settings/scopes.h"
+#include "settings/values.h"
 
 namespace lab {
 namespace {
@@ -27,7 +28,7 @@ const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type) {
 // A parameter of the switch, or of a channel; nullptr: it is not sent.
 const Entry *find_entry(const Settings &settings, const std::string &channel, uint16_t type) {
   if (channel.empty()) return find_entry(settings.parameters, type);
-  const Port *port = find_port(settings, channel);
+  const Port *port = port_of_channel(settings, channel);
   return port != nullptr ? find_entry(port->parameters, type) : nullptr;
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "outcome/json.h"
+#include "language/json.h"
 #include "read/rows.h"
 #include "settings/pairing.h"
 

@@ -4,8 +4,9 @@
 #include <array>
 #include <optional>
 
-#include "language/vocabulary.h"
+#include "draimiofaf/types.h"
 #include "read/spelling.h"
+#include "settings/values.h"
 
 namespace lab {
 namespace {

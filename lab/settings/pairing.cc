@@ -54,30 +54,12 @@ std::string uncovered_text(const Port &left, const Port &right) {
 
 }  // namespace
 
-const Channel *find_channel(const Settings &settings, std::string_view name) {
-  const auto &all = settings.channels;
-  const auto found = std::lower_bound(all.begin(), all.end(), name,
-                                      [](const Channel &channel, std::string_view other) {
-                                        return natural_less(channel.name, other);
-                                      });
-  return found != all.end() && found->name == name ? &*found : nullptr;
-}
-
-const Port *find_port(const Settings &settings, std::string_view channel) {
+const Port *port_of_channel(const Settings &settings, std::string_view channel) {
   const Channel *of = find_channel(settings, channel);
   for (const Port &port : settings.ports) {
     if (of != nullptr && port.channel == of->id) return &port;
   }
   return nullptr;
-}
-
-Vlans twin_vlans(const PairOfSettings &settings) {
-  Vlans twins;
-  for (const Channel &left : settings[0]->channels) {
-    const Channel *right = find_channel(*settings[1], left.name);
-    if (right != nullptr) twins |= left.vlans & right->vlans;
-  }
-  return twins;
 }
 
 std::vector<std::string> notes_of(const PairOfSettings &settings) {
@@ -107,8 +89,8 @@ std::vector<std::string> notes_of(const PairOfSettings &settings) {
       notes.push_back("Only " + (names[i] + (" carries " + vlan_words(alone[i]))) + " on " +
                       printable(channel.name) + ".");
     }
-    const Port *port = find_port(*left, channel.name);
-    const Port *other_port = find_port(*right, channel.name);
+    const Port *port = port_of_channel(*left, channel.name);
+    const Port *other_port = port_of_channel(*right, channel.name);
     if (port == nullptr || other_port == nullptr) continue;
     if (const std::string fields = uncovered_text(*port, *other_port); !fields.empty()) {
       notes.push_back("The ports of " + printable(channel.name) +

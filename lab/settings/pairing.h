@@ -1,7 +1,6 @@
 // Two switches beside one another: what joins them, and what a comparison of them cannot promise.
 #pragma once
 
-#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,14 +9,8 @@
 
 namespace lab {
 
-using PairOfSettings = std::array<const Settings *, 2>;  // left, right
-
-// A channel by its name; nullptr: the switch has none such. Its port: the first that belongs to it.
-const Channel *find_channel(const Settings &settings, std::string_view name);
-const Port *find_port(const Settings &settings, std::string_view channel);
-
-// The VLANs that the same channel carries on both switches.
-Vlans twin_vlans(const PairOfSettings &settings);
+// The port that stands for a channel; nullptr: the switch has no such channel.
+const Port *port_of_channel(const Settings &settings, std::string_view channel);
 
 // What stands beside a verdict and does not change it, a sentence each.
 std::vector<std::string> notes_of(const PairOfSettings &settings);

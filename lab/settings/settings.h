@@ -2,8 +2,10 @@
 // database), and all that the lab needs to bring a switch up and to compare a pair.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -68,5 +70,26 @@ struct Settings {
 
   bool operator==(const Settings &) const = default;
 };
+
+// Of both switches, left and right.
+using SettingsPair = std::array<Settings, 2>;
+using PairOfSettings = std::array<const Settings *, 2>;
+
+// nullptr: there is none of that index or name.
+const Port *find_port(const Settings &settings, uint32_t index);
+const Port *find_port(const Settings &settings, std::string_view name);
+const Channel *find_channel(const Settings &settings, uint32_t id);
+const Channel *find_channel(const Settings &settings, std::string_view name);
+
+// The ports whose indexes lie in a range.
+std::span<const Port> ports_between(const Settings &settings, uint32_t first, uint32_t last);
+
+// The port of an index, the channel of a name; made, in its place, where there is none. What was
+// returned before may have moved.
+Port &port_at(Settings &settings, uint32_t index);
+Channel &channel_named(Settings &settings, const std::string &name);
+
+// The name, or the index of a port that has none.
+std::string port_name(const Port &port);
 
 }  // namespace lab

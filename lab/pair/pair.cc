@@ -1,0 +1,189 @@
+#include "pair/pair.h"
+
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <system_error>
+
+#include "pair/device.h"
+#include "pair/signals.h"
+#include "pair/wire.h"
+
+namespace lab {
+namespace {
+
+// A switch that is stopped, or that says nothing for so long, is given up.
+constexpr int stopped_patience = 2000;
+constexpr int longest_patience = 120000;
+
+struct Sockets {
+  int ends[2];
+
+  Sockets() {
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+      throw std::system_error(errno, std::generic_category(), "no socket for a switch");
+    }
+  }
+  Sockets(const Sockets &) = delete;
+  Sockets &operator=(const Sockets &) = delete;
+  ~Sockets() {
+    for (std::size_t i = 0; i < 2; ++i) close_end(i);
+  }
+
+  void close_end(std::size_t which) {
+    if (ends[which] >= 0) close(std::exchange(ends[which], -1));
+  }
+};
+
+LastLines *shared_lines() {
+  void *memory =
+      mmap(nullptr, sizeof(LastLines), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) {
+    throw std::system_error(errno, std::generic_category(), "no memory for a switch");
+  }
+  return static_cast<LastLines *>(memory);
+}
+
+// The life of a switch process. It ends when the lab closes its line, or dies itself.
+[[noreturn]] void live(int control, int peer, bool speaks_first, LastLines &last_lines) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  leave_signals_to_the_lab();
+  try {
+    serve(control, peer, speaks_first, last_lines);
+  } catch (const std::exception &) {
+    _exit(1);  // the lab tells that the switch is gone
+  }
+  _exit(0);
+}
+
+void end(Switch &ended) {
+  if (ended.control >= 0) close(std::exchange(ended.control, -1));
+  if (ended.pid > 0) {
+    kill(ended.pid, SIGKILL);
+    waitpid(ended.pid, nullptr, 0);
+  }
+  ended.pid = -1;
+  if (ended.last_lines != nullptr) munmap(ended.last_lines, sizeof(LastLines));
+  ended.last_lines = nullptr;
+}
+
+// Is a process stopped by a signal? Its state stands behind its name in parentheses.
+bool is_stopped(pid_t pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
+  std::string text;
+  std::getline(file, text);
+  const std::size_t end = text.rfind(')');
+  return end != text.npos && end + 2 < text.size() &&
+         (text[end + 2] == 'T' || text[end + 2] == 't');
+}
+
+std::string how_it_ended(pid_t pid) {
+  int status = 0;
+  if (waitpid(pid, &status, 0) != pid) return "is gone";
+  if (WIFSIGNALED(status)) {
+    const int number = WTERMSIG(status);
+    return "died of SIG" + std::string(sigabbrev_np(number)) + " (" + strsignal(number) + ")";
+  }
+  return "ended with status " + std::to_string(WEXITSTATUS(status));
+}
+
+std::string last_words(const LastLines &lines) {
+  std::string text;
+  const uint32_t kept = std::min(lines.count, LastLines::kept);
+  for (uint32_t i = lines.count - kept; i != lines.count; ++i) {
+    text += "\n    " + log_line(lines.text[i % LastLines::kept]);
+  }
+  return text.empty() ? "; it had logged nothing" : "; the last lines of its event history:" + text;
+}
+
+std::string switch_name(std::size_t which) {
+  return std::string("the ") + switch_names[which] + " switch";
+}
+
+// While a switch says nothing: is one of the two stopped? A switch may wait for the other.
+void look_at(const Pair &pair, std::size_t which, int waited) {
+  for (std::size_t i = 0; i < pair.switches.size(); ++i) {
+    if (waited >= stopped_patience && is_stopped(pair.switches[i].pid)) {
+      throw SwitchFailed(switch_name(i) + " is stopped by a signal, and does not answer");
+    }
+  }
+  if (waited >= longest_patience) throw SwitchFailed(switch_name(which) + " does not answer");
+}
+
+}  // namespace
+
+Pair::Pair() {
+  Sockets peer;
+  Sockets controls[2];
+  try {
+    for (std::size_t i = 0; i < switches.size(); ++i) {
+      Switch &made = switches[i];
+      made.last_lines = shared_lines();
+      made.pid = fork();
+      if (made.pid < 0) {
+        throw std::system_error(errno, std::generic_category(), "no process for a switch");
+      }
+      if (made.pid == 0) {
+        peer.close_end(1 - i);
+        for (Sockets &control : controls) control.close_end(0);
+        controls[1 - i].close_end(1);
+        for (const Switch &other : switches) {
+          if (other.control >= 0) close(other.control);
+        }
+        live(controls[i].ends[1], peer.ends[i], i == 0, *made.last_lines);
+      }
+      made.control = std::exchange(controls[i].ends[0], -1);
+    }
+  } catch (const std::system_error &problem) {
+    for (Switch &made : switches) end(made);
+    throw SwitchFailed(problem.what());
+  }
+}
+
+Pair::~Pair() {
+  for (Switch &ended : switches) end(ended);
+}
+
+Replies ask(Pair &pair, const Requests &requests) {
+  Replies replies;
+  std::string died;
+  std::string failed;
+  const auto tell = [](std::string &problems, const std::string &text) {
+    problems += (problems.empty() ? "" : "\n") + text;
+  };
+  for (std::size_t i = 0; i < requests.size(); ++i) {
+    if (!requests[i]) continue;
+    write_frame(pair.switches[i].control, encode(*requests[i]),
+                [&](int waited) { look_at(pair, i, waited); });
+  }
+  for (std::size_t i = 0; i < requests.size(); ++i) {
+    if (!requests[i]) continue;
+    Switch &answering = pair.switches[i];
+    try {
+      const auto frame =
+          read_frame(answering.control, [&](int waited) { look_at(pair, i, waited); });
+      if (frame) replies[i] = decode_reply(*frame);
+    } catch (const Garbled &garbled) {
+      throw SwitchFailed(switch_name(i) + ": " + garbled.what());
+    }
+    if (!replies[i]) {
+      tell(died,
+           switch_name(i) + " " + how_it_ended(answering.pid) + last_words(*answering.last_lines));
+      answering.pid = -1;
+    } else if (!replies[i]->problem.empty()) {
+      tell(failed, switch_name(i) + ": " + replies[i]->problem);
+    }
+  }
+  // A switch that misses the other one has nothing to tell besides its death.
+  if (!died.empty() || !failed.empty()) throw SwitchFailed(died.empty() ? failed : died);
+  return replies;
+}
+
+}  // namespace lab

@@ -1,0 +1,174 @@
+#include "pair/wire.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cereal/archives/binary.hpp>
+#include <cereal/types/bitset.hpp>
+#include <cereal/types/map.hpp>
+#include <cereal/types/optional.hpp>
+#include <cereal/types/string.hpp>
+#include <cereal/types/variant.hpp>
+#include <cereal/types/vector.hpp>
+#include <cerrno>
+#include <sstream>
+
+#include "pair/signals.h"
+
+namespace lab {
+
+// The fields of each record, in the order in which they travel.
+#define LAB_FIELDS(Record, ...)                  \
+  template <class Archive>                       \
+  void serialize(Archive &archive, Record &it) { \
+    archive(__VA_ARGS__);                        \
+  }
+LAB_FIELDS(Entry, it.type, it.value)
+LAB_FIELDS(Channel, it.name, it.id, it.internal, it.vlans)
+LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.type, it.layer_mode, it.parameters,
+           it.uncovered)
+LAB_FIELDS(Peering, it.source, it.peer)
+LAB_FIELDS(Settings, it.name, it.address, it.spanning_tree, it.trunk, it.peerings, it.user_vlans,
+           it.channels, it.ports, it.parameters)
+LAB_FIELDS(Scope, it.global, it.port)
+LAB_FIELDS(Result, it.code)
+LAB_FIELDS(Extracted::Record, it.type, it.valid, it.global, it.port)
+LAB_FIELDS(Extracted::Response, it.accepted, it.text)
+LAB_FIELDS(Extracted, it.result, it.records, it.values, it.responses)
+LAB_FIELDS(Exported, it.result, it.array)
+LAB_FIELDS(Reported::Record, it.type, it.component, it.name, it.value)
+LAB_FIELDS(Reported, it.result, it.records)
+LAB_FIELDS(View::Parameter, it.type, it.local, it.peer, it.state)
+LAB_FIELDS(View::Odd, it.port, it.types)
+LAB_FIELDS(View, it.verdict, it.pod, it.parameters, it.odd, it.pass, it.fail)
+LAB_FIELDS(Checked, it.views)
+LAB_FIELDS(SetUp, it.settings)
+LAB_FIELDS(WorldChange, it.trunk, it.user_vlans, it.channels, it.ports)
+LAB_FIELDS(Command::Attribute, it.id, it.value)
+LAB_FIELDS(Command, it.id, it.positive, it.attributes)
+LAB_FIELDS(Update, it.scope, it.entries)
+LAB_FIELDS(CacheUpdate, it.scope, it.entries)
+LAB_FIELDS(Delete, it.scope)
+LAB_FIELDS(Export, it.scope)
+LAB_FIELDS(Rebuild, it.scope, it.array)
+LAB_FIELDS(Report, it.scope)
+LAB_FIELDS(Fail, it.operation, it.nth, it.times)
+LAB_FIELDS(Crash, it.signal)
+LAB_FIELDS(Check::Compared, it.scope, it.present, it.others)
+LAB_FIELDS(Check, it.scopes, it.twins)
+LAB_FIELDS(Request, it.log, it.asked)
+LAB_FIELDS(Reply, it.problem, it.log, it.said)
+#undef LAB_FIELDS
+
+template <class Archive>
+void serialize(Archive &, Done &) {}
+
+namespace {
+
+// No frame of the lab comes near; a longer one is garbage.
+constexpr uint32_t longest_frame = 256U << 20;
+
+// How long a wait lasts before it is looked whether the lab shall stop.
+constexpr int wait_slice = 500;
+
+// Wait until a socket is ready; throws when the lab is to stop.
+void await(int socket, short event, const Waiting &waiting) {
+  for (int waited = 0; !interrupted(); waited += wait_slice) {
+    if (waiting && waited > 0) waiting(waited);
+    pollfd ready{socket, event, 0};
+    if (poll(&ready, 1, wait_slice) > 0) return;
+  }
+  throw Interrupted{};
+}
+
+// Move a number of bytes with `transfer`; false: the other end is gone.
+template <class Transfer>
+bool move_all(int socket, short event, const Waiting &waiting, std::size_t size,
+              Transfer transfer) {
+  for (std::size_t done = 0; done < size;) {
+    if (interrupted()) throw Interrupted{};
+    const ssize_t moved = transfer(done, size - done);
+    if (moved > 0) {
+      done += static_cast<std::size_t>(moved);
+    } else if (moved < 0 && errno == EAGAIN) {
+      await(socket, event, waiting);
+    } else if (moved == 0 || errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool read_all(int socket, const Waiting &waiting, void *data, std::size_t size) {
+  return move_all(socket, POLLIN, waiting, size, [=](std::size_t at, std::size_t left) {
+    return ::recv(socket, static_cast<uint8_t *>(data) + at, left, MSG_DONTWAIT);
+  });
+}
+
+bool write_all(int socket, const Waiting &waiting, const void *data, std::size_t size) {
+  return move_all(socket, POLLOUT, waiting, size, [=](std::size_t at, std::size_t left) {
+    return ::send(socket, static_cast<const uint8_t *>(data) + at, left,
+                  MSG_NOSIGNAL | MSG_DONTWAIT);
+  });
+}
+
+template <class Record>
+Bytes encoded(const Record &record) {
+  std::ostringstream stream;
+  cereal::BinaryOutputArchive archive(stream);
+  archive(record);
+  const std::string text = std::move(stream).str();
+  return {text.begin(), text.end()};
+}
+
+// Lengths inside a frame are believed as far as memory lasts: frames come from the lab's own
+// processes, and one that is garbage ends in an exception.
+template <class Record>
+Record decoded(const Bytes &frame) {
+  try {
+    std::istringstream stream({frame.begin(), frame.end()});
+    cereal::BinaryInputArchive archive(stream);
+    Record record;
+    archive(record);
+    return record;
+  } catch (const std::exception &problem) {
+    throw Garbled(std::string("it does not speak as a switch does: ") + problem.what());
+  }
+}
+
+}  // namespace
+
+bool write_frame(int socket, const Bytes &frame, const Waiting &waiting) {
+  const auto size = static_cast<uint32_t>(frame.size());
+  return write_all(socket, waiting, &size, sizeof size) &&
+         write_all(socket, waiting, frame.data(), frame.size());
+}
+
+std::optional<Bytes> read_frame(int socket, const Waiting &waiting) {
+  uint32_t size = 0;
+  if (!read_all(socket, waiting, &size, sizeof size)) return std::nullopt;
+  if (size > longest_frame) throw Garbled("it does not speak as a switch does: a frame too long");
+  Bytes frame(size);
+  if (!read_all(socket, waiting, frame.data(), frame.size())) return std::nullopt;
+  return frame;
+}
+
+Bytes encode(const Request &request) {
+  return encoded(request);
+}
+
+Bytes encode(const Reply &reply) {
+  return encoded(reply);
+}
+
+Request decode_request(const Bytes &frame) {
+  return decoded<Request>(frame);
+}
+
+Reply decode_reply(const Bytes &frame) {
+  return decoded<Reply>(frame);
+}
+
+}  // namespace lab

@@ -1,0 +1,34 @@
+// How requests, replies and arrays travel over the lab's sockets: frames, a length and then that
+// many bytes.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <stdexcept>
+
+#include "pair/protocol.h"
+
+namespace lab {
+
+// The other end does not speak as it should.
+struct Garbled : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Called about twice a second while nothing comes, with the milliseconds so far; may throw.
+using Waiting = std::function<void(int waited)>;
+
+// false: the other end is gone. Throws Interrupted, and what `waiting` throws.
+bool write_frame(int socket, const Bytes &frame, const Waiting &waiting = nullptr);
+
+// Nothing: the other end is gone. Throws Garbled besides.
+std::optional<Bytes> read_frame(int socket, const Waiting &waiting = nullptr);
+
+Bytes encode(const Request &request);
+Bytes encode(const Reply &reply);
+
+// Throw Garbled.
+Request decode_request(const Bytes &frame);
+Reply decode_reply(const Bytes &frame);
+
+}  // namespace lab

@@ -1,0 +1,74 @@
+#include "scenario/scenario.h"
+
+#include "read/switch.h"
+#include "scenario/steps.h"
+
+namespace lab {
+namespace {
+
+constexpr const char *scenario_keys[] = {"title", "about", "twin-vlans", "switches", "steps"};
+
+std::string folder_of(const std::string &path) {
+  return path.substr(0, path.rfind('/') + 1);
+}
+
+void read_switches(StepReader &reader, const YAML::Node &node, Scenario &scenario) {
+  if (!node || node.IsNull()) return;
+  if (!reader.mapping(node, "switches", {switch_names.begin(), switch_names.end()})) return;
+  for (std::size_t i = 0; i < switch_names.size(); ++i) {
+    scenario.settings[i] =
+        read_switch(reader, node[switch_names[i]], std::string("switch ") + switch_names[i],
+                    folder_of(scenario.path));
+  }
+}
+
+// Scenarios that name no twin VLANs, but the VLANs that the channels carry, say them so.
+std::optional<Vlans> carried_twins(const SettingsPair &settings) {
+  for (const Settings &of_switch : settings) {
+    for (const Channel &channel : of_switch.channels) {
+      if (channel.vlans.any()) return twin_vlans({&settings[0], &settings[1]});
+    }
+  }
+  return std::nullopt;
+}
+
+void read_root(StepReader &reader, const YAML::Node &root, Scenario &scenario) {
+  if (!reader.mapping(root, "a scenario", {std::begin(scenario_keys), std::end(scenario_keys)})) {
+    return;
+  }
+  if (root["title"]) scenario.title = reader.text(root["title"], "a title");
+  if (root["about"]) scenario.about = reader.text(root["about"], "a text");
+  read_switches(reader, root["switches"], scenario);
+  scenario.twins = root["twin-vlans"] ? reader.vlans(root["twin-vlans"], "twin-vlans")
+                                      : carried_twins(scenario.settings);
+  const YAML::Node steps = root["steps"];
+  if (!reader.required(root, "steps", "a scenario")) return;
+  if (!steps.IsSequence() || steps.size() == 0) {
+    return reader.mistake(steps, "no step in 'steps'", "a list of at least one");
+  }
+  reader.now = scenario.settings;
+  reader.twins = scenario.twins;
+  for (const auto &node : steps) scenario.steps.push_back(read_step(reader, node));
+}
+
+}  // namespace
+
+ReadScenario read_scenario(const std::string &path) {
+  ReadScenario read;
+  read.scenario.path = printable(path);
+  StepReader reader;
+  const std::string text = file_text(path, reader.mistakes);
+  if (reader.mistakes.empty()) {
+    read_yaml(text, "a scenario", reader,
+              [&](const YAML::Node &root) { read_root(reader, root, read.scenario); });
+  }
+  read.mistakes = std::move(reader.mistakes);
+  sort_mistakes(read.mistakes);
+  return read;
+}
+
+bool changes_settings(const Step &step) {
+  return step.action == "command" || step.action == "update";
+}
+
+}  // namespace lab

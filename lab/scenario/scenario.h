@@ -1,0 +1,66 @@
+// A scenario: two switches, what is done to them step by step, and what is expected to come of it.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "language/json.h"
+#include "language/mistake.h"
+#include "pair/pair.h"
+#include "settings/scopes.h"
+
+namespace lab {
+
+struct ExpectationKind;
+
+// What is expected of a step.
+struct Expected {
+  const ExpectationKind *kind;
+  Json value;
+};
+
+// What a check looks at; the channels are those of the time when it is made.
+struct CheckPlan {
+  bool of_switch = false;
+  bool all_channels = false;
+  std::vector<std::string> channels;  // by name
+  std::vector<PairScope> ports;
+  std::optional<Vlans> twins;  // nothing: disabled VLANs are left out
+};
+
+struct Step {
+  int line = 0;
+  std::string action;   // the step's key: "command", "check", ...
+  std::string summary;  // for a person: "no stp-mode"
+  std::string note;
+  std::array<bool, 2> on = {true, true};
+  std::vector<Requests> requests;  // for the switches, in order
+  std::optional<CheckPlan> check;
+  std::string saved_as;      // the name of the array that is exported
+  std::string rebuilt_from;  // the name of the array that is put back
+  std::vector<Expected> expected;
+};
+
+struct Scenario {
+  std::string path;
+  std::string title;
+  std::string about;
+  std::optional<Vlans> twins;
+  SettingsPair settings;
+  std::vector<Step> steps;
+};
+
+struct ReadScenario {
+  Scenario scenario;
+  Mistakes mistakes;  // in the order of the file; none: the scenario can be run
+};
+
+// The scenario in a file; "-" is standard input.
+ReadScenario read_scenario(const std::string &path);
+
+// Can what-if be asked about a step?
+bool changes_settings(const Step &step);
+
+}  // namespace lab
