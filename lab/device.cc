@@ -14,6 +14,7 @@
 #include "draimiofaf/cache.h"
 #include "draimiofaf/check.h"
 #include "draimiofaf/extract.h"
+#include "mts.h"
 #include "standin.h"
 #include "wire.h"
 
