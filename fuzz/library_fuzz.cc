@@ -1,7 +1,7 @@
-// Bytes from a hostile peer, a broken process or a strange command line, handed to the library. What
-// must hold whatever they are: nothing is read or written out of place (the sanitizers watch), nothing
-// leaks, arrays that come in stay as they are, and a request is answered once at the most, in
-// accordance with the result.
+// Bytes from a hostile peer, a broken process or a strange command line, handed to the library.
+// What must hold whatever they are: nothing is read or written out of place (the sanitizers watch),
+// nothing leaks, arrays that come in stay as they are, and a request is answered once at the most,
+// in accordance with the result.
 
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +14,7 @@
 #include "draimiofaf/extract.h"
 #include "draimiofaf/foundation.h"
 #include "mtrack.h"
+#include "mts.h"
 #include "standin.h"
 
 namespace {
@@ -117,8 +118,8 @@ void command(Input &input) {
 }
 
 void update(Input &input, uint32_t opcode) {
-  // The length in the header is at most what the payload has, as platform/mts.h promises; it may say
-  // less than the array does.
+  // The length in the header is at most what the payload has, as platform/mts.h promises; it may
+  // say less than the array does.
   Bytes payload = input.bytes(input.byte() + 20U);
   if (payload.size() < 20) return;
   uint32_t length = 0;

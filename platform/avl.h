@@ -8,8 +8,8 @@
 
 #include <stdint.h>
 
-/* A tree; the platform's own type behind a plain address. */
-typedef void avl_tree_t;
+/* A tree, the platform's own. */
+typedef struct avl_tree avl_tree_t;
 
 #ifdef __cplusplus
 extern "C" {

@@ -9,20 +9,25 @@
 
 #include <stdint.h>
 
-/* A request handle; the platform's own type behind a plain address. */
-typedef void cmd_req_t;
+#include "mts.h"
+
+/* A request handle, the platform's own. */
+typedef struct cmd_req cmd_req_t;
+
+/* What comes after the last attribute of a request, in the place of an identifier. */
+#define CMD_REQ_NO_MORE_ATTRIBUTES UINT32_C(0xFFFFFFFF)
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
 /* The bytes that a handle for this message needs. Above 64 KiB the library does without. */
-uint32_t cmd_req_handle_get_1(void *msg);
+uint32_t cmd_req_handle_get_1(mts_msg_t *msg);
 
 /* Build the handle of a message in a buffer of that many bytes, aligned to 16. NULL: the message
  * holds no usable request. The buffer goes away with the call of the library that provided it;
  * nothing is released. */
-cmd_req_t *cmd_req_handle_get_2(void *msg, void *buffer);
+cmd_req_t *cmd_req_handle_get_2(mts_msg_t *msg, void *buffer);
 
 /* The identifier of the command. The library asks once for each handle. */
 uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle);
@@ -30,7 +35,7 @@ uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle);
 /* Find an attribute. 0: *value and *length (bytes) are set; else the request has none of it. */
 uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value, uint32_t *length);
 
-/* The next attribute: its identifier, with *value and *length set; 0xFFFFFFFF when none is left.
+/* The next attribute: its identifier, with *value and *length set, or CMD_REQ_NO_MORE_ATTRIBUTES.
  * The handle keeps the position of this walk; the library does not reset it. */
 uint32_t cmd_req_attr_getnext(cmd_req_t *handle, void **value, uint32_t *length);
 

@@ -4,6 +4,8 @@
 #ifndef DRAIMIOFAF_PLATFORM_IM_H
 #define DRAIMIOFAF_PLATFORM_IM_H
 
+#include <assert.h>
+#include <stddef.h>
 #include <stdint.h>
 
 /*
@@ -23,6 +25,9 @@ typedef struct im_ifindex_layermode {
   uint32_t layer_mode;
   uint8_t platform_2[512];
 } im_ifindex_layermode_t;
+
+static_assert(sizeof(im_ifindex_layermode_t) == 536, "im_ifindex_layermode_t");
+static_assert(offsetof(im_ifindex_layermode_t, layer_mode) == 20, "im_ifindex_layermode_t");
 
 #ifdef __cplusplus
 extern "C" {

@@ -6,8 +6,15 @@
 
 #include <stdint.h>
 
-/* A message; the platform's own type behind a plain address. */
-typedef void mts_msg_t;
+/* A message, the platform's own. */
+typedef struct mts_msg mts_msg_t;
+
+/* Opcodes of the messages that the library takes: a command request, and an update of spanning
+ * tree's type-1 parameters. */
+enum {
+  STP_MCEC_MTS_OPC_CMD_REQ = 7682,
+  STP_MCEC_MTS_OPC_TYPE1_UPD = 0x1A00B,
+};
 
 #ifdef __cplusplus
 extern "C" {

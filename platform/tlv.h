@@ -14,13 +14,16 @@
  *   - both peers use the same layout. An array may come from another machine, so the readers trust
  *     no length in it: an entry that does not lie within the array is an error, not a value.
  *
- * flag is always 1. Result codes are the platform's own, not 0 on failure; the library prints them
- * with syserr2str and hands them on.
+ * flag is TLV_ALIGNED_FLAG. Result codes are the platform's own, not 0 on failure; the library
+ * prints them with syserr2str and hands them on.
  */
 #ifndef DRAIMIOFAF_PLATFORM_TLV_H
 #define DRAIMIOFAF_PLATFORM_TLV_H
 
 #include <stdint.h>
+
+/* What the library passes as the flag of every operation on an array. */
+enum { TLV_ALIGNED_FLAG = 1 };
 
 #ifdef __cplusplus
 extern "C" {

@@ -4,15 +4,17 @@
 
 #include "state.h"
 
-namespace {
-
 struct Less {
   int (*compare)(const void *, const void *);
 
   bool operator()(const void *a, const void *b) const { return compare(a, b) < 0; }
 };
 
-using Tree = std::set<void *, Less>;
+struct avl_tree {
+  std::set<void *, Less> nodes;
+};
+
+namespace {
 
 uint32_t trees = 0;
 
@@ -25,36 +27,33 @@ void *as_element(const void *key) {
 
 avl_tree_t *avl_create(int (*compare)(const void *, const void *), uint32_t) {
   ++trees;
-  return new Tree(Less{compare});
+  return new avl_tree_t{std::set<void *, Less>(Less{compare})};
 }
 
 void avl_destroy(avl_tree_t *tree, void (*release)(void *node)) {
   --trees;
-  auto *set = static_cast<Tree *>(tree);
-  for (void *node : *set) release(node);
-  delete set;
+  for (void *node : tree->nodes) release(node);
+  delete tree;
 }
 
 void *avl_find(avl_tree_t *tree, const void *key) {
-  const auto *set = static_cast<Tree *>(tree);
-  const auto found = set->find(as_element(key));
-  return found != set->end() ? *found : nullptr;
+  const auto found = tree->nodes.find(as_element(key));
+  return found != tree->nodes.end() ? *found : nullptr;
 }
 
 uint32_t avl_insert(avl_tree_t *tree, void *node) {
-  if (static_cast<Tree *>(tree)->insert(node).second) return 0;
+  if (tree->nodes.insert(node).second) return 0;
   standin::misuse("a node with this key is in the tree already");
   return 1;
 }
 
 uint32_t avl_delete(avl_tree_t *tree, void *node) {
-  auto *set = static_cast<Tree *>(tree);
-  const auto found = set->find(node);
-  if (found == set->end() || *found != node) {
+  const auto found = tree->nodes.find(node);
+  if (found == tree->nodes.end() || *found != node) {
     standin::misuse("the node is not in the tree");
     return 1;
   }
-  set->erase(found);
+  tree->nodes.erase(found);
   return 0;
 }
 

@@ -24,21 +24,17 @@
 #include "requests.h"
 #include "state.h"
 
-using standin::Message;
-
-namespace {
-
-constexpr uint32_t command_opcode = 7682;
-constexpr std::size_t head_size = 8;
-constexpr std::size_t attribute_head_size = 8;
-constexpr uint32_t no_more_attributes = 0xFFFFFFFF;
-
-struct Handle {
+struct cmd_req {
   uint8_t *request;
   std::size_t size;
   std::size_t position;  // of the attribute walk
-  Message *message;
+  mts_msg_t *message;
 };
+
+namespace {
+
+constexpr std::size_t head_size = 8;
+constexpr std::size_t attribute_head_size = 8;
 
 struct Answer {
   bool accepted;
@@ -71,7 +67,7 @@ std::size_t value_position(std::size_t head_end) {
 }
 
 // The attribute at a position, which moves behind it; nothing at the end of the request.
-std::optional<Attribute> attribute_at(const Handle &handle, std::size_t &position) {
+std::optional<Attribute> attribute_at(const cmd_req_t &handle, std::size_t &position) {
   const std::size_t start = value_position(position + attribute_head_size);
   if (start > handle.size) return std::nullopt;
   uint8_t *at = handle.request + position;
@@ -81,12 +77,8 @@ std::optional<Attribute> attribute_at(const Handle &handle, std::size_t &positio
   return attribute;
 }
 
-Handle &handle_of(cmd_req_t *handle) {
-  return *static_cast<Handle *>(handle);
-}
-
 void answer(cmd_req_t *handle, Answer given) {
-  bool &answered = handle_of(handle).message->answered;
+  bool &answered = handle->message->answered;
   if (answered) return standin::misuse("the request is answered already");
   answered = true;
   answers.push_back(std::move(given));
@@ -103,24 +95,23 @@ void reset_requests() {
 
 }  // namespace standin
 
-uint32_t cmd_req_handle_get_1(void *) {
-  return std::max<uint32_t>(handle_size, sizeof(Handle));
+uint32_t cmd_req_handle_get_1(mts_msg_t *) {
+  return std::max<uint32_t>(handle_size, sizeof(cmd_req_t));
 }
 
-cmd_req_t *cmd_req_handle_get_2(void *msg, void *buffer) {
-  auto *message = static_cast<Message *>(msg);
-  if (message->opcode != command_opcode || message->size < head_size) return nullptr;
-  return new (buffer) Handle{message->payload(), message->size, head_size, message};
+cmd_req_t *cmd_req_handle_get_2(mts_msg_t *msg, void *buffer) {
+  if (msg->opcode != STP_MCEC_MTS_OPC_CMD_REQ || msg->size < head_size) return nullptr;
+  return new (buffer) cmd_req_t{msg->payload(), msg->size, head_size, msg};
 }
 
 uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle) {
-  return word_at(handle_of(handle).request);
+  return word_at(handle->request);
 }
 
 uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value,
                           uint32_t *length) {
   std::size_t position = head_size;
-  while (const auto attribute = attribute_at(handle_of(handle), position)) {
+  while (const auto attribute = attribute_at(*handle, position)) {
     if (attribute->id != attribute_id) continue;
     *value = attribute->value;
     *length = attribute->length;
@@ -130,19 +121,19 @@ uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value
 }
 
 uint32_t cmd_req_attr_getnext(cmd_req_t *handle, void **value, uint32_t *length) {
-  const auto attribute = attribute_at(handle_of(handle), handle_of(handle).position);
-  if (!attribute) return no_more_attributes;
+  const auto attribute = attribute_at(*handle, handle->position);
+  if (!attribute) return CMD_REQ_NO_MORE_ATTRIBUTES;
   *value = attribute->value;
   *length = attribute->length;
   return attribute->id;
 }
 
 uint32_t cmd_req_action_is_set(cmd_req_t *handle) {
-  return word_at(handle_of(handle).request + 4) != 0 ? 1 : 0;
+  return word_at(handle->request + 4) != 0 ? 1 : 0;
 }
 
 uint32_t cmd_req_action_is_del(cmd_req_t *handle) {
-  return word_at(handle_of(handle).request + 4) == 0 ? 1 : 0;
+  return word_at(handle->request + 4) == 0 ? 1 : 0;
 }
 
 void cmd_rsp_send_ok(cmd_req_t *handle) {
@@ -170,12 +161,12 @@ void *standin_command(uint32_t cmd_id, uint32_t form, const standin_attribute_t 
     const auto *value = static_cast<const uint8_t *>(attributes[i].value);
     payload.insert(payload.end(), value, value + attributes[i].length);
   }
-  return standin_message(command_opcode, payload.data(), payload.size());
+  return standin_message(STP_MCEC_MTS_OPC_CMD_REQ, payload.data(), payload.size());
 }
 
 void *standin_handle(void *msg) {
-  void *buffer = std::malloc(sizeof(Handle));
-  if (cmd_req_handle_get_2(msg, buffer) != nullptr) return buffer;
+  void *buffer = std::malloc(sizeof(cmd_req_t));
+  if (cmd_req_handle_get_2(static_cast<mts_msg_t *>(msg), buffer) != nullptr) return buffer;
   std::free(buffer);
   return nullptr;
 }

@@ -6,17 +6,15 @@
 #include "requests.h"
 #include "state.h"
 
-using standin::Message;
-
 uint32_t mts_opc_get(const mts_msg_t *msg) {
-  return static_cast<const Message *>(msg)->opcode;
+  return msg->opcode;
 }
 
 const char *mts_opc_name_get(uint32_t opcode) {
   switch (opcode) {
-    case 7682:
+    case STP_MCEC_MTS_OPC_CMD_REQ:
       return "MTS_OPC_CMD_REQ";
-    case 0x1A00B:
+    case STP_MCEC_MTS_OPC_TYPE1_UPD:
       return "MTS_OPC_STP_TYPE1_UPD";
     default:
       return "MTS_OPC_UNKNOWN";
@@ -24,11 +22,11 @@ const char *mts_opc_name_get(uint32_t opcode) {
 }
 
 void *mts_payload_get(mts_msg_t *msg) {
-  return static_cast<Message *>(msg)->payload();
+  return msg->payload();
 }
 
 void *standin_message(uint32_t opcode, const void *payload, size_t size) {
-  auto *message = new Message{.opcode = opcode, .buffer = nullptr};
+  auto *message = new mts_msg_t{.opcode = opcode, .buffer = nullptr};
   if (payload != nullptr) {
     message->buffer = std::make_unique<uint8_t[]>(size + 1);
     message->size = size;
@@ -39,6 +37,7 @@ void *standin_message(uint32_t opcode, const void *payload, size_t size) {
 }
 
 void standin_message_free(void *msg) {
-  standin::forget_extent(static_cast<Message *>(msg)->payload());
-  delete static_cast<Message *>(msg);
+  auto *message = static_cast<mts_msg_t *>(msg);
+  standin::forget_extent(message->payload());
+  delete message;
 }

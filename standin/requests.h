@@ -5,10 +5,8 @@
 #include <cstdint>
 #include <memory>
 
-namespace standin {
-
 // The payload starts one byte into its buffer, off every alignment, and ends with it.
-struct Message {
+struct mts_msg {
   uint32_t opcode;
   std::unique_ptr<uint8_t[]> buffer;  // none: no payload
   std::size_t size = 0;
@@ -16,5 +14,3 @@ struct Message {
 
   uint8_t *payload() const { return buffer ? buffer.get() + 1 : nullptr; }
 };
-
-}  // namespace standin

@@ -12,10 +12,7 @@ std::vector<std::string> lines;
 
 void (*listener)(const char *) = nullptr;
 
-constexpr std::size_t text_offset = sizeof(uint32_t);
-constexpr std::size_t max_record = text_offset + 512;
-constexpr uint32_t history_size = 0x40000;
-constexpr uint32_t line_event = 0x730000;
+constexpr std::size_t text_offset = offsetof(sdwrap_hist_line_t, text);
 
 }  // namespace
 
@@ -28,7 +25,7 @@ void reset_history() {
 }  // namespace standin
 
 uint32_t sdwrap_hist_init_for_uuid(uint32_t service_id, uint32_t size) {
-  if (standin_service_name(service_id) == nullptr || size != history_size) {
+  if (standin_service_name(service_id) == nullptr || size != SDWRAP_HIST_SIZE) {
     standin::misuse("no history of %u bytes for service %u", size, service_id);
     return 1;
   }
@@ -37,12 +34,13 @@ uint32_t sdwrap_hist_init_for_uuid(uint32_t service_id, uint32_t size) {
 
 uint32_t sdwrap_his_log_event_for_uuid_inst(uint32_t service_id, uint32_t event, uint32_t a,
                                             uint32_t b, uint32_t length, const void *record) {
-  if (standin_service_name(service_id) == nullptr || event != line_event || a != 0 || b != 0) {
+  if (standin_service_name(service_id) == nullptr || event != SDWRAP_HIST_LINE_EVENT || a != 0 ||
+      b != 0) {
     standin::misuse("service %u logs an event 0x%x, %u, %u", service_id, event, a, b);
     return 1;
   }
   const char *text = static_cast<const char *>(record) + text_offset;
-  if (length <= text_offset || length > max_record ||
+  if (length <= text_offset || length > sizeof(sdwrap_hist_line_t) ||
       strnlen(text, length - text_offset) != length - text_offset - 1) {
     standin::misuse("a history record of %u bytes does not end with its line", length);
     return 1;

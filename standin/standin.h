@@ -55,8 +55,8 @@ enum { STANDIN_TLV_ORDERED_FAILURE = 0x40AA00FF };
 /* Let the nth call from now fail (1: the next), and `times` calls from there on. 0 times: none. */
 STANDIN_API void standin_fail(standin_operation_t operation, uint32_t nth, uint32_t times);
 
-/* Leave the calls that follow out of the count, and let none of them fail (1), until they count again
- * (0): for work that is not the library's. */
+/* Leave the calls that follow out of the count, and let none of them fail (1), until they count
+ * again (0): for work that is not the library's. */
 STANDIN_API void standin_suspend_failures(uint32_t suspended);
 
 /* How often an operation was called since the reset. */

@@ -402,7 +402,7 @@ TEST_F(Extract, MembershipMayChangeBetweenThePasses) {
     EXPECT_EQ(command(48, true, {all}), row.outcome);
     log();
   }
-  // A member beyond the counted ones ends the pass: it is not cached, and no port after it is asked.
+  // A member beyond the counted ones ends the pass: it is not cached, and no port behind it asked.
   EXPECT_EQ(cached(0x1001, 10), "00000003");
   EXPECT_EQ(cached(0x1003, 10), "-");
   const uint32_t before = standin_calls(STANDIN_MEMBERSHIP);

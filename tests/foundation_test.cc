@@ -21,8 +21,8 @@ std::string debug_folder;
 
 }  // namespace
 
-// The debug file lies where only root may write. The test's own fopen sends it elsewhere, so that an
-// ordinary user can run it.
+// The debug file lies where only root may write. The test's own fopen sends it elsewhere, so that
+// an ordinary user can run it.
 extern "C" __attribute__((visibility("default"))) FILE *fopen(const char *path, const char *mode) {
   static const auto next =
       reinterpret_cast<FILE *(*)(const char *, const char *)>(dlsym(RTLD_NEXT, "fopen"));

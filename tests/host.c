@@ -1,7 +1,7 @@
 /*
  * A host process in C, not position-independent, that refers to the library's exported globals and
- * functions directly, and has some of the platform's operations in itself. Exits with 0 when loading,
- * use and unloading went as they must.
+ * functions directly, and has some of the platform's operations in itself. Exits with 0 when
+ * loading, use and unloading went as they must.
  */
 #include <dlfcn.h>
 #include <stdio.h>
@@ -41,15 +41,15 @@ EXPORTED void mtrack_init(const char *lib_name, uint32_t service_id,
               count == 21 && strcmp(mem_type_names[0], "STP_MCEC_LIB_MEM_NONE") == 0);
 }
 
-EXPORTED void *avl_create(int (*compare)(const void *, const void *), uint32_t flags) {
-  void *(*standin)(int (*)(const void *, const void *), uint32_t);
+EXPORTED avl_tree_t *avl_create(int (*compare)(const void *, const void *), uint32_t flags) {
+  avl_tree_t *(*standin)(int (*)(const void *, const void *), uint32_t);
   *(void **)&standin = next("avl_create");
   step(2, compare == stp_mcec_type1_cfg_avl_cmp_func && flags == 0);
   return standin(compare, flags);
 }
 
-EXPORTED void avl_destroy(void *tree, void (*release)(void *)) {
-  void (*standin)(void *, void (*)(void *));
+EXPORTED void avl_destroy(avl_tree_t *tree, void (*release)(void *)) {
+  void (*standin)(avl_tree_t *, void (*)(void *));
   *(void **)&standin = next("avl_destroy");
   step(4, tree == stp_mcec_type1_cfg_avl && release == stp_mcec_type1_cfg_avl_free);
   standin(tree, release);

@@ -1,11 +1,52 @@
 #include "support.h"
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
 #include <sstream>
 
 #include "avl.h"
 
 namespace test {
+namespace {
+
+const std::regex head("^(\\w+)\\((\\d+)\\): ");
+
+// The first and the last line of each exported function, in the file that defines it.
+std::map<std::string, std::pair<int, int>> definitions() {
+  std::map<std::string, std::pair<int, int>> found;
+  for (const auto &file : std::filesystem::recursive_directory_iterator(SOURCES)) {
+    std::ifstream in(file.path());
+    std::string name;
+    for (int number = 1, first = 0; in; ++number) {
+      std::string line;
+      std::getline(in, line);
+      if (line.starts_with("extern \"C\" ")) first = number;
+      std::smatch match;
+      if (first > 0 && name.empty() && std::regex_search(line, match, std::regex("(\\w+)\\("))) {
+        name = match[1];
+      }
+      if (line != "}" || first == 0) continue;
+      found[std::exchange(name, "")] = {std::exchange(first, 0), number};
+    }
+  }
+  return found;
+}
+
+// A head names the exported operation whose step it is, and the line that asks for the step.
+void expect_head_within_its_operation(const char *line) {
+  static const auto defined = definitions();
+  std::cmatch match;
+  if (!std::regex_search(line, match, head)) return;
+  const auto operation = defined.find(match[1]);
+  ASSERT_NE(operation, defined.end()) << line;
+  EXPECT_GT(std::stoi(match[2]), operation->second.first) << line;
+  EXPECT_LT(std::stoi(match[2]), operation->second.second) << line;
+}
+
+}  // namespace
 
 Bytes word(uint32_t value) {
   return {uint8_t(value >> 24), uint8_t(value >> 16), uint8_t(value >> 8), uint8_t(value)};
@@ -95,13 +136,7 @@ std::string cached(uint32_t if_index, uint16_t type) {
 Lines log() {
   Lines lines;
   for (uint32_t i = 0; i < standin_history_count(); ++i) {
-    std::string line = standin_history_line(i);
-    const std::size_t open = line.find('(');
-    const std::size_t close = line.find("): ");
-    if (open != line.npos && close != line.npos && open + 1 < close &&
-        line.find_first_not_of("0123456789", open + 1) == close) {
-      line.erase(open, close - open + 1);
-    }
+    std::string line = std::regex_replace(standin_history_line(i), head, "$1: ");
     if (line.ends_with('\n')) {
       line.pop_back();
     } else {
@@ -187,6 +222,7 @@ void empty_cache() {
 
 void LibraryTest::SetUp() {
   standin_reset();
+  standin_on_history(expect_head_within_its_operation);
   standin_set_trunk(1);
 }
 

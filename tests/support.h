@@ -15,6 +15,7 @@
 #include "draimiofaf/foundation.h"
 #include "draimiofaf/stp.h"
 #include "mtrack.h"
+#include "mts.h"
 #include "standin.h"
 #include "tlv.h"
 
@@ -78,8 +79,8 @@ class LibraryTest : public testing::Test {
 void empty_cache();
 
 // Run `act` on the stage that `set` puts up, with the n-th call of an operation failing, for n = 1,
-// 2, ... until one run has no such call; each(n) looks at a run in which it failed. Returns how many
-// did.
+// 2, ... until one run has no such call; each(n) looks at a run in which it failed. Returns how
+// many did.
 template <class Set, class Act, class Each>
 uint32_t fail_each(standin_operation_t operation, Set set_stage, Act act, Each each) {
   for (uint32_t nth = 1;; ++nth) {

@@ -26,8 +26,8 @@
  *
  *   0                             done; the cache shows what will be once the command is applied
  *   STP_MCEC_ERR_INVALID_ARG      unknown opcode or command; a port mode or guard that is none; a
- *                                 message without a usable request; a list attribute is missing, or shorter than its header
- *                                 or than its number of ranges asks for
+ *                                 message without a usable request; a list attribute is missing,
+ *                                 or shorter than its header or than its number of ranges asks for
  *   STP_MCEC_ERR_NO_MEMORY        a cache entry could not be allocated
  *   STP_MCEC_RESULT_NO_BLOCK      a block for the caller could not be allocated
  *   STP_MCEC_RESULT_PVRST_REFUSED the mode command was refused
@@ -49,9 +49,9 @@ extern "C" {
 #endif
 
 /*
- * The entry: a command request (opcode STP_MCEC_MTS_OPC_CMD_REQ) goes to the dispatch, an update
- * message (STP_MCEC_MTS_OPC_TYPE1_UPD) to its extractor. A request handle of more than 64 KiB
- * counts as none.
+ * The entry: a command request (opcode STP_MCEC_MTS_OPC_CMD_REQ of platform/mts.h) goes to the
+ * dispatch, an update message (STP_MCEC_MTS_OPC_TYPE1_UPD) to its extractor. A request handle of
+ * more than 64 KiB counts as none.
  *
  *   uint8_t *array = NULL;
  *   uint32_t count = 0, is_cmd = 0;

@@ -8,6 +8,8 @@
 #ifndef DRAIMIOFAF_TYPES_H
 #define DRAIMIOFAF_TYPES_H
 
+#include <assert.h>
+#include <stddef.h>
 #include <stdint.h>
 
 #if defined(__GNUC__)
@@ -15,6 +17,11 @@
 #else
 #define STP_MCEC_API
 #endif
+
+/* The layouts of the records are part of the binary interface. */
+#define STP_MCEC_SIZE_IS(record, size) static_assert(sizeof(record) == (size), "size of " #record)
+#define STP_MCEC_FIELD_AT(record, field, offset) \
+  static_assert(offsetof(record, field) == (offset), #record "." #field)
 
 /*
  * The twelve type-1 parameters, the settings that must be equal on both peers of a multi-chassis
@@ -32,10 +39,9 @@
  *   BRIDGE_ASSURANCE         one word, 0 disabled, else enabled (the default)
  *   GBL_PORT_TYPE            one word of STP_MCEC_GBL_PORT_TYPE_* flags, 0 by default
  *   GBL_MST_SIMULATE_PVST    one word, 0 disabled, else enabled (the default)
- *   IFI_PORT_TYPE            one word: 0 default, 1 edge, 2 normal, 3 edge trunk, 4 network
- *   IFI_PORT_GUARD           one word: 0 default, 1 root guard, 2 loop guard, 3 none
- *   IFI_MST_SIMULATE_PVST    one word: 0 default, 1 enabled, 2 disabled, 3 default enabled,
- *                            4 default disabled
+ *   IFI_PORT_TYPE            one word: STP_MCEC_IFI_PORT_TYPE_*
+ *   IFI_PORT_GUARD           one word: STP_MCEC_IFI_PORT_GUARD_*
+ *   IFI_MST_SIMULATE_PVST    one word: STP_MCEC_IFI_MST_SIMULATE_PVST_*
  */
 #define STP_MCEC_TYPE1_PARAMETERS(X)                 \
   X(STP_MODE, 1, GLOBAL, 4, 0x40DD003B)              \
@@ -113,6 +119,27 @@ enum {
   STP_MCEC_GBL_PORT_TYPE_NORMAL = 0x10,
 };
 
+/* Values of the parameters of an interface; 0, what it has when nothing is configured, is their
+ * default. */
+enum {
+  STP_MCEC_IFI_PORT_TYPE_DEFAULT = 0,
+  STP_MCEC_IFI_PORT_TYPE_EDGE = 1,
+  STP_MCEC_IFI_PORT_TYPE_NORMAL = 2,
+  STP_MCEC_IFI_PORT_TYPE_EDGE_TRUNK = 3,
+  STP_MCEC_IFI_PORT_TYPE_NETWORK = 4,
+
+  STP_MCEC_IFI_PORT_GUARD_DEFAULT = 0,
+  STP_MCEC_IFI_PORT_GUARD_ROOT = 1,
+  STP_MCEC_IFI_PORT_GUARD_LOOP = 2,
+  STP_MCEC_IFI_PORT_GUARD_NONE = 3,
+
+  STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT = 0,
+  STP_MCEC_IFI_MST_SIMULATE_PVST_ENABLED = 1,
+  STP_MCEC_IFI_MST_SIMULATE_PVST_DISABLED = 2,
+  STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_ENABLED = 3,
+  STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_DISABLED = 4,
+};
+
 /*
  * A set of VLANs 0 to 4095, 516 bytes:
  *
@@ -130,6 +157,9 @@ typedef struct bmp4096 {
   uint8_t bmp[512];
 } bmp4096_t;
 
+STP_MCEC_SIZE_IS(bmp4096_t, 516);
+STP_MCEC_FIELD_AT(bmp4096_t, bmp, 4);
+
 /* The block a cache node's value lives in: len bytes, as in a TLV. */
 typedef uint8_t type1_cfg_avl_val_t;
 
@@ -141,6 +171,11 @@ typedef struct type1_cfg_avl_node {
   type1_cfg_avl_val_t *val; /* owned by the node; network byte order */
 } type1_cfg_avl_node_t;
 
+STP_MCEC_SIZE_IS(type1_cfg_avl_node_t, 8 + sizeof(void *));
+STP_MCEC_FIELD_AT(type1_cfg_avl_node_t, type, 4);
+STP_MCEC_FIELD_AT(type1_cfg_avl_node_t, len, 6);
+STP_MCEC_FIELD_AT(type1_cfg_avl_node_t, val, 8);
+
 /* One parameter on one interface that the caller of an extraction is to check. */
 typedef struct mcecm_app_cmd_extract_info {
   uint32_t type;      /* the parameter, whose value is in the TLV array */
@@ -148,6 +183,11 @@ typedef struct mcecm_app_cmd_extract_info {
   uint32_t is_global; /* not 0 for a parameter of the switch */
   uint32_t if_index;  /* the interface, 0 for a parameter of the switch */
 } mcecm_app_cmd_extract_info_t;
+
+STP_MCEC_SIZE_IS(mcecm_app_cmd_extract_info_t, 16);
+STP_MCEC_FIELD_AT(mcecm_app_cmd_extract_info_t, valid, 4);
+STP_MCEC_FIELD_AT(mcecm_app_cmd_extract_info_t, is_global, 8);
+STP_MCEC_FIELD_AT(mcecm_app_cmd_extract_info_t, if_index, 12);
 
 /* One parameter for display: texts are NUL-terminated and cut to 99 characters. */
 typedef struct mcecm_app_info {
@@ -159,11 +199,20 @@ typedef struct mcecm_app_info {
   char param_value[100];
 } mcecm_app_info_t;
 
+STP_MCEC_SIZE_IS(mcecm_app_info_t, 312);
+STP_MCEC_FIELD_AT(mcecm_app_info_t, param_type, 4);
+STP_MCEC_FIELD_AT(mcecm_app_info_t, reserved, 8);
+STP_MCEC_FIELD_AT(mcecm_app_info_t, component, 12);
+STP_MCEC_FIELD_AT(mcecm_app_info_t, param_name, 112);
+STP_MCEC_FIELD_AT(mcecm_app_info_t, param_value, 212);
+
 /* The block of a report: count records follow the count, mcecm_app_info_t[count]. */
 typedef struct mcecm_app_info_report {
   uint32_t count;
   mcecm_app_info_t records[1];
 } mcecm_app_info_report_t;
+
+STP_MCEC_FIELD_AT(mcecm_app_info_report_t, records, 4);
 
 enum {
   STP_MCEC_APP_CODE = 171,
@@ -171,9 +220,6 @@ enum {
   STP_MCEC_LIB_SERVICE_ID = 633,
   /* A TLV array takes this many bytes besides its entries. */
   STP_MCEC_TLV_ARRAY_HDR_SIZE = 4,
-  /* Opcodes of the messages that an extraction takes. */
-  STP_MCEC_MTS_OPC_CMD_REQ = 7682,
-  STP_MCEC_MTS_OPC_TYPE1_UPD = 0x1A00B,
   /* In both kinds of update message the TLV array starts this many bytes into the payload. */
   STP_MCEC_TYPE1_UPD_HDR_SIZE = 16,
 };

@@ -56,8 +56,8 @@ bool is_pod(const Scope &scope) {
 // The mode by which the library compares; nothing: none is cached.
 std::optional<uint32_t> cached_mode() {
   const type1_cfg_avl_node_t key{0, STP_MCEC_TYPE1_STP_MODE, 0, nullptr};
-  const auto *node = static_cast<const type1_cfg_avl_node_t *>(
-      avl_find(static_cast<avl_tree_t *>(stp_mcec_type1_cfg_avl), &key));
+  const auto *node =
+      static_cast<const type1_cfg_avl_node_t *>(avl_find(stp_mcec_type1_cfg_avl, &key));
   if (node == nullptr) return std::nullopt;
   return word_of(Bytes(node->val, node->val + node->len));
 }

@@ -9,6 +9,7 @@
 #include "draimiofaf/cache.h"
 #include "draimiofaf/check.h"
 #include "draimiofaf/extract.h"
+#include "mts.h"
 #include "pair/compare.h"
 #include "pair/wire.h"
 #include "settings/arrays.h"

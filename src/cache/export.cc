@@ -9,32 +9,34 @@
 using namespace mcec;
 
 extern "C" uint32_t stp_mcec_type1_cfg_get_params(int32_t gbl, uint32_t if_index, void **out) {
-  MCEC_LOG(__func__, "type-1 cfg param get gbl=%d, ifi=0x%x\n", gbl, if_index);
+  hist_log(here(), "type-1 cfg param get gbl=%d, ifi=0x%x\n", gbl, if_index);
   *out = nullptr;
   const uint32_t size = stp_mcec_get_mcec_params_tlv_size(gbl, if_index);
-  MCEC_LOG(__func__, "TLV array size %d\n", size);
+  hist_log(here(), "TLV array size %d\n", size);
   void *array = zalloc(STP_MCEC_LIB_MEM_tlv_array_1_t, size);
   if (array == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
-  cache::for_each_of_scope(gbl, if_index, [=](uint16_t type, uint32_t index) {
-    const cache::Node key = cache::key(index, type);
+  const cache::ScopeOf scope = cache::scope_of(gbl, if_index);
+  for (const Parameter &parameter : scope.parameters) {
+    const cache::Node key = cache::key(scope.if_index, parameter.type);
     stp_mcec_params_tlv_add(&key, array, size);
-  });
-  MCEC_LOG(__func__, "num_tlvs = %d\n", tlv_count(array));
+  }
+  hist_log(here(), "num_tlvs = %d\n", tlv_count(array));
   *out = array;
   return 0;
 }
 
 extern "C" uint32_t stp_mcec_get_mcec_params_tlv_size(int32_t gbl, uint32_t if_index) {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
-  cache::for_each_of_scope(gbl, if_index, [&size](uint16_t type, uint32_t index) {
-    const cache::Node key = cache::key(index, type);
+  const cache::ScopeOf scope = cache::scope_of(gbl, if_index);
+  for (const Parameter &parameter : scope.parameters) {
+    const cache::Node key = cache::key(scope.if_index, parameter.type);
     stp_mcec_params_tlv_size_add(&key, &size);
-  });
+  }
   return size;
 }
 
 extern "C" void stp_mcec_params_tlv_size_add(const void *key, uint32_t *size) {
-  MCEC_LOG(__func__, "finding type %d", static_cast<const cache::Node *>(key)->type);
+  hist_log(here(), "finding type %d", static_cast<const cache::Node *>(key)->type);
   const cache::Node *node = cache::find(key);
   if (node == nullptr) return;
   hist_log(" found len=%d", node->len);
@@ -44,17 +46,15 @@ extern "C" void stp_mcec_params_tlv_size_add(const void *key, uint32_t *size) {
 extern "C" void stp_mcec_params_tlv_add(const void *key, void *array, uint32_t array_size) {
   const cache::Node *node = cache::find(key);
   if (node == nullptr) return;
-  MCEC_LOG(__func__, "adding TLV type %d len %d\n", node->type, node->len);
+  hist_log(here(), "adding TLV type %d len %d\n", node->type, node->len);
   const uint32_t code = tlv_add(array, array_size, node->type, cache::value_of(*node));
-  if (code != 0) {
-    MCEC_LOG(__func__, "Failed (rc=0x%x, %s) to add tlv\n", code, syserr2str(code));
-  }
+  if (code != 0) hist_log(here(), "Failed (rc=0x%x, %s) to add tlv\n", code, syserr2str(code));
 }
 
 extern "C" uint32_t stp_mcec_get_mst_region_cfg_tlv_payld_size() {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
-  for (const uint16_t type : mst_region_types) {
-    size += tlv_aligned_data_size_get(mst_region_entry_length(type));
+  for (const RegionParameter &parameter : mst_region) {
+    size += tlv_aligned_data_size_get(parameter.length);
   }
   return size;
 }

@@ -2,19 +2,22 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "foundation/catalogue.h"
 
 namespace mcec::cache {
 
-// Call each(type, if_index) for every parameter of a scope in the order of the types: those of the
-// switch are kept under index 0.
-template <class Each>
-void for_each_of_scope(int32_t gbl, uint32_t if_index, Each each) {
-  const Scope scope = gbl != 0 ? Scope::GLOBAL : Scope::INTERFACE;
-  for (const Parameter &parameter : parameters()) {
-    if (parameter.scope == scope) each(parameter.type, gbl != 0 ? 0 : if_index);
-  }
+// What a scope holds, in the order of the types, and the index it is kept under.
+struct ScopeOf {
+  std::span<const Parameter> parameters;
+  uint32_t if_index;
+};
+
+// gbl not 0: the switch, which is kept under index 0.
+inline ScopeOf scope_of(int32_t gbl, uint32_t if_index) {
+  if (gbl != 0) return {parameters_of(Scope::GLOBAL), 0};
+  return {parameters_of(Scope::INTERFACE), if_index};
 }
 
 }  // namespace mcec::cache

@@ -11,7 +11,7 @@ extern "C" uint32_t stp_mcec_type1_cfg_compat_check(uint32_t caller_data, void *
                                                     void *remote_param, uint32_t check_stp_endis,
                                                     const void *compat_vlans, void *pass_vlans,
                                                     void *fail_vlans) {
-  MCEC_LOG(__func__, "Regular Interface type-1 compat check\n");
+  hist_log(here(), "Regular Interface type-1 compat check\n");
   return stp_mcec_type1_cfg_compat_check_common(0, caller_data, local_param, remote_param,
                                                 check_stp_endis, compat_vlans, pass_vlans,
                                                 fail_vlans);
@@ -21,7 +21,7 @@ extern "C" uint32_t stp_mcec_type1_cfg_compat_check_with_ifindex(
     uint32_t if_index, uint32_t caller_data, void *local_param, void *remote_param,
     uint32_t check_stp_endis, const void *compat_vlans, void *pass_vlans, void *fail_vlans) {
   const bool is_pod_hif = satmgr_if_is_pod_port(if_index) != 0;
-  MCEC_LOG(__func__, "%s type-1 compat check\n", is_pod_hif ? "Pod HIF" : "Regular Interface");
+  hist_log(here(), "%s type-1 compat check\n", is_pod_hif ? "Pod HIF" : "Regular Interface");
   return stp_mcec_type1_cfg_compat_check_common(is_pod_hif ? 1 : 0, caller_data, local_param,
                                                 remote_param, check_stp_endis, compat_vlans,
                                                 pass_vlans, fail_vlans);
@@ -30,32 +30,26 @@ extern "C" uint32_t stp_mcec_type1_cfg_compat_check_with_ifindex(
 extern "C" uint32_t stp_mcec_type1_cfg_compat_check_common(
     uint32_t is_pod_hif, uint32_t caller_data, void *local_param, void *remote_param,
     uint32_t check_stp_endis, const void *compat_vlans, void *pass_vlans, void *fail_vlans) {
-  MCEC_LOG(__func__, "type-1 compat check\n");
-  if (const Ended missing = check::missing_array(__func__, local_param, remote_param)) {
-    return *missing;
-  }
+  hist_log(here(), "type-1 compat check\n");
+  if (const auto missing = check::missing_array(here(), local_param, remote_param)) return *missing;
 
   const cache::Node *cached = cache::find(0, STP_MCEC_TYPE1_STP_MODE);
   if (cached == nullptr) {
-    MCEC_LOG(__func__, "STP mode not found in cache\n");
+    hist_log(here(), "STP mode not found in cache\n");
     return STP_MCEC_ERR_FAILURE;
   }
   const uint32_t mode = word_of(cache::value_of(*cached));
-  MCEC_LOG(__func__, "current STP mode %s\n",
+  hist_log(here(), "current STP mode %s\n",
            choice_text(*find_parameter(STP_MCEC_TYPE1_STP_MODE), mode));
 
+  Walk walk = walk_over(local_param);
+  for (Tlv tlv; next(walk, tlv);) {
+    const auto ended =
+        check::compare(here(), Compared::in_every_mode, tlv, remote_param, is_pod_hif != 0);
+    if (ended) return *ended;
+  }
   // An entry that cannot be read ends this walk only: the check of the mode meets it again.
-  const char *const operation = __func__;
-  const Ended differs = check::walk_compared(
-      local_param, Compared::in_every_mode,
-      [=](uint32_t code) {
-        check::log_unread(operation, code);
-        return go_on;
-      },
-      [=](const Tlv &tlv) {
-        return check::compare_value(operation, is_pod_hif != 0, tlv, remote_param);
-      });
-  if (differs) return *differs;
+  if (walk.code != 0) check::log_unread(here(), walk.code);
 
   uint32_t result = STP_MCEC_ERR_FAILURE;
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST) {
@@ -66,6 +60,6 @@ extern "C" uint32_t stp_mcec_type1_cfg_compat_check_common(
     result =
         stp_mcec_mst_type1_cfg_compat_check(is_pod_hif, caller_data, local_param, remote_param);
   }
-  if (result == 0) MCEC_LOG(__func__, "type-1 compat check passed\n");
+  if (result == 0) hist_log(here(), "type-1 compat check passed\n");
   return result;
 }

@@ -1,38 +1,38 @@
-// What the three checks share: the look at their two arrays, and the walk that compares them.
+// What the three checks share: the look at their two arrays, and how a local value is held against
+// the peer's.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "foundation/catalogue.h"
 #include "foundation/runtime.h"
 
 namespace mcec::check {
 
+// The result that ends a check, or nothing when it goes on.
+using Ended = std::optional<uint32_t>;
+constexpr Ended go_on = std::nullopt;
+
 // A missing array ends a check.
-Ended missing_array(const char *operation, const void *local, const void *remote);
+Ended missing_array(Step step, const void *local, const void *remote);
 
 // The line of an entry that cannot be read, or that the peer lacks; returns the code.
-uint32_t log_unread(const char *operation, uint32_t code, int line = __builtin_LINE());
+uint32_t log_unread(Step step, uint32_t code);
+
+// The parameter of a type when it counts in the check of `compared`, else nullptr.
+const Parameter *find_compared(Compared compared, uint16_t type);
 
 // Find the peer's value of a parameter; without one the check ends.
-Ended find_at_peer(const char *operation, const void *remote, uint16_t type, Tlv &found);
+Ended find_at_peer(Step step, const void *remote, uint16_t type, Tlv &found);
 
 // Equal over the local length; a peer's value that is shorter differs.
 bool agree(Bytes local, Bytes remote);
 
 // The check fails on this parameter.
-uint32_t mismatch(const char *operation, uint16_t type);
+uint32_t mismatch(Step step, const Parameter &parameter);
 
-// One local value against the peer's.
-Ended compare_value(const char *operation, bool is_pod_hif, const Tlv &local, const void *remote);
-
-// Walk the local array: each(tlv) for every entry that the check of `compared` looks at.
-template <class Each, class Unread>
-Ended walk_compared(const void *local, Compared compared, Unread unread, Each each) {
-  return walk(local, tlv_count(local), unread, [&](const Tlv &tlv) -> Ended {
-    const Parameter *parameter = find_parameter(tlv.type);
-    return parameter != nullptr && parameter->compared == compared ? each(tlv) : go_on;
-  });
-}
+// Hold a local entry against the peer's array, when it counts in the check of `compared`.
+Ended compare(Step step, Compared compared, const Tlv &local, const void *remote, bool on_pod_port);
 
 }  // namespace mcec::check

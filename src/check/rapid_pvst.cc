@@ -10,21 +10,9 @@ using namespace mcec;
 
 namespace {
 
-// The values of parameter 2 against each other. A value that is no whole bitmap record disagrees
-// without a look at its VLANs.
-Ended compare_disabled_vlans(const char *operation, const Tlv &local, const void *remote,
-                             const void *compat_vlans, void *pass_vlans, void *fail_vlans) {
-  Tlv peer{};
-  if (const Ended absent = check::find_at_peer(operation, remote, local.type, peer)) return absent;
-  if (check::agree(local.value, peer.value)) return go_on;
-  const bool whole = std::min(local.value.size(), peer.value.size()) >= bitmap_record_size;
-  if (whole &&
-      stp_mcec_pvrst_endis_check_for_twin_vlans(
-          local.type, const_cast<uint8_t *>(local.value.data()),
-          const_cast<uint8_t *>(peer.value.data()), compat_vlans, pass_vlans, fail_vlans) == 0) {
-    return 0;
-  }
-  return check::mismatch(operation, local.type);
+// A value that is no whole bitmap record disagrees without a look at its VLANs.
+bool are_whole(Bytes local, Bytes remote) {
+  return std::min(local.size(), remote.size()) >= bitmap_record_size;
 }
 
 void write_record(void *record, const VlanSet &vlans) {
@@ -39,21 +27,27 @@ extern "C" uint32_t stp_mcec_pvrst_type1_cfg_compat_check(uint32_t, uint32_t, vo
                                                           uint32_t check_stp_endis,
                                                           const void *compat_vlans,
                                                           void *pass_vlans, void *fail_vlans) {
-  MCEC_LOG(__func__, "PVRST type-1 compat check\n");
-  if (const Ended missing = check::missing_array(__func__, local_param, remote_param)) {
-    return *missing;
+  hist_log(here(), "PVRST type-1 compat check\n");
+  if (const auto missing = check::missing_array(here(), local_param, remote_param)) return *missing;
+  Walk walk = walk_over(local_param);
+  for (Tlv tlv; next(walk, tlv);) {
+    const Parameter *parameter = check::find_compared(Compared::in_rapid_pvst, tlv.type);
+    if (parameter == nullptr) continue;
+    if (check_stp_endis != 1) return 0;
+    Tlv peer{};
+    const auto absent = check::find_at_peer(here(), remote_param, tlv.type, peer);
+    if (absent) return *absent;
+    if (check::agree(tlv.value, peer.value)) continue;
+    // Of the sets only the VLANs that the caller names count.
+    const bool twins_agree =
+        are_whole(tlv.value, peer.value) &&
+        stp_mcec_pvrst_endis_check_for_twin_vlans(tlv.type, const_cast<uint8_t *>(tlv.value.data()),
+                                                  const_cast<uint8_t *>(peer.value.data()),
+                                                  compat_vlans, pass_vlans, fail_vlans) == 0;
+    return twins_agree ? 0 : check::mismatch(here(), *parameter);
   }
-  const char *const operation = __func__;
-  const Ended ended = check::walk_compared(
-      local_param, Compared::in_rapid_pvst,
-      [=](uint32_t code) { return check::log_unread(operation, code); },
-      [=](const Tlv &tlv) -> Ended {
-        if (check_stp_endis != 1) return 0;
-        return compare_disabled_vlans(operation, tlv, remote_param, compat_vlans, pass_vlans,
-                                      fail_vlans);
-      });
-  if (ended) return *ended;
-  MCEC_LOG(__func__, "PVRST type-1 compat check passed\n");
+  if (walk.code != 0) return check::log_unread(here(), walk.code);
+  hist_log(here(), "PVRST type-1 compat check passed\n");
   return 0;
 }
 
@@ -63,11 +57,11 @@ extern "C" uint32_t stp_mcec_pvrst_endis_check_for_twin_vlans(uint16_t type, voi
                                                               void *pass_vlans, void *fail_vlans) {
   const VlanSet local = vlans_of(local_vlans);
   const VlanSet remote = vlans_of(remote_vlans);
-  MCEC_LOG(__func__, "local stp disabled vlans: %s\n", text_of(local));
-  MCEC_LOG(__func__, "remote stp disabled vlans: %s\n", text_of(remote));
+  hist_log(here(), "local stp disabled vlans: %s\n", write_ranges(local));
+  hist_log(here(), "remote stp disabled vlans: %s\n", write_ranges(remote));
 
   const VlanSet twins = vlans_of(compat_vlans);
-  MCEC_LOG(__func__, "compatcheck vlans: %s\n", text_of(twins));
+  hist_log(here(), "compatcheck vlans: %s\n", write_ranges(twins));
   VlanSet pass{};
   VlanSet fail{};
   for (std::size_t i = 0; i < twins.size(); ++i) {
@@ -76,7 +70,7 @@ extern "C" uint32_t stp_mcec_pvrst_endis_check_for_twin_vlans(uint16_t type, voi
   }
   write_record(pass_vlans, pass);
   write_record(fail_vlans, fail);
-  MCEC_LOG(__func__, "compatcheck pass vlans: %s\n", text_of(pass));
-  MCEC_LOG(__func__, "compatcheck fail vlans: %s\n", text_of(fail));
+  hist_log(here(), "compatcheck pass vlans: %s\n", write_ranges(pass));
+  hist_log(here(), "compatcheck fail vlans: %s\n", write_ranges(fail));
   return count(fail) == 0 ? 0 : stp_mcec_get_type1_cfg_compat_chk_errcode(type);
 }

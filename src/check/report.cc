@@ -31,7 +31,7 @@ void show_vlans(ValueText &text, const VlanSet &vlans) {
   if (count(vlans) == 0) {
     std::snprintf(text, sizeof text, "None");
   } else {
-    std::snprintf(text, sizeof text, "VLANs %s", text_of(vlans));
+    std::snprintf(text, sizeof text, "VLANs %s", write_ranges(vlans));
   }
 }
 
@@ -40,7 +40,7 @@ void show_text(ValueText &text, Bytes value) {
   if (length == 0) {
     std::snprintf(text, sizeof text, "\"\"");
   } else {
-    std::snprintf(text, sizeof text, "%.*s", length, text_of(value));
+    std::snprintf(text, sizeof text, "%.*s", length, chars_of(value));
   }
 }
 
@@ -75,16 +75,16 @@ LoggedWord logged_word(const Parameter &parameter, Bytes value) {
   return text;
 }
 
-void log_word(const char *operation, const Parameter &parameter, Bytes value) {
+void log_word(Step step, const Parameter &parameter, Bytes value) {
   const LoggedWord given = logged_word(parameter, value);
   if (parameter.scope == Scope::INTERFACE) {
-    MCEC_LOG(operation, "Type %s - val = %s\n", parameter.name, given.data());
+    hist_log(step, "Type %s - val = %s\n", parameter.name, given.data());
     return;
   }
   const cache::Node *cached = cache::find(0, parameter.type);
   const LoggedWord cached_word =
       logged_word(parameter, cached != nullptr ? cache::value_of(*cached) : Bytes{});
-  MCEC_LOG(operation, "Type %s - val = %s, cval = %s\n", parameter.name, given.data(),
+  hist_log(step, "Type %s - val = %s, cval = %s\n", parameter.name, given.data(),
            cached != nullptr ? cached_word.data() : not_cached);
 }
 
@@ -95,54 +95,51 @@ struct LongText {
 };
 
 LongText long_text(const Parameter &parameter, Bytes value) {
-  if (parameter.form == Form::vlans) return {-1, text_of(vlans_of(value))};
-  return {text_length(value), text_of(value)};
+  if (parameter.form == Form::vlans) return {-1, write_ranges(vlans_of(value))};
+  return {text_length(value), chars_of(value)};
 }
 
 // Long values take a line each, the second without a head.
-void log_long(const char *operation, const Parameter &parameter, Bytes value) {
+void log_long(Step step, const Parameter &parameter, Bytes value) {
   const LongText given = long_text(parameter, value);
-  MCEC_LOG(operation, "Type %s - val = %.*s, ", parameter.name, given.length, given.text);
+  hist_log(step, "Type %s - val = %.*s, ", parameter.name, given.length, given.text);
   const cache::Node *cached = cache::find(0, parameter.type);
   const LongText beside =
       cached != nullptr ? long_text(parameter, cache::value_of(*cached)) : LongText{-1, not_cached};
   hist_log("cval = %.*s\n", beside.length, beside.text);
 }
 
-void log_beside_cached(const char *operation, const Parameter &parameter, Bytes value) {
+void log_beside_cached(Step step, const Parameter &parameter, Bytes value) {
   if (is_word(parameter.form)) {
-    log_word(operation, parameter, value);
+    log_word(step, parameter, value);
   } else if (parameter.form != Form::map) {
-    log_long(operation, parameter, value);
+    log_long(step, parameter, value);
   }
 }
 
 }  // namespace
 
 extern "C" uint32_t stp_mcec_type1_cfg_get_param_info(void *param_array, void **param_info) {
-  const uint32_t count = param_array != nullptr ? tlv_count(param_array) : 0;
-  if (count == 0) return STP_MCEC_ERR_INVALID_ARG;
+  if (param_array == nullptr) return STP_MCEC_ERR_INVALID_ARG;
+  Walk walk = walk_over(param_array);
+  if (walk.count == 0) return STP_MCEC_ERR_INVALID_ARG;
   auto *report = static_cast<mcecm_app_info_report_t *>(zalloc_records(
-      STP_MCEC_LIB_MEM_mcecm_app_info_t, sizeof(uint32_t), count, sizeof(mcecm_app_info_t)));
+      STP_MCEC_LIB_MEM_mcecm_app_info_t, sizeof(uint32_t), walk.count, sizeof(mcecm_app_info_t)));
   *param_info = report;
   if (report == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
-  report->count = count;
+  report->count = walk.count;
 
-  const char *const operation = __func__;
-  mcecm_app_info_t *next = report->records;
-  const Ended ended = walk(
-      param_array, count, [](uint32_t code) -> Ended { return code; },
-      [&](const Tlv &tlv) -> Ended {
-        mcecm_app_info_t &record = *next++;
-        record.app_code = STP_MCEC_APP_CODE;
-        record.param_type = tlv.type;
-        std::memcpy(record.component, component, sizeof component);
-        const Parameter *parameter = find_parameter(tlv.type);
-        if (parameter == nullptr) return STP_MCEC_ERR_INVALID_ARG;
-        std::snprintf(record.param_name, sizeof record.param_name, "%s", parameter->title);
-        show(record.param_value, *parameter, tlv.value);
-        log_beside_cached(operation, *parameter, tlv.value);
-        return go_on;
-      });
-  return ended.value_or(0);
+  mcecm_app_info_t *free_record = report->records;
+  for (Tlv tlv; next(walk, tlv);) {
+    mcecm_app_info_t &record = *free_record++;
+    record.app_code = STP_MCEC_APP_CODE;
+    record.param_type = tlv.type;
+    std::memcpy(record.component, component, sizeof component);
+    const Parameter *parameter = find_parameter(tlv.type);
+    if (parameter == nullptr) return STP_MCEC_ERR_INVALID_ARG;
+    std::snprintf(record.param_name, sizeof record.param_name, "%s", parameter->title);
+    show(record.param_value, *parameter, tlv.value);
+    log_beside_cached(here(), *parameter, tlv.value);
+  }
+  return walk.code;
 }

@@ -2,7 +2,6 @@
 // cached and handed out.
 
 #include "cache/store.h"
-#include "cmd_req.h"
 #include "draimiofaf/extract.h"
 #include "extract/request.h"
 #include "foundation/bitmap.h"
@@ -16,6 +15,7 @@ constexpr extract::Rules rules = {
     .array = STP_MCEC_LIB_MEM_tlv_array_2_t,
     .added_line = "added avl node for disable STP",
     .tlv_line = "Adding disabled stp TLV",
+    .wrong_command = "Invalid Command ID %d",
 };
 
 constexpr std::size_t vlan_list_header_size = 8;
@@ -41,36 +41,32 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
                                                      uint8_t **tlv_array,
                                                      uint32_t *num_extract_info, uint32_t *is_cmd,
                                                      mcecm_app_cmd_extract_info_t **extract_info) {
-  MCEC_LOG(__func__, "extract enable/disable STP\n");
-  if (cmd_id != STP_MCEC_CMD_STP_ENDIS) {
-    return extract::refuse_command(__func__, handle, cmd_id, "Invalid Command ID %d");
-  }
-  const auto list = extract::range_list(handle, STP_MCEC_ATTR_VLAN_LIST, vlan_list_header_size);
+  hist_log(here(), "extract enable/disable STP\n");
+  const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
+  if (cmd_id != STP_MCEC_CMD_STP_ENDIS) return extract::refuse_command(here(), request, cmd_id);
+  const auto list = extract::range_list(request, STP_MCEC_ATTR_VLAN_LIST, vlan_list_header_size);
   if (!list) {
-    cmd_rsp_send_nok(handle, 0, "internal error: Failed to get vlan");
-    MCEC_LOG(__func__, "Invalid arg\n");
+    cmd_rsp_send_nok(request.handle, 0, "internal error: Failed to get vlan");
+    hist_log(here(), "Invalid arg\n");
     return STP_MCEC_ERR_INVALID_ARG;
   }
   const VlanSet vlans = vlans_of_list(*list);
-  const bool enable = cmd_req_action_is_set(handle) != 0;
-  MCEC_LOG(__func__, "%s STP on vlans %s\n", enable ? "Enable" : "Disable", text_of(vlans));
+  const bool enable = cmd_req_action_is_set(request.handle) != 0;
+  hist_log(here(), "%s STP on vlans %s\n", enable ? "Enable" : "Disable", write_ranges(vlans));
 
   const cache::Node *cached = cache::find(0, STP_MCEC_TYPE1_STP_ENDIS);
   bmp4096_t record = disabled_record(cached);
   VlanSet disabled = vlans_of(&record);
-  if (cached != nullptr) MCEC_LOG(__func__, "Found avl node vlans: %s\n", text_of(disabled));
+  if (cached != nullptr) hist_log(here(), "Found avl node vlans: %s\n", write_ranges(disabled));
   for (std::size_t i = 0; i < vlans.size(); ++i) {
     disabled[i] = enable ? disabled[i] & ~vlans[i] : disabled[i] | vlans[i];
   }
   store_vlans(&record, disabled);
 
-  const extract::Request request{__func__,    extract::Source::command, handle,
-                                 tlv_array,   num_extract_info,         is_cmd,
-                                 extract_info};
   const Bytes value{reinterpret_cast<const uint8_t *>(&record), sizeof record};
-  const cache::Node *node = extract::put(request, rules, 0, STP_MCEC_TYPE1_STP_ENDIS, value);
+  const cache::Node *node = extract::put(here(), request, 0, STP_MCEC_TYPE1_STP_ENDIS, value);
   if (node == nullptr) return STP_MCEC_ERR_NO_MEMORY;
   const Tlv entry{STP_MCEC_TYPE1_STP_ENDIS, cache::value_of(*node)};
-  if (cached != nullptr) MCEC_LOG(__func__, "Update vlans: %s\n", text_of(disabled));
-  return extract::hand_out(request, rules, extract::array_size(sizeof record), {&entry, 1});
+  if (cached != nullptr) hist_log(here(), "Update vlans: %s\n", write_ranges(disabled));
+  return extract::hand_out(here(), request, extract::array_size(sizeof record), {&entry, 1});
 }

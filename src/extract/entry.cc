@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "cmd_req.h"
 #include "draimiofaf/extract.h"
 #include "draimiofaf/extract_port.h"
 #include "draimiofaf/foundation.h"
@@ -43,23 +42,24 @@ constexpr Command commands[] = {
 extern "C" uint32_t stp_mcec_type1_cfg_param_extractor(
     void *msg, uint8_t **tlv_array, uint32_t *num_extract_info, uint32_t *is_cmd,
     mcecm_app_cmd_extract_info_t **extract_info) {
-  MCEC_LOG(__func__, "type-1 param extractor\n");
-  switch (mts_opc_get(msg)) {
+  hist_log(here(), "type-1 param extractor\n");
+  auto *message = static_cast<mts_msg_t *>(msg);
+  switch (mts_opc_get(message)) {
     case STP_MCEC_MTS_OPC_CMD_REQ: {
-      const uint32_t size = cmd_req_handle_get_1(msg);
+      const uint32_t size = cmd_req_handle_get_1(message);
       const bool fits = size <= max_handle_size;
       // On the stack, for as long as this block.
       void *buffer = __builtin_alloca_with_align(fits ? std::max(size, 1U) : 1, buffer_alignment);
-      void *handle = fits ? cmd_req_handle_get_2(msg, buffer) : nullptr;
+      cmd_req_t *handle = fits ? cmd_req_handle_get_2(message, buffer) : nullptr;
       if (handle == nullptr) {
-        MCEC_LOG(__func__, "Failed to get CMI (TLV) request handle\n");
+        hist_log(here(), "Failed to get CMI (TLV) request handle\n");
         return STP_MCEC_ERR_INVALID_ARG;
       }
       return stp_mcec_param_extractor_from_cli(msg, handle, tlv_array, num_extract_info, is_cmd,
                                                extract_info);
     }
     case STP_MCEC_MTS_OPC_TYPE1_UPD:
-      MCEC_LOG(__func__, "type-1 (%s) param extractor\n",
+      hist_log(here(), "type-1 (%s) param extractor\n",
                mts_opc_name_get(STP_MCEC_MTS_OPC_TYPE1_UPD));
       return stp_mcec_param_extractor_from_stp_type1_upd(msg, tlv_array, num_extract_info, is_cmd,
                                                          extract_info);
@@ -71,8 +71,9 @@ extern "C" uint32_t stp_mcec_type1_cfg_param_extractor(
 extern "C" uint32_t stp_mcec_param_extractor_from_cli(void *, void *handle, uint8_t **tlv_array,
                                                       uint32_t *num_extract_info, uint32_t *is_cmd,
                                                       mcecm_app_cmd_extract_info_t **extract_info) {
-  MCEC_LOG(__func__, "CLI extractor\n");
-  const uint32_t id = cmd_req_cmdId_getnext(handle);
+  hist_log(here(), "CLI extractor\n");
+  auto *request = static_cast<cmd_req_t *>(handle);
+  const uint32_t id = cmd_req_cmdId_getnext(request);
   *num_extract_info = 0;
   const Command *command = extract::find_command(commands, id);
   if (command == nullptr) return STP_MCEC_ERR_INVALID_ARG;
@@ -81,6 +82,6 @@ extern "C" uint32_t stp_mcec_param_extractor_from_cli(void *, void *handle, uint
         command->extractor(handle, id, tlv_array, num_extract_info, is_cmd, extract_info);
     if (result != 0) return result;
   }
-  cmd_rsp_send_ok(handle);
+  cmd_rsp_send_ok(request);
   return 0;
 }

@@ -1,6 +1,5 @@
 // Loop guard, bridge assurance and MST simulate PVST of the switch: on or off.
 
-#include "cmd_req.h"
 #include "draimiofaf/extract_port.h"
 #include "extract/request.h"
 
@@ -11,6 +10,7 @@ namespace {
 constexpr extract::Rules rules = {
     .records = STP_MCEC_LIB_MEM_mcecm_app_cmd5_extract_info_t,
     .array = STP_MCEC_LIB_MEM_tlv_array_6_t,
+    .wrong_command = "Invalid command ID %d",
 };
 
 struct Setting {
@@ -30,14 +30,11 @@ constexpr Setting settings[] = {
 extern "C" uint32_t stp_mcec_extract_gbl_params(void *handle, uint32_t cmd_id, uint8_t **tlv_array,
                                                 uint32_t *num_extract_info, uint32_t *is_cmd,
                                                 mcecm_app_cmd_extract_info_t **extract_info) {
-  MCEC_LOG(__func__, "extract gbl params\n");
-  const uint32_t value = cmd_req_action_is_set(handle) != 0 ? 1 : 0;
+  hist_log(here(), "extract gbl params\n");
+  const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
+  const uint32_t value = cmd_req_action_is_set(request.handle) != 0 ? 1 : 0;
   const Setting *setting = extract::find_command(settings, cmd_id);
-  if (setting == nullptr) {
-    return extract::refuse_command(__func__, handle, cmd_id, "Invalid command ID %d");
-  }
-  MCEC_LOG(__func__, "Global %s changed to %s\n", setting->log_word, value != 0 ? "True" : "False");
-  return extract::set_word({__func__, extract::Source::command, handle, tlv_array, num_extract_info,
-                            is_cmd, extract_info},
-                           rules, setting->type, value);
+  if (setting == nullptr) return extract::refuse_command(here(), request, cmd_id);
+  hist_log(here(), "Global %s changed to %s\n", setting->log_word, value != 0 ? "True" : "False");
+  return extract::set_word(here(), request, setting->type, value);
 }

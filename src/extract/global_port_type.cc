@@ -1,7 +1,6 @@
 // The global port type: a word of flags of which each command sets or clears one.
 
 #include "cache/store.h"
-#include "cmd_req.h"
 #include "draimiofaf/extract_port.h"
 #include "extract/request.h"
 
@@ -12,6 +11,7 @@ namespace {
 constexpr extract::Rules rules = {
     .records = STP_MCEC_LIB_MEM_mcecm_app_cmd4_extract_info_t,
     .array = STP_MCEC_LIB_MEM_tlv_array_5_t,
+    .wrong_command = "Invalid command ID %d",
 };
 
 struct Flag {
@@ -39,18 +39,15 @@ uint32_t changed(uint32_t word, const Flag &flag, bool set) {
 extern "C" uint32_t stp_mcec_extract_gbl_port_type_param(
     void *handle, uint32_t cmd_id, uint8_t **tlv_array, uint32_t *num_extract_info,
     uint32_t *is_cmd, mcecm_app_cmd_extract_info_t **extract_info) {
-  MCEC_LOG(__func__, "extract gbl port type\n");
+  hist_log(here(), "extract gbl port type\n");
+  const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
   const cache::Node *cached = cache::find(0, STP_MCEC_TYPE1_GBL_PORT_TYPE);
   uint32_t word = cached != nullptr ? word_of(cache::value_of(*cached)) : 0;
-  MCEC_LOG(__func__, "Global port type before change to 0x%x\n", word);
-  const bool set = cmd_req_action_is_set(handle) != 0;
+  hist_log(here(), "Global port type before change to 0x%x\n", word);
+  const bool set = cmd_req_action_is_set(request.handle) != 0;
   const Flag *flag = extract::find_command(flags, cmd_id);
-  if (flag == nullptr) {
-    return extract::refuse_command(__func__, handle, cmd_id, "Invalid command ID %d");
-  }
+  if (flag == nullptr) return extract::refuse_command(here(), request, cmd_id);
   word = changed(word, *flag, set);
-  MCEC_LOG(__func__, "Global port type changed to 0x%x\n", word);
-  return extract::set_word({__func__, extract::Source::command, handle, tlv_array, num_extract_info,
-                            is_cmd, extract_info},
-                           rules, STP_MCEC_TYPE1_GBL_PORT_TYPE, word);
+  hist_log(here(), "Global port type changed to 0x%x\n", word);
+  return extract::set_word(here(), request, STP_MCEC_TYPE1_GBL_PORT_TYPE, word);
 }

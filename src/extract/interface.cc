@@ -1,7 +1,6 @@
 // The settings of interfaces: one value for every port of the command's ranges that is a member of
 // a multi-chassis port channel.
 
-#include "cmd_req.h"
 #include "draimiofaf/extract_port.h"
 #include "draimiofaf/foundation.h"
 #include "extract/request.h"
@@ -18,11 +17,10 @@ constexpr extract::Rules rules = {
     .array = STP_MCEC_LIB_MEM_tlv_array_7_t,
     .replaced_line = "found avl node",
     .added_line = "created avl node",
-    .logs_no_records = true,
+    .no_records = extract::Told::both,
 };
 
 constexpr std::size_t range_list_header_size = 16;
-constexpr uint32_t no_more_attributes = 0xFFFFFFFF;
 
 struct AttributeValue {
   uint32_t attribute;
@@ -30,12 +28,14 @@ struct AttributeValue {
 };
 
 // From an attribute's word to the parameter's value.
-constexpr AttributeValue port_types[] = {{STP_MCEC_IF_PORT_MODE_NORMAL, 2},
-                                         {STP_MCEC_IF_PORT_MODE_EDGE_TRUNK, 3},
-                                         {STP_MCEC_IF_PORT_MODE_NETWORK, 4},
-                                         {STP_MCEC_IF_PORT_MODE_EDGE, 1}};
-constexpr AttributeValue guards[] = {
-    {STP_MCEC_IF_GUARD_ROOT, 1}, {STP_MCEC_IF_GUARD_LOOP, 2}, {STP_MCEC_IF_GUARD_NONE, 3}};
+constexpr AttributeValue port_types[] = {
+    {STP_MCEC_IF_PORT_MODE_NORMAL, STP_MCEC_IFI_PORT_TYPE_NORMAL},
+    {STP_MCEC_IF_PORT_MODE_EDGE_TRUNK, STP_MCEC_IFI_PORT_TYPE_EDGE_TRUNK},
+    {STP_MCEC_IF_PORT_MODE_NETWORK, STP_MCEC_IFI_PORT_TYPE_NETWORK},
+    {STP_MCEC_IF_PORT_MODE_EDGE, STP_MCEC_IFI_PORT_TYPE_EDGE}};
+constexpr AttributeValue guards[] = {{STP_MCEC_IF_GUARD_ROOT, STP_MCEC_IFI_PORT_GUARD_ROOT},
+                                     {STP_MCEC_IF_GUARD_LOOP, STP_MCEC_IFI_PORT_GUARD_LOOP},
+                                     {STP_MCEC_IF_GUARD_NONE, STP_MCEC_IFI_PORT_GUARD_NONE}};
 
 struct Setting {
   uint32_t cmd_id;
@@ -53,28 +53,30 @@ struct Setting {
 constexpr Setting settings[] = {
     {.cmd_id = STP_MCEC_CMD_IF_PORT_MODE,
      .type = STP_MCEC_TYPE1_IFI_PORT_TYPE,
-     .positive = 1,
+     .positive = STP_MCEC_IFI_PORT_TYPE_EDGE,
      .attribute_ids = {STP_MCEC_ATTR_IF_PORT_MODE, STP_MCEC_ATTR_IF_PORT_MODE_2},
      .values = port_types,
      .unknown_value = "Portfast mode unknown!!"},
     {.cmd_id = STP_MCEC_CMD_IF_PORT_TYPE,
      .type = STP_MCEC_TYPE1_IFI_PORT_TYPE,
-     .positive = 1,
+     .positive = STP_MCEC_IFI_PORT_TYPE_EDGE,
      .attribute_ids = {STP_MCEC_ATTR_IF_PORT_TYPE, STP_MCEC_ATTR_IF_PORT_TYPE_2},
      .values = port_types,
      .unknown_value = "Portfast mode unknown!!"},
-    {.cmd_id = STP_MCEC_CMD_IF_EDGE_TRUNK, .type = STP_MCEC_TYPE1_IFI_PORT_TYPE, .positive = 3},
+    {.cmd_id = STP_MCEC_CMD_IF_EDGE_TRUNK,
+     .type = STP_MCEC_TYPE1_IFI_PORT_TYPE,
+     .positive = STP_MCEC_IFI_PORT_TYPE_EDGE_TRUNK},
     {.cmd_id = STP_MCEC_CMD_IF_GUARD,
      .type = STP_MCEC_TYPE1_IFI_PORT_GUARD,
-     .positive = 0,
+     .positive = STP_MCEC_IFI_PORT_GUARD_DEFAULT,
      .attribute_ids = {STP_MCEC_ATTR_IF_GUARD, STP_MCEC_ATTR_IF_GUARD_2},
      .values = guards,
      .unknown_value = "guard type unknown!!"},
     {.cmd_id = STP_MCEC_CMD_IF_MST_SIMULATE_PVST,
      .type = STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST,
-     .positive = 1,
+     .positive = STP_MCEC_IFI_MST_SIMULATE_PVST_ENABLED,
      .attribute_ids = {STP_MCEC_ATTR_IF_MST_SIMULATE_PVST, STP_MCEC_ATTR_IF_MST_SIMULATE_PVST_2},
-     .present = 2},
+     .present = STP_MCEC_IFI_MST_SIMULATE_PVST_DISABLED},
 };
 
 // Take one attribute into the value; false: the command must be refused. An attribute that is too
@@ -97,39 +99,49 @@ bool take_attribute(const Setting &setting, Bytes attribute, uint32_t &value) {
 
 // The value of the positive form; nothing when an attribute says something unknown. Of several
 // attributes the last decides.
-std::optional<uint32_t> positive_value(const Setting &setting, void *handle) {
+std::optional<uint32_t> positive_value(const Setting &setting, cmd_req_t *handle) {
   uint32_t value = setting.positive;
   if (setting.attribute_ids[0] == 0) return value;
   for (;;) {
     void *attribute = nullptr;
     uint32_t length = 0;
     const uint32_t id = cmd_req_attr_getnext(handle, &attribute, &length);
-    if (id == no_more_attributes) return value;
+    if (id == CMD_REQ_NO_MORE_ATTRIBUTES) return value;
     if (id != setting.attribute_ids[0] && id != setting.attribute_ids[1]) continue;
     const Bytes bytes{static_cast<const uint8_t *>(attribute), length};
     if (!take_attribute(setting, bytes, value)) return std::nullopt;
   }
 }
 
-// The ports of the ranges, in order, asked from the platform one by one.
-// each(if_index) returns false to end the walk.
-template <class Each>
-void for_each_port(const extract::RangeList &list, Each each) {
-  for (uint32_t i = 0; i < list.count; ++i) {
-    const extract::Range range = list[i];
-    uint32_t ports = 0;
-    if_index_get_num_ports_in_if_index_range(range.first, range.last, &ports);
-    for (uint32_t position = 0; position < ports; ++position) {
-      uint32_t if_index = 0;
-      if_index_get_if_index_in_range(range.first, range.last, &if_index, position);
-      if (!each(if_index)) return;
-    }
+// A walk over the ports of a command, range by range, asked from the platform one by one:
+//
+//   Ports ports{list};
+//   for (uint32_t if_index; next(ports, if_index);) ...
+struct Ports {
+  extract::RangeList list;
+  uint32_t next_range = 0;
+  extract::Range range = {};
+  uint32_t count = 0;  // in the range
+  uint32_t position = 0;
+};
+
+bool next(Ports &ports, uint32_t &if_index) {
+  while (ports.position == ports.count) {
+    if (ports.next_range == ports.list.count) return false;
+    ports.range = ports.list[ports.next_range++];
+    ports.count = ports.position = 0;
+    if_index_get_num_ports_in_if_index_range(ports.range.first, ports.range.last, &ports.count);
   }
+  if_index = 0;
+  if_index_get_if_index_in_range(ports.range.first, ports.range.last, &if_index, ports.position++);
+  return true;
 }
 
-// The host-interface ports of a pod on an internal channel are not compared; the first port stands
+// The host-interface ports of a pod on an internal channel are not compared. The first port stands
 // for all of the command.
-bool is_internal_pod_port(uint32_t if_index) {
+bool is_for_internal_pod(const extract::RangeList &list) {
+  if (list.count == 0) return false;
+  const uint32_t if_index = list[0].first;
   uint32_t mcec_id = 0;
   return satmgr_if_is_pod_port(if_index) != 0 &&
          stp_mcec_lib_get_mcec_id(if_index, &mcec_id) == 0 &&
@@ -140,45 +152,47 @@ bool is_internal_pod_port(uint32_t if_index) {
 
 extern "C" uint32_t stp_mcec_extract_if_param_val(void *handle, uint32_t cmd_id, uint32_t *value,
                                                   uint16_t *type, uint32_t *is_del) {
-  MCEC_LOG(__func__, "extract interface params\n");
+  hist_log(here(), "extract interface params\n");
+  auto *request = static_cast<cmd_req_t *>(handle);
   const Setting *setting = extract::find_command(settings, cmd_id);
   if (setting == nullptr) return STP_MCEC_ERR_INVALID_ARG;
   uint32_t set = 0;
-  if (cmd_req_action_is_set(handle) != 0) {
-    const std::optional<uint32_t> positive = positive_value(*setting, handle);
+  if (cmd_req_action_is_set(request) != 0) {
+    const std::optional<uint32_t> positive = positive_value(*setting, request);
     if (!positive) {
-      hist_log("%s(): %s\n", __func__, setting->unknown_value);
+      hist_log("%s(): %s\n", here().operation, setting->unknown_value);
       return STP_MCEC_ERR_INVALID_ARG;
     }
     set = *positive;
   }
   *value = set;
   *type = setting->type;
-  if (cmd_req_action_is_del(handle) != 0) *is_del = 1;
+  if (cmd_req_action_is_del(request) != 0) *is_del = 1;
   return 0;
 }
 
 extern "C" uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, uint8_t **tlv_array,
                                                uint32_t *num_extract_info, uint32_t *is_cmd,
                                                mcecm_app_cmd_extract_info_t **extract_info) {
-  MCEC_LOG(__func__, "extract interface params\n");
+  hist_log(here(), "extract interface params\n");
+  const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
   uint32_t value = 0;
   uint16_t type = 0;
   uint32_t is_del = 0;
   if (const uint32_t result = stp_mcec_extract_if_param_val(handle, cmd_id, &value, &type, &is_del);
       result != 0) {
-    cmd_rsp_send_nok(handle, 0, "internal error: Failed to get param val\n");
+    cmd_rsp_send_nok(request.handle, 0, "internal error: Failed to get param val\n");
     return result;
   }
-  MCEC_LOG(__func__, "param_val=%d, param_type=%d\n", value, type);
+  hist_log(here(), "param_val=%d, param_type=%d\n", value, type);
   const Word word = to_network(value);
 
-  const auto list = extract::range_list(handle, STP_MCEC_ATTR_IFINDEX, range_list_header_size);
+  const auto list = extract::range_list(request, STP_MCEC_ATTR_IFINDEX, range_list_header_size);
   if (!list) {
-    cmd_rsp_send_nok(handle, 0, "internal error: Failed to get IFINDEX");
+    cmd_rsp_send_nok(request.handle, 0, "internal error: Failed to get IFINDEX");
     return STP_MCEC_ERR_INVALID_ARG;
   }
-  if (list->count > 0 && is_internal_pod_port((*list)[0].first)) {
+  if (is_for_internal_pod(*list)) {
     hist_log("No Type-1 checks for HIF ports");
     return 0;
   }
@@ -188,39 +202,34 @@ extern "C" uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, ui
   uint32_t mcec_id = 0;
   uint32_t membership = 0;
   uint32_t count = 0;
-  for_each_port(*list, [&](uint32_t if_index) {
+  Ports counted{*list};
+  for (uint32_t if_index; next(counted, if_index);) {
     membership = stp_mcec_lib_get_mcec_id(if_index, &mcec_id);
     if (membership == 0) ++count;
-    return true;
-  });
-  MCEC_LOG(__func__, "total_if_count=%d\n", count);
+  }
+  hist_log(here(), "total_if_count=%d\n", count);
   if (count == 0) return 0;
 
-  const extract::Request request{__func__,    extract::Source::command, handle,
-                                 tlv_array,   num_extract_info,         is_cmd,
-                                 extract_info};
-  extract::Record *records = extract::new_records(request, rules, count);
+  extract::Record *records = extract::new_records(here(), request, count);
   if (records == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
   extract::announce(request, count);
 
-  const char *const operation = __func__;
   uint32_t filled = 0;
-  bool refused = false;
-  for_each_port(*list, [&](uint32_t if_index) {
+  Ports ports{*list};
+  for (uint32_t if_index; next(ports, if_index);) {
     membership = stp_mcec_lib_get_mcec_id(if_index, &mcec_id);
-    if (membership != 0) return true;
-    if (filled == count) return false;
-    MCEC_LOG(operation, "port 0x%x is MCEC (ID %d)\n", if_index, mcec_id);
-    refused = extract::put(request, rules, if_index, type, word) == nullptr;
-    if (refused) return false;
+    if (membership != 0) continue;
+    if (filled == count) break;
+    hist_log(here(), "port 0x%x is MCEC (ID %d)\n", if_index, mcec_id);
+    if (extract::put(here(), request, if_index, type, word) == nullptr) {
+      return STP_MCEC_ERR_NO_MEMORY;
+    }
     records[filled++] = {type, 1, 0, if_index};
-    return true;
-  });
-  if (refused) return STP_MCEC_ERR_NO_MEMORY;
+  }
   if (filled == 0) {
     *tlv_array = nullptr;
     return membership;
   }
   const Tlv entry{type, word};
-  return extract::hand_out_array(request, rules, extract::array_size(word.size()), {&entry, 1});
+  return extract::hand_out_array(here(), request, extract::array_size(word.size()), {&entry, 1});
 }

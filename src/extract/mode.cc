@@ -1,6 +1,5 @@
 // The spanning-tree mode.
 
-#include "cmd_req.h"
 #include "draimiofaf/extract.h"
 #include "draimiofaf/foundation.h"
 #include "extract/request.h"
@@ -14,18 +13,19 @@ constexpr extract::Rules rules = {
     .array = STP_MCEC_LIB_MEM_tlv_array_4_t,
     .replaced_line = "Found avl node",
     .added_line = "added avl node for stp mode",
-    .logs_no_records = true,
-    .logs_no_array = true,
-    .logs_no_tlv = true,
+    .wrong_command = "Invalid cmd id %d\n",
+    .no_records = extract::Told::both,
+    .no_array = extract::Told::both,
+    .no_tlv = extract::Told::both,
 };
 
 // The mode that the command sets; Rapid-PVST unless it says otherwise.
-uint32_t mode_of(void *handle) {
+uint32_t mode_of(const extract::Request &request) {
   uint32_t mode = STP_MCEC_STP_MODE_RAPID_PVST;
-  if (const auto value = extract::attribute(handle, STP_MCEC_ATTR_STP_MODE)) {
+  if (const auto value = extract::attribute(request, STP_MCEC_ATTR_STP_MODE)) {
     mode = extract::word_of_attribute(*value).value_or(mode);
   }
-  return cmd_req_action_is_del(handle) != 0 ? uint32_t{STP_MCEC_STP_MODE_RAPID_PVST} : mode;
+  return cmd_req_action_is_del(request.handle) != 0 ? uint32_t{STP_MCEC_STP_MODE_RAPID_PVST} : mode;
 }
 
 }  // namespace
@@ -34,21 +34,18 @@ extern "C" uint32_t stp_mcec_extract_stp_mode_param(void *handle, uint32_t cmd_i
                                                     uint8_t **tlv_array, uint32_t *num_extract_info,
                                                     uint32_t *is_cmd,
                                                     mcecm_app_cmd_extract_info_t **extract_info) {
-  MCEC_LOG(__func__, "Extract stp mode\n");
-  if (cmd_id != STP_MCEC_CMD_STP_MODE) {
-    return extract::refuse_command(__func__, handle, cmd_id, "Invalid cmd id %d\n");
-  }
-  const uint32_t mode = mode_of(handle);
+  hist_log(here(), "Extract stp mode\n");
+  const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
+  if (cmd_id != STP_MCEC_CMD_STP_MODE) return extract::refuse_command(here(), request, cmd_id);
+  const uint32_t mode = mode_of(request);
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST &&
       stp_mcecm_get_vlan_count() > STP_MCEC_PVRST_MAX_USER_VLANS) {
-    cmd_rsp_send_nok(handle, 0,
+    cmd_rsp_send_nok(request.handle, 0,
                      "PVRST mode is not supported when there are more than %d user VLANs "
                      "configured\n",
                      STP_MCEC_PVRST_MAX_USER_VLANS);
     return STP_MCEC_RESULT_PVRST_REFUSED;
   }
-  MCEC_LOG(__func__, "Changing to mode %d\n", mode);
-  return extract::set_word({__func__, extract::Source::command, handle, tlv_array, num_extract_info,
-                            is_cmd, extract_info},
-                           rules, STP_MCEC_TYPE1_STP_MODE, mode);
+  hist_log(here(), "Changing to mode %d\n", mode);
+  return extract::set_word(here(), request, STP_MCEC_TYPE1_STP_MODE, mode);
 }

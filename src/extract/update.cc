@@ -14,10 +14,12 @@ using namespace mcec;
 namespace {
 
 constexpr extract::Rules rules = {
+    .source = extract::Source::update_message,
     .records = STP_MCEC_LIB_MEM_mcecm_app_cmd7_extract_info_t,
     .array = STP_MCEC_LIB_MEM_tlv_array_8_t,
-    .logs_no_records = true,
-    .logs_no_array = true,
+    .no_entry = extract::Told::reader,
+    .no_records = extract::Told::reader,
+    .no_array = extract::Told::reader,
 };
 
 // The header of the payload; the third word is not read.
@@ -49,45 +51,41 @@ bool lies_within(Bytes array, Bytes value) {
 extern "C" uint32_t stp_mcec_param_extractor_from_stp_type1_upd(
     void *msg, uint8_t **tlv_array, uint32_t *num_extract_info, uint32_t *is_cmd,
     mcecm_app_cmd_extract_info_t **extract_info) {
-  const auto *payload = static_cast<const uint8_t *>(mts_payload_get(msg));
+  const auto request = receive(rules, nullptr, tlv_array, num_extract_info, is_cmd, extract_info);
+  const auto *payload =
+      static_cast<const uint8_t *>(mts_payload_get(static_cast<mts_msg_t *>(msg)));
   if (payload == nullptr) {
-    MCEC_LOG(__func__, "null payload\n");
+    hist_log(here(), "null payload\n");
     return STP_MCEC_ERR_INVALID_ARG;
   }
   const auto header = load<Header>(payload);
   if (header.array_length == 0) {
-    MCEC_LOG(__func__, "Invalid param len=%d\n", header.array_length);
+    hist_log(here(), "Invalid param len=%d\n", header.array_length);
     return STP_MCEC_ERR_INVALID_ARG;
   }
   const Bytes array{payload + sizeof header, header.array_length};
-  const uint32_t count = tlv_count(array.data());
-  if (count == 0) return STP_MCEC_ERR_INVALID_ARG;
+  Walk walk = walk_over(array.data());
+  if (walk.count == 0) return STP_MCEC_ERR_INVALID_ARG;
 
-  const extract::Request request{
-      __func__,    extract::Source::update_message, nullptr, tlv_array, num_extract_info, is_cmd,
-      extract_info};
-  extract::Record *record = extract::new_records(request, rules, count);
+  extract::Record *record = extract::new_records(here(), request, walk.count);
   if (record == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
-  Block<uint8_t> copy = extract::new_array(request, rules, header.array_length);
+  Block<uint8_t> copy = extract::new_array(here(), request, header.array_length);
   if (!copy) {
     const Block<extract::Record> taken_back(std::exchange(*extract_info, nullptr));
     return STP_MCEC_RESULT_NO_BLOCK;
   }
-  extract::announce(request, count);
+  extract::announce(request, walk.count);
 
-  const char *const operation = __func__;
-  const auto unread = [=](uint32_t code) { return log_unstored(operation, code); };
-  const Ended ended = walk(array.data(), count, unread, [&](const Tlv &tlv) -> Ended {
-    if (!lies_within(array, tlv.value)) return unread(STP_MCEC_ERR_INVALID_ARG);
-    MCEC_LOG(operation, "updating type=%d, len=%zu (is_default=%d)\n", tlv.type, tlv.value.size(),
+  for (Tlv tlv; next(walk, tlv);) {
+    if (!lies_within(array, tlv.value)) return log_unstored(here(), STP_MCEC_ERR_INVALID_ARG);
+    hist_log(here(), "updating type=%d, len=%zu (is_default=%d)\n", tlv.type, tlv.value.size(),
              is_default(tlv) ? 1 : 0);
-    if (extract::put(request, rules, header.if_index, tlv.type, tlv.value) == nullptr) {
+    if (extract::put(here(), request, header.if_index, tlv.type, tlv.value) == nullptr) {
       return STP_MCEC_ERR_NO_MEMORY;
     }
     *record++ = {tlv.type, 1, header.is_global, header.if_index};
-    return go_on;
-  });
-  if (ended) return *ended;
+  }
+  if (walk.code != 0) return log_unstored(here(), walk.code);
   std::memcpy(copy.get(), array.data(), array.size());
   *tlv_array = copy.release();
   return 0;

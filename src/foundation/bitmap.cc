@@ -86,7 +86,7 @@ void add_range(VlanSet &vlans, uint32_t first, uint32_t last) {
   }
 }
 
-const char *text_of(const VlanSet &vlans) {
+const char *write_ranges(const VlanSet &vlans) {
   char *const text = stp_vlan_bmp_str_buf;
   char *out = text;
   for (uint32_t first = next_set(vlans, 0); first < vlan_id_count;) {
@@ -118,7 +118,7 @@ extern "C" void stp_mcec_lib_bmp4096_ntoh(const void *src, void *dst) {
 }
 
 extern "C" const char *stp_mcec_lib_bmp4096_to_str(const void *record) {
-  return text_of(vlans_of(record));
+  return write_ranges(vlans_of(record));
 }
 
 extern "C" uint32_t stp_mcecm_get_vlan_count() {

@@ -31,7 +31,7 @@ uint32_t count(const VlanSet &vlans);
 // Add the VLANs first to last, as far as they exist; none when first is greater.
 void add_range(VlanSet &vlans, uint32_t first, uint32_t last);
 
-// The range text, "1-3,5", written to stp_vlan_bmp_str_buf.
-const char *text_of(const VlanSet &vlans);
+// Write the range text, "1-3,5", to stp_vlan_bmp_str_buf, and return that.
+const char *write_ranges(const VlanSet &vlans);
 
 }  // namespace mcec

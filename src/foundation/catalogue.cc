@@ -24,14 +24,18 @@ constexpr OnTheWire wire[] = {
 
 constexpr ChoiceText modes[] = {{STP_MCEC_STP_MODE_RAPID_PVST, "Rapid-PVST"}};
 constexpr ChoiceText enabled[] = {{0, "Disabled"}};
-constexpr ChoiceText port_types[] = {
-    {1, "Edge Port"}, {2, "Normal Port"}, {3, "Edge Trunk Port"}, {4, "Network Port"}};
-constexpr ChoiceText guards[] = {{1, "Root"}, {2, "Loop"}};
-constexpr ChoiceText simulations[] = {{0, "Default"},
-                                      {1, "Enabled"},
-                                      {2, "Disabled"},
-                                      {3, "Default Enabled"},
-                                      {4, "Default Disabled"}};
+constexpr ChoiceText port_types[] = {{STP_MCEC_IFI_PORT_TYPE_EDGE, "Edge Port"},
+                                     {STP_MCEC_IFI_PORT_TYPE_NORMAL, "Normal Port"},
+                                     {STP_MCEC_IFI_PORT_TYPE_EDGE_TRUNK, "Edge Trunk Port"},
+                                     {STP_MCEC_IFI_PORT_TYPE_NETWORK, "Network Port"}};
+constexpr ChoiceText guards[] = {{STP_MCEC_IFI_PORT_GUARD_ROOT, "Root"},
+                                 {STP_MCEC_IFI_PORT_GUARD_LOOP, "Loop"}};
+constexpr ChoiceText simulations[] = {
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT, "Default"},
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_ENABLED, "Enabled"},
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_DISABLED, "Disabled"},
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_ENABLED, "Default Enabled"},
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_DISABLED, "Default Disabled"}};
 
 struct Default {
   uint32_t word;
@@ -42,11 +46,11 @@ constexpr Default not_zero{0, true};
 
 constexpr Parameter row(uint16_t type, const char *name, Compared compared, Form form, Default def,
                         const char *title, std::span<const ChoiceText> texts = {},
-                        const char *other_text = "") {
+                        const char *other_text = "", OnPodPorts on_pod_ports = OnPodPorts::counts) {
   const OnTheWire &on_wire = wire[type - 1];
-  return {on_wire.type,  on_wire.scope, on_wire.length, on_wire.mismatch,
-          name,          compared,      form,           def.word,
-          def.any_other, title,         texts,          other_text};
+  return {on_wire.type, on_wire.scope, on_wire.length, on_wire.mismatch, name,
+          compared,     on_pod_ports,  form,           def.word,         def.any_other,
+          title,        texts,         other_text};
 }
 
 using enum Compared;
@@ -72,33 +76,35 @@ constexpr Parameter catalogue[] = {
     row(STP_MCEC_TYPE1_GBL_MST_SIMULATE_PVST, "Gbl MST Simulate PVST", in_mst, Form::choice,
         not_zero, "STP MST Simulate PVST", enabled, "Enabled"),
     row(STP_MCEC_TYPE1_IFI_PORT_TYPE, "Ifi Port Type", in_every_mode, Form::choice, zero,
-        "STP Port Type", port_types, "Default"),
+        "STP Port Type", port_types, "Default", OnPodPorts::is_passed_over),
     row(STP_MCEC_TYPE1_IFI_PORT_GUARD, "Ifi Port Gaurd", in_every_mode, Form::choice, zero,
         "STP Port Guard", guards, "None"),
     row(STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST, "Ifi MST Simulate PVST", in_mst, Form::choice, zero,
         "STP MST Simulate PVST", simulations, "None"),
 };
 
-constexpr bool in_order_of_type() {
-  for (uint32_t i = 0; i < std::size(catalogue); ++i) {
+// By type, which is by scope too.
+constexpr std::size_t global_count =
+    static_cast<std::size_t>(std::ranges::count(catalogue, Scope::GLOBAL, &Parameter::scope));
+
+constexpr bool in_order() {
+  for (std::size_t i = 0; i < std::size(catalogue); ++i) {
     if (catalogue[i].type != i + 1) return false;
+    if ((catalogue[i].scope == Scope::GLOBAL) != (i < global_count)) return false;
   }
   return true;
 }
-static_assert(std::size(catalogue) == std::size(wire) && in_order_of_type());
+static_assert(std::size(catalogue) == std::size(wire) && in_order());
 
 }  // namespace
 
-std::span<const Parameter> parameters() {
-  return catalogue;
+std::span<const Parameter> parameters_of(Scope scope) {
+  const std::span<const Parameter> all = catalogue;
+  return scope == Scope::GLOBAL ? all.first(global_count) : all.subspan(global_count);
 }
 
 const Parameter *find_parameter(uint32_t type) {
   return type >= 1 && type <= std::size(catalogue) ? &catalogue[type - 1] : nullptr;
-}
-
-uint16_t mst_region_entry_length(uint16_t type) {
-  return std::min(find_parameter(type)->length, mst_region_map_entry_length);
 }
 
 const char *choice_text(const Parameter &parameter, uint32_t value) {

@@ -13,6 +13,9 @@ enum class Scope : uint8_t { GLOBAL, INTERFACE };
 // The spanning-tree modes in which the peers must agree on a parameter.
 enum class Compared : uint8_t { in_every_mode, in_mst, in_rapid_pvst };
 
+// What a difference on a pod host interface means: the same as elsewhere, or nothing.
+enum class OnPodPorts : uint8_t { counts, is_passed_over };
+
 // What a value is, which decides how it is logged, shown and tested for being the default. The
 // first three are words.
 enum class Form : uint8_t {
@@ -40,6 +43,7 @@ struct Parameter {
   uint32_t mismatch;
   const char *name;
   Compared compared;
+  OnPodPorts on_pod_ports;
   Form form;
   // Of a word: default when it equals default_word, or when it is any other.
   uint32_t default_word;
@@ -50,20 +54,26 @@ struct Parameter {
   const char *other_text;
 };
 
-// All parameters in the order of their types, 1 to 12.
-std::span<const Parameter> parameters();
+// The parameters of a scope in the order of their types.
+std::span<const Parameter> parameters_of(Scope scope);
 
 // The parameter of a type, nullptr when there is none.
 const Parameter *find_parameter(uint32_t type);
 
-// The parameters of the MST region, in the order in which its reset hands them out. The entry of
-// the VLAN map is shorter there than a cached map.
-inline constexpr uint16_t mst_region_types[] = {STP_MCEC_TYPE1_MST_REGION_NAME,
-                                                STP_MCEC_TYPE1_MST_REGION_REVISION,
-                                                STP_MCEC_TYPE1_MST_REGION_VI_MAP};
-inline constexpr uint16_t mst_region_map_entry_length = 80;
+// The parameters of the MST region, in the order in which its reset hands them out: an entry of
+// `length` zero bytes, the default, which is shorter than a cached VLAN map; and the reset's line.
+struct RegionParameter {
+  uint16_t type;
+  uint16_t length;
+  const char *reset_line;
+};
 
-uint16_t mst_region_entry_length(uint16_t type);
+inline constexpr RegionParameter mst_region[] = {
+    {STP_MCEC_TYPE1_MST_REGION_NAME, 32, "Default MST Region Config Name, deleting avl node"},
+    {STP_MCEC_TYPE1_MST_REGION_REVISION, 4,
+     "Default MST Region Config Revision, deleting avl node"},
+    {STP_MCEC_TYPE1_MST_REGION_VI_MAP, 80, "Default MST Region Config VI Map, deleting avl node"},
+};
 
 const char *choice_text(const Parameter &parameter, uint32_t value);
 const char *port_type_text(uint32_t flags);

@@ -2,7 +2,10 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
@@ -14,15 +17,6 @@
 
 namespace mcec {
 namespace {
-
-constexpr uint32_t history_size = 0x40000;
-constexpr uint32_t history_event = 0x730000;
-
-// What the event history is handed for a line, as far as its text goes.
-struct HistoryRecord {
-  uint32_t flag;
-  char text[512];
-};
 
 struct MemType {
   uint32_t number;
@@ -41,6 +35,34 @@ constexpr char debug_banner[] =
     "STP MCEC Type-1 cfg debug file \n"
     "--------------------------------\n";
 
+// Write the head, "stp_mcec_type1_cfg_compat_check(21): ", and return its length. The names of the
+// operations are far shorter than a line.
+std::size_t write_head(sdwrap_hist_line_t &line, Step step) {
+  char *out = std::copy_n(step.operation, std::strlen(step.operation), line.text);
+  *out++ = '(';
+  out = std::to_chars(out, line.text + sizeof line.text, step.line).ptr;
+  out = std::copy_n("): ", 3, out);
+  return static_cast<std::size_t>(out - line.text);
+}
+
+// Append to a line of `length` characters, and return how many it has then.
+std::size_t write(sdwrap_hist_line_t &line, std::size_t length, const char *format,
+                  va_list arguments) {
+  const std::size_t room = sizeof line.text - length;
+  const int written = std::vsnprintf(line.text + length, room, format, arguments);
+  if (written >= 0) return length + std::min(static_cast<std::size_t>(written), room - 1);
+  line.text[0] = '\0';
+  return 0;
+}
+
+void send(sdwrap_hist_line_t &line, std::size_t length) {
+  if (stp_mcec_lib_sdwrap_init_done == 0) stp_mcec_lib_sdwrap_init();
+  line.flag = 1;
+  const std::size_t size = offsetof(sdwrap_hist_line_t, text) + length + 1;
+  sdwrap_his_log_event_for_uuid_inst(STP_MCEC_LIB_SERVICE_ID, SDWRAP_HIST_LINE_EVENT, 0, 0,
+                                     static_cast<uint32_t>(size), &line);
+}
+
 }  // namespace
 
 void *zalloc(stp_mcec_lib_mem_type_t mem_type, uint32_t size) {
@@ -55,39 +77,45 @@ void *zalloc_records(stp_mcec_lib_mem_type_t mem_type, uint32_t header, uint32_t
   return size <= UINT32_MAX ? zalloc(mem_type, static_cast<uint32_t>(size)) : nullptr;
 }
 
-void hist_log(const char *format, ...) {
-  if (stp_mcec_lib_sdwrap_init_done == 0) stp_mcec_lib_sdwrap_init();
-  HistoryRecord record;
-  record.flag = 1;
+void hist_log(Step step, const char *format, ...) {
+  sdwrap_hist_line_t line;
   va_list arguments;
   va_start(arguments, format);
-  if (std::vsnprintf(record.text, sizeof record.text, format, arguments) < 0) record.text[0] = '\0';
+  send(line, write(line, write_head(line, step), format, arguments));
   va_end(arguments);
-  const std::size_t length = offsetof(HistoryRecord, text) + std::strlen(record.text) + 1;
-  sdwrap_his_log_event_for_uuid_inst(STP_MCEC_LIB_SERVICE_ID, history_event, 0, 0,
-                                     static_cast<uint32_t>(length), &record);
+}
+
+void hist_log(const char *format, ...) {
+  sdwrap_hist_line_t line;
+  va_list arguments;
+  va_start(arguments, format);
+  send(line, write(line, 0, format, arguments));
+  va_end(arguments);
 }
 
 uint32_t tlv_find(const void *array, uint16_t type, Tlv &found) {
   uint16_t length = 0;
   void *value = nullptr;
-  const uint32_t code = tlv_aligned_array_find_tlv(array, type, &length, &value, tlv_flag);
+  const uint32_t code = tlv_aligned_array_find_tlv(array, type, &length, &value, TLV_ALIGNED_FLAG);
   if (code == 0) found = {type, {static_cast<const uint8_t *>(value), length}};
   return code;
 }
 
-uint32_t tlv_next(const void *array, uint32_t &cursor, Tlv &read) {
+bool next(Walk &walk, Tlv &tlv) {
+  if (walk.read == walk.count) return false;
+  ++walk.read;
   uint16_t type = 0;
   uint16_t length = 0;
   void *value = nullptr;
-  const uint32_t code =
-      tlv_aligned_array_get_next_tlv(array, &type, &length, &value, tlv_flag, &cursor);
-  if (code == 0) read = {type, {static_cast<const uint8_t *>(value), length}};
-  return code;
+  walk.code = tlv_aligned_array_get_next_tlv(walk.array, &type, &length, &value, TLV_ALIGNED_FLAG,
+                                             &walk.cursor);
+  if (walk.code != 0) return false;
+  tlv = {type, {static_cast<const uint8_t *>(value), length}};
+  return true;
 }
 
-uint32_t log_unstored(const char *operation, uint32_t code, int line) {
-  MCEC_LOG_AT(line, operation, "Failed (rc=0x%x, %s) to retrieve tlv\n", code, syserr2str(code));
+uint32_t log_unstored(Step step, uint32_t code) {
+  hist_log(step, "Failed (rc=0x%x, %s) to retrieve tlv\n", code, syserr2str(code));
   return code;
 }
 
@@ -113,7 +141,7 @@ extern "C" uint32_t __stp_mcec_lib_mem_type_t_str2enum(const char *name) {
 }
 
 extern "C" void stp_mcec_lib_sdwrap_init() {
-  if (sdwrap_hist_init_for_uuid(STP_MCEC_LIB_SERVICE_ID, history_size) == 0) {
+  if (sdwrap_hist_init_for_uuid(STP_MCEC_LIB_SERVICE_ID, SDWRAP_HIST_SIZE) == 0) {
     stp_mcec_lib_sdwrap_init_done = 1;
   }
 }

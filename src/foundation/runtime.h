@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 
 #include "draimiofaf/types.h"
 #include "foundation/wire.h"
@@ -32,19 +31,26 @@ void *zalloc_records(stp_mcec_lib_mem_type_t mem_type, uint32_t header, uint32_t
 
 // --- event history ---
 
-// One line, cut to 511 characters.
+// A step of an exported operation. Lines that are logged for it begin with the operation's name and
+// with the line of its source that asks for the step, also when a function that several operations
+// share takes it.
+struct Step {
+  const char *operation;
+  int line;
+};
+
+// The step that the calling operation takes here.
+constexpr Step here(const char *operation = __builtin_FUNCTION(), int line = __builtin_LINE()) {
+  return {operation, line};
+}
+
+// One line, cut to 511 characters, behind the head of its step.
+__attribute__((format(printf, 2, 3))) void hist_log(Step step, const char *format, ...);
+
+// One line without a head.
 __attribute__((format(printf, 1, 2))) void hist_log(const char *format, ...);
 
-// A line with its head: the exported operation whose step it is, and where it is logged.
-#define MCEC_LOG(operation, format, ...) MCEC_LOG_AT(__LINE__, operation, format, __VA_ARGS__)
-
-// The same for a step that several operations share, at the line that asked for it.
-#define MCEC_LOG_AT(line, operation, format, ...) \
-  ::mcec::hist_log("%s(%d): " format, operation, line __VA_OPT__(, ) __VA_ARGS__)
-
 // --- TLV arrays ---
-
-constexpr uint32_t tlv_flag = 1;
 
 struct Tlv {
   uint16_t type;
@@ -52,37 +58,38 @@ struct Tlv {
 };
 
 inline uint32_t tlv_count(const void *array) {
-  return tlv_aligned_array_get_num_tlvs(array, tlv_flag);
+  return tlv_aligned_array_get_num_tlvs(array, TLV_ALIGNED_FLAG);
 }
 
 // A code of the platform's, or 0 with the entry of that type in `found`.
 uint32_t tlv_find(const void *array, uint16_t type, Tlv &found);
 
-uint32_t tlv_next(const void *array, uint32_t &cursor, Tlv &read);
-
 inline uint32_t tlv_add(void *array, uint32_t array_size, uint16_t type, Bytes value) {
   return tlv_aligned_array_add_tlv(array, array_size, type, static_cast<uint16_t>(value.size()),
-                                   value.data(), tlv_flag);
+                                   value.data(), TLV_ALIGNED_FLAG);
 }
 
-// What ends a walk: a result, or nothing when it goes on.
-using Ended = std::optional<uint32_t>;
-constexpr Ended go_on = std::nullopt;
-
-// Read `count` entries of an array: each(tlv) for an entry, unread(code) for one that cannot be
-// read, which ends the walk with what it returns.
-template <class Each, class Unread>
-Ended walk(const void *array, uint32_t count, Unread unread, Each each) {
+// A walk over the entries of an array:
+//
+//   Walk walk = walk_over(array);
+//   for (Tlv tlv; next(walk, tlv);) ...
+//
+// An entry that cannot be read ends it too, and leaves the code of the platform.
+struct Walk {
+  const void *array;
+  uint32_t count;  // of entries
+  uint32_t read = 0;
   uint32_t cursor = 0;
-  for (uint32_t i = 0; i < count; ++i) {
-    Tlv tlv{};
-    if (const uint32_t code = tlv_next(array, cursor, tlv); code != 0) return unread(code);
-    if (const Ended ended = each(tlv); ended) return ended;
-  }
-  return go_on;
+  uint32_t code = 0;
+};
+
+inline Walk walk_over(const void *array) {
+  return {array, tlv_count(array)};
 }
 
-// The line of an entry that cannot be read on the way into the cache; returns the code.
-uint32_t log_unstored(const char *operation, uint32_t code, int line = __builtin_LINE());
+bool next(Walk &walk, Tlv &tlv);
+
+// The line of an entry that cannot be read on its way into the cache; returns the code.
+uint32_t log_unstored(Step step, uint32_t code);
 
 }  // namespace mcec

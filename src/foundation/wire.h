@@ -63,7 +63,7 @@ inline int text_length(Bytes value) {
   return static_cast<int>(std::find(value.begin(), value.end(), uint8_t{0}) - value.begin());
 }
 
-inline const char *text_of(Bytes value) {
+inline const char *chars_of(Bytes value) {
   return reinterpret_cast<const char *>(value.data());
 }
 

@@ -12,8 +12,6 @@ namespace {
 // The interface types that spanning tree runs on.
 constexpr uint8_t accepted_types[] = {22, 26, 28, 29, 31, 37};
 
-static_assert(sizeof(im_ifindex_layermode_t) == 536);
-
 }  // namespace
 
 extern "C" uint32_t stp_valid_if_index_offline(uint32_t if_index) {
