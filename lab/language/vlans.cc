@@ -33,7 +33,9 @@ ParsedRanges parse_vlans(std::string_view text) {
 Vlans vlans_of(const Ranges &ranges) {
   Vlans vlans;
   for (const auto &[first, last] : ranges) {
-    for (uint32_t vlan = first; vlan <= last && vlan < vlan_count; ++vlan) vlans.set(vlan);
+    if (first >= vlan_count || first > last) continue;
+    const uint32_t count = std::min(last, vlan_count - 1) - first + 1;
+    vlans |= ~Vlans() >> (vlan_count - count) << first;
   }
   return vlans;
 }

@@ -1,7 +1,6 @@
 #include "outcome/cure.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "draimiofaf/types.h"
 #include "read/spelling.h"
@@ -256,17 +255,18 @@ std::string groups_text(const std::string &what, const std::vector<Group> &group
   return left > 0 ? text + "; and " + std::to_string(left) + " more groups of VLANs" : text;
 }
 
-std::string vlan_text_of(const PairOfSettings &settings) {
+// `on` and `off`: how a VLAN with spanning tree is written, and one without.
+std::string vlans_text(const PairOfSettings &settings, const std::string &what,
+                       const std::string &on, const std::string &off) {
   std::vector<Group> groups;
   const auto [differ, on_left] = differing_vlans(*settings[0], *settings[1]);
-  const Vlans on_right = on_left;  // disabled on right: enabled on left
-  const Vlans disabled_left = differ & ~on_left;
-  if (on_right.any()) groups.push_back({on_right, {"false", "true"}});
-  if (disabled_left.any()) groups.push_back({disabled_left, {"true", "false"}});
-  return groups_text("STP_VLAN enabled", groups);
+  const Vlans on_right = differ & ~on_left;
+  if (on_left.any()) groups.push_back({on_left, {off, on}});
+  if (on_right.any()) groups.push_back({on_right, {on, off}});
+  return groups_text(what, groups);
 }
 
-std::string map_text(const PairOfSettings &settings) {
+std::string map_text(const PairOfSettings &settings, const std::string &what) {
   const Bytes left = value_in(*settings[0], STP_MCEC_TYPE1_MST_REGION_VI_MAP);
   const Bytes right = value_in(*settings[1], STP_MCEC_TYPE1_MST_REGION_VI_MAP);
   std::map<std::pair<uint32_t, uint32_t>, Vlans> moves;
@@ -275,19 +275,28 @@ std::string map_text(const PairOfSettings &settings) {
     if (both.first != both.second) moves[both].set(vlan);
   }
   std::vector<Group> groups;
+  groups.reserve(moves.size());
   for (const auto &[both, vlans] : moves) {
     groups.push_back({vlans,
                       {"in instance " + std::to_string(both.second),
                        "in instance " + std::to_string(both.first)}});
   }
-  return groups_text("STP_MST_INST vlan_list", groups);
+  return groups_text(what, groups);
 }
 
 // "ifi-port-guard of PortChannel10: root on right, or none on left".
-std::string words(const PairOfSettings &settings, const std::string &channel, uint16_t type) {
+std::string in_words(const PairOfSettings &settings, const std::string &channel, uint16_t type) {
+  const std::array<const Entry *, 2> entries = {find_entry(*settings[0], channel, type),
+                                                find_entry(*settings[1], channel, type)};
+  const bool have_both = entries[0] != nullptr && entries[1] != nullptr;
+  if (have_both && type == STP_MCEC_TYPE1_STP_ENDIS) {
+    return vlans_text(settings, parameter_key(type), "not listed", "listed");
+  }
+  if (have_both && type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
+    return map_text(settings, parameter_key(type));
+  }
   const auto value = [&](std::size_t side) {
-    const Entry *entry = find_entry(*settings[side], channel, type);
-    return entry != nullptr ? written(*entry) : "nothing";
+    return entries[side] != nullptr ? written(*entries[side]) : "nothing";
   };
   return parameter_key(type) + (channel.empty() ? "" : " of " + printable(channel)) + ": " +
          value(0) + " on right, or " + value(1) + " on left";
@@ -315,7 +324,7 @@ Cure cure_of(const PairOfSettings &settings, const std::array<const Rows *, 2> &
              const std::string &channel, uint16_t type) {
   Cure cure;
   if (rows[0] == nullptr || rows[1] == nullptr) {
-    cure.text = words(settings, channel, type);
+    cure.text = in_words(settings, channel, type);
     return cure;
   }
   if (find_entry(*settings[0], channel, type) == nullptr ||
@@ -334,9 +343,9 @@ Cure cure_of(const PairOfSettings &settings, const std::array<const Rows *, 2> &
   cure.alone = {changes_of({*left, *rows[0], *right, *rows[1]}, channel, type),
                 changes_of({*right, *rows[1], *left, *rows[0]}, channel, type)};
   if (type == STP_MCEC_TYPE1_STP_ENDIS) {
-    cure.text = vlan_text_of(settings);
+    cure.text = vlans_text(settings, "STP_VLAN enabled", "true", "false");
   } else if (type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
-    cure.text = map_text(settings);
+    cure.text = map_text(settings, "STP_MST_INST vlan_list");
   } else if (cure.alone[0] && cure.alone[1]) {
     cure.text = alternatives({*cure.alone[0], *cure.alone[1]});
   }
@@ -376,9 +385,9 @@ Json patch_of(const Rows &rows, const Changes &changes) {
   for (const auto &[table, rows_after] : after) {
     const auto table_before = rows.find(table);
     if (table_before == rows.end()) {
-      Json whole = Json::object();
-      for (const auto &[key, row] : rows_after) whole[key] = whole_row(row);
-      operation("add", {table})["value"] = whole;
+      Json::object_t whole;  // its keys are new, and need no looking up
+      for (const auto &[key, row] : rows_after) whole.emplace_back(key, whole_row(row));
+      operation("add", {table})["value"] = std::move(whole);
       continue;
     }
     for (const auto &[key, row] : rows_after) {

@@ -242,8 +242,7 @@ struct RowsReader {
 
   std::string region_name(bool is_needed, const std::string &address) {
     const std::string where = place("STP_MST", "GLOBAL", "name");
-    const std::string name =
-        text("STP_MST", "GLOBAL", row("STP_MST", "GLOBAL"), "name").value_or("");
+    std::string name = text("STP_MST", "GLOBAL", row("STP_MST", "GLOBAL"), "name").value_or("");
     check_name(where, name);
     if (!name.empty() || !is_needed) return name;
     check_name(place("DEVICE_METADATA", "localhost", "mac"), address);
@@ -337,7 +336,8 @@ struct RowsReader {
     for (const std::string &name : channels()) {
       Channel channel{name, 0, false, {}};
       const uint32_t number = *decimal(name.substr(std::string_view("PortChannel").size()));
-      if (number > 0 && number <= last_id && ids.insert(number).second) channel.id = number;
+      const bool is_usual = name == "PortChannel" + std::to_string(number);
+      if (is_usual && number > 0 && number <= last_id) ids.insert(channel.id = number);
       if (const auto found = members.find(name); found != members.end()) {
         channel.vlans = found->second & settings.user_vlans;
       }

@@ -28,7 +28,9 @@ std::string name_text(const std::string &name) {
 
 std::string inline_text(const Pairs &pairs) {
   std::string text;
-  for (const auto &[key, value] : pairs) text += (text.empty() ? "" : ", ") + key + ": " + value;
+  for (const auto &[key, value] : pairs) {
+    text.append(text.empty() ? "" : ", ").append(key).append(": ").append(value);
+  }
   return "{" + text + "}";
 }
 
@@ -67,7 +69,7 @@ std::string port_lines(const Settings &settings, const Port &port) {
   if (!uncovered.empty()) pairs.emplace_back("uncovered", inline_text(uncovered));
   std::string lines;
   for (const auto &[key, value] : pairs) {
-    lines += (lines.empty() ? "  - " : "    ") + key + ": " + value + "\n";
+    lines.append(lines.empty() ? "  - " : "    ").append(key).append(": ").append(value) += '\n';
   }
   return lines;
 }
