@@ -1,0 +1,212 @@
+#!/usr/bin/python3
+"""Look at the pages of `mcec-lab compare --html` in a browser.
+
+  tests/page_test.py MCEC-LAB FOLDER
+
+Dumps, pages, pictures in light and dark, and prints stay in FOLDER, to be looked at. The browser's
+driver is Debian's, hence its Python. Exit status 77: there is no browser.
+"""
+import base64
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+try:
+    from selenium import webdriver
+    from selenium.webdriver.chrome.service import Service
+    from selenium.webdriver.common.action_chains import ActionChains
+    from selenium.webdriver.common.keys import Keys
+except ImportError:
+    webdriver = None
+browser, service = shutil.which("chromium"), shutil.which("chromedriver")
+if not (webdriver and browser and service):
+    print("skipped: chromium, chromium-driver and python3-selenium are not all installed")
+    sys.exit(77)
+
+lab, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
+folder.mkdir(parents=True, exist_ok=True)
+bad = 0
+
+
+def check(what, found, expected):
+    global bad
+    if found != expected:
+        bad += 1
+        print(f"{what}: expected {expected!r}, found {found!r}", file=sys.stderr)
+
+
+# --- the pairs ---
+
+HOSTILE = "</script><img src=x onerror=alert(1)>\"'&amp;\u202e😀"
+REGION = "</td><b onclick='x'>\"&lt;;%s{}"
+
+
+def dump(name, mode, instances=None, off=(), guard="false", region="DC1"):
+    vlans = [*range(10, 60), *range(700, 710)]
+    return {
+        "DEVICE_METADATA": {"localhost": {"hostname": name, "mac": "00:11:22:33:44:55"}},
+        "STP": {"GLOBAL": {"mode": mode}},
+        "STP_MST": {"GLOBAL": {"name": region, "revision": "7"}},
+        "STP_MST_INST": {f"MST_INSTANCE|{i}": {"vlan_list": v}
+                         for i, v in (instances or {}).items()},
+        "STP_VLAN": {f"Vlan{v}": {"enabled": "true"} for v in vlans if v not in off},
+        "STP_PORT": {"PortChannel10": {"root_guard": guard}},
+        "MCLAG_DOMAIN": {"1": {"peer_link": "PortChannel1"}},
+        "MCLAG_INTERFACE": {"1|PortChannel2": {}, "1|PortChannel10": {}},
+        "VLAN": {f"Vlan{v}": {} for v in vlans},
+        "VLAN_MEMBER": {f"Vlan{v}|PortChannel10": {} for v in vlans if v < 50},
+    }
+
+
+ONE = {1: ["10-20", "700"], 2: ["30-39"]}
+TWO = {1: ["10-20"], 2: ["30-39", "700"]}
+# Name, the dumps, the exit status, the heading, what the page must say, VLANs by what they must say.
+PAIRS = [
+    ("agree", dump("leaf-1", "mst", ONE), dump("leaf-2", "mst", ONE), 0, "The pair agrees",
+     ["All 3 scopes agree", "0 of 2"],
+     {0: "instance 0 on both: same", 700: "instance 1 on both: same"}),
+    ("differ\"><img src=x onerror=alert(2)>", dump(HOSTILE, "mst", ONE, guard="true", region=REGION),
+     dump("leaf-2", "mst", TWO), 1, "The pair does not agree",
+     ["2 of 3 scopes differ", "mst-region-name", "≠ different", "PortChannel10", "1 of 2", REGION,
+      HOSTILE.replace("\u202e", "\\xe2\\x80\\xae")],
+     {700: "instance 1 on left, 2 on right: different", 15: "instance 1 on both: same"}),
+    ("vlans", dump("spine-1", "pvst", off={12, 55}), dump("spine-2", "pvst", off={14, 15}), 1,
+     "The pair does not agree", ["1 of 3 scopes differ", "stp-endis", "Twin VLANs that fail"],
+     {12: "disabled on left, enabled on right: twin VLAN, fails",
+      55: "disabled on left, enabled on right: differs, but is not compared",
+      16: "enabled on both: twin VLAN, passes", 4000: "enabled on both: same"}),
+    ("off", dump("leaf-1", "none"), dump("leaf-2", "mst"), 1,
+     "The pair does not agree: spanning tree is off on left", ["No check was made"], {}),
+]
+
+# The least contrast of a text with what is behind it, large ones counted for less.
+CONTRAST = """
+const light = (colour) => {
+  const [r, g, b] = colour.match(/[0-9.]+/g).map((part) => {
+    const share = part / 255;
+    return share <= 0.04045 ? share / 12.92 : ((share + 0.055) / 1.055) ** 2.4;
+  });
+  return 0.2126 * r + 0.7152 * g + 0.0722 * b;
+};
+const behind = (element) => {
+  const colour = element ? getComputedStyle(element).backgroundColor : "rgb(255, 255, 255)";
+  return colour.endsWith(", 0)") ? behind(element.parentElement) : colour;
+};
+let least = 21;
+const texts = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
+while (texts.nextNode()) {
+  const element = texts.currentNode.parentElement;
+  if (!texts.currentNode.data.trim() || !element.checkVisibility()) continue;
+  const [a, b] = [light(getComputedStyle(element).color), light(behind(element))];
+  least = Math.min(least, (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05));
+}
+return least;"""
+
+
+def look_at(driver, name, heading, says, vlans):
+    page = folder / f"{name}.html"
+    driver.get(page.as_uri())
+    ask = driver.execute_script
+    check("heading", driver.title.startswith(heading + ": "), True)
+    check("h1", driver.find_element("css selector", "h1").text[2:], heading)
+    text = ask("return document.body.textContent")
+    for expected in says:
+        check("the page says", expected if expected in text else text[:2000], expected)
+    check("elements that switches made",
+          ask("return document.querySelectorAll('img, main b:not(.number), [onclick]').length"), 0)
+    check("scripts", ask("return document.scripts.length"), 1)
+    check("tables without a caption, or with a column without a heading", ask(
+        "return document.querySelectorAll('table:not(:has(caption)), th:not([scope])').length"), 0)
+    check("levels of headings that are left out", ask(
+        "return [...document.querySelectorAll('h1, h2, h3')].map((h) => h.tagName[1])"
+        ".filter((level, i, all) => level - (i ? all[i - 1] : 0) > 1).length"), 0)
+
+    cells = driver.find_elements("css selector", "[role=grid] > [role=row] > [role=gridcell]")
+    check("cells", len(cells), 4096 if vlans else 0)
+    for vlan, expected in vlans.items():
+        driver.execute_script("arguments[0].scrollIntoView({block: 'center'})", cells[vlan])
+        ActionChains(driver, duration=0).move_to_element(cells[vlan]).perform()
+        named = driver.find_element("css selector", "[role=status]").text
+        check("on hover", named, f"VLAN {vlan}: {expected}")
+        check("accessible name", cells[vlan].accessible_name, named)
+
+    where = "return [...document.querySelectorAll('[role=gridcell]')].indexOf(document.activeElement)"
+    stops = []
+    driver.execute_script("scrollTo(0, 0); document.activeElement.blur()")
+    for _ in range(60):
+        ActionChains(driver).send_keys(Keys.TAB).perform()
+        if ask("return document.activeElement === document.body"):
+            break
+        stops.append(ask(where))
+    check("tab stops in the grid", sum(stop >= 0 for stop in stops), 1 if vlans else 0)
+    if vlans:
+        driver.execute_script("arguments[0].focus()", cells[130])
+        for key, then in ((Keys.ARROW_RIGHT, 131), (Keys.ARROW_DOWN, 195), (Keys.ARROW_LEFT, 194),
+                          (Keys.ARROW_UP, 130), (Keys.END, 191), (Keys.HOME, 128),
+                          (Keys.PAGE_DOWN, 640), (Keys.PAGE_UP, 128), (Keys.PAGE_UP, 0),
+                          (Keys.ARROW_LEFT, 0), (Keys.ARROW_UP, 0)):
+            ActionChains(driver).send_keys(key).perform()
+            check(f"after {key!r}", ask(where), then)
+            check("announced", driver.find_element("id", "named").text.split(":")[0], f"VLAN {then}")
+        driver.execute_script("document.activeElement.blur()")
+
+    for scheme in ("light", "dark"):
+        driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {
+            "features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        check(f"contrast, {scheme}", max(4.5, least := ask(CONTRAST)), least)
+        size = ask("return [innerWidth, Math.min(document.documentElement.scrollHeight, 8000)]")
+        picture = driver.execute_cdp_cmd("Page.captureScreenshot", {
+            "captureBeyondViewport": True,
+            "clip": {"x": 0, "y": 0, "width": size[0], "height": size[1], "scale": 1}})
+        (folder / f"{name}-{scheme}.png").write_bytes(base64.b64decode(picture["data"]))
+    (folder / f"{name}.pdf").write_bytes(base64.b64decode(driver.print_page()))
+    driver.set_window_size(500, 900)
+    check("wider than a narrow window", ask(
+        "return document.documentElement.scrollWidth > innerWidth"), False)
+    driver.set_window_size(1200, 1000)
+    check("messages", driver.get_log("browser"), [])
+
+    driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
+    driver.get(page.as_uri())
+    body = driver.find_element("tag name", "body").text
+    for vlan, expected in vlans.items():
+        if "different" in expected:
+            check("without a script", f"{vlan} instance 1 instance 2 different" in body, True)
+    driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": False})
+
+
+os.environ["NO_PROXY"] = "localhost,127.0.0.1"
+with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile:
+    options = webdriver.ChromeOptions()
+    options.binary_location = browser
+    for flag in ("headless=new", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
+                 "disable-background-networking", "disable-component-update", "disable-sync",
+                 "disable-dev-shm-usage", "window-size=1200,1000", f"user-data-dir={profile}"):
+        options.add_argument("--" + flag)
+    options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
+    driver = webdriver.Chrome(service=Service(service), options=options)
+    driver.set_page_load_timeout(60)
+    try:
+        driver.get("about:blank")
+        driver.get_log("performance")  # what the browser loads for itself
+        for name, left, right, status, *expected in PAIRS:
+            sources = [f"{name}-left.json", f"{name}-right.json"]
+            for source, content in zip(sources, (left, right)):
+                (folder / source).write_text(json.dumps(content))
+            command = [str(lab), "compare", *sources, "--html", f"{name}.html"]
+            ran = subprocess.run(command, cwd=folder, timeout=60, stdout=subprocess.DEVNULL)
+            check(f"exit status of {name}", ran.returncode, status)
+            look_at(driver, name, *expected)
+        asked = [json.loads(entry["message"])["message"] for entry in driver.get_log("performance")]
+        asked = [message["params"]["request"]["url"] for message in asked
+                 if message["method"] == "Network.requestWillBeSent"]
+        check("pages loaded", len(asked), 2 * len(PAIRS))
+        check("other requests", [url for url in asked if not url.startswith("file://")], [])
+    finally:
+        driver.quit()
+print("the pages are as they must be" if bad == 0 else f"{bad} faults", "- look at", folder)
+sys.exit(bad > 0)
