@@ -80,6 +80,7 @@ Json changed_rows(const Told &told, std::size_t side, const Held &held) {
        {std::pair{&known, &held.mistakes}, {&held.mistakes, &known}}) {
     for (const auto &[name, mistakes] : *these) {
       if (others->contains(name) || held.before.contains(name)) continue;
+      if (name.empty() && !rows.empty()) continue;  // they say more than that the file is mended
       rows.push_back(row_of(side, name.empty() ? told.sides[side].source : name, nullptr, nullptr));
     }
   }

@@ -89,10 +89,6 @@ void write_metrics(Watch &watch) {
 
 // What is told, and what follows from it for the watch.
 void hear(Watch &watch, const std::vector<Json> &events, bool is_wrong) {
-  for (const Json &event : events) {
-    if (!watch.listener(event, is_wrong)) watch.status = watch.options.once_agreed ? 1 : 0;
-    if (watch.status) return;
-  }
   // A verdict holds as long as everything that is read says the same.
   std::array<Moment, 2> checked{};
   for (std::size_t i = 0; i < checked.size(); ++i) checked[i] = watch.held[i]->checked;
@@ -101,6 +97,10 @@ void hear(Watch &watch, const std::vector<Json> &events, bool is_wrong) {
     watch.compared = std::chrono::system_clock::now();
   }
   if (confirmed || !events.empty()) write_metrics(watch);
+  for (const Json &event : events) {
+    if (!watch.listener(event, is_wrong)) watch.status = watch.options.once_agreed ? 1 : 0;
+    if (watch.status) return;
+  }
   if (watch.options.once_agreed && watch.told.agree == true) watch.status = 0;
 }
 
