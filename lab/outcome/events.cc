@@ -100,8 +100,6 @@ Mistakes settle_side(Side &side, SideTold &told, const Held &held) {
     side.settings = *held.settings;
     return reading;
   }
-  // A file that cannot be read holds the rows that it had.
-  if (held.mistakes.contains("")) return reading;
   ReadSettings read = settings_of(held.rows, reading);
   side.settings = std::move(read.settings);
   return std::move(read.mistakes);

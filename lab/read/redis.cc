@@ -1,21 +1,17 @@
 #include "read/redis.h"
 
-#include <arpa/inet.h>
-#include <fcntl.h>
 #include <hiredis/hiredis.h>
-#include <netdb.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <deque>
 #include <set>
+#include <utility>
 
 #include "language/text.h"
+#include "read/resolver.h"
 #include "read/wait.h"
 
 namespace lab {
@@ -37,6 +33,8 @@ constexpr int reads_at_once = 64;
 // Where no notifications come, a reading that differs from the last may have met a change in the
 // middle. It is done again, this often at most.
 constexpr int most_repeats = 2;
+// Elements of an answer.
+constexpr int longest_list = 1000000;
 // How often changes that come while changes are brought in are brought in, too.
 constexpr int most_rounds = 3;
 
@@ -67,25 +65,6 @@ struct Line {
   Moment heard;  // when it last said something, or was asked something after a pause
 };
 
-// A host's addresses are found by a process of its own, for that may take long.
-struct Resolver {
-  pid_t pid = -1;
-  int pipe = -1;
-  std::string said;
-  Moment started;
-
-  Resolver() = default;
-  Resolver(const Resolver &) = delete;
-  Resolver &operator=(const Resolver &) = delete;
-  ~Resolver() {
-    if (pid > 0) {
-      kill(pid, SIGKILL);
-      waitpid(pid, nullptr, 0);
-    }
-    if (pipe >= 0) close(pipe);
-  }
-};
-
 // Why a source is lost; thrown within a step.
 struct Lost {
   std::string reason;
@@ -110,17 +89,19 @@ struct Database {
 
   std::vector<std::string> addresses;  // that have not been tried yet
   std::unique_ptr<Resolver> resolver;
+  Moment resolving_since;
   Line rows;
   Line changes;  // without a context: the server lets nobody subscribe
   std::size_t subscribed = 0;
+  bool silent = false;  // the server does not say whether it notifies
 
   std::optional<Reading> reading;
   bool read_once = false;
   int repeats = 0;
   Moment read_next;
 
-  std::set<std::string>
-      changed;               // of which the server has said so, and which are not asked for yet
+  // Rows of which the server has said that they changed, and that are not asked for yet.
+  std::set<std::string> changed;
   std::size_t settling = 0;  // answers that are awaited before the next round
   int rounds = 0;
 
@@ -133,8 +114,17 @@ namespace {
 
 // --- the lines ---
 
+const redisReplyObjectFunctions *usual_functions = nullptr;
+
+// A list of more than the lab can meet is not made, however long the server says that it is.
+template <class Count>
+void *make_list(const redisReadTask *task, Count elements) {
+  return elements <= Count{longest_list} ? usual_functions->createArray(task, elements) : nullptr;
+}
+
 std::string error_of(const redisContext &context) {
   if (context.err == REDIS_ERR_EOF) return "the server closed the connection";
+  if (context.err == REDIS_ERR_OOM) return "the server says more than can be kept";
   return printable(context.errstr);
 }
 
@@ -160,7 +150,7 @@ std::string channel_of(const Database &database, const std::string &row) {
 
 void log_in(const Database &database, Line &line, Moment now) {
   const Source &source = database.source;
-  if (source.password.empty()) return;
+  if (source.user.empty() && source.password.empty()) return;
   std::vector<std::string> words = {"AUTH"};
   if (!source.user.empty()) words.push_back(source.user);
   words.push_back(source.password);
@@ -175,6 +165,10 @@ void open_line(const Database &database, const std::string &address, Line &line)
                          : redisConnectNonBlock(address.c_str(), source.port));
   if (line.context == nullptr) throw Lost{"there is no memory for a connection"};
   if (line.context->err != 0) throw Lost{error_of(*line.context)};
+  static redisReplyObjectFunctions functions;
+  usual_functions = std::exchange(line.context->reader->fn, &functions);
+  functions = *usual_functions;
+  functions.createArray = make_list;
 }
 
 void open_lines(Database &database, Moment now) {
@@ -189,74 +183,22 @@ void open_lines(Database &database, Moment now) {
   say(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(database.source.database)});
   log_in(database, database.changes, now);
   std::vector<std::string> words = {"PSUBSCRIBE"};
-  for (const std::string &table : tables_read())
+  for (const std::string &table : tables_read()) {
     words.push_back(channel_of(database, table + "|*"));
+  }
   say(database.changes, now, {Ask::subscribe, ""}, words);
   database.subscribed = 0;
 }
 
-// --- names of hosts ---
-
-bool is_address(const std::string &host) {
-  in6_addr address;
-  return inet_pton(AF_INET, host.c_str(), &address) == 1 ||
-         inet_pton(AF_INET6, host.c_str(), &address) == 1;
-}
-
-// The life of the process that finds addresses: a line for each, or '!' and what is wrong.
-[[noreturn]] void find_addresses(const std::string &host, int out) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  addrinfo hints{};
-  hints.ai_socktype = SOCK_STREAM;
-  addrinfo *found = nullptr;
-  const int error = getaddrinfo(host.c_str(), nullptr, &hints, &found);
-  std::string text = error != 0 ? std::string("!") + gai_strerror(error) : "";
-  for (const addrinfo *at = error == 0 ? found : nullptr; at != nullptr; at = at->ai_next) {
-    char address[NI_MAXHOST];
-    if (getnameinfo(at->ai_addr, at->ai_addrlen, address, sizeof address, nullptr, 0,
-                    NI_NUMERICHOST) == 0) {
-      text += std::string(address) + "\n";
-    }
-  }
-  const ssize_t written = write(out, text.data(), text.size());
-  _exit(written == static_cast<ssize_t>(text.size()) ? 0 : 1);
-}
-
-void resolve(Database &database, Moment now) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) throw Lost{std::strerror(errno)};
-  auto resolver = std::make_unique<Resolver>();
-  resolver->pipe = ends[0];
-  resolver->started = now;
-  resolver->pid = fork();
-  if (resolver->pid == 0) find_addresses(database.source.place, ends[1]);
-  close(ends[1]);
-  if (resolver->pid < 0) throw Lost{std::strerror(errno)};
-  database.resolver = std::move(resolver);
-}
-
 void hear_resolver(Database &database, Moment now) {
-  Resolver &resolver = *database.resolver;
-  pollfd ready{resolver.pipe, POLLIN, 0};
-  while (poll(&ready, 1, 0) > 0) {
-    char text[1024];
-    const ssize_t got = read(resolver.pipe, text, sizeof text);
-    if (got > 0) {
-      resolver.said.append(text, static_cast<std::size_t>(got));
-      continue;
-    }
-    const std::string said = std::move(resolver.said);
+  const std::optional<Resolved> resolved = hear(*database.resolver);
+  if (resolved) {
     database.resolver.reset();
-    if (said.starts_with('!')) throw Lost{"the host is not known: " + printable(said.substr(1))};
-    for (std::size_t at = 0; at < said.size();) {
-      const std::size_t end = std::min(said.find('\n', at), said.size());
-      database.addresses.push_back(said.substr(at, end - at));
-      at = end + 1;
-    }
-    if (database.addresses.empty()) throw Lost{"the host has no address"};
-    return;
+    if (!resolved->problem.empty()) throw Lost{resolved->problem};
+    database.addresses = resolved->addresses;
+  } else if (now - database.resolving_since >= redis_patience) {
+    throw Lost{"the address of the host is not found in time"};
   }
-  if (now - resolver.started >= redis_patience) throw Lost{"the host's address is not found"};
 }
 
 void open(Database &database, Moment now) {
@@ -266,7 +208,8 @@ void open(Database &database, Moment now) {
   if (is_address(database.source.place)) {
     database.addresses = {database.source.place};
   } else {
-    resolve(database, now);
+    database.resolver = start_resolver(database.source.place);
+    database.resolving_since = now;
   }
 }
 
@@ -275,6 +218,7 @@ void close_lines(Database &database) {
   database.rows = Line{};
   database.changes = Line{};
   database.reading.reset();
+  database.silent = false;
   database.read_once = false;
   database.repeats = 0;
   database.changed.clear();
@@ -294,7 +238,9 @@ void scan(Database &database, const std::string &cursor, Moment now) {
 
 void begin_reading(Database &database, Moment now) {
   database.reading.emplace();
-  say(database.rows, now, {Ask::config, ""}, {"CONFIG", "GET", "notify-keyspace-events"});
+  if (!database.silent) {
+    say(database.rows, now, {Ask::config, ""}, {"CONFIG", "GET", "notify-keyspace-events"});
+  }
   scan(database, "0", now);
 }
 
@@ -317,10 +263,12 @@ void ask_rows(Database &database, Moment now) {
   if (asked.what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
     throw Lost{"the password is refused", true};
   }
-  throw Lost{printable(error.substr(0, error.find(". ")))};
+  // A database that the server does not have will not come.
+  throw Lost{printable(error.substr(0, error.find(". "))), asked.what == Ask::select};
 }
 
 void take_config(Database &database, const redisReply &reply) {
+  database.silent = reply.type == REDIS_REPLY_ERROR;
   const bool told = reply.type == REDIS_REPLY_ARRAY && reply.elements == 2;
   const std::string_view flags = told ? text_of(*reply.element[1]) : "";
   const auto has = [flags](char flag) { return flags.find(flag) != flags.npos; };
@@ -566,7 +514,7 @@ void work(Database &database, Moment now) {
     held.standing = Standing::here;
     held.reason.clear();
     held.before.clear();
-    held.first_change.reset();
+    if (database.changed.empty()) held.first_change.reset();
     database.pause = {};
   }
   look_after(database.rows, now);
@@ -612,7 +560,7 @@ void step(Database &database, Moment now) {
 
 Moment due(const Database &database) {
   if (database.away) return database.try_next;
-  if (database.resolver != nullptr) return database.resolver->started + redis_patience;
+  if (database.resolver != nullptr) return database.resolving_since + redis_patience;
   if (database.rows.context == nullptr) return Moment{};
   Moment first = database.read_once && !database.reading ? database.read_next : Moment::max();
   for (const Line *line : {&database.rows, &database.changes}) {

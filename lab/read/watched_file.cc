@@ -56,7 +56,7 @@ void take(WatchedFile &file, ReadText read, Moment now) {
   Mistakes &mistakes = held.mistakes[""];
   bool differs = mistakes != read.mistakes;
   mistakes = std::move(read.mistakes);
-  if (!mistakes.empty()) {
+  if (!mistakes.empty() && (!read.rows || read.rows->empty())) {
     // What it said is kept: what it says when it is mended is held against that.
   } else if (!read.rows) {
     differs = differs || held.settings != read.settings;
