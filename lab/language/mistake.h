@@ -14,6 +14,8 @@ struct Mistake {
   std::string where;
   std::string found;
   std::string expected;  // empty: `found` says it all
+
+  bool operator==(const Mistake &) const = default;
 };
 
 using Mistakes = std::vector<Mistake>;

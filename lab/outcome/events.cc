@@ -1,0 +1,274 @@
+#include "outcome/events.h"
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <utility>
+
+#include "language/names.h"
+#include "language/text.h"
+
+namespace lab {
+namespace {
+
+// RFC 3339, local time with its offset.
+std::string time_text() {
+  const auto now = std::chrono::system_clock::now();
+  const auto whole = std::chrono::floor<std::chrono::seconds>(now);
+  const auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(now - whole).count();
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(whole);
+  std::tm parts{};
+  localtime_r(&seconds, &parts);
+  char date[32];
+  char offset[8];
+  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
+  std::strftime(offset, sizeof offset, "%z", &parts);
+  const std::string fraction = std::to_string(1000 + millis).substr(1);
+  return std::string(date) + "." + fraction + std::string(offset, 3) + ":" + (offset + 3);
+}
+
+Json event_of(const char *name, const Told &told) {
+  Json event = {{"event", name}, {"time", time_text()}, {"agree", nullptr}};
+  if (told.agree) event["agree"] = *told.agree;
+  return event;
+}
+
+// --- rows ---
+
+Json value_of(const FieldValue &value) {
+  if (const auto *text = std::get_if<std::string>(&value)) return printable(*text);
+  Json list = Json::array();
+  for (const std::string &member : std::get<std::vector<std::string>>(value)) {
+    list.push_back(printable(member));
+  }
+  return list;
+}
+
+// The fields of a row that are not the same in the other one; null when there is no such row.
+Json fields_of(const Row *row, const Row *other) {
+  if (row == nullptr) return nullptr;
+  Json fields = Json::object();
+  for (const auto &[name, value] : *row) {
+    const bool is_same = other != nullptr && other->contains(name) && other->at(name) == value;
+    if (!is_same) fields[printable(name)] = value_of(value);
+  }
+  return fields;
+}
+
+Json row_of(std::size_t side, const std::string &shown, const Row *before, const Row *after) {
+  return {{"side", switch_names[side]},
+          {"row", printable(shown)},
+          {"before", fields_of(before, after)},
+          {"after", fields_of(after, before)}};
+}
+
+// The rows that are not as they were, also when all that can be said of them is that they cannot be
+// read, or could not.
+Json changed_rows(const Told &told, std::size_t side, const Held &held) {
+  Json rows = Json::array();
+  for (const auto &[name, was] : held.before) {
+    const Row *before = was ? &*was : nullptr;
+    const Row *after = find_row(held.rows, name);
+    const bool is_same =
+        before != nullptr && after != nullptr ? *before == *after : before == after;
+    if (name.empty() || !is_same) {
+      rows.push_back(row_of(side, name.empty() ? told.sides[side].source : name, before, after));
+    }
+  }
+  const auto &known = told.told[side].reading;
+  for (const auto &[these, others] :
+       {std::pair{&known, &held.mistakes}, {&held.mistakes, &known}}) {
+    for (const auto &[name, mistakes] : *these) {
+      if (others->contains(name) || held.before.contains(name)) continue;
+      if (name.empty() && !rows.empty()) continue;  // they say more than that the file is mended
+      rows.push_back(row_of(side, name.empty() ? told.sides[side].source : name, nullptr, nullptr));
+    }
+  }
+  return rows;
+}
+
+// --- the two sides ---
+
+// The settings of a side, from what it holds now; its mistakes.
+Mistakes settle_side(Side &side, SideTold &told, const Held &held) {
+  Mistakes reading;
+  for (const auto &[row, mistakes] : held.mistakes) {
+    reading.insert(reading.end(), mistakes.begin(), mistakes.end());
+  }
+  told.reading = held.mistakes;
+  if (held.settings) {
+    side.settings = *held.settings;
+    return reading;
+  }
+  ReadSettings read = settings_of(held.rows, reading);
+  side.settings = std::move(read.settings);
+  return std::move(read.mistakes);
+}
+
+Json comparison_of(Told &told, const HeldPair &held) {
+  for (std::size_t i = 0; i < held.size(); ++i) {
+    told.sides[i].rows.reset();
+    if (!held[i]->settings) told.sides[i].rows = std::move(held[i]->rows);
+  }
+  Json comparison = compare(told.sides);
+  for (std::size_t i = 0; i < held.size(); ++i) {
+    if (told.sides[i].rows) held[i]->rows = std::move(*told.sides[i].rows);
+    told.sides[i].rows.reset();
+  }
+  return comparison;
+}
+
+bool can_be_compared(const Told &told) {
+  return std::all_of(told.told.begin(), told.told.end(),
+                     [](const SideTold &side) { return side.here && side.mistakes.empty(); });
+}
+
+// --- checks ---
+
+std::map<std::string, const Json *> checks_by_scope(const Json &comparison) {
+  std::map<std::string, const Json *> checks;
+  if (comparison.is_null()) return checks;
+  for (const Json &check : comparison["checks"]) {
+    checks[check["scope"].get<std::string>()] = &check;
+  }
+  return checks;
+}
+
+// What a comparison says otherwise than the one before, and whether that agreed.
+void add_checks(Json &event, const Json &before, const Json &after) {
+  const auto known = checks_by_scope(before);
+  const auto left = checks_by_scope(after);
+  for (const Json &check : after["checks"]) {
+    const auto found = known.find(check["scope"].get<std::string>());
+    if (found != known.end() && *found->second == check) continue;
+    event["checks"].push_back(check);
+    if (found != known.end()) event["before"]["scopes"][found->first] = agrees(*found->second);
+  }
+  for (const auto &[scope, check] : known) {
+    if (!left.contains(scope)) event["gone"].push_back(scope);
+  }
+}
+
+}  // namespace
+
+Told nothing_told(const std::array<std::string, 2> &sources) {
+  Told told;
+  for (std::size_t i = 0; i < sources.size(); ++i) told.sides[i].source = sources[i];
+  return told;
+}
+
+std::vector<Json> tell_losses(Told &told, const HeldPair &held) {
+  std::vector<Json> events;
+  for (std::size_t i = 0; i < held.size(); ++i) {
+    SideTold &side = told.told[i];
+    if (held[i]->standing != Standing::lost || side.lost) continue;
+    side = SideTold{};
+    side.lost = true;
+    told.agree.reset();
+    Json event = event_of("lost", told);
+    event["side"] = switch_names[i];
+    event["source"] = told.sides[i].source;
+    event["reason"] = held[i]->reason;
+    events.push_back(std::move(event));
+  }
+  return events;
+}
+
+std::vector<Json> tell_changes(Told &told, const HeldPair &held) {
+  std::array<Json, 2> rows;
+  std::array<bool, 2> arrived{};
+  std::array<bool, 2> blamed{};
+  for (std::size_t i = 0; i < held.size(); ++i) {
+    SideTold &side = told.told[i];
+    rows[i] = Json::array();
+    if (held[i]->standing != Standing::here) continue;
+    arrived[i] = !side.here;
+    if (!arrived[i]) rows[i] = changed_rows(told, i, *held[i]);
+    held[i]->before.clear();
+    if (!arrived[i] && rows[i].empty() && side.reading == held[i]->mistakes) continue;
+    Mistakes mistakes = settle_side(told.sides[i], side, *held[i]);
+    side.here = true;
+    blamed[i] = !mistakes.empty() && mistakes != side.mistakes;
+    side.mistakes = std::move(mistakes);
+  }
+  const auto is_true = [](bool value) { return value; };
+  const bool arrives = std::any_of(arrived.begin(), arrived.end(), is_true);
+  const bool blames = std::any_of(blamed.begin(), blamed.end(), is_true);
+  if (!arrives && !blames && rows[0].empty() && rows[1].empty()) return {};
+
+  const Json before = std::move(told.comparison);
+  const std::optional<bool> agreed = std::exchange(told.agree, std::nullopt);
+  const bool compared = can_be_compared(told);
+  told.comparison = compared ? comparison_of(told, held) : before;
+  if (compared) told.agree = told.comparison["agree"].get<bool>();
+
+  std::vector<Json> events;
+  const Json notifications = {{"left", held[0]->notifications}, {"right", held[1]->notifications}};
+  const Json &now = compared ? told.comparison : Json();
+  const bool is_first = compared && !told.started;
+  told.started = told.started || compared;
+  bool any_back = false;
+  for (std::size_t i = 0; i < held.size(); ++i) {
+    if (!arrived[i] || !told.told[i].lost) continue;
+    told.told[i].lost = false;
+    any_back = true;
+    Json event = event_of("back", told);
+    event["side"] = switch_names[i];
+    event["notifications"] = notifications;
+    event["comparison"] = now;
+    events.push_back(std::move(event));
+  }
+  if (is_first && !any_back) {
+    Json event = event_of("compared", told);
+    event["notifications"] = notifications;
+    event["comparison"] = now;
+    events.push_back(std::move(event));
+  }
+  Json changed = Json::array();
+  for (std::size_t i = 0; i < held.size(); ++i) {
+    if (!blamed[i]) {
+      for (Json &row : rows[i]) changed.push_back(std::move(row));
+      continue;
+    }
+    Json event = event_of("mistake", told);
+    event["side"] = switch_names[i];
+    event["rows"] = std::move(rows[i]);
+    for (const Mistake &mistake : told.told[i].mistakes) {
+      event["mistakes"].push_back({{"source", told.sides[i].source},
+                                   {"where", place_of(mistake)},
+                                   {"found", mistake.found},
+                                   {"expected", mistake.expected}});
+    }
+    events.push_back(std::move(event));
+  }
+  if (!changed.empty()) {
+    Json event = event_of("changed", told);
+    event["rows"] = std::move(changed);
+    event["checks"] = Json::array();
+    event["before"]["agree"] = agreed ? Json(*agreed) : Json();
+    if (compared) add_checks(event, before, told.comparison);
+    events.push_back(std::move(event));
+  }
+  return events;
+}
+
+bool agrees(const Json &check) {
+  return !check.contains("only") &&
+         std::all_of(check["verdicts"].begin(), check["verdicts"].end(),
+                     [](const Json &verdict) { return verdict["code"] == 0; });
+}
+
+std::vector<std::string> differing_parameters(const Json &check) {
+  std::vector<std::string> keys;
+  for (const Json &parameter : check["parameters"]) {
+    const Json &states = parameter["states"];
+    if (std::any_of(states.begin(), states.end(), [](const Json &state) {
+          return state == "different" || state == "missing at the peer";
+        })) {
+      keys.push_back(parameter["parameter"]);
+    }
+  }
+  return keys;
+}
+
+}  // namespace lab

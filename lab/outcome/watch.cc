@@ -1,0 +1,208 @@
+#include "outcome/watch.h"
+
+#include <fmt/core.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+#include <variant>
+
+#include "outcome/events.h"
+#include "outcome/metrics.h"
+#include "pair/signals.h"
+#include "read/redis.h"
+#include "read/wait.h"
+
+namespace lab {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A burst is compared this long after its last change, and after its first.
+constexpr auto quiet_after = 200ms;
+constexpr auto at_latest = 400ms;
+
+using Feed = std::variant<OpenDatabase, WatchedFile>;
+
+Feed open_feed(const Source &source, const WatchOptions &options, Moment now) {
+  if (source.kind != Source::Kind::file) return open_database(source, options.interval, now);
+  WatchedFile file;
+  file.source = source;
+  file.interval = options.interval;
+  file.reader = options.reader;
+  return file;
+}
+
+Held &held_of(Feed &feed) {
+  if (auto *database = std::get_if<OpenDatabase>(&feed)) return held(**database);
+  return std::get<WatchedFile>(feed).held;
+}
+
+void step(Feed &feed, Moment now) {
+  if (auto *database = std::get_if<OpenDatabase>(&feed)) return step(**database, now);
+  step(std::get<WatchedFile>(feed), now);
+}
+
+bool settle(Feed &feed, Moment now) {
+  if (auto *database = std::get_if<OpenDatabase>(&feed)) return settle(**database, now);
+  return settle(std::get<WatchedFile>(feed), now);
+}
+
+Moment due(const Feed &feed) {
+  if (const auto *database = std::get_if<OpenDatabase>(&feed)) return due(**database);
+  return std::get<WatchedFile>(feed).look_next;
+}
+
+// When what has changed is to be compared.
+Moment due(const Held &held) {
+  if (!held.first_change) return Moment::max();
+  return std::min(*held.last_change + quiet_after, *held.first_change + at_latest);
+}
+
+struct Watch {
+  const WatchOptions &options;
+  const Listener &listener;
+  std::array<Feed, 2> feeds;
+  HeldPair held{};
+  Told told = {};
+  bool settling = false;
+  bool opened = false;  // each source has been reached once, or has not
+  std::optional<int> status = {};
+
+  std::array<Moment, 2> checked{};
+  std::chrono::system_clock::time_point compared = {};
+  std::string metrics_problem = {};
+};
+
+void write_metrics(Watch &watch) {
+  if (watch.options.metrics.empty()) return;
+  const std::array<bool, 2> connected = {watch.held[0]->standing == Standing::here,
+                                         watch.held[1]->standing == Standing::here};
+  const std::string problem =
+      write_metrics(watch.options.metrics, watch.told, connected, watch.compared);
+  if (!problem.empty() && problem != watch.metrics_problem) {
+    fmt::print(stderr, "{}: {}\n", watch.options.metrics, problem);
+  }
+  watch.metrics_problem = problem;
+}
+
+// What is told, and what follows from it for the watch.
+void hear(Watch &watch, const std::vector<Json> &events, bool is_wrong) {
+  // A verdict holds as long as everything that is read says the same.
+  std::array<Moment, 2> checked{};
+  for (std::size_t i = 0; i < checked.size(); ++i) checked[i] = watch.held[i]->checked;
+  const bool confirmed = std::exchange(watch.checked, checked) != checked;
+  if (watch.told.agree && (confirmed || !events.empty())) {
+    watch.compared = std::chrono::system_clock::now();
+  }
+  if (confirmed || !events.empty()) write_metrics(watch);
+  for (const Json &event : events) {
+    if (!watch.listener(event, is_wrong)) watch.status = watch.options.once_agreed ? 1 : 0;
+    if (watch.status) return;
+  }
+  if (watch.options.once_agreed && watch.told.agree == true) watch.status = 0;
+}
+
+// At the start a source that says something wrong, is not let in, or is no file ends the watch.
+bool starts_wrong(const Watch &watch) {
+  for (std::size_t i = 0; i < watch.held.size(); ++i) {
+    const Held &held = *watch.held[i];
+    const bool is_file = std::holds_alternative<WatchedFile>(watch.feeds[i]);
+    if (held.standing == Standing::lost && (held.refused || is_file)) return true;
+    if (!watch.told.told[i].mistakes.empty()) return true;
+  }
+  return false;
+}
+
+void advance(Watch &watch, Moment now) {
+  for (std::size_t i = 0; i < watch.feeds.size(); ++i) step(watch.feeds[i], now);
+  if (!watch.opened) {
+    if (std::any_of(watch.held.begin(), watch.held.end(),
+                    [](const Held *held) { return held->standing == Standing::opening; })) {
+      return;
+    }
+  }
+  std::vector<Json> events = tell_losses(watch.told, watch.held);
+  bool is_due = false;
+  for (std::size_t i = 0; i < watch.held.size(); ++i) {
+    const bool is_here = watch.held[i]->standing == Standing::here;
+    is_due = is_due || (is_here && (!watch.told.told[i].here || due(*watch.held[i]) <= now));
+  }
+  watch.settling = watch.settling || is_due;
+  if (watch.settling) {
+    bool settled = true;
+    for (Feed &feed : watch.feeds) settled = settle(feed, now) && settled;
+    if (settled) {
+      watch.settling = false;
+      for (Json &event : tell_losses(watch.told, watch.held)) events.push_back(std::move(event));
+      for (Json &event : tell_changes(watch.told, watch.held)) events.push_back(std::move(event));
+    }
+  }
+  const bool is_wrong = !watch.opened && !watch.settling && starts_wrong(watch);
+  watch.opened = watch.opened || !watch.settling;
+  hear(watch, events, is_wrong);
+  if (is_wrong) watch.status = 2;
+}
+
+void wait(Watch &watch, Moment until) {
+  // The output is looked at for one thing only: that its reader has gone.
+  std::vector<pollfd> sockets = {{STDOUT_FILENO, 0, 0}};
+  for (const Feed &feed : watch.feeds) {
+    until = std::min(until, due(feed));
+    if (const auto *database = std::get_if<OpenDatabase>(&feed)) add_sockets(**database, sockets);
+  }
+  for (const Held *held : watch.held) {
+    if (watch.opened && !watch.settling && held->standing == Standing::here) {
+      until = std::min(until, due(*held));
+    }
+  }
+  lab::wait(sockets, until);
+  if ((sockets[0].revents & POLLERR) != 0) watch.status = watch.options.once_agreed ? 1 : 0;
+}
+
+}  // namespace
+
+int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
+          const Listener &listener) {
+  const Moment started = Clock::now();
+  const Moment ends = options.timeout ? started + *options.timeout : Moment::max();
+  Watch watch{options,
+              listener,
+              {open_feed(sources[0], options, started), open_feed(sources[1], options, started)}};
+  for (std::size_t i = 0; i < sources.size(); ++i) watch.held[i] = &held_of(watch.feeds[i]);
+  watch.told = nothing_told({sources[0].shown, sources[1].shown});
+  if (!options.metrics.empty()) {
+    const std::string problem = problem_of_metrics(options.metrics);
+    if (!problem.empty()) throw std::runtime_error(options.metrics + ": " + problem);
+    write_metrics(watch);
+    if (!watch.metrics_problem.empty()) return 2;
+  }
+  try {
+    while (!watch.status) {
+      advance(watch, Clock::now());
+      if (watch.status) break;
+      if (Clock::now() >= ends) {
+        watch.status = 1;
+        break;
+      }
+      wait(watch, ends);
+    }
+  } catch (const Interrupted &) {
+    watch.status = options.once_agreed ? 1 : 0;
+  }
+  // Nobody looks at the pair any more; only an agreement that was waited for stands.
+  if (!(options.once_agreed && watch.status == 0)) {
+    for (Held *held : watch.held) held->standing = Standing::lost;
+    watch.told.agree.reset();
+    write_metrics(watch);
+  }
+  return *watch.status;
+}
+
+bool write_out(const std::string &text) {
+  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
+         std::fflush(stdout) == 0;
+}
+
+}  // namespace lab

@@ -1,0 +1,611 @@
+#include "read/redis.h"
+
+#include <hiredis/hiredis.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <deque>
+#include <set>
+#include <utility>
+
+#include "language/text.h"
+#include "read/resolver.h"
+#include "read/wait.h"
+
+namespace lab {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Between two readings of everything, where notifications come.
+constexpr auto anew_after = 10s;
+// A connection on which nothing is said is asked for a sign of life.
+constexpr auto beat = 1s;
+constexpr auto first_pause = 250ms;
+constexpr auto longest_pause = 30s;
+// Keys that the server looks at in one go, and rows that are asked for before the first is answered.
+constexpr const char *keys_at_once = "5000";
+constexpr std::size_t rows_at_once = 512;
+// Reads of a socket before the other source has its turn.
+constexpr int reads_at_once = 64;
+// Where no notifications come, a reading that differs from the last may have met a change in the
+// middle. It is done again, this often at most.
+constexpr int most_repeats = 2;
+// Elements of an answer.
+constexpr int longest_list = 1000000;
+// How often changes that come while changes are brought in are brought in, too.
+constexpr int most_rounds = 3;
+
+constexpr const char *garbled = "the server does not speak as it should";
+
+struct FreeContext {
+  void operator()(redisContext *context) const { redisFree(context); }
+};
+
+struct FreeReply {
+  void operator()(redisReply *reply) const { freeReplyObject(reply); }
+};
+
+using Reply = std::unique_ptr<redisReply, FreeReply>;
+
+enum class Ask { login, select, subscribe, config, scan, row, changed_row, sign_of_life, fence };
+
+struct Asked {
+  Ask what;
+  std::string row;
+};
+
+struct Line {
+  std::unique_ptr<redisContext, FreeContext> context;
+  bool connected = false;
+  bool writing = false;  // not all of what is said has left
+  std::deque<Asked> awaited;
+  Moment heard;  // when it last said something, or was asked something after a pause
+};
+
+// Why a source is lost; thrown within a step.
+struct Lost {
+  std::string reason;
+  bool refused = false;
+};
+
+struct Reading {
+  std::set<std::string> keys;
+  std::deque<std::string> to_ask;
+  std::size_t asked = 0;
+  bool scanned = false;
+  Rows rows;
+  std::map<std::string, Mistakes> mistakes;
+};
+
+}  // namespace
+
+struct Database {
+  Source source;
+  Clock::duration interval{};
+  Held held;
+
+  std::vector<std::string> addresses;  // that have not been tried yet
+  std::unique_ptr<Resolver> resolver;
+  Moment resolving_since;
+  Line rows;
+  Line changes;  // without a context: the server lets nobody subscribe
+  std::size_t subscribed = 0;
+  bool silent = false;  // the server does not say whether it notifies
+
+  std::optional<Reading> reading;
+  bool read_once = false;
+  int repeats = 0;
+  Moment read_next;
+
+  // Rows of which the server has said that they changed, and that are not asked for yet.
+  std::set<std::string> changed;
+  std::size_t settling = 0;  // answers that are awaited before the next round
+  int rounds = 0;
+
+  bool away = true;  // there are no connections; they are tried again
+  Clock::duration pause{};
+  Moment try_next;
+};
+
+namespace {
+
+// --- the lines ---
+
+const redisReplyObjectFunctions *usual_functions = nullptr;
+
+// A list of more than the lab can meet is not made, however long the server says that it is.
+template <class Count>
+void *make_list(const redisReadTask *task, Count elements) {
+  return elements <= Count{longest_list} ? usual_functions->createArray(task, elements) : nullptr;
+}
+
+std::string error_of(const redisContext &context) {
+  if (context.err == REDIS_ERR_EOF) return "the server closed the connection";
+  if (context.err == REDIS_ERR_OOM) return "the server says more than can be kept";
+  return printable(context.errstr);
+}
+
+void say(Line &line, Moment now, Asked asked, const std::vector<std::string> &words) {
+  std::vector<const char *> texts;
+  std::vector<std::size_t> lengths;
+  for (const std::string &word : words) {
+    texts.push_back(word.data());
+    lengths.push_back(word.size());
+  }
+  if (redisAppendCommandArgv(line.context.get(), static_cast<int>(words.size()), texts.data(),
+                             lengths.data()) != REDIS_OK) {
+    throw Lost{error_of(*line.context)};
+  }
+  if (line.awaited.empty()) line.heard = now;
+  line.writing = true;
+  line.awaited.push_back(std::move(asked));
+}
+
+std::string channel_of(const Database &database, const std::string &row) {
+  return "__keyspace@" + std::to_string(database.source.database) + "__:" + row;
+}
+
+void log_in(const Database &database, Line &line, Moment now) {
+  const Source &source = database.source;
+  if (source.user.empty() && source.password.empty()) return;
+  std::vector<std::string> words = {"AUTH"};
+  if (!source.user.empty()) words.push_back(source.user);
+  words.push_back(source.password);
+  say(line, now, {Ask::login, ""}, words);
+}
+
+void open_line(const Database &database, const std::string &address, Line &line) {
+  const Source &source = database.source;
+  line = Line{};
+  line.context.reset(source.kind == Source::Kind::unix_socket
+                         ? redisConnectUnixNonBlock(source.place.c_str())
+                         : redisConnectNonBlock(address.c_str(), source.port));
+  if (line.context == nullptr) throw Lost{"there is no memory for a connection"};
+  if (line.context->err != 0) throw Lost{error_of(*line.context)};
+  static redisReplyObjectFunctions functions;
+  usual_functions = std::exchange(line.context->reader->fn, &functions);
+  functions = *usual_functions;
+  functions.createArray = make_list;
+}
+
+void open_lines(Database &database, Moment now) {
+  std::string address;
+  if (database.source.kind == Source::Kind::tcp) {
+    address = database.addresses.front();
+    database.addresses.erase(database.addresses.begin());
+  }
+  open_line(database, address, database.rows);
+  open_line(database, address, database.changes);
+  log_in(database, database.rows, now);
+  say(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(database.source.database)});
+  log_in(database, database.changes, now);
+  std::vector<std::string> words = {"PSUBSCRIBE"};
+  for (const std::string &table : tables_read()) {
+    words.push_back(channel_of(database, table + "|*"));
+  }
+  say(database.changes, now, {Ask::subscribe, ""}, words);
+  database.subscribed = 0;
+}
+
+void hear_resolver(Database &database, Moment now) {
+  const std::optional<Resolved> resolved = hear(*database.resolver);
+  if (resolved) {
+    database.resolver.reset();
+    if (!resolved->problem.empty()) throw Lost{resolved->problem};
+    database.addresses = resolved->addresses;
+  } else if (now - database.resolving_since >= redis_patience) {
+    throw Lost{"the address of the host is not found in time"};
+  }
+}
+
+void open(Database &database, Moment now) {
+  database.away = false;
+  database.addresses.clear();
+  if (database.source.kind != Source::Kind::tcp) return;
+  if (is_address(database.source.place)) {
+    database.addresses = {database.source.place};
+  } else {
+    database.resolver = start_resolver(database.source.place);
+    database.resolving_since = now;
+  }
+}
+
+void close_lines(Database &database) {
+  database.resolver.reset();
+  database.rows = Line{};
+  database.changes = Line{};
+  database.reading.reset();
+  database.silent = false;
+  database.read_once = false;
+  database.repeats = 0;
+  database.changed.clear();
+  database.settling = 0;
+  database.rounds = 0;
+}
+
+// --- what is asked, and what is answered ---
+
+std::string_view text_of(const redisReply &reply) {
+  return reply.str != nullptr ? std::string_view(reply.str, reply.len) : std::string_view();
+}
+
+void scan(Database &database, const std::string &cursor, Moment now) {
+  say(database.rows, now, {Ask::scan, ""}, {"SCAN", cursor, "COUNT", keys_at_once});
+}
+
+void begin_reading(Database &database, Moment now) {
+  database.reading.emplace();
+  if (!database.silent) {
+    say(database.rows, now, {Ask::config, ""}, {"CONFIG", "GET", "notify-keyspace-events"});
+  }
+  scan(database, "0", now);
+}
+
+void ask_rows(Database &database, Moment now) {
+  Reading &reading = *database.reading;
+  while (!reading.to_ask.empty() && reading.asked < rows_at_once) {
+    say(database.rows, now, {Ask::row, reading.to_ask.front()},
+        {"HGETALL", reading.to_ask.front()});
+    reading.to_ask.pop_front();
+    ++reading.asked;
+  }
+}
+
+[[noreturn]] void refuse(const Asked &asked, const std::string &error) {
+  const auto begins = [&error](const char *word) { return error.starts_with(word); };
+  if (begins("LOADING")) throw Lost{"the server is loading its data"};
+  if (begins("NOAUTH")) throw Lost{"the server asks for a password", true};
+  if (begins("NOPERM")) throw Lost{printable(error), true};
+  // An answer to a login may repeat the password.
+  if (asked.what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
+    throw Lost{"the password is refused", true};
+  }
+  // A database that the server does not have will not come.
+  throw Lost{printable(error.substr(0, error.find(". "))), asked.what == Ask::select};
+}
+
+void take_config(Database &database, const redisReply &reply) {
+  database.silent = reply.type == REDIS_REPLY_ERROR;
+  const bool told = reply.type == REDIS_REPLY_ARRAY && reply.elements == 2;
+  const std::string_view flags = told ? text_of(*reply.element[1]) : "";
+  const auto has = [flags](char flag) { return flags.find(flag) != flags.npos; };
+  database.held.notifications =
+      database.changes.context != nullptr && has('K') && (has('A') || (has('g') && has('h')));
+}
+
+void take_keys(Database &database, const redisReply &reply, Moment now) {
+  Reading &reading = *database.reading;
+  if (reply.type != REDIS_REPLY_ARRAY || reply.elements != 2 ||
+      reply.element[1]->type != REDIS_REPLY_ARRAY) {
+    throw Lost{garbled};
+  }
+  const redisReply &keys = *reply.element[1];
+  for (std::size_t i = 0; i < keys.elements; ++i) {
+    std::string key(text_of(*keys.element[i]));
+    if (!tables_read().contains(split_row_name(key).first)) continue;
+    if (reading.keys.insert(key).second) reading.to_ask.push_back(std::move(key));
+  }
+  const std::string cursor(text_of(*reply.element[0]));
+  reading.scanned = cursor == "0";
+  if (!reading.scanned) scan(database, cursor, now);
+}
+
+std::vector<std::string> members_of(const std::string &text) {
+  std::vector<std::string> members;
+  for (std::size_t at = 0; at <= text.size() && !text.empty();) {
+    const std::size_t end = std::min(text.find(',', at), text.size());
+    members.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return members;
+}
+
+struct ReadRow {
+  std::optional<Row> row;
+  Mistakes mistakes;
+};
+
+ReadRow row_of(const std::string &name, const redisReply &reply) {
+  if (reply.type == REDIS_REPLY_ERROR) {  // the one that is left is a wrong type
+    return {{}, {{0, 0, printable(name), "found a value of another type", "a hash"}}};
+  }
+  if (reply.type != REDIS_REPLY_ARRAY) throw Lost{garbled};
+  if (reply.elements < 2) return {};
+  ReadRow read{Row{}, {}};
+  const std::string table = split_row_name(name).first;
+  for (std::size_t i = 0; i + 1 < reply.elements; i += 2) {
+    std::string field(text_of(*reply.element[i]));
+    const std::string value(text_of(*reply.element[i + 1]));
+    const bool is_list = field.ends_with('@');
+    if (is_list) field.pop_back();
+    if (field == "NULL" || !(is_read(table, field) || table == "STP_PORT")) continue;
+    const bool is_new =
+        read.row->try_emplace(field, is_list ? FieldValue(members_of(value)) : FieldValue(value))
+            .second;
+    if (!is_new) {
+      read.mistakes.push_back(
+          {0, 0, printable(name + " " + field), "found it as a list and as a text", "it once"});
+    }
+  }
+  return read;
+}
+
+void keep(std::map<std::string, Mistakes> &mistakes, const std::string &name, Mistakes found) {
+  if (found.empty()) {
+    mistakes.erase(name);
+  } else {
+    mistakes[name] = std::move(found);
+  }
+}
+
+// A row of a reading, or one that has changed; that stands in a reading that goes on, too.
+void take_row(Database &database, const Asked &asked, const redisReply &reply, Moment now) {
+  ReadRow read = row_of(asked.row, reply);
+  if (asked.what == Ask::row) --database.reading->asked;
+  if (database.reading) {
+    keep(database.reading->mistakes, asked.row, read.mistakes);
+    set_row(database.reading->rows, asked.row, read.row);
+  }
+  if (asked.what == Ask::row) return;
+  keep(database.held.mistakes, asked.row, std::move(read.mistakes));
+  change_row(database.held, asked.row, std::move(read.row));
+  if (--database.settling == 0 && database.changes.context != nullptr) {
+    // Whatever changed before these rows were read is said before this is answered.
+    say(database.changes, now, {Ask::fence, ""}, {"PING"});
+    database.settling = 1;
+  }
+}
+
+void take_answer(Database &database, const redisReply &reply, Moment now) {
+  Line &line = database.rows;
+  if (line.awaited.empty()) throw Lost{garbled};
+  const Asked asked = std::move(line.awaited.front());
+  line.awaited.pop_front();
+  const std::string error(reply.type == REDIS_REPLY_ERROR ? text_of(reply) : "");
+  const bool is_row = asked.what == Ask::row || asked.what == Ask::changed_row;
+  if (!error.empty() && !(is_row && error.starts_with("WRONGTYPE")) &&
+      !(asked.what == Ask::config && !error.starts_with("LOADING"))) {
+    refuse(asked, error);
+  }
+  if (asked.what == Ask::config) take_config(database, reply);
+  if (asked.what == Ask::scan) take_keys(database, reply, now);
+  if (is_row) take_row(database, asked, reply, now);
+}
+
+void take_notice(Database &database, const redisReply &reply, Moment now) {
+  Line &line = database.changes;
+  const bool is_list = reply.type == REDIS_REPLY_ARRAY && reply.elements > 0;
+  const std::string_view kind = is_list ? text_of(*reply.element[0]) : "";
+  if (kind == "pmessage" && reply.elements == 4) {
+    const std::string_view channel = text_of(*reply.element[2]);
+    database.changed.emplace(
+        channel.substr(std::min(channel_of(database, "").size(), channel.size())));
+    return notice_change(database.held, now);
+  }
+  if (line.awaited.empty()) throw Lost{garbled};
+  const Asked asked = line.awaited.front();
+  if (asked.what == Ask::subscribe && reply.type != REDIS_REPLY_ERROR) {
+    if (++database.subscribed < tables_read().size()) return;
+  }
+  line.awaited.pop_front();
+  if (asked.what == Ask::fence) --database.settling;
+  if (reply.type != REDIS_REPLY_ERROR) return;
+  const std::string error(text_of(reply));
+  if (asked.what != Ask::subscribe || !error.starts_with("NOPERM")) refuse(asked, error);
+  line = Line{};
+}
+
+// --- a step ---
+
+pollfd socket_of(const Line &line) {
+  const bool writing = line.writing || !line.connected;
+  return {line.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
+}
+
+void finish_connecting(Line &line) {
+  int error = 0;
+  socklen_t size = sizeof error;
+  getsockopt(line.context->fd, SOL_SOCKET, SO_ERROR, &error, &size);
+  if (error != 0) throw Lost{std::strerror(error)};
+  line.connected = true;
+}
+
+// Read and write what can be without waiting.
+template <class Take>
+void move(Database &database, Line &line, Moment now, Take take) {
+  for (int i = 0; i < reads_at_once && line.context != nullptr; ++i) {
+    redisContext *context = line.context.get();
+    pollfd ready = socket_of(line);
+    if (poll(&ready, 1, 0) <= 0) return;
+    if (!line.connected) finish_connecting(line);
+    if ((ready.revents & ~POLLOUT) != 0) {
+      if (redisBufferRead(context) != REDIS_OK) throw Lost{error_of(*context)};
+      line.heard = now;
+    }
+    void *reply = nullptr;
+    do {
+      if (redisGetReplyFromReader(context, &reply) != REDIS_OK) throw Lost{error_of(*context)};
+      if (reply != nullptr) take(database, *Reply(static_cast<redisReply *>(reply)), now);
+    } while (reply != nullptr && line.context != nullptr);
+    int done = 1;
+    if (line.writing && redisBufferWrite(context, &done) != REDIS_OK) {
+      throw Lost{error_of(*context)};
+    }
+    line.writing = done == 0;
+  }
+}
+
+void look_after(Line &line, Moment now) {
+  if (line.context == nullptr) return;
+  const auto quiet = now - line.heard;
+  if (!line.awaited.empty() && quiet >= redis_patience) {
+    throw Lost{"no answer for " + std::to_string(redis_patience.count()) + " s"};
+  }
+  if (line.awaited.empty() && quiet >= beat) say(line, now, {Ask::sign_of_life, ""}, {"PING"});
+}
+
+void end_reading(Database &database, Moment now) {
+  Held &held = database.held;
+  Reading read = std::move(*database.reading);
+  database.reading.reset();
+  bool differs = !database.read_once || held.mistakes != read.mistakes;
+  if (!database.read_once) {
+    held.rows = std::move(read.rows);
+  } else {
+    for (const std::string &name : differing_rows(held.rows, read.rows)) {
+      if (database.changed.contains(name)) continue;
+      const Row *row = find_row(read.rows, name);
+      change_row(held, name, row != nullptr ? std::optional<Row>(*row) : std::nullopt);
+      differs = true;
+    }
+  }
+  held.mistakes = std::move(read.mistakes);
+  held.checked = now;
+  database.read_once = true;
+  if (differs) notice_change(held, now);
+  const bool repeat = differs && !held.notifications && database.repeats < most_repeats;
+  database.repeats = repeat ? database.repeats + 1 : 0;
+  database.read_next = repeat ? now : now + (held.notifications ? anew_after : database.interval);
+}
+
+bool settle_changes(Database &database, Moment now) {
+  if (database.settling > 0) return false;
+  if (database.changed.empty() || database.rounds == most_rounds) {
+    database.rounds = 0;
+    return true;
+  }
+  ++database.rounds;
+  database.settling = database.changed.size();
+  for (const std::string &row : database.changed) {
+    say(database.rows, now, {Ask::changed_row, row}, {"HGETALL", row});
+  }
+  database.changed.clear();
+  return false;
+}
+
+void work(Database &database, Moment now) {
+  if (database.away) {
+    if (now < database.try_next) return;
+    open(database, now);
+  }
+  if (database.resolver != nullptr) hear_resolver(database, now);
+  if (database.resolver != nullptr) return;
+  if (database.rows.context == nullptr) open_lines(database, now);
+  move(database, database.rows, now, take_answer);
+  move(database, database.changes, now, take_notice);
+
+  Held &held = database.held;
+  if (database.reading) {
+    Reading &reading = *database.reading;
+    ask_rows(database, now);
+    if (reading.scanned && reading.to_ask.empty() && reading.asked == 0) {
+      end_reading(database, now);
+    }
+  } else if (database.read_once
+                 ? now >= database.read_next
+                 : database.rows.awaited.empty() && database.changes.awaited.empty()) {
+    begin_reading(database, now);
+  }
+  if (held.standing != Standing::here && database.read_once && database.repeats == 0 &&
+      settle_changes(database, now)) {
+    held.standing = Standing::here;
+    held.reason.clear();
+    held.before.clear();
+    if (database.changed.empty()) held.first_change.reset();
+    database.pause = {};
+  }
+  look_after(database.rows, now);
+  look_after(database.changes, now);
+}
+
+void close_after(Database &database, const Lost &lost, Moment now) {
+  const bool elsewhere = !database.rows.connected && !database.addresses.empty();
+  close_lines(database);
+  if (elsewhere) return;  // at the host's next address
+  database.away = true;
+  database.pause = std::clamp<Clock::duration>(database.pause * 2, first_pause, longest_pause);
+  database.try_next = now + database.pause;
+  lose(database.held, lost.reason, lost.refused);
+}
+
+}  // namespace
+
+void CloseDatabase::operator()(Database *database) const {
+  delete database;
+}
+
+OpenDatabase open_database(const Source &source, Clock::duration interval, Moment now) {
+  std::signal(SIGPIPE, SIG_IGN);
+  OpenDatabase database(new Database);
+  database->source = source;
+  database->interval = interval;
+  database->try_next = now;
+  return database;
+}
+
+Held &held(Database &database) {
+  return database.held;
+}
+
+void step(Database &database, Moment now) {
+  try {
+    work(database, now);
+  } catch (const Lost &lost) {
+    close_after(database, lost, now);
+  }
+}
+
+Moment due(const Database &database) {
+  if (database.away) return database.try_next;
+  if (database.resolver != nullptr) return database.resolving_since + redis_patience;
+  if (database.rows.context == nullptr) return Moment{};
+  Moment first = database.read_once && !database.reading ? database.read_next : Moment::max();
+  for (const Line *line : {&database.rows, &database.changes}) {
+    if (line->context == nullptr) continue;
+    first = std::min(first, line->heard + (line->awaited.empty() ? beat : redis_patience));
+  }
+  return first;
+}
+
+void add_sockets(const Database &database, std::vector<pollfd> &sockets) {
+  if (database.resolver != nullptr) sockets.push_back({database.resolver->pipe, POLLIN, 0});
+  for (const Line *line : {&database.rows, &database.changes}) {
+    if (line->context != nullptr) sockets.push_back(socket_of(*line));
+  }
+}
+
+bool settle(Database &database, Moment now) {
+  Held &held = database.held;
+  if (held.standing != Standing::here) return true;
+  if (!held.notifications && database.repeats > 0) return false;
+  if (database.rounds == 0) {
+    held.first_change.reset();
+    held.last_change.reset();
+  }
+  try {
+    return settle_changes(database, now);
+  } catch (const Lost &lost) {
+    close_after(database, lost, now);
+    return true;
+  }
+}
+
+ReadDatabase read_database(const Source &source) {
+  const OpenDatabase database = open_database(source, anew_after, Clock::now());
+  while (database->held.standing == Standing::opening) {
+    step(*database, Clock::now());
+    std::vector<pollfd> sockets;
+    add_sockets(*database, sockets);
+    if (database->held.standing == Standing::opening) wait(sockets, due(*database));
+  }
+  ReadDatabase read{std::move(database->held.rows), {}, std::move(database->held.reason)};
+  for (const auto &[row, mistakes] : database->held.mistakes) {
+    read.mistakes.insert(read.mistakes.end(), mistakes.begin(), mistakes.end());
+  }
+  return read;
+}
+
+}  // namespace lab

@@ -1,0 +1,55 @@
+// A switch's configuration database, read and stayed beside.
+//
+// Two connections: on one the server says which rows change, on the other rows are asked for. First
+// comes the subscription, then the first reading, so that no change is missed between the two. What
+// sends no notification of its rows (a flushed or swapped database) is found by reading all of them
+// anew. Nothing is ever written.
+#pragma once
+
+#include <poll.h>
+
+#include <memory>
+#include <vector>
+
+#include "read/held.h"
+#include "read/source.h"
+
+namespace lab {
+
+struct Database;
+
+struct CloseDatabase {
+  void operator()(Database *database) const;
+};
+
+using OpenDatabase = std::unique_ptr<Database, CloseDatabase>;
+
+// How long a server may say nothing when it is asked something.
+inline constexpr std::chrono::seconds redis_patience{3};
+
+// `interval`: between two readings where the server sends no notifications. The process ignores SIGPIPE
+// from then on.
+OpenDatabase open_database(const Source &source, Clock::duration interval, Moment now);
+
+Held &held(Database &database);
+
+// Do all that can be done without waiting. Call it when a socket is ready, and when it is due.
+void step(Database &database, Moment now);
+Moment due(const Database &database);
+void add_sockets(const Database &database, std::vector<pollfd> &sockets);
+
+// Bring in the rows of which the server has said that they changed. Call it after every step, until it
+// is true: what is held is then what the server held at one time. A lost source is always settled.
+bool settle(Database &database, Moment now);
+
+// The rows, once. With a reason the source is lost, and there are none.
+struct ReadDatabase {
+  Rows rows;
+  Mistakes mistakes;
+  std::string lost;
+};
+
+// Waits, at most as long as the server is slow. Throws Interrupted.
+ReadDatabase read_database(const Source &source);
+
+}  // namespace lab

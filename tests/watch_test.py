@@ -1,0 +1,375 @@
+#!/usr/bin/env python3
+"""mcec-lab watch beside real redis servers: every line is held against what the databases hold.
+
+  tests/watch_test.py MCEC-LAB
+
+The servers listen on Unix sockets in a temporary folder. They end with the test, however it ends.
+"""
+import concurrent.futures
+import json
+import os
+import pathlib
+import queue
+import re
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import traceback
+
+LAB = sys.argv[1]
+PATIENCE = 30  # seconds until an event is missed; a loaded machine is slow
+MAY = "~* &* -@all +ping +select +scan +hgetall +psubscribe +config|get"  # as docs/watch.md has it
+EDGE, GUARD = "edge_port", "root_guard"
+ROWS = {
+    "DEVICE_METADATA|localhost": {"mac": "02:00:00:00:00:01", "hostname": "leaf"},
+    "STP|GLOBAL": {"mode": "mst"},
+    "STP_MST|GLOBAL": {"name": "campus", "revision": "3"},
+    "STP_MST_INST|MST_INSTANCE|1": {"vlan_list@": "10,20-29"},
+    "VLAN|Vlan10": {"vlanid": "10"},
+    "VLAN_MEMBER|Vlan10|PortChannel10": {"tagging_mode": "tagged"},
+    "STP_PORT|PortChannel10": {EDGE: "false", GUARD: "true"},
+    "MCLAG_DOMAIN|1": {"peer_link": "PortChannel1"},
+    "MCLAG_INTERFACE|1|PortChannel10": {"NULL": "NULL"},
+    "PORT|Ethernet0": {"speed": "100000"},
+}
+
+
+started = []
+
+
+def start(command, **options):
+    started.append(subprocess.Popen(command, **options))
+    return started[-1]
+
+
+def words_of(rows):
+    return [["HSET", row, *(w for pair in fields.items() for w in pair)] for row, fields in rows.items()]
+
+
+class Server:
+    """A redis-server with the rows of a switch."""
+
+    def __init__(self, folder, name, *options):
+        self.path = f"{folder}/{name}.sock"
+        self.url = f"unix://{self.path}"
+        self.command = ["setpriv", "--pdeathsig", "KILL", "redis-server", "--port", "0", "--unixsocket",
+                        self.path, "--save", "", "--dir", folder, "--notify-keyspace-events", "KEA", *options]
+        self.start()
+
+    def start(self, rows=ROWS):
+        # Filled before it can be seen under its name.
+        command = [w + ".new" if w == self.path else w for w in self.command]
+        self.process = start(command, stdout=subprocess.DEVNULL)
+        within(lambda: os.path.exists(self.path + ".new"))
+        self.do(*words_of(rows), path=self.path + ".new")
+        os.rename(self.path + ".new", self.path)
+
+    def do(self, *commands, database=4, path=None):
+        text = "\n".join(" ".join('"%s"' % w for w in command) for command in commands)
+        return subprocess.run(["redis-cli", "-s", path or self.path, "-n", str(database)], input=text,
+                              capture_output=True, text=True, check=True).stdout
+
+    def row(self, name):
+        words = self.do(["HGETALL", name]).split("\n")[:-1]
+        fields = dict(zip(words[::2], words[1::2]))
+        return {f.rstrip("@"): v.split(",") if f.endswith("@") else v for f, v in fields.items()} or None
+
+    def stop(self):
+        self.process.kill()
+        self.process.wait()
+
+
+def within(condition, seconds=PATIENCE):
+    ends = time.monotonic() + seconds
+    while not condition():
+        assert time.monotonic() < ends, "nothing happened in time"
+        time.sleep(0.01)
+
+
+def run(*arguments, **variables):
+    return subprocess.run([LAB, *arguments], capture_output=True, text=True, timeout=PATIENCE,
+                          env={**os.environ, **variables})
+
+
+class Watch:
+    """A running watch; whatever it says of the pair is held against what compare says of it."""
+
+    def __init__(self, left, right, *options, **variables):
+        self.sources = {"left": left, "right": right}
+        self.urls = [getattr(source, "url", source) for source in (left, right)]
+        self.variables = variables
+        self.process = start([LAB, "watch", "--json", *options, *self.urls], text=True,
+                                        stdout=subprocess.PIPE, env={**os.environ, **variables})
+        self.events = queue.Queue()
+        self.checks = {}
+        threading.Thread(target=self.read, daemon=True).start()
+
+    def read(self):
+        for line in self.process.stdout:
+            self.events.put(json.loads(line))
+        self.events.put({"event": "end"})
+
+    def next(self, kind, agree="?", still=True, **wanted):
+        """The next event, of this kind; `still`: nothing changes any more, so it can be held against compare."""
+        event = self.events.get(timeout=PATIENCE)
+        assert event["event"] == kind, f"expected {kind}, found {event}"
+        assert re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d(\.\d+)?[+-]\d\d:\d\d", event["time"]), event["time"]
+        assert agree in ("?", event["agree"]), event
+        for key, value in wanted.items():
+            assert event[key] == value, event
+        told = (event.get("comparison") or event)
+        if event["agree"] is not None:
+            if "comparison" in event:
+                self.checks.clear()
+            self.checks.update((check["scope"], check) for check in told["checks"])
+            for scope in event.get("gone", []):
+                del self.checks[scope]
+        if still:
+            self.hold(event)
+        return event
+
+    def hold(self, event):
+        if event["agree"] is not None:
+            said = json.loads(run("compare", "--json", *self.urls, **self.variables).stdout)
+            assert event["agree"] == said["agree"], event
+            assert self.checks == {check["scope"]: check for check in said["checks"]}, event
+            assert event.get("comparison", said) == said, event
+        for row in event.get("rows", []):
+            held = self.sources[row["side"]].row(row["row"])
+            assert (row["after"] is None) == (held is None), row
+            assert (row["after"] or {}).items() <= (held or {}).items(), (row, held)
+
+    def changed(self, agree, *rows, scopes=None, kind="changed"):
+        event = self.next(kind, agree)
+        assert [f"{row['side']} {row['row']}" for row in event["rows"]] == list(rows), event
+        if scopes is not None:
+            assert [check["scope"] for check in event["checks"]] == scopes, event
+        return event
+
+    def quiet(self):
+        assert self.events.empty(), self.events.get()
+
+    def end(self, status=0):
+        self.process.send_signal(signal.SIGINT)
+        assert self.process.wait(PATIENCE) == status, self.process.returncode
+
+
+PORT, VLAN, MODE = "STP_PORT|PortChannel10", "VLAN|Vlan30", "STP|GLOBAL"
+
+
+def test_changes(folder):
+    left = Server(folder, "a", "--user", "watcher", "on", ">s3cret", *MAY.split(), "--user", "default",
+                  "on", "nopass", "~*", "&*", "+@all")
+    right = Server(folder, "b")
+    left.url = left.url.replace("//", "//watcher@")
+    metrics = pathlib.Path(folder, "pair.prom")
+    watch = Watch(left, right, "--metrics", str(metrics), MCEC_LEFT_PASSWORD="s3cret")
+    watch.next("compared", True, notifications={"left": True, "right": True})
+    switch, channel = ["switch"], ["PortChannel10"]
+    both = switch + channel
+    guard = f"right {PORT}"
+    for server, commands, agree, rows, scopes in [
+        (right, [["HSET", PORT, GUARD, "false"]], False, [guard], channel),
+        (right, [["HSET", PORT, GUARD, "true"]], True, [guard], channel),
+        (right, [["DEL", PORT]], False, [guard], channel),
+        (right, [["HSET", "other", EDGE, "false", GUARD, "true"], ["RENAME", "other", PORT]], True, [guard], channel),
+        (left, [["HSET", "STP_MST|GLOBAL", "name", "Z\u00fcrich"]], False, ["left STP_MST|GLOBAL"], switch),
+        (left, [["HSET", "STP_MST|GLOBAL", "name", "campus"]], True, ["left STP_MST|GLOBAL"], switch),
+        (right, [["HSET", "STP_MST_INST|MST_INSTANCE|1", "vlan_list@", "10"]], False,
+         ["right STP_MST_INST|MST_INSTANCE|1"], switch),
+        (right, [["HSET", "STP_MST_INST|MST_INSTANCE|1", "vlan_list@", "20-29,10"]], True,
+         ["right STP_MST_INST|MST_INSTANCE|1"], switch),
+        (right, [["HSET", PORT, "bpdu_guard", "true"]], True, [guard], []),
+        (left, [["HSET", MODE, "mode", "none"]], False, [f"left {MODE}"], []),
+        (left, [["HSET", MODE, "mode", "mst"]], True, [f"left {MODE}"], both),
+        # What is passed over is not told: the next thing told is the next row.
+        (right, [["HSET", "PORT|Ethernet0", "speed", "1"], ["HSET", "VLAN|Vlan10", "note", "x"]], None, [], []),
+        (right, [["MULTI"], *(["HSET", f"VLAN|Vlan{v}", "vlanid", str(v)] for v in range(100, 150)), ["EXEC"]],
+         True, sorted(f"right VLAN|Vlan{v}" for v in range(100, 150)), []),
+        (right, [["HSET", PORT, GUARD, "false"], ["PEXPIRE", PORT, "600"]], False, [guard], channel),
+        (right, [], False, [guard], []),  # it has expired
+        (right, words_of({PORT: ROWS[PORT]}), True, [guard], channel),
+    ]:
+        server.do(*commands)
+        if rows:
+            watch.changed(agree, *rows, scopes=scopes)
+    text = metrics.read_text()
+    label = f'{{left="{left.url}",right="{right.url}"'
+    assert f"mcec_pair_agrees{label}}} 1\n" in text and f'{label},side="right"}} 1\n' in text, text
+    right.do(["HSET", PORT, GUARD, "false"])
+    watch.changed(False, guard)
+    assert f'differing{label},parameter="ifi-port-guard"}} 1\n' in metrics.read_text()
+
+    # A burst is told in pieces, none of them late; and the last one has the last word.
+    for i in range(40):
+        right.do(["HSET", PORT, GUARD, "true" if i % 2 else "false", EDGE, "false" if i % 3 else "true"])
+        time.sleep(0.05)
+    right.do(*words_of({PORT: ROWS[PORT], VLAN: {"vlanid": "30"}}))
+    told = []
+    while not told or VLAN not in [row["row"] for row in told[-1]["rows"]]:
+        told.append(watch.next("changed", still=False))
+    assert 3 <= len(told) <= 25, told
+    watch.hold(told[-1])
+    right.do(["DEL", VLAN])
+    watch.changed(True, f"right {VLAN}", scopes=[])
+
+    # Rows that make no sense, and are mended.
+    for bad, mend in [(["HSET", PORT, GUARD, "yes"], ["HSET", PORT, GUARD, "true"]),
+                      (["HSET", "VLAN|Vlan5000", "a", "b"], ["DEL", "VLAN|Vlan5000"]),
+                      (["SET", VLAN, "x"], ["DEL", VLAN])]:
+        right.do(bad)
+        event = watch.next("mistake", None, side="right", still=False)
+        mistake, = event["mistakes"]
+        assert mistake["source"] == right.url and mistake["where"].startswith(bad[1]), event
+        assert [row["row"] for row in event["rows"]] == [bad[1]], event
+        assert f"mcec_pair_agrees{label}}} NaN\n" in metrics.read_text()
+        right.do(mend)
+        watch.changed(True, f"right {bad[1]}", scopes=[])
+    watch.quiet()
+    watch.end()
+    assert f"mcec_pair_agrees{label}}} NaN\n" in metrics.read_text()
+    assert not [name for name in os.listdir(folder) if name.startswith("pair.prom.")]
+    said = left.do(["INFO", "commandstats"]) + left.do(["ACL", "LOG"])
+    assert "reason" not in said, said
+
+
+def test_losses(folder):
+    left, right = Server(folder, "c"), Server(folder, "d")
+    watch = Watch(left, right)
+    watch.next("compared", True)
+    # These send no notification of their rows.
+    left.do(["FLUSHDB"])
+    right.do(*words_of(ROWS), ["HSET", PORT, GUARD, "false"], ["DEL", "VLAN|Vlan10"], database=7)
+    right.do(["SWAPDB", "4", "7"])
+    events = [watch.events.get(timeout=PATIENCE) for _ in range(2)]
+    mistake, = (event for event in events if event["event"] == "mistake")
+    changed, = (event for event in events if event["event"] == "changed")
+    assert mistake["agree"] is None and mistake["side"] == "left", mistake
+    assert [row["row"] for row in changed["rows"]] == [PORT, "VLAN|Vlan10"], changed
+    left.do(*words_of(ROWS))
+    watch.next("changed", False)
+
+    for stop, go_on, reason in [
+        (right.stop, right.start, "closed"),
+        (lambda: right.process.send_signal(signal.SIGSTOP), lambda: right.process.send_signal(signal.SIGCONT), "no answer"),
+        (lambda: right.do(["CONFIG", "SET", "requirepass", "s3cret"], ["CLIENT", "KILL", "SKIPME", "yes", "TYPE", "normal"]),
+         lambda: subprocess.run(["redis-cli", "-s", right.path, "CONFIG", "SET", "requirepass", ""], check=True,
+                                env={**os.environ, "REDISCLI_AUTH": "s3cret"}, capture_output=True), ""),
+    ]:
+        stop()
+        lost = watch.next("lost", None, side="right")
+        assert reason in lost["reason"], lost
+        left.do(["HSET", PORT, GUARD, "false"])  # this is known, what it means for the pair is not
+        watch.changed(None, f"left {PORT}", scopes=[])
+        left.do(["HSET", PORT, GUARD, "true"])
+        watch.changed(None, f"left {PORT}", scopes=[])
+        go_on()
+        watch.next("back", side="right")
+    left.do(["HSET", PORT, GUARD, "false"])
+    watch.changed(False, f"left {PORT}", scopes=["PortChannel10"])
+    watch.quiet()
+    watch.end()
+
+
+def test_starts(folder):
+    left, right = Server(folder, "e"), Server(folder, "f", "--requirepass", "s3cret")
+    closed = f"unix://{folder}/closed.sock"
+    protected = right.url.replace("//", "//:s3cret@")
+    wrong = right.url.replace("//", "//:wr0ng@")
+    nothing = pathlib.Path(folder, "nothing.json")
+    nothing.write_text('{"VLAN": {"Vlan5000": {}}}')
+    right.do = lambda *commands: subprocess.run(  # the password is for the server
+        ["redis-cli", "-s", right.path, "-n", "4", *commands[0]], check=True, capture_output=True, text=True,
+        env={**os.environ, "REDISCLI_AUTH": "s3cret"}).stdout
+    for words in words_of(ROWS):
+        right.do(words)
+    for options, sources, variables, status, says in [
+        (["--once-agreed"], [left.url, protected], {}, 0, "compared"),
+        (["--once-agreed"], [left.url, right.url], {"MCEC_RIGHT_PASSWORD": "s3cret"}, 0, "compared"),
+        (["--once-agreed"], [left.url, protected], {"MCEC_RIGHT_PASSWORD": "wr0ng"}, 0, "compared"),
+        ([], [left.url, wrong], {"MCEC_RIGHT_PASSWORD": "s3cret"}, 2, "the password is refused"),
+        ([], [left.url, right.url], {}, 2, "asks for a password"),
+        ([], [left.url, right.url], {"MCEC_LEFT_PASSWORD": "s3cret"}, 2, "the password is refused"),
+        ([], [left.url, f"{folder}/missing.json"], {}, 2, "No such file"),
+        ([], [left.url, str(nothing)], {}, 2, "Vlan5000"),
+        ([], [left.url, left.url + "?db=9"], {}, 2, '"mistakes"'),
+        ([], [left.url, "redis://:s3cret@host:port"], {}, 2, "port"),
+        ([], [left.url, "redis://:s3/cret@host"], {}, 2, "%2F"),
+        (["--timeout", "1", "--once-agreed"], [left.url, closed], {}, 1, '"lost"'),
+        (["--timeout", "1"], ["redis://localhost:1", "redis://no.such.host.invalid"], {}, 1, '"lost"'),
+        (["--timeout", "1", "--metrics", folder], [left.url, left.url], {}, 2, "found"),
+    ]:
+        ended = run("watch", "--json", *options, *sources, **variables)
+        said = ended.stdout + ended.stderr
+        assert ended.returncode == status and says in said, (options, sources, ended)
+        assert "s3cret" not in said and "wr0ng" not in said and "s3/cret" not in said, said
+
+    # No notifications: it is asked again and again. It comes late, and is found all the same.
+    late = Server(folder, "g", "--notify-keyspace-events", "")
+    late.stop()
+    os.remove(late.path)
+    watch = Watch(left, late, "--interval", "0.2")
+    watch.next("lost", None, side="right")
+    late.start()
+    watch.next("back", True, notifications={"left": True, "right": False})
+    late.do(["HSET", PORT, GUARD, "false"])
+    watch.changed(False, f"right {PORT}", scopes=["PortChannel10"])
+    watch.end()
+
+    # Files, whole and cut off, gone and there again; and what a person reads, whose terminal knows ASCII.
+    def dump(guard):
+        rows = {}
+        for name, fields in {**ROWS, PORT: {GUARD: guard}}.items():
+            table, _, key = name.partition("|")
+            rows.setdefault(table, {})[key] = {f.rstrip("@"): v.split(",") if f.endswith("@") else v
+                                               for f, v in fields.items() if f != "NULL"}
+        return json.dumps(rows)
+
+    path = pathlib.Path(folder, "right.json")
+    path.write_text(dump("true"))
+    person = start([LAB, "watch", "--interval", "0.2", left.url, str(path)], text=True,
+                              stdout=subprocess.PIPE, env={**os.environ, "LC_ALL": "C"})
+    for write, line in [
+        (lambda: None, "the pair agrees"),
+        (lambda: path.write_text(dump("false")), f"right {PORT} root_guard true->false: PortChannel10 no longer agrees "
+         "(ifi-port-guard); the pair does not agree"),
+        (lambda: path.write_text(dump("true")[:99]), r"right .*: no JSON here"),
+        (lambda: None, "right: the verdict is not known"),
+        (lambda: path.write_text(dump("true")), r"right STP_PORT.* false->true: PortChannel10 now agrees; the pair agrees"),
+        (path.unlink, "right is lost: No such file or directory"),
+        (lambda: path.write_text(dump("false")), r"right is back: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
+    ]:
+        write()
+        said = person.stdout.readline()
+        assert re.match(r"\d\d:\d\d:\d\d " + (line if "\\" in line or ".*" in line else re.escape(line)), said), (said, line)
+    person.terminate()
+    assert person.wait(PATIENCE) == 0
+
+    # Nobody reads any more what it says: it ends, though nothing happens.
+    reader, writer = os.pipe()
+    unheard = start([LAB, "watch", left.url, left.url], stdout=writer)
+    os.close(writer)
+    os.read(reader, 1)
+    os.close(reader)
+    assert unheard.wait(PATIENCE) == 0
+
+
+signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
+tests = [test_changes, test_losses, test_starts]
+failures = 0
+with tempfile.TemporaryDirectory() as temporary, concurrent.futures.ThreadPoolExecutor(len(tests)) as pool:
+    try:
+        running = {pool.submit(test, temporary): test.__name__ for test in tests}
+        for ended in concurrent.futures.as_completed(running):
+            if ended.exception():
+                failures += 1
+                print(f"{running[ended]} failed", file=sys.stderr)
+                traceback.print_exception(ended.exception())
+    finally:
+        for process in started:
+            process.kill()
+            process.wait()
+sys.exit(1 if failures else 0)
