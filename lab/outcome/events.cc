@@ -7,6 +7,7 @@
 
 #include "language/names.h"
 #include "language/text.h"
+#include "language/told.h"
 
 namespace lab {
 namespace {
@@ -250,25 +251,6 @@ std::vector<Json> tell_changes(Told &told, const HeldPair &held) {
     events.push_back(std::move(event));
   }
   return events;
-}
-
-bool agrees(const Json &check) {
-  return !check.contains("only") &&
-         std::all_of(check["verdicts"].begin(), check["verdicts"].end(),
-                     [](const Json &verdict) { return verdict["code"] == 0; });
-}
-
-std::vector<std::string> differing_parameters(const Json &check) {
-  std::vector<std::string> keys;
-  for (const Json &parameter : check["parameters"]) {
-    const Json &states = parameter["states"];
-    if (std::any_of(states.begin(), states.end(), [](const Json &state) {
-          return state == "different" || state == "missing at the peer";
-        })) {
-      keys.push_back(parameter["parameter"]);
-    }
-  }
-  return keys;
 }
 
 }  // namespace lab

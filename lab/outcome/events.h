@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "language/json.h"
 #include "outcome/compare.h"
-#include "outcome/json.h"
 #include "read/held.h"
 
 namespace lab {
@@ -42,9 +42,5 @@ std::vector<Json> tell_changes(Told &told, const HeldPair &held);
 
 // The sources that have been lost.
 std::vector<Json> tell_losses(Told &told, const HeldPair &held);
-
-// Does a scope of a comparison agree, and if not, in which parameters?
-bool agrees(const Json &check);
-std::vector<std::string> differing_parameters(const Json &check);
 
 }  // namespace lab

@@ -10,6 +10,7 @@
 
 #include "language/names.h"
 #include "language/text.h"
+#include "language/told.h"
 
 namespace lab {
 namespace {
@@ -46,17 +47,17 @@ std::string metrics_of(const Told &told, const std::array<bool, 2> &connected,
 
   // What is not known is not told, rather than as it was.
   if (told.agree) {
-    std::map<std::string, int> differing;
+    std::map<std::string, int> scopes_differing;
     int disagreeing = 0;
     for (const Json &check : told.comparison["checks"]) {
       if (!agrees(check)) ++disagreeing;
-      for (const Json &parameter : check["parameters"]) differing[parameter["parameter"]];
-      for (const std::string &key : differing_parameters(check)) ++differing[key];
+      for (const Json &parameter : check["parameters"]) scopes_differing[parameter["parameter"]];
+      for (const std::string &key : differing(check)) ++scopes_differing[key];
     }
     writer.metric("mcec_pair_scopes_disagreeing", "Scopes that do not agree.");
     writer.sample("mcec_pair_scopes_disagreeing", std::to_string(disagreeing));
     writer.metric("mcec_pair_scopes_differing", "Scopes in which a parameter differs.");
-    for (const auto &[key, count] : differing) {
+    for (const auto &[key, count] : scopes_differing) {
       writer.sample("mcec_pair_scopes_differing", std::to_string(count), label("parameter", key));
     }
   }

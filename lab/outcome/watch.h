@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "outcome/json.h"
+#include "language/json.h"
 #include "read/source.h"
 #include "read/watched_file.h"
 

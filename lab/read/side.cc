@@ -1,6 +1,8 @@
 #include "read/side.h"
 
 #include "language/yaml.h"
+#include "read/redis.h"
+#include "read/source.h"
 #include "read/switch.h"
 
 namespace lab {
@@ -13,23 +15,54 @@ bool looks_like_a_dump(std::string_view text) {
   return first != text.npos && (text[first] == '{' || text[first] == '[');
 }
 
+void read_file(const std::string &path, Format format, ReadSide &read) {
+  const std::string bytes = file_text(path, read.mistakes);
+  if (!read.mistakes.empty()) return;
+  ReadText text = read_text(bytes, format);
+  read.mistakes = std::move(text.mistakes);
+  read.side.settings = std::move(text.settings);
+  read.side.rows = std::move(text.rows);
+}
+
+void read_from_database(const Source &source, ReadSide &read) {
+  ReadDatabase database = read_database(source);
+  if (!database.lost.empty()) {
+    read.mistakes.push_back({0, 0, "", database.lost, "a configuration database"});
+    return;
+  }
+  ReadSettings settings = settings_of(database.rows, database.mistakes);
+  read.mistakes = std::move(settings.mistakes);
+  read.side.settings = std::move(settings.settings);
+  read.side.rows = std::move(database.rows);
+}
+
 }  // namespace
 
-ReadSide read_side(const std::string &path, Format format) {
-  ReadSide read;
-  read.side.source = printable(path);
-  const std::string text = file_text(path, read.mistakes);
-  if (!read.mistakes.empty()) return read;
-  if (format == Format::dump || (format == Format::by_content && looks_like_a_dump(text))) {
-    ReadRows rows = read_dump(text);
-    ReadSettings settings = settings_of(rows.rows, rows.mistakes);
-    read.mistakes = std::move(settings.mistakes);
-    read.side.settings = std::move(settings.settings);
-    read.side.rows = std::move(rows.rows);
+ReadText read_text(const std::string &bytes, Format format) {
+  ReadText text;
+  ReadSettings settings;
+  if (format == Format::dump || (format == Format::by_content && looks_like_a_dump(bytes))) {
+    ReadRows rows = read_dump(bytes);
+    settings = settings_of(rows.rows, rows.mistakes);
+    text.rows = std::move(rows.rows);
   } else {
-    ReadSettings settings = read_state(text);
-    read.mistakes = std::move(settings.mistakes);
-    read.side.settings = std::move(settings.settings);
+    settings = read_state(bytes);
+  }
+  text.settings = std::move(settings.settings);
+  text.mistakes = std::move(settings.mistakes);
+  return text;
+}
+
+ReadSide read_side(const std::string &source, std::size_t which, Format format) {
+  ReadSide read;
+  ParsedSource parsed = parse_source(source, which);
+  read.side.source = printable(parsed.source.shown);
+  if (!parsed.mistakes.empty()) {
+    read.mistakes = std::move(parsed.mistakes);
+  } else if (parsed.source.kind == Source::Kind::file) {
+    read_file(parsed.source.place, format, read);
+  } else {
+    read_from_database(parsed.source, read);
   }
   return read;
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "read/rows.h"
+#include "read/watched_file.h"
 
 namespace lab {
 
@@ -14,15 +15,19 @@ struct Side {
   std::optional<Rows> rows;  // of a dump or a database, which can be cured
 };
 
-// What a source is; by_content: a JSON object is a dump, anything else a state file.
+// What a file is; by_content: a JSON object is a dump, anything else a state file.
 enum class Format { by_content, state, dump };
+
+// What the bytes of a file say.
+ReadText read_text(const std::string &bytes, Format format);
 
 struct ReadSide {
   Side side;
   Mistakes mistakes;  // with some, the settings are of no use
 };
 
-// A state file or a dump; "-" is standard input.
-ReadSide read_side(const std::string &path, Format format);
+// The switch that a source says: a state file or a dump ("-" is standard input), or a database.
+// `which` of the two, 0 or 1, tells whose password the environment has. Throws Interrupted.
+ReadSide read_side(const std::string &source, std::size_t which, Format format);
 
 }  // namespace lab

@@ -8,6 +8,7 @@
 #include "draimiofaf/types.h"
 #include "language/names.h"
 #include "language/told.h"
+#include "show/words.h"
 
 namespace lab {
 namespace {
@@ -21,29 +22,7 @@ std::string text_or(const Json &text, const char *otherwise) {
   return text.is_string() ? text.get<std::string>() : otherwise;
 }
 
-const char *other_side(const std::string &side) {
-  return side == switch_names[0] ? switch_names[1] : switch_names[0];
-}
-
 // --- verdicts ---
-
-std::string verdict_words(const Json &check, const std::string &side) {
-  const uint32_t code = check["verdicts"][side]["code"];
-  if (code == 0) return "agrees";
-  if (const ParameterName *parameter = parameter_of_mismatch(code)) {
-    return "DIFFERENT: " + parameter->key;
-  }
-  if (check.contains("only")) {
-    return "MISSING on the " + std::string(other_side(check["only"]));
-  }
-  for (const Json &parameter : check["parameters"]) {
-    if (code == STP_MCEC_ERR_FAILURE && parameter["states"][side] == "missing at the peer") {
-      return std::string("MISSING on the ") + other_side(side) + ": " +
-             parameter["parameter"].get<std::string>();
-    }
-  }
-  return "NOT CHECKED";
-}
 
 Colour verdict_colour(const Json &check, const std::string &side) {
   return check["verdicts"][side]["code"] == 0 ? Colour::green : Colour::red;
@@ -83,23 +62,6 @@ void show_verdicts(const Json &check, const ShowOptions &options) {
 }
 
 // --- parameters ---
-
-// What is said of a parameter. Where the switches see it differently, each is told; of a parameter
-// that one of them lacks, the other's view counts.
-std::string state_text(const Json &parameter) {
-  const Json &states = parameter["states"];
-  std::string text;
-  for (const auto &[side, state] : states.items()) {
-    if (state == "missing at the peer") return std::string("missing on the ") + other_side(side);
-    if (state == "only at the peer") continue;
-    if (text.empty()) {
-      text = state;
-    } else if (text != state) {
-      text = "left: " + text + "; right: " + state.get<std::string>();
-    }
-  }
-  return text;
-}
 
 Cell state_cell(const Json &parameter) {
   const std::string text = state_text(parameter);
@@ -186,37 +148,6 @@ void show_moved(const char *what, const std::vector<std::string> &keys, Colour c
 }
 
 }  // namespace
-
-std::string code_text(const Json &result) {
-  return fmt::format("{} (0x{:08X})", result["name"].get<std::string>(),
-                     result["code"].get<uint32_t>());
-}
-
-std::string verdict_text(const Json &check, const std::string &side) {
-  const Json &verdict = check["verdicts"][side];
-  const std::string words = verdict_words(check, side);
-  if (verdict["code"] == 0) return words;
-  return fmt::format("{}   ({}, 0x{:08X})", words, verdict["name"].get<std::string>(),
-                     verdict["code"].get<uint32_t>());
-}
-
-std::string scope_title(const Json &check) {
-  const std::string scope = check["scope"];
-  if (scope == "switch") return scope;
-  std::string title = scope;
-  if (!check.contains("ports")) {
-    title = "port " + scope;
-  } else if (!check.contains("only")) {
-    const std::string left = check["ports"]["left"];
-    const std::string right = check["ports"]["right"];
-    if (left != right) {
-      title += ": " + left + " on the left, " + right + " on the right";
-    } else if (left != scope) {
-      title += ": " + left;
-    }
-  }
-  return title + (check.value("pod", false) ? " (pod)" : "");
-}
 
 void show_checks(const Json &checks, const ShowOptions &options) {
   for (const Json &check : checks) {

@@ -7,15 +7,6 @@
 
 namespace lab {
 
-// "agree", "STP_MCEC_ERR_TYPE1_LOOP_GUARD (0x40DD0040)".
-std::string code_text(const Json &result);
-
-// "DIFFERENT: loop-guard   (STP_MCEC_ERR_TYPE1_LOOP_GUARD, 0x40DD0040)".
-std::string verdict_text(const Json &check, const std::string &side);
-
-// "switch", "port 0x1000 (pod)", "channel 20: 0x1000 on left, 0x2000 on right".
-std::string scope_title(const Json &check);
-
 // The scopes of a check, and, of several, a summary.
 void show_checks(const Json &checks, const ShowOptions &options);
 

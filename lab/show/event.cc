@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "language/text.h"
+#include "language/told.h"
 #include "outcome/events.h"
 
 namespace lab {
@@ -39,7 +40,7 @@ std::string counted(const std::vector<std::string> &texts, std::size_t most, con
 
 std::string why_not(const Json &check) {
   if (check.contains("only")) return "on " + check["only"].get<std::string>() + " only";
-  return counted(differing_parameters(check), 12, ", ");
+  return counted(differing(check), 12, ", ");
 }
 
 std::string disagreement(const Json &check) {
@@ -209,14 +210,6 @@ std::string mistake_text(const Json &event) {
 }
 
 }  // namespace
-
-bool takes_utf8() {
-  const locale_t locale = newlocale(LC_CTYPE_MASK, "", locale_t{});
-  if (locale == locale_t{}) return false;
-  const bool utf8 = std::string_view(nl_langinfo_l(CODESET, locale)) == "UTF-8";
-  freelocale(locale);
-  return utf8;
-}
 
 std::string event_text(const Json &event, bool utf8) {
   const std::string kind = event["event"];

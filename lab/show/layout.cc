@@ -23,15 +23,10 @@ constexpr std::size_t least_width_of_terminal = 40;
 constexpr std::size_t least_column = 8;
 constexpr std::size_t table_margin = 4;
 
-bool is_utf8() {
-  static const bool is = std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
-  return is;
-}
-
 // The columns of a character of UTF-8; less than 0: this locale cannot show it.
 int columns_of(std::string_view character) {
   if (character.size() == 1) return 1;
-  if (!is_utf8()) return -1;
+  if (!takes_utf8()) return -1;
   wchar_t wide = 0;
   std::mbstate_t state{};
   const std::size_t read = std::mbrtowc(&wide, character.data(), character.size(), &state);
@@ -163,6 +158,11 @@ Table new_table(const std::vector<std::string> &heading, const Layout &layout) {
 }
 
 }  // namespace
+
+bool takes_utf8() {
+  static const bool takes = std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
+  return takes;
+}
 
 Layout standard_layout(bool no_color) {
   Layout layout;

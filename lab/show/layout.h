@@ -20,6 +20,9 @@ enum class Colour { none, red, green, yellow, cyan, bold };
 
 std::string coloured(const std::string &text, Colour colour, const Layout &layout);
 
+// Does this locale take more than ASCII?
+bool takes_utf8();
+
 // A text as this locale can show it: what it has no letters for is escaped.
 std::string as_shown(std::string_view text);
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <tuple>
 
+#include "language/told.h"
 #include "language/vlans.h"
 #include "show/page_parts.h"
 #include "show/words.h"
@@ -136,7 +137,7 @@ std::vector<Summed> summed(const Json &document) {
         return candidate.parameter == parameter;
       });
       if (sum == sums.end()) sum = sums.insert(sum, {parameter, {}});
-      if (is_out_of_step(state_text(row))) sum->differ.push_back({i, &checks[i]});
+      if (is_out_of_step(row)) sum->differ.push_back({i, &checks[i]});
       ++sum->scopes;
     }
   }
@@ -241,8 +242,8 @@ struct Sign {
   const char *sign;
 };
 
-Sign sign_of(const std::string &state) {
-  if (is_out_of_step(state)) return {"bad", "≠"};
+Sign sign_of(const Json &row, const std::string &state) {
+  if (is_out_of_step(row)) return {"bad", "≠"};
   if (state == "same") return {"good", "="};
   return {"other", state.starts_with("same") ? "≈" : "–"};
 }
@@ -252,8 +253,7 @@ std::string verdict_line(const Json &check) {
     return fmt::format("only the {} switch has this channel", escaped(only));
   }
   std::vector<std::string> verdicts;
-  for (const char *side : sides)
-    verdicts.push_back(verdict_text(field(field(check, "verdicts"), side)));
+  for (const char *side : sides) verdicts.push_back(verdict_text(check, side));
   if (verdicts[0] == verdicts[1]) {
     return differs(check) ? "both switches: <code>" + escaped(verdicts[0]) + "</code>" : "agrees";
   }
@@ -281,7 +281,7 @@ std::string scope_table(const Scope &scope, const Json &document) {
   std::string rows;
   for (const Json &row : field(check, "parameters")) {
     const std::string state = state_text(row);
-    const Sign sign = sign_of(state);
+    const Sign sign = sign_of(row, state);
     rows += fmt::format(
         "<tr class=\"{}\"><th scope=\"row\">{}</th><td>{}</td><td>{}</td>"
         "<td class=\"state\"><span aria-hidden=\"true\">{}</span> {}</td></tr>\n",

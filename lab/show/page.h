@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "outcome/json.h"
+#include "language/json.h"
 
 namespace lab {
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "show/checks.h"
+#include "show/words.h"
 
 namespace lab {
 namespace {

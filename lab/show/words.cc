@@ -2,23 +2,74 @@
 
 #include <fmt/core.h>
 
-namespace lab {
+#include "draimiofaf/types.h"
+#include "language/names.h"
+#include "language/told.h"
 
-std::string verdict_text(const Json &verdict) {
-  if (!verdict.is_object()) return "";
-  const std::string name = verdict.value("name", "");
-  const auto code = verdict.value("code", uint32_t{0});
-  return code == 0 ? name : fmt::format("{} (0x{:08X})", name, code);
+namespace lab {
+namespace {
+
+std::string verdict_words(const Json &check, const std::string &side) {
+  const uint32_t code = check["verdicts"][side]["code"];
+  if (code == 0) return "agrees";
+  if (const ParameterName *parameter = parameter_of_mismatch(code)) {
+    return "DIFFERENT: " + parameter->key;
+  }
+  if (check.contains("only")) {
+    return "MISSING on the " + std::string(other_side(check["only"]));
+  }
+  for (const Json &parameter : check["parameters"]) {
+    if (code == STP_MCEC_ERR_FAILURE && parameter["states"][side] == "missing at the peer") {
+      return std::string("MISSING on the ") + other_side(side) + ": " +
+             parameter["parameter"].get<std::string>();
+    }
+  }
+  return "NOT CHECKED";
+}
+
+}  // namespace
+
+const char *other_side(const std::string &side) {
+  return side == switch_names[0] ? switch_names[1] : switch_names[0];
+}
+
+std::string code_text(const Json &result) {
+  return fmt::format("{} (0x{:08X})", result["name"].get<std::string>(),
+                     result["code"].get<uint32_t>());
+}
+
+std::string verdict_text(const Json &check, const std::string &side) {
+  const Json &verdict = check["verdicts"][side];
+  const std::string words = verdict_words(check, side);
+  if (verdict["code"] == 0) return words;
+  return fmt::format("{}   ({}, 0x{:08X})", words, verdict["name"].get<std::string>(),
+                     verdict["code"].get<uint32_t>());
+}
+
+std::string scope_title(const Json &check) {
+  const std::string scope = check["scope"];
+  if (scope == "switch") return scope;
+  std::string title = scope;
+  if (!check.contains("ports")) {
+    title = "port " + scope;
+  } else if (!check.contains("only")) {
+    const std::string left = check["ports"]["left"];
+    const std::string right = check["ports"]["right"];
+    if (left != right) {
+      title += ": " + left + " on the left, " + right + " on the right";
+    } else if (left != scope) {
+      title += ": " + left;
+    }
+  }
+  return title + (check.value("pod", false) ? " (pod)" : "");
 }
 
 std::string state_text(const Json &parameter) {
+  const Json &states = parameter["states"];
   std::string text;
-  const Json states = parameter.value("states", Json::object());
   for (const auto &[side, state] : states.items()) {
-    if (state == "missing at the peer") {
-      return std::string("missing on the ") + (side == "left" ? "right" : "left");
-    }
-    if (states.size() > 1 && state == "only at the peer") continue;
+    if (state == "missing at the peer") return std::string("missing on the ") + other_side(side);
+    if (state == "only at the peer") continue;
     if (text.empty()) {
       text = state;
     } else if (text != state) {
@@ -26,10 +77,6 @@ std::string state_text(const Json &parameter) {
     }
   }
   return text;
-}
-
-bool is_out_of_step(const std::string &state) {
-  return state.find("different") != state.npos || state.starts_with("missing");
 }
 
 }  // namespace lab

@@ -1,0 +1,100 @@
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "commands/commands.h"
+#include "language/names.h"
+#include "language/text.h"
+#include "outcome/compare.h"
+#include "read/state_writer.h"
+#include "show/compare.h"
+#include "show/page.h"
+
+namespace lab {
+namespace {
+
+Format format_of(const Arguments &arguments) {
+  return arguments.format == "dump"    ? Format::dump
+         : arguments.format == "state" ? Format::state
+                                       : Format::by_content;
+}
+
+// cure.json with a side: cure.left.json.
+std::string with_side(const std::string &path, const char *side) {
+  const std::size_t dot = path.rfind('.');
+  const std::size_t slash = path.rfind('/');
+  const bool has_ending = dot != path.npos && (slash == path.npos || dot > slash + 1);
+  const std::size_t at = has_ending ? dot : path.size();
+  return path.substr(0, at) + "." + side + path.substr(at);
+}
+
+void write_cures(const Sides &sides, const Json &told, const Arguments &arguments) {
+  const std::string &which = arguments.cure[0];
+  const std::string &path = arguments.cure[1];
+  const std::array<bool, 2> changes = {which != "right", which != "left"};
+  const std::array<Json, 2> patches = cures(sides, told, changes);
+  for (std::size_t i = 0; i < patches.size(); ++i) {
+    if (!changes[i]) continue;
+    write_file(which == "both" ? with_side(path, switch_names[i]) : path,
+               patches[i].dump(2) + "\n");
+  }
+}
+
+// Read both sides; the mistakes of both are told at once.
+bool read_sides(const Arguments &arguments, Sides &sides) {
+  Json told = Json::array();
+  for (std::size_t i = 0; i < sides.size(); ++i) {
+    ReadSide read = read_side(arguments.sides[i], i, format_of(arguments));
+    complain_of(read.side.source, read.mistakes);
+    for (Json &mistake : told_mistakes(read.side.source, read.mistakes)) {
+      told.push_back(std::move(mistake));
+    }
+    sides[i] = std::move(read.side);
+  }
+  if (arguments.json && !told.empty()) print_json({{"version", 1}, {"mistakes", told}});
+  return told.empty();
+}
+
+}  // namespace
+
+Status compare_sides(const Arguments &arguments) {
+  if (!arguments.pairs.empty()) return compare_pairs(arguments);
+  if (arguments.sides.size() != 2) {
+    complain("mcec-lab compare: expected two sources, left and right, or --pairs");
+    return wrong;
+  }
+  const std::vector<std::string> cured = {"left", "right", "both"};
+  if (!arguments.cure.empty() &&
+      std::find(cured.begin(), cured.end(), arguments.cure[0]) == cured.end()) {
+    complain(fmt::format("mcec-lab compare: --cure: found '{}'; expected {}",
+                         printable(arguments.cure[0]), one_of(cured, arguments.cure[0])));
+    return wrong;
+  }
+  Sides sides;
+  if (!read_sides(arguments, sides)) return wrong;
+  if (!arguments.cure.empty() && (!sides[0].rows || !sides[1].rows)) {
+    complain("mcec-lab compare: --cure writes patches of dumps and databases; found a state file");
+    return wrong;
+  }
+  const Json told = compare(sides);
+  if (!arguments.cure.empty()) write_cures(sides, told, arguments);
+  if (!arguments.html.empty()) write_file(arguments.html, page_of(told));
+  if (arguments.json) {
+    print_json(told);
+  } else if (arguments.html != "-" && (arguments.cure.empty() || arguments.cure[1] != "-")) {
+    ShowOptions options = show_options(arguments);
+    options.only_different = !arguments.all;
+    show_comparison(told, options);
+  }
+  return told["agree"] ? agreed : disagreed;
+}
+
+Status capture_side(const Arguments &arguments) {
+  const ReadSide read = read_side(arguments.file, 0, format_of(arguments));
+  complain_of(read.side.source, read.mistakes);
+  if (!read.mistakes.empty()) return wrong;
+  fmt::print("{}", state_file(read.side.settings));
+  return agreed;
+}
+
+}  // namespace lab
