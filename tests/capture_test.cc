@@ -11,6 +11,7 @@
 #include "read/rows.h"
 #include "read/state_writer.h"
 #include "settings/pairing.h"
+#include "settings/scopes.h"
 
 namespace lab {
 namespace {

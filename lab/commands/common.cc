@@ -14,6 +14,9 @@ namespace {
 // More than these help nobody at once.
 constexpr std::size_t mistakes_told = 100;
 
+// What a sentence begins with, and a field of its own does not.
+constexpr std::string_view found_verb = "found ";
+
 }  // namespace
 
 ShowOptions show_options(const Arguments &arguments) {
@@ -49,7 +52,8 @@ Json told_mistakes(const std::string &source, const Mistakes &mistakes) {
       one["line"] = mistake.line;
       one["column"] = mistake.column;
     }
-    one["found"] = mistake.found;
+    const bool has_verb = mistake.found.starts_with(found_verb);
+    one["found"] = mistake.found.substr(has_verb ? found_verb.size() : 0);
     one["expected"] = mistake.expected;
     told.push_back(std::move(one));
   }
