@@ -37,9 +37,8 @@ Status watch_sides(const Arguments &arguments) {
   if (arguments.timeout > 0) options.timeout = seconds(arguments.timeout);
   options.metrics = arguments.metrics;
   options.reader = [](const std::string &bytes) { return read_text(bytes, Format::by_content); };
-  const bool utf8 = takes_utf8();
   const int status = watch(sources, options, [&](const Json &event, bool is_wrong) {
-    const std::string text = event_text(event, utf8);
+    const std::string text = event_text(event);
     if (arguments.json) {
       if (is_wrong) std::cerr << text;
       return write_out(event.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");

@@ -101,6 +101,8 @@ Mistakes settle_side(Side &side, SideTold &told, const Held &held) {
     side.settings = *held.settings;
     return reading;
   }
+  // What is wrong with a file, with its rows too, is known from its reading.
+  if (held.mistakes.contains("")) return reading;
   ReadSettings read = settings_of(held.rows, reading);
   side.settings = std::move(read.settings);
   return std::move(read.mistakes);

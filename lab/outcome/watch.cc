@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 #include <variant>
 
@@ -75,16 +77,28 @@ struct Watch {
   std::string metrics_problem = {};
 };
 
-void write_metrics(Watch &watch) {
-  if (watch.options.metrics.empty()) return;
+// What is wrong, "" when it is written, or need not be.
+std::string write_metrics(const Watch &watch) {
+  if (watch.options.metrics.empty()) return "";
   const std::array<bool, 2> connected = {watch.held[0]->standing == Standing::here,
                                          watch.held[1]->standing == Standing::here};
-  const std::string problem =
-      write_metrics(watch.options.metrics, watch.told, connected, watch.compared);
+  return write_metrics(watch.options.metrics, watch.told, connected, watch.compared);
+}
+
+// A disk that is full now is no reason to leave the pair alone; it is said once.
+void keep_metrics(Watch &watch) {
+  const std::string problem = write_metrics(watch);
   if (!problem.empty() && problem != watch.metrics_problem) {
     fmt::print(stderr, "{}: {}\n", watch.options.metrics, problem);
   }
   watch.metrics_problem = problem;
+}
+
+// Nobody looks at the pair any more.
+void leave(Watch &watch) {
+  for (Held *held : watch.held) held->standing = Standing::lost;
+  watch.told.agree.reset();
+  keep_metrics(watch);
 }
 
 // What is told, and what follows from it for the watch.
@@ -96,7 +110,7 @@ void hear(Watch &watch, const std::vector<Json> &events, bool is_wrong) {
   if (watch.told.agree && (confirmed || !events.empty())) {
     watch.compared = std::chrono::system_clock::now();
   }
-  if (confirmed || !events.empty()) write_metrics(watch);
+  if (confirmed || !events.empty()) keep_metrics(watch);
   for (const Json &event : events) {
     if (!watch.listener(event, is_wrong)) watch.status = watch.options.once_agreed ? 1 : 0;
     if (watch.status) return;
@@ -165,6 +179,7 @@ void wait(Watch &watch, Moment until) {
 
 int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
           const Listener &listener) {
+  std::signal(SIGPIPE, SIG_IGN);
   const Moment started = Clock::now();
   const Moment ends = options.timeout ? started + *options.timeout : Moment::max();
   Watch watch{options,
@@ -173,36 +188,41 @@ int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
   for (std::size_t i = 0; i < sources.size(); ++i) watch.held[i] = &held_of(watch.feeds[i]);
   watch.told = nothing_told({sources[0].shown, sources[1].shown});
   if (!options.metrics.empty()) {
-    const std::string problem = problem_of_metrics(options.metrics);
+    std::string problem = problem_of_metrics(options.metrics);
+    if (problem.empty()) problem = write_metrics(watch);
     if (!problem.empty()) throw std::runtime_error(options.metrics + ": " + problem);
-    write_metrics(watch);
-    if (!watch.metrics_problem.empty()) return 2;
   }
   try {
     while (!watch.status) {
       advance(watch, Clock::now());
-      if (watch.status) break;
-      if (Clock::now() >= ends) {
-        watch.status = 1;
-        break;
-      }
-      wait(watch, ends);
+      if (!watch.status && Clock::now() >= ends) watch.status = 1;
+      if (!watch.status) wait(watch, ends);
     }
   } catch (const Interrupted &) {
     watch.status = options.once_agreed ? 1 : 0;
+  } catch (...) {
+    leave(watch);
+    throw;
   }
-  // Nobody looks at the pair any more; only an agreement that was waited for stands.
-  if (!(options.once_agreed && watch.status == 0)) {
-    for (Held *held : watch.held) held->standing = Standing::lost;
-    watch.told.agree.reset();
-    write_metrics(watch);
-  }
+  if (!(options.once_agreed && watch.status == 0)) leave(watch);
   return *watch.status;
 }
 
-bool write_out(const std::string &text) {
-  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
-         std::fflush(stdout) == 0;
+bool write_out(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno == EPIPE || interrupted()) {
+      return false;
+    } else if (errno == EAGAIN) {
+      std::vector<pollfd> output = {{STDOUT_FILENO, POLLOUT, 0}};
+      lab::wait(output, Moment::max());
+    } else if (errno != EINTR) {
+      throw std::system_error(errno, std::generic_category(), "the output cannot be written");
+    }
+  }
+  return true;
 }
 
 }  // namespace lab

@@ -32,7 +32,8 @@ using Listener = std::function<bool(const Json &event, bool is_wrong)>;
 int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
           const Listener &listener);
 
-// Write a text to the standard output at once; false: nobody reads it.
-bool write_out(const std::string &text);
+// Write a text to the standard output at once, past what is buffered there; false: nobody reads it.
+// Throws std::system_error where it cannot be written for another reason.
+bool write_out(std::string_view text);
 
 }  // namespace lab

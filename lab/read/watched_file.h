@@ -11,11 +11,11 @@
 
 namespace lab {
 
-// What the bytes of a file say: the rows of a dump, or the settings of a state file.
+// What the bytes of a file say.
 struct ReadText {
-  std::optional<Rows> rows;
-  Settings settings;  // of a file without rows
-  Mistakes mistakes;
+  std::optional<Rows> rows;  // of a dump
+  Settings settings;
+  Mistakes mistakes;  // all of them; with some, the settings are of no use
 };
 
 using TextReader = std::function<ReadText(const std::string &bytes)>;

@@ -1,16 +1,14 @@
 #include "show/event.h"
 
 #include <fmt/core.h>
-#include <langinfo.h>
-#include <locale.h>
 
 #include <algorithm>
 #include <string_view>
 #include <vector>
 
-#include "language/text.h"
+#include "language/names.h"
 #include "language/told.h"
-#include "outcome/events.h"
+#include "show/layout.h"
 
 namespace lab {
 namespace {
@@ -65,8 +63,8 @@ std::string value_text(const Json &fields, const std::string &name) {
   return text.substr(0, end) + "...";
 }
 
-std::string row_text(const Json &row, bool utf8) {
-  const char *arrow = utf8 ? "\u2192" : "->";
+std::string row_text(const Json &row) {
+  const char *arrow = takes_utf8() ? "\u2192" : "->";
   const Json &before = row["before"];
   const Json &after = row["after"];
   std::string text = row["side"].get<std::string>() + " " + row["row"].get<std::string>();
@@ -129,15 +127,15 @@ std::string effect_text(const Json &event) {
   return text.empty() ? "no verdict changes" : text;
 }
 
-std::string changed_text(const Json &event, bool utf8) {
+std::string changed_text(const Json &event) {
   const std::string time = time_of(event);
   const Json &rows = event["rows"];
   if (rows.size() == 1) {
-    return fmt::format("{} {}: {}\n", time, row_text(rows[0], utf8), effect_text(event));
+    return fmt::format("{} {}: {}\n", time, row_text(rows[0]), effect_text(event));
   }
   std::string text;
   for (std::size_t i = 0; i < std::min(rows.size(), rows_told); ++i) {
-    text += fmt::format("{} {}\n", time, row_text(rows[i], utf8));
+    text += fmt::format("{} {}\n", time, row_text(rows[i]));
   }
   if (rows.size() > rows_told) {
     text += fmt::format("{} and {} more rows\n", time, rows.size() - rows_told);
@@ -154,7 +152,7 @@ std::string verdict_text(const Json &comparison) {
     return is_off ? "the pair agrees: spanning tree is off on both" : "the pair agrees";
   }
   std::vector<std::string> scopes;
-  for (const char *side : {"left", "right"}) {
+  for (const char *side : switch_names) {
     if (comparison[side]["spanning-tree"] == "off") {
       scopes.push_back(std::string("spanning tree is off on ") + side);
     }
@@ -209,16 +207,20 @@ std::string mistake_text(const Json &event) {
   return text + fmt::format("{}: the verdict is not known\n", start);
 }
 
-}  // namespace
-
-std::string event_text(const Json &event, bool utf8) {
+std::string plain_text(const Json &event) {
   const std::string kind = event["event"];
-  if (kind == "changed") return changed_text(event, utf8);
+  if (kind == "changed") return changed_text(event);
   if (kind == "compared") return compared_text(event);
   if (kind == "back") return back_text(event);
   if (kind == "mistake") return mistake_text(event);
   return fmt::format("{} {} is lost: {}\n", time_of(event), event["side"].get<std::string>(),
                      event["reason"].get<std::string>());
+}
+
+}  // namespace
+
+std::string event_text(const Json &event) {
+  return as_shown(plain_text(event));
 }
 
 }  // namespace lab

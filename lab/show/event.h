@@ -7,7 +7,8 @@
 
 namespace lab {
 
-// The lines of an event of outcome/events.h, each with its time. A burst is told by its first rows.
-std::string event_text(const Json &event, bool utf8);
+// The lines of an event of outcome/events.h, each with its time, as this locale can show them. A
+// burst is told by its first rows.
+std::string event_text(const Json &event);
 
 }  // namespace lab
