@@ -1,4 +1,4 @@
-// What a dump may hold, from its bytes to the state file that is made of it, and to a pair.
+// What dumps and state files may hold: from their bytes to what is written of them, and to a pair.
 
 #include <cstddef>
 #include <cstdint>
@@ -8,12 +8,19 @@
 #include "outcome/cure.h"
 #include "read/rows.h"
 #include "read/state_writer.h"
+#include "read/switch.h"
 #include "settings/pairing.h"
 
 namespace {
 
 void require(bool holds) {
   if (!holds) std::abort();
+}
+
+// What is written can be read again, and says the same.
+void write_and_read(const lab::Settings &settings) {
+  const lab::ReadSettings again = lab::read_state(lab::state_file(settings));
+  require(again.mistakes.empty() && again.settings == settings);
 }
 
 struct Read {
@@ -30,13 +37,17 @@ Read read(std::string_view json) {
 
 }  // namespace
 
-// Two dumps, with an empty line between them.
+// Two dumps with an empty line between them, or a state file.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   const std::string_view all(reinterpret_cast<const char *>(data), size);
   const std::size_t middle = all.find("\n\n");
   const Read left = read(all.substr(0, middle));
-  if (!left.is.mistakes.empty()) return 0;
-  require(!lab::state_file(left.is.settings).empty());
+  if (!left.is.mistakes.empty()) {
+    const lab::ReadSettings state = lab::read_state(std::string(all));
+    if (state.mistakes.empty()) write_and_read(state.settings);
+    return 0;
+  }
+  write_and_read(left.is.settings);
   if (middle == all.npos) return 0;
   const Read right = read(all.substr(middle + 2));
   if (!right.is.mistakes.empty()) return 0;

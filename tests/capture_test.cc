@@ -10,6 +10,7 @@
 #include "outcome/cure.h"
 #include "read/rows.h"
 #include "read/state_writer.h"
+#include "read/switch.h"
 #include "settings/pairing.h"
 #include "settings/scopes.h"
 
@@ -40,7 +41,7 @@ std::string capture(const std::string &name) {
 
 // The bytes of a parameter; of a channel's port by its name.
 Bytes value(const Settings &settings, const std::string &channel, uint16_t type) {
-  const Port *port = find_port(settings, channel);
+  const Port *port = port_of_channel(settings, channel);
   for (const Entry &entry : port != nullptr ? port->parameters : settings.parameters) {
     if (entry.type == type) return entry.value;
   }
@@ -186,6 +187,8 @@ TEST(Capture, BecomesAStateFile) {
     std::string file = row.file;
     if (const auto at = file.find("spanning-tree runs\n"); at != file.npos) file.erase(at, 19);
     EXPECT_EQ(state_file(dump.settings), head + file);
+    const ReadSettings again = read_state(head + file);
+    EXPECT_TRUE(again.mistakes.empty() && again.settings == dump.settings) << file;
   }
 }
 

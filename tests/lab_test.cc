@@ -75,6 +75,8 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
       {"title: x\n", "1:1: a scenario without 'steps'; expected it there\n"},
       {"steps: [{check: switch}]\n---\nsteps: []\n",
        "3:1: a second document begins here; expected one in a file\n"},
+      {"steps: [{check: switch}]\n---\n, x",
+       "3:1: a second document begins here; expected one in a file\n"},
       {"switches:\n  left: {parameters: {ifi-port-type: edge-port}, ports: [{member: 3}]}\n"
        "  right: {parameters: {mst-region-vi-map: {1: 10-20, 2: 15}}}\nsteps:\n"
        "- {command: stp-mode, attributes: [{word: 3}], expect: {}}\n"

@@ -3,8 +3,10 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <yaml-cpp/eventhandler.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <set>
@@ -41,6 +43,42 @@ bool is_torn_list(const std::string &key, const YAML::Node &value) {
 
 constexpr char no_merge_keys[] =
     "the keys themselves, or an alias for the whole mapping: merge keys are not taken";
+
+// Notes where a document begins.
+struct DocumentPlace : YAML::EventHandler {
+  YAML::Mark mark = YAML::Mark::null_mark();
+
+  void note(const YAML::Mark &at) { mark = mark.is_null() ? at : mark; }
+
+  void OnDocumentStart(const YAML::Mark &) override {}
+  void OnDocumentEnd() override {}
+  void OnNull(const YAML::Mark &at, YAML::anchor_t) override { note(at); }
+  void OnAlias(const YAML::Mark &at, YAML::anchor_t) override { note(at); }
+  void OnScalar(const YAML::Mark &at, const std::string &, YAML::anchor_t,
+                const std::string &) override {
+    note(at);
+  }
+  void OnSequenceStart(const YAML::Mark &at, const std::string &, YAML::anchor_t,
+                       YAML::EmitterStyle::value) override {
+    note(at);
+  }
+  void OnSequenceEnd() override {}
+  void OnMapStart(const YAML::Mark &at, const std::string &, YAML::anchor_t,
+                  YAML::EmitterStyle::value) override {
+    note(at);
+  }
+  void OnMapEnd() override {}
+};
+
+// Where the first two documents of a text begin, as far as there are any. YAML::LoadAll is of no
+// use: before a comma that stands outside of all lists it finds empty documents without end.
+std::array<DocumentPlace, 2> documents_of(const std::string &text) {
+  std::istringstream stream(text);
+  YAML::Parser parser(stream);
+  std::array<DocumentPlace, 2> places;
+  if (parser.HandleNextDocument(places[0])) parser.HandleNextDocument(places[1]);
+  return places;
+}
 
 // What a person can do about YAML that cannot be read.
 Mistake no_yaml(const std::string &text, const YAML::Exception &problem, const std::string &what) {
@@ -204,14 +242,15 @@ Bytes Reader::bytes(const YAML::Node &node, const std::string &what) {
 void read_yaml(const std::string &text, const std::string &what, Reader &reader,
                const std::function<void(const YAML::Node &)> &read) {
   try {
-    const std::vector<YAML::Node> documents = YAML::LoadAll(text);
-    if (documents.empty()) {
+    const auto [first, second] = documents_of(text);
+    if (first.mark.is_null()) {
       reader.mistakes.push_back({1, 1, "", "the file is empty", what + " in YAML"});
     } else {
-      read(documents[0]);
+      read(YAML::Load(text));
     }
-    if (documents.size() > 1) {
-      reader.mistake(documents[1], "a second document begins here", "one in a file");
+    if (!second.mark.is_null()) {
+      reader.mistakes.push_back({second.mark.line + 1, second.mark.column + 1, "",
+                                 "a second document begins here", "one in a file"});
     }
   } catch (const YAML::Exception &problem) {
     reader.mistakes.push_back(no_yaml(text, problem, what));
