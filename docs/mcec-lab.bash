@@ -11,14 +11,23 @@ _mcec_lab_learn() {
 
 _mcec_lab() {
   local lab=${COMP_WORDS[0]} current=${COMP_WORDS[COMP_CWORD]}
-  local command='' i place=0 words='' files=no
+  local command='' i place=0 option='' values=0 words='' files='' ending reply
   [[ $lab == \~/* ]] && lab=$HOME/${lab:2}
   COMPREPLY=()
 
-  # The subcommand, and how many of its arguments stand before the word to complete.
+  # The subcommand, how many of its arguments stand before the word to complete, and the option of
+  # which that word is a value, with how many are still to come.
   for ((i = 1; i < COMP_CWORD; i++)); do
+    if ((values > 0)); then
+      values=$((values - 1))
+      continue
+    fi
     case ${COMP_WORDS[i]} in
-      -*) ;;
+      --cure) option=--cure values=2 ;;
+      --format | --html | --pairs | --interval | --timeout | --metrics)
+        option=${COMP_WORDS[i]} values=1
+        ;;
+      -?*) ;;
       *)
         if [[ -z $command ]]; then
           command=${COMP_WORDS[i]}
@@ -29,50 +38,74 @@ _mcec_lab() {
     esac
   done
 
-  case $command in
-    '')
-      words='run what-if explain list'
-      [[ $current == -* ]] && words='--help --version'
-      ;;
-    run)
-      files=yes
-      [[ $current == -* ]] && words='--json --log --quiet --no-color --help'
-      ;;
-    what-if)
-      ((place == 0)) && files=yes
-      [[ $current == -* ]] && words='--json --log --no-color --help'
-      ;;
-    explain)
-      if [[ $current == -* ]]; then
-        words='--no-color --help'
-      elif ((place == 0)); then
-        _mcec_lab_learn "$lab"
-        words=$_mcec_lab_names
-      fi
-      ;;
-    list)
-      if [[ $current == -* ]]; then
-        words='--json --no-color --help'
-      elif ((place == 0)); then
-        words='parameters commands'
-      fi
-      ;;
-  esac
+  if ((values > 0)); then
+    case $option$values in
+      --cure2) words='left right both' ;;
+      --format1) words='dump state' ;;
+      --interval1 | --timeout1) return ;;
+      *) files='*' ;;
+    esac
+  else
+    case $command in
+      '')
+        words='run what-if compare capture watch explain list'
+        [[ $current == -* ]] && words='--help --version'
+        ;;
+      run)
+        files='*.yaml *.yml'
+        [[ $current == -* ]] &&
+          words='--json --log --quiet --only-different --fail-on-difference --no-color --help'
+        ;;
+      what-if)
+        ((place == 0)) && files='*.yaml *.yml'
+        [[ $current == -* ]] && words='--json --log --no-color --help'
+        ;;
+      compare)
+        ((place < 2)) && files='*.json *.yaml *.yml'
+        [[ $current == -* ]] &&
+          words='--json --all --cure --html --pairs --format --no-color --help'
+        ;;
+      capture)
+        ((place == 0)) && files='*.json *.yaml *.yml'
+        [[ $current == -* ]] && words='--format --no-color --help'
+        ;;
+      watch)
+        ((place < 2)) && files='*.json *.yaml *.yml'
+        [[ $current == -* ]] &&
+          words='--json --interval --once-agreed --timeout --metrics --no-color --help'
+        ;;
+      explain)
+        if [[ $current == -* ]]; then
+          words='--no-color --help'
+        elif ((place == 0)); then
+          _mcec_lab_learn "$lab"
+          words=$_mcec_lab_names
+        fi
+        ;;
+      list)
+        if [[ $current == -* ]]; then
+          words='--json --no-color --help'
+        elif ((place == 0)); then
+          words='parameters commands'
+        fi
+        ;;
+    esac
+  fi
 
-  local reply
   if [[ -n $words ]]; then
     while IFS= read -r reply; do
       COMPREPLY+=("$reply")
     done < <(compgen -W "$words" -- "$current")
-  elif [[ $files == yes && $current != -* ]]; then
-    # Directories, and files that can be scenarios.
+  elif [[ -n $files && $current != -* ]]; then
+    # Directories, and the files that fit.
+    local -a endings
+    read -r -a endings <<<"$files"
     while IFS= read -r reply; do
       COMPREPLY+=("$reply")
-    done < <(
+    done < <({
       compgen -d -- "$current"
-      compgen -f -X '!*.yaml' -- "$current"
-      compgen -f -X '!*.yml' -- "$current"
-    )
+      for ending in "${endings[@]}"; do compgen -f -X "!$ending" -- "$current"; done
+    } | sort -u)
     # Outside of a completion there is no completion to give options to.
     compopt -o filenames 2>/dev/null || :
   fi

@@ -367,7 +367,10 @@ TEST_F(Lab, ExplainsAndLists) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.out.find(parameter["mismatch"]["name"].get<std::string>()),
               std::string::npos);
+    EXPECT_NE(outcome.out.find("\ngoes wrong  "), std::string::npos);
   }
+  EXPECT_NE(lab("explain 40DD003F").out.find("AC36177F50283CD4B83821D8AB26DE62"),
+            std::string::npos);
   for (const Json &result : listed["results"]) {
     EXPECT_EQ(lab("explain " + result["name"].get<std::string>()).status, 0);
   }

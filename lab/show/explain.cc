@@ -6,8 +6,10 @@
 
 #include "draimiofaf/extract.h"
 #include "draimiofaf/foundation.h"
+#include "language/digest.h"
 #include "pair/pair.h"
 #include "settings/values.h"
+#include "show/advice.h"
 
 namespace lab {
 namespace {
@@ -164,8 +166,17 @@ void explain_parameter(const ParameterName &parameter, const Layout &layout) {
   say("length", std::to_string(parameter.length) + " bytes", layout);
   say("default", default_text(parameter), layout);
   say("values", value_help(parameter), layout);
+  if (parameter.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
+    say("digest",
+        fmt::format("Bridges do not show the map itself, but its IEEE 802.1Q configuration digest; "
+                    "that of the default is {}.",
+                    region_digest(default_value(parameter))),
+        layout);
+  }
   say("mismatch", fmt::format("{} (0x{:08X})", result_name(parameter.mismatch), parameter.mismatch),
       layout);
+  say("goes wrong", advice_on(parameter.type).harm, layout);
+  say("cure", advice_on(parameter.type).cure, layout);
   Pair pair;
   for (const CommandName &command : commands()) {
     for (const bool positive : {true, false}) {
