@@ -179,6 +179,7 @@ TEST_F(Foundation, MemoryTypesHaveNames) {
 }
 
 TEST_F(Foundation, HistoryIsInitialisedByTheFirstLineThatCan) {
+  ON_STANDIN_ONLY();
   stp_mcec_lib_sdwrap_init_done = 0;
   standin_fail(STANDIN_HISTORY_INIT, 1, 2);
   for (int line = 0; line < 3; ++line) stp_mcec_type1_cfg_cache_rebuild(nullptr, 0, 0);
@@ -238,6 +239,7 @@ TEST_F(Foundation, MultiChassisDatabaseIsAsked) {
 // --- the stand-in keeps its own promises ---
 
 TEST_F(Foundation, StandinReadersEndWithTheArray) {
+  ON_STANDIN_ONLY();
   Bytes made = array({{1, word(5)}, {6, word(1)}});
   uint16_t type = 0;
   uint16_t length = 0;
@@ -263,6 +265,7 @@ TEST_F(Foundation, StandinReadersEndWithTheArray) {
 std::string misuse;
 
 TEST_F(Foundation, StandinRefusesMisuse) {
+  ON_STANDIN_ONLY();
   standin_on_misuse([](const char *what) { misuse = what; });
   void *block = mtrack_alloc(633, 6, 8);
   mtrack_free(block);

@@ -134,6 +134,7 @@ TEST_F(Report, FailuresLeaveWhatWasFilled) {
             "6 STP Loopguard=Enabled; 13 =; 0 =");
   EXPECT_EQ(result, uint32_t{STP_MCEC_ERR_INVALID_ARG});
   log();
+  ON_STANDIN_ONLY();
   standin_fail(STANDIN_TLV_NEXT, 2, 1);
   EXPECT_EQ(report({{6, word(1)}, {7, word(1)}}), "6 STP Loopguard=Enabled; 0 =");
   EXPECT_EQ(result, uint32_t{STANDIN_TLV_ORDERED_FAILURE});

@@ -16,9 +16,10 @@ extern "C" {
 
 /* --- store ------------------------------------------------------------------------------------ */
 
+struct avl_tree;
+
 /* The tree, of the platform's AVL library: type1_cfg_avl_node_t in the order of the comparison
  * below. Created when the library is loaded, released with all its nodes when it is unloaded. */
-struct avl_tree;
 STP_MCEC_API extern struct avl_tree *stp_mcec_type1_cfg_avl;
 
 /* The tree's order, over two type1_cfg_avl_node_t: if_index, then type, both unsigned. 1 when a is

@@ -257,6 +257,7 @@ enum {
   X(mcecm_app_cmd7_extract_info_t, 20) \
   X(MAX, 21)
 
+/* The type of a block, as the memory tracker is told it. */
 typedef uint32_t stp_mcec_lib_mem_type_t;
 
 enum {

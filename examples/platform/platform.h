@@ -1,0 +1,105 @@
+/*
+ * A platform of other parts than the stand-in, to copy from: each source brings the operations of a
+ * header or two of draimiofaf/platform/, out of something that is at hand.
+ *
+ *   memory.c     mtrack.h                          a fixed arena, blocks by service and memory type
+ *   history.c    sdwrap.h                          a ring of lines in a file
+ *   tree.c       avl.h                             the search trees of the C library
+ *   tlv.c        tlv.h, syserr.h                   the attributes of libmnl
+ *   requests.c   mts.h, cmd_req.h                  messages in the arena
+ *   switch.c     mcecm.h, if_index.h, im.h,        tables that the process hands over
+ *                satmgr.h, sysmgr.h
+ *
+ * This header is what its process sets up, and may ask. No locks, and nothing that a constructor
+ * makes: the library calls its platform before the constructors of an executable have run.
+ */
+#ifndef EXAMPLE_PLATFORM_H
+#define EXAMPLE_PLATFORM_H
+
+#include <draimiofaf/platform/mts.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* --- the switch: tables of the process, which stay its own and in place --- */
+
+typedef struct platform_port {
+  uint32_t if_index;
+  uint8_t type;
+  uint8_t is_pod;      /* a host-interface port of a pod */
+  uint16_t has_record; /* 0: the multi-chassis manager does not know it */
+  uint32_t layer_mode;
+  uint32_t record[2]; /* its record there: does it count, and its channel */
+} platform_port_t;
+
+typedef struct platform_switch {
+  const platform_port_t *ports; /* in ascending order of index */
+  size_t port_count;
+  const uint32_t *internal_channels;
+  size_t internal_count;
+  uint32_t has_trunk;
+  uint32_t partition;
+} platform_switch_t;
+
+/* The switch is this from now on; NULL: one without a port and without a trunk. Its user VLANs are
+ * set in mcec_stp_vlan_count (mcecm.h). */
+void platform_set_switch(const platform_switch_t *tables);
+
+/* --- messages --- */
+
+typedef struct platform_attribute {
+  uint32_t id;
+  uint32_t length;
+  const void *value;
+} platform_attribute_t;
+
+/* A message with a copy of the payload; payload NULL: one without. A command request, in its
+ * positive or its negating form. NULL: no memory, or a value that is too long. */
+mts_msg_t *platform_message(uint32_t opcode, const void *payload, uint32_t size);
+mts_msg_t *platform_command(uint32_t cmd_id, uint32_t is_positive,
+                            const platform_attribute_t *attributes, size_t count);
+
+/* How a command was answered: NULL not yet, "" accepted, else the text of the refusal. */
+const char *platform_answer(const mts_msg_t *msg);
+
+void platform_message_free(mts_msg_t *msg);
+
+/* --- memory --- */
+
+/* The live blocks of a service and a memory type, and their bytes. */
+typedef struct platform_usage {
+  uint32_t blocks;
+  uint32_t bytes;
+} platform_usage_t;
+
+platform_usage_t platform_memory(uint32_t service_id, uint32_t mem_type);
+
+/* The name of a registered service's memory type; NULL: none. */
+const char *platform_mem_type_name(uint32_t service_id, uint32_t mem_type);
+
+/* What is known of a block that mtrack_alloc gave out; 0: it gave out no such one. */
+int platform_block(const void *block, uint32_t *mem_type, uint32_t *size);
+
+/* The bytes from an address to the end of the block of the arena that it lies in; SIZE_MAX when it
+ * lies elsewhere. */
+size_t platform_bytes_from(const void *at);
+
+/* --- event history --- */
+
+/* Where the history is kept, from the next sdwrap_hist_init_for_uuid on; without a path it cannot be
+ * initialised. */
+void platform_history_path(const char *path);
+
+/* Copy out the lines of the history, oldest first, each with its NUL, as far as size bytes have room
+ * for whole lines; returns how many bytes they take. Clearing leaves it without lines. */
+size_t platform_history_read(char *lines, size_t size);
+void platform_history_clear(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,141 @@
+/*
+ * TLV arrays made of libmnl's attributes, words in little-endian order on every machine:
+ *
+ *   0          4          6      8                                4 + bytes
+ *   +----------+----------+------+-------------------+-------------+
+ *   | bytes of | length,  | type | value, up to a    | next entry  |
+ *   | entries  | head too | (2)  | multiple of 4     | ...         |
+ *   |          | (2)      |      |                   |             |
+ *   +----------+----------+------+-------------------+-------------+
+ *
+ * An array may lie at any address, so the head of an attribute is copied before libmnl looks at it.
+ * The head counts into a length of 16 bits, so a value has 65528 bytes at the most: longer ones are
+ * refused. The type is the whole word, without the flags that netlink keeps in it.
+ *
+ * The readers trust no length. What an array claims to have beyond the block of the arena that it
+ * lies in is not there; of an array elsewhere the first word is believed, so whoever receives one
+ * holds it against what has arrived.
+ */
+#include <draimiofaf/platform/syserr.h>
+#include <draimiofaf/platform/tlv.h>
+#include <endian.h>
+#include <libmnl/libmnl.h>
+#include <limits.h>
+#include <stdio.h>
+#include <string.h>
+
+#include "platform.h"
+
+enum { array_head = 4, entry_head = sizeof(struct nlattr), max_value = 65528 };
+
+enum {
+  tlv_no_room = 0x7001,
+  tlv_too_long = 0x7002,
+  tlv_unreadable = 0x7003,
+  tlv_not_found = 0x7004,
+};
+
+static uint32_t footprint(uint32_t length) {
+  return entry_head + (length + MNL_ALIGNTO - 1) / MNL_ALIGNTO * MNL_ALIGNTO;
+}
+
+/* The bytes of entries that an array has. */
+static uint32_t entry_bytes(const void *array) {
+  const size_t bytes = platform_bytes_from(array);
+  if (bytes < array_head) return 0;
+  uint32_t said;
+  memcpy(&said, array, sizeof said);
+  said = le32toh(said);
+  if (said > INT_MAX) said = INT_MAX; /* libmnl counts in int */
+  return said < bytes - array_head ? said : (uint32_t)(bytes - array_head);
+}
+
+/* Read the entry at a position, and move it behind the entry. 0: there is none that lies within. */
+static int read_entry(const void *array, uint32_t *position, uint16_t *type, uint16_t *length,
+                      void **value) {
+  const uint32_t bytes = entry_bytes(array);
+  struct nlattr attribute;
+  if (*position > bytes || bytes - *position < sizeof attribute) return 0;
+  uint8_t *at = (uint8_t *)array + array_head + *position;
+  memcpy(&attribute, at, sizeof attribute);
+  attribute.nla_len = le16toh(attribute.nla_len);
+  if (!mnl_attr_ok(&attribute, (int)(bytes - *position))) return 0;
+  *type = le16toh(attribute.nla_type);
+  *length = mnl_attr_get_payload_len(&attribute);
+  *value = at + entry_head;
+  *position += footprint(*length);
+  return 1;
+}
+
+uint16_t tlv_aligned_data_size_get(uint32_t length) {
+  return (uint16_t)footprint(length);
+}
+
+uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t type, uint16_t length,
+                                   const void *value, uint32_t flag) {
+  (void)flag;
+  if (length > max_value) return tlv_too_long;
+  if (array_size < array_head) return tlv_no_room;
+  const uint32_t bytes = entry_bytes(array);
+  const uint32_t room = array_size - array_head;
+  if (bytes > room || room - bytes < footprint(length)) return tlv_no_room;
+  const struct nlattr attribute = {htole16((uint16_t)(entry_head + length)), htole16(type)};
+  uint8_t *at = (uint8_t *)array + array_head + bytes;
+  memset(at, 0, footprint(length));
+  memcpy(at, &attribute, sizeof attribute);
+  if (length > 0) memcpy(at + entry_head, value, length);
+  const uint32_t now = htole32(bytes + footprint(length));
+  memcpy(array, &now, sizeof now);
+  return 0;
+}
+
+uint32_t tlv_aligned_array_get_num_tlvs(const void *array, uint32_t flag) {
+  (void)flag;
+  uint16_t type, length;
+  void *value;
+  uint32_t count = 0;
+  uint32_t position = 0;
+  while (position < entry_bytes(array)) {
+    ++count;
+    if (!read_entry(array, &position, &type, &length, &value)) break;
+  }
+  return count;
+}
+
+uint32_t tlv_aligned_array_get_next_tlv(const void *array, uint16_t *type, uint16_t *length,
+                                        void **value, uint32_t flag, uint32_t *cursor) {
+  (void)flag;
+  return read_entry(array, cursor, type, length, value) ? 0 : tlv_unreadable;
+}
+
+uint32_t tlv_aligned_array_find_tlv(const void *array, uint16_t type, uint16_t *length,
+                                    void **value, uint32_t flag) {
+  (void)flag;
+  uint16_t found, found_length;
+  void *found_value;
+  uint32_t position = 0;
+  while (read_entry(array, &position, &found, &found_length, &found_value)) {
+    if (found != type) continue;
+    *length = found_length;
+    *value = found_value;
+    return 0;
+  }
+  return tlv_not_found;
+}
+
+const char *syserr2str(uint32_t code) {
+  static char other[32];
+  switch (code) {
+    case tlv_no_room:
+      return "no room in the TLV array";
+    case tlv_too_long:
+      return "value too long for a TLV";
+    case tlv_unreadable:
+      return "TLV reaches past its array";
+    case tlv_not_found:
+      return "no such TLV";
+    default:
+      snprintf(other, sizeof other, "error 0x%X", code);
+      return other;
+  }
+}
