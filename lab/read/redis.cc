@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <deque>
@@ -91,8 +92,7 @@ struct Database {
   std::unique_ptr<Resolver> resolver;
   Moment resolving_since;
   Line rows;
-  Line changes;  // without a context: the server lets nobody subscribe
-  std::size_t subscribed = 0;
+  Line changes;         // without a context: the server lets nobody subscribe
   bool silent = false;  // the server does not say whether it notifies
 
   std::optional<Reading> reading;
@@ -123,7 +123,8 @@ void *make_list(const redisReadTask *task, Count elements) {
 }
 
 std::string error_of(const redisContext &context) {
-  if (context.err == REDIS_ERR_EOF) return "the server closed the connection";
+  const bool is_cut = context.err == REDIS_ERR_IO && (errno == ECONNRESET || errno == EPIPE);
+  if (context.err == REDIS_ERR_EOF || is_cut) return "the server closed the connection";
   if (context.err == REDIS_ERR_OOM) return "the server says more than can be kept";
   return printable(context.errstr);
 }
@@ -182,12 +183,12 @@ void open_lines(Database &database, Moment now) {
   log_in(database, database.rows, now);
   say(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(database.source.database)});
   log_in(database, database.changes, now);
-  std::vector<std::string> words = {"PSUBSCRIBE"};
+  // One by one: before a login a server takes no more than a few words at once, and says nothing of a
+  // password then.
   for (const std::string &table : tables_read()) {
-    words.push_back(channel_of(database, table + "|*"));
+    say(database.changes, now, {Ask::subscribe, ""},
+        {"PSUBSCRIBE", channel_of(database, table + "|*")});
   }
-  say(database.changes, now, {Ask::subscribe, ""}, words);
-  database.subscribed = 0;
 }
 
 void hear_resolver(Database &database, Moment now) {
@@ -387,9 +388,6 @@ void take_notice(Database &database, const redisReply &reply, Moment now) {
   }
   if (line.awaited.empty()) throw Lost{garbled};
   const Asked asked = line.awaited.front();
-  if (asked.what == Ask::subscribe && reply.type != REDIS_REPLY_ERROR) {
-    if (++database.subscribed < tables_read().size()) return;
-  }
   line.awaited.pop_front();
   if (asked.what == Ask::fence) --database.settling;
   if (reply.type != REDIS_REPLY_ERROR) return;

@@ -25,7 +25,7 @@ struct CloseDatabase {
 using OpenDatabase = std::unique_ptr<Database, CloseDatabase>;
 
 // How long a server may say nothing when it is asked something.
-inline constexpr std::chrono::seconds redis_patience{3};
+inline constexpr std::chrono::seconds redis_patience{5};
 
 // `interval`: between two readings where the server sends no notifications. The process ignores SIGPIPE
 // from then on.
