@@ -60,9 +60,6 @@ void print_json(const Json &document);
 // Tell a person what is wrong with a source; of very many mistakes the first, and their number.
 void complain_of(const std::string &source, const Mistakes &mistakes);
 
-// The same for a program; of a text file by line and column, else by "where".
-Json told_mistakes(const std::string &source, const Mistakes &mistakes);
-
 // Write a file whole; "-" is the standard output. Throws std::system_error.
 void write_file(const std::string &path, const std::string &text);
 

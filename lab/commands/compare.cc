@@ -5,6 +5,7 @@
 #include "commands/commands.h"
 #include "language/names.h"
 #include "language/text.h"
+#include "language/told.h"
 #include "outcome/compare.h"
 #include "read/state_writer.h"
 #include "show/compare.h"

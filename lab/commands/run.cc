@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "commands/commands.h"
+#include "language/told.h"
 #include "outcome/run.h"
 #include "pair/signals.h"
 

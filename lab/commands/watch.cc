@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "commands/commands.h"
+#include "language/told.h"
 #include "outcome/watch.h"
 #include "read/side.h"
 #include "show/event.h"

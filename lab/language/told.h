@@ -1,10 +1,12 @@
-// What the document tells of a check, asked by those who hold expectations against it or show it.
+// What documents tell of a check, asked by those who hold expectations against it or show it; and of
+// mistakes.
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "language/json.h"
+#include "language/mistake.h"
 
 namespace lab {
 
@@ -17,5 +19,11 @@ bool is_out_of_step(const Json &parameter);
 
 // The parameters by which a scope differs.
 std::vector<std::string> differing(const Json &check);
+
+// More mistakes than these help nobody at once.
+inline constexpr std::size_t mistakes_told = 100;
+
+// The mistakes of a source, as a list; of a text file by line and column, else by "where".
+Json told_mistakes(const std::string &source, const Mistakes &mistakes);
 
 }  // namespace lab

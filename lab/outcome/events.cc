@@ -236,12 +236,7 @@ std::vector<Json> tell_changes(Told &told, const HeldPair &held) {
     Json event = event_of("mistake", told);
     event["side"] = switch_names[i];
     event["rows"] = std::move(rows[i]);
-    for (const Mistake &mistake : told.told[i].mistakes) {
-      event["mistakes"].push_back({{"source", told.sides[i].source},
-                                   {"where", place_of(mistake)},
-                                   {"found", mistake.found},
-                                   {"expected", mistake.expected}});
-    }
+    event["mistakes"] = told_mistakes(told.sides[i].source, told.told[i].mistakes);
     events.push_back(std::move(event));
   }
   if (!changed.empty()) {
