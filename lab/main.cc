@@ -64,18 +64,16 @@ void add_compare(CommandLine &line) {
   Arguments &arguments = line.arguments;
   CLI::App *compare =
       line.add("compare", "Say whether two switches agree, and why not", compare_sides);
-  compare
-      ->add_option("SOURCE", arguments.sides,
-                   "left and right: a configuration dump, a state file, a "
-                   "database (redis://host, unix:///path), or - for standard input")
-      ->expected(2)
-      ->type_name("LEFT RIGHT");
+  const char *const source =
+      "a configuration dump, a state file, a database (redis://host, unix:///path), or - for "
+      "standard input";
+  compare->add_option("LEFT", arguments.left, source);
+  compare->add_option("RIGHT", arguments.right, source);
   compare->add_flag("--json", arguments.json, "a JSON document");
   compare->add_flag("--all", arguments.all, "show the scopes that agree, too");
   compare
       ->add_option("--cure", arguments.cure,
                    "write the patch that brings a side (left, right or both) into step to a file")
-      ->expected(2)
       ->type_name("SIDE FILE");
   compare->add_option("--html", arguments.html, "write the comparison as a page to a file");
   compare->add_option(
@@ -96,10 +94,8 @@ void add_watch(CommandLine &line) {
   Arguments &arguments = line.arguments;
   CLI::App *watch =
       line.add("watch", "Stay beside two switches and say what changes do", watch_sides);
-  watch->add_option("SOURCE", arguments.sides, "left and right: databases, or files")
-      ->expected(2)
-      ->required()
-      ->type_name("LEFT RIGHT");
+  watch->add_option("LEFT", arguments.left, "a database, or a file")->required();
+  watch->add_option("RIGHT", arguments.right, "a database, or a file")->required();
   watch->add_flag("--json", arguments.json, "a JSON document a line");
   watch
       ->add_option("--interval", arguments.interval,
@@ -128,7 +124,9 @@ Status parse_and_do(int argc, char **argv) {
   app.require_subcommand(1);
   app.failure_message([](const CLI::App *command, const CLI::Error &problem) {
     return "mcec-lab: " + printable(without_passwords(problem.what())) + "\nSee mcec-lab " +
-           (command->get_parent() != nullptr ? command->get_name() + " " : "") + "--help.\n";
+           (command->get_subcommands().empty() ? ""
+                                               : command->get_subcommands()[0]->get_name() + " ") +
+           "--help.\n";
   });
   app.set_version_flag("--version", LAB_VERSION);
   app.footer(

@@ -25,10 +25,11 @@ struct Arguments {
   bool only_different = false;
   bool fail_on_difference = false;
   // compare, capture, watch
-  std::vector<std::string> sides;  // left and right
+  std::string left;
+  std::string right;
   std::string format;
   bool all = false;
-  std::vector<std::string> cure;  // a side, and a file
+  std::pair<std::string, std::string> cure;  // a side, and a file
   std::string html;
   std::string pairs;
   double interval = 1;

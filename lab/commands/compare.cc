@@ -30,10 +30,13 @@ std::string with_side(const std::string &path, const char *side) {
 }
 
 void write_cures(const Sides &sides, const Json &told, const Arguments &arguments) {
-  const std::string &which = arguments.cure[0];
-  const std::string &path = arguments.cure[1];
+  const std::string &which = arguments.cure.first;
+  const std::string &path = arguments.cure.second;
   const std::array<bool, 2> changes = {which != "right", which != "left"};
   const std::array<Json, 2> patches = cures(sides, told, changes);
+  if (which == "both" && path == "-") {
+    return print_json({{"left", patches[0]}, {"right", patches[1]}});
+  }
   for (std::size_t i = 0; i < patches.size(); ++i) {
     if (!changes[i]) continue;
     write_file(which == "both" ? with_side(path, switch_names[i]) : path,
@@ -45,7 +48,7 @@ void write_cures(const Sides &sides, const Json &told, const Arguments &argument
 bool read_sides(const Arguments &arguments, Sides &sides) {
   Json told = Json::array();
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    ReadSide read = read_side(arguments.sides[i], i, format_of(arguments));
+    ReadSide read = read_side(i == 0 ? arguments.left : arguments.right, i, format_of(arguments));
     complain_of(read.side.source, read.mistakes);
     for (Json &mistake : told_mistakes(read.side.source, read.mistakes)) {
       told.push_back(std::move(mistake));
@@ -60,29 +63,36 @@ bool read_sides(const Arguments &arguments, Sides &sides) {
 
 Status compare_sides(const Arguments &arguments) {
   if (!arguments.pairs.empty()) return compare_pairs(arguments);
-  if (arguments.sides.size() != 2) {
-    complain("mcec-lab compare: expected two sources, left and right, or --pairs");
+  if (arguments.right.empty()) {
+    complain(
+        fmt::format("mcec-lab compare: found {}; expected two sources, left and right, or --pairs",
+                    arguments.left.empty() ? "no source" : "one source"));
+    return wrong;
+  }
+  if (arguments.left == "-" && arguments.right == "-") {
+    complain("mcec-lab compare: found '-' twice; expected the standard input on one side");
     return wrong;
   }
   const std::vector<std::string> cured = {"left", "right", "both"};
-  if (!arguments.cure.empty() &&
-      std::find(cured.begin(), cured.end(), arguments.cure[0]) == cured.end()) {
+  if (!arguments.cure.first.empty() &&
+      std::find(cured.begin(), cured.end(), arguments.cure.first) == cured.end()) {
     complain(fmt::format("mcec-lab compare: --cure: found '{}'; expected {}",
-                         printable(arguments.cure[0]), one_of(cured, arguments.cure[0])));
+                         printable(arguments.cure.first), one_of(cured, arguments.cure.first)));
     return wrong;
   }
   Sides sides;
   if (!read_sides(arguments, sides)) return wrong;
-  if (!arguments.cure.empty() && (!sides[0].rows || !sides[1].rows)) {
+  if (!arguments.cure.first.empty() && (!sides[0].rows || !sides[1].rows)) {
     complain("mcec-lab compare: --cure writes patches of dumps and databases; found a state file");
     return wrong;
   }
   const Json told = compare(sides);
-  if (!arguments.cure.empty()) write_cures(sides, told, arguments);
+  if (!arguments.cure.first.empty()) write_cures(sides, told, arguments);
   if (!arguments.html.empty()) write_file(arguments.html, page_of(told));
   if (arguments.json) {
     print_json(told);
-  } else if (arguments.html != "-" && (arguments.cure.empty() || arguments.cure[1] != "-")) {
+  } else if (arguments.html != "-" &&
+             (arguments.cure.first.empty() || arguments.cure.second != "-")) {
     ShowOptions options = show_options(arguments);
     options.only_different = !arguments.all;
     show_comparison(told, options);

@@ -172,9 +172,10 @@ void tell(const Json &told, const Arguments &arguments, const Layout &layout, Ta
     ++tally.not_compared;
     tally.status = wrong;
     const Json &first = told["mistakes"][0];
+    const std::string place = first["where"];
     const std::size_t more = told["mistakes"].size() - 1;
-    said = {fmt::format("NOT COMPARED: {}: {} {}{}", first["source"].get<std::string>(),
-                        first["where"].get<std::string>(), first["found"].get<std::string>(),
+    said = {fmt::format("NOT COMPARED: {}: {}{}{}", first["source"].get<std::string>(),
+                        place.empty() ? "" : place + " ", first["found"].get<std::string>(),
                         more > 0 ? fmt::format(" and {} more", more) : ""),
             Colour::yellow};
   } else if (told["agree"]) {
@@ -242,7 +243,7 @@ void compare_all(const std::vector<PairLine> &pairs, const Arguments &arguments,
 }  // namespace
 
 Status compare_pairs(const Arguments &arguments) {
-  if (!arguments.sides.empty() || !arguments.cure.empty() || !arguments.html.empty()) {
+  if (!arguments.left.empty() || !arguments.cure.first.empty() || !arguments.html.empty()) {
     complain(
         "mcec-lab compare: --pairs stands alone; expected no sources, no --cure and no --html");
     return wrong;
@@ -259,6 +260,7 @@ Status compare_pairs(const Arguments &arguments) {
                  Json({{"version", 1}, {"mistakes", told_mistakes(source, mistakes)}}).dump());
     }
   }
+  if (pairs.empty()) return wrong;
   compare_all(pairs, arguments, tally);
   if (arguments.json) return tally.status;
   put_line(fmt::format("{} pairs: {} agree, {} differ, {} not compared", pairs.size(), tally.agree,

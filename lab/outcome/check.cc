@@ -12,14 +12,16 @@ constexpr std::size_t scopes_at_once = 128;
 
 Check::Compared compared(const PairScope &scope, std::size_t which) {
   const PairScope::End &end = scope.ends[which];
-  return {{scope.kind == PairScope::Kind::of_switch, end.port}, end.present, end.others};
+  Check::Compared compared{{scope.kind == PairScope::Kind::of_switch, end.port}, end.present, {}};
+  for (const PairScope::Member &other : end.others) compared.others.push_back(other.port);
+  return compared;
 }
 
 }  // namespace
 
-Json check_scopes(const Asker &ask, const std::vector<PairScope> &scopes,
-                  const std::optional<Vlans> &twins,
-                  const std::function<void(const Replies &, std::size_t)> &replied) {
+Json check_scopes(
+    const Asker &ask, const std::vector<PairScope> &scopes, const std::optional<Vlans> &twins,
+    const std::function<void(const Requests &, const Replies &, std::size_t)> &replied) {
   Json checks = Json::array();
   for (std::size_t at = 0; at < scopes.size(); at += scopes_at_once) {
     const std::size_t end = std::min(at + scopes_at_once, scopes.size());
@@ -38,7 +40,7 @@ Json check_scopes(const Asker &ask, const std::vector<PairScope> &scopes,
     for (std::size_t i = 0; i < end - at; ++i) {
       checks.push_back(told_scope(scopes[at + i], {checked[0]->views[i], checked[1]->views[i]}));
     }
-    if (replied) replied(replies, end - at);
+    if (replied) replied(requests, replies, end - at);
   }
   return checks;
 }

@@ -14,8 +14,8 @@ using Asker = std::function<Replies(const Requests &)>;
 
 // Let both switches check these scopes, and tell each in the order given. `replied` hears every
 // reply of the two, and how many scopes it is about; nullptr: nobody does.
-Json check_scopes(const Asker &ask, const std::vector<PairScope> &scopes,
-                  const std::optional<Vlans> &twins,
-                  const std::function<void(const Replies &, std::size_t)> &replied);
+Json check_scopes(
+    const Asker &ask, const std::vector<PairScope> &scopes, const std::optional<Vlans> &twins,
+    const std::function<void(const Requests &, const Replies &, std::size_t)> &replied);
 
 }  // namespace lab

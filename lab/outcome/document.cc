@@ -21,11 +21,35 @@ Json value_json(const Entry &entry) {
           {"bytes", hex(entry.value)}};
 }
 
-Json record_json(const Extracted::Record &record) {
+// What a reply is about, and on which switch.
+struct Context {
+  std::string scope;  // "switch", or a port
+  const Settings &settings;
+};
+
+std::string name_of_port(uint32_t index, const Settings &settings) {
+  const Port *port = find_port(settings, index);
+  return port != nullptr ? port_name(*port) : port_text(index);
+}
+
+Json record_json(const Extracted::Record &record, const Settings &settings) {
   Json told = {{"parameter", parameter_key(record.type)}, {"type", record.type}};
-  told["port"] = record.global ? Json(nullptr) : Json(port_text(record.port));
+  told["port"] = record.global ? Json(nullptr) : Json(name_of_port(record.port, settings));
   if (record.valid != 1) told["valid"] = false;
   return told;
+}
+
+// "switch", or a port.
+std::string scope_name(const Request &request, const Settings &settings) {
+  return std::visit(
+      [&](const auto &asked) -> std::string {
+        if constexpr (requires { asked.scope; }) {
+          if (asked.scope.global) return "switch";
+          return name_of_port(asked.scope.port, settings);
+        }
+        return "";
+      },
+      request.asked);
 }
 
 Json &list_of(Json &told, const char *key) {
@@ -42,13 +66,13 @@ void tell_result(uint32_t code, Json &told) {
   if (code == 0) told["result"]["name"] = "ok";
 }
 
-void tell(const Done &, const std::string &, Json &) {}
+void tell(const Done &, const Context &, Json &) {}
 
-void tell(const Result &result, const std::string &, Json &told) {
+void tell(const Result &result, const Context &, Json &told) {
   tell_result(result.code, told);
 }
 
-void tell(const Extracted &extracted, const std::string &, Json &told) {
+void tell(const Extracted &extracted, const Context &context, Json &told) {
   tell_result(extracted.result, told);
   for (const Extracted::Response &response : extracted.responses) {
     std::string text = response.accepted ? "accepted" : printable_lines(response.text);
@@ -57,7 +81,7 @@ void tell(const Extracted &extracted, const std::string &, Json &told) {
     told["accepted"] = response.accepted;
   }
   for (const Extracted::Record &record : extracted.records) {
-    list_of(told, "records").push_back(record_json(record));
+    list_of(told, "records").push_back(record_json(record, context.settings));
   }
   Json &values = list_of(told, "values");
   for (const Entry &entry : extracted.values) {
@@ -67,17 +91,17 @@ void tell(const Extracted &extracted, const std::string &, Json &told) {
   }
 }
 
-void tell(const Exported &exported, const std::string &, Json &told) {
+void tell(const Exported &exported, const Context &, Json &told) {
   tell_result(exported.result, told);
   Json &list = told["parameters"] = Json::array();
   for (const Entry &entry : entries_of(exported.array)) list.push_back(value_json(entry));
 }
 
-void tell(const Reported &reported, const std::string &scope, Json &told) {
+void tell(const Reported &reported, const Context &context, Json &told) {
   tell_result(reported.result, told);
   Json &report = list_of(told, "report");
   for (const Reported::Record &record : reported.records) {
-    report.push_back({{"scope", scope},
+    report.push_back({{"scope", context.scope},
                       {"parameter", parameter_key(record.type)},
                       {"type", record.type},
                       {"component", printable(record.component)},
@@ -86,7 +110,7 @@ void tell(const Reported &reported, const std::string &scope, Json &told) {
   }
 }
 
-void tell(const Checked &, const std::string &, Json &) {}
+void tell(const Checked &, const Context &, Json &) {}
 
 // --- scopes ---
 
@@ -156,22 +180,27 @@ State peer_state(const View &peer, uint16_t type) {
 }
 
 // The ports of a channel that differ from the one that speaks for it, as the switch's own fault.
-void tell_odd(const View &view, const char *side, Json &told) {
+void tell_odd(const View &view, const PairScope::End &end, const char *side, Json &told) {
   for (const View::Odd &odd : view.odd) {
     Json keys = Json::array();
     for (const uint16_t type : odd.types) keys.push_back(parameter_key(type));
-    told["odd"][side].push_back({{"port", port_text(odd.port)}, {"parameters", keys}});
+    std::string name = port_text(odd.port);
+    for (const PairScope::Member &member : end.others) {
+      if (member.port == odd.port) name = member.name;
+    }
+    told["odd"][side].push_back({{"port", name}, {"parameters", keys}});
   }
 }
 
 void tell_ports(const PairScope &scope, Json &told) {
   for (std::size_t i = 0; i < switch_names.size(); ++i) {
     const PairScope::End &end = scope.ends[i];
-    told["ports"][switch_names[i]] = end.present ? Json(end.port_name) : Json(nullptr);
     if (!end.present) told["only"] = switch_names[1 - i];
+    if (scope.kind != PairScope::Kind::of_channel) continue;
+    told["ports"][switch_names[i]] = end.present ? Json(end.port_name) : Json(nullptr);
     if (end.others.empty()) continue;
     Json &members = told["members"][switch_names[i]] = {end.port_name};
-    for (const uint32_t port : end.others) members.push_back(port_text(port));
+    for (const PairScope::Member &member : end.others) members.push_back(member.name);
   }
 }
 
@@ -191,9 +220,10 @@ Json told_step(const Step &step, std::size_t number) {
   return told;
 }
 
-void tell_reply(const Reply &reply, const std::string &scope, Json &told) {
+void tell_reply(const Request &request, const Reply &reply, const Settings &settings, Json &told) {
   if (told.is_null()) told = Json::object();
-  std::visit([&](const auto &said) { tell(said, scope, told); }, reply.said);
+  const Context context{scope_name(request, settings), settings};
+  std::visit([&](const auto &said) { tell(said, context, told); }, reply.said);
   if (!reply.log.empty()) {
     Json &log = list_of(told, "log");
     for (const std::string &line : reply.log) log.push_back(line);
@@ -203,10 +233,7 @@ void tell_reply(const Reply &reply, const std::string &scope, Json &told) {
 Json told_scope(const PairScope &scope, const std::array<View, 2> &views) {
   Json told = {{"scope", scope.name}};
   if (scope.kind != PairScope::Kind::of_switch) told["pod"] = views[0].pod || views[1].pod;
-  if (scope.kind == PairScope::Kind::of_channel || !scope.ends[0].present ||
-      !scope.ends[1].present) {
-    tell_ports(scope, told);
-  }
+  if (scope.kind != PairScope::Kind::of_switch) tell_ports(scope, told);
   for (std::size_t i = 0; i < views.size(); ++i) {
     told["verdicts"][switch_names[i]] = code_json(views[i].verdict);
   }
@@ -215,25 +242,12 @@ Json told_scope(const PairScope &scope, const std::array<View, 2> &views) {
     parameters.push_back(told_parameter(seen, {seen.state, peer_state(views[1], seen.type)}));
   }
   for (std::size_t i = 0; i < views.size(); ++i) {
-    tell_odd(views[i], switch_names[i], told);
+    tell_odd(views[i], scope.ends[i], switch_names[i], told);
     if (told.contains("pass") || !views[i].pass) continue;
     told["pass"] = vlan_text(*views[i].pass);
     told["fail"] = vlan_text(*views[i].fail);
   }
   return told;
-}
-
-std::string scope_name(const Request &request, const Settings &settings) {
-  return std::visit(
-      [&](const auto &asked) -> std::string {
-        if constexpr (requires { asked.scope; }) {
-          if (asked.scope.global) return "switch";
-          const Port *port = find_port(settings, asked.scope.port);
-          return port != nullptr ? port_name(*port) : port_text(asked.scope.port);
-        }
-        return "";
-      },
-      request.asked);
 }
 
 }  // namespace lab

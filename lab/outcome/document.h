@@ -15,13 +15,10 @@ namespace lab {
 Json told_step(const Step &step, std::size_t number);
 
 // Add what one switch answered to what is told of it; of several requests of a step the first
-// result that is not 0 counts, and lists grow. `scope`: what the request was about.
-void tell_reply(const Reply &reply, const std::string &scope, Json &told);
+// result that is not 0 counts, and lists grow. `settings`: of the switch, whose ports have names.
+void tell_reply(const Request &request, const Reply &reply, const Settings &settings, Json &told);
 
 // One scope as both switches see it.
 Json told_scope(const PairScope &scope, const std::array<View, 2> &views);
-
-// The name of a scope that a request is about: "switch", or a port's name or index.
-std::string scope_name(const Request &request, const Settings &settings);
 
 }  // namespace lab

@@ -64,15 +64,15 @@ std::vector<PairScope> scopes_of(Runner &runner, const CheckPlan &plan) {
 }
 
 void check(Runner &runner, const Step &step, Json &told) {
-  told["checks"] =
-      check_scopes([&](const Requests &requests) { return ask_pair(runner, requests); },
-                   scopes_of(runner, *step.check), step.check->twins,
-                   [&](const Replies &replies, std::size_t scopes) {
-                     for (std::size_t i = 0; runner.options.log && i < replies.size(); ++i) {
-                       tell_reply(*replies[i], "", told["switches"][switch_names[i]]);
-                     }
-                     worked(runner, scopes);
-                   });
+  told["checks"] = check_scopes(
+      [&](const Requests &requests) { return ask_pair(runner, requests); },
+      scopes_of(runner, *step.check), step.check->twins,
+      [&](const Requests &requests, const Replies &replies, std::size_t scopes) {
+        for (std::size_t i = 0; runner.options.log && i < replies.size(); ++i) {
+          tell_reply(*requests[i], *replies[i], runner.now[i], told["switches"][switch_names[i]]);
+        }
+        worked(runner, scopes);
+      });
 }
 
 // Everything that can make a difference in anybody's verdict.
@@ -111,8 +111,7 @@ void do_requests(Runner &runner, const Step &step, Json &told) {
     const Replies replies = ask_pair(runner, requests);
     for (std::size_t i = 0; i < replies.size(); ++i) {
       if (!replies[i]) continue;
-      tell_reply(*replies[i], scope_name(*requests[i], runner.now[i]),
-                 told["switches"][switch_names[i]]);
+      tell_reply(*requests[i], *replies[i], runner.now[i], told["switches"][switch_names[i]]);
       if (!step.saved_as.empty()) {
         runner.saved[i][step.saved_as] = std::get<Exported>(replies[i]->said).array;
       }

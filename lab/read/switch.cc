@@ -280,7 +280,8 @@ void read_settings(Reader &reader, const YAML::Node &node, Settings &settings) {
 // The settings of another file: a state file, or a dump.
 Settings settings_from(Reader &reader, const YAML::Node &node, const std::string &folder) {
   const std::string name = reader.name(node, "a state file, or a dump");
-  const std::string path = name.starts_with('/') || name == "-" ? name : folder + name;
+  const std::string path =
+      name.starts_with('/') || name == "-" || name.find("://") != name.npos ? name : folder + name;
   ReadSide read = read_side(path, 0, Format::by_content);
   for (const Mistake &mistake : read.mistakes) {
     const std::string place = place_of(mistake);

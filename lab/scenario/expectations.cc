@@ -94,6 +94,16 @@ void hold_answer(const Json &expected, const Step &step, Json &told) {
   judge_each(expected, step, told, "answer", [](const Json &said) { return said["answer"]; });
 }
 
+// A port as the document calls it, by its name or its index; "" when there can be none such.
+std::string name_of_port(const StepReader &reader, const std::string &given) {
+  const auto index = parse_number(given);
+  for (const Settings &settings : reader.now) {
+    const Port *port = index ? find_port(settings, *index) : find_port(settings, given);
+    if (port != nullptr) return port_name(*port);
+  }
+  return index ? port_text(*index) : "";
+}
+
 // [stp-mode, ifi-port-type@0x1000]
 Json read_records(StepReader &reader, const YAML::Node &node) {
   Json read = Json::array();
@@ -103,13 +113,13 @@ Json read_records(StepReader &reader, const YAML::Node &node) {
     const std::string given = reader.text(record, "a record");
     const std::size_t at = given.find('@');
     const ParameterName *known = find_parameter(std::string_view(given).substr(0, at));
-    const auto port = at == given.npos ? 0 : parse_number(given.substr(at + 1));
-    if (known == nullptr || !port || known->is_global != (at == given.npos)) {
+    const std::string port = at == given.npos ? "" : name_of_port(reader, given.substr(at + 1));
+    if (known == nullptr || known->is_global != port.empty()) {
       reader.expected(record,
                       "a parameter of the switch, or one of an interface and its port, " + example);
       continue;
     }
-    read.push_back(known->is_global ? known->key : known->key + "@" + port_text(*port));
+    read.push_back(known->is_global ? known->key : known->key + "@" + port);
   }
   return read;
 }

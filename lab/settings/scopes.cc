@@ -25,7 +25,7 @@ void add_ports(std::map<std::string, Ends, NaturalLess> &channels, const Setting
       if (is_new) (*ends)[1 - which].present = false;
       (*ends)[which] = {true, port.index, port_name(port), {}};
     } else {
-      (*ends)[which].others.push_back(port.index);
+      (*ends)[which].others.push_back({port.index, port_name(port)});
     }
   }
 }

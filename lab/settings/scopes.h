@@ -14,12 +14,17 @@ namespace lab {
 struct PairScope {
   enum class Kind : uint8_t { of_switch, of_port, of_channel };
 
+  struct Member {
+    uint32_t port;
+    std::string name;
+  };
+
   // One side of it.
   struct End {
     bool present = true;  // false: this switch has no such channel
     uint32_t port = 0;
     std::string port_name;
-    std::vector<uint32_t> others;  // members of the channel besides the port
+    std::vector<Member> others;  // of the channel besides the port
   };
 
   Kind kind = Kind::of_switch;

@@ -28,6 +28,23 @@ Colour verdict_colour(const Json &check, const std::string &side) {
   return check["verdicts"][side]["code"] == 0 ? Colour::green : Colour::red;
 }
 
+// Ports that are not set like the one that speaks for their channel.
+void show_odd(const Json &check, const ShowOptions &options) {
+  const Json odd = check.value("odd", Json::object());
+  for (const auto &[side, ports] : odd.items()) {
+    for (const Json &port : ports) {
+      std::string keys;
+      for (const Json &key : port["parameters"]) {
+        keys += (keys.empty() ? "" : ", ") + key.get<std::string>();
+      }
+      const std::string text = fmt::format("AT ODDS on the {}: port {} is not set like {}: {}",
+                                           side, port["port"].get<std::string>(),
+                                           text_or(check["ports"][side], "the first"), keys);
+      put_wrapped(coloured(text, Colour::red, options.layout), options.layout, indent);
+    }
+  }
+}
+
 void show_verdicts(const Json &check, const ShowOptions &options) {
   const Json &verdicts = check["verdicts"];
   const auto say = [&](const std::string &heading, const std::string &text, Colour colour) {
@@ -45,20 +62,7 @@ void show_verdicts(const Json &check, const ShowOptions &options) {
       say(fmt::format("{:6}", side), verdict_text(check, side), verdict_colour(check, side));
     }
   }
-  const Json odd = check.value("odd", Json::object());
-  for (const auto &[side, ports] : odd.items()) {
-    for (const Json &port : ports) {
-      std::string keys;
-      for (const Json &key : port["parameters"]) {
-        keys += (keys.empty() ? "" : ", ") + key.get<std::string>();
-      }
-      say("",
-          fmt::format("AT ODDS on the {}: port {} is not set like {}: {}", side,
-                      port["port"].get<std::string>(), text_or(check["ports"][side], "the first"),
-                      keys),
-          Colour::red);
-    }
-  }
+  show_odd(check, options);
 }
 
 // --- parameters ---
@@ -221,6 +225,7 @@ void show_now_and_then(const Json &now, const Json &then, const std::string &sid
               options.layout);
   }
   show_twins(then, options);
+  show_odd(then, options);
   show_moved("would put out of step", out_of_step, Colour::red, options);
   show_moved("would bring into step", into_step, Colour::green, options);
 }
