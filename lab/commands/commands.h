@@ -63,7 +63,7 @@ void complain_of(const std::string &source, const Mistakes &mistakes);
 // The same for a program; of a text file by line and column, else by "where".
 Json told_mistakes(const std::string &source, const Mistakes &mistakes);
 
-// Write a file whole; "-" is the standard output. Throws std::system_error.
+// Write a file whole; "-" is the standard output. Throws std::runtime_error.
 void write_file(const std::string &path, const std::string &text);
 
 }  // namespace lab
