@@ -25,7 +25,8 @@ void *as_element(const void *key) {
 
 }  // namespace
 
-avl_tree_t *avl_create(int (*compare)(const void *, const void *), uint32_t) {
+avl_tree_t *avl_create(int (*compare)(const void *, const void *), uint32_t flags) {
+  if (flags != 0) standin::misuse("a tree with the flags 0x%x", flags);
   ++trees;
   return new avl_tree_t{std::set<void *, Less>(Less{compare})};
 }
@@ -55,6 +56,11 @@ uint32_t avl_delete(avl_tree_t *tree, void *node) {
   }
   tree->nodes.erase(found);
   return 0;
+}
+
+void standin_tree_walk(const void *tree, void (*each)(const void *node, void *context),
+                       void *context) {
+  for (const void *node : static_cast<const avl_tree_t *>(tree)->nodes) each(node, context);
 }
 
 uint32_t standin_trees() {

@@ -29,6 +29,7 @@ struct cmd_req {
   std::size_t size;
   std::size_t position;  // of the attribute walk
   mts_msg_t *message;
+  bool identified;  // its command was asked for
 };
 
 namespace {
@@ -99,12 +100,16 @@ uint32_t cmd_req_handle_get_1(mts_msg_t *) {
   return std::max<uint32_t>(handle_size, sizeof(cmd_req_t));
 }
 
+// All of the buffer is written, as by a platform whose handles take it.
 cmd_req_t *cmd_req_handle_get_2(mts_msg_t *msg, void *buffer) {
   if (msg->opcode != STP_MCEC_MTS_OPC_CMD_REQ || msg->size < head_size) return nullptr;
-  return new (buffer) cmd_req_t{msg->payload(), msg->size, head_size, msg};
+  if (reinterpret_cast<uintptr_t>(buffer) % 16 != 0) standin::misuse("a handle at %p", buffer);
+  std::memset(buffer, 0xA5, cmd_req_handle_get_1(msg));
+  return new (buffer) cmd_req_t{msg->payload(), msg->size, head_size, msg, false};
 }
 
 uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle) {
+  if (std::exchange(handle->identified, true)) standin::misuse("the command is asked for again");
   return word_at(handle->request);
 }
 
@@ -140,7 +145,8 @@ void cmd_rsp_send_ok(cmd_req_t *handle) {
   answer(handle, {true, ""});
 }
 
-void cmd_rsp_send_nok(cmd_req_t *handle, uint32_t, const char *format, ...) {
+void cmd_rsp_send_nok(cmd_req_t *handle, uint32_t zero, const char *format, ...) {
+  if (zero != 0) standin::misuse("a refusal with %u before its message", zero);
   char text[512];
   va_list arguments;
   va_start(arguments, format);
@@ -165,7 +171,7 @@ void *standin_command(uint32_t cmd_id, uint32_t form, const standin_attribute_t 
 }
 
 void *standin_handle(void *msg) {
-  void *buffer = std::malloc(sizeof(cmd_req_t));
+  void *buffer = std::malloc(cmd_req_handle_get_1(static_cast<mts_msg_t *>(msg)));
   if (cmd_req_handle_get_2(static_cast<mts_msg_t *>(msg), buffer) != nullptr) return buffer;
   std::free(buffer);
   return nullptr;

@@ -30,6 +30,7 @@ void *packed(const standin::Membership &membership) {
 }
 
 void write_key(void *key, KeyKind kind, uint32_t number) {
+  if (reinterpret_cast<uintptr_t>(key) % 8 != 0) standin::misuse("a key at %p", key);
   const Key made{kind, number};
   std::memcpy(key, &made, sizeof made);
 }

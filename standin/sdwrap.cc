@@ -39,6 +39,9 @@ uint32_t sdwrap_his_log_event_for_uuid_inst(uint32_t service_id, uint32_t event,
     standin::misuse("service %u logs an event 0x%x, %u, %u", service_id, event, a, b);
     return 1;
   }
+  uint32_t flag = 0;
+  std::memcpy(&flag, record, sizeof flag);
+  if (flag != 1) standin::misuse("a history record with the flag %u", flag);
   const char *text = static_cast<const char *>(record) + text_offset;
   if (length <= text_offset || length > sizeof(sdwrap_hist_line_t) ||
       strnlen(text, length - text_offset) != length - text_offset - 1) {

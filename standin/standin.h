@@ -79,6 +79,10 @@ STANDIN_API uint32_t standin_registered(void);
 STANDIN_API uint32_t standin_registrations(void);
 STANDIN_API uint32_t standin_trees(void);
 
+/* Call `each` with every node of a tree, in its order. */
+STANDIN_API void standin_tree_walk(const void *tree, void (*each)(const void *node, void *context),
+                                   void *context);
+
 /* What a registered service said of itself, NULL when there is none. */
 STANDIN_API const char *standin_service_name(uint32_t service_id);
 STANDIN_API const char *standin_mem_type_name(uint32_t service_id, uint32_t mem_type);

@@ -86,6 +86,10 @@ std::optional<Entry> entry_at(const void *array, uint32_t cursor) {
   return entry;
 }
 
+void expect_flag(uint32_t flag) {
+  if (flag != TLV_ALIGNED_FLAG) standin::misuse("a TLV operation with the flag %u", flag);
+}
+
 void hand_out(const Entry &entry, uint16_t *length, void **value) {
   *length = entry.length;
   *value = const_cast<uint8_t *>(entry.value);
@@ -98,7 +102,12 @@ uint16_t tlv_aligned_data_size_get(uint32_t length) {
 }
 
 uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t type, uint16_t length,
-                                   const void *value, uint32_t) {
+                                   const void *value, uint32_t flag) {
+  expect_flag(flag);
+  const std::size_t extent = standin::extent_from(array);
+  if (extent != SIZE_MAX && extent != array_size) {
+    standin::misuse("a block of %zu bytes is said to have %u", extent, array_size);
+  }
   if (standin::fails(STANDIN_TLV_ADD)) return STANDIN_TLV_ORDERED_FAILURE;
   if (array_size < header_size) return no_room;
   const uint32_t bytes = entry_bytes(array);
@@ -113,7 +122,8 @@ uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t ty
   return 0;
 }
 
-uint32_t tlv_aligned_array_get_num_tlvs(const void *array, uint32_t) {
+uint32_t tlv_aligned_array_get_num_tlvs(const void *array, uint32_t flag) {
+  expect_flag(flag);
   uint32_t count = 0;
   for (uint32_t cursor = 0; cursor < entry_bytes(array); ++count) {
     const std::optional<Entry> entry = entry_at(array, cursor);
@@ -124,7 +134,8 @@ uint32_t tlv_aligned_array_get_num_tlvs(const void *array, uint32_t) {
 }
 
 uint32_t tlv_aligned_array_get_next_tlv(const void *array, uint16_t *type, uint16_t *length,
-                                        void **value, uint32_t, uint32_t *cursor) {
+                                        void **value, uint32_t flag, uint32_t *cursor) {
+  expect_flag(flag);
   if (standin::fails(STANDIN_TLV_NEXT)) return STANDIN_TLV_ORDERED_FAILURE;
   const std::optional<Entry> entry = entry_at(array, *cursor);
   if (!entry) return broken_entry;
@@ -135,7 +146,8 @@ uint32_t tlv_aligned_array_get_next_tlv(const void *array, uint16_t *type, uint1
 }
 
 uint32_t tlv_aligned_array_find_tlv(const void *array, uint16_t type, uint16_t *length,
-                                    void **value, uint32_t) {
+                                    void **value, uint32_t flag) {
+  expect_flag(flag);
   if (standin::fails(STANDIN_TLV_FIND)) return STANDIN_TLV_ORDERED_FAILURE;
   for (uint32_t cursor = 0; cursor < entry_bytes(array);) {
     const std::optional<Entry> entry = entry_at(array, cursor);

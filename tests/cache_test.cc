@@ -112,41 +112,6 @@ TEST_F(Cache, RebuildKeepsTheFirstOfATypeAndTheCached) {
                           rebuild_op + "rebuilding type-1 cache", rebuild_op + "num_tlvs = 0"}));
 }
 
-TEST_F(Cache, FailuresLeaveWhatWasCachedBefore) {
-  ON_STANDIN_ONLY();
-  using Fill = uint32_t (*)();
-  const Fill fills[] = {
-      [] {
-        return cache_update(1, 0, {{1, word(4)}, {6, word(1)}});
-      },
-      [] {
-        return rebuild(0, {{1, word(4)}, {6, word(1)}});
-      },
-  };
-  for (const Fill fill : fills) {
-    uint32_t result = 0;
-    const auto no_stage = [] {};
-    const auto act = [&] { result = fill(); };
-    EXPECT_EQ(fail_each(STANDIN_ALLOC, no_stage, act,
-                        [&](uint32_t nth) {
-                          EXPECT_EQ(result, uint32_t{STP_MCEC_ERR_NO_MEMORY});
-                          EXPECT_EQ(cached(0, 1), nth > 2 ? "00000004" : "-");
-                          EXPECT_EQ(cached(0, 6), "-");
-                          EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), nth > 2 ? 2U : 0U);
-                          EXPECT_TRUE(log().back().ends_with(": Failed malloc"));
-                        }),
-              4U);
-    EXPECT_EQ(fail_each(STANDIN_TLV_NEXT, no_stage, act,
-                        [&](uint32_t nth) {
-                          EXPECT_EQ(result, uint32_t{STANDIN_TLV_ORDERED_FAILURE});
-                          EXPECT_EQ(cached(0, 1), nth > 1 ? "00000004" : "-");
-                          EXPECT_TRUE(log().back().ends_with(
-                              ": Failed (rc=0x40aa00ff, system error 0x40AA00FF) to retrieve tlv"));
-                        }),
-              2U);
-  }
-}
-
 TEST_F(Cache, ExportHoldsWhatIsCachedOfTheScope) {
   EXPECT_EQ(exported(1, 0), "");
   EXPECT_EQ(stp_mcec_get_mcec_params_tlv_size(1, 0), 4U);
@@ -187,11 +152,6 @@ TEST_F(Cache, ExportLogsItsStepsAndGoesOnWithoutAnEntry) {
                           add + "Failed (rc=0x40aa00ff, system error 0x40AA00FF) to add tlv",
                           add + "adding TLV type 12 len 4", get + "num_tlvs = 1"}));
   mtrack_free(out);
-
-  standin_fail(STANDIN_ALLOC, 1, 1);
-  EXPECT_EQ(stp_mcec_type1_cfg_get_params(0, 0x1001, &out), 1U);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(log().back(), get + "TLV array size 4");
 }
 
 }  // namespace

@@ -22,7 +22,6 @@ struct Extract : LibraryTest {
 
 const std::string entry_op = "stp_mcec_type1_cfg_param_extractor: ";
 const std::string cli_op = "stp_mcec_param_extractor_from_cli: ";
-const std::string no_malloc = "internal error: Failed malloc";
 
 Attribute mode(uint32_t value) {
   return {STP_MCEC_ATTR_STP_MODE, host_words({value})};
@@ -496,101 +495,6 @@ TEST_F(Extract, UpdateEndsWhereItsHeaderSays) {
     EXPECT_EQ(cached(0, 7), "-");
     empty_cache();
   }
-}
-
-// --- failures ---
-
-// What a command or update answers, logs last and leaves when its allocations and TLVs fail one by
-// one. "E": a cache entry, "R": the records, "A": the array, "+": after it, logged "Failed malloc".
-TEST_F(Extract, FailuresAreAnsweredAndLoggedAsEachExtractorDoes) {
-  ON_STANDIN_ONLY();
-  const struct {
-    const char *name;
-    std::string (*act)();
-    const char *fails;
-    const char *when_array_fails;
-    const char *when_tlv_fails;
-    const char *tlv_line;
-  } rows[] = {
-      {"mode", [] { return command(1, true, {mode(4)}); }, "E+E+R+A+",
-       "cmd 1 count 1 | type 16 1,1,1,0 |", "cmd 1 count 1 | type 16 1,1,1,0 |", "Failed to TLV"},
-      {"endis",
-       [] {
-         return command(2, false, {vlan_list({9, 9})});
-       },
-       "E+E+RA", "cmd 1 count 1 | type 14 2,1,1,0 |", "cmd 1 count 1 | type 14 2,1,1,0 |",
-       "Adding disabled stp TLV"},
-      {"global", [] { return command(46, false); }, "E+E+RA", "cmd 1 count 1 | type 18 7,1,1,0 |",
-       "cmd 1 count 1 | type 18 7,1,1,0 |", "Global BA changed to False"},
-      {"global port type", [] { return command(18, true); }, "E+E+RA",
-       "cmd 1 count 1 | type 17 8,1,1,0 |", "cmd 1 count 1 | type 17 8,1,1,0 |",
-       "Global port type changed to 0x1"},
-      {"interface",
-       [] {
-         return command(48, true, {ports({0x1000, 0x1003})});
-       },
-       "R+E+E+E+E+A", "cmd 1 count 2 | type 19 10,1,0,4097 10,1,0,4099 |",
-       "cmd 1 count 2 | type 19 10,1,0,4097 10,1,0,4099 |", "created avl node"},
-      {"region", [] { return command(43, true); }, "R+A", "count 0 | type 15 0,0,0,0 |",
-       "cmd 1 count 1 | type 15 4,1,1,0 |",
-       "Default MST Region Config Revision, deleting avl node"},
-  };
-  for (const auto &row : rows) {
-    SCOPED_TRACE(row.name);
-    std::string outcome;
-    const auto region_is_cached = [] { cache(0, 4, word(1)); };
-    const auto act = [&] { outcome = row.act(); };
-    const char *step = row.fails;
-    fail_each(STANDIN_ALLOC, region_is_cached, act, [&](uint32_t nth) {
-      const char kind = *step++;
-      const bool logged = *step == '+';
-      if (logged) ++step;
-      const Lines lines = log();
-      EXPECT_EQ(!lines.empty() && lines.back().ends_with(": Failed malloc"), logged) << nth;
-      const std::string result = kind == 'E' ? "40dd0002" : "1";
-      EXPECT_TRUE(outcome.starts_with(result + " | " + no_malloc + " | ")) << outcome;
-      if (kind == 'R') {
-        EXPECT_TRUE(outcome.ends_with("| count 0 | null |")) << outcome;
-      }
-      if (kind == 'A') {
-        EXPECT_TRUE(outcome.ends_with(row.when_array_fails)) << outcome;
-      }
-    });
-    EXPECT_EQ(*step, 0) << step;
-    EXPECT_EQ(fail_each(STANDIN_TLV_ADD, region_is_cached, act,
-                        [&](uint32_t) {
-                          EXPECT_EQ(outcome,
-                                    std::string("40aa00ff | internal error: Failed TLV add | ") +
-                                        row.when_tlv_fails);
-                          EXPECT_TRUE(log().back().ends_with(std::string(": ") + row.tlv_line));
-                        }),
-              1U);
-  }
-}
-
-TEST_F(Extract, UpdateFailuresHandOutWhatWasStored) {
-  ON_STANDIN_ONLY();
-  std::string outcome;
-  const auto act = [&] { outcome = update(0, 7, {{10, word(1)}, {11, word(2)}}); };
-  EXPECT_EQ(fail_each(
-                STANDIN_ALLOC, [] {}, act,
-                [&](uint32_t nth) {
-                  const char *const expected[] = {
-                      "1 | | | null |", "1 | | | null |",
-                      "40dd0002 | | cmd 0 count 2 | type 20 0,0,0,0 0,0,0,0 |",
-                      "40dd0002 | | cmd 0 count 2 | type 20 10,1,0,7 0,0,0,0 |"};
-                  EXPECT_EQ(outcome, expected[nth < 3 ? nth - 1 : nth < 5 ? 2 : 3]) << nth;
-                  EXPECT_EQ(log().back(), update_op + "Failed malloc");
-                  EXPECT_EQ(cached(7, 10), nth > 4 ? "00000001" : "-");
-                  EXPECT_EQ(cached(7, 11), "-");
-                }),
-            6U);
-  empty_cache();
-  standin_fail(STANDIN_TLV_NEXT, 2, 1);
-  act();
-  EXPECT_EQ(outcome, "40aa00ff | | cmd 0 count 2 | type 20 10,1,0,7 0,0,0,0 |");
-  EXPECT_EQ(log().back(),
-            update_op + "Failed (rc=0x40aa00ff, system error 0x40AA00FF) to retrieve tlv");
 }
 
 // --- sub-extractors called directly ---

@@ -11,8 +11,11 @@ constexpr uint32_t service = 633;
 
 TEST(Load, RegistersAndReleasesEachTime) {
   const uint32_t before = standin_registrations();
-  for (uint32_t round = 1; round <= 3; ++round) {
+  for (uint32_t round = 1; round <= 1000 && !HasFailure(); ++round) {
     ASSERT_EQ(standin_registered(), 0U);
+    // Loading hangs on nothing that can fail.
+    const auto failing = standin_operation_t(round % STANDIN_OPERATIONS);
+    standin_fail(failing, 1, UINT32_MAX);
     void *library = dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     EXPECT_EQ(standin_registrations(), before + round);
@@ -21,6 +24,8 @@ TEST(Load, RegistersAndReleasesEachTime) {
                  "STP_MCEC_LIB_MEM_mcecm_app_cmd7_extract_info_t");
     EXPECT_EQ(standin_mem_type_name(service, 21), nullptr);
     EXPECT_EQ(standin_trees(), 1U);
+    EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), 0U);
+    standin_fail(failing, 0, 0);
 
     using Extract = uint32_t (*)(void *, uint8_t **, uint32_t *, uint32_t *, void **);
     const auto extract =
@@ -35,6 +40,7 @@ TEST(Load, RegistersAndReleasesEachTime) {
     void *records = nullptr;
     EXPECT_EQ(extract(message, &array, &count, &is_cmd, &records), 1U);
     standin_message_free(message);
+    standin_reset();
     const auto release = reinterpret_cast<void (*)(void *)>(dlsym(RTLD_DEFAULT, "mtrack_free"));
     release(records);
     EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), 2U);

@@ -83,23 +83,4 @@ class LibraryTest : public testing::Test {
 
 void empty_cache();
 
-// Run `act` on the stage that `set` puts up, with the n-th call of an operation failing, for n = 1,
-// 2, ... until one run has no such call; each(n) looks at a run in which it failed. Returns how
-// many did.
-template <class Set, class Act, class Each>
-uint32_t fail_each(standin_operation_t operation, Set set_stage, Act act, Each each) {
-  for (uint32_t nth = 1;; ++nth) {
-    empty_cache();
-    set_stage();
-    standin_history_clear();
-    const uint32_t before = standin_calls(operation);
-    standin_fail(operation, nth, 1);
-    act();
-    const bool failed = standin_calls(operation) - before >= nth;
-    standin_fail(operation, 0, 0);
-    if (!failed) return nth - 1;
-    each(nth);
-  }
-}
-
 }  // namespace test

@@ -61,7 +61,7 @@ void print_json(const Json &document);
 // Tell a person what is wrong with a source; of very many mistakes the first, and their number.
 void complain_of(const std::string &source, const Mistakes &mistakes);
 
-// Write a file whole; "-" is the standard output. Throws std::system_error.
+// Write a file whole; "-" is the standard output. Throws std::runtime_error.
 void write_file(const std::string &path, const std::string &text);
 
 }  // namespace lab

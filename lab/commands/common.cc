@@ -1,11 +1,11 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <system_error>
+#include <stdexcept>
 
 #include "commands/commands.h"
+#include "language/file.h"
 #include "language/text.h"
 #include "language/told.h"
 
@@ -37,15 +37,8 @@ void complain_of(const std::string &source, const Mistakes &mistakes) {
 
 void write_file(const std::string &path, const std::string &text) {
   if (path == "-") return fmt::print("{}", text);
-  FILE *file = std::fopen(path.c_str(), "we");
-  bool written = file != nullptr && std::fwrite(text.data(), 1, text.size(), file) == text.size();
-  int problem = errno;
-  if (file != nullptr && std::fclose(file) != 0 && written) {
-    written = false;
-    problem = errno;
-  }
-  if (written) return;
-  throw std::system_error(problem, std::generic_category(), path + " cannot be written");
+  const std::string problem = write_whole(path, text);
+  if (!problem.empty()) throw std::runtime_error(path + " cannot be written: " + problem);
 }
 
 }  // namespace lab

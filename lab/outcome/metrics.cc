@@ -1,13 +1,11 @@
 #include "outcome/metrics.h"
 
-#include <fcntl.h>
 #include <fmt/core.h>
-#include <unistd.h>
 
-#include <cstring>
 #include <filesystem>
 #include <map>
 
+#include "language/file.h"
 #include "language/names.h"
 #include "language/text.h"
 #include "language/told.h"
@@ -75,15 +73,6 @@ std::string metrics_of(const Told &told, const std::array<bool, 2> &connected,
   return writer.text;
 }
 
-bool write_all(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(file, text.data(), text.size());
-    if (written < 0 && errno != EINTR) return false;
-    text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-  }
-  return true;
-}
-
 }  // namespace
 
 std::string problem_of_metrics(const std::string &path) {
@@ -96,20 +85,8 @@ std::string problem_of_metrics(const std::string &path) {
 std::string write_metrics(const std::string &path, const Told &told,
                           const std::array<bool, 2> &connected,
                           std::chrono::system_clock::time_point compared) {
-  // A link stays a link. The collector passes over names that do not end with .prom.
-  std::error_code error;
-  const std::filesystem::path target = std::filesystem::weakly_canonical(path, error);
-  const std::string place = error ? path : target.string();
-  const std::string unfinished = place + "." + std::to_string(getpid());
-  const int file =
-      open(unfinished.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
-  if (file < 0) return std::strerror(errno);
-  bool written = write_all(file, metrics_of(told, connected, compared));
-  written = close(file) == 0 && written;
-  if (written && rename(unfinished.c_str(), place.c_str()) == 0) return "";
-  const std::string problem = std::strerror(errno);
-  unlink(unfinished.c_str());
-  return problem;
+  // The collector passes over names that do not end with .prom, as that of an unfinished file.
+  return write_whole(path, metrics_of(told, connected, compared));
 }
 
 }  // namespace lab
