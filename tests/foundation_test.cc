@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -146,7 +147,10 @@ TEST_F(Foundation, RandomVlansAtAnyAddressMatchASlowWriter) {
       first = last;
     }
     ASSERT_EQ(stp_mcec_lib_bmp4096_to_str(record), expected.str());
+    std::memcpy(&mcec_stp_vlan_count, record, sizeof mcec_stp_vlan_count);
+    ASSERT_EQ(stp_mcecm_get_vlan_count(), uint32_t(std::count(set, set + 4096, true)));
   }
+  standin_clear_user_vlans();
 }
 
 TEST_F(Foundation, BitmapCountWordTurnsAround) {
@@ -195,12 +199,26 @@ TEST_F(Foundation, HistoryIsInitialisedByTheFirstLineThatCan) {
 }
 
 TEST_F(Foundation, LongLinesAreCut) {
-  Bytes every_second(sizeof(bmp4096_t), 0x55);
-  bmp4096_t pass;
-  bmp4096_t fail;
-  stp_mcec_pvrst_endis_check_for_twin_vlans(2, every_second.data(), every_second.data(),
-                                            every_second.data(), &pass, &fail);
-  EXPECT_EQ(std::strlen(standin_history_line(0)), 511U);
+  const auto expect_cut = [](const std::string &line, const std::string &text) {
+    EXPECT_EQ(line, (line.substr(0, line.find("): ") + 3) + text).substr(0, 511));
+  };
+  // Names of every length, on both sides of the limit: in a line with numbers, and in one of texts.
+  for (std::size_t length = 150; length < 500; ++length) {
+    const std::string text(length, 'x');
+    const std::string peer_text(length, 'y');
+    Bytes local = array({{3, Bytes(length, 'x')}});
+    Bytes peer = array({{3, Bytes(length, 'y')}});
+    standin_history_clear();
+    stp_mcec_mst_type1_cfg_compat_check(0, 0, local.data(), peer.data());
+    expect_cut(standin_history_line(1),
+               "type-1 compat check failed type=3, len=" + std::to_string(length) +
+                   ", lcl_value=" + text + ", rmt_value=" + peer_text + "\n");
+    standin_history_clear();
+    void *report = nullptr;
+    stp_mcec_type1_cfg_get_param_info(local.data(), &report);
+    mtrack_free(report);
+    expect_cut(standin_history_line(0), "Type MST Region Name - val = " + text + ", ");
+  }
 }
 
 TEST_F(Foundation, DebugFileIsOpenedWhenItCanBe) {

@@ -57,20 +57,20 @@ extern "C" uint32_t stp_mcec_pvrst_endis_check_for_twin_vlans(uint16_t type, voi
                                                               void *pass_vlans, void *fail_vlans) {
   const VlanSet local = vlans_of(local_vlans);
   const VlanSet remote = vlans_of(remote_vlans);
-  hist_log(here(), "local stp disabled vlans: %s\n", write_ranges(local));
-  hist_log(here(), "remote stp disabled vlans: %s\n", write_ranges(remote));
+  hist_log(here(), {"local stp disabled vlans: ", range_text(local), "\n"});
+  hist_log(here(), {"remote stp disabled vlans: ", range_text(remote), "\n"});
 
   const VlanSet twins = vlans_of(compat_vlans);
-  hist_log(here(), "compatcheck vlans: %s\n", write_ranges(twins));
-  VlanSet pass{};
-  VlanSet fail{};
+  hist_log(here(), {"compatcheck vlans: ", range_text(twins), "\n"});
+  VlanSet pass;
+  VlanSet fail;
   for (std::size_t i = 0; i < twins.size(); ++i) {
     fail[i] = twins[i] & (local[i] ^ remote[i]);
     pass[i] = twins[i] & ~fail[i];
   }
   write_record(pass_vlans, pass);
   write_record(fail_vlans, fail);
-  hist_log(here(), "compatcheck pass vlans: %s\n", write_ranges(pass));
-  hist_log(here(), "compatcheck fail vlans: %s\n", write_ranges(fail));
-  return count(fail) == 0 ? 0 : stp_mcec_get_type1_cfg_compat_chk_errcode(type);
+  hist_log(here(), {"compatcheck pass vlans: ", range_text(pass), "\n"});
+  hist_log(here(), {"compatcheck fail vlans: ", range_text(fail), "\n"});
+  return is_empty(fail) ? 0 : stp_mcec_get_type1_cfg_compat_chk_errcode(type);
 }

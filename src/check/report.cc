@@ -1,9 +1,11 @@
 // The report: an array as records for display, each value of the switch logged beside the cached
 // one.
 
-#include <array>
-#include <cstdio>
+#include <algorithm>
+#include <charconv>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 #include "cache/store.h"
 #include "draimiofaf/check.h"
@@ -19,101 +21,86 @@ namespace {
 constexpr char component[] = "STP";
 constexpr char not_cached[] = "Not Available";
 
-using ValueText = char[sizeof(mcecm_app_info_t::param_value)];
+using RecordText = char[sizeof(mcecm_app_info_t::param_value)];
 
-void show_flags(ValueText &text, uint32_t flags) {
-  std::snprintf(text, sizeof text, "%s, %s, %s", port_type_text(flags),
-                enabled_text((flags & STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER) != 0),
-                enabled_text((flags & STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD) != 0));
+// Append to a text of `length` characters in a record that is still zero; how many it has then.
+std::size_t append(RecordText &text, std::size_t length, std::string_view more) {
+  const std::size_t fits = std::min(more.size(), sizeof text - 1 - length);
+  std::copy_n(more.data(), fits, text + length);
+  return length + fits;
 }
 
-void show_vlans(ValueText &text, const VlanSet &vlans) {
-  if (count(vlans) == 0) {
-    std::snprintf(text, sizeof text, "None");
+// --- values that are words ---
+
+void show_flags(RecordText &text, uint32_t flags) {
+  std::size_t length = append(text, 0, port_type_text(flags));
+  for (const uint32_t flag :
+       {STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER, STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD}) {
+    length = append(text, length, ", ");
+    length = append(text, length, enabled_text((flags & flag) != 0));
+  }
+}
+
+void show_word(RecordText &text, const Parameter &parameter, uint32_t value) {
+  if (parameter.form == Form::flags) {
+    show_flags(text, value);
+  } else if (parameter.form == Form::choice) {
+    append(text, 0, choice_text(parameter, value));
   } else {
-    std::snprintf(text, sizeof text, "VLANs %s", write_ranges(vlans));
+    std::to_chars(text, std::end(text), static_cast<int32_t>(value));
   }
 }
 
-void show_text(ValueText &text, Bytes value) {
-  const int length = text_length(value);
-  if (length == 0) {
-    std::snprintf(text, sizeof text, "\"\"");
-  } else {
-    std::snprintf(text, sizeof text, "%.*s", length, chars_of(value));
-  }
-}
-
-void show(ValueText &text, const Parameter &parameter, Bytes value) {
-  switch (parameter.form) {
-    case Form::number:
-      std::snprintf(text, sizeof text, "%d", word_of(value));
-      break;
-    case Form::choice:
-      std::snprintf(text, sizeof text, "%s", choice_text(parameter, word_of(value)));
-      break;
-    case Form::flags:
-      show_flags(text, word_of(value));
-      break;
-    case Form::text:
-      show_text(text, value);
-      break;
-    case Form::vlans:
-      show_vlans(text, vlans_of(value));
-      break;
-    case Form::map:
-      break;
-  }
-}
-
-using LoggedWord = std::array<char, 16>;
-
-LoggedWord logged_word(const Parameter &parameter, Bytes value) {
-  LoggedWord text;
-  std::snprintf(text.data(), text.size(), parameter.form == Form::flags ? "0x%x" : "%d",
-                word_of(value));
-  return text;
-}
-
-void log_word(Step step, const Parameter &parameter, Bytes value) {
-  const LoggedWord given = logged_word(parameter, value);
+void log_word(Step step, const Parameter &parameter, uint32_t value) {
+  const char *const name = parameter.name;
+  const bool hex = parameter.form == Form::flags;
   if (parameter.scope == Scope::INTERFACE) {
-    hist_log(step, "Type %s - val = %s\n", parameter.name, given.data());
-    return;
+    hist_log(step, "Type %s - val = %d\n", name, value);
+  } else if (const cache::Node *cached = cache::find(0, parameter.type); cached != nullptr) {
+    hist_log(step, hex ? "Type %s - val = 0x%x, cval = 0x%x\n" : "Type %s - val = %d, cval = %d\n",
+             name, value, word_of(cache::value_of(*cached)));
+  } else {
+    hist_log(step, hex ? "Type %s - val = 0x%x, cval = %s\n" : "Type %s - val = %d, cval = %s\n",
+             name, value, not_cached);
   }
+}
+
+// --- values that are texts ---
+
+// A name as it stands, or a list of VLANs, which lasts until the next one is written.
+std::string_view text_of(const Parameter &parameter, Bytes value) {
+  if (parameter.form == Form::vlans) return range_text(vlans_of(value));
+  return {chars_of(value), static_cast<std::size_t>(text_length(value))};
+}
+
+void show_text(RecordText &text, const Parameter &parameter, std::string_view value) {
+  if (parameter.form == Form::vlans) {
+    const std::size_t length = append(text, 0, value.empty() ? "None" : "VLANs ");
+    append(text, length, value);
+  } else {
+    append(text, 0, value.empty() ? "\"\"" : value);
+  }
+}
+
+// They take a line each, the second without a head.
+void log_text(Step step, const Parameter &parameter, std::string_view value) {
+  hist_log(step, {"Type ", parameter.name, " - val = ", value, ", "});
   const cache::Node *cached = cache::find(0, parameter.type);
-  const LoggedWord cached_word =
-      logged_word(parameter, cached != nullptr ? cache::value_of(*cached) : Bytes{});
-  hist_log(step, "Type %s - val = %s, cval = %s\n", parameter.name, given.data(),
-           cached != nullptr ? cached_word.data() : not_cached);
+  const std::string_view beside =
+      cached != nullptr ? text_of(parameter, cache::value_of(*cached)) : not_cached;
+  hist_log({"cval = ", beside, "\n"});
 }
 
-// A VLAN list or a name, with its length; -1: up to its NUL.
-struct LongText {
-  int length;
-  const char *text;
-};
-
-LongText long_text(const Parameter &parameter, Bytes value) {
-  if (parameter.form == Form::vlans) return {-1, write_ranges(vlans_of(value))};
-  return {text_length(value), chars_of(value)};
-}
-
-// Long values take a line each, the second without a head.
-void log_long(Step step, const Parameter &parameter, Bytes value) {
-  const LongText given = long_text(parameter, value);
-  hist_log(step, "Type %s - val = %.*s, ", parameter.name, given.length, given.text);
-  const cache::Node *cached = cache::find(0, parameter.type);
-  const LongText beside =
-      cached != nullptr ? long_text(parameter, cache::value_of(*cached)) : LongText{-1, not_cached};
-  hist_log("cval = %.*s\n", beside.length, beside.text);
-}
-
-void log_beside_cached(Step step, const Parameter &parameter, Bytes value) {
+// The record's texts, and the value beside the cached one in the log. A VLAN map has no text.
+void tell(Step step, RecordText &text, const Parameter &parameter, Bytes value) {
   if (is_word(parameter.form)) {
-    log_word(step, parameter, value);
+    const uint32_t word = word_of(value);
+    show_word(text, parameter, word);
+    log_word(step, parameter, word);
   } else if (parameter.form != Form::map) {
-    log_long(step, parameter, value);
+    const std::string_view given = text_of(parameter, value);
+    show_text(text, parameter, given);
+    log_text(step, parameter, given);
   }
 }
 
@@ -137,9 +124,8 @@ extern "C" uint32_t stp_mcec_type1_cfg_get_param_info(void *param_array, void **
     std::memcpy(record.component, component, sizeof component);
     const Parameter *parameter = find_parameter(tlv.type);
     if (parameter == nullptr) return STP_MCEC_ERR_INVALID_ARG;
-    std::snprintf(record.param_name, sizeof record.param_name, "%s", parameter->title);
-    show(record.param_value, *parameter, tlv.value);
-    log_beside_cached(here(), *parameter, tlv.value);
+    append(record.param_name, 0, parameter->title);
+    tell(here(), record.param_value, *parameter, tlv.value);
   }
   return walk.code;
 }

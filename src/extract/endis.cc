@@ -52,12 +52,12 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
   }
   const VlanSet vlans = vlans_of_list(*list);
   const bool enable = cmd_req_action_is_set(request.handle) != 0;
-  hist_log(here(), "%s STP on vlans %s\n", enable ? "Enable" : "Disable", write_ranges(vlans));
+  hist_log(here(), {enable ? "Enable" : "Disable", " STP on vlans ", range_text(vlans), "\n"});
 
   const cache::Node *cached = cache::find(0, STP_MCEC_TYPE1_STP_ENDIS);
   bmp4096_t record = disabled_record(cached);
   VlanSet disabled = vlans_of(&record);
-  if (cached != nullptr) hist_log(here(), "Found avl node vlans: %s\n", write_ranges(disabled));
+  if (cached != nullptr) hist_log(here(), {"Found avl node vlans: ", range_text(disabled), "\n"});
   for (std::size_t i = 0; i < vlans.size(); ++i) {
     disabled[i] = enable ? disabled[i] & ~vlans[i] : disabled[i] | vlans[i];
   }
@@ -67,6 +67,6 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
   const cache::Node *node = extract::put(here(), request, 0, STP_MCEC_TYPE1_STP_ENDIS, value);
   if (node == nullptr) return STP_MCEC_ERR_NO_MEMORY;
   const Tlv entry{STP_MCEC_TYPE1_STP_ENDIS, cache::value_of(*node)};
-  if (cached != nullptr) hist_log(here(), "Update vlans: %s\n", write_ranges(disabled));
+  if (cached != nullptr) hist_log(here(), {"Update vlans: ", range_text(disabled), "\n"});
   return extract::hand_out(here(), request, extract::array_size(sizeof record), {&entry, 1});
 }

@@ -39,7 +39,7 @@ extern "C" uint32_t stp_mcec_extract_reset_mst_region_cfg(
   for (const RegionParameter &parameter : mst_region) {
     if (cache::find(0, parameter.type) == nullptr) continue;
     hist_log(here(), "Found avl node\n");
-    hist_log(here(), "%s\n", parameter.reset_line);
+    hist_log(here(), {parameter.reset_line, "\n"});
     cache::put(0, parameter.type, {});
     entries[count++] = {parameter.type, Bytes(zeros).first(parameter.length)};
   }

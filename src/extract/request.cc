@@ -22,7 +22,7 @@ uint32_t fill_array(Step step, const Request &request, Block<uint8_t> array, uin
                     std::span<const Tlv> entries) {
   const Rules &rules = request.rules;
   for (const Tlv &entry : entries) {
-    if (rules.tlv_line != nullptr) hist_log(step, "%s\n", rules.tlv_line);
+    if (rules.tlv_line != nullptr) hist_log(step, {rules.tlv_line, "\n"});
     const uint32_t code = tlv_add(array.get(), size, entry.type, entry.value);
     if (code == 0) continue;
     if (to_reader(rules.no_tlv)) hist_log(step, "Failed to TLV\n");
@@ -73,7 +73,7 @@ const cache::Node *put(Step step, const Request &request, uint32_t if_index, uin
     return nullptr;
   }
   const char *line = done.added ? request.rules.added_line : request.rules.replaced_line;
-  if (line != nullptr) hist_log(step, "%s\n", line);
+  if (line != nullptr) hist_log(step, {line, "\n"});
   return done.node;
 }
 

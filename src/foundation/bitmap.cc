@@ -2,7 +2,6 @@
 
 #include <cstddef>
 
-#include "draimiofaf/foundation.h"
 #include "mcecm.h"
 
 namespace mcec {
@@ -10,69 +9,71 @@ namespace {
 
 constexpr std::size_t bitmap_offset = offsetof(bmp4096_t, bmp);
 
-// The first VLAN at or after `from` whose bit, flipped by `flip`, is set; vlan_id_count: none.
-uint32_t next(const VlanSet &vlans, uint32_t from, uint64_t flip) {
-  if (from >= vlan_id_count) return vlan_id_count;
-  std::size_t i = from / 64;
-  uint64_t bits = (vlans[i] ^ flip) & (~uint64_t{0} >> (from % 64));
-  while (bits == 0) {
-    if (++i == vlans.size()) return vlan_id_count;
-    bits = vlans[i] ^ flip;
+// The texts of 1000 to 4095, one behind the other; four characters can be read from each digit on.
+constexpr std::size_t vlan_digits = 4;
+constexpr uint32_t first_of_four_digits = 1000;
+constexpr auto four_digits = [] {
+  std::array<char, vlan_digits *(vlan_id_count - first_of_four_digits + 1)> texts{};
+  for (uint32_t vlan = first_of_four_digits; vlan < vlan_id_count; ++vlan) {
+    char *digit = &texts[vlan_digits * (vlan - first_of_four_digits) + vlan_digits];
+    for (uint32_t left = vlan; left > 0; left /= 10) *--digit = static_cast<char>('0' + left % 10);
   }
-  return static_cast<uint32_t>(i * 64) + static_cast<uint32_t>(std::countl_zero(bits));
-}
-
-uint32_t next_set(const VlanSet &vlans, uint32_t from) {
-  return next(vlans, from, 0);
-}
-
-uint32_t next_clear(const VlanSet &vlans, uint32_t from) {
-  return next(vlans, from, ~uint64_t{0});
-}
-
-// "00" to "99".
-constexpr auto digit_pairs = [] {
-  std::array<char, 200> pairs{};
-  for (std::size_t i = 0; i < 100; ++i) {
-    pairs[2 * i] = static_cast<char>('0' + i / 10);
-    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-  }
-  return pairs;
+  return texts;
 }();
 
-// A VLAN identifier without leading zeros; at most four digits.
-char *write_vlan(char *out, uint32_t vlan) {
-  const char *high = &digit_pairs[2 * (vlan / 100)];
-  const char *low = &digit_pairs[2 * (vlan % 100)];
-  if (vlan >= 1000) *out++ = high[0];
-  if (vlan >= 100) *out++ = high[1];
-  if (vlan >= 10) *out++ = low[0];
-  *out++ = low[1];
+// A VLAN identifier. The text of a small one is the end of that of the one greater by 1000. Four
+// characters are always written; those past the end that is returned do not count.
+inline char *write_vlan(char *out, uint32_t vlan) {
+  if (vlan >= first_of_four_digits) {
+    std::memcpy(out, &four_digits[vlan_digits * (vlan - first_of_four_digits)], vlan_digits);
+    return out + vlan_digits;
+  }
+  const std::size_t length = 1U + (vlan >= 10 ? 1 : 0) + (vlan >= 100 ? 1 : 0);
+  std::memcpy(out, &four_digits[vlan_digits * vlan + (vlan_digits - length)], vlan_digits);
+  return out + length;
+}
+
+// "7," or "1-3,".
+inline char *write_run(char *out, uint32_t first, uint32_t last) {
+  out = write_vlan(out, first);
+  if (first != last) {
+    *out++ = '-';
+    out = write_vlan(out, last);
+  }
+  *out++ = ',';
   return out;
+}
+
+// Take the first VLAN out of a word in host order that has one; its position.
+inline uint32_t take_first(uint64_t &vlans) {
+  const int position = std::countl_zero(vlans);
+  vlans &= ~(uint64_t{1} << 63 >> position);
+  return static_cast<uint32_t>(position);
+}
+
+// The bits of three words as columns: a holds their sums afterwards, the result their carries.
+inline uint64_t add_columns(uint64_t &a, uint64_t b, uint64_t c) {
+  const uint64_t carry = (a & b) | ((a ^ b) & c);
+  a ^= b ^ c;
+  return carry;
 }
 
 }  // namespace
 
 VlanSet vlans_of(Bytes record) {
-  VlanSet vlans{};
-  if (record.size() <= bitmap_offset) return vlans;
-  const Bytes bitmap = record.subspan(bitmap_offset);
-  std::memcpy(vlans.data(), bitmap.data(), std::min(bitmap.size(), sizeof vlans));
-  for (uint64_t &word : vlans) word = swap_to_network(word);
+  VlanSet vlans;
+  fill({reinterpret_cast<uint8_t *>(vlans.data()), sizeof vlans},
+       record.subspan(std::min(record.size(), bitmap_offset)));
   return vlans;
 }
 
 void store_vlans(void *record, const VlanSet &vlans) {
-  uint8_t *bitmap = static_cast<uint8_t *>(record) + bitmap_offset;
-  for (std::size_t i = 0; i < vlans.size(); ++i) {
-    store(bitmap + 8 * i, swap_to_network(vlans[i]));
-  }
+  std::copy_n(reinterpret_cast<const uint8_t *>(vlans.data()), sizeof vlans,
+              static_cast<uint8_t *>(record) + bitmap_offset);
 }
 
-uint32_t count(const VlanSet &vlans) {
-  uint32_t set = 0;
-  for (const uint64_t word : vlans) set += static_cast<uint32_t>(std::popcount(word));
-  return set;
+bool is_empty(const VlanSet &vlans) {
+  return std::all_of(vlans.begin(), vlans.end(), [](uint64_t word) { return word == 0; });
 }
 
 void add_range(VlanSet &vlans, uint32_t first, uint32_t last) {
@@ -82,25 +83,61 @@ void add_range(VlanSet &vlans, uint32_t first, uint32_t last) {
     uint64_t bits = ~uint64_t{0};
     if (i == first / 64) bits &= ~uint64_t{0} >> (first % 64);
     if (i == last / 64) bits &= ~uint64_t{0} << (63 - last % 64);
-    vlans[i] |= bits;
+    vlans[i] |= swap_to_network(bits);
   }
 }
 
-const char *write_ranges(const VlanSet &vlans) {
-  char *const text = stp_vlan_bmp_str_buf;
-  char *out = text;
-  for (uint32_t first = next_set(vlans, 0); first < vlan_id_count;) {
-    const uint32_t end = next_clear(vlans, first);
-    if (out != text) *out++ = ',';
-    out = write_vlan(out, first);
-    if (end - first > 1) {
-      *out++ = '-';
-      out = write_vlan(out, end - 1);
-    }
-    first = next_set(vlans, end);
+// Eight words become one that is counted: their bits are added column by column, as binary numbers
+// whose digits are kept in words of their own. The order of the bits does not matter.
+uint32_t count(const void *bitmap) {
+  const auto *bytes = static_cast<const uint8_t *>(bitmap);
+  uint64_t ones = 0;
+  uint64_t twos = 0;
+  uint64_t fours = 0;
+  int eights = 0;
+  for (std::size_t i = 0; i < sizeof(VlanSet); i += 8 * sizeof ones) {
+    const auto words = load<std::array<uint64_t, 8>>(bytes + i);
+    const uint64_t twos_a = add_columns(ones, words[0], words[1]);
+    const uint64_t twos_b = add_columns(ones, words[2], words[3]);
+    const uint64_t twos_c = add_columns(ones, words[4], words[5]);
+    const uint64_t twos_d = add_columns(ones, words[6], words[7]);
+    const uint64_t fours_a = add_columns(twos, twos_a, twos_b);
+    const uint64_t fours_b = add_columns(twos, twos_c, twos_d);
+    eights += std::popcount(add_columns(fours, fours_a, fours_b));
   }
+  return static_cast<uint32_t>(8 * eights + 4 * std::popcount(fours) + 2 * std::popcount(twos) +
+                               std::popcount(ones));
+}
+
+// Runs start and end where a VLAN differs from the one before it: a word held against itself, moved
+// by one, shows all such places at once. The buffer is an argument because hardening would hold
+// each number against the end of one that the compiler knows.
+std::size_t write_ranges(char *text, const void *bitmap) {
+  const auto *bytes = static_cast<const uint8_t *>(bitmap);
+  char *out = text;
+  uint32_t first = 0;      // of the run that is open
+  uint64_t no_change = 0;  // a word without a change: all ones in an open run, else 0
+  for (std::size_t i = 0; i < sizeof(VlanSet); i += sizeof(uint64_t)) {
+    const auto in_record = load<uint64_t>(bytes + i);
+    if (in_record == no_change) [[likely]]
+      continue;
+    const auto base = static_cast<uint32_t>(8 * i);
+    const uint64_t word = swap_to_network(in_record);
+    const uint64_t before = word >> 1 | no_change << 63;
+    uint64_t starts = word & ~before;
+    uint64_t ends = before & ~word;
+    if (no_change == 0) first = base + take_first(starts);
+    while (ends != 0) {
+      out = write_run(out, first, base + take_first(ends) - 1);
+      if (starts == 0) break;
+      first = base + take_first(starts);
+    }
+    no_change = uint64_t{0} - (word & 1);
+  }
+  if (no_change != 0) out = write_run(out, first, vlan_id_count - 1);
+  if (out != text) --out;  // the last comma
   *out = '\0';
-  return text;
+  return static_cast<std::size_t>(out - text);
 }
 
 }  // namespace mcec
@@ -118,9 +155,10 @@ extern "C" void stp_mcec_lib_bmp4096_ntoh(const void *src, void *dst) {
 }
 
 extern "C" const char *stp_mcec_lib_bmp4096_to_str(const void *record) {
-  return write_ranges(vlans_of(record));
+  write_ranges(stp_vlan_bmp_str_buf, static_cast<const uint8_t *>(record) + bitmap_offset);
+  return stp_vlan_bmp_str_buf;
 }
 
 extern "C" uint32_t stp_mcecm_get_vlan_count() {
-  return count(vlans_of(&mcec_stp_vlan_count));
+  return count(mcec_stp_vlan_count.bmp);
 }

@@ -144,10 +144,11 @@ extern "C" uint32_t stp_mcec_type1_cfg_param_is_default(uint32_t type, uint32_t 
     case Form::text:
       return bytes[0] == 0;
     case Form::vlans:
-      return count(vlans_of(bytes)) == 0;
+      return is_empty(vlans_of(bytes));
     case Form::map:
-      return len == bytes.size() &&
-             std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0; });
+      // All are zero when the first is, and each is what the one before it is.
+      return len == bytes.size() && bytes[0] == 0 &&
+             std::memcmp(&bytes[0], &bytes[1], bytes.size() - 1) == 0;
     default:
       return (word_of(bytes) == parameter->default_word) != parameter->any_other_is_default;
   }

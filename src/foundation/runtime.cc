@@ -35,32 +35,51 @@ constexpr char debug_banner[] =
     "STP MCEC Type-1 cfg debug file \n"
     "--------------------------------\n";
 
-// Write the head, "stp_mcec_type1_cfg_compat_check(21): ", and return its length. The names of the
-// operations are far shorter than a line.
-std::size_t write_head(sdwrap_hist_line_t &line, Step step) {
-  char *out = std::copy_n(step.operation, std::strlen(step.operation), line.text);
+// A line under way, the record that the event history is handed, and its length so far.
+struct Line {
+  sdwrap_hist_line_t record;
+  std::size_t length = 0;
+};
+
+// "stp_mcec_type1_cfg_compat_check(21): "; the names of operations are far shorter than a line.
+void begin(Line &line, Step step) {
+  char *const text = line.record.text;
+  char *out = std::copy_n(step.operation, std::strlen(step.operation), text);
   *out++ = '(';
-  out = std::to_chars(out, line.text + sizeof line.text, step.line).ptr;
+  out = std::to_chars(out, std::end(line.record.text), step.line).ptr;
   out = std::copy_n("): ", 3, out);
-  return static_cast<std::size_t>(out - line.text);
+  line.length = static_cast<std::size_t>(out - text);
 }
 
-// Append to a line of `length` characters, and return how many it has then.
-std::size_t write(sdwrap_hist_line_t &line, std::size_t length, const char *format,
-                  va_list arguments) {
-  const std::size_t room = sizeof line.text - length;
-  const int written = std::vsnprintf(line.text + length, room, format, arguments);
-  if (written >= 0) return length + std::min(static_cast<std::size_t>(written), room - 1);
-  line.text[0] = '\0';
-  return 0;
+void append(Line &line, std::string_view text) {
+  const std::size_t fits = std::min(text.size(), sizeof line.record.text - 1 - line.length);
+  std::copy_n(text.data(), fits, line.record.text + line.length);
+  line.length += fits;
 }
 
-void send(sdwrap_hist_line_t &line, std::size_t length) {
+void append(Line &line, std::initializer_list<std::string_view> texts) {
+  for (const std::string_view text : texts) append(line, text);
+}
+
+// Most formats are texts with nothing to fill in.
+void append(Line &line, const char *format, va_list arguments) {
+  if (std::strchr(format, '%') == nullptr) return append(line, format);
+  const std::size_t room = sizeof line.record.text - line.length;
+  const int written = std::vsnprintf(line.record.text + line.length, room, format, arguments);
+  if (written < 0) {
+    line.length = 0;
+  } else {
+    line.length += std::min(static_cast<std::size_t>(written), room - 1);
+  }
+}
+
+void send(Line &line) {
   if (stp_mcec_lib_sdwrap_init_done == 0) stp_mcec_lib_sdwrap_init();
-  line.flag = 1;
-  const std::size_t size = offsetof(sdwrap_hist_line_t, text) + length + 1;
+  line.record.flag = 1;
+  line.record.text[line.length] = '\0';
+  const std::size_t size = offsetof(sdwrap_hist_line_t, text) + line.length + 1;
   sdwrap_his_log_event_for_uuid_inst(STP_MCEC_LIB_SERVICE_ID, SDWRAP_HIST_LINE_EVENT, 0, 0,
-                                     static_cast<uint32_t>(size), &line);
+                                     static_cast<uint32_t>(size), &line.record);
 }
 
 }  // namespace
@@ -78,19 +97,35 @@ void *zalloc_records(stp_mcec_lib_mem_type_t mem_type, uint32_t header, uint32_t
 }
 
 void hist_log(Step step, const char *format, ...) {
-  sdwrap_hist_line_t line;
+  Line line;
+  begin(line, step);
   va_list arguments;
   va_start(arguments, format);
-  send(line, write(line, write_head(line, step), format, arguments));
+  append(line, format, arguments);
   va_end(arguments);
+  send(line);
+}
+
+void hist_log(Step step, std::initializer_list<std::string_view> texts) {
+  Line line;
+  begin(line, step);
+  append(line, texts);
+  send(line);
 }
 
 void hist_log(const char *format, ...) {
-  sdwrap_hist_line_t line;
+  Line line;
   va_list arguments;
   va_start(arguments, format);
-  send(line, write(line, 0, format, arguments));
+  append(line, format, arguments);
   va_end(arguments);
+  send(line);
+}
+
+void hist_log(std::initializer_list<std::string_view> texts) {
+  Line line;
+  append(line, texts);
+  send(line);
 }
 
 uint32_t tlv_find(const void *array, uint16_t type, Tlv &found) {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
+#include <string_view>
 
 #include "draimiofaf/types.h"
 #include "foundation/wire.h"
@@ -44,11 +46,12 @@ constexpr Step here(const char *operation = __builtin_FUNCTION(), int line = __b
   return {operation, line};
 }
 
-// One line, cut to 511 characters, behind the head of its step.
+// One line, cut to 511 characters, behind the head of its step; the same put together from texts;
+// and both without a head.
 __attribute__((format(printf, 2, 3))) void hist_log(Step step, const char *format, ...);
-
-// One line without a head.
+void hist_log(Step step, std::initializer_list<std::string_view> texts);
 __attribute__((format(printf, 1, 2))) void hist_log(const char *format, ...);
+void hist_log(std::initializer_list<std::string_view> texts);
 
 // --- TLV arrays ---
 

@@ -26,10 +26,10 @@ constexpr Unsigned swap_to_network(Unsigned host) {
   if constexpr (sizeof(Unsigned) == 8) return __builtin_bswap64(host);
 }
 
-// sizeof(Unsigned) bytes, in host order.
-template <class Unsigned>
-Unsigned load(const void *at) {
-  Unsigned value;
+// sizeof(Value) bytes, in host order.
+template <class Value>
+Value load(const void *at) {
+  Value value;
   std::memcpy(&value, at, sizeof value);
   return value;
 }
