@@ -174,13 +174,14 @@ int main(int argc, char **argv) {
   try {
     status = parse_and_do(argc, argv);
   } catch (const Interrupted &) {
-    fmt::print(stderr, "mcec-lab: interrupted\n");
+    complain("mcec-lab: interrupted");
+  } catch (const std::bad_alloc &) {
+    complain("mcec-lab: there is not enough memory");
   } catch (const std::exception &problem) {
-    fmt::print(stderr, "mcec-lab: {}\n", printable(without_passwords(problem.what())));
-    status = wrong;
+    complain("mcec-lab: " + printable(problem.what()));
   }
   std::string why;  // what the arguments' own help prints goes the same way
   if (all_written(why)) return status;
-  fmt::print(stderr, "mcec-lab: the output cannot be written: {}\n", why);
+  complain("mcec-lab: the output cannot be written: " + why);
   return wrong;
 }

@@ -8,6 +8,7 @@
 #include "language/file.h"
 #include "language/text.h"
 #include "language/told.h"
+#include "read/source.h"
 
 namespace lab {
 
@@ -17,7 +18,9 @@ ShowOptions show_options(const Arguments &arguments) {
 
 void complain(const std::string &text) {
   std::fflush(stdout);
-  fmt::print(stderr, "{}\n", as_shown(text));
+  // Where even this cannot be written, the exit status has to say it.
+  const std::string line = as_shown(without_passwords(text)) + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 void print_json(const Json &document) {

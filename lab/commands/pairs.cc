@@ -19,6 +19,7 @@
 #include "language/yaml.h"
 #include "outcome/compare.h"
 #include "pair/signals.h"
+#include "read/source.h"
 
 namespace lab {
 namespace {
@@ -69,8 +70,9 @@ std::vector<PairLine> read_pairs(const std::string &path, Mistakes &mistakes) {
                        printable(parts[0]),
                        {in_folder(parts[1], folder), in_folder(parts[2], folder)}});
     } else {
-      mistakes.push_back(
-          {number, 1, "", "found '" + printable(line.substr(0, 80)) + "'", line_form});
+      mistakes.push_back({number, 1, "",
+                          "found '" + printable(without_passwords(line.substr(0, 80))) + "'",
+                          line_form});
     }
   }
   if (pairs.empty() && mistakes.empty()) {

@@ -20,10 +20,10 @@ bool is_out_of_step(const Json &parameter);
 // The parameters by which a scope differs.
 std::vector<std::string> differing(const Json &check);
 
-// More mistakes than these help nobody at once.
+// More mistakes than these help no person at once.
 inline constexpr std::size_t mistakes_told = 100;
 
-// The mistakes of a source, as a list; of a text file by line and column, else by "where".
+// All mistakes of a source, as a list; of a text file by line and column, else by "where".
 Json told_mistakes(const std::string &source, const Mistakes &mistakes);
 
 }  // namespace lab

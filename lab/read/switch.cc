@@ -178,6 +178,36 @@ uint32_t channel_id(Settings &settings, const ChannelRef &ref) {
   return channel_named(settings, ref.name).id;
 }
 
+// Numbers that would make one channel or port of two.
+void check_collisions(Reader &reader, const YAML::Node &node, const Settings &before,
+                      const World &world) {
+  std::map<uint32_t, std::string> channels;
+  for (const Channel &channel : before.channels) channels[channel.id] = channel.name;
+  for (const ChannelGroup &group : world.channels) {
+    if (group.channel.id == 0) continue;
+    const auto [at, is_new] = channels.try_emplace(group.channel.id, group.channel.name);
+    if (is_new || at->second == group.channel.name) continue;
+    reader.mistake(node["channels"],
+                   "found " + at->second + " and " + group.channel.name + " with the id " +
+                       std::to_string(group.channel.id),
+                   "an id for each channel");
+  }
+  std::map<uint32_t, std::string> ports;
+  for (const Port &port : before.ports) {
+    if (!port.name.empty()) ports[port.index] = port.name;
+  }
+  for (const PortGroup &group : world.ports) {
+    if (group.name.empty() || group.indexes.empty()) continue;
+    const uint32_t index = group.indexes[0].first;
+    const auto [at, is_new] = ports.try_emplace(index, group.name);
+    if (is_new || at->second == group.name) continue;
+    reader.mistake(
+        node["ports"],
+        "found " + at->second + " and " + group.name + " with the index " + port_text(index),
+        "an index for each port");
+  }
+}
+
 void apply(const ChannelGroup &group, Settings &settings) {
   if (channel_id(settings, group.channel) == 0) return;
   Channel &channel = channel_named(settings, group.channel.name);
@@ -269,7 +299,9 @@ const std::vector<std::string> &switch_keys() {
 
 void read_settings(Reader &reader, const YAML::Node &node, Settings &settings) {
   read_identity(reader, node, settings);
-  change_by(read_world(reader, node, true), settings);
+  const World world = read_world(reader, node, true);
+  check_collisions(reader, node, settings, world);
+  change_by(world, settings);
   if (!node["parameters"]) return;
   for (Entry &entry : read_parameters(reader, node["parameters"], "parameters", true)) {
     std::erase_if(settings.parameters, [&](const Entry &e) { return e.type == entry.type; });
@@ -286,7 +318,7 @@ Settings settings_from(Reader &reader, const YAML::Node &node, const std::string
   for (const Mistake &mistake : read.mistakes) {
     const std::string place = place_of(mistake);
     reader.mistake(
-        node, "in " + printable(path) + (place.empty() ? "" : ":" + place) + ": " + mistake.found,
+        node, "in " + read.side.source + (place.empty() ? "" : ":" + place) + ": " + mistake.found,
         mistake.expected);
   }
   return std::move(read.side.settings);
@@ -348,6 +380,9 @@ std::array<WorldChange, 2> read_change(Reader &reader, const YAML::Node &node,
   std::array<WorldChange, 2> changes;
   if (!reader.mapping(node, "a change", world_keys)) return changes;
   const World world = read_world(reader, node, false);
+  for (std::size_t i = 0; i < on.size(); ++i) {
+    if (on[i]) check_collisions(reader, node, now[i], world);
+  }
   for (std::size_t i = 0; i < on.size(); ++i) {
     if (on[i]) changes[i] = change_by(world, now[i]);
   }

@@ -154,6 +154,7 @@ void show_moved(const char *what, const std::vector<std::string> &keys, Colour c
 }  // namespace
 
 void show_checks(const Json &checks, const ShowOptions &options) {
+  if (checks.empty()) put_line("neither switch has such a channel", indent);
   for (const Json &check : checks) {
     if (!options.only_different || !agrees(check)) show_check(check, options);
   }

@@ -109,7 +109,7 @@ void show_log(const Json &outcome, const std::string &side) {
 
 // "stp-mode: MST, loop-guard: Enabled", "stp-mode, loop-guard".
 std::string said(const Json &value) {
-  if (value.is_null() || value.empty()) return "nothing";
+  if (value.is_null() || value.empty() || value == "") return "nothing";
   if (!value.is_structured()) return value.is_string() ? value.get<std::string>() : value.dump();
   std::string text;
   for (const auto &[key, item] : value.items()) {
