@@ -408,7 +408,7 @@ std::optional<Compared> compared_vlans(const Json &check) {
     const bool is_map = parameter == "mst-region-vi-map";
     if (!is_map && parameter != "stp-endis") continue;
     std::array<std::optional<Facts>, 2> told;
-    for (const std::size_t side : {0, 1}) {
+    for (std::size_t side = 0; side < 2; ++side) {
       const std::string text = text_at(row, sides[side]);
       told[side] = is_map ? facts_of_map(text) : facts_of_disabled(text);
       if (told[side]) own.facts[side] = *told[side];
