@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <sstream>
 #include <stdexcept>
 
 #include "commands/commands.h"
@@ -19,8 +20,11 @@ ShowOptions show_options(const Arguments &arguments) {
 void complain(const std::string &text) {
   std::fflush(stdout);
   // Where even this cannot be written, the exit status has to say it.
-  const std::string line = as_shown(without_passwords(text)) + "\n";
-  std::fwrite(line.data(), 1, line.size(), stderr);
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    line = as_shown(without_passwords(line)) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr);
+  }
 }
 
 void print_json(const Json &document) {
