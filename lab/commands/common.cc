@@ -9,6 +9,7 @@
 #include "language/file.h"
 #include "language/text.h"
 #include "language/told.h"
+#include "pair/signals.h"
 #include "read/source.h"
 
 namespace lab {
@@ -32,6 +33,7 @@ void print_json(const Json &document) {
 }
 
 void complain_of(const std::string &source, const Mistakes &mistakes) {
+  if (!mistakes.empty() && interrupted()) throw Interrupted{};  // what was read is not all there is
   for (std::size_t i = 0; i < std::min(mistakes.size(), mistakes_told); ++i) {
     const std::string place = place_of(mistakes[i]);
     complain(

@@ -73,6 +73,14 @@ Status compare_sides(const Arguments &arguments) {
     complain("mcec-lab compare: found '-' twice; expected the standard input on one side");
     return wrong;
   }
+  if ((arguments.json ? 1 : 0) + (arguments.html == "-" ? 1 : 0) +
+          (arguments.cure.second == "-" ? 1 : 0) >
+      1) {
+    complain(
+        "mcec-lab compare: expected one of --json, --html - and --cure SIDE -, which all write "
+        "to the standard output");
+    return wrong;
+  }
   const std::vector<std::string> cured = {"left", "right", "both"};
   if (!arguments.cure.first.empty() &&
       std::find(cured.begin(), cured.end(), arguments.cure.first) == cured.end()) {
@@ -91,8 +99,7 @@ Status compare_sides(const Arguments &arguments) {
   if (!arguments.html.empty()) write_file(arguments.html, page_of(told));
   if (arguments.json) {
     print_json(told);
-  } else if (arguments.html != "-" &&
-             (arguments.cure.first.empty() || arguments.cure.second != "-")) {
+  } else if (arguments.html != "-" && arguments.cure.second != "-") {
     ShowOptions options = show_options(arguments);
     options.only_different = !arguments.all;
     show_comparison(told, options);

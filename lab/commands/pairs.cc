@@ -108,16 +108,25 @@ Json failure_of(const PairLine &pair, const std::string &problem) {
       {"mistakes", {{{"source", pair.name}, {"where", ""}, {"found", problem}, {"expected", ""}}}}};
 }
 
-// The life of the process of a comparison.
+std::string document_text(const PairLine &pair) {
+  try {
+    return document_of(pair).dump(-1, ' ', false, Json::error_handler_t::replace);
+  } catch (const std::bad_alloc &) {
+    return failure_of(pair, "there is not enough memory").dump();
+  } catch (const std::exception &problem) {
+    return failure_of(pair, printable(problem.what())).dump();
+  }
+}
+
+// The life of the process of a comparison. Nothing leaves it but by its end: what is behind it on the
+// stack is the parent's.
 [[noreturn]] void compare_in_process(const PairLine &pair, int pipe) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   std::string text;
   try {
-    text = document_of(pair).dump(-1, ' ', false, Json::error_handler_t::replace);
-  } catch (const Interrupted &) {
+    text = document_text(pair);
+  } catch (...) {  // interrupted, or no memory even for this
     _exit(wrong);
-  } catch (const std::exception &problem) {
-    text = failure_of(pair, printable(problem.what())).dump();
   }
   for (std::size_t at = 0; at < text.size();) {
     const ssize_t written = write(pipe, text.data() + at, text.size() - at);

@@ -34,12 +34,11 @@ struct Progress {
 };
 
 // Tell what is wrong with a scenario, in a document too when documents are wanted.
-Status tell_scenario_mistakes(const ReadScenario &read, const Arguments &arguments) {
-  const std::string &path = read.scenario.path;
-  complain_of(path, read.mistakes);
+Status tell_mistakes(const std::string &path, const Mistakes &mistakes,
+                     const Arguments &arguments) {
+  complain_of(path, mistakes);
   if (arguments.json) {
-    print_json(
-        {{"version", 1}, {"scenario", path}, {"mistakes", told_mistakes(path, read.mistakes)}});
+    print_json({{"version", 1}, {"scenario", path}, {"mistakes", told_mistakes(path, mistakes)}});
   }
   return wrong;
 }
@@ -76,7 +75,7 @@ Watcher watcher_of(const ShowOptions *options, Progress &progress) {
 Status run_file(const std::string &file, const Arguments &arguments) {
   const ReadScenario read = read_scenario(file);
   const Scenario &scenario = read.scenario;
-  if (!read.mistakes.empty()) return tell_scenario_mistakes(read, arguments);
+  if (!read.mistakes.empty()) return tell_mistakes(scenario.path, read.mistakes, arguments);
   const ShowOptions options = show_options(arguments);
   if (!arguments.json) {
     show_title({{"scenario", scenario.path}, {"title", scenario.title}, {"about", scenario.about}},
@@ -101,7 +100,7 @@ std::string steps_to_ask(const Scenario &scenario) {
     if (!changes_settings(scenario.steps[i])) continue;
     numbers += (numbers.empty() ? "" : ", ") + std::to_string(i + 1);
   }
-  return numbers.empty() ? "none, for there is none" : numbers;
+  return numbers.empty() ? "a scenario that has one" : "one of " + numbers;
 }
 
 }  // namespace
@@ -118,12 +117,13 @@ Status run_scenarios(const Arguments &arguments) {
 Status ask_what_if(const Arguments &arguments) {
   const ReadScenario read = read_scenario(arguments.file);
   const Scenario &scenario = read.scenario;
-  if (!read.mistakes.empty()) return tell_scenario_mistakes(read, arguments);
+  if (!read.mistakes.empty()) return tell_mistakes(scenario.path, read.mistakes, arguments);
   if (arguments.step > scenario.steps.size() ||
       !changes_settings(scenario.steps[arguments.step - 1])) {
-    complain(fmt::format("{}: step {} is no command and no update; expected one of {}",
-                         scenario.path, arguments.step, steps_to_ask(scenario)));
-    return wrong;
+    const Mistake no_step = {0, 0, "",
+                             fmt::format("step {} is no command and no update", arguments.step),
+                             steps_to_ask(scenario)};
+    return tell_mistakes(scenario.path, {no_step}, arguments);
   }
   Progress progress;
   const Json outcome =

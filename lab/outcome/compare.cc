@@ -22,8 +22,9 @@ const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type) {
 const char *spanning_tree_text(const Settings &settings) {
   if (!settings.spanning_tree) return "off";
   const Entry *mode = find_entry(settings.parameters, STP_MCEC_TYPE1_STP_MODE);
-  const bool is_mst = mode != nullptr && mode->value == word(STP_MCEC_STP_MODE_MST);
-  return is_mst ? "mst" : "rapid-pvst";
+  if (mode == nullptr) return "unknown";
+  if (mode->value == word(STP_MCEC_STP_MODE_MST)) return "mst";
+  return mode->value == word(STP_MCEC_STP_MODE_RAPID_PVST) ? "rapid-pvst" : "unknown";
 }
 
 Json told_side(const Side &side) {
