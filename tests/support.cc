@@ -228,13 +228,8 @@ std::string update(uint32_t global, uint32_t if_index, const Entries &entries) {
 }
 
 void empty_cache() {
-  std::vector<type1_cfg_avl_node_t> nodes;
-  const auto each = [](const void *node, void *into) {
-    static_cast<decltype(nodes) *>(into)->push_back(
-        *static_cast<const type1_cfg_avl_node_t *>(node));
-  };
-  standin_tree_walk(stp_mcec_type1_cfg_avl, each, &nodes);
-  for (const auto &node : nodes) stp_mcec_type1_cfg_delete_cache_node(node.type, node.if_index);
+  avl_destroy(stp_mcec_type1_cfg_avl, stp_mcec_type1_cfg_avl_free);
+  stp_mcec_type1_cfg_avl = avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
 }
 
 void LibraryTest::SetUp() {

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fstream>
 #include <system_error>
+#include <type_traits>
 
 #include "pair/device.h"
 #include "pair/signals.h"
@@ -117,6 +118,21 @@ void look_at(const Pair &pair, std::size_t which, int waited) {
   if (waited >= longest_patience) throw SwitchFailed(switch_name(which) + " does not answer");
 }
 
+// Is it what was asked for?
+bool answers(const Reply &reply, const Request &request) {
+  return std::visit(
+      [&](const auto &asked) {
+        using Asked = std::decay_t<decltype(asked)>;
+        const auto *said = std::get_if<typename Asked::Answer>(&reply.said);
+        if constexpr (std::is_same_v<Asked, Check>) {
+          return said != nullptr && said->views.size() == asked.scopes.size();
+        } else {
+          return said != nullptr;
+        }
+      },
+      request.asked);
+}
+
 }  // namespace
 
 Pair::Pair() {
@@ -172,6 +188,10 @@ Replies ask(Pair &pair, const Requests &requests) {
       if (frame) replies[i] = decode_reply(*frame);
     } catch (const Garbled &garbled) {
       throw SwitchFailed(switch_name(i) + ": " + garbled.what());
+    }
+    if (replies[i] && replies[i]->problem.empty() && !answers(*replies[i], *requests[i])) {
+      throw SwitchFailed(switch_name(i) +
+                         ": it does not speak as a switch does: it answers another question");
     }
     if (!replies[i]) {
       tell(died,
