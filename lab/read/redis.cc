@@ -1,17 +1,13 @@
 #include "read/redis.h"
 
-#include <hiredis/hiredis.h>
-#include <sys/socket.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <deque>
 #include <set>
 #include <utility>
 
 #include "language/text.h"
+#include "read/redis_line.h"
 #include "read/resolver.h"
 #include "read/wait.h"
 
@@ -22,55 +18,16 @@ using namespace std::chrono_literals;
 
 // Between two readings of everything, where notifications come.
 constexpr auto anew_after = 10s;
-// A connection on which nothing is said is asked for a sign of life.
-constexpr auto beat = 1s;
 constexpr auto first_pause = 250ms;
 constexpr auto longest_pause = 30s;
 // Keys that the server looks at in one go, and rows that are asked for before the first is answered.
 constexpr const char *keys_at_once = "5000";
 constexpr std::size_t rows_at_once = 512;
-// Reads of a socket before the other source has its turn.
-constexpr int reads_at_once = 64;
 // Where no notifications come, a reading that differs from the last may have met a change in the
 // middle. It is done again, this often at most.
 constexpr int most_repeats = 2;
-// Elements of an answer.
-constexpr int longest_list = 1000000;
 // How often changes that come while changes are brought in are brought in, too.
 constexpr int most_rounds = 3;
-
-constexpr const char *garbled = "the server does not speak as it should";
-
-struct FreeContext {
-  void operator()(redisContext *context) const { redisFree(context); }
-};
-
-struct FreeReply {
-  void operator()(redisReply *reply) const { freeReplyObject(reply); }
-};
-
-using Reply = std::unique_ptr<redisReply, FreeReply>;
-
-enum class Ask { login, select, subscribe, config, scan, row, changed_row, sign_of_life, fence };
-
-struct Asked {
-  Ask what;
-  std::string row;
-};
-
-struct Line {
-  std::unique_ptr<redisContext, FreeContext> context;
-  bool connected = false;
-  bool writing = false;  // not all of what is said has left
-  std::deque<Asked> awaited;
-  Moment heard;  // when it last said something, or was asked something after a pause
-};
-
-// Why a source is lost; thrown within a step.
-struct Lost {
-  std::string reason;
-  bool refused = false;
-};
 
 struct Reading {
   std::set<std::string> keys;
@@ -114,75 +71,22 @@ namespace {
 
 // --- the lines ---
 
-const redisReplyObjectFunctions *usual_functions = nullptr;
-
-// A list of more than the lab can meet is not made, however long the server says that it is.
-template <class Count>
-void *make_list(const redisReadTask *task, Count elements) {
-  return elements <= Count{longest_list} ? usual_functions->createArray(task, elements) : nullptr;
-}
-
-std::string error_of(const redisContext &context) {
-  const bool is_cut = context.err == REDIS_ERR_IO && (errno == ECONNRESET || errno == EPIPE);
-  if (context.err == REDIS_ERR_EOF || is_cut) return "the server closed the connection";
-  if (context.err == REDIS_ERR_OOM) return "the server says more than can be kept";
-  return printable(context.errstr);
-}
-
-void say(Line &line, Moment now, Asked asked, const std::vector<std::string> &words) {
-  std::vector<const char *> texts;
-  std::vector<std::size_t> lengths;
-  for (const std::string &word : words) {
-    texts.push_back(word.data());
-    lengths.push_back(word.size());
-  }
-  if (redisAppendCommandArgv(line.context.get(), static_cast<int>(words.size()), texts.data(),
-                             lengths.data()) != REDIS_OK) {
-    throw Lost{error_of(*line.context)};
-  }
-  if (line.awaited.empty()) line.heard = now;
-  line.writing = true;
-  line.awaited.push_back(std::move(asked));
-}
-
 std::string channel_of(const Database &database, const std::string &row) {
   return "__keyspace@" + std::to_string(database.source.database) + "__:" + row;
 }
 
-void log_in(const Database &database, Line &line, Moment now) {
-  const Source &source = database.source;
-  if (source.user.empty() && source.password.empty()) return;
-  std::vector<std::string> words = {"AUTH"};
-  if (!source.user.empty()) words.push_back(source.user);
-  words.push_back(source.password);
-  say(line, now, {Ask::login, ""}, words);
-}
-
-void open_line(const Database &database, const std::string &address, Line &line) {
-  const Source &source = database.source;
-  line = Line{};
-  line.context.reset(source.kind == Source::Kind::unix_socket
-                         ? redisConnectUnixNonBlock(source.place.c_str())
-                         : redisConnectNonBlock(address.c_str(), source.port));
-  if (line.context == nullptr) throw Lost{"there is no memory for a connection"};
-  if (line.context->err != 0) throw Lost{error_of(*line.context)};
-  static redisReplyObjectFunctions functions;
-  usual_functions = std::exchange(line.context->reader->fn, &functions);
-  functions = *usual_functions;
-  functions.createArray = make_list;
-}
-
 void open_lines(Database &database, Moment now) {
+  const Source &source = database.source;
   std::string address;
-  if (database.source.kind == Source::Kind::tcp) {
+  if (source.kind == Source::Kind::tcp) {
     address = database.addresses.front();
     database.addresses.erase(database.addresses.begin());
   }
-  open_line(database, address, database.rows);
-  open_line(database, address, database.changes);
-  log_in(database, database.rows, now);
-  say(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(database.source.database)});
-  log_in(database, database.changes, now);
+  database.rows = open_line(source, address);
+  database.changes = open_line(source, address);
+  log_in(source, database.rows, now);
+  say(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(source.database)});
+  log_in(source, database.changes, now);
   // One by one: before a login a server takes no more than a few words at once, and says nothing of a
   // password then.
   for (const std::string &table : tables_read()) {
@@ -229,10 +133,6 @@ void close_lines(Database &database) {
 
 // --- what is asked, and what is answered ---
 
-std::string_view text_of(const redisReply &reply) {
-  return reply.str != nullptr ? std::string_view(reply.str, reply.len) : std::string_view();
-}
-
 void scan(Database &database, const std::string &cursor, Moment now) {
   say(database.rows, now, {Ask::scan, ""}, {"SCAN", cursor, "COUNT", keys_at_once});
 }
@@ -253,19 +153,6 @@ void ask_rows(Database &database, Moment now) {
     reading.to_ask.pop_front();
     ++reading.asked;
   }
-}
-
-[[noreturn]] void refuse(const Asked &asked, const std::string &error) {
-  const auto begins = [&error](const char *word) { return error.starts_with(word); };
-  if (begins("LOADING")) throw Lost{"the server is loading its data"};
-  if (begins("NOAUTH")) throw Lost{"the server asks for a password", true};
-  if (begins("NOPERM")) throw Lost{printable(error), true};
-  // An answer to a login may repeat the password.
-  if (asked.what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
-    throw Lost{"the password is refused", true};
-  }
-  // A database that the server does not have will not come.
-  throw Lost{printable(error.substr(0, error.find(". "))), asked.what == Ask::select};
 }
 
 void take_config(Database &database, const redisReply &reply) {
@@ -361,10 +248,7 @@ void take_row(Database &database, const Asked &asked, const redisReply &reply, M
 }
 
 void take_answer(Database &database, const redisReply &reply, Moment now) {
-  Line &line = database.rows;
-  if (line.awaited.empty()) throw Lost{garbled};
-  const Asked asked = std::move(line.awaited.front());
-  line.awaited.pop_front();
+  const Asked asked = next_awaited(database.rows);
   const std::string error(reply.type == REDIS_REPLY_ERROR ? text_of(reply) : "");
   const bool is_row = asked.what == Ask::row || asked.what == Ask::changed_row;
   if (!error.empty() && !(is_row && error.starts_with("WRONGTYPE")) &&
@@ -377,7 +261,6 @@ void take_answer(Database &database, const redisReply &reply, Moment now) {
 }
 
 void take_notice(Database &database, const redisReply &reply, Moment now) {
-  Line &line = database.changes;
   const bool is_list = reply.type == REDIS_REPLY_ARRAY && reply.elements > 0;
   const std::string_view kind = is_list ? text_of(*reply.element[0]) : "";
   if (kind == "pmessage" && reply.elements == 4) {
@@ -386,64 +269,15 @@ void take_notice(Database &database, const redisReply &reply, Moment now) {
         channel.substr(std::min(channel_of(database, "").size(), channel.size())));
     return notice_change(database.held, now);
   }
-  if (line.awaited.empty()) throw Lost{garbled};
-  const Asked asked = line.awaited.front();
-  line.awaited.pop_front();
+  const Asked asked = next_awaited(database.changes);
   if (asked.what == Ask::fence) --database.settling;
   if (reply.type != REDIS_REPLY_ERROR) return;
   const std::string error(text_of(reply));
   if (asked.what != Ask::subscribe || !error.starts_with("NOPERM")) refuse(asked, error);
-  line = Line{};
+  database.changes = Line{};
 }
 
 // --- a step ---
-
-pollfd socket_of(const Line &line) {
-  const bool writing = line.writing || !line.connected;
-  return {line.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
-}
-
-void finish_connecting(Line &line) {
-  int error = 0;
-  socklen_t size = sizeof error;
-  getsockopt(line.context->fd, SOL_SOCKET, SO_ERROR, &error, &size);
-  if (error != 0) throw Lost{std::strerror(error)};
-  line.connected = true;
-}
-
-// Read and write what can be without waiting.
-template <class Take>
-void move(Database &database, Line &line, Moment now, Take take) {
-  for (int i = 0; i < reads_at_once && line.context != nullptr; ++i) {
-    redisContext *context = line.context.get();
-    pollfd ready = socket_of(line);
-    if (poll(&ready, 1, 0) <= 0) return;
-    if (!line.connected) finish_connecting(line);
-    if ((ready.revents & ~POLLOUT) != 0) {
-      if (redisBufferRead(context) != REDIS_OK) throw Lost{error_of(*context)};
-      line.heard = now;
-    }
-    void *reply = nullptr;
-    do {
-      if (redisGetReplyFromReader(context, &reply) != REDIS_OK) throw Lost{error_of(*context)};
-      if (reply != nullptr) take(database, *Reply(static_cast<redisReply *>(reply)), now);
-    } while (reply != nullptr && line.context != nullptr);
-    int done = 1;
-    if (line.writing && redisBufferWrite(context, &done) != REDIS_OK) {
-      throw Lost{error_of(*context)};
-    }
-    line.writing = done == 0;
-  }
-}
-
-void look_after(Line &line, Moment now) {
-  if (line.context == nullptr) return;
-  const auto quiet = now - line.heard;
-  if (!line.awaited.empty() && quiet >= redis_patience) {
-    throw Lost{"no answer for " + std::to_string(redis_patience.count()) + " s"};
-  }
-  if (line.awaited.empty() && quiet >= beat) say(line, now, {Ask::sign_of_life, ""}, {"PING"});
-}
 
 void end_reading(Database &database, Moment now) {
   Held &held = database.held;
@@ -492,8 +326,8 @@ void work(Database &database, Moment now) {
   if (database.resolver != nullptr) hear_resolver(database, now);
   if (database.resolver != nullptr) return;
   if (database.rows.context == nullptr) open_lines(database, now);
-  move(database, database.rows, now, take_answer);
-  move(database, database.changes, now, take_notice);
+  move(database.rows, now, [&](const redisReply &reply) { take_answer(database, reply, now); });
+  move(database.changes, now, [&](const redisReply &reply) { take_notice(database, reply, now); });
 
   Held &held = database.held;
   if (database.reading) {
@@ -562,8 +396,7 @@ Moment due(const Database &database) {
   if (database.rows.context == nullptr) return Moment{};
   Moment first = database.read_once && !database.reading ? database.read_next : Moment::max();
   for (const Line *line : {&database.rows, &database.changes}) {
-    if (line->context == nullptr) continue;
-    first = std::min(first, line->heard + (line->awaited.empty() ? beat : redis_patience));
+    if (line->context != nullptr) first = std::min(first, due(*line));
   }
   return first;
 }

@@ -24,9 +24,6 @@ struct CloseDatabase {
 
 using OpenDatabase = std::unique_ptr<Database, CloseDatabase>;
 
-// How long a server may say nothing when it is asked something.
-inline constexpr std::chrono::seconds redis_patience{5};
-
 // `interval`: between two readings where the server sends no notifications. The process ignores SIGPIPE
 // from then on.
 OpenDatabase open_database(const Source &source, Clock::duration interval, Moment now);

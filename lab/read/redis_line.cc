@@ -1,0 +1,158 @@
+#include "read/redis_line.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "language/text.h"
+
+namespace lab {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A connection on which nothing is said is asked for a sign of life.
+constexpr auto beat = 1s;
+// Reads of a socket before the other source has its turn.
+constexpr int reads_at_once = 64;
+// Elements of an answer.
+constexpr int longest_list = 1000000;
+
+struct FreeReply {
+  void operator()(redisReply *reply) const { freeReplyObject(reply); }
+};
+
+using Reply = std::unique_ptr<redisReply, FreeReply>;
+
+const redisReplyObjectFunctions *usual_functions = nullptr;
+
+// A list of more than the lab can meet is not made, however long the server says that it is.
+template <class Count>
+void *make_list(const redisReadTask *task, Count elements) {
+  return elements <= Count{longest_list} ? usual_functions->createArray(task, elements) : nullptr;
+}
+
+std::string error_of(const redisContext &context) {
+  const bool is_cut = context.err == REDIS_ERR_IO && (errno == ECONNRESET || errno == EPIPE);
+  if (context.err == REDIS_ERR_EOF || is_cut) return "the server closed the connection";
+  if (context.err == REDIS_ERR_OOM) return "the server says more than can be kept";
+  return printable(context.errstr);
+}
+
+void finish_connecting(Line &line) {
+  int error = 0;
+  socklen_t size = sizeof error;
+  getsockopt(line.context->fd, SOL_SOCKET, SO_ERROR, &error, &size);
+  if (error != 0) throw Lost{std::strerror(error)};
+  line.connected = true;
+}
+
+}  // namespace
+
+Line open_line(const Source &source, const std::string &address) {
+  Line line;
+  line.context.reset(source.kind == Source::Kind::unix_socket
+                         ? redisConnectUnixNonBlock(source.place.c_str())
+                         : redisConnectNonBlock(address.c_str(), source.port));
+  if (line.context == nullptr) throw Lost{"there is no memory for a connection"};
+  if (line.context->err != 0) throw Lost{error_of(*line.context)};
+  static redisReplyObjectFunctions functions;
+  usual_functions = std::exchange(line.context->reader->fn, &functions);
+  functions = *usual_functions;
+  functions.createArray = make_list;
+  return line;
+}
+
+void say(Line &line, Moment now, Asked asked, const std::vector<std::string> &words) {
+  std::vector<const char *> texts;
+  std::vector<std::size_t> lengths;
+  for (const std::string &word : words) {
+    texts.push_back(word.data());
+    lengths.push_back(word.size());
+  }
+  if (redisAppendCommandArgv(line.context.get(), static_cast<int>(words.size()), texts.data(),
+                             lengths.data()) != REDIS_OK) {
+    throw Lost{error_of(*line.context)};
+  }
+  if (line.awaited.empty()) line.heard = now;
+  line.writing = true;
+  line.awaited.push_back(std::move(asked));
+}
+
+void log_in(const Source &source, Line &line, Moment now) {
+  if (source.user.empty() && source.password.empty()) return;
+  std::vector<std::string> words = {"AUTH"};
+  if (!source.user.empty()) words.push_back(source.user);
+  words.push_back(source.password);
+  say(line, now, {Ask::login, ""}, words);
+}
+
+Asked next_awaited(Line &line) {
+  if (line.awaited.empty()) throw Lost{garbled};
+  Asked asked = std::move(line.awaited.front());
+  line.awaited.pop_front();
+  return asked;
+}
+
+void refuse(const Asked &asked, const std::string &error) {
+  const auto begins = [&error](const char *word) { return error.starts_with(word); };
+  if (begins("LOADING")) throw Lost{"the server is loading its data"};
+  if (begins("NOAUTH")) throw Lost{"the server asks for a password", true};
+  if (begins("NOPERM")) throw Lost{printable(error), true};
+  // An answer to a login may repeat the password.
+  if (asked.what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
+    throw Lost{"the password is refused", true};
+  }
+  // A database that the server does not have will not come.
+  throw Lost{printable(error.substr(0, error.find(". "))), asked.what == Ask::select};
+}
+
+std::string_view text_of(const redisReply &reply) {
+  return reply.str != nullptr ? std::string_view(reply.str, reply.len) : std::string_view();
+}
+
+pollfd socket_of(const Line &line) {
+  const bool writing = line.writing || !line.connected;
+  return {line.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
+}
+
+void move(Line &line, Moment now, const std::function<void(const redisReply &)> &take) {
+  for (int i = 0; i < reads_at_once && line.context != nullptr; ++i) {
+    redisContext *context = line.context.get();
+    pollfd ready = socket_of(line);
+    if (poll(&ready, 1, 0) <= 0) return;
+    if (!line.connected) finish_connecting(line);
+    if ((ready.revents & ~POLLOUT) != 0) {
+      if (redisBufferRead(context) != REDIS_OK) throw Lost{error_of(*context)};
+      line.heard = now;
+    }
+    void *reply = nullptr;
+    do {
+      if (redisGetReplyFromReader(context, &reply) != REDIS_OK) throw Lost{error_of(*context)};
+      if (reply != nullptr) take(*Reply(static_cast<redisReply *>(reply)));
+    } while (reply != nullptr && line.context != nullptr);
+    int done = 1;
+    if (line.writing && redisBufferWrite(context, &done) != REDIS_OK) {
+      throw Lost{error_of(*context)};
+    }
+    line.writing = done == 0;
+  }
+}
+
+void look_after(Line &line, Moment now) {
+  if (line.context == nullptr) return;
+  const auto quiet = now - line.heard;
+  if (!line.awaited.empty() && quiet >= redis_patience) {
+    throw Lost{"no answer for " + std::to_string(redis_patience.count()) + " s"};
+  }
+  if (line.awaited.empty() && quiet >= beat) say(line, now, {Ask::sign_of_life, ""}, {"PING"});
+}
+
+Moment due(const Line &line) {
+  return line.heard + (line.awaited.empty() ? beat : redis_patience);
+}
+
+}  // namespace lab

@@ -1,0 +1,72 @@
+// A connection to a redis-server: words are said and answers come in their order, and nothing waits.
+#pragma once
+
+#include <hiredis/hiredis.h>
+#include <poll.h>
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "read/held.h"
+#include "read/source.h"
+
+namespace lab {
+
+// How long a server may say nothing when it is asked something.
+inline constexpr std::chrono::seconds redis_patience{5};
+
+struct FreeContext {
+  void operator()(redisContext *context) const { redisFree(context); }
+};
+
+// What an answer is the answer to.
+enum class Ask { login, select, subscribe, config, scan, row, changed_row, sign_of_life, fence };
+
+struct Asked {
+  Ask what;
+  std::string row;
+};
+
+struct Line {
+  std::unique_ptr<redisContext, FreeContext> context;
+  bool connected = false;
+  bool writing = false;  // not all of what is said has left
+  std::deque<Asked> awaited;
+  Moment heard;  // when it last said something, or was asked something after a pause
+};
+
+// Why a source is lost; thrown by all that follows.
+struct Lost {
+  std::string reason;
+  bool refused = false;  // it is of no use to try again
+};
+
+inline constexpr const char *garbled = "the server does not speak as it should";
+
+// Begin to connect, to the address where the source is a host.
+Line open_line(const Source &source, const std::string &address);
+
+void say(Line &line, Moment now, Asked asked, const std::vector<std::string> &words);
+void log_in(const Source &source, Line &line, Moment now);
+
+// What the next answer is the answer to.
+Asked next_awaited(Line &line);
+
+// The source is lost for an error that the server answered.
+[[noreturn]] void refuse(const Asked &asked, const std::string &error);
+
+std::string_view text_of(const redisReply &reply);
+
+// Read and write what can be without waiting. `take` may drop the line.
+void move(Line &line, Moment now, const std::function<void(const redisReply &)> &take);
+
+// Does it live? Call it after every move, and when it is due.
+void look_after(Line &line, Moment now);
+Moment due(const Line &line);
+pollfd socket_of(const Line &line);
+
+}  // namespace lab
