@@ -219,6 +219,30 @@ TEST_F(Lab, OutputThatCannotBeWrittenIsAFailure) {
   }
 }
 
+TEST_F(Lab, NoNumberIsNoTime) {
+  EXPECT_EQ(lab("watch --interval nan a b").out,
+            "mcec-lab: --interval: Value nan is no number\nSee mcec-lab watch --help.\n");
+}
+
+TEST_F(Lab, WritesAStateFileThatItReads) {
+  write(
+      "ports:\n"
+      "- {ports: 0x1000-0x1001, member: 10, parameters: {ifi-port-guard: root}}\n"
+      "- {ports: 0x1001, parameters: {ifi-port-guard: none}}\n");
+  const Outcome written = lab("capture " + file);
+  EXPECT_EQ(written.out,
+            "# What a switch is set to: a lab state file, which mcec-lab reads.\n"
+            "trunk: true\nuser-vlans: none\nchannels:\n"
+            "  - {channel: \"channel 10\", id: 10, vlans: none}\n"
+            "ports:\n"
+            "  - ports: 0x1000\n    channel: \"channel 10\"\n"
+            "    parameters: {ifi-port-guard: root}\n"
+            "  - ports: 0x1001\n    channel: \"channel 10\"\n"
+            "    parameters: {ifi-port-guard: none}\n");
+  write(written.out);
+  EXPECT_EQ(lab("capture " + file).out, written.out);
+}
+
 TEST_F(Lab, BrokenExpectationsAreTold) {
   const Outcome outcome = run(std::string(region) +
                                   "- check: switch\n"

@@ -56,7 +56,8 @@ std::string in_folder(const std::string &source, const std::string &folder) {
 
 std::vector<PairLine> read_pairs(const std::string &path, Mistakes &mistakes) {
   std::vector<PairLine> pairs;
-  std::istringstream lines(file_text(path, mistakes));
+  const std::string text = file_text(path, mistakes);
+  std::istringstream lines(std::string(without_byte_order_mark(text)));
   const std::string folder = path.substr(0, path.rfind('/') + 1);
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {

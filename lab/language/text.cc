@@ -51,6 +51,12 @@ std::size_t distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+std::string_view without_byte_order_mark(std::string_view text) {
+  constexpr std::string_view mark = "\xEF\xBB\xBF";
+  if (text.starts_with(mark)) text.remove_prefix(mark.size());
+  return text;
+}
+
 std::string key_of(std::string_view name) {
   std::string key(name);
   for (char &c : key) {

@@ -27,6 +27,9 @@ std::string port_text(uint32_t if_index);
 
 // --- text from outside ---
 
+// A file's text without the mark that some editors put before it.
+std::string_view without_byte_order_mark(std::string_view text);
+
 // Text that any terminal and any JSON reader takes: what is no UTF-8, controls what is shown, or
 // turns the direction of writing is escaped.
 std::string printable(std::string_view text);

@@ -84,7 +84,7 @@ std::array<DocumentPlace, 2> documents_of(const std::string &text) {
 Mistake no_yaml(const std::string &text, const YAML::Exception &problem, const std::string &what) {
   const YAML::Mark &mark = problem.mark;
   Mistake mistake{std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "",
-                  "no YAML here: " + problem.msg, what + " in YAML"};
+                  "no YAML here: " + printable(problem.msg), what + " in YAML"};
   std::istringstream lines(text);
   std::string line;
   for (int number = 1; std::getline(lines, line) && number <= mistake.line; ++number) {

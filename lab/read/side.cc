@@ -9,8 +9,7 @@ namespace lab {
 namespace {
 
 bool looks_like_a_dump(std::string_view text) {
-  constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-  if (text.starts_with(byte_order_mark)) text.remove_prefix(byte_order_mark.size());
+  text = without_byte_order_mark(text);
   const std::size_t first = text.find_first_not_of(" \t\r\n");
   return first != text.npos && (text[first] == '{' || text[first] == '[');
 }

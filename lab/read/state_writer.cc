@@ -43,9 +43,13 @@ Pairs parameters_text(const std::vector<Entry> &entries) {
 std::string port_lines(const Settings &settings, const Port &port) {
   static const Port usual;
   Pairs pairs;
-  if (!port.name.empty()) pairs.emplace_back("port", name_text(port.name));
-  if (port.channel == 0 || port.index != first_channel_index + port.channel) {
-    pairs.emplace_back("index", port_text(port.index));
+  if (port.name.empty()) {
+    pairs.emplace_back("ports", port_text(port.index));
+  } else {
+    pairs.emplace_back("port", name_text(port.name));
+    if (port.channel == 0 || port.index != first_channel_index + port.channel) {
+      pairs.emplace_back("index", port_text(port.index));
+    }
   }
   if (port.channel != 0) {
     const auto channel = std::find_if(settings.channels.begin(), settings.channels.end(),

@@ -163,6 +163,12 @@ World read_world(Reader &reader, const YAML::Node &node, bool with_parameters) {
 
 // --- what was read, applied to a switch ---
 
+// What is said last counts.
+void put_entry(std::vector<Entry> &entries, const Entry &entry) {
+  std::erase_if(entries, [&](const Entry &before) { return before.type == entry.type; });
+  entries.push_back(entry);
+}
+
 // The id of a channel, which is made where there is none.
 uint32_t channel_id(Settings &settings, const ChannelRef &ref) {
   if (ref.name.empty()) return 0;
@@ -241,9 +247,8 @@ std::vector<uint32_t> apply(const PortGroup &group, Settings &settings) {
       if (group.pod) port.pod = *group.pod;
       if (group.type) port.type = *group.type;
       if (group.layer_mode) port.layer_mode = *group.layer_mode;
-      port.parameters.insert(port.parameters.end(), group.parameters.begin(),
-                             group.parameters.end());
-      port.uncovered.insert(group.uncovered.begin(), group.uncovered.end());
+      for (const Entry &entry : group.parameters) put_entry(port.parameters, entry);
+      for (const auto &[field, value] : group.uncovered) port.uncovered[field] = value;
     }
   }
   return indexes;
@@ -303,9 +308,8 @@ void read_settings(Reader &reader, const YAML::Node &node, Settings &settings) {
   check_collisions(reader, node, settings, world);
   change_by(world, settings);
   if (!node["parameters"]) return;
-  for (Entry &entry : read_parameters(reader, node["parameters"], "parameters", true)) {
-    std::erase_if(settings.parameters, [&](const Entry &e) { return e.type == entry.type; });
-    settings.parameters.push_back(std::move(entry));
+  for (const Entry &entry : read_parameters(reader, node["parameters"], "parameters", true)) {
+    put_entry(settings.parameters, entry);
   }
 }
 

@@ -55,13 +55,18 @@ void read_root(StepReader &reader, const YAML::Node &root, Scenario &scenario) {
 
 ReadScenario read_scenario(const std::string &path) {
   ReadScenario read;
+  const std::string text = file_text(path, read.mistakes);
+  if (read.mistakes.empty()) return read_scenario_text(path, text);
+  read.scenario.path = printable(path);
+  return read;
+}
+
+ReadScenario read_scenario_text(const std::string &path, const std::string &text) {
+  ReadScenario read;
   read.scenario.path = printable(path);
   StepReader reader;
-  const std::string text = file_text(path, reader.mistakes);
-  if (reader.mistakes.empty()) {
-    read_yaml(text, "a scenario", reader,
-              [&](const YAML::Node &root) { read_root(reader, root, read.scenario); });
-  }
+  read_yaml(text, "a scenario", reader,
+            [&](const YAML::Node &root) { read_root(reader, root, read.scenario); });
   read.mistakes = std::move(reader.mistakes);
   sort_mistakes(read.mistakes);
   return read;

@@ -60,6 +60,9 @@ struct ReadScenario {
 // The scenario in a file; "-" is standard input.
 ReadScenario read_scenario(const std::string &path);
 
+// The scenario of a text. Files that it names are looked for beside its path.
+ReadScenario read_scenario_text(const std::string &path, const std::string &text);
+
 // Can what-if be asked about a step?
 bool changes_settings(const Step &step);
 
