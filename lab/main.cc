@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <clocale>
+#include <cstdio>
+#include <system_error>
 
 #include "commands/line.h"
 #include "language/text.h"
@@ -19,8 +21,9 @@ Status parse_and_do(int argc, char **argv) {
   const Line line = parse_line(argc, argv);
   if (line.action != nullptr) return line.action(line.arguments);
   fmt::print("{}", line.help);
+  if (line.mistake.empty()) return agreed;
   complain(line.mistake);
-  return line.mistake.empty() ? agreed : wrong;
+  return wrong;
 }
 
 // What is opened must not come to stand where a closed standard file was; what is written to one
@@ -39,16 +42,19 @@ int main(int argc, char **argv) {
   stop_on_signals();
   standin_reset();
   Status status = wrong;
+  std::string why;  // the output cannot be written
   try {
     status = parse_and_do(argc, argv);
   } catch (const Interrupted &) {
     complain("mcec-lab: interrupted");
   } catch (const std::bad_alloc &) {
     complain("mcec-lab: there is not enough memory");
+  } catch (const std::system_error &problem) {
+    if (std::ferror(stdout) != 0) why = problem.code().message();
+    if (why.empty()) complain("mcec-lab: " + printable(problem.what()));
   } catch (const std::exception &problem) {
     complain("mcec-lab: " + printable(problem.what()));
   }
-  std::string why;  // what the arguments' own help prints goes the same way
   if (all_written(why)) return status;
   complain("mcec-lab: the output cannot be written: " + why);
   return wrong;

@@ -62,11 +62,7 @@ TEST(Capture, TellsEveryMistakeWithItsPlace) {
       {"{\"a\": \"\xff\"}",
        "line 1, column 8" + no_json + "invalid string: ill-formed UTF-8 byte" + a_dump},
       {std::string("{}\0", 3), "line 1, column 3" + no_json + "a NUL byte" + a_dump},
-      {"{\"a\": 1e999, \"b\": 01e999}",
-       "line 1, column 24" + no_json + "unexpected number literal" + a_dump},
-      {R"({"a": 1e999, "STP": -1.5E+400, "1e999": ["\"", 1e999], "VLAN": {"Vlan1": 1e999}})",
-       "STP: found a number; expected a table, an object of rows\n"
-       "VLAN|Vlan1: found a number; expected a row, an object of fields\n"},
+      {"{\"a\": 1e999}", "line 1, column 11" + no_json + "a number that is too great" + a_dump},
       {"[{}]", std::string(": found a list") + a_dump},
       {R"({"PORT": {}})",
        ": found none of the tables that are read; expected DEVICE_METADATA, MCLAG_DOMAIN, "

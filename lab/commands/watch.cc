@@ -21,7 +21,11 @@ Status watch_sides(const Arguments &arguments) {
   std::array<Source, 2> sources;
   Json mistakes = Json::array();
   for (std::size_t i = 0; i < sources.size(); ++i) {
-    ParsedSource parsed = parse_source(i == 0 ? arguments.left : arguments.right, i);
+    const std::string &text = i == 0 ? arguments.left : arguments.right;
+    ParsedSource parsed = parse_source(text, i);
+    if (text == "-") {
+      parsed.mistakes.push_back({0, 0, "", "can be read once only", "a database, or a file"});
+    }
     complain_of(parsed.source.shown, parsed.mistakes);
     for (Json &mistake : told_mistakes(parsed.source.shown, parsed.mistakes)) {
       mistakes.push_back(std::move(mistake));

@@ -1,9 +1,6 @@
 // Reads dumps as they come, piece by piece: no depth of nesting and no size of what is passed over
 // costs more than the reading itself.
 #include <algorithm>
-#include <cctype>
-#include <cmath>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -32,45 +29,11 @@ std::string place_at(std::string_view json, std::size_t at) {
          std::to_string(1 + std::count_if(line.begin(), line.end(), starts_character));
 }
 
-// A number of JSON that no double holds.
-bool is_too_great(const std::string &token) {
-  const std::size_t first = token[0] == '-' ? 1 : 0;
-  const std::size_t point = token.find('.');
-  const auto digit_at = [&](std::size_t at) {
-    return at < token.size() && std::isdigit(static_cast<unsigned char>(token[at])) != 0;
-  };
-  char *end = nullptr;
-  return std::isinf(std::strtod(token.c_str(), &end)) && *end == '\0' && digit_at(first) &&
-         !(token[first] == '0' && digit_at(first + 1)) &&
-         (point == token.npos || digit_at(point + 1));
-}
-
-// The parser ends at a number that is too great, and what stands behind it would not be read. Here
-// such numbers are 0, and everything stays in its place.
-std::string without_great_numbers(std::string_view json) {
-  constexpr std::string_view of_numbers = "+-.0123456789Ee";
-  std::string out(json);
-  bool in_text = false;
-  for (std::size_t at = 0; at < out.size(); ++at) {
-    if (out[at] == '"') in_text = !in_text;
-    if (in_text && out[at] == '\\') ++at;
-    if (in_text || of_numbers.find(out[at]) == of_numbers.npos) continue;
-    const std::size_t end = std::min(out.find_first_not_of(of_numbers, at), out.size());
-    const std::string token = out.substr(at, end - at);
-    if (is_too_great(token)) {
-      out.replace(at, token.size(), "0" + std::string(token.size() - 1, ' '));
-    }
-    at = end - 1;
-  }
-  return out;
-}
-
 // The parser calls a function for each piece of the dump; one that returns false ends the reading.
 struct DumpReader {
   std::string_view json;
   Rows rows;
   Mistakes mistakes;
-  bool met_great_number = false;
 
   int depth = WHOLE;
   int passed = 0;  // the depth of a value that is passed over, with all that is in it; 0: of none
@@ -200,9 +163,8 @@ struct DumpReader {
     // "[...] parse error at line 1, column 6: syntax error while ... - invalid literal; last read: ..."
     const std::string_view whole = problem.what();
     const std::size_t dash = whole.find(" - ");
-    met_great_number = dash == whole.npos;
     const std::string_view text =
-        met_great_number ? "a number that is too great" : whole.substr(dash + 3);
+        dash == whole.npos ? "a number that is too great" : whole.substr(dash + 3);
     no_json(std::min(position - std::min<std::size_t>(position, 1), json.size()),
             printable(text.substr(0, text.find(';'))));
     return false;
@@ -214,16 +176,11 @@ struct DumpReader {
 ReadRows read_dump(std::string_view json) {
   DumpReader reader;
   reader.json = json;
-  bool is_read = Parser::sax_parse(json.begin(), json.end(), &reader);
-  if (reader.met_great_number) {
-    const std::string read_again = without_great_numbers(json);
-    reader = DumpReader();
-    reader.json = json;
-    is_read = Parser::sax_parse(read_again.begin(), read_again.end(), &reader);
-  }
-  // The parser takes a NUL for the end.
-  if (const std::size_t nul = json.find('\0'); is_read && nul != json.npos) {
-    reader.no_json(nul, "a NUL byte");
+  if (Parser::sax_parse(json.begin(), json.end(), &reader)) {
+    // The parser takes a NUL for the end.
+    if (const std::size_t nul = json.find('\0'); nul != json.npos) {
+      reader.no_json(nul, "a NUL byte");
+    }
   }
   return {std::move(reader.rows), std::move(reader.mistakes)};
 }

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "language/text.h"
-#include "read/redis_line.h"
+#include "read/connection.h"
 #include "read/resolver.h"
 #include "read/wait.h"
 
@@ -48,8 +48,8 @@ struct Database {
   std::vector<std::string> addresses;  // that have not been tried yet
   std::unique_ptr<Resolver> resolver;
   Moment resolving_since;
-  Line rows;
-  Line changes;         // without a context: the server lets nobody subscribe
+  Connection rows;
+  Connection changes;   // without a context: the server lets nobody subscribe
   bool silent = false;  // the server does not say whether it notifies
 
   std::optional<Reading> reading;
@@ -69,21 +69,21 @@ struct Database {
 
 namespace {
 
-// --- the lines ---
+// --- the connections ---
 
 std::string channel_of(const Database &database, const std::string &row) {
   return "__keyspace@" + std::to_string(database.source.database) + "__:" + row;
 }
 
-void open_lines(Database &database, Moment now) {
+void open_connections(Database &database, Moment now) {
   const Source &source = database.source;
   std::string address;
   if (source.kind == Source::Kind::tcp) {
     address = database.addresses.front();
     database.addresses.erase(database.addresses.begin());
   }
-  database.rows = open_line(source, address);
-  database.changes = open_line(source, address);
+  database.rows = connect_to(source, address);
+  database.changes = connect_to(source, address);
   log_in(source, database.rows, now);
   say(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(source.database)});
   log_in(source, database.changes, now);
@@ -118,10 +118,10 @@ void open(Database &database, Moment now) {
   }
 }
 
-void close_lines(Database &database) {
+void close_connections(Database &database) {
   database.resolver.reset();
-  database.rows = Line{};
-  database.changes = Line{};
+  database.rows = Connection{};
+  database.changes = Connection{};
   database.reading.reset();
   database.silent = false;
   database.read_once = false;
@@ -274,7 +274,7 @@ void take_notice(Database &database, const redisReply &reply, Moment now) {
   if (reply.type != REDIS_REPLY_ERROR) return;
   const std::string error(text_of(reply));
   if (asked.what != Ask::subscribe || !error.starts_with("NOPERM")) refuse(asked, error);
-  database.changes = Line{};
+  database.changes = Connection{};
 }
 
 // --- a step ---
@@ -325,7 +325,7 @@ void work(Database &database, Moment now) {
   }
   if (database.resolver != nullptr) hear_resolver(database, now);
   if (database.resolver != nullptr) return;
-  if (database.rows.context == nullptr) open_lines(database, now);
+  if (database.rows.context == nullptr) open_connections(database, now);
   move(database.rows, now, [&](const redisReply &reply) { take_answer(database, reply, now); });
   move(database.changes, now, [&](const redisReply &reply) { take_notice(database, reply, now); });
 
@@ -355,7 +355,7 @@ void work(Database &database, Moment now) {
 
 void close_after(Database &database, const Lost &lost, Moment now) {
   const bool elsewhere = !database.rows.connected && !database.addresses.empty();
-  close_lines(database);
+  close_connections(database);
   if (elsewhere) return;  // at the host's next address
   database.away = true;
   database.pause = std::clamp<Clock::duration>(database.pause * 2, first_pause, longest_pause);
@@ -395,16 +395,16 @@ Moment due(const Database &database) {
   if (database.resolver != nullptr) return database.resolving_since + redis_patience;
   if (database.rows.context == nullptr) return Moment{};
   Moment first = database.read_once && !database.reading ? database.read_next : Moment::max();
-  for (const Line *line : {&database.rows, &database.changes}) {
-    if (line->context != nullptr) first = std::min(first, due(*line));
+  for (const Connection *connection : {&database.rows, &database.changes}) {
+    if (connection->context != nullptr) first = std::min(first, due(*connection));
   }
   return first;
 }
 
 void add_sockets(const Database &database, std::vector<pollfd> &sockets) {
   if (database.resolver != nullptr) sockets.push_back({database.resolver->pipe, POLLIN, 0});
-  for (const Line *line : {&database.rows, &database.changes}) {
-    if (line->context != nullptr) sockets.push_back(socket_of(*line));
+  for (const Connection *connection : {&database.rows, &database.changes}) {
+    if (connection->context != nullptr) sockets.push_back(socket_of(*connection));
   }
 }
 

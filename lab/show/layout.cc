@@ -284,7 +284,7 @@ bool all_written(std::string &why) {
   errno = 0;
   const bool flushed = std::fflush(stdout) == 0;
   if (flushed && std::ferror(stdout) == 0) return true;
-  why = errno != 0 ? std::strerror(errno) : "it failed before";
+  if (why.empty()) why = errno != 0 ? std::strerror(errno) : "it failed before";
   return false;
 }
 

@@ -31,7 +31,7 @@ struct Asked {
   std::string row;
 };
 
-struct Line {
+struct Connection {
   std::unique_ptr<redisContext, FreeContext> context;
   bool connected = false;
   bool writing = false;  // not all of what is said has left
@@ -48,25 +48,25 @@ struct Lost {
 inline constexpr const char *garbled = "the server does not speak as it should";
 
 // Begin to connect, to the address where the source is a host.
-Line open_line(const Source &source, const std::string &address);
+Connection connect_to(const Source &source, const std::string &address);
 
-void say(Line &line, Moment now, Asked asked, const std::vector<std::string> &words);
-void log_in(const Source &source, Line &line, Moment now);
+void say(Connection &connection, Moment now, Asked asked, const std::vector<std::string> &words);
+void log_in(const Source &source, Connection &connection, Moment now);
 
 // What the next answer is the answer to.
-Asked next_awaited(Line &line);
+Asked next_awaited(Connection &connection);
 
 // The source is lost for an error that the server answered.
 [[noreturn]] void refuse(const Asked &asked, const std::string &error);
 
 std::string_view text_of(const redisReply &reply);
 
-// Read and write what can be without waiting. `take` may drop the line.
-void move(Line &line, Moment now, const std::function<void(const redisReply &)> &take);
+// Read and write what can be without waiting. `take` may drop the connection.
+void move(Connection &connection, Moment now, const std::function<void(const redisReply &)> &take);
 
 // Does it live? Call it after every move, and when it is due.
-void look_after(Line &line, Moment now);
-Moment due(const Line &line);
-pollfd socket_of(const Line &line);
+void look_after(Connection &connection, Moment now);
+Moment due(const Connection &connection);
+pollfd socket_of(const Connection &connection);
 
 }  // namespace lab

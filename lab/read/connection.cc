@@ -1,4 +1,4 @@
-#include "read/redis_line.h"
+#include "read/connection.h"
 
 #include <sys/socket.h>
 
@@ -42,58 +42,58 @@ std::string error_of(const redisContext &context) {
   return printable(context.errstr);
 }
 
-void finish_connecting(Line &line) {
+void finish_connecting(Connection &connection) {
   int error = 0;
   socklen_t size = sizeof error;
-  getsockopt(line.context->fd, SOL_SOCKET, SO_ERROR, &error, &size);
+  getsockopt(connection.context->fd, SOL_SOCKET, SO_ERROR, &error, &size);
   if (error != 0) throw Lost{std::strerror(error)};
-  line.connected = true;
+  connection.connected = true;
 }
 
 }  // namespace
 
-Line open_line(const Source &source, const std::string &address) {
-  Line line;
-  line.context.reset(source.kind == Source::Kind::unix_socket
-                         ? redisConnectUnixNonBlock(source.place.c_str())
-                         : redisConnectNonBlock(address.c_str(), source.port));
-  if (line.context == nullptr) throw Lost{"there is no memory for a connection"};
-  if (line.context->err != 0) throw Lost{error_of(*line.context)};
+Connection connect_to(const Source &source, const std::string &address) {
+  Connection connection;
+  connection.context.reset(source.kind == Source::Kind::unix_socket
+                               ? redisConnectUnixNonBlock(source.place.c_str())
+                               : redisConnectNonBlock(address.c_str(), source.port));
+  if (connection.context == nullptr) throw Lost{"there is no memory for a connection"};
+  if (connection.context->err != 0) throw Lost{error_of(*connection.context)};
   static redisReplyObjectFunctions functions;
-  usual_functions = std::exchange(line.context->reader->fn, &functions);
+  usual_functions = std::exchange(connection.context->reader->fn, &functions);
   functions = *usual_functions;
   functions.createArray = make_list;
-  return line;
+  return connection;
 }
 
-void say(Line &line, Moment now, Asked asked, const std::vector<std::string> &words) {
+void say(Connection &connection, Moment now, Asked asked, const std::vector<std::string> &words) {
   std::vector<const char *> texts;
   std::vector<std::size_t> lengths;
   for (const std::string &word : words) {
     texts.push_back(word.data());
     lengths.push_back(word.size());
   }
-  if (redisAppendCommandArgv(line.context.get(), static_cast<int>(words.size()), texts.data(),
+  if (redisAppendCommandArgv(connection.context.get(), static_cast<int>(words.size()), texts.data(),
                              lengths.data()) != REDIS_OK) {
-    throw Lost{error_of(*line.context)};
+    throw Lost{error_of(*connection.context)};
   }
-  if (line.awaited.empty()) line.heard = now;
-  line.writing = true;
-  line.awaited.push_back(std::move(asked));
+  if (connection.awaited.empty()) connection.heard = now;
+  connection.writing = true;
+  connection.awaited.push_back(std::move(asked));
 }
 
-void log_in(const Source &source, Line &line, Moment now) {
+void log_in(const Source &source, Connection &connection, Moment now) {
   if (source.user.empty() && source.password.empty()) return;
   std::vector<std::string> words = {"AUTH"};
   if (!source.user.empty()) words.push_back(source.user);
   words.push_back(source.password);
-  say(line, now, {Ask::login, ""}, words);
+  say(connection, now, {Ask::login, ""}, words);
 }
 
-Asked next_awaited(Line &line) {
-  if (line.awaited.empty()) throw Lost{garbled};
-  Asked asked = std::move(line.awaited.front());
-  line.awaited.pop_front();
+Asked next_awaited(Connection &connection) {
+  if (connection.awaited.empty()) throw Lost{garbled};
+  Asked asked = std::move(connection.awaited.front());
+  connection.awaited.pop_front();
   return asked;
 }
 
@@ -114,45 +114,46 @@ std::string_view text_of(const redisReply &reply) {
   return reply.str != nullptr ? std::string_view(reply.str, reply.len) : std::string_view();
 }
 
-pollfd socket_of(const Line &line) {
-  const bool writing = line.writing || !line.connected;
-  return {line.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
+pollfd socket_of(const Connection &connection) {
+  const bool writing = connection.writing || !connection.connected;
+  return {connection.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
 }
 
-void move(Line &line, Moment now, const std::function<void(const redisReply &)> &take) {
-  for (int i = 0; i < reads_at_once && line.context != nullptr; ++i) {
-    redisContext *context = line.context.get();
-    pollfd ready = socket_of(line);
+void move(Connection &connection, Moment now, const std::function<void(const redisReply &)> &take) {
+  for (int i = 0; i < reads_at_once && connection.context != nullptr; ++i) {
+    redisContext *context = connection.context.get();
+    pollfd ready = socket_of(connection);
     if (poll(&ready, 1, 0) <= 0) return;
-    if (!line.connected) finish_connecting(line);
+    if (!connection.connected) finish_connecting(connection);
     if ((ready.revents & ~POLLOUT) != 0) {
       if (redisBufferRead(context) != REDIS_OK) throw Lost{error_of(*context)};
-      line.heard = now;
+      connection.heard = now;
     }
     void *reply = nullptr;
     do {
       if (redisGetReplyFromReader(context, &reply) != REDIS_OK) throw Lost{error_of(*context)};
       if (reply != nullptr) take(*Reply(static_cast<redisReply *>(reply)));
-    } while (reply != nullptr && line.context != nullptr);
+    } while (reply != nullptr && connection.context != nullptr);
     int done = 1;
-    if (line.writing && redisBufferWrite(context, &done) != REDIS_OK) {
+    if (connection.writing && redisBufferWrite(context, &done) != REDIS_OK) {
       throw Lost{error_of(*context)};
     }
-    line.writing = done == 0;
+    connection.writing = done == 0;
   }
 }
 
-void look_after(Line &line, Moment now) {
-  if (line.context == nullptr) return;
-  const auto quiet = now - line.heard;
-  if (!line.awaited.empty() && quiet >= redis_patience) {
+void look_after(Connection &connection, Moment now) {
+  if (connection.context == nullptr) return;
+  const auto quiet = now - connection.heard;
+  if (!connection.awaited.empty() && quiet >= redis_patience) {
     throw Lost{"no answer for " + std::to_string(redis_patience.count()) + " s"};
   }
-  if (line.awaited.empty() && quiet >= beat) say(line, now, {Ask::sign_of_life, ""}, {"PING"});
+  if (connection.awaited.empty() && quiet >= beat)
+    say(connection, now, {Ask::sign_of_life, ""}, {"PING"});
 }
 
-Moment due(const Line &line) {
-  return line.heard + (line.awaited.empty() ? beat : redis_patience);
+Moment due(const Connection &connection) {
+  return connection.heard + (connection.awaited.empty() ? beat : redis_patience);
 }
 
 }  // namespace lab
