@@ -33,9 +33,9 @@ uint32_t sdwrap_hist_init_for_uuid(uint32_t service_id, uint32_t size);
 /*
  * Append one record. The library passes SDWRAP_HIST_LINE_EVENT, a and b 0, and an
  * sdwrap_hist_line_t; length counts its bytes up to the NUL of the line, at most 516. The line
- * mostly ends in a line feed; one without is continued by the next. The record is copied or written
- * before the call returns. It is called also when the initialisation failed. The result is not
- * looked at.
+ * mostly ends in a line feed; one without was cut, or is continued by the next. The record is
+ * copied or written before the call returns. It is called also when the initialisation failed. The
+ * result is not looked at.
  */
 uint32_t sdwrap_his_log_event_for_uuid_inst(uint32_t service_id, uint32_t event, uint32_t a,
                                             uint32_t b, uint32_t length, const void *record);

@@ -15,7 +15,8 @@
  *     no length in it: an entry that does not lie within the array is an error, not a value.
  *
  * flag is TLV_ALIGNED_FLAG. Result codes are the platform's own, not 0 on failure; the library
- * prints them with syserr2str and hands them on.
+ * prints them with syserr2str and hands them on. Choose codes that are none of the library's own
+ * (types.h), so that a caller can tell them apart.
  */
 #ifndef DRAIMIOFAF_PLATFORM_TLV_H
 #define DRAIMIOFAF_PLATFORM_TLV_H

@@ -30,7 +30,8 @@
  * Arguments of all checks:
  *
  *   caller_data        not read
- *   check_stp_endis    1: compare the VLANs with spanning tree disabled; else leave them out
+ *   check_stp_endis    1: compare the VLANs with spanning tree disabled; else leave them
+ *                      out, and the three that follow may be NULL
  *   compat_vlans       bmp4096_t, read only: the twin VLANs; its size word is not read
  *   pass_vlans,        bmp4096_t, size in host byte order: the twin VLANs that agree and those that
  *   fail_vlans         do not. Written, on success and on failure, only when the values of

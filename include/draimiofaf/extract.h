@@ -5,7 +5,7 @@
  * msg: a message of the platform. handle: a command request, built from such a message. Both stay
  * the caller's.
  *
- * The four out-arguments of every extraction; set *tlv_array and *extract_info to NULL before:
+ * The four out-arguments of every extraction; set the pointers to NULL and the numbers to 0 before:
  *
  *   tlv_array         the new values, a TLV array in network byte order; of a command, each
  *                     parameter once

@@ -29,8 +29,9 @@ STP_MCEC_API void stp_hton_vlan_range_state_change_mts_msg(void *dst, const void
 /* The same from network order at src to host order at dst. */
 STP_MCEC_API void stp_ntoh_vlan_range_state_change_mts_msg(void *dst, const void *src);
 
-/* 1 when the interface is of a type that spanning tree runs on, else 0. Asks the interface index
- * alone, so that it can be used while the interface manager is away. */
+/* 1 when the interface is of a type that spanning tree runs on (22, 26, 28, 29, 31 or 37 of the
+ * platform's if_index_get_type), else 0. Asks the interface index alone, so that it can be used
+ * while the interface manager is away. */
 STP_MCEC_API uint32_t stp_valid_if_index_offline(uint32_t if_index);
 
 /* 1 when, besides, the interface manager reports the layer mode STP_MCEC_IF_LAYER_MODE_ACCEPTED for
