@@ -1,0 +1,155 @@
+// Configuration commands as strange command lines and broken processes send them, and messages of
+// the spanning-tree process.
+
+#include <iterator>
+
+#include "draimiofaf/extract_port.h"
+#include "draimiofaf/stp.h"
+#include "library.h"
+
+namespace {
+
+#define IDENTIFIER(name, id, extractor, gate) STP_MCEC_CMD_##name,
+constexpr uint32_t commands[] = {STP_MCEC_COMMANDS(IDENTIFIER) 62};
+
+constexpr uint32_t attributes[] = {STP_MCEC_ATTR_STP_MODE,
+                                   STP_MCEC_ATTR_VLAN_LIST,
+                                   STP_MCEC_ATTR_IFINDEX,
+                                   STP_MCEC_ATTR_IF_PORT_MODE,
+                                   STP_MCEC_ATTR_IF_PORT_MODE_2,
+                                   STP_MCEC_ATTR_IF_PORT_TYPE,
+                                   STP_MCEC_ATTR_IF_PORT_TYPE_2,
+                                   STP_MCEC_ATTR_IF_GUARD,
+                                   STP_MCEC_ATTR_IF_GUARD_2,
+                                   STP_MCEC_ATTR_IF_MST_SIMULATE_PVST,
+                                   STP_MCEC_ATTR_IF_MST_SIMULATE_PVST_2};
+
+// Of a table, or any other word.
+template <std::size_t count>
+uint32_t one_of(const uint32_t (&table)[count], Input &input) {
+  const uint8_t choice = input.byte();
+  return choice < 0xF0 ? table[choice % count] : input.word();
+}
+
+void put_word(Bytes &bytes, uint32_t word) {
+  const auto *at = reinterpret_cast<const uint8_t *>(&word);
+  bytes.insert(bytes.end(), at, at + sizeof word);
+}
+
+// A list of ranges of VLANs or ports, whose number may be a lie.
+Bytes list(Input &input, uint32_t header_words) {
+  const uint8_t kind = input.byte();
+  const uint32_t ranges = kind % 8;
+  const uint32_t base = header_words == 4 ? first_port : 0;
+  Bytes made;
+  put_word(made, 0);
+  put_word(made, kind < 0xC0 ? ranges : input.word());
+  for (uint32_t i = 2; i < header_words; ++i) put_word(made, 0);
+  for (uint32_t i = 0; i < ranges; ++i) {
+    const uint32_t first = base + (input.byte() < 0xF0 ? input.byte() : input.word());
+    put_word(made, first);
+    put_word(made, first + (input.byte() < 0xF0 ? input.byte() % 8 : input.word()));
+  }
+  if (kind % 16 == 15) made.resize(made.size() - made.size() * input.byte() / 256);
+  return made;
+}
+
+Bytes value_of(uint32_t attribute, Input &input) {
+  const uint8_t kind = input.byte();
+  if (kind >= 0xE0) return input.bytes(input.byte());
+  if (attribute == STP_MCEC_ATTR_VLAN_LIST) return list(input, 2);
+  if (attribute == STP_MCEC_ATTR_IFINDEX) return list(input, 4);
+  Bytes word;
+  put_word(word, kind < 0xC0 ? kind % 8 : input.word());
+  return word;
+}
+
+void command(Input &input) {
+  const uint32_t id = one_of(commands, input);
+  const uint32_t form = input.byte() % 2;
+  std::vector<Bytes> values;
+  std::vector<standin_attribute_t> given;
+  for (uint8_t left = input.byte() % 5; left > 0; --left) {
+    const uint32_t attribute = one_of(attributes, input);
+    values.push_back(value_of(attribute, input));
+    given.push_back({attribute, uint32_t(values.back().size()), values.back().data()});
+  }
+  extract(standin_command(id, form, given.data(), uint32_t(given.size())), true);
+}
+
+// A command that no command line made.
+void broken_command(Input &input) {
+  const uint32_t opcode = input.byte() % 4 > 0 ? STP_MCEC_MTS_OPC_CMD_REQ : input.word();
+  if (opcode == STP_MCEC_MTS_OPC_TYPE1_UPD) return;
+  const Bytes payload = input.bytes(input.byte());
+  void *const msg =
+      standin_message(opcode, input.byte() % 8 == 0 ? nullptr : payload.data(), payload.size());
+  Handed<uint8_t> array;
+  Handed<mcecm_app_cmd_extract_info_t> records;
+  uint32_t count = 0;
+  uint32_t is_cmd = 0;
+  const uint32_t result =
+      stp_mcec_type1_cfg_param_extractor(msg, &array.block, &count, &is_cmd, &records.block);
+  if (opcode != STP_MCEC_MTS_OPC_CMD_REQ) must(result != 0, "an unknown opcode is refused");
+  standin_message_free(msg);
+}
+
+// What the switch has besides, as others change it between two commands.
+void change(Input &input) {
+  const uint32_t port = first_port + input.byte() % port_count;
+  const uint8_t what = input.byte();
+  const uint32_t value = what / 8;
+  switch (what % 8) {
+    case 0:
+      return standin_set_member(port, value % 4);
+    case 1:
+      return standin_set_void_member(port, value % 4);
+    case 2:
+      return standin_set_pod_port(port, value % 2);
+    case 3:
+      return standin_set_internal(10 + value % 4, value % 2);
+    case 4:
+      return standin_set_trunk(value % 2);
+    case 5:
+      return standin_add_user_vlans(1, value * 32);
+    case 6:
+      return standin_clear_user_vlans();
+    default:
+      standin_handle_size(value == 0 ? 0 : value * 0x1000);
+  }
+}
+
+void spanning_tree_message(Input &input) {
+  constexpr std::size_t entry_count_at = 8;
+  constexpr std::size_t flag_at = 12;
+  const uint32_t entries = input.byte();
+  const uint8_t is_list = input.byte() % 2;
+  Bytes message = input.bytes(is_list != 0 ? 17 : 13 + 2 * entries);
+  std::memcpy(&message[entry_count_at], &entries, sizeof entries);
+  message[flag_at] = is_list;
+  Bytes sent(message.size());
+  sent[flag_at] = is_list;
+  stp_hton_vlan_range_state_change_mts_msg(sent.data(), message.data());
+  stp_ntoh_vlan_range_state_change_mts_msg(sent.data(), sent.data());
+  must(sent == message, "a message arrives as it was sent");
+
+  const uint32_t port = input.byte() < 0xF0 ? first_port + input.byte() % 8 : input.word();
+  must(stp_valid_if_index(port) <= stp_valid_if_index_offline(port),
+       "a valid interface is valid offline, too");
+}
+
+void one(Input &input) {
+  const uint8_t what = input.byte() % 8;
+  if (what == 0) return change(input);
+  if (what == 1) return broken_command(input);
+  if (what == 2) return spanning_tree_message(input);
+  command(input);
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+  Input input{data, size};
+  on_a_switch(input, one);
+  return 0;
+}

@@ -1,0 +1,62 @@
+// Command lines: they are something to do, help, or a mistake. Nothing is carried out, but what the
+// sources say is read.
+
+#include "commands/line.h"
+#include "read/source.h"
+#include "texts.h"
+
+namespace {
+
+using lab::Arguments;
+
+bool is_between(double value, double least, double most) {
+  return value >= least && value <= most;
+}
+
+void look_at_arguments(lab::Action action, const Arguments &is) {
+  must(action != lab::run_scenarios || !is.files.empty(), "a run has scenarios");
+  must(action != lab::ask_what_if || is_between(double(is.step), 1, 1e6), "what-if has a step");
+  must(is_between(is.interval, 0.05, 86400), "an interval is one that can be waited");
+  must(is.timeout == 0 || is_between(is.timeout, 0.001, 1e9), "a time can be waited for");
+  must(is.format.empty() || is.format == "dump" || is.format == "state", "a format is known");
+}
+
+void look_at_source(const std::string &text) {
+  const lab::ParsedSource parsed = lab::parse_source(text, 0);
+  const lab::Source &source = parsed.source;
+  look_at(parsed.mistakes, "");
+  must(lab::printable(source.shown) == source.shown, "a source can be shown");
+  must(source.password.empty() ||
+           source.shown.find(':' + source.password + '@') == std::string::npos,
+       "a password is not shown");
+  must(!parsed.mistakes.empty() || !source.place.empty() || text.empty(), "a source has a place");
+}
+
+}  // namespace
+
+// A word a line.
+int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+  std::vector<std::string> words = {"mcec-lab"};
+  std::string_view rest = text_of(data, size);
+  while (!rest.empty()) {
+    const std::string_view word = rest.substr(0, rest.find('\n'));
+    words.emplace_back(word.substr(0, word.find('\0')));
+    rest.remove_prefix(std::min(word.size() + 1, rest.size()));
+  }
+  std::vector<const char *> argv;
+  for (const std::string &word : words) argv.push_back(word.c_str());
+  argv.push_back(nullptr);
+
+  const lab::Line line = lab::parse_line(int(words.size()), argv.data());
+  must((line.action != nullptr) + !line.help.empty() + !line.mistake.empty() == 1,
+       "a line is to be done, or help, or a mistake");
+  must(lab::printable_lines(line.mistake) == line.mistake, "a mistake can be shown");
+  must(lab::without_passwords(line.mistake) == lab::printable(line.mistake),
+       "a mistake shows no password");
+  if (line.action == nullptr) return 0;
+  look_at_arguments(line.action, line.arguments);
+  for (const std::string &source : {line.arguments.left, line.arguments.right}) {
+    look_at_source(source);
+  }
+  return 0;
+}

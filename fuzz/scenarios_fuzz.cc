@@ -1,0 +1,50 @@
+// Scenarios: what they ask of the switches, or what is wrong with them. None is carried out.
+
+#include "scenario/scenario.h"
+#include "texts.h"
+
+namespace {
+
+// Other files are read from the captures only: nothing is asked of the network or of a terminal.
+bool stays_here(const std::string &text) {
+  try {
+    const YAML::Node root = YAML::Load(text);
+    if (!root.IsMap()) return true;
+    const YAML::Node switches = root["switches"];
+    if (!switches || !switches.IsMap()) return true;
+    for (const auto &side : switches) {
+      if (!side.second.IsMap() || !side.second["from"]) continue;
+      const YAML::Node from = side.second["from"];
+      if (!from.IsScalar() || from.Scalar() == "-" ||
+          from.Scalar().find('/') != std::string::npos) {
+        return false;
+      }
+    }
+  } catch (const YAML::Exception &) {
+  }
+  return true;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+  const std::string text(text_of(data, size));
+  if (!stays_here(text)) return -1;
+  const lab::ReadScenario read = lab::read_scenario_text(CAPTURES "scenario.yaml", text);
+  look_at(read.mistakes, text);
+  for (const lab::Mistake &mistake : read.mistakes) must(mistake.line > 0, "a mistake has a line");
+  if (!read.mistakes.empty()) return 0;
+  for (const lab::Settings &settings : read.scenario.settings) write_and_read(settings);
+  must(!read.scenario.steps.empty(), "a scenario has steps");
+  for (const lab::Step &step : read.scenario.steps) {
+    must(step.line > 0 && !step.action.empty() && (step.on[0] || step.on[1]),
+         "a step asks something of a switch");
+    must(lab::printable(step.summary) == step.summary, "a step can be shown");
+    for (const lab::Requests &requests : step.requests) {
+      for (std::size_t i = 0; i < requests.size(); ++i) {
+        must(step.on[i] || !requests[i], "a switch is asked only if the step is on it");
+      }
+    }
+  }
+  return 0;
+}
