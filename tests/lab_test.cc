@@ -241,6 +241,9 @@ TEST_F(Lab, WritesAStateFileThatItReads) {
             "    parameters: {ifi-port-guard: none}\n");
   write(written.out);
   EXPECT_EQ(lab("capture " + file).out, written.out);
+  write("name: \xFF");
+  EXPECT_EQ(lab("capture " + file).out,
+            file + ":1:7: found '\\xff'; expected the switch's name in UTF-8\n");
 }
 
 TEST_F(Lab, BrokenExpectationsAreTold) {

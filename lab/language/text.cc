@@ -123,6 +123,15 @@ std::size_t character_bytes(std::string_view text) {
   return is_one && point <= 0x10FFFF ? length : 0;
 }
 
+bool is_utf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = character_bytes(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
 std::string printable(std::string_view text) {
   std::string out;
   out.reserve(text.size());

@@ -37,6 +37,7 @@ std::string printable_lines(std::string_view text);  // line feeds stay
 
 // The bytes of the character that a text of UTF-8 begins with; 0: it begins with none.
 std::size_t character_bytes(std::string_view text);
+bool is_utf8(std::string_view text);
 
 // A line of an event history, without its line feed.
 std::string log_line(std::string_view text);

@@ -167,8 +167,8 @@ std::string Reader::text(const YAML::Node &node, const std::string &what) {
 }
 
 std::string Reader::name(const YAML::Node &node, const std::string &what) {
-  if (node.IsScalar()) return node.Scalar();
-  expected(node, what);
+  if (node.IsScalar() && is_utf8(node.Scalar())) return node.Scalar();
+  expected(node, what + (node.IsScalar() ? " in UTF-8" : ""));
   return "";
 }
 

@@ -51,7 +51,7 @@ struct Reader {
   // For people: what no terminal should see is escaped.
   std::string text(const YAML::Node &node, const std::string &what);
 
-  // The bytes of a name as they stand.
+  // A name as it stands, which is UTF-8.
   std::string name(const YAML::Node &node, const std::string &what);
 
   bool boolean(const YAML::Node &node, const std::string &what);

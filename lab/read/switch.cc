@@ -128,10 +128,10 @@ PortGroup read_port_group(Reader &reader, const YAML::Node &node, bool with_para
     group.parameters = read_parameters(reader, node["parameters"], "parameters", false);
   }
   if (node["uncovered"]) {
-    reader.entries(
-        node["uncovered"], "names and texts", [&](const YAML::Node &key, const YAML::Node &value) {
-          group.uncovered[key.IsScalar() ? key.Scalar() : ""] = reader.name(value, "a text");
-        });
+    reader.entries(node["uncovered"], "names and texts",
+                   [&](const YAML::Node &key, const YAML::Node &value) {
+                     group.uncovered[reader.name(key, "a name")] = reader.name(value, "a text");
+                   });
   }
   return group;
 }
@@ -315,7 +315,9 @@ void read_settings(Reader &reader, const YAML::Node &node, Settings &settings) {
 
 // The settings of another file: a state file, or a dump.
 Settings settings_from(Reader &reader, const YAML::Node &node, const std::string &folder) {
-  const std::string name = reader.name(node, "a state file, or a dump");
+  // A path may have any bytes.
+  const std::string name =
+      node.IsScalar() ? node.Scalar() : reader.name(node, "a state file, or a dump");
   const std::string path =
       name.starts_with('/') || name == "-" || name.find("://") != name.npos ? name : folder + name;
   ReadSide read = read_side(path, 0, Format::by_content);
