@@ -26,8 +26,10 @@ void look_at_source(const std::string &text) {
   const lab::Source &source = parsed.source;
   look_at(parsed.mistakes, "");
   must(lab::printable(source.shown) == source.shown, "a source can be shown");
-  must(source.password.empty() ||
-           source.shown.find(':' + source.password + '@') == std::string::npos,
+  const std::size_t login = std::min(source.shown.find("://"), source.shown.size());
+  const std::string host =
+      source.shown.substr(login, source.shown.find_first_of("/?", login + 3) - login);
+  must(source.password.empty() || host.find(':' + source.password + '@') == std::string::npos,
        "a password is not shown");
   must(!parsed.mistakes.empty() || !source.place.empty() || text.empty(), "a source has a place");
 }
