@@ -96,7 +96,8 @@ void reset_requests() {
 
 }  // namespace standin
 
-uint32_t cmd_req_handle_get_1(mts_msg_t *) {
+uint32_t cmd_req_handle_get_1(mts_msg_t *msg) {
+  if (msg == nullptr) standin::misuse("a handle of no message");
   return std::max<uint32_t>(handle_size, sizeof(cmd_req_t));
 }
 
@@ -122,6 +123,9 @@ uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value
     *length = attribute->length;
     return 0;
   }
+  // Where there is none, nobody looks at these.
+  *value = handle->request;
+  *length = static_cast<uint32_t>(handle->size);
   return 1;
 }
 

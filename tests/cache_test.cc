@@ -1,5 +1,6 @@
 // The cache: what gets in, what leaves, and what the peer is sent.
 
+#include "avl.h"
 #include "support.h"
 
 namespace {
@@ -132,6 +133,18 @@ TEST_F(Cache, ExportHoldsWhatIsCachedOfTheScope) {
   EXPECT_EQ(stp_mcec_get_mst_region_cfg_tlv_payld_size(), 4U + tlv_aligned_data_size_get(32) +
                                                               tlv_aligned_data_size_get(4) +
                                                               tlv_aligned_data_size_get(80));
+}
+
+// As a process may link it that knows the tree.
+TEST_F(Cache, AnEntryWithoutAValueStaysEmpty) {
+  auto *node =
+      static_cast<type1_cfg_avl_node_t *>(mtrack_alloc(633, 1, sizeof(type1_cfg_avl_node_t)));
+  *node = {0, 1, 0, nullptr};
+  avl_insert(stp_mcec_type1_cfg_avl, node);
+  EXPECT_EQ(update(1, 0, {{1, word(4)}}),
+            "0 | | cmd 0 count 1 | type 20 1,1,1,0 | type 13 1:00000004");
+  EXPECT_EQ(node->val, nullptr);
+  EXPECT_EQ(exported(1, 0), "1:");
 }
 
 TEST_F(Cache, ExportLogsItsStepsAndGoesOnWithoutAnEntry) {

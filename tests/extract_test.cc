@@ -317,6 +317,7 @@ TEST_F(Extract, InterfaceValuesComeFromFormAndAttributes) {
       {47, true, {attribute(0x202003F, 6)}, 10, -1, "Portfast mode unknown!!"},
       {47, true, {}, 10, 1},
       {48, true, {attribute(0x2020036, 9)}, 10, 3},
+      {48, true, {attribute(0, 9)}, 10, 3},
       {48, false, {}, 10, 0},
       {17, true, {}, 11, 0},
       {17, true, {attribute(0x2020065, 1)}, 11, 1},
@@ -382,7 +383,9 @@ TEST_F(Extract, PodPortsOnInternalChannelsAreNotChecked) {
   EXPECT_EQ(command(48, true, {both}), "0 | ok | count 0 | |");
   EXPECT_EQ(log().back(), "No Type-1 checks for HIF ports\\");
   EXPECT_EQ(cached(0x1003, 10), "-");
-  // Only the first port is asked about.
+  // Only the first port is asked about; one that is no member is on no channel.
+  standin_set_pod_port(0x1000, 1);
+  EXPECT_EQ(command(48, true, {ports({0x1000, 0x1001})}).substr(0, 23), "0 | ok | cmd 1 count 1 ");
   EXPECT_EQ(command(48, true, {ports({0x1003, 0x1003, 0x1001, 0x1001})}).substr(0, 23),
             "0 | ok | cmd 1 count 2 ");
 }

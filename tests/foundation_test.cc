@@ -82,17 +82,17 @@ TEST_F(Foundation, DefaultsAreTestedByType) {
     Bytes value;
     uint32_t is_default;
   } rows[] = {
-      {1, word(5), 1},        {1, word(4), 0},    {1, word(0x05000000), 0},
-      {2, odd_count, 1},      {2, vlans("0"), 0}, {2, vlans("4095"), 0},
-      {3, name_after_nul, 1}, {3, name("a"), 0},  {4, word(0), 1},
-      {4, word(1), 0},        {5, map, 1},        {5, map_set, 0},
-      {5, Bytes(8191), 0},    {5, Bytes(80), 0},  {6, word(0), 1},
-      {6, word(1), 0},        {7, word(0), 0},    {7, word(0x100), 1},
-      {8, word(0), 1},        {8, word(0x10), 0}, {9, word(0), 0},
-      {9, word(2), 1},        {10, word(0), 1},   {10, word(1), 0},
-      {11, word(0), 1},       {11, word(3), 0},   {12, word(0), 1},
-      {12, word(4), 0},       {0, word(0), 0},    {13, word(0), 0},
-      {0x10006, word(0), 0},
+      {1, word(5), 1},        {1, word(4), 0},       {1, word(0x05000000), 0},
+      {2, odd_count, 1},      {2, vlans("0"), 0},    {2, vlans("4095"), 0},
+      {3, name_after_nul, 1}, {3, name("a"), 0},     {4, word(0), 1},
+      {4, word(1), 0},        {5, map, 1},           {5, map_set, 0},
+      {5, Bytes(8192, 1), 0}, {5, Bytes(8191), 0},   {5, Bytes(80), 0},
+      {6, word(0), 1},        {6, word(1), 0},       {7, word(0), 0},
+      {7, word(0x100), 1},    {8, word(0), 1},       {8, word(0x10), 0},
+      {9, word(0), 0},        {9, word(2), 1},       {10, word(0), 1},
+      {10, word(1), 0},       {11, word(0), 1},      {11, word(3), 0},
+      {12, word(0), 1},       {12, word(4), 0},      {0, word(0), 0},
+      {13, word(0), 0},       {0x10006, word(0), 0},
   };
   for (const auto &row : rows) {
     Bytes value = row.value;
@@ -105,7 +105,7 @@ TEST_F(Foundation, DefaultsAreTestedByType) {
 
 TEST_F(Foundation, VlansAreWrittenAsRanges) {
   for (const char *text : {"", "0", "4095", "0-4095", "1-3,5,7-8", "31-32", "63-64", "9-10,99-100",
-                           "999-1000", "0,4095", "64,128,192-255"}) {
+                           "999-1000", "0,4095", "64,128,192-255", "63,71", "63,127"}) {
     Bytes record = vlans(text);
     EXPECT_STREQ(stp_mcec_lib_bmp4096_to_str(record.data()), text);
     stp_mcec_lib_bmp4096_ntoh(record.data(), record.data());
@@ -319,7 +319,27 @@ TEST_F(Foundation, StandinRefusesMisuse) {
          sdwrap_his_log_event_for_uuid_inst(633, 0x730000, 0, 0, 5, record);
        },
        "the flag 2"},
+      {[] { sdwrap_hist_init_for_uuid(633, 0x1000); }, "no history of 4096 bytes"},
+      {[] { sdwrap_his_log_event_for_uuid_inst(633, 0x730000, 0, 7, 5, aligned); },
+       "0x730000, 0, 7"},
+      {[] { mtrack_init("", 633, nullptr, 0); }, "registered already"},
+      {[] { mtrack_uninit(634); }, "634 is not registered"},
       {[] { avl_destroy(avl_create(stp_mcec_type1_cfg_avl_cmp_func, 1), nullptr); }, "0x1"},
+      {[] {
+         static type1_cfg_avl_node_t node{};
+         avl_tree_t *tree = avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
+         avl_delete(tree, &node);
+         avl_destroy(tree, nullptr);
+       },
+       "not in the tree"},
+      {[] {
+         static type1_cfg_avl_node_t nodes[2] = {};
+         avl_tree_t *tree = avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
+         avl_insert(tree, nodes);
+         avl_insert(tree, nodes + 1);
+         avl_destroy(tree, [](void *) {});
+       },
+       "in the tree already"},
       {[] { tlv_aligned_array_add_tlv(aligned, 16, 1, 0, nullptr, 0); }, "the flag 0"},
       {[] { tlv_aligned_array_get_num_tlvs(aligned, 2); }, "the flag 2"},
       {[] { tlv_aligned_array_get_next_tlv(aligned, &length, &length, &value, 3, &number); },
@@ -333,6 +353,7 @@ TEST_F(Foundation, StandinRefusesMisuse) {
        "a block of 8 bytes is said to have 9"},
       {[] { cmd_req_handle_get_2(static_cast<mts_msg_t *>(request.msg), aligned + 8); },
        "a handle at "},
+      {[] { cmd_req_handle_get_1(nullptr); }, "of no message"},
       {[] {
          cmd_req_cmdId_getnext(static_cast<cmd_req_t *>(handle));
          cmd_req_cmdId_getnext(static_cast<cmd_req_t *>(handle));
@@ -346,6 +367,11 @@ TEST_F(Foundation, StandinRefusesMisuse) {
          if_index_get_num_ports_in_if_index_range(1, 2, &number);
        },
        "5 stands where"},
+      {[] {
+         number = 0;
+         if_index_get_if_index_in_range(1, 2, &number, 3);
+       },
+       "no port at position 3"},
       {[] {
          aligned[4] = 1;
          im_get_ifindex_layermode_list(aligned, 1);

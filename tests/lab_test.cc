@@ -124,6 +124,31 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
        "9:27: found expectations that cannot hold together: 'verdict' is that of both switches, "
        "and "
        "'left' says something else; expected what can be the outcome\n"},
+      {"switches:\n"
+       "  left: {ports: [{port: Po1, index: 0x1000, member: 3}, {port: x, index: 0x1000}]}\n"
+       "  right: {ports: [{port: Po1, index: 7, ports: 8}]}\nsteps:\n"
+       "- {command: stp-mode, on: left, attributes: [{id: 1, word: 1, bytes: 00}, {id: 2}, "
+       "{id: 3, bytes: 0}]}\n"
+       "- export: Po7\n- check: channel Po9\n"
+       "- {on: left, update: {mst-region-name: a-name-that-is-longer-than-a-name-is, "
+       "gbl-port-type: {bytes: zz}}}\n"
+       "- {check: switch, export: switch}\n",
+       "2:17: found Po1 and x with the index 0x1000; expected an index for each port\n"
+       "3:19: a group of ports with 'ports' and 'port'; expected indexes under 'ports', or a name "
+       "under 'port'\n"
+       "3:38: found 'index' with 'ports'; expected 'port', a name\n"
+       "5:46: found a mapping; expected an attribute with either a word or bytes\n"
+       "5:75: found a mapping; expected an attribute with either a word or bytes\n"
+       "5:99: found '0'; expected an attribute: bytes in hexadecimal, for instance 00 00 00 05\n"
+       "6:11: found 'Po7'; expected what to export (switch, or ports): port indexes, for instance "
+       "0x1000-0x1003,0x2000, or names: x\n"
+       "7:10: found channel 'Po9'; expected a channel of one of the switches: 3\n"
+       "8:40: found 'a-name-that-is-longer-than-a-name-is'; expected a region name of at most 32 "
+       "bytes; it has 36\n"
+       "8:101: found 'zz'; expected a value: bytes in hexadecimal, for instance 00 00 00 05\n"
+       "9:19: found 'export' besides 'check'; expected one thing to do in a step\n"
+       "9:19: unknown key 'export' in a 'check' step; expected expect, check, note or "
+       "twin-vlans\n"},
       {"steps:\n\t- check: switch\n", "2:1: found a tab in the indentation; expected blanks\n"},
   };
   for (const auto &row : rows) {
@@ -145,6 +170,37 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
   EXPECT_EQ(lab("run").status, 2);
   EXPECT_EQ(lab("walk").status, 2);
   EXPECT_EQ(lab("--help").status, 0);
+}
+
+TEST_F(Lab, ComparesTwoSourcesThatAreWrittenAsSuch) {
+  const struct {
+    const char *arguments;
+    const char *line;
+  } rows[] = {
+      {"", "mcec-lab compare: found no source; expected two sources, left and right, or --pairs\n"},
+      {"a",
+       "mcec-lab compare: found one source; expected two sources, left and right, or "
+       "--pairs\n"},
+      {"- -", "mcec-lab compare: found '-' twice; expected the standard input on one side\n"},
+      {"redis://h%zz -",
+       "redis://...: found a '%' that stands for no character; expected %25 for "
+       "the sign itself\n"},
+      {"redis://[::1]:99999 -",
+       "redis://...: found a port that is none; expected a number from 1 to 65535\n"},
+      {"redis:// -",
+       "redis://...: found no host, or more than one; expected redis://host:port/4, "
+       "an IPv6 address in brackets\n"},
+      {"unix://x -",
+       "unix://...: found no path; expected unix:///path, which begins with a slash\n"},
+      {"'unix:///s?x=1' -",
+       "unix://...: found something else behind the path; expected ?db=4 or the like\n"},
+      {"foo://x -", "foo://...: found 'foo://'; expected redis://host, unix:///path, or a file\n"},
+  };
+  for (const auto &row : rows) {
+    const Outcome outcome = lab(std::string("compare ") + row.arguments, "echo |");
+    EXPECT_TRUE(outcome.out.starts_with(row.line)) << outcome.out << row.line;
+    EXPECT_EQ(outcome.status, 2);
+  }
 }
 
 TEST_F(Lab, ShowsBothSidesAndTheVerdicts) {

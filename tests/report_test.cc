@@ -135,6 +135,19 @@ TEST_F(Report, FailuresLeaveWhatWasFilled) {
   EXPECT_EQ(result, uint32_t{STP_MCEC_ERR_INVALID_ARG});
   log();
   ON_STANDIN_ONLY();
+  // An array of so many empty entries that their records have no 32-bit size: no block is asked for.
+  const uint32_t most = (UINT32_MAX - 4) / 312;
+  for (const uint32_t count : {most, most + 1}) {
+    Bytes many(4 + std::size_t{count} * tlv_aligned_data_size_get(0));
+    const Bytes size = word(uint32_t(many.size() - 4));
+    std::copy(size.begin(), size.end(), many.begin());
+    const uint32_t asked = standin_calls(STANDIN_ALLOC);
+    standin_fail(STANDIN_ALLOC, 1, 1);
+    EXPECT_EQ(stp_mcec_type1_cfg_get_param_info(many.data(), &untouched), 1U);
+    standin_fail(STANDIN_ALLOC, 0, 0);
+    EXPECT_EQ(untouched, nullptr);
+    EXPECT_EQ(standin_calls(STANDIN_ALLOC) - asked, count == most ? 1U : 0U);
+  }
   standin_fail(STANDIN_TLV_NEXT, 2, 1);
   EXPECT_EQ(report({{6, word(1)}, {7, word(1)}}), "6 STP Loopguard=Enabled; 0 =");
   EXPECT_EQ(log().size(), 1U);

@@ -27,7 +27,6 @@ constexpr MemType mem_types[] = {
 #define MCEC_ROW(name, number) {number, "STP_MCEC_LIB_MEM_" #name},
     STP_MCEC_LIB_MEM_TYPES(MCEC_ROW)
 #undef MCEC_ROW
-        {0, ""},
 };
 
 constexpr char debug_path[] = "/zarn/tmp/stp_mcec_lib_dbg.log";
@@ -66,11 +65,7 @@ void append(Line &line, const char *format, va_list arguments) {
   if (std::strchr(format, '%') == nullptr) return append(line, format);
   const std::size_t room = sizeof line.record.text - line.length;
   const int written = std::vsnprintf(line.record.text + line.length, room, format, arguments);
-  if (written < 0) {
-    line.length = 0;
-  } else {
-    line.length += std::min(static_cast<std::size_t>(written), room - 1);
-  }
+  line.length += std::min(static_cast<std::size_t>(std::max(written, 0)), room - 1);
 }
 
 void send(Line &line) {
@@ -162,15 +157,15 @@ int stp_mcec_lib_sdwrap_init_done = 0;
 FILE *stp_mcec_lib_debug_file = nullptr;
 
 extern "C" const char *__stp_mcec_lib_mem_type_t_find(uint32_t type) {
-  for (const MemType *row = mem_types; row->name[0] != '\0'; ++row) {
-    if (row->number == type) return row->name;
+  for (const MemType &row : mem_types) {
+    if (row.number == type) return row.name;
   }
   return nullptr;
 }
 
 extern "C" uint32_t __stp_mcec_lib_mem_type_t_str2enum(const char *name) {
-  for (const MemType *row = mem_types; row->name[0] != '\0'; ++row) {
-    if (strcasecmp(row->name, name) == 0) return row->number;
+  for (const MemType &row : mem_types) {
+    if (strcasecmp(row.name, name) == 0) return row.number;
   }
   return STP_MCEC_LIB_MEM_NONE;
 }
@@ -184,7 +179,7 @@ extern "C" void stp_mcec_lib_sdwrap_init() {
 extern "C" void stp_mcec_lib_debug_print(uint32_t, const char *format, ...) {
   if (stp_mcec_lib_debug_file == nullptr) {
     char path[128];
-    std::snprintf(path, sizeof path, "%s.%d", debug_path, sysmgr_slc_get() & 0xFFFF);
+    std::snprintf(path, sizeof path, "%s.%u", debug_path, sysmgr_slc_get() & 0xFFFF);
     stp_mcec_lib_debug_file = std::fopen(path, "a");
     if (stp_mcec_lib_debug_file == nullptr) return;
     std::fputs(debug_banner, stp_mcec_lib_debug_file);
