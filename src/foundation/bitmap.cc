@@ -44,11 +44,15 @@ inline char *write_run(char *out, uint32_t first, uint32_t last) {
   return out;
 }
 
-// Take the first VLAN out of a word in host order that has one; its position.
+// The position of the first VLAN in a word in host order that has one; and take it out, besides.
+inline uint32_t first_of(uint64_t vlans) {
+  return static_cast<uint32_t>(__builtin_clzll(vlans));  // std::countl_zero would ask for 0 first
+}
+
 inline uint32_t take_first(uint64_t &vlans) {
-  const int position = std::countl_zero(vlans);
+  const uint32_t position = first_of(vlans);
   vlans &= ~(uint64_t{1} << 63 >> position);
-  return static_cast<uint32_t>(position);
+  return position;
 }
 
 // The bits of three words as columns: a holds their sums afterwards, the result their carries.
@@ -117,15 +121,21 @@ std::size_t write_ranges(char *text, const void *bitmap) {
   char *out = text;
   uint32_t first = 0;      // of the run that is open
   uint64_t no_change = 0;  // a word without a change: all ones in an open run, else 0
-  for (std::size_t i = 0; i < sizeof(VlanSet); i += sizeof(uint64_t)) {
-    const auto in_record = load<uint64_t>(bytes + i);
-    if (in_record == no_change) [[likely]]
-      continue;
+  for (std::size_t i = 0;; i += sizeof(uint64_t)) {
+    while (i < sizeof(VlanSet) && load<uint64_t>(bytes + i) == no_change) i += sizeof(uint64_t);
+    if (i == sizeof(VlanSet)) break;
     const auto base = static_cast<uint32_t>(8 * i);
-    const uint64_t word = swap_to_network(in_record);
-    const uint64_t before = word >> 1 | no_change << 63;
-    uint64_t starts = word & ~before;
-    uint64_t ends = before & ~word;
+    const uint64_t word = swap_to_network(load<uint64_t>(bytes + i));
+    const uint64_t changes = word ^ (word >> 1 | no_change << 63);
+    if ((changes & (changes - 1)) == 0) {  // one, as in most words of a few long runs
+      const uint32_t change = base + first_of(changes);
+      if (no_change != 0) out = write_run(out, first, change - 1);
+      first = change;
+      no_change = ~no_change;
+      continue;
+    }
+    uint64_t starts = changes & word;
+    uint64_t ends = changes & ~word;
     if (no_change == 0) first = base + take_first(starts);
     while (ends != 0) {
       out = write_run(out, first, base + take_first(ends) - 1);
