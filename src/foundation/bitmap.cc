@@ -82,7 +82,6 @@ bool is_empty(const VlanSet &vlans) {
 
 void add_range(VlanSet &vlans, uint32_t first, uint32_t last) {
   last = std::min(last, vlan_id_count - 1);
-  if (first > last) return;
   for (uint32_t i = first / 64; i <= last / 64; ++i) {
     uint64_t bits = ~uint64_t{0};
     if (i == first / 64) bits &= ~uint64_t{0} >> (first % 64);
