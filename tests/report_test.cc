@@ -67,6 +67,7 @@ TEST_F(Report, EveryValueHasAText) {
       {8, word(0x9), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Edge, Disabled, Disabled"},
       {8, word(0x2), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Normal, Disabled, Enabled"},
       {9, word(0), "STP MST Simulate PVST=Disabled"},
+      {9, word(2), "STP MST Simulate PVST=Enabled"},
       {10, word(0), "STP Port Type=Default"},
       {10, word(1), "STP Port Type=Edge Port"},
       {10, word(2), "STP Port Type=Normal Port"},
