@@ -73,9 +73,7 @@ Status compare_sides(const Arguments &arguments) {
     complain("mcec-lab compare: found '-' twice; expected the standard input on one side");
     return wrong;
   }
-  if ((arguments.json ? 1 : 0) + (arguments.html == "-" ? 1 : 0) +
-          (arguments.cure.second == "-" ? 1 : 0) >
-      1) {
+  if (arguments.json + (arguments.html == "-") + (arguments.cure.second == "-") > 1) {
     complain(
         "mcec-lab compare: expected one of --json, --html - and --cure SIDE -, which all write "
         "to the standard output");

@@ -164,13 +164,17 @@ std::string log_line(std::string_view text) {
   return printable(text);
 }
 
-std::string one_of(const std::vector<std::string> &names) {
+std::string listed(const std::vector<std::string> &names, const char *before_last) {
   std::string text;
   for (std::size_t i = 0; i < names.size(); ++i) {
-    if (i > 0) text += i + 1 == names.size() ? " or " : ", ";
+    if (i > 0) text += i + 1 == names.size() ? before_last : ", ";
     text += names[i];
   }
   return text;
+}
+
+std::string one_of(const std::vector<std::string> &names) {
+  return listed(names, " or ");
 }
 
 std::string one_of(const std::vector<std::string> &names, std::string_view given) {

@@ -44,7 +44,8 @@ std::string log_line(std::string_view text);
 
 // --- lists of names ---
 
-// "a, b or c".
+// "a, b and c"; "a, b or c".
+std::string listed(const std::vector<std::string> &names, const char *before_last = " and ");
 std::string one_of(const std::vector<std::string> &names);
 
 // The same, where `given` was found instead: what is most like it comes first, and of many names

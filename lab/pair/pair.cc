@@ -118,8 +118,9 @@ void look_at(const Pair &pair, std::size_t which, int waited) {
   if (waited >= longest_patience) throw SwitchFailed(switch_name(which) + " does not answer");
 }
 
-// Is it what was asked for?
+// Is it what was asked for, or why that cannot be had?
 bool answers(const Reply &reply, const Request &request) {
+  if (!reply.problem.empty()) return true;
   return std::visit(
       [&](const auto &asked) {
         using Asked = std::decay_t<decltype(asked)>;
@@ -186,12 +187,11 @@ Replies ask(Pair &pair, const Requests &requests) {
       const auto frame =
           read_frame(answering.control, [&](int waited) { look_at(pair, i, waited); });
       if (frame) replies[i] = decode_reply(*frame);
+      if (frame && !answers(*replies[i], *requests[i])) {
+        throw Garbled("it answers another question");
+      }
     } catch (const Garbled &garbled) {
       throw SwitchFailed(switch_name(i) + ": " + garbled.what());
-    }
-    if (replies[i] && replies[i]->problem.empty() && !answers(*replies[i], *requests[i])) {
-      throw SwitchFailed(switch_name(i) +
-                         ": it does not speak as a switch does: it answers another question");
     }
     if (!replies[i]) {
       tell(died,

@@ -134,7 +134,7 @@ Record decoded(const Bytes &frame) {
     archive(record);
     return record;
   } catch (const std::exception &problem) {
-    throw Garbled(std::string("it does not speak as a switch does: ") + problem.what());
+    throw Garbled(problem.what());
   }
 }
 
@@ -149,7 +149,7 @@ bool write_frame(int socket, const Bytes &frame, const Waiting &waiting) {
 std::optional<Bytes> read_frame(int socket, const Waiting &waiting) {
   uint32_t size = 0;
   if (!read_all(socket, waiting, &size, sizeof size)) return std::nullopt;
-  if (size > longest_frame) throw Garbled("it does not speak as a switch does: a frame too long");
+  if (size > longest_frame) throw Garbled("a frame too long");
   Bytes frame(size);
   if (!read_all(socket, waiting, frame.data(), frame.size())) return std::nullopt;
   return frame;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <stdexcept>
+#include <string>
 
 #include "pair/protocol.h"
 
@@ -12,7 +13,8 @@ namespace lab {
 
 // The other end does not speak as it should.
 struct Garbled : std::runtime_error {
-  using std::runtime_error::runtime_error;
+  explicit Garbled(const std::string &how)
+      : std::runtime_error("it does not speak as a switch does: " + how) {}
 };
 
 // Called about twice a second while nothing comes, with the milliseconds so far; may throw.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "language/text.h"
 #include "language/told.h"
 #include "show/page_parts.h"
 #include "show/page_text.h"

@@ -50,15 +50,6 @@ std::string counted(std::size_t count, const char *what) {
   return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
-std::string listed(const std::vector<std::string> &texts) {
-  std::string out;
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    if (i > 0) out += i + 1 == texts.size() ? " and " : ", ";
-    out += texts[i];
-  }
-  return out;
-}
-
 std::string folded(const std::string &text) {
   if (text.size() <= longest_value) return said(text);
   std::size_t end = 0;

@@ -3,7 +3,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "language/json.h"
 
@@ -24,8 +23,7 @@ std::string folded(const std::string &text);
 const Json &field(const Json &object, const char *key);
 std::string text_at(const Json &object, const char *key);
 
-// "1 scope", "2 scopes"; "a, b and c".
+// "1 scope", "2 scopes".
 std::string counted(std::size_t count, const char *what);
-std::string listed(const std::vector<std::string> &texts);
 
 }  // namespace lab
