@@ -1,7 +1,7 @@
-// Dumps: from their bytes to what is written of them, to a pair, and to its cures.
+// Dumps: from their bytes to what is written of them, to a pair, and to its fixes.
 
-#include "outcome/cure.h"
-#include "settings/pairing.h"
+#include "sonic/patch.h"
+#include "report/pairing.h"
 #include "texts.h"
 
 namespace {
@@ -13,9 +13,9 @@ struct Read {
 
 Read read(std::string_view json) {
   lab::ReadRows read = lab::read_dump(json);
-  lab::ReadSettings settings = lab::settings_of(read.rows, read.mistakes);
-  must(settings.mistakes.size() >= read.mistakes.size(), "no mistake is lost");
-  look_at(settings.mistakes, json);
+  lab::ReadSettings settings = lab::settings_of(read.rows, read.errors);
+  must(settings.errors.size() >= read.errors.size(), "no error is lost");
+  look_at(settings.errors, json);
   return {std::move(read.rows), std::move(settings)};
 }
 
@@ -26,10 +26,10 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   const std::string_view all = text_of(data, size);
   const std::size_t middle = all.find("\n\n");
   const Read left = read(all.substr(0, middle));
-  if (left.is.mistakes.empty()) write_and_read(left.is.settings);
+  if (left.is.errors.empty()) write_and_read(left.is.settings);
   if (middle == all.npos) return 0;
   const Read right = read(all.substr(middle + 2));
-  if (!left.is.mistakes.empty() || !right.is.mistakes.empty()) return 0;
+  if (!left.is.errors.empty() || !right.is.errors.empty()) return 0;
 
   const lab::PairOfSettings pair = {&left.is.settings, &right.is.settings};
   must(!lab::notes_of(pair).empty(), "a pair has notes");
@@ -37,13 +37,13 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   for (const lab::Channel &channel : left.is.settings.channels) scopes.push_back(channel.name);
   for (const std::string &scope : scopes) {
     for (uint16_t type = 1; type <= 12; ++type) {
-      const lab::Cure cure = lab::cure_of(pair, {&left.rows, &right.rows}, scope, type);
-      for (std::size_t i = 0; i < cure.alone.size(); ++i) {
-        if (!cure.alone[i]) continue;
+      const lab::Fix fix = lab::find_fix(pair, {&left.rows, &right.rows}, scope, type);
+      for (std::size_t i = 0; i < fix.alone.size(); ++i) {
+        if (!fix.alone[i]) continue;
         const lab::Rows &rows = i == 0 ? left.rows : right.rows;
-        must(lab::settings_of(lab::changed(rows, *cure.alone[i])).mistakes.empty(),
-             "what is cured can be read again");
-        must(lab::patch_of(rows, *cure.alone[i]).is_array(), "a cure is a patch");
+        must(lab::settings_of(lab::changed(rows, *fix.alone[i])).errors.empty(),
+             "what is patched can be read again");
+        must(lab::patch_of(rows, *fix.alone[i]).is_array(), "a fix is a patch");
       }
     }
   }

@@ -1,8 +1,8 @@
-// Command lines: they are something to do, help, or a mistake. Nothing is carried out, but what the
+// Command lines: they are something to do, help, or a error. Nothing is carried out, but what the
 // sources say is read.
 
-#include "commands/line.h"
-#include "read/source.h"
+#include "cli/arguments.h"
+#include "sonic/source.h"
 #include "texts.h"
 
 namespace {
@@ -24,14 +24,14 @@ void look_at_arguments(lab::Action action, const Arguments &is) {
 void look_at_source(const std::string &text) {
   const lab::ParsedSource parsed = lab::parse_source(text, 0);
   const lab::Source &source = parsed.source;
-  look_at(parsed.mistakes, "");
+  look_at(parsed.errors, "");
   must(lab::printable(source.shown) == source.shown, "a source can be shown");
   const std::size_t login = std::min(source.shown.find("://"), source.shown.size());
   const std::string host =
       source.shown.substr(login, source.shown.find_first_of("/?", login + 3) - login);
   must(source.password.empty() || host.find(':' + source.password + '@') == std::string::npos,
        "a password is not shown");
-  must(!parsed.mistakes.empty() || !source.place.empty() || text.empty(), "a source has a place");
+  must(!parsed.errors.empty() || !source.place.empty() || text.empty(), "a source has a place");
 }
 
 }  // namespace
@@ -50,11 +50,11 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   argv.push_back(nullptr);
 
   const lab::Line line = lab::parse_line(int(words.size()), argv.data());
-  must((line.action != nullptr) + !line.help.empty() + !line.mistake.empty() == 1,
-       "a line is to be done, or help, or a mistake");
-  must(lab::printable_lines(line.mistake) == line.mistake, "a mistake can be shown");
-  must(lab::without_passwords(line.mistake) == lab::printable(line.mistake),
-       "a mistake shows no password");
+  must((line.action != nullptr) + !line.help.empty() + !line.error.empty() == 1,
+       "a line is to be done, or help, or a error");
+  must(lab::printable_lines(line.error) == line.error, "a error can be shown");
+  must(lab::without_passwords(line.error) == lab::printable(line.error),
+       "a error shows no password");
   if (line.action == nullptr) return 0;
   look_at_arguments(line.action, line.arguments);
   for (const std::string &source : {line.arguments.left, line.arguments.right}) {

@@ -31,9 +31,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   const std::string text(text_of(data, size));
   if (!stays_here(text)) return -1;
   const lab::ReadScenario read = lab::read_scenario_text(CAPTURES "scenario.yaml", text);
-  look_at(read.mistakes, text);
-  for (const lab::Mistake &mistake : read.mistakes) must(mistake.line > 0, "a mistake has a line");
-  if (!read.mistakes.empty()) return 0;
+  look_at(read.errors, text);
+  for (const lab::InputError &error : read.errors) must(error.line > 0, "a error has a line");
+  if (!read.errors.empty()) return 0;
   for (const lab::Settings &settings : read.scenario.settings) write_and_read(settings);
   must(!read.scenario.steps.empty(), "a scenario has steps");
   for (const lab::Step &step : read.scenario.steps) {

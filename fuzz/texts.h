@@ -1,4 +1,4 @@
-// What must hold of mistakes, wherever they are told, and of settings, wherever they come from.
+// What must hold of errors, wherever they are told, and of settings, wherever they come from.
 #pragma once
 
 #include <algorithm>
@@ -6,33 +6,33 @@
 #include <string_view>
 
 #include "fuzz.h"
-#include "language/text.h"
-#include "language/told.h"
-#include "read/rows.h"
-#include "read/state_writer.h"
-#include "read/switch.h"
+#include "text/text.h"
+#include "output/told.h"
+#include "sonic/rows.h"
+#include "switch/state_writer.h"
+#include "switch/state_reader.h"
 
 inline std::string_view text_of(const uint8_t *data, std::size_t size) {
   return {reinterpret_cast<const char *>(data), size};
 }
 
 // Each says where it is and what was found, and can be shown to people and programs.
-inline void look_at(const lab::Mistakes &mistakes, std::string_view text) {
+inline void look_at(const lab::InputErrors &errors, std::string_view text) {
   const auto lines =
       2 + std::count(text.begin(), text.end(), '\n') + std::count(text.begin(), text.end(), '\r');
-  for (const lab::Mistake &mistake : mistakes) {
-    must(!mistake.found.empty(), "a mistake says what was found");
-    must(mistake.line >= 0 && mistake.line <= lines && (mistake.line > 0) == (mistake.column > 0),
-         "a mistake lies in the text");
-    for (const std::string &said : {mistake.where, mistake.found, mistake.expected}) {
-      must(lab::printable(said) == said, ("a mistake can be shown: " + said).c_str());
+  for (const lab::InputError &error : errors) {
+    must(!error.found.empty(), "a error says what was found");
+    must(error.line >= 0 && error.line <= lines && (error.line > 0) == (error.column > 0),
+         "a error lies in the text");
+    for (const std::string &said : {error.where, error.found, error.expected}) {
+      must(lab::printable(said) == said, ("a error can be shown: " + said).c_str());
     }
   }
-  lab::told_mistakes("source", mistakes).dump();
+  lab::errors_to_json("source", errors).dump();
 }
 
 // What is written can be read again, and says the same.
 inline void write_and_read(const lab::Settings &settings) {
   const lab::ReadSettings again = lab::read_state(lab::state_file(settings));
-  must(again.mistakes.empty() && again.settings == settings, "a state file says what was written");
+  must(again.errors.empty() && again.settings == settings, "a state file says what was written");
 }

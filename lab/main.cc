@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <system_error>
 
-#include "commands/line.h"
-#include "language/text.h"
-#include "pair/signals.h"
+#include "cli/arguments.h"
+#include "text/text.h"
+#include "text/signals.h"
 #include "standin.h"
 
 namespace {
@@ -21,8 +21,8 @@ Status parse_and_do(int argc, char **argv) {
   const Line line = parse_line(argc, argv);
   if (line.action != nullptr) return line.action(line.arguments);
   fmt::print("{}", line.help);
-  if (line.mistake.empty()) return agreed;
-  complain(line.mistake);
+  if (line.error.empty()) return agreed;
+  print_error(line.error);
   return wrong;
 }
 
@@ -46,16 +46,16 @@ int main(int argc, char **argv) {
   try {
     status = parse_and_do(argc, argv);
   } catch (const Interrupted &) {
-    complain("mcec-lab: interrupted");
+    print_error("mcec-lab: interrupted");
   } catch (const std::bad_alloc &) {
-    complain("mcec-lab: there is not enough memory");
+    print_error("mcec-lab: there is not enough memory");
   } catch (const std::system_error &problem) {
     if (std::ferror(stdout) != 0) why = problem.code().message();
-    if (why.empty()) complain("mcec-lab: " + printable(problem.what()));
+    if (why.empty()) print_error("mcec-lab: " + printable(problem.what()));
   } catch (const std::exception &problem) {
-    complain("mcec-lab: " + printable(problem.what()));
+    print_error("mcec-lab: " + printable(problem.what()));
   }
   if (all_written(why)) return status;
-  complain("mcec-lab: the output cannot be written: " + why);
+  print_error("mcec-lab: the output cannot be written: " + why);
   return wrong;
 }

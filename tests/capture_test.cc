@@ -1,4 +1,4 @@
-// Dumps of real switches: what they say, what is wrong with them, and what cures a pair.
+// Dumps of real switches: what they say, what is wrong with them, and what fixes a pair.
 
 #include <gtest/gtest.h>
 
@@ -6,13 +6,13 @@
 #include <iterator>
 
 #include "draimiofaf/types.h"
-#include "language/digest.h"
-#include "outcome/cure.h"
-#include "read/rows.h"
-#include "read/state_writer.h"
-#include "read/switch.h"
-#include "settings/pairing.h"
-#include "settings/scopes.h"
+#include "switch/digest.h"
+#include "sonic/patch.h"
+#include "sonic/rows.h"
+#include "switch/state_writer.h"
+#include "switch/state_reader.h"
+#include "report/pairing.h"
+#include "pair/scopes.h"
 
 namespace lab {
 namespace {
@@ -21,15 +21,15 @@ struct Dump {
   std::string json;
   Rows rows;
   Settings settings;
-  std::string mistakes;  // a line each
+  std::string errors;  // a line each
 };
 
 Dump dump_of(const std::string &json) {
   ReadRows rows = read_dump(json);
-  ReadSettings read = settings_of(rows.rows, rows.mistakes);
+  ReadSettings read = settings_of(rows.rows, rows.errors);
   Dump dump{json, std::move(rows.rows), std::move(read.settings), ""};
-  for (const Mistake &mistake : read.mistakes) {
-    dump.mistakes += place_of(mistake) + ": " + text_of(mistake) + "\n";
+  for (const InputError &error : read.errors) {
+    dump.errors += place_of(error) + ": " + text_of(error) + "\n";
   }
   return dump;
 }
@@ -55,7 +55,7 @@ TEST(Capture, TellsEveryMistakeWithItsPlace) {
   const std::string no_json = ": no JSON here: ";
   const struct {
     std::string dump;
-    std::string mistakes;
+    std::string errors;
   } rows[] = {
       {"", "line 1, column 1" + no_json + "unexpected end of input" + a_dump},
       {"{\"ö\":\n \"ö\" x", "line 2, column 6" + no_json + "invalid literal" + a_dump},
@@ -67,7 +67,7 @@ TEST(Capture, TellsEveryMistakeWithItsPlace) {
       {R"({"PORT": {}})",
        ": found none of the tables that are read; expected DEVICE_METADATA, MCLAG_DOMAIN, "
        "MCLAG_INTERFACE, STP, STP_MST, STP_MST_INST, STP_PORT, STP_VLAN, VLAN or VLAN_MEMBER\n"},
-      // A mistake does not hide the others, nor make new ones.
+      // A error does not hide the others, nor make new ones.
       {R"({"DEVICE_METADATA": 5, "STP": {"GLOBAL": {"mode": "mst"}}, "VLAN": {"Vlan1": []},
            "STP_VLAN": {"Vlan1": {"enabled": true, "priority": 5}},
            "STP_PORT": {"a": {"bpdu_guard": {"x": [{}]}, "root_guard": ["true"], "portfast": "yes"}},
@@ -131,15 +131,15 @@ TEST(Capture, TellsEveryMistakeWithItsPlace) {
        "expected "
        "one of them in mst\n"},
   };
-  for (const auto &row : rows) EXPECT_EQ(dump_of(row.dump).mistakes, row.mistakes) << row.dump;
+  for (const auto &row : rows) EXPECT_EQ(dump_of(row.dump).errors, row.errors) << row.dump;
   // Wherever a dump is cut off, and however deep it goes.
   const std::string whole = capture("guard-left");
   for (std::size_t size = 0; size + 2 < whole.size(); ++size) {
-    const std::string mistakes = dump_of(whole.substr(0, size)).mistakes;
-    EXPECT_TRUE(mistakes.starts_with("line ") && mistakes.find('\n') + 1 == mistakes.size())
+    const std::string errors = dump_of(whole.substr(0, size)).errors;
+    EXPECT_TRUE(errors.starts_with("line ") && errors.find('\n') + 1 == errors.size())
         << size;
   }
-  EXPECT_NE(dump_of("{\"VLAN\": " + std::string(1000000, '[')).mistakes, "");
+  EXPECT_NE(dump_of("{\"VLAN\": " + std::string(1000000, '[')).errors, "");
 }
 
 TEST(Capture, BecomesAStateFile) {
@@ -183,12 +183,12 @@ TEST(Capture, BecomesAStateFile) {
   };
   for (const auto &row : rows) {
     const Dump dump = dump_of(row.dump);
-    EXPECT_EQ(dump.mistakes, "");
+    EXPECT_EQ(dump.errors, "");
     std::string file = row.file;
     if (const auto at = file.find("spanning-tree runs\n"); at != file.npos) file.erase(at, 19);
     EXPECT_EQ(state_file(dump.settings), head + file);
     const ReadSettings again = read_state(head + file);
-    EXPECT_TRUE(again.mistakes.empty() && again.settings == dump.settings) << file;
+    EXPECT_TRUE(again.errors.empty() && again.settings == dump.settings) << file;
   }
 }
 
@@ -233,7 +233,7 @@ TEST(Capture, NotesWhatAComparisonCannotPromise) {
   }
 }
 
-// Each patch is applied to the dump, and what it cures is looked at again.
+// Each patch is applied to the dump, and what it fixes is looked at again.
 TEST(Capture, IsCured) {
   const auto inside = [](const std::string &tables, const char *mode = "mst") {
     return "{\"STP\": {\"GLOBAL\": {\"mode\": \"" + std::string(mode) + "\"}}, " + tables + "}";
@@ -304,22 +304,22 @@ TEST(Capture, IsCured) {
   };
   for (const auto &row : rows) {
     const std::array<Dump, 2> dumps = {dump_of(row.left), dump_of(row.right)};
-    ASSERT_EQ(dumps[0].mistakes + dumps[1].mistakes, "");
+    ASSERT_EQ(dumps[0].errors + dumps[1].errors, "");
     const PairOfSettings pair = {&dumps[0].settings, &dumps[1].settings};
     ASSERT_NE(value(*pair[0], row.channel, row.type), value(*pair[1], row.channel, row.type));
-    const Cure cure = cure_of(pair, {&dumps[0].rows, &dumps[1].rows}, row.channel, row.type);
-    EXPECT_EQ(cure.text, row.text);
+    const Fix fix = find_fix(pair, {&dumps[0].rows, &dumps[1].rows}, row.channel, row.type);
+    EXPECT_EQ(fix.text, row.text);
     Settings after[2] = {dumps[0].settings, dumps[1].settings};
     for (std::size_t side = 0; side < 2; ++side) {
-      ASSERT_NE(cure.both.has_value(), cure.alone[side].has_value());
+      ASSERT_NE(fix.both.has_value(), fix.alone[side].has_value());
       const Json patch =
-          patch_of(dumps[side].rows, cure.both ? (*cure.both)[side] : *cure.alone[side]);
+          patch_of(dumps[side].rows, fix.both ? (*fix.both)[side] : *fix.alone[side]);
       EXPECT_EQ(patch.dump(), row.patches[side]);
       const Dump patched = dump_of(Json::parse(dumps[side].json).patch(patch).dump());
-      EXPECT_EQ(patched.mistakes, "");
+      EXPECT_EQ(patched.errors, "");
       after[side] = patched.settings;
     }
-    const bool is_both = cure.both.has_value();
+    const bool is_both = fix.both.has_value();
     // The VLANs that are no twins may stay different.
     const auto seen = [&](const Settings &settings) {
       const Bytes bytes = value(settings, row.channel, row.type);
@@ -332,7 +332,7 @@ TEST(Capture, IsCured) {
   }
   const Dump left = dump_of(capture("vlans-left"));
   const Dump right = dump_of(capture("vlans-right"));
-  EXPECT_EQ(cure_of({&left.settings, &right.settings}, {nullptr, &right.rows}, "",
+  EXPECT_EQ(find_fix({&left.settings, &right.settings}, {nullptr, &right.rows}, "",
                     STP_MCEC_TYPE1_STP_ENDIS)
                 .text,
             "stp-endis: VLAN 20 listed on right, or not listed on left");

@@ -1,4 +1,4 @@
-// mcec-lab as a person and a script meet it: tables, verdicts, mistakes, exit status.
+// mcec-lab as a person and a script meet it: tables, verdicts, errors, exit status.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -67,7 +67,7 @@ constexpr char region[] =
 TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
   const struct {
     const char *scenario;
-    const char *mistakes;  // each line behind "FILE:"
+    const char *errors;  // each line behind "FILE:"
   } rows[] = {
       {"[", "1:1: no YAML here: end of sequence flow not found; expected a scenario in YAML\n"},
       {"steps: []", "1:8: no step in 'steps'; expected a list of at least one\n"},
@@ -152,7 +152,7 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
       {"steps:\n\t- check: switch\n", "2:1: found a tab in the indentation; expected blanks\n"},
   };
   for (const auto &row : rows) {
-    std::istringstream lines(row.mistakes);
+    std::istringstream lines(row.errors);
     std::string expected;
     for (std::string line; std::getline(lines, line);) expected += file + ":" + line + "\n";
     const Outcome outcome = run(row.scenario);
@@ -161,11 +161,11 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
   }
   const Outcome none = lab("run --json " + folder + "/none 2>/dev/null");
   EXPECT_EQ(none.status, 2);
-  EXPECT_EQ(Json::parse(none.out)["mistakes"][0]["found"],
+  EXPECT_EQ(Json::parse(none.out)["errors"][0]["found"],
             "cannot be read: No such file or directory");
   std::string many = "steps:\n";
   for (int i = 0; i < 120; ++i) many += "- {crash: X}\n";
-  EXPECT_NE(run(many).out.find("\n" + file + ": and 20 mistakes more\n"), std::string::npos);
+  EXPECT_NE(run(many).out.find("\n" + file + ": and 20 errors more\n"), std::string::npos);
   EXPECT_EQ(lab("run --quiet -", "echo 'steps: [{check: switch}]' |").status, 0);
   EXPECT_EQ(lab("run").status, 2);
   EXPECT_EQ(lab("walk").status, 2);

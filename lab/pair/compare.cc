@@ -10,8 +10,8 @@
 #include "draimiofaf/check.h"
 #include "draimiofaf/foundation.h"
 #include "satmgr.h"
-#include "settings/arrays.h"
-#include "settings/values.h"
+#include "switch/arrays.h"
+#include "switch/values.h"
 #include "standin.h"
 
 namespace lab {

@@ -12,7 +12,7 @@
 #include "mts.h"
 #include "pair/compare.h"
 #include "pair/wire.h"
-#include "settings/arrays.h"
+#include "switch/arrays.h"
 #include "standin.h"
 
 namespace lab {

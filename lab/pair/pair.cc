@@ -14,7 +14,7 @@
 #include <type_traits>
 
 #include "pair/device.h"
-#include "pair/signals.h"
+#include "text/signals.h"
 #include "pair/wire.h"
 
 namespace lab {

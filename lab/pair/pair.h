@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "language/names.h"
+#include "switch/names.h"
 #include "pair/protocol.h"
 
 namespace lab {

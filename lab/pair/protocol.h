@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "settings/settings.h"
+#include "switch/settings.h"
 
 namespace lab {
 

@@ -15,7 +15,7 @@
 #include <cerrno>
 #include <sstream>
 
-#include "pair/signals.h"
+#include "text/signals.h"
 
 namespace lab {
 

@@ -5,7 +5,7 @@
 
 #include "draimiofaf/types.h"
 #include "scenario/steps.h"
-#include "settings/values.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
@@ -111,8 +111,8 @@ void add_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &k
       return command.attributes.push_back({attribute, key.read(reader, node)});
     takers.push_back(command_text(taker));
   }
-  if (command.id == 0) return;  // the command itself is a mistake
-  reader.mistake(node,
+  if (command.id == 0) return;  // the command itself is a error
+  reader.add_error(node,
                  std::string("'") + key.key + "' does not belong to " + command_text(command.id),
                  "it with " + one_of(takers) + " only");
 }

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "language/told.h"
-#include "read/switch.h"
-#include "settings/values.h"
+#include "output/told.h"
+#include "switch/state_reader.h"
+#include "switch/values.h"
 
 namespace lab {
 
@@ -412,15 +412,15 @@ std::vector<Expected> read_expectations(StepReader &reader, const YAML::Node &no
   const std::vector<std::string> keys = expectation_keys(action);
   if (!reader.mapping(node, "the expectations of '" + action + "'", keys)) return expected;
   if (node.size() == 0) reader.expected(node, "at least one of " + one_of(keys));
-  const std::size_t mistakes = reader.mistakes.size();
+  const std::size_t errors = reader.errors.size();
   for (const auto &pair : node) {
     const ExpectationKind *kind = find_kind(action, scalar_text(pair.first));
     if (kind != nullptr) expected.push_back({kind, kind->read(reader, pair.second)});
   }
-  if (reader.mistakes.size() == mistakes) {
+  if (reader.errors.size() == errors) {
     const std::string why = contradiction(expected);
     if (!why.empty()) {
-      reader.mistake(node, "found expectations that cannot hold together: " + why,
+      reader.add_error(node, "found expectations that cannot hold together: " + why,
                      "what can be the outcome");
     }
   }

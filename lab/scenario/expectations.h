@@ -1,5 +1,5 @@
 // What can be expected of a step, a row each: its key, the steps that it is for, how it is read, and
-// how it is held against the outcome.
+// how it is snapshot against the outcome.
 #pragma once
 
 #include <string>

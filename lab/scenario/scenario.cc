@@ -1,6 +1,6 @@
 #include "scenario/scenario.h"
 
-#include "read/switch.h"
+#include "switch/state_reader.h"
 #include "scenario/steps.h"
 
 namespace lab {
@@ -44,7 +44,7 @@ void read_root(StepReader &reader, const YAML::Node &root, Scenario &scenario) {
   const YAML::Node steps = root["steps"];
   if (!reader.required(root, "steps", "a scenario")) return;
   if (!steps.IsSequence() || steps.size() == 0) {
-    return reader.mistake(steps, "no step in 'steps'", "a list of at least one");
+    return reader.add_error(steps, "no step in 'steps'", "a list of at least one");
   }
   reader.now = scenario.settings;
   reader.twins = scenario.twins;
@@ -55,8 +55,8 @@ void read_root(StepReader &reader, const YAML::Node &root, Scenario &scenario) {
 
 ReadScenario read_scenario(const std::string &path) {
   ReadScenario read;
-  const std::string text = file_text(path, read.mistakes);
-  if (read.mistakes.empty()) return read_scenario_text(path, text);
+  const std::string text = file_text(path, read.errors);
+  if (read.errors.empty()) return read_scenario_text(path, text);
   read.scenario.path = printable(path);
   return read;
 }
@@ -67,8 +67,8 @@ ReadScenario read_scenario_text(const std::string &path, const std::string &text
   StepReader reader;
   read_yaml(text, "a scenario", reader,
             [&](const YAML::Node &root) { read_root(reader, root, read.scenario); });
-  read.mistakes = std::move(reader.mistakes);
-  sort_mistakes(read.mistakes);
+  read.errors = std::move(reader.errors);
+  sort_errors(read.errors);
   return read;
 }
 

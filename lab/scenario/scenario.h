@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "language/json.h"
-#include "language/mistake.h"
+#include "output/json.h"
+#include "text/error.h"
 #include "pair/pair.h"
-#include "settings/scopes.h"
+#include "pair/scopes.h"
 
 namespace lab {
 
@@ -54,7 +54,7 @@ struct Scenario {
 
 struct ReadScenario {
   Scenario scenario;
-  Mistakes mistakes;  // in the order of the file; none: the scenario can be run
+  InputErrors errors;  // in the order of the file; none: the scenario can be run
 };
 
 // The scenario in a file; "-" is standard input.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <csignal>
 
-#include "read/switch.h"
+#include "switch/state_reader.h"
 #include "scenario/expectations.h"
 #include "standin.h"
 
@@ -209,7 +209,7 @@ const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::No
     if (known == nullptr) {
       others.push_back(scalar_text(pair.first));
     } else if (kind != nullptr && kind != known) {
-      reader.mistake(pair.first,
+      reader.add_error(pair.first,
                      std::string("found '") + known->action + "' besides '" + kind->action + "'",
                      "one thing to do in a step");
     } else if (kind == nullptr) {
@@ -223,7 +223,7 @@ const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::No
   if (others.empty()) {
     reader.expected(node, "a step with one of " + one_of(actions));
   } else {
-    reader.mistake(node, "found a step with '" + others.front() + "'",
+    reader.add_error(node, "found a step with '" + others.front() + "'",
                    "a step with one of " + one_of(actions, others.front()));
   }
   return nullptr;
@@ -264,7 +264,7 @@ std::vector<PortOfPair> read_named_ports(StepReader &reader, const YAML::Node &n
     }
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());
-    reader.mistake(node, "found '" + name + "'",
+    reader.add_error(node, "found '" + name + "'",
                    what + ": port indexes, for instance 0x1000-0x1003,0x2000" +
                        (names.empty() ? "" : ", or names: " + one_of(names, name)));
   }
@@ -287,7 +287,7 @@ Step read_step(StepReader &reader, const YAML::Node &node) {
   if (!expected.empty()) keys.emplace_back("expect");
   keys.insert(keys.end(), kind->keys.begin(), kind->keys.end());
   if (node["expect"] && expected.empty()) {
-    reader.mistake(node["expect"], "nothing can be expected of '" + step.action + "'");
+    reader.add_error(node["expect"], "nothing can be expected of '" + step.action + "'");
     keys.emplace_back("expect");
   }
   reader.mapping(node, "a '" + step.action + "' step", keys);
@@ -315,7 +315,7 @@ std::vector<PortOfPair> read_ports(StepReader &reader, const YAML::Node &node,
     }
     for (const uint32_t index : indexes) ports.push_back({index, index});
     if (indexes.empty()) {
-      reader.mistake(node,
+      reader.add_error(node,
                      "port " + port_text(first) + (first == last ? "" : " to " + port_text(last)) +
                          " does not exist",
                      "one that a switch of the scenario has");
@@ -353,7 +353,7 @@ std::string read_channel_name(StepReader &reader, const YAML::Node &node,
   }
   std::sort(names.begin(), names.end());
   names.erase(std::unique(names.begin(), names.end()), names.end());
-  reader.mistake(node, "found channel '" + printable(given) + "'",
+  reader.add_error(node, "found channel '" + printable(given) + "'",
                  names.empty() ? "a channel, but no port belongs to one"
                                : "a channel of one of the switches: " + one_of(names, given));
   return "";

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "language/yaml.h"
+#include "text/yaml.h"
 #include "scenario/scenario.h"
 
 namespace lab {

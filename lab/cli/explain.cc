@@ -1,0 +1,32 @@
+#include <fmt/core.h>
+
+#include "cli/commands.h"
+#include "switch/names.h"
+#include "text/text.h"
+#include "output/explain.h"
+
+namespace lab {
+
+Status explain_it(const Arguments &arguments) {
+  if (explain(arguments.what, standard_layout(arguments.no_color))) return agreed;
+  std::vector<std::string> names = parameter_keys();
+  for (const auto &more : {command_keys(), result_keys()}) {
+    names.insert(names.end(), more.begin(), more.end());
+  }
+  print_error(
+      fmt::format("mcec-lab explain: found '{}'; expected a result code or its name, a "
+                  "parameter or a command: {} (see mcec-lab list)",
+                  printable(arguments.what), one_of(names, arguments.what)));
+  return wrong;
+}
+
+Status list_all(const Arguments &arguments) {
+  if (arguments.json) {
+    print_json(list_json());
+  } else {
+    list(arguments.what, standard_layout(arguments.no_color));
+  }
+  return agreed;
+}
+
+}  // namespace lab

@@ -1,0 +1,80 @@
+#include "output/advice.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "draimiofaf/types.h"
+
+namespace lab {
+namespace {
+
+// Where a configuration dump has the parameter, the fix is in its words, else in those of commands.
+constexpr Advice advice[] = {
+    {STP_MCEC_TYPE1_STP_MODE,
+     "The two halves of a channel send different BPDUs, so the device behind it hears two bridges "
+     "where it should hear one. Between the switches themselves only one common tree is left.",
+     "Give both the same mode: STP|GLOBAL mode, mst or pvst; or the command stp-mode."},
+    {STP_MCEC_TYPE1_STP_ENDIS,
+     "On such a VLAN one half of a channel forwards whatever comes, while the other follows the "
+     "tree. A loop through the half without spanning tree is not broken.",
+     "Let spanning tree run on the same VLANs of the channels: STP_VLAN|VlanN enabled, true or "
+     "false on both; or the command stp-endis."},
+    {STP_MCEC_TYPE1_MST_REGION_NAME,
+     "The switches are two regions, and between regions all VLANs follow one common tree: what the "
+     "instances spread over several links is blocked on all but one.",
+     "Give both regions one name: STP_MST|GLOBAL name. Without a name a region is called after its "
+     "switch's own address, so two of them never agree."},
+    {STP_MCEC_TYPE1_MST_REGION_REVISION,
+     "The switches are two regions, as with two names. It happens when a change of the region has "
+     "reached one switch only.",
+     "Make the change on the other, too, then the revision: STP_MST|GLOBAL revision, one number on "
+     "both."},
+    {STP_MCEC_TYPE1_MST_REGION_VI_MAP,
+     "The digests of the maps differ, so the switches are two regions, as with two names. Where "
+     "the common tree uses a link that does not carry a VLAN, that VLAN is cut off.",
+     "Give each instance the same VLANs: STP_MST_INST|MST_INSTANCE|N vlan_list. It counts where a "
+     "VLAN is, not in what order it is listed."},
+    {STP_MCEC_TYPE1_LOOP_GUARD,
+     "When BPDUs stop on a link that still carries frames, the switch with loop guard blocks its "
+     "port and the other lets its own forward: a loop through the half without it.",
+     "Switch it on on both, or off: the command gbl-loopguard. Dumps say nothing of it."},
+    {STP_MCEC_TYPE1_BRIDGE_ASSURANCE,
+     "A network port with bridge assurance is blocked when its neighbour is silent; a switch "
+     "without it is silent on ports that only listen. Links go down although nothing is broken.",
+     "Switch it on on both, or off: the command gbl-bridge-assurance. Dumps say nothing of it."},
+    {STP_MCEC_TYPE1_GBL_PORT_TYPE,
+     "Ports without a type of their own take this one: one half of a channel forwards at once, "
+     "drops BPDUs or is shut down by one, where the other takes part in the tree.",
+     "Give both the same defaults: the commands gbl-edge, gbl-edge-bpduguard, gbl-edge-bpdufilter "
+     "and gbl-network. Dumps say nothing of them."},
+    {STP_MCEC_TYPE1_GBL_MST_SIMULATE_PVST,
+     "Where a device behind a channel runs Rapid-PVST, the half with the simulation talks to it "
+     "and the other half is blocked.",
+     "Switch it on on both, or off: the command gbl-mst-simulate-pvst. Dumps say nothing of it."},
+    {STP_MCEC_TYPE1_IFI_PORT_TYPE,
+     "One half of the channel forwards at once, the other waits for the tree. What is wired "
+     "wrongly "
+     "behind the channel loops through the edge half until the first BPDU comes.",
+     "Give both halves one type: STP_PORT|PortChannelN edge_port in mst, portfast in pvst, true or "
+     "false on both; or the command if-port-type."},
+    {STP_MCEC_TYPE1_IFI_PORT_GUARD,
+     "When a better bridge appears behind the channel, the half with root guard is blocked, and "
+     "the "
+     "other takes that bridge for the root: what is sent over the blocked half is lost.",
+     "Guard both halves, or none: STP_PORT|PortChannelN root_guard, true or false on both; or the "
+     "command if-guard."},
+    {STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST,
+     "Where the device behind the channel runs Rapid-PVST, the half with the simulation talks to "
+     "it "
+     "and the other half is blocked.",
+     "Set both halves alike: the command if-mst-simulate-pvst. Dumps say nothing of it."},
+};
+
+}  // namespace
+
+const Advice &advice_on(uint16_t type) {
+  return *std::find_if(std::begin(advice), std::end(advice),
+                       [=](const Advice &row) { return row.type == type; });
+}
+
+}  // namespace lab

@@ -1,0 +1,18 @@
+// Codes, parameters and commands in words.
+#pragma once
+
+#include <string>
+
+#include "output/json.h"
+#include "output/layout.h"
+
+namespace lab {
+
+// A result code, parameter or command, by name, number or key. false: nothing of that name.
+bool explain(const std::string &what, const Layout &layout);
+
+// The parameters, the commands, or both.
+void list(const std::string &what, const Layout &layout);
+Json list_json();
+
+}  // namespace lab

@@ -1,0 +1,66 @@
+#include "pair/scopes.h"
+
+#include <algorithm>
+#include <map>
+
+namespace lab {
+namespace {
+
+struct NaturalLess {
+  bool operator()(const std::string &a, const std::string &b) const { return natural_less(a, b); }
+};
+
+using Ends = std::array<PairScope::End, 2>;
+
+void add_ports(std::map<std::string, Ends, NaturalLess> &channels, const Settings &settings,
+               std::size_t which) {
+  std::map<uint32_t, Ends *> by_id;
+  for (const Port &port : settings.ports) {
+    if (port.channel == 0) continue;
+    Ends *&ends = by_id[port.channel];
+    if (ends == nullptr) {
+      const Channel *channel = find_channel(settings, port.channel);
+      const auto [at, is_new] = channels.try_emplace(channel->name);
+      ends = &at->second;
+      if (is_new) (*ends)[1 - which].present = false;
+      (*ends)[which] = {true, port.index, port_name(port), {}};
+    } else {
+      (*ends)[which].others.push_back({port.index, port_name(port)});
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<PairScope> channel_scopes(const PairOfSettings &pair) {
+  std::map<std::string, Ends, NaturalLess> channels;
+  for (std::size_t which = 0; which < pair.size(); ++which) {
+    add_ports(channels, *pair[which], which);
+  }
+  std::vector<PairScope> scopes;
+  for (auto &[name, ends] : channels) {
+    // A switch without the channel looks at the other's array as if it came from that port.
+    for (std::size_t which = 0; which < ends.size(); ++which) {
+      if (!ends[which].present) ends[which].port = ends[1 - which].port;
+    }
+    scopes.push_back({PairScope::Kind::of_channel, name, std::move(ends)});
+  }
+  return scopes;
+}
+
+PairScope port_scope(uint32_t index) {
+  PairScope scope{PairScope::Kind::of_port, port_text(index), {}};
+  for (PairScope::End &end : scope.ends) end = {true, index, port_text(index), {}};
+  return scope;
+}
+
+Vlans twin_vlans(const PairOfSettings &pair) {
+  Vlans twins;
+  for (const Channel &channel : pair[0]->channels) {
+    const Channel *half = find_channel(*pair[1], channel.name);
+    if (half != nullptr) twins |= channel.vlans & half->vlans;
+  }
+  return twins;
+}
+
+}  // namespace lab

@@ -1,0 +1,44 @@
+// What is compared of a pair: the switch, and each multi-chassis channel, whose lowest port speaks
+// for it on each side, whatever the indexes are.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "switch/settings.h"
+
+namespace lab {
+
+struct PairScope {
+  enum class Kind : uint8_t { of_switch, of_port, of_channel };
+
+  struct Member {
+    uint32_t port;
+    std::string name;
+  };
+
+  // One side of it.
+  struct End {
+    bool present = true;  // false: this switch has no such channel
+    uint32_t port = 0;
+    std::string port_name;
+    std::vector<Member> others;  // of the channel besides the port
+  };
+
+  Kind kind = Kind::of_switch;
+  std::string name = "switch";
+  std::array<End, 2> ends = {};
+};
+
+// The channels that have a port on either side, in natural order of their names.
+std::vector<PairScope> channel_scopes(const PairOfSettings &pair);
+
+// A port by its index, the same on both sides.
+PairScope port_scope(uint32_t index);
+
+// The VLANs that the same channel carries on both switches.
+Vlans twin_vlans(const PairOfSettings &pair);
+
+}  // namespace lab

@@ -1,0 +1,52 @@
+// A switch's configuration database, read and stayed beside.
+//
+// Two connections: on one the server says which rows change, on the other rows are asked for. First
+// comes the subscription, then the first reading, so that no change is missed between the two. What
+// sends no notification of its rows (a flushed or swapped database) is found by reading all of them
+// anew. Nothing is ever written.
+#pragma once
+
+#include <poll.h>
+
+#include <memory>
+#include <vector>
+
+#include "sonic/snapshot.h"
+#include "sonic/source.h"
+
+namespace lab {
+
+struct Database;
+
+struct CloseDatabase {
+  void operator()(Database *database) const;
+};
+
+using OpenDatabase = std::unique_ptr<Database, CloseDatabase>;
+
+// `interval`: between two readings where the server sends no notifications. The process ignores SIGPIPE
+// from then on.
+OpenDatabase open_database(const Source &source, Clock::duration interval, TimePoint now);
+
+Snapshot &snapshot(Database &database);
+
+// Do all that can be done without waiting. Call it when a socket is ready, and when it is due.
+void step(Database &database, TimePoint now);
+TimePoint due(const Database &database);
+void add_sockets(const Database &database, std::vector<pollfd> &sockets);
+
+// Bring in the rows of which the server has said that they changed. Call it after every step, until it
+// is true: what is snapshot is then what the server snapshot at one time. A lost source is always settled.
+bool settle(Database &database, TimePoint now);
+
+// The rows, once. With a reason the source is lost, and there are none.
+struct ReadDatabase {
+  Rows rows;
+  InputErrors errors;
+  std::string lost;
+};
+
+// Waits, at most as long as the server is slow. Throws Interrupted.
+ReadDatabase read_database(const Source &source);
+
+}  // namespace lab

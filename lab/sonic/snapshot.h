@@ -1,0 +1,59 @@
+// What a source that the lab stays beside holds now, and what changed in it.
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "text/error.h"
+#include "sonic/rows.h"
+
+namespace lab {
+
+using Clock = std::chrono::steady_clock;
+using TimePoint = Clock::time_point;
+
+enum class SourceState {
+  opening,  // it is asked for the first time
+  here,
+  lost,  // nothing is known of what it holds
+};
+
+struct Snapshot {
+  SourceState state = SourceState::opening;
+  std::string reason;          // of a loss
+  bool refused = false;        // it is lost because it does not let the lab in
+  bool notifications = false;  // it says itself what changes
+  TimePoint checked;              // when all of it was last read
+
+  Rows rows;
+  std::optional<Settings> settings;          // of a source that says them without rows
+  std::map<std::string, InputErrors> errors;  // of reading, by row; "": the whole source
+
+  // Rows that changed, "TABLE|key", as they were when this was last emptied; "": the whole source.
+  std::map<std::string, std::optional<Row>> before;
+  // Of the changes that have been noticed since settling began last.
+  std::optional<TimePoint> first_change;
+  std::optional<TimePoint> last_change;
+};
+
+// The table and the key of "TABLE|key"; without a '|' the key is the whole, of no table.
+std::pair<std::string, std::string> split_row_name(const std::string &name);
+
+// A row as it stands, nullptr when there is none.
+const Row *find_row(const Rows &rows, const std::string &name);
+void set_row(Rows &rows, const std::string &name, std::optional<Row> row);
+
+// The names of the rows that are not the same.
+std::vector<std::string> differing_rows(const Rows &a, const Rows &b);
+
+void notice_change(Snapshot &snapshot, TimePoint now);
+
+// A row has become another one.
+void change_row(Snapshot &snapshot, const std::string &name, std::optional<Row> row);
+
+// Forget what the source snapshot.
+void lose(Snapshot &snapshot, std::string reason, bool refused);
+
+}  // namespace lab

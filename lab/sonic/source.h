@@ -1,0 +1,39 @@
+// Where the settings of a switch come from: a file, or the switch's configuration database.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "text/error.h"
+
+namespace lab {
+
+struct Source {
+  enum class Kind { file, tcp, unix_socket };
+  Kind kind = Kind::file;
+  std::string shown;  // for people and programs: as it was given, without the password
+  std::string place;  // a path ("-": the standard input), or a host's name or address
+  uint16_t port = 6379;
+  uint32_t database = 4;
+  std::string user;  // empty: the server's default one
+  std::string password;
+};
+
+struct ParsedSource {
+  Source source;
+  InputErrors errors;  // with some, only `shown` is of use
+};
+
+/*
+ * redis://[user:password@]host[:port][/db], unix://[user:password@]/path[?db=4], or a file. What is
+ * special in these can be written %40; an IPv6 address stands in brackets. A password that is not
+ * there is taken from MCEC_LEFT_PASSWORD or MCEC_RIGHT_PASSWORD, by `side`, 0 or 1.
+ */
+ParsedSource parse_source(std::string_view text, std::size_t side);
+
+// A text in which a source may stand, as a person may see it: without passwords, however wrong the
+// source is.
+std::string without_passwords(std::string_view text);
+
+}  // namespace lab

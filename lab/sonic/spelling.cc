@@ -1,0 +1,118 @@
+#include "sonic/spelling.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace lab {
+namespace {
+
+bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool is_blank(char c) {
+  return c == ' ' || c == '\t';
+}
+
+std::vector<std::string_view> split(std::string_view text, char at) {
+  std::vector<std::string_view> parts;
+  while (true) {
+    const std::size_t end = text.find(at);
+    parts.push_back(text.substr(0, end));
+    if (end == text.npos) return parts;
+    text.remove_prefix(end + 1);
+  }
+}
+
+// The number behind a word.
+std::optional<uint32_t> behind(std::string_view word, std::string_view text) {
+  return text.starts_with(word) ? decimal(text.substr(word.size())) : std::nullopt;
+}
+
+// Nothing where a blank stands between two digits: it was a comma that somebody forgot.
+std::optional<std::string> without_blanks(std::string_view text) {
+  std::string rest;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (is_blank(text[i])) continue;
+    const bool is_joined = i > 0 && is_blank(text[i - 1]) && !rest.empty();
+    if (is_joined && is_digit(rest.back()) && is_digit(text[i])) return std::nullopt;
+    rest += text[i];
+  }
+  return rest;
+}
+
+}  // namespace
+
+std::optional<uint32_t> decimal(std::string_view text) {
+  if (text.empty() || !std::all_of(text.begin(), text.end(), is_digit)) return std::nullopt;
+  uint32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() ? value : UINT32_MAX;
+}
+
+std::optional<uint32_t> vlan_of(std::string_view name) {
+  const auto vlan = behind("Vlan", name);
+  // A name is the name of an interface: there is no other spelling of it.
+  return vlan && (vlan > last_vlan || vlan_name(*vlan) == name) ? vlan : std::nullopt;
+}
+
+std::string vlan_name(uint32_t vlan) {
+  return "Vlan" + std::to_string(vlan);
+}
+
+bool is_channel(std::string_view name) {
+  return behind("PortChannel", name).has_value();
+}
+
+std::optional<uint32_t> instance_of_key(std::string_view key) {
+  for (const char *word : {"MST_INSTANCE|", "MST_INSTANCE:INSTANCE", ""}) {
+    if (const auto instance = behind(word, key)) return instance;
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string_view> parts_of(std::string_view key) {
+  return split(key, '|');
+}
+
+std::vector<std::string> members_of(const FieldValue &list) {
+  std::vector<std::string> members;
+  if (const auto *text = std::get_if<std::string>(&list)) {
+    for (const std::string_view member : split(*text, ',')) members.emplace_back(member);
+  } else {
+    members = std::get<std::vector<std::string>>(list);
+  }
+  // An empty list, joined by commas and split again, has one empty member.
+  if (members.size() == 1 && std::all_of(members[0].begin(), members[0].end(), is_blank)) {
+    members.clear();
+  }
+  return members;
+}
+
+ParsedRanges parse_member(std::string_view member) {
+  const auto rest = without_blanks(member);
+  if (!rest) return {{}, RangeFault::no_list};
+  const std::vector<std::string_view> ends = split(*rest, '-');
+  const char *word = rest->starts_with('V') ? "Vlan" : "";
+  const auto first = behind(word, ends.front());
+  const auto last = behind(word, ends.back());
+  if (ends.size() > 2 || !first || !last) return {{}, RangeFault::no_list};
+  if (*first < first_vlan || *first > last_vlan || *last < first_vlan || *last > last_vlan) {
+    return {{}, RangeFault::too_great};
+  }
+  if (*first > *last) return {{}, RangeFault::reversed};
+  return {{{*first, *last}}, RangeFault::none};
+}
+
+std::string shown(std::string_view text) {
+  constexpr std::size_t most = 64;
+  if (text.size() <= most) return printable(text);
+  std::size_t end = most;
+  while (end > most - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+  return printable(text.substr(0, end)) + "...";
+}
+
+std::string quoted(std::string_view text) {
+  return '\'' + shown(text) + '\'';
+}
+
+}  // namespace lab

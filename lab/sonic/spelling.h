@@ -1,0 +1,44 @@
+// How a configuration database spells its keys, its numbers and its lists of VLANs.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "switch/vlans.h"
+#include "sonic/rows.h"
+
+namespace lab {
+
+constexpr uint32_t first_vlan = 1;
+constexpr uint32_t last_vlan = 4094;
+constexpr uint32_t last_instance = 4094;
+
+// Digits and nothing else; a number past 32 bits is the greatest.
+std::optional<uint32_t> decimal(std::string_view text);
+
+// "Vlan10", whether there can be such a VLAN or not.
+std::optional<uint32_t> vlan_of(std::string_view name);
+std::string vlan_name(uint32_t vlan);
+
+// "PortChannel10".
+bool is_channel(std::string_view name);
+
+// "MST_INSTANCE|1", "MST_INSTANCE:INSTANCE1" and "1", whether there can be such an instance or not.
+std::optional<uint32_t> instance_of_key(std::string_view key);
+
+// The parts of a key, at its bars.
+std::vector<std::string_view> parts_of(std::string_view key);
+
+// A list of VLANs by its members, whichever way it is written.
+std::vector<std::string> members_of(const FieldValue &list);
+
+// A member of a list of VLANs: "10", "10-20", "Vlan10" or "Vlan10-Vlan20".
+ParsedRanges parse_member(std::string_view member);
+
+// A text from outside as a error shows it: fit for a terminal, and not too long for one.
+std::string shown(std::string_view text);
+std::string quoted(std::string_view text);  // in quotation marks
+
+}  // namespace lab

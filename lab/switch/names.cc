@@ -1,0 +1,142 @@
+#include "switch/names.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "draimiofaf/types.h"
+#include "text/text.h"
+
+namespace lab {
+namespace {
+
+constexpr std::string_view prefix = "STP_MCEC_";
+
+template <class Named, class Match>
+const Named *find_in(const std::vector<Named> &all, Match match) {
+  const auto found = std::find_if(all.begin(), all.end(), match);
+  return found != all.end() ? &*found : nullptr;
+}
+
+template <class Named>
+const Named *find_key(const std::vector<Named> &all, std::string_view name) {
+  const std::string key = key_of(name);
+  return find_in(
+      all, [&](const Named &named) { return named.key == key || key_of(named.enumerator) == key; });
+}
+
+template <class Named>
+std::vector<std::string> keys_of(const std::vector<Named> &all) {
+  std::vector<std::string> keys;
+  for (const Named &named : all) keys.push_back(named.key);
+  return keys;
+}
+
+}  // namespace
+
+const std::vector<ParameterName> &parameters() {
+  enum Scope { INTERFACE, GLOBAL };
+  static const std::vector<ParameterName> all = {
+#define LAB_ROW(name, type, scope, length, code) \
+  {type, key_of(#name), "STP_MCEC_TYPE1_" #name, scope == GLOBAL, length, code},
+      STP_MCEC_TYPE1_PARAMETERS(LAB_ROW)
+#undef LAB_ROW
+  };
+  return all;
+}
+
+const std::vector<CommandName> &commands() {
+  enum Gate { UNGATED, GATED };
+  static const std::vector<CommandName> all = {
+#define LAB_ROW(name, id, extractor, gate) \
+  {id, key_of(#name), "STP_MCEC_CMD_" #name, #extractor, gate == GATED},
+      STP_MCEC_COMMANDS(LAB_ROW)
+#undef LAB_ROW
+  };
+  return all;
+}
+
+const std::vector<ResultName> &results() {
+  static const std::vector<ResultName> all = [] {
+    std::vector<ResultName> names = {
+        {"STP_MCEC_RESULT_NO_BLOCK", STP_MCEC_RESULT_NO_BLOCK},
+        {"STP_MCEC_RESULT_PVRST_REFUSED", STP_MCEC_RESULT_PVRST_REFUSED},
+#define LAB_ROW(name, code) {"STP_MCEC_" #name, code},
+        STP_MCEC_RESULT_CODES(LAB_ROW)
+#undef LAB_ROW
+    };
+    for (const ParameterName &parameter : parameters()) {
+      names.push_back(
+          {"STP_MCEC_ERR_" + parameter.enumerator.substr(prefix.size()), parameter.mismatch});
+    }
+    return names;
+  }();
+  return all;
+}
+
+const ParameterName *find_parameter(std::string_view key) {
+  return find_key(parameters(), key);
+}
+
+const ParameterName *find_parameter(uint32_t type) {
+  return find_in(parameters(), [=](const ParameterName &p) { return p.type == type; });
+}
+
+const CommandName *find_command(std::string_view key) {
+  return find_key(commands(), key);
+}
+
+const CommandName *find_command(uint32_t id) {
+  return find_in(commands(), [=](const CommandName &c) { return c.id == id; });
+}
+
+std::string parameter_key(uint32_t type) {
+  const ParameterName *parameter = find_parameter(type);
+  return parameter != nullptr ? parameter->key : std::to_string(type);
+}
+
+std::string result_name(uint32_t code) {
+  if (code == 0) return "agree";
+  const auto *known = find_in(results(), [=](const ResultName &r) { return r.code == code; });
+  if (known != nullptr) return known->name;
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%08X", code);
+  return text;
+}
+
+std::optional<uint32_t> find_result(std::string_view name) {
+  const std::string key = key_of(name);
+  if (key == "agree" || key == "ok") return 0;
+  for (const auto &[full, code] : results()) {
+    const std::string known = key_of(full);
+    for (const std::string_view before : {"", "stp-mcec-", "stp-mcec-err-", "stp-mcec-result-"}) {
+      if (known.starts_with(before) && known.substr(before.size()) == key) return code;
+    }
+  }
+  return parse_number(name);
+}
+
+const ParameterName *parameter_of_mismatch(uint32_t code) {
+  return find_in(parameters(), [=](const ParameterName &p) { return p.mismatch == code; });
+}
+
+std::vector<std::string> parameter_keys() {
+  return keys_of(parameters());
+}
+
+std::vector<std::string> command_keys() {
+  return keys_of(commands());
+}
+
+std::vector<std::string> result_keys() {
+  std::vector<std::string> keys = {"agree", "ok"};
+  for (const ResultName &result : results()) {
+    std::string_view name = std::string_view(result.name).substr(prefix.size());
+    for (const std::string_view before : {"ERR_", "RESULT_"}) {
+      if (name.starts_with(before)) name.remove_prefix(before.size());
+    }
+    keys.emplace_back(name);
+  }
+  return keys;
+}
+
+}  // namespace lab

@@ -1,0 +1,54 @@
+// The values of parameters: the kinds that there are, each read from YAML, written for a person,
+// compared as text, told apart and offered as help in one place. Texts come from the library.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "switch/names.h"
+#include "text/yaml.h"
+#include "switch/settings.h"
+
+namespace lab {
+
+// --- values are in network byte order, as the library holds them ---
+
+Bytes word(uint32_t value);
+uint32_t word_of(const Bytes &value);
+
+// A value that is the parameter's default, by the library's own test.
+Bytes default_value(const ParameterName &parameter);
+
+// The parameter's title in the library's report.
+std::string title(const ParameterName &parameter);
+
+// What a scenario says for a parameter; {bytes: ...} gives any parameter any bytes.
+Bytes read_value(Reader &reader, const ParameterName &parameter, const YAML::Node &node);
+
+// What the library displays for a value, except that a VLAN list is whole and a VLAN map is told.
+std::string display(uint32_t type, const Bytes &value);
+
+// How a scenario or a state file writes a value, in YAML, so that reading it gives the same bytes:
+// rapid-pvst, "10-20", {1: "10-20"}.
+std::string written(const Entry &entry);
+
+// How a scenario writes values of the parameter, for a person.
+std::string value_help(const ParameterName &parameter);
+
+// Do two display texts say the same? Names are taken to the letter, other texts by their words.
+bool same_text(std::string_view parameter, std::string_view a, std::string_view b);
+
+// What only the one and what only the other has of two long values: "700 (instance 1)". Both are
+// empty for values that are short, or that differ in no VLAN.
+struct Difference {
+  std::string left;
+  std::string right;
+};
+Difference difference(uint32_t type, const Bytes &left, const Bytes &right);
+
+// The words by which a scenario names the values of a parameter, from the library's own display
+// texts: "rapid-pvst", "edge-trunk-port". Empty for parameters that have no such texts.
+const Words &value_words(const ParameterName &parameter);
+
+}  // namespace lab

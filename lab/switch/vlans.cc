@@ -1,0 +1,115 @@
+#include "switch/vlans.h"
+
+#include <algorithm>
+
+#include "draimiofaf/foundation.h"
+
+namespace lab {
+
+ParsedRanges parse_ranges(std::string_view text, uint32_t most) {
+  ParsedRanges parsed;
+  std::string rest(text);
+  rest.erase(std::remove(rest.begin(), rest.end(), ' '), rest.end());
+  for (std::size_t at = 0; at <= rest.size();) {
+    const std::size_t end = std::min(rest.find(',', at), rest.size());
+    const std::string_view part = std::string_view(rest).substr(at, end - at);
+    const std::size_t dash = part.find('-');
+    const auto first = parse_number(part.substr(0, dash));
+    const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
+    if (!first || !last) return {{}, RangeFault::no_list};
+    if (*first > most || *last > most) return {{}, RangeFault::too_great};
+    if (*first > *last) return {{}, RangeFault::reversed};
+    parsed.ranges.emplace_back(*first, *last);
+    at = end + 1;
+  }
+  return parsed;
+}
+
+ParsedRanges parse_vlans(std::string_view text) {
+  if (text.empty() || key_of(text) == "none") return {};
+  return parse_ranges(text, vlan_count - 1);
+}
+
+Vlans vlans_of(const Ranges &ranges) {
+  Vlans vlans;
+  for (const auto &[first, last] : ranges) {
+    if (first >= vlan_count || first > last) continue;
+    const uint32_t count = std::min(last, vlan_count - 1) - first + 1;
+    vlans |= ~Vlans() >> (vlan_count - count) << first;
+  }
+  return vlans;
+}
+
+Ranges ranges_of(const Vlans &vlans) {
+  Ranges ranges;
+  for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
+    if (!vlans[vlan]) continue;
+    if (!ranges.empty() && ranges.back().second + 1 == vlan) {
+      ranges.back().second = vlan;
+    } else {
+      ranges.emplace_back(vlan, vlan);
+    }
+  }
+  return ranges;
+}
+
+std::string vlan_text(const Vlans &vlans) {
+  return stp_mcec_lib_bmp4096_to_str(vlan_record(vlans).data());
+}
+
+std::string vlan_words(const Vlans &vlans) {
+  return (vlans.count() == 1 ? "VLAN " : "VLANs ") + vlan_text(vlans);
+}
+
+Bytes vlan_record(const Vlans &vlans) {
+  Bytes record(sizeof(bmp4096_t));
+  record[2] = 2;  // 512, in network byte order
+  for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
+    uint8_t &byte = record[offsetof(bmp4096_t, bmp) + vlan / 8];
+    if (vlans[vlan]) byte = uint8_t(byte | 0x80U >> vlan % 8);
+  }
+  return record;
+}
+
+Vlans vlans_of_record(const Bytes &record) {
+  Vlans vlans;
+  for (std::size_t at = offsetof(bmp4096_t, bmp); at < std::min(record.size(), sizeof(bmp4096_t));
+       ++at) {
+    for (uint32_t bit = 0; bit < 8; ++bit) {
+      if ((record[at] & 0x80U >> bit) != 0) vlans.set((at - offsetof(bmp4096_t, bmp)) * 8 + bit);
+    }
+  }
+  return vlans;
+}
+
+uint32_t instance_of(const Bytes &map, uint32_t vlan) {
+  const std::size_t at = std::size_t{2} * vlan;
+  return at + 1 < map.size() ? map[at] * 256U + map[at + 1] : 0;
+}
+
+void set_instance(Bytes &map, uint32_t vlan, uint32_t instance) {
+  map[std::size_t{2} * vlan] = uint8_t(instance >> 8);
+  map[std::size_t{2} * vlan + 1] = uint8_t(instance);
+}
+
+std::map<uint32_t, Vlans> instances_of(const Bytes &map) {
+  std::map<uint32_t, Vlans> instances;
+  for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
+    if (const uint32_t instance = instance_of(map, vlan); instance != 0) {
+      instances[instance].set(vlan);
+    }
+  }
+  return instances;
+}
+
+std::string vlan_map_text(const Bytes &map) {
+  const std::map<uint32_t, Vlans> instances = instances_of(map);
+  if (instances.empty()) return "all VLANs in instance 0";
+  std::string text;
+  for (const auto &[instance, vlans] : instances) {
+    text += (text.empty() ? "" : "; ") + std::to_string(instance) + ": " + vlan_text(vlans);
+  }
+  return text;
+}
+
+}  // namespace lab

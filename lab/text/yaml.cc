@@ -1,0 +1,309 @@
+#include "text/yaml.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <yaml-cpp/eventhandler.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <set>
+#include <sstream>
+#include <tuple>
+
+#include "output/json.h"
+
+namespace lab {
+namespace {
+
+std::string found_text(const YAML::Node &node) {
+  if (!node.IsDefined() || node.IsNull()) return "found nothing";
+  if (node.IsMap()) return "found a mapping";
+  if (node.IsSequence()) return "found a list";
+  return "found '" + scalar_text(node) + "'";
+}
+
+// A key of a mapping as text; keys that are no scalars are called by what they are.
+std::string key_text(const YAML::Node &key) {
+  return key.IsScalar() ? key.Scalar() : found_text(key).substr(std::strlen("found "));
+}
+
+std::vector<std::string> keys_of(const Words &words) {
+  std::vector<std::string> keys;
+  for (const auto &[key, value] : words) keys.push_back(key);
+  return keys;
+}
+
+// "{vlans: 1,2}" is a key 'vlans' and a key '2' without a value.
+bool is_torn_list(const std::string &key, const YAML::Node &value) {
+  return value.IsNull() && parse_ranges(key, UINT32_MAX).fault == RangeFault::none;
+}
+
+constexpr char no_merge_keys[] =
+    "the keys themselves, or an alias for the whole mapping: merge keys are not taken";
+
+// Notes where a document begins.
+struct DocumentPlace : YAML::EventHandler {
+  YAML::Mark mark = YAML::Mark::null_mark();
+
+  void note(const YAML::Mark &at) { mark = mark.is_null() ? at : mark; }
+
+  void OnDocumentStart(const YAML::Mark &) override {}
+  void OnDocumentEnd() override {}
+  void OnNull(const YAML::Mark &at, YAML::anchor_t) override { note(at); }
+  void OnAlias(const YAML::Mark &at, YAML::anchor_t) override { note(at); }
+  void OnScalar(const YAML::Mark &at, const std::string &, YAML::anchor_t,
+                const std::string &) override {
+    note(at);
+  }
+  void OnSequenceStart(const YAML::Mark &at, const std::string &, YAML::anchor_t,
+                       YAML::EmitterStyle::value) override {
+    note(at);
+  }
+  void OnSequenceEnd() override {}
+  void OnMapStart(const YAML::Mark &at, const std::string &, YAML::anchor_t,
+                  YAML::EmitterStyle::value) override {
+    note(at);
+  }
+  void OnMapEnd() override {}
+};
+
+// Where the first two documents of a text begin, as far as there are any. YAML::LoadAll is of no
+// use: before a comma that stands outside of all lists it finds empty documents without end.
+std::array<DocumentPlace, 2> documents_of(const std::string &text) {
+  std::istringstream stream(text);
+  YAML::Parser parser(stream);
+  std::array<DocumentPlace, 2> places;
+  if (parser.HandleNextDocument(places[0])) parser.HandleNextDocument(places[1]);
+  return places;
+}
+
+// What a person can do about YAML that cannot be read.
+InputError no_yaml(const std::string &text, const YAML::Exception &problem, const std::string &what) {
+  const YAML::Mark &mark = problem.mark;
+  InputError error{std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "",
+                  "no YAML here: " + printable(problem.msg), what + " in YAML"};
+  std::istringstream lines(text);
+  std::string line;
+  for (int number = 1; std::getline(lines, line) && number <= error.line; ++number) {
+    const std::size_t indent = line.find_first_not_of(" \t");
+    const std::size_t tab = line.find('\t');
+    if (tab != line.npos && (indent == line.npos || tab < indent) && number + 1 >= error.line) {
+      return {number, int(tab) + 1, "", "found a tab in the indentation", "blanks"};
+    }
+  }
+  return error;
+}
+
+}  // namespace
+
+std::string scalar_text(const YAML::Node &node) {
+  return node.IsScalar() ? printable(node.Scalar()) : "";
+}
+
+void Reader::add_error(const YAML::Node &node, const std::string &found,
+                     const std::string &expected) {
+  const YAML::Mark mark = node.IsDefined() ? node.Mark() : YAML::Mark::null_mark();
+  errors.push_back(
+      {std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "", found, expected});
+}
+
+void Reader::expected(const YAML::Node &node, const std::string &what) {
+  add_error(node, found_text(node), what);
+}
+
+bool Reader::entries(const YAML::Node &node, const std::string &what,
+                     const std::function<void(const YAML::Node &, const YAML::Node &)> &each) {
+  if (!node.IsMap()) {
+    expected(node, what);
+    return false;
+  }
+  std::set<std::string> seen;
+  for (const auto &pair : node) {
+    const std::string key = key_text(pair.first);
+    if (!seen.insert(key).second) {
+      add_error(pair.first, "found '" + printable(key) + "' twice", "each key once");
+    } else if (key == "<<") {
+      add_error(pair.first, "found '<<'", no_merge_keys);
+    } else if (is_torn_list(key, pair.second) && seen.size() > 1) {
+      add_error(pair.first, "found '" + printable(key) + "' behind a comma",
+              "a list of numbers in quotation marks: \"1,2\"");
+    } else {
+      each(pair.first, pair.second);
+    }
+  }
+  return true;
+}
+
+bool Reader::mapping(const YAML::Node &node, const std::string &what,
+                     const std::vector<std::string> &allowed) {
+  return entries(node, what + ", a mapping with " + one_of(allowed),
+                 [&](const YAML::Node &key, const YAML::Node &) {
+                   const std::string given = key_text(key);
+                   if (std::find(allowed.begin(), allowed.end(), given) != allowed.end()) return;
+                   add_error(key, "unknown key '" + printable(given) + "' in " + what,
+                           one_of(allowed, given));
+                 });
+}
+
+bool Reader::required(const YAML::Node &node, const char *key, const std::string &what) {
+  if (node[key].IsDefined()) return true;
+  add_error(node, what + " without '" + key + "'", "it there");
+  return false;
+}
+
+bool Reader::sequence(const YAML::Node &node, const std::string &what) {
+  if (node.IsSequence()) return true;
+  expected(node, what);
+  return false;
+}
+
+std::string Reader::text(const YAML::Node &node, const std::string &what) {
+  if (node.IsScalar()) return printable_lines(node.Scalar());
+  expected(node, what);
+  return "";
+}
+
+std::string Reader::name(const YAML::Node &node, const std::string &what) {
+  if (node.IsScalar() && is_utf8(node.Scalar())) return node.Scalar();
+  expected(node, what + (node.IsScalar() ? " in UTF-8" : ""));
+  return "";
+}
+
+bool Reader::boolean(const YAML::Node &node, const std::string &what) {
+  bool value = false;
+  if (!node.IsScalar() || !YAML::convert<bool>::decode(node, value)) {
+    expected(node, what + ": true or false");
+  }
+  return value;
+}
+
+uint32_t Reader::number(const YAML::Node &node, const std::string &what, uint32_t least,
+                        uint32_t most) {
+  const auto value = node.IsScalar() ? parse_number(node.Scalar()) : std::nullopt;
+  if (value && *value >= least && *value <= most) return *value;
+  expected(node, what + ": a number from " + std::to_string(least) + " to " + std::to_string(most) +
+                     " (decimal, or 0x...)");
+  return least;
+}
+
+uint32_t Reader::word(const YAML::Node &node, const std::string &what, const Words &words,
+                      bool numbers) {
+  const std::string given = node.IsScalar() ? node.Scalar() : "";
+  const std::string key = key_of(given);
+  constexpr std::string_view suffix = "-port";  // "edge" for "edge-port", and the other way round
+  std::vector<std::string> spellings = {given, key, key + std::string(suffix)};
+  if (key.ends_with(suffix)) spellings.push_back(key.substr(0, key.size() - suffix.size()));
+  for (const std::string &spelling : spellings) {
+    if (const auto known = words.find(spelling); known != words.end()) return known->second;
+  }
+  if (numbers) {
+    if (const auto value = parse_number(given)) return *value;
+  }
+  expected(node, what + ": " + one_of(keys_of(words), given) + (numbers ? ", or a number" : ""));
+  return 0;
+}
+
+Ranges Reader::ranges(const YAML::Node &node, const std::string &what, uint32_t most,
+                      const std::string &example) {
+  if (!node.IsScalar()) {
+    expected(node, what + ", for instance " + example);
+    return {};
+  }
+  const std::string &given = node.Scalar();
+  ParsedRanges parsed = parse_ranges(given, most);
+  if (parsed.fault == RangeFault::reversed) {
+    expected(node,
+             what + ": each range from the lower number to the higher, for instance " + example);
+  } else if (parsed.fault != RangeFault::none) {
+    expected(node, what + ", for instance " + example);
+  }
+  return parsed.ranges;
+}
+
+Vlans Reader::vlans(const YAML::Node &node, const std::string &what) {
+  if (node.IsScalar() && parse_vlans(node.Scalar()).fault == RangeFault::none) {
+    return vlans_of(parse_vlans(node.Scalar()).ranges);
+  }
+  return vlans_of(ranges(node, what + ": VLANs 0 to 4095", vlan_count - 1, "1-10,20, or none"));
+}
+
+Bytes Reader::bytes(const YAML::Node &node, const std::string &what) {
+  std::string digits = node.IsScalar() ? node.Scalar() : "x";
+  digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
+  const bool valid = digits.size() % 2 == 0 && digits.size() / 2 <= UINT16_MAX &&
+                     digits.find_first_not_of("0123456789abcdefABCDEF") == digits.npos;
+  if (!valid) expected(node, what + ": bytes in hexadecimal, for instance 00 00 00 05");
+  return valid ? unhex(digits) : Bytes{};
+}
+
+void read_yaml(const std::string &text, const std::string &what, Reader &reader,
+               const std::function<void(const YAML::Node &)> &read) {
+  try {
+    const auto [first, second] = documents_of(text);
+    if (first.mark.is_null()) {
+      reader.errors.push_back({1, 1, "", "the file is empty", what + " in YAML"});
+    } else {
+      read(YAML::Load(text));
+    }
+    if (!second.mark.is_null()) {
+      reader.errors.push_back({second.mark.line + 1, second.mark.column + 1, "",
+                                 "a second document begins here", "one in a file"});
+    }
+  } catch (const YAML::Exception &problem) {
+    reader.errors.push_back(no_yaml(text, problem, what));
+  }
+}
+
+std::string file_text(const std::string &path, InputErrors &errors) {
+  const int file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  std::string text;
+  ssize_t got = file;
+  char buffer[65536];
+  while (got >= 0 && (got = read(file, buffer, sizeof buffer)) > 0) {
+    text.append(buffer, static_cast<std::size_t>(got));
+  }
+  if (got < 0) {
+    const std::string why = std::strerror(errno);
+    errors.push_back({0, 0, "", "cannot be read: " + why, "a file, or - for standard input"});
+  }
+  if (file > STDIN_FILENO) close(file);
+  return text;
+}
+
+// In quotation marks, since YAML takes some texts for numbers, truth or nothing. What no terminal
+// should see is escaped. YAML reads what JSON writes.
+std::string yaml_text(std::string_view text) {
+  std::string out = "\"";
+  while (!text.empty()) {
+    const std::string character(text.substr(0, std::max<std::size_t>(character_bytes(text), 1)));
+    const bool is_escaped = printable(character) != character;
+    const std::string written =
+        Json(character).dump(-1, ' ', is_escaped, Json::error_handler_t::replace);
+    out += written.substr(1, written.size() - 2);
+    text.remove_prefix(character.size());
+  }
+  return out + '"';
+}
+
+std::string yaml_vlans(const Vlans &vlans) {
+  return vlans.none() ? "none" : yaml_text(vlan_text(vlans));
+}
+
+void sort_errors(InputErrors &errors) {
+  const auto place = [](const InputError &error) {
+    return std::tie(error.line, error.column, error.where, error.found, error.expected);
+  };
+  std::stable_sort(errors.begin(), errors.end(),
+                   [](const InputError &a, const InputError &b) { return a.line < b.line; });
+  std::set<decltype(place(errors.front()))> seen;
+  InputErrors once;
+  for (const InputError &error : errors) {
+    if (seen.insert(place(error)).second) once.push_back(error);
+  }
+  errors = std::move(once);
+}
+
+}  // namespace lab
