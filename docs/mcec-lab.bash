@@ -23,7 +23,7 @@ _mcec_lab() {
       continue
     fi
     case ${COMP_WORDS[i]} in
-      --cure) option=--cure values=2 ;;
+      --patch) option=--patch values=2 ;;
       --format | --html | --pairs | --interval | --timeout | --metrics)
         option=${COMP_WORDS[i]} values=1
         ;;
@@ -63,7 +63,7 @@ _mcec_lab() {
       compare)
         ((place < 2)) && files='*.json *.yaml *.yml'
         [[ $current == -* ]] &&
-          words='--json --all --cure --html --pairs --format --no-color --help'
+          words='--json --all --patch --html --pairs --format --no-color --help'
         ;;
       capture)
         ((place == 0)) && files='*.json *.yaml *.yml'

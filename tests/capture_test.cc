@@ -51,7 +51,7 @@ Bytes value(const Settings &settings, const std::string &channel, uint16_t type)
 constexpr char a_dump[] =
     "; expected a dump of a configuration database, a JSON object of tables\n";
 
-TEST(Capture, TellsEveryMistakeWithItsPlace) {
+TEST(Capture, ReportsEveryErrorWithItsPlace) {
   const std::string no_json = ": no JSON here: ";
   const struct {
     std::string dump;

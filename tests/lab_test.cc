@@ -64,7 +64,7 @@ constexpr char region[] =
     "    parameters: {stp-mode: mst, mst-region-name: west, stp-endis: 20-30}\n"
     "steps:\n";
 
-TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
+TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
   const struct {
     const char *scenario;
     const char *errors;  // each line behind "FILE:"
@@ -102,7 +102,7 @@ TEST_F(Lab, TellsEveryMistakeWithItsPlace) {
        "4:12: found 'zz'; expected an array, but no step before has exported one 'as' a name\n"
        "6:3: unknown key 'on' in a 'check' step; expected check, note, expect or twin-vlans\n"
        "7:12: unknown key 'answer' in the expectations of 'check'; expected verdict, left, right, "
-       "differ, pass, fail, ports, channels or odd\n"},
+       "differ, pass, fail, ports, channels or inconsistent\n"},
       {"steps:\n- {fail: allocation, expect: {result: ok}}\n- comand: x\n",
        "2:30: nothing can be expected of 'fail'\n"
        "3:3: found a step with 'comand'; expected a step with one of command, or one of 10 more\n"},
@@ -218,7 +218,7 @@ TEST_F(Lab, ShowsBothSidesAndTheVerdicts) {
             "    mst-region-name  east   west   different\n"
             "    channel 10: 0x1000 on the left, 0x2000 on the right\n"
             "    DIFFERENT: ifi-port-type   (STP_MCEC_ERR_TYPE1_IFI_PORT_TYPE, 0x40DD0043)\n"
-            "    AT ODDS on the left: port 0x1001 is not set like 0x1000: ifi-port-type\n"
+            "    INCONSISTENT on the left: port 0x1001 is not set like 0x1000: ifi-port-type\n"
             "    parameter      left       right         comparison\n"
             "    ifi-port-type  Edge Port  Network Port  different\n"
             "    channel 11\n"
@@ -226,7 +226,7 @@ TEST_F(Lab, ShowsBothSidesAndTheVerdicts) {
             "    parameter      left  right      comparison\n"
             "    ifi-port-type  -     Edge Port  missing on the left\n"
             "    looked at 3 scopes; 3 differ: mst-region-name (1), ifi-port-type (1),\n"
-            "    missing on the left (1), ports of one channel at odds (1)\n"
+            "    missing on the left (1), inconsistent ports (1)\n"
             "nothing was expected\n\n");
   EXPECT_EQ(run(std::string(region) + "- check: channel 10\n", "--quiet --fail-on-difference").out,
             "Regions\n"
@@ -360,7 +360,7 @@ TEST_F(Lab, JsonTellsTheSteps) {
   const Outcome outcome =
       run(std::string(region) + "- check: switch\n- {export: switch, as: it}\n", "--json --log");
   const Json told = Json::parse(outcome.out);
-  EXPECT_EQ(told["holds"], true);
+  EXPECT_EQ(told["met"], true);
   EXPECT_EQ(told["steps"][0]["checks"][0]["verdicts"]["right"]["code"], 0x40DD003D);
   EXPECT_EQ(told["steps"][0]["checks"][0]["parameters"][2]["left"], "east");
   const std::string line = told["steps"][0]["switches"]["left"]["log"].back();

@@ -64,8 +64,8 @@ switches:
   left: {ports: [{ports: 1-2, channel: 3}, {ports: 2, parameters: {ifi-port-guard: root}}]}
 steps: [{check: all}, {crash: KILL, on: left}]"""
 ask("run", "run", "--json", "-", text=ODD)
-ask("mistakes", "run", "--json", "-", text=ODD.replace("KILL", "kill"))
-ask("mistakes", "run", "--json", "no-such.yaml")
+ask("errors", "run", "--json", "-", text=ODD.replace("KILL", "kill"))
+ask("errors", "run", "--json", "no-such.yaml")
 
 pairs = {}
 for left in sorted((root / "captures").glob("*-left.json")):
@@ -87,26 +87,26 @@ for left in files:
 ask("comparison", "compare", "--json", "off.json", files[0])
 for wrong in ("{", "[]", '{"STP": {"GLOBAL": {"mode": "x"}}, "VLAN": {"Vlan0": {}}}', "trunk: x"):
     (folder / "wrong").write_text(wrong)
-    ask("mistakes", "compare", "--json", "wrong", files[0])
+    ask("errors", "compare", "--json", "wrong", files[0])
 lines = "".join(f"{name}\t{left}\t{right}\n" for name, (left, right) in pairs.items())
 (folder / "pairs").write_text(lines)
 ask("comparison", "compare", "--json", "--pairs", "pairs", count=len(pairs))
 (folder / "pairs").write_text("one\twrong\twrong\ntwo\n")
-ask("mistakes", "compare", "--json", "--pairs", "pairs", count=2)
+ask("errors", "compare", "--json", "--pairs", "pairs", count=2)
 
 # A file that changes, makes no sense, goes and comes back.
 watched, new = folder / "watched.json", folder / "new.json"
 watched.write_bytes(files[0].read_bytes())
 with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout", "60", watched,
                        files[1]], stdout=subprocess.PIPE) as watch:
-    for event, text in (("compared", files[2].read_text()), ("changed", "{"), ("mistake", None),
-                        ("lost", files[2].read_text()), ("back", None)):
+    for event, text in (("compared", files[2].read_text()), ("changed", "{"), ("error", None),
+                        ("disconnected", files[2].read_text()), ("connected", None)):
         told = json.loads(watch.stdout.readline())
         hold("event", [told] if told["event"] == event else [], 1, event)
         if text:
             new.write_text(text)
             new.rename(watched)
-        elif event == "mistake":
+        elif event == "error":
             watched.unlink()
     watch.terminate()
 

@@ -149,7 +149,7 @@ def besiege_disk(folder):
              "test \"$(ls full)\" = \"$(printf 'kept.html\\nother')\" && grep -qx old full/kept.html || "
              "echo LOST: full/*; exit $status")
     for options in (["--html", "full/kept.html"], ["--html", "full/new.html"],
-                    ["--cure", "both", "full/new.json", "--html", "/dev/full"]):
+                    ["--patch", "both", "full/new.json", "--html", "/dev/full"]):
         lab = subprocess.Popen(["unshare", "-rm", "bash", "-c", begin, LAB, "compare", *options, *CAPTURES],
                                cwd=folder, start_new_session=True, stdout=subprocess.PIPE,
                                stderr=subprocess.STDOUT)

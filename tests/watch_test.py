@@ -223,8 +223,8 @@ def test_changes(folder):
                       (["HSET", "VLAN|Vlan5000", "a", "b"], ["DEL", "VLAN|Vlan5000"]),
                       (["SET", VLAN, "x"], ["DEL", VLAN])]:
         right.do(bad)
-        event = watch.next("mistake", None, side="right", still=False)
-        mistake, = event["mistakes"]
+        event = watch.next("error", None, side="right", still=False)
+        mistake, = event["errors"]
         assert mistake["source"] == right.url and mistake["where"].startswith(bad[1]), event
         assert [row["row"] for row in event["rows"]] == [bad[1]], event
         assert f"mcec_pair_agrees{label}}} NaN\n" in metrics.read_text()
@@ -247,7 +247,7 @@ def test_losses(folder):
     right.do(*words_of(ROWS), ["HSET", PORT, GUARD, "false"], ["DEL", "VLAN|Vlan10"], database=7)
     right.do(["SWAPDB", "4", "7"])
     events = [watch.events.get(timeout=PATIENCE) for _ in range(2)]
-    mistake, = (event for event in events if event["event"] == "mistake")
+    mistake, = (event for event in events if event["event"] == "error")
     changed, = (event for event in events if event["event"] == "changed")
     assert mistake["agree"] is None and mistake["side"] == "left", mistake
     assert [row["row"] for row in changed["rows"]] == [PORT, "VLAN|Vlan10"], changed
@@ -262,14 +262,14 @@ def test_losses(folder):
                                 env={**os.environ, "REDISCLI_AUTH": "s3cret"}, capture_output=True), ""),
     ]:
         stop()
-        lost = watch.next("lost", None, side="right")
+        lost = watch.next("disconnected", None, side="right")
         assert reason in lost["reason"], lost
         left.do(["HSET", PORT, GUARD, "false"])  # this is known, what it means for the pair is not
         watch.changed(None, f"left {PORT}", scopes=[])
         left.do(["HSET", PORT, GUARD, "true"])
         watch.changed(None, f"left {PORT}", scopes=[])
         go_on()
-        watch.next("back", side="right")
+        watch.next("connected", side="right")
     left.do(["HSET", PORT, GUARD, "false"])
     watch.changed(False, f"left {PORT}", scopes=["PortChannel10"])
     watch.quiet()
@@ -297,11 +297,11 @@ def test_starts(folder):
         ([], [left.url, right.url], {"MCEC_LEFT_PASSWORD": "s3cret"}, 2, "the password is refused"),
         ([], [left.url, f"{folder}/missing.json"], {}, 2, "No such file"),
         ([], [left.url, str(nothing)], {}, 2, "Vlan5000"),
-        ([], [left.url, left.url + "?db=9"], {}, 2, '"mistakes"'),
+        ([], [left.url, left.url + "?db=9"], {}, 2, '"errors"'),
         ([], [left.url, "redis://:s3cret@host:port"], {}, 2, "port"),
         ([], [left.url, "redis://:s3/cret@host"], {}, 2, "%2F"),
-        (["--timeout", "1", "--once-agreed"], [left.url, closed], {}, 1, '"lost"'),
-        (["--timeout", "1"], ["redis://localhost:1", "redis://no.such.host.invalid"], {}, 1, '"lost"'),
+        (["--timeout", "1", "--once-agreed"], [left.url, closed], {}, 1, '"disconnected"'),
+        (["--timeout", "1"], ["redis://localhost:1", "redis://no.such.host.invalid"], {}, 1, '"disconnected"'),
         (["--timeout", "1", "--metrics", folder], [left.url, left.url], {}, 2, "found"),
     ]:
         ended = run("watch", "--json", *options, *sources, **variables)
@@ -314,9 +314,9 @@ def test_starts(folder):
     late.stop()
     os.remove(late.path)
     watch = Watch(left, late, "--interval", "0.2")
-    watch.next("lost", None, side="right")
+    watch.next("disconnected", None, side="right")
     late.start()
-    watch.next("back", True, notifications={"left": True, "right": False})
+    watch.next("connected", True, notifications={"left": True, "right": False})
     late.do(["HSET", PORT, GUARD, "false"])
     watch.changed(False, f"right {PORT}", scopes=["PortChannel10"])
     watch.end()
@@ -341,8 +341,8 @@ def test_starts(folder):
         (lambda: path.write_text(dump("true")[:99]), r"right .*: no JSON here"),
         (lambda: None, "right: the verdict is not known"),
         (lambda: path.write_text(dump("true")), r"right STP_PORT.* false->true: PortChannel10 now agrees; the pair agrees"),
-        (path.unlink, "right is lost: No such file or directory"),
-        (lambda: path.write_text(dump("false")), r"right is back: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
+        (path.unlink, "right is disconnected: No such file or directory"),
+        (lambda: path.write_text(dump("false")), r"right is connected: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
     ]:
         write()
         said = person.stdout.readline()

@@ -67,7 +67,7 @@ void add_compare(Parser &parser) {
   compare->add_flag("--json", arguments.json, "a JSON document");
   compare->add_flag("--all", arguments.all, "show the scopes that agree, too");
   compare
-      ->add_option("--fix", arguments.fix,
+      ->add_option("--patch", arguments.fix,
                    "write the patch that brings a side (left, right or both) into step to a file")
       ->type_name("SIDE FILE");
   compare->add_option("--html", arguments.html, "write the comparison as a page to a file");

@@ -75,21 +75,21 @@ Status compare_sides(const Arguments &arguments) {
   }
   if (arguments.json + (arguments.html == "-") + (arguments.fix.second == "-") > 1) {
     print_error(
-        "mcec-lab compare: expected one of --json, --html - and --fix SIDE -, which all write "
+        "mcec-lab compare: expected one of --json, --html - and --patch SIDE -, which all write "
         "to the standard output");
     return wrong;
   }
   const std::vector<std::string> patched = {"left", "right", "both"};
   if (!arguments.fix.first.empty() &&
       std::find(patched.begin(), patched.end(), arguments.fix.first) == patched.end()) {
-    print_error(fmt::format("mcec-lab compare: --fix: found '{}'; expected {}",
+    print_error(fmt::format("mcec-lab compare: --patch: found '{}'; expected {}",
                          printable(arguments.fix.first), one_of(patched, arguments.fix.first)));
     return wrong;
   }
   Sides sides;
   if (!read_sides(arguments, sides)) return wrong;
   if (!arguments.fix.first.empty() && (!sides[0].rows || !sides[1].rows)) {
-    print_error("mcec-lab compare: --fix writes patches of dumps and databases; found a state file");
+    print_error("mcec-lab compare: --patch writes patches of dumps and databases; found a state file");
     return wrong;
   }
   const Json told = compare(sides);

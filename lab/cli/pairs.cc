@@ -257,7 +257,7 @@ void compare_all(const std::vector<PairLine> &pairs, const Arguments &arguments,
 Status compare_pairs(const Arguments &arguments) {
   if (!arguments.left.empty() || !arguments.fix.first.empty() || !arguments.html.empty()) {
     print_error(
-        "mcec-lab compare: --pairs stands alone; expected no sources, no --fix and no --html");
+        "mcec-lab compare: --pairs stands alone; expected no sources, no --patch and no --html");
     return wrong;
   }
   InputErrors errors;

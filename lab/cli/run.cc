@@ -47,7 +47,7 @@ Status print_scenario_errors(const std::string &path, const InputErrors &errors,
 Status status_of(const Json &outcome, const Arguments &arguments) {
   if (!outcome.contains("failed")) {
     const bool differs = arguments.fail_on_difference && outcome["agree"] == false;
-    return outcome["holds"] && !differs ? agreed : disagreed;
+    return outcome["met"] && !differs ? agreed : disagreed;
   }
   const Json &failed = outcome["failed"];
   std::string where = " ";

@@ -29,15 +29,15 @@ Colour verdict_colour(const Json &check, const std::string &side) {
 }
 
 // Ports that are not set like the one that speaks for their channel.
-void show_odd(const Json &check, const ShowOptions &options) {
-  const Json odd = check.value("odd", Json::object());
-  for (const auto &[side, ports] : odd.items()) {
+void print_inconsistent_ports(const Json &check, const ShowOptions &options) {
+  const Json inconsistent = check.value("inconsistent", Json::object());
+  for (const auto &[side, ports] : inconsistent.items()) {
     for (const Json &port : ports) {
       std::string keys;
       for (const Json &key : port["parameters"]) {
         keys += (keys.empty() ? "" : ", ") + key.get<std::string>();
       }
-      const std::string text = fmt::format("AT ODDS on the {}: port {} is not set like {}: {}",
+      const std::string text = fmt::format("INCONSISTENT on the {}: port {} is not set like {}: {}",
                                            side, port["port"].get<std::string>(),
                                            text_or(check["ports"][side], "the first"), keys);
       put_wrapped(coloured(text, Colour::red, options.layout), options.layout, indent);
@@ -53,7 +53,7 @@ void show_verdicts(const Json &check, const ShowOptions &options) {
   };
   const std::string left = verdict_text(check, switch_names[0]);
   if (std::all_of(verdicts.begin(), verdicts.end(), [](const Json &v) { return v["code"] == 0; })) {
-    say("", check.contains("odd") ? "the ports that speak for it agree" : "the pair agrees",
+    say("", check.contains("inconsistent") ? "the ports that speak for it agree" : "the pair agrees",
         Colour::green);
   } else if (left == verdict_text(check, switch_names[1])) {
     say("", left, Colour::red);
@@ -62,7 +62,7 @@ void show_verdicts(const Json &check, const ShowOptions &options) {
       say(fmt::format("{:6}", side), verdict_text(check, side), verdict_colour(check, side));
     }
   }
-  show_odd(check, options);
+  print_inconsistent_ports(check, options);
 }
 
 // --- parameters ---
@@ -165,11 +165,11 @@ void show_summary(const Json &checks, const ShowOptions &options) {
   std::size_t out_of_step = 0;
   std::map<std::string, std::size_t> by_parameter;
   std::map<std::string, std::size_t> missing;
-  std::size_t at_odds = 0;
+  std::size_t inconsistent = 0;
   for (const Json &check : checks) {
     if (agrees(check)) continue;
     ++out_of_step;
-    if (check.contains("odd")) ++at_odds;
+    if (check.contains("inconsistent")) ++inconsistent;
     if (check.contains("only")) {
       ++missing[other_side(check["only"])];
     } else {
@@ -185,7 +185,7 @@ void show_summary(const Json &checks, const ShowOptions &options) {
     if (found != by_parameter.end()) add(found->first, found->second);
   }
   for (const auto &[side, count] : missing) add("missing on the " + side, count);
-  if (at_odds > 0) add("ports of one channel at odds", at_odds);
+  if (inconsistent > 0) add("inconsistent ports", inconsistent);
   const std::string text = fmt::format("looked at {} scope{}; {} differ{}{}", checks.size(),
                                        checks.size() == 1 ? "" : "s",
                                        out_of_step == 0 ? "none" : std::to_string(out_of_step),
@@ -226,7 +226,7 @@ void show_now_and_then(const Json &now, const Json &then, const std::string &sid
               options.layout);
   }
   show_twins(then, options);
-  show_odd(then, options);
+  print_inconsistent_ports(then, options);
   show_moved("would put out of step", out_of_step, Colour::red, options);
   show_moved("would bring into step", into_step, Colour::green, options);
 }

@@ -31,7 +31,7 @@ void show_comparison(const Json &told, const ShowOptions &options) {
     put_wrapped("twin VLANs: " + (twins.empty() ? "none" : twins), layout, 4);
     show_checks(told["checks"], options);
   }
-  put_line("Besides:");
+  put_line("Notes:");
   for (std::size_t i = told["checks"].empty() ? 1 : 0; i < notes.size(); ++i) {
     put_wrapped(notes[i], layout, 4, "  - ");
   }

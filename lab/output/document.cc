@@ -180,15 +180,15 @@ State peer_state(const View &peer, uint16_t type) {
 }
 
 // The ports of a channel that differ from the one that speaks for it, as the switch's own fault.
-void tell_odd(const View &view, const PairScope::End &end, const char *side, Json &told) {
-  for (const View::Odd &odd : view.odd) {
+void add_inconsistent_ports(const View &view, const PairScope::End &end, const char *side, Json &told) {
+  for (const View::InconsistentPort &inconsistent : view.inconsistent) {
     Json keys = Json::array();
-    for (const uint16_t type : odd.types) keys.push_back(parameter_key(type));
-    std::string name = port_text(odd.port);
+    for (const uint16_t type : inconsistent.types) keys.push_back(parameter_key(type));
+    std::string name = port_text(inconsistent.port);
     for (const PairScope::Member &member : end.others) {
-      if (member.port == odd.port) name = member.name;
+      if (member.port == inconsistent.port) name = member.name;
     }
-    told["odd"][side].push_back({{"port", name}, {"parameters", keys}});
+    told["inconsistent"][side].push_back({{"port", name}, {"parameters", keys}});
   }
 }
 
@@ -242,7 +242,7 @@ Json told_scope(const PairScope &scope, const std::array<View, 2> &views) {
     parameters.push_back(told_parameter(seen, {seen.state, peer_state(views[1], seen.type)}));
   }
   for (std::size_t i = 0; i < views.size(); ++i) {
-    tell_odd(views[i], scope.ends[i], switch_names[i], told);
+    add_inconsistent_ports(views[i], scope.ends[i], switch_names[i], told);
     if (told.contains("pass") || !views[i].pass) continue;
     told["pass"] = vlan_text(*views[i].pass);
     told["fail"] = vlan_text(*views[i].fail);

@@ -182,9 +182,9 @@ std::string compared_text(const Json &event) {
 std::string back_text(const Json &event) {
   const std::string side = event["side"];
   if (event["comparison"].is_null()) {
-    return fmt::format("{} {} is back: the verdict is not known\n", time_of(event), side);
+    return fmt::format("{} {} is connected: the verdict is not known\n", time_of(event), side);
   }
-  return fmt::format("{} {} is back: {}\n", time_of(event), side,
+  return fmt::format("{} {} is connected: {}\n", time_of(event), side,
                      verdict_text(event["comparison"])) +
          polled_text(event);
 }
@@ -211,9 +211,9 @@ std::string plain_text(const Json &event) {
   const std::string kind = event["event"];
   if (kind == "changed") return changed_text(event);
   if (kind == "compared") return compared_text(event);
-  if (kind == "back") return back_text(event);
+  if (kind == "connected") return back_text(event);
   if (kind == "error") return mistake_text(event);
-  return fmt::format("{} {} is lost: {}\n", time_of(event), event["side"].get<std::string>(),
+  return fmt::format("{} {} is disconnected: {}\n", time_of(event), event["side"].get<std::string>(),
                      event["reason"].get<std::string>());
 }
 

@@ -120,7 +120,7 @@ std::string said(const Json &value) {
 
 void show_expectations(const Json &step, const ShowOptions &options) {
   for (const Json &expectation : list_of(step, "expectations")) {
-    if (expectation["holds"]) continue;
+    if (expectation["met"]) continue;
     put_wrapped(fmt::format("{} {}: expected {}, found {}",
                             coloured("NOT AS EXPECTED", Colour::red, options.layout),
                             expectation["what"].get<std::string>(), said(expectation["expected"]),
@@ -132,7 +132,7 @@ void show_expectations(const Json &step, const ShowOptions &options) {
 bool has_broken_expectation(const Json &step) {
   const Json &expectations = list_of(step, "expectations");
   return std::any_of(expectations.begin(), expectations.end(),
-                     [](const Json &expectation) { return !expectation["holds"]; });
+                     [](const Json &expectation) { return !expectation["met"]; });
 }
 
 // --- steps ---
@@ -185,7 +185,7 @@ void show_end(const Json &outcome, const ShowOptions &options) {
   for (const Json &step : outcome["steps"]) {
     for (const Json &expectation : list_of(step, "expectations")) {
       ++expected;
-      if (expectation["holds"]) ++snapshot;
+      if (expectation["met"]) ++snapshot;
     }
   }
   const std::string text =

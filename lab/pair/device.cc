@@ -226,12 +226,12 @@ Bytes exchange(const ToPeer &peer, const Bytes &own) {
 }
 
 // The ports of a channel that are not set like the one that speaks for it.
-std::vector<View::Odd> odd_ports(const Bytes &spoken, const std::vector<uint32_t> &others) {
-  std::vector<View::Odd> odd;
+std::vector<View::InconsistentPort> find_inconsistent_ports(const Bytes &spoken, const std::vector<uint32_t> &others) {
+  std::vector<View::InconsistentPort> inconsistent;
   for (const uint32_t port : others) {
     const Bytes array = export_scope({false, port}).array;
     if (array == spoken) continue;
-    View::Odd found{port, {}};
+    View::InconsistentPort found{port, {}};
     std::vector<Entry> left = entries_of(spoken);
     for (const Entry &entry : entries_of(array)) {
       const auto same = std::find(left.begin(), left.end(), entry);
@@ -241,9 +241,9 @@ std::vector<View::Odd> odd_ports(const Bytes &spoken, const std::vector<uint32_t
     for (const Entry &entry : left) found.types.push_back(entry.type);
     std::sort(found.types.begin(), found.types.end());
     found.types.erase(std::unique(found.types.begin(), found.types.end()), found.types.end());
-    odd.push_back(std::move(found));
+    inconsistent.push_back(std::move(found));
   }
-  return odd;
+  return inconsistent;
 }
 
 Checked perform_check(const Check &check, const ToPeer &peer) {
@@ -252,7 +252,7 @@ Checked perform_check(const Check &check, const ToPeer &peer) {
     const Bytes own = compared.present ? export_scope(compared.scope).array : Bytes{};
     const Bytes theirs = exchange(peer, own);
     View view = compare(compared.scope, own, theirs, check.twins);
-    view.odd = odd_ports(own, compared.others);
+    view.inconsistent = find_inconsistent_ports(own, compared.others);
     checked.views.push_back(std::move(view));
   }
   return checked;

@@ -85,14 +85,14 @@ struct View {
     State state;
   };
   // A port of the channel that is not set like the port that speaks for it.
-  struct Odd {
+  struct InconsistentPort {
     uint32_t port;
     std::vector<uint16_t> types;
   };
   uint32_t verdict = 0;
   bool pod = false;
   std::vector<Parameter> parameters;
-  std::vector<Odd> odd;
+  std::vector<InconsistentPort> inconsistent;
   // When disabled VLANs were compared.
   std::optional<Vlans> pass;
   std::optional<Vlans> fail;

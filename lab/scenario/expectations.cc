@@ -24,7 +24,7 @@ namespace {
 void judge(Json &told, const std::string &what, const Json &expected, const Json &found,
            bool holds) {
   told["expectations"].push_back(
-      {{"what", what}, {"expected", expected}, {"found", found}, {"holds", holds}});
+      {{"what", what}, {"expected", expected}, {"found", found}, {"met", holds}});
 }
 
 void judge(Json &told, const std::string &what, const Json &expected, const Json &found) {
@@ -282,9 +282,9 @@ void hold_scopes(const Json &expected, const Step &, Json &told) {
 }
 
 // {left: [ifi-port-guard@0x1001]}: ports that are not set like the one that speaks for their channel.
-Json read_odd(StepReader &reader, const YAML::Node &node) {
+Json read_inconsistent(StepReader &reader, const YAML::Node &node) {
   Json read = Json::object();
-  if (!reader.mapping(node, "ports at odds", {switch_names.begin(), switch_names.end()}))
+  if (!reader.mapping(node, "inconsistent ports", {switch_names.begin(), switch_names.end()}))
     return read;
   for (const char *side : switch_names) {
     if (node[side]) read[side] = read_records(reader, node[side]);
@@ -292,18 +292,18 @@ Json read_odd(StepReader &reader, const YAML::Node &node) {
   return read;
 }
 
-void hold_odd(const Json &expected, const Step &, Json &told) {
+void check_inconsistent(const Json &expected, const Step &, Json &told) {
   for (const auto &[side, wanted] : expected.items()) {
     Json found = Json::array();
     for (const Json &check : told["checks"]) {
-      if (!check.contains("odd") || !check["odd"].contains(side)) continue;
-      for (const Json &port : check["odd"][side]) {
+      if (!check.contains("inconsistent") || !check["inconsistent"].contains(side)) continue;
+      for (const Json &port : check["inconsistent"][side]) {
         for (const Json &key : port["parameters"]) {
           found.push_back(key.get<std::string>() + "@" + port["port"].get<std::string>());
         }
       }
     }
-    judge(told, side + " odd", wanted, found);
+    judge(told, side + " inconsistent", wanted, found);
   }
 }
 
@@ -327,7 +327,7 @@ const std::vector<ExpectationKind> &kinds() {
       {"fail", {"check"}, read_twins, hold_fail},
       {"ports", {"check"}, read_ports_verdicts, hold_scopes},
       {"channels", {"check"}, read_channel_verdicts, hold_scopes},
-      {"odd", {"check"}, read_odd, hold_odd},
+      {"inconsistent", {"check"}, read_inconsistent, check_inconsistent},
   };
   return all;
 }
@@ -434,7 +434,7 @@ void hold(const Step &step, Json &told) {
 bool all_hold(const Json &outcome) {
   for (const Json &step : outcome["steps"]) {
     for (const Json &expectation : step.value("expectations", Json::array())) {
-      if (!expectation["holds"]) return false;
+      if (!expectation["met"]) return false;
     }
   }
   return true;

@@ -168,7 +168,7 @@ std::vector<Json> tell_losses(Told &told, const SnapshotPair &snapshot) {
     side = SideTold{};
     side.lost = true;
     told.agree.reset();
-    Json event = event_of("lost", told);
+    Json event = event_of("disconnected", told);
     event["side"] = switch_names[i];
     event["source"] = told.sides[i].source;
     event["reason"] = snapshot[i]->reason;
@@ -215,7 +215,7 @@ std::vector<Json> tell_changes(Told &told, const SnapshotPair &snapshot) {
     if (!arrived[i] || !told.told[i].lost) continue;
     told.told[i].lost = false;
     any_back = true;
-    Json event = event_of("back", told);
+    Json event = event_of("connected", told);
     event["side"] = switch_names[i];
     event["notifications"] = notifications;
     event["comparison"] = now;

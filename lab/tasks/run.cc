@@ -196,7 +196,7 @@ Json outcome_of(const Scenario &scenario, const RunOptions &options, const Watch
   } catch (const SwitchFailed &failure) {
     outcome["failed"] = {{"problem", failure.what()}};
   }
-  outcome["holds"] = !outcome.contains("failed") && all_hold(outcome);
+  outcome["met"] = !outcome.contains("failed") && all_hold(outcome);
   return outcome;
 }
 
