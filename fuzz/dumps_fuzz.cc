@@ -1,7 +1,7 @@
 // Dumps: from their bytes to what is written of them, to a pair, and to its fixes.
 
-#include "sonic/patch.h"
 #include "report/pairing.h"
+#include "sonic/patch.h"
 #include "texts.h"
 
 namespace {

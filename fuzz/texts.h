@@ -6,11 +6,11 @@
 #include <string_view>
 
 #include "fuzz.h"
-#include "text/text.h"
 #include "output/told.h"
 #include "sonic/rows.h"
-#include "switch/state_writer.h"
 #include "switch/state_reader.h"
+#include "switch/state_writer.h"
+#include "text/text.h"
 
 inline std::string_view text_of(const uint8_t *data, std::size_t size) {
   return {reinterpret_cast<const char *>(data), size};

@@ -9,9 +9,9 @@
 #include <system_error>
 
 #include "cli/arguments.h"
-#include "text/text.h"
-#include "text/signals.h"
 #include "standin.h"
+#include "text/signals.h"
+#include "text/text.h"
 
 namespace {
 

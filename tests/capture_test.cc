@@ -6,13 +6,13 @@
 #include <iterator>
 
 #include "draimiofaf/types.h"
-#include "switch/digest.h"
+#include "pair/scopes.h"
+#include "report/pairing.h"
 #include "sonic/patch.h"
 #include "sonic/rows.h"
-#include "switch/state_writer.h"
+#include "switch/digest.h"
 #include "switch/state_reader.h"
-#include "report/pairing.h"
-#include "pair/scopes.h"
+#include "switch/state_writer.h"
 
 namespace lab {
 namespace {
@@ -136,8 +136,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
   const std::string whole = capture("guard-left");
   for (std::size_t size = 0; size + 2 < whole.size(); ++size) {
     const std::string errors = dump_of(whole.substr(0, size)).errors;
-    EXPECT_TRUE(errors.starts_with("line ") && errors.find('\n') + 1 == errors.size())
-        << size;
+    EXPECT_TRUE(errors.starts_with("line ") && errors.find('\n') + 1 == errors.size()) << size;
   }
   EXPECT_NE(dump_of("{\"VLAN\": " + std::string(1000000, '[')).errors, "");
 }
@@ -333,7 +332,7 @@ TEST(Capture, IsCured) {
   const Dump left = dump_of(capture("vlans-left"));
   const Dump right = dump_of(capture("vlans-right"));
   EXPECT_EQ(find_fix({&left.settings, &right.settings}, {nullptr, &right.rows}, "",
-                    STP_MCEC_TYPE1_STP_ENDIS)
+                     STP_MCEC_TYPE1_STP_ENDIS)
                 .text,
             "stp-endis: VLAN 20 listed on right, or not listed on left");
 }

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "text/text.h"
 #include "sonic/source.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {
@@ -154,7 +154,7 @@ Line parse_line(int argc, const char *const *argv) {
   if (argc > 1 && argv[1][0] != '-' &&
       std::find(names.begin(), names.end(), argv[1]) == names.end()) {
     line.error = fmt::format("mcec-lab: found '{}'; expected {}\n", without_passwords(argv[1]),
-                               one_of(names, argv[1]));
+                             one_of(names, argv[1]));
     return line;
   }
   try {

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "output/json.h"
-#include "text/error.h"
 #include "output/show.h"
+#include "text/error.h"
 
 namespace lab {
 

@@ -6,11 +6,11 @@
 #include <stdexcept>
 
 #include "cli/commands.h"
-#include "text/file.h"
-#include "text/text.h"
 #include "output/told.h"
-#include "text/signals.h"
 #include "sonic/source.h"
+#include "text/file.h"
+#include "text/signals.h"
+#include "text/text.h"
 
 namespace lab {
 

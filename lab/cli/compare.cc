@@ -3,13 +3,13 @@
 #include <algorithm>
 
 #include "cli/commands.h"
-#include "switch/names.h"
-#include "text/text.h"
-#include "output/told.h"
-#include "tasks/compare.h"
-#include "switch/state_writer.h"
 #include "output/compare.h"
 #include "output/page.h"
+#include "output/told.h"
+#include "switch/names.h"
+#include "switch/state_writer.h"
+#include "tasks/compare.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {
@@ -83,13 +83,14 @@ Status compare_sides(const Arguments &arguments) {
   if (!arguments.fix.first.empty() &&
       std::find(patched.begin(), patched.end(), arguments.fix.first) == patched.end()) {
     print_error(fmt::format("mcec-lab compare: --patch: found '{}'; expected {}",
-                         printable(arguments.fix.first), one_of(patched, arguments.fix.first)));
+                            printable(arguments.fix.first), one_of(patched, arguments.fix.first)));
     return wrong;
   }
   Sides sides;
   if (!read_sides(arguments, sides)) return wrong;
   if (!arguments.fix.first.empty() && (!sides[0].rows || !sides[1].rows)) {
-    print_error("mcec-lab compare: --patch writes patches of dumps and databases; found a state file");
+    print_error(
+        "mcec-lab compare: --patch writes patches of dumps and databases; found a state file");
     return wrong;
   }
   const Json told = compare(sides);

@@ -1,9 +1,9 @@
 #include <fmt/core.h>
 
 #include "cli/commands.h"
+#include "output/explain.h"
 #include "switch/names.h"
 #include "text/text.h"
-#include "output/explain.h"
 
 namespace lab {
 

@@ -14,12 +14,12 @@
 #include <thread>
 
 #include "cli/commands.h"
-#include "switch/names.h"
 #include "output/told.h"
-#include "text/yaml.h"
+#include "sonic/source.h"
+#include "switch/names.h"
 #include "tasks/compare.h"
 #include "text/signals.h"
-#include "sonic/source.h"
+#include "text/yaml.h"
 
 namespace lab {
 namespace {
@@ -72,8 +72,8 @@ std::vector<PairLine> read_pairs(const std::string &path, InputErrors &errors) {
                        {in_folder(parts[1], folder), in_folder(parts[2], folder)}});
     } else {
       errors.push_back({number, 1, "",
-                          "found '" + printable(without_passwords(line.substr(0, 80))) + "'",
-                          line_form});
+                        "found '" + printable(without_passwords(line.substr(0, 80))) + "'",
+                        line_form});
     }
   }
   if (pairs.empty() && errors.empty()) {
@@ -268,8 +268,7 @@ Status compare_pairs(const Arguments &arguments) {
   if (!errors.empty()) {
     tally.status = wrong;
     if (arguments.json) {
-      fmt::print("{}\n",
-                 Json({{"version", 1}, {"errors", errors_to_json(source, errors)}}).dump());
+      fmt::print("{}\n", Json({{"version", 1}, {"errors", errors_to_json(source, errors)}}).dump());
     }
   }
   if (pairs.empty()) return wrong;

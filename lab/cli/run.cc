@@ -35,7 +35,7 @@ struct Progress {
 
 // Tell what is wrong with a scenario, in a document too when documents are wanted.
 Status print_scenario_errors(const std::string &path, const InputErrors &errors,
-                     const Arguments &arguments) {
+                             const Arguments &arguments) {
   print_errors(path, errors);
   if (arguments.json) {
     print_json({{"version", 1}, {"scenario", path}, {"errors", errors_to_json(path, errors)}});
@@ -56,7 +56,7 @@ Status status_of(const Json &outcome, const Arguments &arguments) {
                         failed["step"].get<std::size_t>(), failed["summary"].get<std::string>());
   }
   print_error(outcome["scenario"].get<std::string>() + ":" + where +
-           failed["problem"].get<std::string>());
+              failed["problem"].get<std::string>());
   return wrong;
 }
 
@@ -121,8 +121,8 @@ Status ask_what_if(const Arguments &arguments) {
   if (arguments.step > scenario.steps.size() ||
       !changes_settings(scenario.steps[arguments.step - 1])) {
     const InputError no_step = {0, 0, "",
-                             fmt::format("step {} is no command and no update", arguments.step),
-                             steps_to_ask(scenario)};
+                                fmt::format("step {} is no command and no update", arguments.step),
+                                steps_to_ask(scenario)};
     return print_scenario_errors(scenario.path, {no_step}, arguments);
   }
   Progress progress;

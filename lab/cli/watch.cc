@@ -3,10 +3,10 @@
 #include <iostream>
 
 #include "cli/commands.h"
-#include "output/told.h"
-#include "tasks/watch.h"
-#include "tasks/side.h"
 #include "output/event.h"
+#include "output/told.h"
+#include "tasks/side.h"
+#include "tasks/watch.h"
 
 namespace lab {
 namespace {

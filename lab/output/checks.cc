@@ -6,9 +6,9 @@
 #include <map>
 
 #include "draimiofaf/types.h"
-#include "switch/names.h"
 #include "output/told.h"
 #include "output/words.h"
+#include "switch/names.h"
 
 namespace lab {
 namespace {
@@ -53,7 +53,8 @@ void show_verdicts(const Json &check, const ShowOptions &options) {
   };
   const std::string left = verdict_text(check, switch_names[0]);
   if (std::all_of(verdicts.begin(), verdicts.end(), [](const Json &v) { return v["code"] == 0; })) {
-    say("", check.contains("inconsistent") ? "the ports that speak for it agree" : "the pair agrees",
+    say("",
+        check.contains("inconsistent") ? "the ports that speak for it agree" : "the pair agrees",
         Colour::green);
   } else if (left == verdict_text(check, switch_names[1])) {
     say("", left, Colour::red);

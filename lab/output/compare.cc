@@ -2,8 +2,8 @@
 
 #include <fmt/core.h>
 
-#include "switch/names.h"
 #include "output/checks.h"
+#include "switch/names.h"
 
 namespace lab {
 namespace {

@@ -180,7 +180,8 @@ State peer_state(const View &peer, uint16_t type) {
 }
 
 // The ports of a channel that differ from the one that speaks for it, as the switch's own fault.
-void add_inconsistent_ports(const View &view, const PairScope::End &end, const char *side, Json &told) {
+void add_inconsistent_ports(const View &view, const PairScope::End &end, const char *side,
+                            Json &told) {
   for (const View::InconsistentPort &inconsistent : view.inconsistent) {
     Json keys = Json::array();
     for (const uint16_t type : inconsistent.types) keys.push_back(parameter_key(type));

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "switch/names.h"
-#include "output/told.h"
 #include "output/layout.h"
+#include "output/told.h"
+#include "switch/names.h"
 
 namespace lab {
 namespace {
@@ -197,9 +197,9 @@ std::string mistake_text(const Json &event) {
     const Json &error = errors[i];
     const std::string where = error["where"];
     const std::string expected = error["expected"];
-    text += fmt::format(
-        "{} {}: {}{}\n", start, where.empty() ? error["source"] : error["where"],
-        error["found"].get<std::string>(), expected.empty() ? "" : "; expected " + expected);
+    text += fmt::format("{} {}: {}{}\n", start, where.empty() ? error["source"] : error["where"],
+                        error["found"].get<std::string>(),
+                        expected.empty() ? "" : "; expected " + expected);
   }
   if (errors.size() > rows_told) {
     text += fmt::format("{} and {} more errors\n", start, errors.size() - rows_told);
@@ -213,8 +213,8 @@ std::string plain_text(const Json &event) {
   if (kind == "compared") return compared_text(event);
   if (kind == "connected") return back_text(event);
   if (kind == "error") return mistake_text(event);
-  return fmt::format("{} {} is disconnected: {}\n", time_of(event), event["side"].get<std::string>(),
-                     event["reason"].get<std::string>());
+  return fmt::format("{} {} is disconnected: {}\n", time_of(event),
+                     event["side"].get<std::string>(), event["reason"].get<std::string>());
 }
 
 }  // namespace

@@ -6,10 +6,10 @@
 
 #include "draimiofaf/extract.h"
 #include "draimiofaf/foundation.h"
-#include "switch/digest.h"
-#include "pair/pair.h"
-#include "switch/values.h"
 #include "output/advice.h"
+#include "pair/pair.h"
+#include "switch/digest.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {

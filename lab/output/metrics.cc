@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <map>
 
-#include "text/file.h"
-#include "switch/names.h"
-#include "text/text.h"
 #include "output/told.h"
+#include "switch/names.h"
+#include "text/file.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {

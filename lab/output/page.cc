@@ -4,12 +4,12 @@
 
 #include <algorithm>
 
-#include "text/text.h"
-#include "output/told.h"
 #include "output/page_parts.h"
 #include "output/page_text.h"
 #include "output/page_vlans.h"
+#include "output/told.h"
 #include "output/words.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {

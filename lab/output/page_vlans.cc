@@ -8,10 +8,10 @@
 #include <optional>
 #include <tuple>
 
-#include "text/text.h"
-#include "switch/vlans.h"
 #include "output/page_text.h"
 #include "output/words.h"
+#include "switch/vlans.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {

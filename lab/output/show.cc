@@ -188,11 +188,11 @@ void show_end(const Json &outcome, const ShowOptions &options) {
       if (expectation["met"]) ++snapshot;
     }
   }
-  const std::string text =
-      expected == 0     ? "nothing was expected"
-      : snapshot < expected ? fmt::format("{} of {} expectations not met", expected - snapshot, expected)
-      : expected == 1   ? "the one expectation holds"
-                        : fmt::format("all {} expectations hold", expected);
+  const std::string text = expected == 0         ? "nothing was expected"
+                           : snapshot < expected ? fmt::format("{} of {} expectations not met",
+                                                               expected - snapshot, expected)
+                           : expected == 1       ? "the one expectation holds"
+                                           : fmt::format("all {} expectations hold", expected);
   put_line(coloured(text, snapshot == expected ? Colour::green : Colour::red, options.layout));
   put_line("");
 }

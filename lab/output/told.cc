@@ -13,8 +13,9 @@ constexpr std::string_view found_verb = "found ";
 
 bool agrees(const Json &check) {
   const Json &verdicts = check["verdicts"];
-  return !check.contains("inconsistent") && std::all_of(verdicts.begin(), verdicts.end(),
-                                               [](const Json &v) { return v["code"] == 0; });
+  return !check.contains("inconsistent") &&
+         std::all_of(verdicts.begin(), verdicts.end(),
+                     [](const Json &v) { return v["code"] == 0; });
 }
 
 bool all_agree(const Json &checks) {

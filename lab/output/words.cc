@@ -3,8 +3,8 @@
 #include <fmt/core.h>
 
 #include "draimiofaf/types.h"
-#include "switch/names.h"
 #include "output/told.h"
+#include "switch/names.h"
 
 namespace lab {
 namespace {

@@ -10,9 +10,9 @@
 #include "draimiofaf/check.h"
 #include "draimiofaf/foundation.h"
 #include "satmgr.h"
+#include "standin.h"
 #include "switch/arrays.h"
 #include "switch/values.h"
-#include "standin.h"
 
 namespace lab {
 namespace {

@@ -12,8 +12,8 @@
 #include "mts.h"
 #include "pair/compare.h"
 #include "pair/wire.h"
-#include "switch/arrays.h"
 #include "standin.h"
+#include "switch/arrays.h"
 
 namespace lab {
 namespace {
@@ -226,7 +226,8 @@ Bytes exchange(const ToPeer &peer, const Bytes &own) {
 }
 
 // The ports of a channel that are not set like the one that speaks for it.
-std::vector<View::InconsistentPort> find_inconsistent_ports(const Bytes &spoken, const std::vector<uint32_t> &others) {
+std::vector<View::InconsistentPort> find_inconsistent_ports(const Bytes &spoken,
+                                                            const std::vector<uint32_t> &others) {
   std::vector<View::InconsistentPort> inconsistent;
   for (const uint32_t port : others) {
     const Bytes array = export_scope({false, port}).array;

@@ -14,8 +14,8 @@
 #include <type_traits>
 
 #include "pair/device.h"
-#include "text/signals.h"
 #include "pair/wire.h"
+#include "text/signals.h"
 
 namespace lab {
 namespace {

@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "switch/names.h"
 #include "pair/protocol.h"
+#include "switch/names.h"
 
 namespace lab {
 

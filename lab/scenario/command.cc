@@ -113,8 +113,8 @@ void add_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &k
   }
   if (command.id == 0) return;  // the command itself is a error
   reader.add_error(node,
-                 std::string("'") + key.key + "' does not belong to " + command_text(command.id),
-                 "it with " + one_of(takers) + " only");
+                   std::string("'") + key.key + "' does not belong to " + command_text(command.id),
+                   "it with " + one_of(takers) + " only");
 }
 
 std::vector<Attribute> read_raw_attributes(Reader &reader, const YAML::Node &node) {

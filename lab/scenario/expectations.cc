@@ -421,7 +421,7 @@ std::vector<Expected> read_expectations(StepReader &reader, const YAML::Node &no
     const std::string why = contradiction(expected);
     if (!why.empty()) {
       reader.add_error(node, "found expectations that cannot hold together: " + why,
-                     "what can be the outcome");
+                       "what can be the outcome");
     }
   }
   return expected;

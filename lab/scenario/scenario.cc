@@ -1,7 +1,7 @@
 #include "scenario/scenario.h"
 
-#include "switch/state_reader.h"
 #include "scenario/steps.h"
+#include "switch/state_reader.h"
 
 namespace lab {
 namespace {

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "output/json.h"
-#include "text/error.h"
 #include "pair/pair.h"
 #include "pair/scopes.h"
+#include "text/error.h"
 
 namespace lab {
 

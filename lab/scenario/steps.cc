@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <csignal>
 
-#include "switch/state_reader.h"
 #include "scenario/expectations.h"
 #include "standin.h"
+#include "switch/state_reader.h"
 
 namespace lab {
 namespace {
@@ -210,8 +210,8 @@ const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::No
       others.push_back(scalar_text(pair.first));
     } else if (kind != nullptr && kind != known) {
       reader.add_error(pair.first,
-                     std::string("found '") + known->action + "' besides '" + kind->action + "'",
-                     "one thing to do in a step");
+                       std::string("found '") + known->action + "' besides '" + kind->action + "'",
+                       "one thing to do in a step");
     } else if (kind == nullptr) {
       kind = known;
       value.reset(pair.second);
@@ -224,7 +224,7 @@ const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::No
     reader.expected(node, "a step with one of " + one_of(actions));
   } else {
     reader.add_error(node, "found a step with '" + others.front() + "'",
-                   "a step with one of " + one_of(actions, others.front()));
+                     "a step with one of " + one_of(actions, others.front()));
   }
   return nullptr;
 }
@@ -265,8 +265,8 @@ std::vector<PortOfPair> read_named_ports(StepReader &reader, const YAML::Node &n
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());
     reader.add_error(node, "found '" + name + "'",
-                   what + ": port indexes, for instance 0x1000-0x1003,0x2000" +
-                       (names.empty() ? "" : ", or names: " + one_of(names, name)));
+                     what + ": port indexes, for instance 0x1000-0x1003,0x2000" +
+                         (names.empty() ? "" : ", or names: " + one_of(names, name)));
   }
   return ports;
 }
@@ -316,9 +316,9 @@ std::vector<PortOfPair> read_ports(StepReader &reader, const YAML::Node &node,
     for (const uint32_t index : indexes) ports.push_back({index, index});
     if (indexes.empty()) {
       reader.add_error(node,
-                     "port " + port_text(first) + (first == last ? "" : " to " + port_text(last)) +
-                         " does not exist",
-                     "one that a switch of the scenario has");
+                       "port " + port_text(first) +
+                           (first == last ? "" : " to " + port_text(last)) + " does not exist",
+                       "one that a switch of the scenario has");
     }
   }
   return ports;
@@ -354,8 +354,8 @@ std::string read_channel_name(StepReader &reader, const YAML::Node &node,
   std::sort(names.begin(), names.end());
   names.erase(std::unique(names.begin(), names.end()), names.end());
   reader.add_error(node, "found channel '" + printable(given) + "'",
-                 names.empty() ? "a channel, but no port belongs to one"
-                               : "a channel of one of the switches: " + one_of(names, given));
+                   names.empty() ? "a channel, but no port belongs to one"
+                                 : "a channel of one of the switches: " + one_of(names, given));
   return "";
 }
 

@@ -5,8 +5,8 @@
 #include <set>
 #include <string>
 
-#include "text/yaml.h"
 #include "scenario/scenario.h"
+#include "text/yaml.h"
 
 namespace lab {
 

@@ -66,7 +66,8 @@ Connection connect_to(const Source &source, const std::string &address) {
   return connection;
 }
 
-void say(Connection &connection, TimePoint now, Asked asked, const std::vector<std::string> &words) {
+void say(Connection &connection, TimePoint now, Asked asked,
+         const std::vector<std::string> &words) {
   std::vector<const char *> texts;
   std::vector<std::size_t> lengths;
   for (const std::string &word : words) {
@@ -119,7 +120,8 @@ pollfd socket_of(const Connection &connection) {
   return {connection.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
 }
 
-void move(Connection &connection, TimePoint now, const std::function<void(const redisReply &)> &take) {
+void move(Connection &connection, TimePoint now,
+          const std::function<void(const redisReply &)> &take) {
   for (int i = 0; i < reads_at_once && connection.context != nullptr; ++i) {
     redisContext *context = connection.context.get();
     pollfd ready = socket_of(connection);
@@ -131,7 +133,8 @@ void move(Connection &connection, TimePoint now, const std::function<void(const 
     }
     void *reply = nullptr;
     do {
-      if (redisGetReplyFromReader(context, &reply) != REDIS_OK) throw ConnectionLost{error_of(*context)};
+      if (redisGetReplyFromReader(context, &reply) != REDIS_OK)
+        throw ConnectionLost{error_of(*context)};
       if (reply != nullptr) take(*Reply(static_cast<redisReply *>(reply)));
     } while (reply != nullptr && connection.context != nullptr);
     int done = 1;

@@ -62,7 +62,8 @@ Asked next_awaited(Connection &connection);
 std::string_view text_of(const redisReply &reply);
 
 // Read and write what can be without waiting. `take` may drop the connection.
-void move(Connection &connection, TimePoint now, const std::function<void(const redisReply &)> &take);
+void move(Connection &connection, TimePoint now,
+          const std::function<void(const redisReply &)> &take);
 
 // Does it live? Call it after every move, and when it is due.
 void look_after(Connection &connection, TimePoint now);

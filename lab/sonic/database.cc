@@ -6,9 +6,9 @@
 #include <set>
 #include <utility>
 
-#include "text/text.h"
 #include "sonic/connection.h"
 #include "sonic/resolver.h"
+#include "text/text.h"
 #include "text/wait.h"
 
 namespace lab {
@@ -300,7 +300,8 @@ void end_reading(Database &database, TimePoint now) {
   if (differs) notice_change(snapshot, now);
   const bool repeat = differs && !snapshot.notifications && database.repeats < most_repeats;
   database.repeats = repeat ? database.repeats + 1 : 0;
-  database.read_next = repeat ? now : now + (snapshot.notifications ? anew_after : database.interval);
+  database.read_next =
+      repeat ? now : now + (snapshot.notifications ? anew_after : database.interval);
 }
 
 bool settle_changes(Database &database, TimePoint now) {

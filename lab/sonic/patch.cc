@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "draimiofaf/types.h"
-#include "sonic/spelling.h"
 #include "pair/scopes.h"
+#include "sonic/spelling.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -341,7 +341,7 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
     return fix;
   }
   fix.alone = {changes_of({*left, *rows[0], *right, *rows[1]}, channel, type),
-                changes_of({*right, *rows[1], *left, *rows[0]}, channel, type)};
+               changes_of({*right, *rows[1], *left, *rows[0]}, channel, type)};
   if (type == STP_MCEC_TYPE1_STP_ENDIS) {
     fix.text = vlans_text(settings, "STP_VLAN enabled", "true", "false");
   } else if (type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {

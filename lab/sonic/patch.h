@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "output/json.h"
-#include "sonic/rows.h"
 #include "report/pairing.h"
+#include "sonic/rows.h"
 
 namespace lab {
 

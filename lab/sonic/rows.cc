@@ -113,7 +113,7 @@ struct RowsReader {
     const auto number = vlan_of(name);
     if (number && *number >= first_vlan && *number <= last_vlan) return number;
     add_error(place(of_table, key, nullptr), "found " + quoted(name),
-            number ? "a VLAN from 1 to 4094" : expected);
+              number ? "a VLAN from 1 to 4094" : expected);
     return std::nullopt;
   }
 
@@ -204,7 +204,7 @@ struct RowsReader {
     settings.address = text("DEVICE_METADATA", "localhost", fields, "mac").value_or("");
     if (holds_controls(settings.name)) {
       add_error(place("DEVICE_METADATA", "localhost", "hostname"), "found " + quoted(settings.name),
-              "a name without control characters");
+                "a name without control characters");
     }
   }
 
@@ -227,7 +227,7 @@ struct RowsReader {
     }
     if (name.size() > name_bytes) {
       add_error(where, "found " + quoted(name) + ", " + std::to_string(name.size()) + " bytes",
-              "a region name of at most 32 bytes");
+                "a region name of at most 32 bytes");
     }
   }
 
@@ -248,7 +248,7 @@ struct RowsReader {
     check_name(place("DEVICE_METADATA", "localhost", "mac"), address);
     if (address.empty() && !name_is_in_doubt()) {
       add_error(where, "found neither a name of the region nor an address of the switch",
-              "one of them in mst");
+                "one of them in mst");
     }
     return address;
   }
@@ -259,7 +259,7 @@ struct RowsReader {
     const auto number = decimal(*value);
     if (number && *number <= last_revision) return *number;
     add_error(place("STP_MST", "GLOBAL", "revision"), "found " + quoted(*value),
-            "a number from 0 to 65535");
+              "a number from 0 to 65535");
     return 0;
   }
 
@@ -272,10 +272,10 @@ struct RowsReader {
       read |= vlans_of(parsed.ranges);
       if (parsed.fault == RangeFault::none) continue;
       add_error(place("STP_MST_INST", key, "vlan_list"), "found " + quoted(member),
-              parsed.fault == RangeFault::reversed ? "a range from the lower to the higher VLAN"
-              : parsed.fault == RangeFault::too_great
-                  ? "VLANs from 1 to 4094"
-                  : "VLANs like 10, 10-20, Vlan10 or Vlan10-Vlan20");
+                parsed.fault == RangeFault::reversed ? "a range from the lower to the higher VLAN"
+                : parsed.fault == RangeFault::too_great
+                    ? "VLANs from 1 to 4094"
+                    : "VLANs like 10, 10-20, Vlan10 or Vlan10-Vlan20");
     }
     return read;
   }
@@ -291,16 +291,16 @@ struct RowsReader {
       const Vlans vlans = vlans_of_list(key, fields);
       if (!number || *number > last_instance) {
         add_error(place("STP_MST_INST", key, nullptr), "found the key " + quoted(key),
-                number ? "an instance from 0 to 4094" : "a key like MST_INSTANCE|1");
+                  number ? "an instance from 0 to 4094" : "a key like MST_INSTANCE|1");
         continue;
       }
       const auto [at, is_new] = instances.try_emplace(*number, Instance{key, {}});
       at->second.vlans |= vlans;
       if (!is_new) {
         add_error(place("STP_MST_INST", key, nullptr),
-                "found instance " + std::to_string(*number) + " again, which is " +
-                    quoted(at->second.key) + " too",
-                "an instance in one spelling");
+                  "found instance " + std::to_string(*number) + " again, which is " +
+                      quoted(at->second.key) + " too",
+                  "an instance in one spelling");
       }
     }
     instances.erase(0);  // what it lists says nothing: it has what the others leave

@@ -8,8 +8,8 @@
 #include <variant>
 #include <vector>
 
-#include "text/error.h"
 #include "switch/settings.h"
+#include "text/error.h"
 
 namespace lab {
 

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "text/error.h"
 #include "sonic/rows.h"
+#include "text/error.h"
 
 namespace lab {
 
@@ -25,10 +25,10 @@ struct Snapshot {
   std::string reason;          // of a loss
   bool refused = false;        // it is lost because it does not let the lab in
   bool notifications = false;  // it says itself what changes
-  TimePoint checked;              // when all of it was last read
+  TimePoint checked;           // when all of it was last read
 
   Rows rows;
-  std::optional<Settings> settings;          // of a source that says them without rows
+  std::optional<Settings> settings;           // of a source that says them without rows
   std::map<std::string, InputErrors> errors;  // of reading, by row; "": the whole source
 
   // Rows that changed, "TABLE|key", as they were when this was last emptied; "": the whole source.

@@ -48,7 +48,7 @@ uint32_t number(std::string_view text, const std::string &what, uint32_t least, 
   const auto value = decimal ? parse_number(text) : std::nullopt;
   if (value && *value >= least && *value <= most) return *value;
   add_error(parsed, "found a " + what + " that is none",
-          "a number from " + std::to_string(least) + " to " + std::to_string(most));
+            "a number from " + std::to_string(least) + " to " + std::to_string(most));
   return least;
 }
 
@@ -65,7 +65,7 @@ void parse_tcp(std::string_view authority, std::string_view path, ParsedSource &
   }
   if (host.empty() || (!port.empty() && port.rfind(':') != 0)) {
     add_error(parsed, "found no host, or more than one",
-            "redis://host:port/4, an IPv6 address in brackets");
+              "redis://host:port/4, an IPv6 address in brackets");
     return;
   }
   source.place = decoded(host, parsed);
@@ -87,7 +87,7 @@ void parse_unix(std::string_view path, ParsedSource &parsed) {
   source.place = decoded(path.substr(0, end), parsed);
   if (source.place.size() > longest) {
     add_error(parsed, "found a path of " + std::to_string(source.place.size()) + " bytes",
-            "one of at most " + std::to_string(longest));
+              "one of at most " + std::to_string(longest));
   }
   const std::string_view query = path.substr(end);
   if (query.starts_with(database)) {

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "switch/vlans.h"
 #include "sonic/rows.h"
+#include "switch/vlans.h"
 
 namespace lab {
 

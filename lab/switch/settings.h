@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "text/text.h"
 #include "switch/vlans.h"
+#include "text/text.h"
 
 namespace lab {
 

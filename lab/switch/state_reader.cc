@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "switch/names.h"
-#include "tasks/side.h"
 #include "switch/values.h"
+#include "tasks/side.h"
 
 namespace lab {
 namespace {
@@ -194,9 +194,9 @@ void check_collisions(Reader &reader, const YAML::Node &node, const Settings &be
     const auto [at, is_new] = channels.try_emplace(group.channel.id, group.channel.name);
     if (is_new || at->second == group.channel.name) continue;
     reader.add_error(node["channels"],
-                   "found " + at->second + " and " + group.channel.name + " with the id " +
-                       std::to_string(group.channel.id),
-                   "an id for each channel");
+                     "found " + at->second + " and " + group.channel.name + " with the id " +
+                         std::to_string(group.channel.id),
+                     "an id for each channel");
   }
   std::map<uint32_t, std::string> ports;
   for (const Port &port : before.ports) {
@@ -348,10 +348,10 @@ std::vector<Entry> read_parameters(Reader &reader, const YAML::Node &node, const
                    if (name == nullptr) return;
                    if (name->is_global != global.value_or(name->is_global)) {
                      reader.add_error(key,
-                                    "found '" + name->key + "', a parameter of " +
-                                        (name->is_global ? "the switch" : "interfaces"),
-                                    name->is_global ? "it among the parameters of the switch"
-                                                    : "it in a group of ports");
+                                      "found '" + name->key + "', a parameter of " +
+                                          (name->is_global ? "the switch" : "interfaces"),
+                                      name->is_global ? "it among the parameters of the switch"
+                                                      : "it in a group of ports");
                    }
                    read.push_back({name->type, read_value(reader, *name, value)});
                  });

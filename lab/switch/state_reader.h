@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "switch/names.h"
-#include "text/yaml.h"
 #include "pair/protocol.h"
 #include "sonic/rows.h"
+#include "switch/names.h"
 #include "switch/settings.h"
+#include "text/yaml.h"
 
 namespace lab {
 

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "text/yaml.h"
 #include "switch/values.h"
+#include "text/yaml.h"
 
 namespace lab {
 namespace {

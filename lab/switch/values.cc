@@ -6,8 +6,8 @@
 
 #include "draimiofaf/check.h"
 #include "draimiofaf/foundation.h"
-#include "switch/arrays.h"
 #include "standin.h"
+#include "switch/arrays.h"
 
 namespace lab {
 namespace {
@@ -171,7 +171,7 @@ Bytes read_map(Reader &reader, const ParameterName &parameter, const YAML::Node 
         const Vlans vlans = reader.vlans(value, "its VLANs");
         if ((vlans & taken).any()) {
           reader.add_error(value, "VLAN " + vlan_text(vlans & taken) + " stands in two instances",
-                         "it in one");
+                           "it in one");
         }
         taken |= vlans;
         for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "switch/names.h"
-#include "text/yaml.h"
 #include "switch/settings.h"
+#include "text/yaml.h"
 
 namespace lab {
 

@@ -1,13 +1,13 @@
 #include "tasks/compare.h"
 
 #include "draimiofaf/types.h"
-#include "switch/digest.h"
 #include "output/told.h"
-#include "tasks/check.h"
-#include "sonic/patch.h"
-#include "report/pairing.h"
 #include "pair/scopes.h"
+#include "report/pairing.h"
+#include "sonic/patch.h"
+#include "switch/digest.h"
 #include "switch/values.h"
+#include "tasks/check.h"
 
 namespace lab {
 namespace {
@@ -152,7 +152,7 @@ std::array<Json, 2> fixes(const Sides &sides, const Json &told,
       for (std::size_t i = 0; i < sides.size(); ++i) {
         const Changes *made = fix.both && changes[i]     ? &(*fix.both)[i]
                               : i == one && fix.alone[i] ? &*fix.alone[i]
-                                                          : nullptr;
+                                                         : nullptr;
         if (made != nullptr) all[i].insert(all[i].end(), made->begin(), made->end());
       }
     }

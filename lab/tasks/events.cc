@@ -5,9 +5,9 @@
 #include <ctime>
 #include <utility>
 
+#include "output/told.h"
 #include "switch/names.h"
 #include "text/text.h"
-#include "output/told.h"
 
 namespace lab {
 namespace {
@@ -206,7 +206,8 @@ std::vector<Json> tell_changes(Told &told, const SnapshotPair &snapshot) {
   if (compared) told.agree = told.comparison["agree"].get<bool>();
 
   std::vector<Json> events;
-  const Json notifications = {{"left", snapshot[0]->notifications}, {"right", snapshot[1]->notifications}};
+  const Json notifications = {{"left", snapshot[0]->notifications},
+                              {"right", snapshot[1]->notifications}};
   const Json &now = compared ? told.comparison : Json();
   const bool is_first = compared && !told.started;
   told.started = told.started || compared;

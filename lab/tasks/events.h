@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "output/json.h"
-#include "tasks/compare.h"
 #include "sonic/snapshot.h"
+#include "tasks/compare.h"
 
 namespace lab {
 

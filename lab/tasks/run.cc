@@ -3,12 +3,12 @@
 #include <map>
 
 #include <algorithm>
-#include "output/told.h"
-#include "tasks/check.h"
 #include "output/document.h"
-#include "text/signals.h"
-#include "switch/state_reader.h"
+#include "output/told.h"
 #include "scenario/expectations.h"
+#include "switch/state_reader.h"
+#include "tasks/check.h"
+#include "text/signals.h"
 
 namespace lab {
 namespace {

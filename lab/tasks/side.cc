@@ -1,9 +1,9 @@
 #include "tasks/side.h"
 
-#include "text/yaml.h"
 #include "sonic/database.h"
 #include "sonic/source.h"
 #include "switch/state_reader.h"
+#include "text/yaml.h"
 
 namespace lab {
 namespace {

@@ -10,10 +10,10 @@
 #include <utility>
 #include <variant>
 
-#include "tasks/events.h"
 #include "output/metrics.h"
-#include "text/signals.h"
 #include "sonic/database.h"
+#include "tasks/events.h"
+#include "text/signals.h"
 #include "text/wait.h"
 
 namespace lab {
@@ -132,8 +132,9 @@ bool starts_wrong(const Watch &watch) {
 void advance(Watch &watch, TimePoint now) {
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) step(watch.feeds[i], now);
   if (!watch.opened) {
-    if (std::any_of(watch.snapshot.begin(), watch.snapshot.end(),
-                    [](const Snapshot *snapshot) { return snapshot->state == SourceState::opening; })) {
+    if (std::any_of(watch.snapshot.begin(), watch.snapshot.end(), [](const Snapshot *snapshot) {
+          return snapshot->state == SourceState::opening;
+        })) {
       return;
     }
   }
@@ -149,8 +150,10 @@ void advance(Watch &watch, TimePoint now) {
     for (Feed &feed : watch.feeds) settled = settle(feed, now) && settled;
     if (settled) {
       watch.settling = false;
-      for (Json &event : tell_losses(watch.told, watch.snapshot)) events.push_back(std::move(event));
-      for (Json &event : tell_changes(watch.told, watch.snapshot)) events.push_back(std::move(event));
+      for (Json &event : tell_losses(watch.told, watch.snapshot))
+        events.push_back(std::move(event));
+      for (Json &event : tell_changes(watch.told, watch.snapshot))
+        events.push_back(std::move(event));
     }
   }
   const bool is_wrong = !watch.opened && !watch.settling && starts_wrong(watch);

@@ -22,14 +22,13 @@ using InputErrors = std::vector<InputError>;
 
 // "found 'pvst'; expected mst".
 inline std::string text_of(const InputError &error) {
-  return error.expected.empty() ? error.found
-                                  : error.found + "; expected " + error.expected;
+  return error.expected.empty() ? error.found : error.found + "; expected " + error.expected;
 }
 
 // "4:11" or "STP_PORT|PortChannel10 root_guard".
 inline std::string place_of(const InputError &error) {
   return error.line > 0 ? std::to_string(error.line) + ":" + std::to_string(error.column)
-                          : error.where;
+                        : error.where;
 }
 
 }  // namespace lab

@@ -81,10 +81,11 @@ std::array<DocumentPlace, 2> documents_of(const std::string &text) {
 }
 
 // What a person can do about YAML that cannot be read.
-InputError no_yaml(const std::string &text, const YAML::Exception &problem, const std::string &what) {
+InputError no_yaml(const std::string &text, const YAML::Exception &problem,
+                   const std::string &what) {
   const YAML::Mark &mark = problem.mark;
   InputError error{std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "",
-                  "no YAML here: " + printable(problem.msg), what + " in YAML"};
+                   "no YAML here: " + printable(problem.msg), what + " in YAML"};
   std::istringstream lines(text);
   std::string line;
   for (int number = 1; std::getline(lines, line) && number <= error.line; ++number) {
@@ -104,10 +105,9 @@ std::string scalar_text(const YAML::Node &node) {
 }
 
 void Reader::add_error(const YAML::Node &node, const std::string &found,
-                     const std::string &expected) {
+                       const std::string &expected) {
   const YAML::Mark mark = node.IsDefined() ? node.Mark() : YAML::Mark::null_mark();
-  errors.push_back(
-      {std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "", found, expected});
+  errors.push_back({std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "", found, expected});
 }
 
 void Reader::expected(const YAML::Node &node, const std::string &what) {
@@ -129,7 +129,7 @@ bool Reader::entries(const YAML::Node &node, const std::string &what,
       add_error(pair.first, "found '<<'", no_merge_keys);
     } else if (is_torn_list(key, pair.second) && seen.size() > 1) {
       add_error(pair.first, "found '" + printable(key) + "' behind a comma",
-              "a list of numbers in quotation marks: \"1,2\"");
+                "a list of numbers in quotation marks: \"1,2\"");
     } else {
       each(pair.first, pair.second);
     }
@@ -144,7 +144,7 @@ bool Reader::mapping(const YAML::Node &node, const std::string &what,
                    const std::string given = key_text(key);
                    if (std::find(allowed.begin(), allowed.end(), given) != allowed.end()) return;
                    add_error(key, "unknown key '" + printable(given) + "' in " + what,
-                           one_of(allowed, given));
+                             one_of(allowed, given));
                  });
 }
 
@@ -250,7 +250,7 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
     }
     if (!second.mark.is_null()) {
       reader.errors.push_back({second.mark.line + 1, second.mark.column + 1, "",
-                                 "a second document begins here", "one in a file"});
+                               "a second document begins here", "one in a file"});
     }
   } catch (const YAML::Exception &problem) {
     reader.errors.push_back(no_yaml(text, problem, what));

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "text/error.h"
 #include "switch/vlans.h"
+#include "text/error.h"
 
 namespace lab {
 
@@ -25,7 +25,8 @@ struct Reader {
 
   // --- errors ---
 
-  void add_error(const YAML::Node &node, const std::string &found, const std::string &expected = "");
+  void add_error(const YAML::Node &node, const std::string &found,
+                 const std::string &expected = "");
 
   // The node itself is what was found.
   void expected(const YAML::Node &node, const std::string &what);
