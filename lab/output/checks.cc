@@ -122,7 +122,7 @@ void show_twins(const Json &check, const ShowOptions &options) {
 void print_fixes(const Json &check, const ShowOptions &options) {
   for (const Json &parameter : check["parameters"]) {
     if (!parameter.contains("fix") || !parameter["fix"].contains("text")) continue;
-    put_wrapped(parameter["fix"]["text"], options.layout, indent + 6, "    fix: ");
+    put_wrapped(parameter["fix"]["text"], options.layout, indent + 5, "    fix: ");
   }
 }
 
