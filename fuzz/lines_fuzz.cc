@@ -1,4 +1,4 @@
-// Command lines: they are something to do, help, or a error. Nothing is carried out, but what the
+// Command lines: they are something to do, help, or an error. Nothing is carried out, but what the
 // sources say is read.
 
 #include "cli/arguments.h"

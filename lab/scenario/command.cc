@@ -111,7 +111,7 @@ void add_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &k
       return command.attributes.push_back({attribute, key.read(reader, node)});
     takers.push_back(command_text(taker));
   }
-  if (command.id == 0) return;  // the command itself is a error
+  if (command.id == 0) return;  // the command itself is an error
   reader.add_error(node,
                    std::string("'") + key.key + "' does not belong to " + command_text(command.id),
                    "it with " + one_of(takers) + " only");

@@ -97,7 +97,7 @@ struct RowsReader {
     return value == "true";
   }
 
-  // The parts of a key. Nothing after a error.
+  // The parts of a key. Nothing after an error.
   std::vector<std::string_view> parts(const char *of_table, const std::string &key,
                                       std::size_t count, const char *expected) {
     std::vector<std::string_view> read = parts_of(key);
@@ -208,7 +208,7 @@ struct RowsReader {
     }
   }
 
-  // Nothing: spanning tree is off, or after a error.
+  // Nothing: spanning tree is off, or after an error.
   std::optional<uint32_t> mode() {
     const auto word = text("STP", "GLOBAL", row("STP", "GLOBAL"), "mode");
     if (word == "pvst") return STP_MCEC_STP_MODE_RAPID_PVST;
@@ -231,7 +231,7 @@ struct RowsReader {
     }
   }
 
-  // Has a error been told of one of the places from which the region can have its name?
+  // Has an error been told of one of the places from which the region can have its name?
   bool name_is_in_doubt() const {
     static const std::set<std::string> places = {
         "DEVICE_METADATA", "DEVICE_METADATA|localhost", "DEVICE_METADATA|localhost mac", "STP_MST",

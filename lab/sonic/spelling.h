@@ -37,7 +37,7 @@ std::vector<std::string> members_of(const FieldValue &list);
 // A member of a list of VLANs: "10", "10-20", "Vlan10" or "Vlan10-Vlan20".
 ParsedRanges parse_member(std::string_view member);
 
-// A text from outside as a error shows it: fit for a terminal, and not too long for one.
+// A text from outside as an error shows it: fit for a terminal, and not too long for one.
 std::string shown(std::string_view text);
 std::string quoted(std::string_view text);  // in quotation marks
 

@@ -20,7 +20,7 @@ namespace lab {
 std::vector<Entry> read_parameters(Reader &reader, const YAML::Node &node, const std::string &what,
                                    std::optional<bool> global = std::nullopt);
 
-// The parameter that a key names, nullptr (and a error) when it names none.
+// The parameter that a key names, nullptr (and an error) when it names none.
 const ParameterName *read_parameter_name(Reader &reader, const YAML::Node &node);
 
 // A switch. `folder` is where a file that it is taken `from` is looked for.

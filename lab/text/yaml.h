@@ -1,4 +1,4 @@
-// Reading YAML for people: whatever is not as it must be becomes a error with its place, and
+// Reading YAML for people: whatever is not as it must be becomes an error with its place, and
 // reading goes on, so that all errors of a file are told at once.
 #pragma once
 
@@ -18,7 +18,7 @@ namespace lab {
 // Words and the numbers that they stand for.
 using Words = std::map<std::string, uint32_t>;
 
-// What a reading function is given as `what` names the thing in a error; what it returns after a
+// What a reading function is given as `what` names the thing in an error; what it returns after a
 // error is of no use but harmless.
 struct Reader {
   InputErrors errors;
@@ -89,7 +89,7 @@ std::string yaml_vlans(const Vlans &vlans);
 void read_yaml(const std::string &text, const std::string &what, Reader &reader,
                const std::function<void(const YAML::Node &)> &read);
 
-// The text of a file, of standard input when the path is "-"; a error says why it cannot be read.
+// The text of a file, of standard input when the path is "-"; an error says why it cannot be read.
 std::string file_text(const std::string &path, InputErrors &errors);
 
 // In the order of their places, each once.
