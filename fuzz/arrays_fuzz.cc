@@ -11,9 +11,9 @@
 
 namespace {
 
-#define LENGTH(name, type, scope, length, code) length,
+#define LENGTH(name, type, scope, length, ...) length,
 constexpr uint16_t lengths[] = {0, STP_MCEC_TYPE1_PARAMETERS(LENGTH)};
-#define CODE(name, type, scope, length, code) code,
+#define CODE(name, type, scope, length, code, ...) code,
 const std::set<uint32_t> verdicts = {0, STP_MCEC_ERR_FAILURE, STP_MCEC_TYPE1_PARAMETERS(CODE)};
 
 bool is_of_tlv_library(uint32_t result) {

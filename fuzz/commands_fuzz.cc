@@ -9,7 +9,7 @@
 
 namespace {
 
-#define IDENTIFIER(name, id, extractor, gate) STP_MCEC_CMD_##name,
+#define IDENTIFIER(name, id, ...) STP_MCEC_CMD_##name,
 constexpr uint32_t commands[] = {STP_MCEC_COMMANDS(IDENTIFIER) 62};
 
 constexpr uint32_t attributes[] = {STP_MCEC_ATTR_STP_MODE,

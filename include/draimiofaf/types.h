@@ -25,10 +25,13 @@
 
 /*
  * The twelve type-1 parameters, the settings that must be equal on both peers of a multi-chassis
- * port channel: X(name, type, scope, length of the value in bytes, mismatch code).
+ * port channel: X(name, type, scope, length of the value in bytes, mismatch code, kind of value,
+ * default word, modes in which it is compared, whether it is compared on pod ports).
  *
  * GLOBAL parameters belong to the switch and are cached under interface index 0, INTERFACE ones
- * under the index of their interface.
+ * under the index of their interface. The default word is that of the kinds that are one word; any
+ * word but 0 is the default of BRIDGE_ASSURANCE and GBL_MST_SIMULATE_PVST. The default of the other
+ * kinds is a value of zero bytes.
  *
  *   STP_MODE                 one word: STP_MCEC_STP_MODE_*; Rapid-PVST by default
  *   STP_ENDIS                bmp4096_t, a set bit is a VLAN on which spanning tree is disabled
@@ -43,26 +46,43 @@
  *   IFI_PORT_GUARD           one word: STP_MCEC_IFI_PORT_GUARD_*
  *   IFI_MST_SIMULATE_PVST    one word: STP_MCEC_IFI_MST_SIMULATE_PVST_*
  */
-#define STP_MCEC_TYPE1_PARAMETERS(X)                 \
-  X(STP_MODE, 1, GLOBAL, 4, 0x40DD003B)              \
-  X(STP_ENDIS, 2, GLOBAL, 516, 0x40DD003C)           \
-  X(MST_REGION_NAME, 3, GLOBAL, 32, 0x40DD003D)      \
-  X(MST_REGION_REVISION, 4, GLOBAL, 4, 0x40DD003E)   \
-  X(MST_REGION_VI_MAP, 5, GLOBAL, 8192, 0x40DD003F)  \
-  X(LOOP_GUARD, 6, GLOBAL, 4, 0x40DD0040)            \
-  X(BRIDGE_ASSURANCE, 7, GLOBAL, 4, 0x40DD0041)      \
-  X(GBL_PORT_TYPE, 8, GLOBAL, 4, 0x40DD0042)         \
-  X(GBL_MST_SIMULATE_PVST, 9, GLOBAL, 4, 0x40DD0045) \
-  X(IFI_PORT_TYPE, 10, INTERFACE, 4, 0x40DD0043)     \
-  X(IFI_PORT_GUARD, 11, INTERFACE, 4, 0x40DD0044)    \
-  X(IFI_MST_SIMULATE_PVST, 12, INTERFACE, 4, 0x40DD0046)
+#define STP_MCEC_TYPE1_PARAMETERS(X)                                                   \
+  X(STP_MODE, 1, GLOBAL, 4, 0x40DD003B, CHOICE, 5, IN_EVERY_MODE, ON_POD)              \
+  X(STP_ENDIS, 2, GLOBAL, 516, 0x40DD003C, VLANS, 0, IN_RAPID_PVST, ON_POD)            \
+  X(MST_REGION_NAME, 3, GLOBAL, 32, 0x40DD003D, TEXT, 0, IN_MST, ON_POD)               \
+  X(MST_REGION_REVISION, 4, GLOBAL, 4, 0x40DD003E, NUMBER, 0, IN_MST, ON_POD)          \
+  X(MST_REGION_VI_MAP, 5, GLOBAL, 8192, 0x40DD003F, MAP, 0, IN_MST, ON_POD)            \
+  X(LOOP_GUARD, 6, GLOBAL, 4, 0x40DD0040, CHOICE, 0, IN_EVERY_MODE, ON_POD)            \
+  X(BRIDGE_ASSURANCE, 7, GLOBAL, 4, 0x40DD0041, CHOICE, 1, IN_EVERY_MODE, ON_POD)      \
+  X(GBL_PORT_TYPE, 8, GLOBAL, 4, 0x40DD0042, FLAGS, 0, IN_EVERY_MODE, ON_POD)          \
+  X(GBL_MST_SIMULATE_PVST, 9, GLOBAL, 4, 0x40DD0045, CHOICE, 1, IN_MST, ON_POD)        \
+  X(IFI_PORT_TYPE, 10, INTERFACE, 4, 0x40DD0043, CHOICE, 0, IN_EVERY_MODE, NOT_ON_POD) \
+  X(IFI_PORT_GUARD, 11, INTERFACE, 4, 0x40DD0044, CHOICE, 0, IN_EVERY_MODE, ON_POD)    \
+  X(IFI_MST_SIMULATE_PVST, 12, INTERFACE, 4, 0x40DD0046, CHOICE, 0, IN_MST, ON_POD)
+
+/* What a value is, and the modes in which peers must agree on it: columns of the list above. */
+enum {
+  STP_MCEC_KIND_NUMBER,
+  STP_MCEC_KIND_CHOICE, /* a word that stands for one of a few texts */
+  STP_MCEC_KIND_FLAGS,  /* a word of flags */
+  STP_MCEC_KIND_TEXT,
+  STP_MCEC_KIND_VLANS,
+  STP_MCEC_KIND_MAP,
+
+  STP_MCEC_COMPARED_IN_EVERY_MODE = 0,
+  STP_MCEC_COMPARED_IN_MST,
+  STP_MCEC_COMPARED_IN_RAPID_PVST,
+
+  STP_MCEC_COMPARED_NOT_ON_POD = 0,
+  STP_MCEC_COMPARED_ON_POD,
+};
 
 /* The type of a parameter, as TLVs, cache nodes and records carry it. */
 typedef uint16_t stp_mcec_type1_cfg_type_t;
 
 /* STP_MCEC_TYPE1_STP_MODE (1) to STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST (12). */
 enum {
-#define STP_MCEC_ENUMERATOR(name, type, scope, length, code) STP_MCEC_TYPE1_##name = (type),
+#define STP_MCEC_ENUMERATOR(name, type, ...) STP_MCEC_TYPE1_##name = (type),
   STP_MCEC_TYPE1_PARAMETERS(STP_MCEC_ENUMERATOR)
 #undef STP_MCEC_ENUMERATOR
 };
@@ -92,7 +112,8 @@ enum {
 #define STP_MCEC_ENUMERATOR(name, code) STP_MCEC_##name = (code),
   STP_MCEC_RESULT_CODES(STP_MCEC_ENUMERATOR)
 #undef STP_MCEC_ENUMERATOR
-#define STP_MCEC_ENUMERATOR(name, type, scope, length, code) STP_MCEC_ERR_TYPE1_##name = (code),
+#define STP_MCEC_ENUMERATOR(name, type, scope, length, code, ...) \
+  STP_MCEC_ERR_TYPE1_##name = (code),
       STP_MCEC_TYPE1_PARAMETERS(STP_MCEC_ENUMERATOR)
 #undef STP_MCEC_ENUMERATOR
 };
@@ -267,28 +288,38 @@ enum {
 };
 
 /*
- * Configuration commands: X(name, identifier, sub-extractor, gated). A GATED command concerns the
- * check only while a multi-chassis trunk exists; the interface commands decide port by port.
+ * Configuration commands: X(name, identifier, sub-extractor, gated, the parameters that it sets as
+ * bits of STP_MCEC_SETS). A GATED command concerns the check only while a multi-chassis trunk
+ * exists; the interface commands decide port by port.
  */
-#define STP_MCEC_COMMANDS(X)                                              \
-  X(STP_MODE, 1, stp_mcec_extract_stp_mode_param, GATED)                  \
-  X(STP_ENDIS, 2, stp_mcec_extract_stp_endis_param, GATED)                \
-  X(IF_PORT_MODE, 13, stp_mcec_extract_if_params, UNGATED)                \
-  X(IF_GUARD, 17, stp_mcec_extract_if_params, UNGATED)                    \
-  X(GBL_EDGE, 18, stp_mcec_extract_gbl_port_type_param, GATED)            \
-  X(GBL_EDGE_BPDUGUARD, 19, stp_mcec_extract_gbl_port_type_param, GATED)  \
-  X(GBL_EDGE_BPDUFILTER, 20, stp_mcec_extract_gbl_port_type_param, GATED) \
-  X(GBL_LOOPGUARD, 21, stp_mcec_extract_gbl_params, GATED)                \
-  X(MST_REGION_RESET, 43, stp_mcec_extract_reset_mst_region_cfg, GATED)   \
-  X(GBL_NETWORK, 45, stp_mcec_extract_gbl_port_type_param, GATED)         \
-  X(GBL_BRIDGE_ASSURANCE, 46, stp_mcec_extract_gbl_params, GATED)         \
-  X(IF_PORT_TYPE, 47, stp_mcec_extract_if_params, UNGATED)                \
-  X(IF_EDGE_TRUNK, 48, stp_mcec_extract_if_params, UNGATED)               \
-  X(GBL_MST_SIMULATE_PVST, 49, stp_mcec_extract_gbl_params, GATED)        \
-  X(IF_MST_SIMULATE_PVST, 50, stp_mcec_extract_if_params, UNGATED)
+#define STP_MCEC_COMMANDS(X)                                                                       \
+  X(STP_MODE, 1, stp_mcec_extract_stp_mode_param, GATED, STP_MCEC_SETS(STP_MODE))                  \
+  X(STP_ENDIS, 2, stp_mcec_extract_stp_endis_param, GATED, STP_MCEC_SETS(STP_ENDIS))               \
+  X(IF_PORT_MODE, 13, stp_mcec_extract_if_params, UNGATED, STP_MCEC_SETS(IFI_PORT_TYPE))           \
+  X(IF_GUARD, 17, stp_mcec_extract_if_params, UNGATED, STP_MCEC_SETS(IFI_PORT_GUARD))              \
+  X(GBL_EDGE, 18, stp_mcec_extract_gbl_port_type_param, GATED, STP_MCEC_SETS(GBL_PORT_TYPE))       \
+  X(GBL_EDGE_BPDUGUARD, 19, stp_mcec_extract_gbl_port_type_param, GATED,                           \
+    STP_MCEC_SETS(GBL_PORT_TYPE))                                                                  \
+  X(GBL_EDGE_BPDUFILTER, 20, stp_mcec_extract_gbl_port_type_param, GATED,                          \
+    STP_MCEC_SETS(GBL_PORT_TYPE))                                                                  \
+  X(GBL_LOOPGUARD, 21, stp_mcec_extract_gbl_params, GATED, STP_MCEC_SETS(LOOP_GUARD))              \
+  X(MST_REGION_RESET, 43, stp_mcec_extract_reset_mst_region_cfg, GATED,                            \
+    STP_MCEC_SETS(MST_REGION_NAME) | STP_MCEC_SETS(MST_REGION_REVISION) |                          \
+        STP_MCEC_SETS(MST_REGION_VI_MAP))                                                          \
+  X(GBL_NETWORK, 45, stp_mcec_extract_gbl_port_type_param, GATED, STP_MCEC_SETS(GBL_PORT_TYPE))    \
+  X(GBL_BRIDGE_ASSURANCE, 46, stp_mcec_extract_gbl_params, GATED, STP_MCEC_SETS(BRIDGE_ASSURANCE)) \
+  X(IF_PORT_TYPE, 47, stp_mcec_extract_if_params, UNGATED, STP_MCEC_SETS(IFI_PORT_TYPE))           \
+  X(IF_EDGE_TRUNK, 48, stp_mcec_extract_if_params, UNGATED, STP_MCEC_SETS(IFI_PORT_TYPE))          \
+  X(GBL_MST_SIMULATE_PVST, 49, stp_mcec_extract_gbl_params, GATED,                                 \
+    STP_MCEC_SETS(GBL_MST_SIMULATE_PVST))                                                          \
+  X(IF_MST_SIMULATE_PVST, 50, stp_mcec_extract_if_params, UNGATED,                                 \
+    STP_MCEC_SETS(IFI_MST_SIMULATE_PVST))
+
+/* The bit of a parameter in the set of those that a command sets. */
+#define STP_MCEC_SETS(name) (UINT32_C(1) << STP_MCEC_TYPE1_##name)
 
 enum {
-#define STP_MCEC_ENUMERATOR(name, id, extractor, gate) STP_MCEC_CMD_##name = (id),
+#define STP_MCEC_ENUMERATOR(name, id, ...) STP_MCEC_CMD_##name = (id),
   STP_MCEC_COMMANDS(STP_MCEC_ENUMERATOR)
 #undef STP_MCEC_ENUMERATOR
 };

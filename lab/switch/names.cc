@@ -36,7 +36,7 @@ std::vector<std::string> keys_of(const std::vector<Named> &all) {
 const std::vector<ParameterName> &parameters() {
   enum Scope { INTERFACE, GLOBAL };
   static const std::vector<ParameterName> all = {
-#define LAB_ROW(name, type, scope, length, code) \
+#define LAB_ROW(name, type, scope, length, code, ...) \
   {type, key_of(#name), "STP_MCEC_TYPE1_" #name, scope == GLOBAL, length, code},
       STP_MCEC_TYPE1_PARAMETERS(LAB_ROW)
 #undef LAB_ROW
@@ -47,7 +47,7 @@ const std::vector<ParameterName> &parameters() {
 const std::vector<CommandName> &commands() {
   enum Gate { UNGATED, GATED };
   static const std::vector<CommandName> all = {
-#define LAB_ROW(name, id, extractor, gate) \
+#define LAB_ROW(name, id, extractor, gate, ...) \
   {id, key_of(#name), "STP_MCEC_CMD_" #name, #extractor, gate == GATED},
       STP_MCEC_COMMANDS(LAB_ROW)
 #undef LAB_ROW

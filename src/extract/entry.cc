@@ -30,7 +30,7 @@ struct Command {
 };
 
 constexpr Command commands[] = {
-#define MCEC_ROW(name, id, extractor, gate) {id, extractor, Gate::gate},
+#define MCEC_ROW(name, id, extractor, gate, ...) {id, extractor, Gate::gate},
     STP_MCEC_COMMANDS(MCEC_ROW)
 #undef MCEC_ROW
     // No command of ours, but routed: its extractor answers it as an invalid identifier.

@@ -17,7 +17,7 @@ struct OnTheWire {
 };
 
 constexpr OnTheWire wire[] = {
-#define MCEC_ROW(name, type, scope, length, code) {type, Scope::scope, length, code},
+#define MCEC_ROW(name, type, scope, length, code, ...) {type, Scope::scope, length, code},
     STP_MCEC_TYPE1_PARAMETERS(MCEC_ROW)
 #undef MCEC_ROW
 };
