@@ -7,19 +7,44 @@
 
 namespace {
 
-using lab::Arguments;
-
 bool is_between(double value, double least, double most) {
   return value >= least && value <= most;
 }
 
-void look_at_arguments(lab::Action action, const Arguments &is) {
-  must(action != lab::run_scenarios || !is.files.empty(), "a run has scenarios");
-  must(action != lab::ask_what_if || is_between(double(is.step), 1, 1e6), "what-if has a step");
+bool is_format(const std::string &text) {
+  return text.empty() || text == "dump" || text == "state";
+}
+
+void look_at_arguments(const lab::RunArguments &is) {
+  must(!is.files.empty(), "a run has scenarios");
+}
+
+void look_at_arguments(const lab::WhatIfArguments &is) {
+  must(is_between(double(is.step), 1, 1e6), "what-if has a step");
+}
+
+void look_at_source(const std::string &text);
+
+void look_at_arguments(const lab::CompareArguments &is) {
+  must(is_format(is.format), "a format is known");
+  must(is.pairs.empty() || is.left.empty(), "many pairs exclude one");
+  for (const std::string &source : {is.left, is.right}) look_at_source(source);
+}
+
+void look_at_arguments(const lab::CaptureArguments &is) {
+  must(is_format(is.format), "a format is known");
+  look_at_source(is.source);
+}
+
+void look_at_arguments(const lab::WatchArguments &is) {
   must(is_between(is.interval, 0.05, 86400), "an interval is one that can be waited");
   must(is.timeout == 0 || is_between(is.timeout, 0.001, 1e9), "a time can be waited for");
-  must(is.format.empty() || is.format == "dump" || is.format == "state", "a format is known");
+  for (const std::string &source : {is.left, is.right}) look_at_source(source);
 }
+
+void look_at_arguments(const lab::ExplainArguments &) {}
+void look_at_arguments(const lab::ListArguments &) {}
+void look_at_arguments(std::monostate) {}
 
 void look_at_source(const std::string &text) {
   const lab::ParsedSource parsed = lab::parse_source(text, 0);
@@ -49,16 +74,13 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   for (const std::string &word : words) argv.push_back(word.c_str());
   argv.push_back(nullptr);
 
-  const lab::Line line = lab::parse_line(int(words.size()), argv.data());
-  must((line.action != nullptr) + !line.help.empty() + !line.error.empty() == 1,
-       "a line is to be done, or help, or a error");
-  must(lab::printable_lines(line.error) == line.error, "a error can be shown");
+  const lab::CommandLine line = lab::parse_command_line(int(words.size()), argv.data());
+  const bool has_command = !std::holds_alternative<std::monostate>(line.arguments);
+  must(has_command + !line.help.empty() + !line.error.empty() == 1,
+       "a command line is a command, or help, or an error");
+  must(lab::printable_lines(line.error) == line.error, "an error can be printed");
   must(lab::without_passwords(line.error) == lab::printable(line.error),
-       "a error shows no password");
-  if (line.action == nullptr) return 0;
-  look_at_arguments(line.action, line.arguments);
-  for (const std::string &source : {line.arguments.left, line.arguments.right}) {
-    look_at_source(source);
-  }
+       "an error has no password");
+  std::visit([](const auto &arguments) { look_at_arguments(arguments); }, line.arguments);
   return 0;
 }

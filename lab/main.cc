@@ -17,13 +17,22 @@ namespace {
 
 using namespace lab;
 
-Status parse_and_do(int argc, char **argv) {
-  const Line line = parse_line(argc, argv);
-  if (line.action != nullptr) return line.action(line.arguments);
+Status parse_and_execute(int argc, char **argv) {
+  const CommandLine line = parse_command_line(argc, argv);
   fmt::print("{}", line.help);
-  if (line.error.empty()) return agreed;
-  print_error(line.error);
-  return wrong;
+  if (!line.error.empty()) {
+    print_error(line.error);
+    return wrong;
+  }
+  return std::visit(
+      [](const auto &arguments) {
+        if constexpr (std::is_same_v<decltype(arguments), const std::monostate &>) {
+          return agreed;  // help was asked for
+        } else {
+          return execute(arguments);
+        }
+      },
+      line.arguments);
 }
 
 // What is opened must not come to stand where a closed standard file was; what is written to one
@@ -44,7 +53,7 @@ int main(int argc, char **argv) {
   Status status = wrong;
   std::string why;  // the output cannot be written
   try {
-    status = parse_and_do(argc, argv);
+    status = parse_and_execute(argc, argv);
   } catch (const Interrupted &) {
     print_error("mcec-lab: interrupted");
   } catch (const std::bad_alloc &) {

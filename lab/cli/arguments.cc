@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <memory>
 #include <sstream>
 
 #include "sonic/source.h"
@@ -18,135 +19,154 @@ struct Parser {
   CLI::App app{"Two switches on one desk: would their type-1 spanning-tree parameters agree?",
                "mcec-lab"};
   Arguments arguments;
-  Action action = nullptr;
-
-  CLI::App *add(const char *name, const char *about, Action does) {
-    CLI::App *command = app.add_subcommand(name, about);
-    command->add_flag("--no-color", arguments.no_color, "no colours, as with NO_COLOR set");
-    command->callback([this, does] { action = does; });
-    return command;
-  }
 };
 
+constexpr char source_help[] =
+    "a configuration dump, a state file, a database (redis://host, unix:///path), or - for "
+    "standard "
+    "input";
+
+// A command with a record of arguments, which outlives the parsing.
+template <class Record>
+Record &add_command(Parser &parser, const char *name, const char *about, CLI::App *&command) {
+  command = parser.app.add_subcommand(name, about);
+  const auto record = std::make_shared<Record>();
+  command->add_flag("--no-color", record->no_color, "no colours, as with NO_COLOR set");
+  command->callback([&parser, record] { parser.arguments = *record; });
+  return *record;
+}
+
 void add_run(Parser &parser) {
-  Arguments &arguments = parser.arguments;
-  CLI::App *run = parser.add("run", "Run scenarios", run_scenarios);
-  run->add_option("FILE", arguments.files, "scenarios in YAML; - is standard input")->required();
-  run->add_flag("--json", arguments.json, "one JSON document for each scenario");
-  run->add_flag("--log", arguments.log, "show each switch's event history");
-  run->add_flag("--quiet", arguments.quiet, "verdicts only");
-  run->add_flag("--only-different", arguments.only_different,
+  CLI::App *run = nullptr;
+  auto &record = add_command<RunArguments>(parser, "run", "Run scenarios", run);
+  run->add_option("FILE", record.files, "scenarios in YAML; - is standard input")->required();
+  run->add_flag("--json", record.json, "one JSON document for each scenario");
+  run->add_flag("--log", record.log, "show each switch's event history");
+  run->add_flag("--quiet", record.quiet, "verdicts only");
+  run->add_flag("--only-different", record.only_different,
                 "of checks show only what does not agree");
-  run->add_flag("--fail-on-difference", arguments.fail_on_difference,
+  run->add_flag("--fail-on-difference", record.fail_on_difference,
                 "exit status 1 when a pair disagrees at its last check");
 }
 
 void add_what_if(Parser &parser) {
-  Arguments &arguments = parser.arguments;
-  CLI::App *what_if = parser.add(
-      "what-if", "Say what a step of a scenario would put out of step, without applying it",
-      ask_what_if);
-  what_if->add_option("FILE", arguments.file, "a scenario in YAML; - is standard input")
-      ->required();
-  what_if->add_option("STEP", arguments.step, "the number of a command or update step")
+  CLI::App *what_if = nullptr;
+  auto &record = add_command<WhatIfArguments>(
+      parser, "what-if", "Show what a step of a scenario would change, without applying it",
+      what_if);
+  what_if->add_option("FILE", record.file, "a scenario in YAML; - is standard input")->required();
+  what_if->add_option("STEP", record.step, "the number of a command or update step")
       ->required()
       ->check(CLI::Range(1U, 1000000U));
-  what_if->add_flag("--json", arguments.json, "a JSON document");
-  what_if->add_flag("--log", arguments.log, "show the switch's event history");
+  what_if->add_flag("--json", record.json, "a JSON document");
+  what_if->add_flag("--log", record.log, "show the switch's event history");
+}
+
+CLI::Option *add_format(CLI::App *command, std::string &format) {
+  return command->add_option("--format", format, "dump or state, whatever the content looks like")
+      ->check(CLI::IsMember({"dump", "state"}));
 }
 
 void add_compare(Parser &parser) {
-  Arguments &arguments = parser.arguments;
-  CLI::App *compare =
-      parser.add("compare", "Say whether two switches agree, and why not", compare_sides);
-  const char *const source =
-      "a configuration dump, a state file, a database (redis://host, unix:///path), or - for "
-      "standard input";
-  compare->add_option("LEFT", arguments.left, source);
-  compare->add_option("RIGHT", arguments.right, source);
-  compare->add_flag("--json", arguments.json, "a JSON document");
-  compare->add_flag("--all", arguments.all, "show the scopes that agree, too");
+  CLI::App *compare = nullptr;
+  auto &record = add_command<CompareArguments>(
+      parser, "compare", "Compare two switches, and say why they do not agree", compare);
+  CLI::Option *left = compare->add_option("LEFT", record.left, source_help);
+  compare->add_option("RIGHT", record.right, source_help);
+  compare->add_flag("--json", record.json, "a JSON document");
+  compare->add_flag("--all", record.all, "show the scopes that agree, too");
+  CLI::Option *patch =
+      compare
+          ->add_option(
+              "--patch", record.patch,
+              "write the patch that brings a side (left, right or both) into line to a file")
+          ->type_name("SIDE FILE")
+          ->check(CLI::IsMember({"left", "right", "both"}).application_index(0));
+  CLI::Option *html =
+      compare->add_option("--html", record.html, "write the comparison as a page to a file");
+  CLI::Option *format = add_format(compare, record.format);
   compare
-      ->add_option("--patch", arguments.fix,
-                   "write the patch that brings a side (left, right or both) into step to a file")
-      ->type_name("SIDE FILE");
-  compare->add_option("--html", arguments.html, "write the comparison as a page to a file");
-  compare->add_option(
-      "--pairs", arguments.pairs,
-      "compare many pairs: a file with lines of name, left and right, separated by tabs");
-  CLI::App *capture =
-      parser.add("capture", "Write what a switch is set to as a state file", capture_side);
-  capture->add_option("SOURCE", arguments.file, "a configuration dump, a database, or a state file")
-      ->required();
-  for (CLI::App *command : {compare, capture}) {
-    command
-        ->add_option("--format", arguments.format, "dump or state, whatever the content looks like")
-        ->check(CLI::IsMember({"dump", "state"}));
-  }
+      ->add_option(
+          "--pairs", record.pairs,
+          "compare many pairs: a file with lines of name, left and right, separated by tabs")
+      ->excludes(left, patch, html, format);
 }
 
-// Which no range keeps out, since it is neither less nor greater.
+void add_capture(Parser &parser) {
+  CLI::App *capture = nullptr;
+  auto &record = add_command<CaptureArguments>(
+      parser, "capture", "Write the settings of a switch as a state file", capture);
+  capture->add_option("SOURCE", record.source, source_help)->required();
+  add_format(capture, record.format);
+}
+
+// A range does not refuse it, since it is neither less nor greater.
 std::string refuse_nan(const std::string &text) {
   return std::isnan(std::strtod(text.c_str(), nullptr)) ? "Value " + text + " is no number" : "";
 }
 
 void add_watch(Parser &parser) {
-  Arguments &arguments = parser.arguments;
-  CLI::App *watch =
-      parser.add("watch", "Stay beside two switches and say what changes do", watch_sides);
-  watch->add_option("LEFT", arguments.left, "a database, or a file")->required();
-  watch->add_option("RIGHT", arguments.right, "a database, or a file")->required();
-  watch->add_flag("--json", arguments.json, "a JSON document a line");
+  CLI::App *watch = nullptr;
+  auto &record = add_command<WatchArguments>(
+      parser, "watch", "Watch two switches, and report what changes do", watch);
+  watch->add_option("LEFT", record.left, "a database, or a file")->required();
+  watch->add_option("RIGHT", record.right, "a database, or a file")->required();
+  watch->add_flag("--json", record.json, "a JSON document on each line");
   watch
-      ->add_option("--interval", arguments.interval,
-                   "seconds between two looks where nothing is notified; 1 unless said otherwise")
+      ->add_option("--interval", record.interval,
+                   "seconds between two readings where nothing is notified; 1 by default")
       ->check(CLI::Range(0.05, 86400.0))
       ->check(refuse_nan);
-  watch->add_flag("--once-agreed", arguments.once_agreed, "end as soon as the pair agrees");
-  watch->add_option("--timeout", arguments.timeout, "end after this many seconds")
+  watch->add_flag("--once-agreed", record.once_agreed, "end as soon as the pair agrees");
+  watch->add_option("--timeout", record.timeout, "end after this many seconds")
       ->check(CLI::Range(0.001, 1e9))
       ->check(refuse_nan);
-  watch->add_option("--metrics", arguments.metrics, "keep a file for Prometheus");
+  watch->add_option("--metrics", record.metrics, "keep a file for Prometheus");
 }
 
 void add_explain_and_list(Parser &parser) {
-  Arguments &arguments = parser.arguments;
-  parser.add("explain", "Say what a result code, a parameter or a command means", explain_it)
-      ->add_option("WHAT", arguments.what, "a code, a name or a type")
-      ->required();
-  CLI::App *list = parser.add("list", "List the parameters and the commands", list_all);
-  list->add_option("WHAT", arguments.what, "parameters or commands")
+  CLI::App *explain = nullptr;
+  auto &record = add_command<ExplainArguments>(
+      parser, "explain", "Explain a result code, a parameter or a command", explain);
+  explain->add_option("WHAT", record.what, "a code, a name or a type")->required();
+  CLI::App *list = nullptr;
+  auto &list_record =
+      add_command<ListArguments>(parser, "list", "List the parameters and the commands", list);
+  list->add_option("WHAT", list_record.what, "parameters or commands")
       ->check(CLI::IsMember({"parameters", "commands"}));
-  list->add_flag("--json", arguments.json, "as a JSON document, with the result codes");
+  list->add_flag("--json", list_record.json, "as a JSON document, with the result codes");
+}
+
+std::string format_failure(const CLI::App *app, const CLI::Error &problem) {
+  const auto commands = app->get_subcommands();
+  return "mcec-lab: " + printable(without_passwords(problem.what())) + "\nSee mcec-lab " +
+         (commands.empty() ? "" : commands[0]->get_name() + " ") + "--help.\n";
 }
 
 void add_all(Parser &parser) {
   CLI::App &app = parser.app;
   app.require_subcommand(1);
-  app.failure_message([](const CLI::App *command, const CLI::Error &problem) {
-    return "mcec-lab: " + printable(without_passwords(problem.what())) + "\nSee mcec-lab " +
-           (command->get_subcommands().empty() ? ""
-                                               : command->get_subcommands()[0]->get_name() + " ") +
-           "--help.\n";
-  });
+  app.failure_message(format_failure);
   app.set_version_flag("--version", LAB_VERSION);
   app.footer(
-      "Exit status: 0 all expectations hold (the pair agrees), 1 some do not, 2 the input or the "
+      "Exit status: 0 the pair agrees (all expectations are met), 1 it does not, 2 the input or "
+      "the "
       "arguments are wrong.\n"
       "See mcec-lab(1).");
   add_run(parser);
   add_what_if(parser);
   add_compare(parser);
+  add_capture(parser);
   add_watch(parser);
   add_explain_and_list(parser);
 }
 
 }  // namespace
 
-Line parse_line(int argc, const char *const *argv) {
+CommandLine parse_command_line(int argc, const char *const *argv) {
   Parser parser;
   add_all(parser);
-  Line line;
+  CommandLine line;
   std::vector<std::string> names;
   for (const CLI::App *command : parser.app.get_subcommands(nullptr)) {
     names.push_back(command->get_name());
@@ -159,7 +179,6 @@ Line parse_line(int argc, const char *const *argv) {
   }
   try {
     parser.app.parse(argc, argv);
-    line.action = parser.action;
     line.arguments = std::move(parser.arguments);
   } catch (const CLI::ParseError &problem) {
     std::ostringstream help;

@@ -1,4 +1,4 @@
-// The words of a command line: what is to be done with what, or what is to be said instead.
+// The command line.
 #pragma once
 
 #include <string>
@@ -7,17 +7,14 @@
 
 namespace lab {
 
-using Action = Status (*)(const Arguments &);
-
-// One of the three: something to do, help that was asked for, or what is wrong with the words.
-struct Line {
-  Action action = nullptr;
+// One of the three: a command with its arguments, help that was asked for, or what is wrong.
+struct CommandLine {
   Arguments arguments;
   std::string help;
   std::string error;
 };
 
-// The words of main; nothing is carried out.
-Line parse_line(int argc, const char *const *argv);
+// Parses the arguments of main; nothing is executed.
+CommandLine parse_command_line(int argc, const char *const *argv);
 
 }  // namespace lab

@@ -1,11 +1,12 @@
-// The commands of mcec-lab: what each does with its arguments, and the exit status that it gives.
+// The commands of mcec-lab: the arguments of each, and the exit status that it gives.
 #pragma once
 
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
-#include "output/json.h"
-#include "output/show.h"
+#include "output/style.h"
 #include "text/error.h"
 
 namespace lab {
@@ -13,52 +14,84 @@ namespace lab {
 // Of several, the greatest counts.
 enum Status { agreed = 0, disagreed = 1, wrong = 2 };
 
-struct Arguments {
-  bool json = false;
-  bool no_color = false;
-  // run, what-if
+struct RunArguments {
   std::vector<std::string> files;
-  std::string file;
-  std::size_t step = 0;
+  bool json = false;
   bool log = false;
   bool quiet = false;
   bool only_different = false;
   bool fail_on_difference = false;
-  // compare, capture, watch
-  std::string left;
-  std::string right;
-  std::string format;
-  bool all = false;
-  std::pair<std::string, std::string> fix;  // a side, and a file
-  std::string html;
-  std::string pairs;
-  double interval = 1;
-  double timeout = 0;  // 0: none
-  bool once_agreed = false;
-  std::string metrics;
-  // explain, list
-  std::string what;
+  bool no_color = false;
 };
 
-Status run_scenarios(const Arguments &arguments);
-Status ask_what_if(const Arguments &arguments);
-Status compare_sides(const Arguments &arguments);
-Status compare_pairs(const Arguments &arguments);
-Status capture_side(const Arguments &arguments);
-Status watch_sides(const Arguments &arguments);
-Status explain_it(const Arguments &arguments);
-Status list_all(const Arguments &arguments);
+struct WhatIfArguments {
+  std::string file;
+  std::size_t step = 0;
+  bool json = false;
+  bool log = false;
+  bool no_color = false;
+};
+
+struct CompareArguments {
+  std::string left;
+  std::string right;
+  std::string pairs;
+  std::string format;
+  std::pair<std::string, std::string> patch;  // a side, and a file
+  std::string html;
+  bool json = false;
+  bool all = false;
+  bool no_color = false;
+};
+
+struct CaptureArguments {
+  std::string source;
+  std::string format;
+  bool no_color = false;
+};
+
+struct WatchArguments {
+  std::string left;
+  std::string right;
+  double interval = 1;
+  double timeout = 0;  // 0: none
+  std::string metrics;
+  bool json = false;
+  bool once_agreed = false;
+  bool no_color = false;
+};
+
+struct ExplainArguments {
+  std::string what;
+  bool no_color = false;
+};
+
+struct ListArguments {
+  std::string what;
+  bool json = false;
+  bool no_color = false;
+};
+
+using Arguments = std::variant<std::monostate, RunArguments, WhatIfArguments, CompareArguments,
+                               CaptureArguments, WatchArguments, ExplainArguments, ListArguments>;
+
+Status execute(const RunArguments &arguments);
+Status execute(const WhatIfArguments &arguments);
+Status execute(const CompareArguments &arguments);
+Status execute(const CaptureArguments &arguments);
+Status execute(const WatchArguments &arguments);
+Status execute(const ExplainArguments &arguments);
+Status execute(const ListArguments &arguments);
+
+// compare with --pairs.
+Status compare_pairs(const CompareArguments &arguments);
 
 // --- what they share ---
-
-ShowOptions show_options(const Arguments &arguments);
 
 // A line on the standard error output.
 void print_error(const std::string &text);
 
-void print_json(const Json &document);
-
-// Tell a person what is wrong with a source; of very many errors the first, and their number.
+// What is wrong with a source; of very many errors the first, and their number.
 void print_errors(const std::string &source, const InputErrors &errors);
 
 // Write a file whole; "-" is the standard output. Throws std::runtime_error.

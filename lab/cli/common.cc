@@ -6,17 +6,17 @@
 #include <stdexcept>
 
 #include "cli/commands.h"
-#include "output/told.h"
 #include "sonic/source.h"
 #include "text/file.h"
 #include "text/signals.h"
-#include "text/text.h"
 
 namespace lab {
+namespace {
 
-ShowOptions show_options(const Arguments &arguments) {
-  return {standard_layout(arguments.no_color), arguments.quiet, arguments.only_different};
-}
+// More errors than these help no person at once.
+constexpr std::size_t most_errors = 100;
+
+}  // namespace
 
 void print_error(const std::string &text) {
   std::fflush(stdout);
@@ -28,19 +28,15 @@ void print_error(const std::string &text) {
   }
 }
 
-void print_json(const Json &document) {
-  fmt::print("{}\n", document.dump(2));
-}
-
 void print_errors(const std::string &source, const InputErrors &errors) {
   if (!errors.empty() && interrupted()) throw Interrupted{};  // what was read is not all there is
-  for (std::size_t i = 0; i < std::min(errors.size(), printed_errors); ++i) {
+  for (std::size_t i = 0; i < std::min(errors.size(), most_errors); ++i) {
     const std::string place = place_of(errors[i]);
     print_error(
         fmt::format("{}:{}{} {}", source, place, place.empty() ? "" : ":", text_of(errors[i])));
   }
-  if (errors.size() > printed_errors) {
-    print_error(fmt::format("{}: and {} errors more", source, errors.size() - printed_errors));
+  if (errors.size() > most_errors) {
+    print_error(fmt::format("{}: and {} errors more", source, errors.size() - most_errors));
   }
 }
 

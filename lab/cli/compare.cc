@@ -3,25 +3,24 @@
 #include <algorithm>
 
 #include "cli/commands.h"
-#include "output/compare.h"
+#include "output/error_json.h"
 #include "output/page.h"
-#include "output/told.h"
+#include "output/pair_json.h"
+#include "output/pair_text.h"
+#include "report/verdict.h"
 #include "switch/names.h"
 #include "switch/state_writer.h"
 #include "tasks/compare.h"
-#include "text/text.h"
 
 namespace lab {
 namespace {
 
-Format format_of(const Arguments &arguments) {
-  return arguments.format == "dump"    ? Format::dump
-         : arguments.format == "state" ? Format::state
-                                       : Format::by_content;
+Format parse_format(const std::string &format) {
+  return format == "dump" ? Format::dump : format == "state" ? Format::state : Format::by_content;
 }
 
 // fix.json with a side: fix.left.json.
-std::string with_side(const std::string &path, const char *side) {
+std::string insert_side(const std::string &path, const char *side) {
   const std::size_t dot = path.rfind('.');
   const std::size_t slash = path.rfind('/');
   const bool has_ending = dot != path.npos && (slash == path.npos || dot > slash + 1);
@@ -29,85 +28,82 @@ std::string with_side(const std::string &path, const char *side) {
   return path.substr(0, at) + "." + side + path.substr(at);
 }
 
-void write_patches(const Sides &sides, const Json &told, const Arguments &arguments) {
-  const std::string &which = arguments.fix.first;
-  const std::string &path = arguments.fix.second;
+void write_patches(const Sides &sides, const PairReport &report,
+                   const std::pair<std::string, std::string> &patch) {
+  const auto &[which, path] = patch;
   const std::array<bool, 2> changes = {which != "right", which != "left"};
-  const std::array<Json, 2> patches = fixes(sides, told, changes);
+  const std::array<Patch, 2> patches = collect_patches(sides, report, changes);
   if (which == "both" && path == "-") {
-    return print_json({{"left", patches[0]}, {"right", patches[1]}});
+    fmt::print("{}\n", Json({{"left", patches[0]}, {"right", patches[1]}}).dump(2));
+    return;
   }
   for (std::size_t i = 0; i < patches.size(); ++i) {
     if (!changes[i]) continue;
-    write_file(which == "both" ? with_side(path, switch_names[i]) : path,
+    write_file(which == "both" ? insert_side(path, switch_names[i]) : path,
                patches[i].dump(2) + "\n");
   }
 }
 
-// Read both sides; the errors of both are told at once.
-bool read_sides(const Arguments &arguments, Sides &sides) {
-  Json told = Json::array();
+// Read both sides, and print the errors of both.
+bool read_sides(const CompareArguments &arguments, Sides &sides) {
+  Json errors = Json::array();
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    ReadSide read = read_side(i == 0 ? arguments.left : arguments.right, i, format_of(arguments));
+    ReadSide read =
+        read_side(i == 0 ? arguments.left : arguments.right, i, parse_format(arguments.format));
     print_errors(read.side.source, read.errors);
-    for (Json &error : errors_to_json(read.side.source, read.errors)) {
-      told.push_back(std::move(error));
-    }
+    for (Json &error : errors_to_json(read.side.source, read.errors)) errors.push_back(error);
     sides[i] = std::move(read.side);
   }
-  if (arguments.json && !told.empty()) print_json({{"version", 1}, {"errors", told}});
-  return told.empty();
+  if (arguments.json && !errors.empty()) fmt::print("{}\n", error_document(errors).dump(2));
+  return errors.empty();
+}
+
+// What is wrong with the arguments together; empty: nothing.
+std::string find_usage_error(const CompareArguments &arguments) {
+  if (arguments.right.empty()) {
+    return fmt::format("found {}; expected two sources, left and right, or --pairs",
+                       arguments.left.empty() ? "no source" : "one source");
+  }
+  if (arguments.left == "-" && arguments.right == "-") {
+    return "found '-' twice; expected the standard input on one side";
+  }
+  if (arguments.json + (arguments.html == "-") + (arguments.patch.second == "-") > 1) {
+    return "expected one of --json, --html - and --patch SIDE -, which all write to the standard "
+           "output";
+  }
+  return "";
 }
 
 }  // namespace
 
-Status compare_sides(const Arguments &arguments) {
+Status execute(const CompareArguments &arguments) {
   if (!arguments.pairs.empty()) return compare_pairs(arguments);
-  if (arguments.right.empty()) {
-    print_error(
-        fmt::format("mcec-lab compare: found {}; expected two sources, left and right, or --pairs",
-                    arguments.left.empty() ? "no source" : "one source"));
-    return wrong;
-  }
-  if (arguments.left == "-" && arguments.right == "-") {
-    print_error("mcec-lab compare: found '-' twice; expected the standard input on one side");
-    return wrong;
-  }
-  if (arguments.json + (arguments.html == "-") + (arguments.fix.second == "-") > 1) {
-    print_error(
-        "mcec-lab compare: expected one of --json, --html - and --patch SIDE -, which all write "
-        "to the standard output");
-    return wrong;
-  }
-  const std::vector<std::string> patched = {"left", "right", "both"};
-  if (!arguments.fix.first.empty() &&
-      std::find(patched.begin(), patched.end(), arguments.fix.first) == patched.end()) {
-    print_error(fmt::format("mcec-lab compare: --patch: found '{}'; expected {}",
-                            printable(arguments.fix.first), one_of(patched, arguments.fix.first)));
+  if (const std::string error = find_usage_error(arguments); !error.empty()) {
+    print_error("mcec-lab compare: " + error);
     return wrong;
   }
   Sides sides;
   if (!read_sides(arguments, sides)) return wrong;
-  if (!arguments.fix.first.empty() && (!sides[0].rows || !sides[1].rows)) {
+  const bool has_patch = !arguments.patch.first.empty();
+  if (has_patch && (!sides[0].rows || !sides[1].rows)) {
     print_error(
         "mcec-lab compare: --patch writes patches of dumps and databases; found a state file");
     return wrong;
   }
-  const Json told = compare(sides);
-  if (!arguments.fix.first.empty()) write_patches(sides, told, arguments);
-  if (!arguments.html.empty()) write_file(arguments.html, page_of(told));
+  const PairReport report = compare(sides);
+  if (has_patch) write_patches(sides, report, arguments.patch);
+  if (!arguments.html.empty()) write_file(arguments.html, write_page(report));
   if (arguments.json) {
-    print_json(told);
-  } else if (arguments.html != "-" && arguments.fix.second != "-") {
-    ShowOptions options = show_options(arguments);
-    options.only_different = !arguments.all;
-    show_comparison(told, options);
+    fmt::print("{}\n", comparison_to_json(report).dump(2));
+  } else if (arguments.html != "-" && arguments.patch.second != "-") {
+    print_comparison(
+        report, {.layout = standard_layout(arguments.no_color), .only_different = !arguments.all});
   }
-  return told["agree"] ? agreed : disagreed;
+  return is_agreed(find_verdict(report)) ? agreed : disagreed;
 }
 
-Status capture_side(const Arguments &arguments) {
-  const ReadSide read = read_side(arguments.file, 0, format_of(arguments));
+Status execute(const CaptureArguments &arguments) {
+  const ReadSide read = read_side(arguments.source, 0, parse_format(arguments.format));
   print_errors(read.side.source, read.errors);
   if (!read.errors.empty()) return wrong;
   fmt::print("{}", state_file(read.side.settings));

@@ -7,7 +7,7 @@
 
 namespace lab {
 
-Status explain_it(const Arguments &arguments) {
+Status execute(const ExplainArguments &arguments) {
   if (explain(arguments.what, standard_layout(arguments.no_color))) return agreed;
   std::vector<std::string> names = parameter_keys();
   for (const auto &more : {command_keys(), result_keys()}) {
@@ -20,9 +20,9 @@ Status explain_it(const Arguments &arguments) {
   return wrong;
 }
 
-Status list_all(const Arguments &arguments) {
+Status execute(const ListArguments &arguments) {
   if (arguments.json) {
-    print_json(list_json());
+    fmt::print("{}\n", list_json().dump(2));
   } else {
     list(arguments.what, standard_layout(arguments.no_color));
   }

@@ -1,61 +1,35 @@
-// Many pairs at once: a process for each comparison, as many at a time as there are processors.
+// compare --pairs.
 
 #include <fmt/core.h>
-#include <poll.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
-#include <map>
+#include <cstdio>
+#include <set>
 #include <sstream>
-#include <thread>
 
 #include "cli/commands.h"
-#include "output/told.h"
+#include "output/error_json.h"
+#include "output/pairs_text.h"
+#include "report/verdict.h"
 #include "sonic/source.h"
-#include "switch/names.h"
-#include "tasks/compare.h"
-#include "text/signals.h"
+#include "tasks/pairs.h"
+#include "text/text.h"
 #include "text/yaml.h"
 
 namespace lab {
 namespace {
 
-struct PairLine {
-  int number;  // of its line, from 1
-  std::string name;
-  std::array<std::string, 2> sources;
-};
-
-// A comparison under way: its process, and the document that it writes.
-struct Job {
-  const PairLine *pair;
-  pid_t pid;
-  int pipe;
-  std::string document;
-};
-
-// What the comparisons came to.
-struct Tally {
-  std::size_t agree = 0;
-  std::vector<std::string> differing;  // a line for each pair
-  std::size_t not_compared = 0;
-  Status status = agreed;
-};
-
 constexpr const char *line_form = "a name, the left and the right source, separated by tabs";
 
 // Sources are relative to the folder of the list.
-std::string in_folder(const std::string &source, const std::string &folder) {
+std::string resolve_source(const std::string &source, const std::string &folder) {
   const bool is_absolute = source.starts_with('/') || source.find("://") != source.npos;
   return is_absolute ? source : folder + source;
 }
 
-std::vector<PairLine> read_pairs(const std::string &path, InputErrors &errors) {
-  std::vector<PairLine> pairs;
+std::vector<PairEntry> read_pairs(const std::string &path, InputErrors &errors) {
+  std::vector<PairEntry> pairs;
+  std::set<std::string> names;
   const std::string text = file_text(path, errors);
   std::istringstream lines(std::string(without_byte_order_mark(text)));
   const std::string folder = path.substr(0, path.rfind('/') + 1);
@@ -66,14 +40,16 @@ std::vector<PairLine> read_pairs(const std::string &path, InputErrors &errors) {
     std::vector<std::string> parts;
     std::istringstream fields(line);
     for (std::string part; std::getline(fields, part, '\t');) parts.push_back(part);
-    if (parts.size() == 3 && !parts[0].empty() && !parts[1].empty() && !parts[2].empty()) {
-      pairs.push_back({number,
-                       printable(parts[0]),
-                       {in_folder(parts[1], folder), in_folder(parts[2], folder)}});
-    } else {
+    if (parts.size() != 3 || parts[0].empty() || parts[1].empty() || parts[2].empty()) {
       errors.push_back({number, 1, "",
                         "found '" + printable(without_passwords(line.substr(0, 80))) + "'",
                         line_form});
+    } else if (!names.insert(parts[0]).second) {
+      errors.push_back({number, 1, "", "found the name '" + printable(parts[0]) + "' twice",
+                        "a name for each pair"});
+    } else {
+      pairs.push_back({printable(parts[0]),
+                       {resolve_source(parts[1], folder), resolve_source(parts[2], folder)}});
     }
   }
   if (pairs.empty() && errors.empty()) {
@@ -82,202 +58,38 @@ std::vector<PairLine> read_pairs(const std::string &path, InputErrors &errors) {
   return pairs;
 }
 
-// The document of a pair: that of a comparison, or its errors, under its name.
-Json document_of(const PairLine &pair) {
-  Json told = {{"pair", pair.name}, {"version", 1}};
-  Sides sides;
-  Json errors = Json::array();
-  for (std::size_t i = 0; i < sides.size(); ++i) {
-    ReadSide read = read_side(pair.sources[i], i, Format::by_content);
-    for (Json &error : errors_to_json(read.side.source, read.errors)) {
-      errors.push_back(std::move(error));
-    }
-    sides[i] = std::move(read.side);
-  }
-  if (!errors.empty()) {
-    told["errors"] = std::move(errors);
-  } else {
-    told.update(compare(sides));
-  }
-  return told;
-}
-
-Json failure_of(const PairLine &pair, const std::string &problem) {
-  return {
-      {"pair", pair.name},
-      {"version", 1},
-      {"errors", {{{"source", pair.name}, {"where", ""}, {"found", problem}, {"expected", ""}}}}};
-}
-
-std::string document_text(const PairLine &pair) {
-  try {
-    return document_of(pair).dump(-1, ' ', false, Json::error_handler_t::replace);
-  } catch (const std::bad_alloc &) {
-    return failure_of(pair, "there is not enough memory").dump();
-  } catch (const std::exception &problem) {
-    return failure_of(pair, printable(problem.what())).dump();
-  }
-}
-
-// The life of the process of a comparison. Nothing leaves it but by its end: what is behind it on the
-// stack is the parent's.
-[[noreturn]] void compare_in_process(const PairLine &pair, int pipe) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  std::string text;
-  try {
-    text = document_text(pair);
-  } catch (...) {  // interrupted, or no memory even for this
-    _exit(wrong);
-  }
-  for (std::size_t at = 0; at < text.size();) {
-    const ssize_t written = write(pipe, text.data() + at, text.size() - at);
-    if (written < 0 && errno != EINTR) _exit(wrong);
-    at += written > 0 ? static_cast<std::size_t>(written) : 0;
-  }
-  _exit(0);
-}
-
-Job start(const PairLine &pair, const std::vector<Job> &others) {
-  int ends[2];
-  if (pipe(ends) != 0)
-    throw std::system_error(errno, std::generic_category(), "no pipe for a pair");
-  std::fflush(stdout);
-  const pid_t pid = fork();
-  if (pid < 0) {
-    close(ends[0]);
-    close(ends[1]);
-    throw std::system_error(errno, std::generic_category(), "no process for a pair");
-  }
-  if (pid == 0) {
-    close(ends[0]);
-    for (const Job &other : others) close(other.pipe);
-    compare_in_process(pair, ends[1]);
-  }
-  close(ends[1]);
-  return {&pair, pid, ends[0], ""};
-}
-
-// "mst-region-name (1), ifi-port-guard (3)".
-std::string differences_text(const Json &checks) {
-  std::map<std::string, std::size_t> counts;
-  std::size_t missing = 0;
-  for (const Json &check : checks) {
-    if (check.contains("only")) ++missing;
-    for (const std::string &key : differing(check)) counts[key] += check.contains("only") ? 0 : 1;
-  }
-  std::string text;
-  for (const std::string &key : parameter_keys()) {
-    if (counts[key] == 0) continue;
-    text += fmt::format("{}{} ({})", text.empty() ? "" : ", ", key, counts[key]);
-  }
-  if (missing > 0) {
-    text += fmt::format("{}channels on one side only ({})", text.empty() ? "" : ", ", missing);
-  }
-  return text.empty() ? "spanning tree is off on one side" : text;
-}
-
-// A line for a pair, and what it adds to the whole.
-void tell(const Json &told, const Arguments &arguments, const Layout &layout, Tally &tally) {
-  const std::string name = told["pair"];
-  Cell said;
-  if (told.contains("errors")) {
-    ++tally.not_compared;
-    tally.status = wrong;
-    const Json &first = told["errors"][0];
-    const std::string place = first["where"];
-    const std::size_t more = told["errors"].size() - 1;
-    said = {fmt::format("NOT COMPARED: {}: {}{}{}", first["source"].get<std::string>(),
-                        place.empty() ? "" : place + " ", first["found"].get<std::string>(),
-                        more > 0 ? fmt::format(" and {} more", more) : ""),
-            Colour::yellow};
-  } else if (told["agree"]) {
-    ++tally.agree;
-    said = {"agrees", Colour::green};
-  } else {
-    tally.status = std::max(tally.status, disagreed);
-    said = {"DIFFERENT: " + differences_text(told["checks"]), Colour::red};
-    tally.differing.push_back(name + ": " + differences_text(told["checks"]));
-  }
-  if (arguments.json) {
-    fmt::print("{}\n", told.dump());
-    std::fflush(stdout);
-  } else {
-    put_line(name + ": " + coloured(said.text, said.colour, layout));
-  }
-}
-
-// Take what a comparison wrote; true: it has ended.
-bool take(Job &job) {
-  char buffer[65536];
-  const ssize_t got = read(job.pipe, buffer, sizeof buffer);
-  if (got > 0) job.document.append(buffer, static_cast<std::size_t>(got));
-  if (got > 0 || (got < 0 && errno == EINTR)) return false;
-  close(job.pipe);
-  waitpid(job.pid, nullptr, 0);
-  return true;
-}
-
-void stop(std::vector<Job> &jobs) {
-  for (const Job &job : jobs) {
-    kill(job.pid, SIGKILL);
-    waitpid(job.pid, nullptr, 0);
-    close(job.pipe);
-  }
-  jobs.clear();
-}
-
-void compare_all(const std::vector<PairLine> &pairs, const Arguments &arguments, Tally &tally) {
-  const std::size_t at_once = std::max(1U, std::thread::hardware_concurrency());
-  const Layout layout = standard_layout(arguments.no_color);
-  std::vector<Job> jobs;
-  try {
-    for (auto next = pairs.begin(); next != pairs.end() || !jobs.empty();) {
-      while (next != pairs.end() && jobs.size() < at_once) jobs.push_back(start(*next++, jobs));
-      std::vector<pollfd> ready;
-      for (const Job &job : jobs) ready.push_back({job.pipe, POLLIN, 0});
-      if (poll(ready.data(), ready.size(), -1) < 0 && errno != EINTR) break;
-      if (interrupted()) throw Interrupted{};
-      for (std::size_t i = jobs.size(); i-- > 0;) {
-        if (ready[i].revents == 0 || !take(jobs[i])) continue;
-        const Json told = Json::parse(jobs[i].document, nullptr, false);
-        const bool is_whole = told.is_object();
-        tell(is_whole ? told : failure_of(*jobs[i].pair, "the comparison died"), arguments, layout,
-             tally);
-        jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(i));
-      }
-    }
-  } catch (...) {
-    stop(jobs);
-    throw;
-  }
+Status status_of(const PairResult &result) {
+  if (!result.errors.empty()) return wrong;
+  return is_agreed(find_verdict(result.report)) ? agreed : disagreed;
 }
 
 }  // namespace
 
-Status compare_pairs(const Arguments &arguments) {
-  if (!arguments.left.empty() || !arguments.fix.first.empty() || !arguments.html.empty()) {
-    print_error(
-        "mcec-lab compare: --pairs stands alone; expected no sources, no --patch and no --html");
-    return wrong;
-  }
+Status compare_pairs(const CompareArguments &arguments) {
   InputErrors errors;
-  const std::vector<PairLine> pairs = read_pairs(arguments.pairs, errors);
+  const std::vector<PairEntry> pairs = read_pairs(arguments.pairs, errors);
   const std::string source = printable(arguments.pairs);
   print_errors(source, errors);
-  Tally tally;
-  if (!errors.empty()) {
-    tally.status = wrong;
-    if (arguments.json) {
-      fmt::print("{}\n", Json({{"version", 1}, {"errors", errors_to_json(source, errors)}}).dump());
-    }
+  Status status = errors.empty() ? agreed : wrong;
+  if (!errors.empty() && arguments.json) {
+    fmt::print("{}\n", error_document(errors_to_json(source, errors)).dump());
   }
   if (pairs.empty()) return wrong;
-  compare_all(pairs, arguments, tally);
-  if (arguments.json) return tally.status;
-  put_line(fmt::format("{} pairs: {} agree, {} differ, {} not compared", pairs.size(), tally.agree,
-                       tally.differing.size(), tally.not_compared));
-  for (const std::string &line : tally.differing) put_line(line, 4);
-  return tally.status;
+  const Layout layout = standard_layout(arguments.no_color);
+  PairCounts counts;
+  compare_all(pairs, [&](const PairResult &result) {
+    status = std::max(status, status_of(result));
+    count_result(result, counts);
+    if (arguments.json) {
+      fmt::print("{}\n",
+                 pair_result_to_json(result).dump(-1, ' ', false, Json::error_handler_t::replace));
+      std::fflush(stdout);
+    } else {
+      print_pair_result(result, layout);
+    }
+  });
+  if (!arguments.json) print_pair_counts(counts);
+  return status;
 }
 
 }  // namespace lab

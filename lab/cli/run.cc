@@ -4,7 +4,9 @@
 #include <chrono>
 
 #include "cli/commands.h"
-#include "output/told.h"
+#include "output/error_json.h"
+#include "output/run_json.h"
+#include "output/run_text.h"
 #include "tasks/run.h"
 #include "text/signals.h"
 
@@ -14,14 +16,14 @@ namespace {
 // A line on the terminal about a run that takes longer than two seconds.
 struct Progress {
   std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
-  std::chrono::steady_clock::time_point said = started;
+  std::chrono::steady_clock::time_point printed = started;
   bool visible = false;
 
-  void say(std::size_t done, std::size_t all) {
+  void print(std::size_t done, std::size_t all) {
     using namespace std::chrono_literals;
     const auto now = std::chrono::steady_clock::now();
-    if (isatty(STDERR_FILENO) != 1 || now - started < 2s || now - said < 100ms) return;
-    said = now;
+    if (isatty(STDERR_FILENO) != 1 || now - started < 2s || now - printed < 100ms) return;
+    printed = now;
     visible = true;
     fmt::print(stderr, "\r{} of {} done ({} %)\033[K", done, all, all > 0 ? done * 100 / all : 100);
     std::fflush(stderr);
@@ -33,79 +35,74 @@ struct Progress {
   }
 };
 
-// Tell what is wrong with a scenario, in a document too when documents are wanted.
-Status print_scenario_errors(const std::string &path, const InputErrors &errors,
-                             const Arguments &arguments) {
+Status print_scenario_errors(const std::string &path, const InputErrors &errors, bool json) {
   print_errors(path, errors);
-  if (arguments.json) {
-    print_json({{"version", 1}, {"scenario", path}, {"errors", errors_to_json(path, errors)}});
+  if (json) {
+    fmt::print("{}\n",
+               Json({{"version", 1}, {"scenario", path}, {"errors", errors_to_json(path, errors)}})
+                   .dump(2));
   }
   return wrong;
 }
 
-// What became of an outcome: a failure is told, with the step in which it happened.
-Status status_of(const Json &outcome, const Arguments &arguments) {
-  if (!outcome.contains("failed")) {
-    const bool differs = arguments.fail_on_difference && outcome["agree"] == false;
-    return outcome["met"] && !differs ? agreed : disagreed;
-  }
-  const Json &failed = outcome["failed"];
-  std::string where = " ";
-  if (failed.contains("step")) {
-    where = fmt::format("{}: step {} ({}): ", failed["line"].get<int>(),
-                        failed["step"].get<std::size_t>(), failed["summary"].get<std::string>());
-  }
-  print_error(outcome["scenario"].get<std::string>() + ":" + where +
-              failed["problem"].get<std::string>());
-  return wrong;
+void print_failure(const RunReport &report) {
+  const RunFailure &failure = *report.failure;
+  const std::string where = failure.step ? fmt::format("{}: step {} ({}): ", failure.step->line,
+                                                       failure.step->number, failure.step->summary)
+                                         : " ";
+  print_error(report.path + ":" + where + failure.problem);
 }
 
-Watcher watcher_of(const ShowOptions *options, Progress &progress) {
-  Watcher watcher;
-  watcher.on_work = [&progress](std::size_t done, std::size_t all) { progress.say(done, all); };
-  if (options != nullptr) {
-    watcher.on_step = [options, &progress](const Json &step) {
-      progress.clear();
-      show_step(step, *options);
-    };
-  }
-  return watcher;
-}
-
-Status run_file(const std::string &file, const Arguments &arguments) {
+Status run_file(const std::string &file, const RunArguments &arguments) {
   const ReadScenario read = read_scenario(file);
   const Scenario &scenario = read.scenario;
-  if (!read.errors.empty()) return print_scenario_errors(scenario.path, read.errors, arguments);
-  const ShowOptions options = show_options(arguments);
-  if (!arguments.json) {
-    show_title({{"scenario", scenario.path}, {"title", scenario.title}, {"about", scenario.about}},
-               options);
+  if (!read.errors.empty()) {
+    return print_scenario_errors(scenario.path, read.errors, arguments.json);
   }
+  const Style style{.layout = standard_layout(arguments.no_color),
+                    .quiet = arguments.quiet,
+                    .only_different = arguments.only_different};
+  if (!arguments.json) print_title(scenario.path, scenario.title, scenario.about, style);
   Progress progress;
-  const Watcher watcher = watcher_of(arguments.json ? nullptr : &options, progress);
-  const Json outcome = run(scenario, {arguments.log}, watcher);
+  Json steps = Json::array();
+  const RunReport report =
+      run(scenario, {.log = arguments.log,
+                     .on_step =
+                         [&](const StepReport &step) {
+                           progress.clear();
+                           if (arguments.json) {
+                             steps.push_back(step_to_json(step));
+                           } else {
+                             print_step(step, style);
+                           }
+                         },
+                     .on_work = [&](auto done, auto all) { progress.print(done, all); }});
   progress.clear();
   if (arguments.json) {
-    print_json(outcome);
-  } else if (!outcome.contains("failed")) {
-    show_end(outcome, options);
+    fmt::print("{}\n", run_to_json(report, std::move(steps)).dump(2));
+  } else if (!report.failure) {
+    print_end(report, style);
   }
-  return status_of(outcome, arguments);
+  if (report.failure) {
+    print_failure(report);
+    return wrong;
+  }
+  const bool differs = arguments.fail_on_difference && report.agree == false;
+  return is_as_expected(report) && !differs ? agreed : disagreed;
 }
 
 // The steps that what-if can be asked about.
-std::string steps_to_ask(const Scenario &scenario) {
-  std::string numbers;
+std::string list_changing_steps(const Scenario &scenario) {
+  std::vector<std::string> numbers;
   for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
-    if (!changes_settings(scenario.steps[i])) continue;
-    numbers += (numbers.empty() ? "" : ", ") + std::to_string(i + 1);
+    if (changes_settings(scenario.steps[i])) numbers.push_back(std::to_string(i + 1));
   }
-  return numbers.empty() ? "a scenario that has one" : "one of " + numbers;
+  return numbers.empty() ? "a scenario that has one" : "one of " + listed(numbers, ", ");
 }
 
 }  // namespace
 
-Status run_scenarios(const Arguments &arguments) {
+Status execute(const RunArguments &arguments) {
   Status status = agreed;
   for (const std::string &file : arguments.files) {
     status = std::max(status, run_file(file, arguments));
@@ -114,27 +111,41 @@ Status run_scenarios(const Arguments &arguments) {
   return status;
 }
 
-Status ask_what_if(const Arguments &arguments) {
+Status execute(const WhatIfArguments &arguments) {
   const ReadScenario read = read_scenario(arguments.file);
   const Scenario &scenario = read.scenario;
-  if (!read.errors.empty()) return print_scenario_errors(scenario.path, read.errors, arguments);
+  if (!read.errors.empty()) {
+    return print_scenario_errors(scenario.path, read.errors, arguments.json);
+  }
   if (arguments.step > scenario.steps.size() ||
       !changes_settings(scenario.steps[arguments.step - 1])) {
-    const InputError no_step = {0, 0, "",
-                                fmt::format("step {} is no command and no update", arguments.step),
-                                steps_to_ask(scenario)};
-    return print_scenario_errors(scenario.path, {no_step}, arguments);
+    InputError no_step;
+    no_step.found = fmt::format("step {} is no command and no update", arguments.step);
+    no_step.expected = list_changing_steps(scenario);
+    return print_scenario_errors(scenario.path, {no_step}, arguments.json);
   }
+  const Style style{.layout = standard_layout(arguments.no_color)};
   Progress progress;
-  const Json outcome =
-      what_if(scenario, arguments.step - 1, {arguments.log}, watcher_of(nullptr, progress));
+  Json steps = Json::array();
+  std::vector<StepReport> reports;
+  const RunReport report =
+      what_if(scenario, arguments.step - 1,
+              {.log = arguments.log,
+               .on_step = [&](const StepReport &step) { reports.push_back(step); },
+               .on_work = [&](auto done, auto all) { progress.print(done, all); }});
   progress.clear();
   if (arguments.json) {
-    print_json(outcome);
-  } else if (!outcome.contains("failed")) {
-    show_what_if(outcome, show_options(arguments));
+    for (const StepReport &step : reports) steps.push_back(step_to_json(step));
+    fmt::print("{}\n", run_to_json(report, std::move(steps)).dump(2));
+  } else if (!report.failure) {
+    for (const StepReport &step : reports) print_unmet_step(step, style);
+    print_what_if(*report.what_if, style);
   }
-  return status_of(outcome, arguments);
+  if (report.failure) {
+    print_failure(report);
+    return wrong;
+  }
+  return is_as_expected(report) ? agreed : disagreed;
 }
 
 }  // namespace lab

@@ -3,8 +3,10 @@
 #include <iostream>
 
 #include "cli/commands.h"
-#include "output/event.h"
-#include "output/told.h"
+#include "output/error_json.h"
+#include "output/event_json.h"
+#include "output/event_text.h"
+#include "output/metrics.h"
 #include "tasks/side.h"
 #include "tasks/watch.h"
 
@@ -15,10 +17,7 @@ Clock::duration seconds(double count) {
   return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(count));
 }
 
-}  // namespace
-
-Status watch_sides(const Arguments &arguments) {
-  std::array<Source, 2> sources;
+bool read_sources(const WatchArguments &arguments, std::array<Source, 2> &sources) {
   Json errors = Json::array();
   for (std::size_t i = 0; i < sources.size(); ++i) {
     const std::string &text = i == 0 ? arguments.left : arguments.right;
@@ -32,27 +31,38 @@ Status watch_sides(const Arguments &arguments) {
     }
     sources[i] = std::move(parsed.source);
   }
-  if (!errors.empty()) {
-    if (arguments.json) fmt::print("{}\n", Json({{"version", 1}, {"errors", errors}}).dump());
-    return wrong;
-  }
+  if (arguments.json && !errors.empty()) fmt::print("{}\n", error_document(errors).dump());
+  return errors.empty();
+}
+
+// Print an event; because of one that is `fatal` the watch ends with 2. false: nobody reads it.
+bool print_event(const Event &event, bool is_fatal, bool json) {
+  if (is_fatal) std::cerr << describe_event(event);
+  if (!json) return is_fatal || write_out(describe_event(event));
+  return write_out(event_to_json(event).dump(-1, ' ', false, Json::error_handler_t::replace) +
+                   "\n");
+}
+
+}  // namespace
+
+Status execute(const WatchArguments &arguments) {
+  std::array<Source, 2> sources;
+  if (!read_sources(arguments, sources)) return wrong;
   WatchOptions options;
   options.interval = seconds(arguments.interval);
   options.once_agreed = arguments.once_agreed;
   if (arguments.timeout > 0) options.timeout = seconds(arguments.timeout);
-  options.metrics = arguments.metrics;
   options.reader = [](const std::string &bytes) { return read_text(bytes, Format::by_content); };
-  const int status = watch(sources, options, [&](const Json &event, bool is_wrong) {
-    const std::string text = event_text(event);
-    if (arguments.json) {
-      if (is_wrong) std::cerr << text;
-      return write_out(event.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
-    }
-    if (!is_wrong) return write_out(text);
-    std::cerr << text;
-    return true;
-  });
-  return static_cast<Status>(status);
+  if (!arguments.metrics.empty()) {
+    options.write_metrics = [path = arguments.metrics](const PairStatus &status) {
+      return write_metrics(path, status);
+    };
+    const std::string problem = find_problem_of_metrics(arguments.metrics);
+    if (!problem.empty()) throw std::runtime_error(arguments.metrics + ": " + problem);
+  }
+  return static_cast<Status>(watch(sources, options, [&](const Event &event, bool is_fatal) {
+    return print_event(event, is_fatal, arguments.json);
+  }));
 }
 
 }  // namespace lab

@@ -3,9 +3,8 @@
 #include <fmt/core.h>
 
 #include <filesystem>
-#include <map>
 
-#include "output/told.h"
+#include "report/summary.h"
 #include "switch/names.h"
 #include "text/file.h"
 #include "text/text.h"
@@ -23,7 +22,7 @@ std::string label(const char *name, const std::string &value) {
   return text + '"';
 }
 
-struct Writer {
+struct MetricWriter {
   std::string pair;  // the labels that every line has
   std::string text;
 
@@ -36,38 +35,32 @@ struct Writer {
   }
 };
 
-std::string metrics_of(const Told &told, const std::array<bool, 2> &connected,
-                       std::chrono::system_clock::time_point compared) {
-  Writer writer;
-  writer.pair = label("left", told.sides[0].source) + "," + label("right", told.sides[1].source);
+std::string format_metrics(const PairStatus &status) {
+  MetricWriter writer;
+  writer.pair = label("left", status.sources[0]) + "," + label("right", status.sources[1]);
   writer.metric("mcec_pair_agrees", "Does the pair agree? NaN: that is not known.");
-  writer.sample("mcec_pair_agrees", !told.agree ? "NaN" : *told.agree ? "1" : "0");
+  writer.sample("mcec_pair_agrees", !status.agree ? "NaN" : *status.agree ? "1" : "0");
 
-  // What is not known is not told, rather than as it was.
-  if (told.agree) {
-    std::map<std::string, int> scopes_differing;
-    int disagreeing = 0;
-    for (const Json &check : told.comparison["checks"]) {
-      if (!agrees(check)) ++disagreeing;
-      for (const Json &parameter : check["parameters"]) scopes_differing[parameter["parameter"]];
-      for (const std::string &key : differing(check)) ++scopes_differing[key];
-    }
+  // What is not known is left out, rather than as it was.
+  if (status.agree) {
+    const Summary summary = summarize(status.comparison->checks);
     writer.metric("mcec_pair_scopes_disagreeing", "Scopes that do not agree.");
-    writer.sample("mcec_pair_scopes_disagreeing", std::to_string(disagreeing));
+    writer.sample("mcec_pair_scopes_disagreeing", std::to_string(summary.disagreeing));
     writer.metric("mcec_pair_scopes_differing", "Scopes in which a parameter differs.");
-    for (const auto &[key, count] : scopes_differing) {
-      writer.sample("mcec_pair_scopes_differing", std::to_string(count), label("parameter", key));
+    for (const auto &[type, count] : summary.parameters) {
+      writer.sample("mcec_pair_scopes_differing", std::to_string(count.differ.size()),
+                    label("parameter", parameter_key(type)));
     }
   }
-  if (compared != std::chrono::system_clock::time_point{}) {
-    const auto since = std::chrono::duration<double>(compared.time_since_epoch()).count();
+  if (status.compared != std::chrono::system_clock::time_point{}) {
+    const auto since = std::chrono::duration<double>(status.compared.time_since_epoch()).count();
     writer.metric("mcec_pair_compared_timestamp_seconds",
                   "When the verdict was last known to hold.");
     writer.sample("mcec_pair_compared_timestamp_seconds", fmt::format("{:.3f}", since));
   }
   writer.metric("mcec_source_connected", "Is the source of a switch's settings there?");
-  for (std::size_t i = 0; i < connected.size(); ++i) {
-    writer.sample("mcec_source_connected", connected[i] ? "1" : "0",
+  for (std::size_t i = 0; i < status.connected.size(); ++i) {
+    writer.sample("mcec_source_connected", status.connected[i] ? "1" : "0",
                   label("side", switch_names[i]));
   }
   return writer.text;
@@ -75,18 +68,17 @@ std::string metrics_of(const Told &told, const std::array<bool, 2> &connected,
 
 }  // namespace
 
-std::string problem_of_metrics(const std::string &path) {
+std::string find_problem_of_metrics(const std::string &path) {
   std::error_code error;
   const auto there = std::filesystem::status(path, error);
   if (!std::filesystem::exists(there) || std::filesystem::is_regular_file(there)) return "";
   return "found something that is no file; expected a file of metrics, or nothing";
 }
 
-std::string write_metrics(const std::string &path, const Told &told,
-                          const std::array<bool, 2> &connected,
-                          std::chrono::system_clock::time_point compared) {
+std::string write_metrics(const std::string &path, const PairStatus &status) {
   // The collector passes over names that do not end with .prom, as that of an unfinished file.
-  return write_whole(path, metrics_of(told, connected, compared));
+  const std::string problem = write_whole(path, format_metrics(status));
+  return problem.empty() ? "" : path + ": " + problem;
 }
 
 }  // namespace lab

@@ -7,9 +7,12 @@
 #include "output/page_parts.h"
 #include "output/page_text.h"
 #include "output/page_vlans.h"
-#include "output/told.h"
+#include "output/pair_text.h"
 #include "output/words.h"
-#include "text/text.h"
+#include "report/summary.h"
+#include "report/verdict.h"
+#include "switch/names.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
@@ -17,127 +20,104 @@ namespace {
 // Of more scopes than these, only the first are named.
 constexpr std::size_t scopes_named = 8;
 
-// --- the document ---
+// --- scopes ---
 
-std::string title_of(const Json &check) {
-  const std::string scope = text_at(check, "scope");
-  return scope == "switch" ? "Switch" : scope;
+std::string page_title_of(const ScopeReport &scope) {
+  return scope.scope.kind == PairScope::Kind::of_switch ? "Switch" : scope.scope.name;
 }
 
-bool differs(const Json &check) {
-  if (field(check, "only").is_string()) return true;
-  const Json &verdicts = field(check, "verdicts");
-  return std::any_of(verdicts.begin(), verdicts.end(),
-                     [](const Json &verdict) { return field(verdict, "code") != 0; });
+bool is_bad(const ScopeReport &scope) {
+  return !is_agreed(find_verdict(scope));
 }
 
-// Where in the document a scope stands; the page's addresses of scopes are made of it.
-struct Scope {
-  std::size_t number;
-  const Json *check;
-};
-
-std::vector<Scope> scopes_that(const Json &document, bool differ) {
-  std::vector<Scope> scopes;
-  const Json &checks = field(document, "checks");
-  for (std::size_t i = 0; i < checks.size(); ++i) {
-    if (differs(checks[i]) == differ) scopes.push_back({i, &checks[i]});
+std::vector<const ScopeReport *> select_scopes(const PairReport &report, bool bad) {
+  std::vector<const ScopeReport *> scopes;
+  for (const ScopeReport &scope : report.checks) {
+    if (is_bad(scope) == bad) scopes.push_back(&scope);
   }
   return scopes;
 }
 
-// "PortChannel1, PortChannel2 and 5 more".
-std::string named(const std::vector<Scope> &scopes, bool as_links) {
+// The position of a scope in the report; the page's addresses of scopes are made of it.
+std::ptrdiff_t number_of(const ScopeReport *scope, const PairReport &report) {
+  return scope - report.checks.data();
+}
+
+// "PortChannel1, PortChannel2 and 5 more", each a link.
+std::string name_scopes(const std::vector<const ScopeReport *> &scopes, const PairReport &report,
+                        bool as_links) {
   std::vector<std::string> texts;
-  for (const Scope &scope : scopes) {
+  for (const ScopeReport *scope : scopes) {
     if (texts.size() == scopes_named) {
       texts.push_back(fmt::format("{} more", scopes.size() - scopes_named));
       break;
     }
-    const std::string name = said(title_of(*scope.check));
-    texts.push_back(as_links ? fmt::format("<a href=\"#scope-{}\">{}</a>", scope.number, name)
-                             : name);
+    const std::string name = isolated(page_title_of(*scope));
+    texts.push_back(
+        as_links ? fmt::format("<a href=\"#scope-{}\">{}</a>", number_of(scope, report), name)
+                 : name);
   }
   return listed(texts);
 }
 
-// The parameters in the order in which they are met, with the scopes in which each differs, and in
-// how many it stands at all.
-struct Summed {
-  std::string parameter;
-  std::vector<Scope> differ;
-  std::size_t scopes = 0;
-};
-
-std::vector<Summed> summed(const Json &document) {
-  std::vector<Summed> sums;
-  const Json &checks = field(document, "checks");
-  for (std::size_t i = 0; i < checks.size(); ++i) {
-    for (const Json &row : field(checks[i], "parameters")) {
-      const std::string parameter = text_at(row, "parameter");
-      auto sum = std::find_if(sums.begin(), sums.end(), [&](const Summed &candidate) {
-        return candidate.parameter == parameter;
-      });
-      if (sum == sums.end()) sum = sums.insert(sum, {parameter, {}});
-      if (is_out_of_step(row)) sum->differ.push_back({i, &checks[i]});
-      ++sum->scopes;
-    }
-  }
-  return sums;
-}
-
 // --- the verdict and the two switches ---
 
-struct Verdict {
+struct PageVerdict {
   std::string heading;
   std::string text;  // HTML
 };
 
-Verdict verdict_of(const Json &document) {
-  const bool agree = field(document, "agree") == true;
-  std::string heading = agree ? "The pair agrees" : "The pair does not agree";
-  std::vector<std::string> off;
-  for (const char *side : sides) {
-    if (text_at(field(document, side), "spanning-tree") == "off") off.push_back(side);
+PageVerdict describe_disagreement(const PairReport &report) {
+  const Summary summary = summarize(report.checks);
+  const auto bad = select_scopes(report, true);
+  std::vector<std::string> causes;
+  for (const auto &[type, count] : summary.parameters) {
+    if (!count.differ.empty()) causes.push_back(isolated(parameter_key(type)));
   }
-  if (off.size() == 2) {
+  if (summary.missing[0] + summary.missing[1] > 0) causes.emplace_back("channels on one side only");
+  if (summary.inconsistent > 0) causes.emplace_back("inconsistent ports");
+  std::string text =
+      fmt::format("{} of {} {}: {}.", bad.size(), count_of(summary.scopes, "scope"),
+                  bad.size() == 1 ? "differs" : "differ", name_scopes(bad, report, true));
+  if (!causes.empty()) text += " What differs: " + listed(causes) + ".";
+  return {"The pair does not agree", text};
+}
+
+PageVerdict describe_page_verdict(const PairReport &report) {
+  const bool agrees = is_agreed(find_verdict(report));
+  const std::string heading = agrees ? "The pair agrees" : "The pair does not agree";
+  const bool left_off = report.sides[0].spanning_tree == SpanningTree::off;
+  const bool right_off = report.sides[1].spanning_tree == SpanningTree::off;
+  if (left_off && right_off) {
     return {heading + ": spanning tree is off on both switches",
             "Nothing runs that could be compared, so no check was made."};
   }
-  if (off.size() == 1) {
-    return {heading + ": spanning tree is off on " + off[0],
+  if (left_off || right_off) {
+    return {heading + ": spanning tree is off on " + switch_names[left_off ? 0 : 1],
             "The other switch runs it. No check was made."};
   }
-  const std::vector<Scope> differ = scopes_that(document, true);
-  const std::size_t scopes = field(document, "checks").size();
-  if (scopes == 0) return {heading, "No check was made."};
-  if (differ.empty()) {
-    return {heading,
-            scopes == 1 ? "The one scope agrees." : fmt::format("All {} scopes agree.", scopes)};
-  }
-  std::vector<std::string> parameters;
-  for (const Summed &sum : summed(document)) {
-    if (!sum.differ.empty()) parameters.push_back(said(sum.parameter));
-  }
-  std::string text = fmt::format("{} of {} {}: {}.", differ.size(), counted(scopes, "scope"),
-                                 differ.size() == 1 ? "differs" : "differ", named(differ, true));
-  if (!parameters.empty()) text += " What differs: " + listed(parameters) + ".";
-  return {heading, text};
+  if (!agrees) return describe_disagreement(report);
+  const std::size_t scopes = report.checks.size();
+  return {heading,
+          scopes == 1 ? "The one scope agrees." : fmt::format("All {} scopes agree.", scopes)};
 }
 
-std::string name_of(const Json &document, const char *side) {
-  const std::string name = text_at(field(document, side), "name");
-  return name.empty() ? text_at(field(document, side), "source") : name;
+std::string name_side(const SideReport &side) {
+  return side.name.empty() ? side.source : side.name;
 }
 
-std::string pair_table(const Json &document) {
+std::string write_pair_table(const PairReport &report) {
+  const auto &[left, right] = report.sides;
   std::string rows;
-  for (const auto &[key, title] : {std::pair{"name", "Name"}, std::pair{"source", "Source"},
-                                   std::pair{"spanning-tree", "Spanning tree"}}) {
+  const auto add = [&rows](const char *title, const std::string &of_left,
+                           const std::string &of_right) {
     rows += fmt::format("<tr><th scope=\"row\">{}</th><td>{}</td><td>{}</td></tr>\n", title,
-                        said(text_at(field(document, "left"), key)),
-                        said(text_at(field(document, "right"), key)));
-  }
+                        isolated(of_left), isolated(of_right));
+  };
+  add("Name", left.name, right.name);
+  add("Source", left.source, right.source);
+  add("Spanning tree", spanning_tree_name(left.spanning_tree),
+      spanning_tree_name(right.spanning_tree));
   return fmt::format(R"(<table class="pair">
 <caption class="unseen">The two switches</caption>
 <thead><tr><td></td><th scope="col">left</th><th scope="col">right</th></tr></thead>
@@ -150,22 +130,21 @@ std::string pair_table(const Json &document) {
 
 // --- a table a scope ---
 
-std::string value_of(const Json &row, const char *side) {
-  if (!field(row, side).is_string()) return "<span class=\"none\">not sent</span>";
+std::string write_value(const ParameterReport &parameter, std::size_t side) {
+  const auto text = describe_values(parameter)[side];
+  if (!text) return "<span class=\"none\">not sent</span>";
   std::string html;
-  if (const std::string only = text_at(field(row, "difference"), side); !only.empty()) {
-    html += fmt::format("<div class=\"only\">only here: {}</div>", folded(only));
+  if (parameter.values[0] && parameter.values[1] && parameter.values[0] != parameter.values[1]) {
+    const Difference both = difference(parameter.type, *parameter.values[0], *parameter.values[1]);
+    const std::string &only = side == 0 ? both.left : both.right;
+    if (!only.empty()) html = fmt::format("<div class=\"only\">only here: {}</div>", folded(only));
   }
-  html += folded(text_at(row, side));
-  if (const std::string digest = text_at(field(row, "digest"), side); !digest.empty()) {
-    html += fmt::format("<div class=\"digest\">digest <code>{}</code></div>", escaped(digest));
+  html += folded(*text);
+  if (parameter.digests && (*parameter.digests)[side]) {
+    html += fmt::format("<div class=\"digest\">digest <code>{}</code></div>",
+                        escaped(*(*parameter.digests)[side]));
   }
   return html;
-}
-
-std::string fix_text(const Json &row) {
-  const std::string text = text_at(field(row, "fix"), "text");
-  return text.empty() ? text_at(row, "fix-text") : text;
 }
 
 // What differs has a sign of its own beside the words, for whoever sees no colours.
@@ -174,55 +153,70 @@ struct Sign {
   const char *sign;
 };
 
-Sign sign_of(const Json &row, const std::string &state) {
-  if (is_out_of_step(row)) return {"bad", "≠"};
-  if (state == "same") return {"good", "="};
-  return {"other", state.starts_with("same") ? "≈" : "–"};
+Sign find_sign(const ParameterReport &parameter) {
+  if (is_different(parameter)) return {"bad", "≠"};
+  const auto &[left, right] = parameter.states;
+  if (left == State::same && right == State::same) return {"good", "="};
+  return {"other", left == State::same_on_twins || right == State::same_on_twins ? "≈" : "–"};
 }
 
-std::string verdict_line(const Json &check) {
-  if (const std::string only = text_at(check, "only"); !only.empty()) {
-    return fmt::format("only the {} switch has this channel", escaped(only));
+std::string write_verdict_line(const ScopeReport &scope) {
+  if (const auto missing = missing_side(scope)) {
+    return fmt::format("only the {} switch has this channel", switch_names[1 - *missing]);
   }
-  std::vector<std::string> verdicts;
-  for (const char *side : sides) verdicts.push_back(verdict_text(check, side));
-  if (verdicts[0] == verdicts[1]) {
-    return differs(check) ? "both switches: <code>" + escaped(verdicts[0]) + "</code>" : "agrees";
+  const std::string left = escaped(describe_code(scope, 0));
+  const std::string right = escaped(describe_code(scope, 1));
+  if (left != right) {
+    return fmt::format("left: <code>{}</code>, right: <code>{}</code>", left, right);
   }
-  return fmt::format("left: <code>{}</code>, right: <code>{}</code>", escaped(verdicts[0]),
-                     escaped(verdicts[1]));
+  if (scope.codes[0] != 0) return "both switches: <code>" + left + "</code>";
+  return has_inconsistent_ports(scope) ? "inconsistent ports" : "agrees";
 }
 
-std::string ports_text(const Json &check) {
-  std::string text;
-  const Json &ports = field(check, "ports");
-  const std::string left = text_at(ports, "left");
-  const std::string right = text_at(ports, "right");
-  const std::string scope = text_at(check, "scope");
-  if (left != right && !left.empty() && !right.empty()) {
-    text = fmt::format(" ({} on left, {} on right)", said(left), said(right));
-  } else if (!left.empty() && left != scope) {
-    text = fmt::format(" ({})", said(left));
+std::string write_ports(const ScopeReport &report) {
+  const PairScope &scope = report.scope;
+  const char *pod = report.on_pod ? " on a pod unit" : "";
+  if (scope.kind == PairScope::Kind::of_switch || missing_side(report)) return pod;
+  const std::string &left = scope.ends[0].port_name;
+  const std::string &right = scope.ends[1].port_name;
+  if (left != right) {
+    return fmt::format(" ({} on left, {} on right){}", isolated(left), isolated(right), pod);
   }
-  return text + (field(check, "pod") == true ? " on a pod unit" : "");
+  return (left != scope.name ? fmt::format(" ({})", isolated(left)) : "") + pod;
 }
 
-std::string scope_table(const Scope &scope, const Json &document) {
-  const Json &check = *scope.check;
-  const bool is_bad = differs(check);
+std::string write_inconsistent_ports(const ScopeReport &scope) {
   std::string rows;
-  for (const Json &row : field(check, "parameters")) {
-    const std::string state = state_text(row);
-    const Sign sign = sign_of(row, state);
+  for (std::size_t side = 0; side < switch_names.size(); ++side) {
+    for (const InconsistentPort &port : scope.inconsistent[side]) {
+      std::vector<std::string> keys;
+      for (const uint16_t type : port.types) keys.push_back(parameter_key(type));
+      rows += fmt::format(
+          "<tr class=\"bad\"><td colspan=\"4\"><span aria-hidden=\"true\">≠</span> Inconsistent on "
+          "the {}: port {} is not set like {}: {}</td></tr>\n",
+          switch_names[side], isolated(port.name), isolated(scope.scope.ends[side].port_name),
+          escaped(listed(keys, ", ")));
+    }
+  }
+  return rows;
+}
+
+std::string write_scope_table(const ScopeReport &scope, const PairReport &report) {
+  const bool bad = is_bad(scope);
+  std::string rows;
+  for (const ParameterReport &parameter : scope.parameters) {
+    const Sign sign = find_sign(parameter);
     rows += fmt::format(
         "<tr class=\"{}\"><th scope=\"row\">{}</th><td>{}</td><td>{}</td>"
         "<td class=\"state\"><span aria-hidden=\"true\">{}</span> {}</td></tr>\n",
-        sign.look, escaped(text_at(row, "parameter")), value_of(row, "left"),
-        value_of(row, "right"), sign.sign, escaped(state));
-    if (const std::string fix = fix_text(row); !fix.empty()) {
-      rows += fmt::format("<tr class=\"fix\"><td colspan=\"4\">Fix: {}</td></tr>\n", said(fix));
+        sign.look, escaped(parameter_key(parameter.type)), write_value(parameter, 0),
+        write_value(parameter, 1), sign.sign, escaped(describe_states(parameter)));
+    if (parameter.fix && !parameter.fix->fix.text.empty()) {
+      rows += fmt::format("<tr class=\"fix\"><td colspan=\"4\">Fix: {}</td></tr>\n",
+                          isolated(parameter.fix->fix.text));
     }
   }
+  rows += write_inconsistent_ports(scope);
   if (rows.empty()) {
     rows = "<tr><td colspan=\"4\">neither switch has a parameter to send</td></tr>\n";
   }
@@ -235,38 +229,35 @@ std::string scope_table(const Scope &scope, const Json &document) {
 {}</tbody>
 </table>
 )",
-      scope.number, said(title_of(check)), ports_text(check), is_bad ? "bad" : "good",
-      is_bad ? "≠" : "=", verdict_line(check), said(name_of(document, "left")),
-      said(name_of(document, "right")), rows);
+      number_of(&scope, report), isolated(page_title_of(scope)), write_ports(scope),
+      bad ? "bad" : "good", bad ? "≠" : "=", write_verdict_line(scope),
+      isolated(name_side(report.sides[0])), isolated(name_side(report.sides[1])), rows);
 }
 
-std::string scope_tables(const std::vector<Scope> &scopes, const Json &document) {
+std::string write_scope_tables(const std::vector<const ScopeReport *> &scopes,
+                               const PairReport &report) {
   std::string html;
-  for (const Scope &scope : scopes) html += scope_table(scope, document);
+  for (const ScopeReport *scope : scopes) html += write_scope_table(*scope, report);
   return html;
 }
 
-std::string differing_scopes(const Json &document) {
-  return scope_tables(scopes_that(document, true), document);
-}
-
-std::string agreeing_scopes(const Json &document) {
-  const std::vector<Scope> agree = scopes_that(document, false);
-  if (agree.empty()) return "";
+std::string write_agreeing_scopes(const PairReport &report) {
+  const auto good = select_scopes(report, false);
+  if (good.empty()) return "";
   return fmt::format("<details class=\"fold\"><summary>{}: {}</summary>\n{}</details>\n",
-                     counted(agree.size(), "scope"), named(agree, false),
-                     scope_tables(agree, document));
+                     count_of(good.size(), "scope"), name_scopes(good, report, false),
+                     write_scope_tables(good, report));
 }
 
-std::string summary(const Json &document) {
+std::string write_summary(const PairReport &report) {
   std::string rows;
-  for (const Summed &sum : summed(document)) {
-    const bool is_bad = !sum.differ.empty();
+  for (const auto &[type, count] : summarize(report.checks).parameters) {
+    const bool bad = !count.differ.empty();
     rows += fmt::format(
         "<tr class=\"{}\"><th scope=\"row\">{}</th><td class=\"state\"><span "
         "aria-hidden=\"true\">{}</span> {} of {}</td><td>{}</td></tr>\n",
-        is_bad ? "bad" : "good", escaped(sum.parameter), is_bad ? "≠" : "=", sum.differ.size(),
-        sum.scopes, is_bad ? named(sum.differ, true) : "none");
+        bad ? "bad" : "good", escaped(parameter_key(type)), bad ? "≠" : "=", count.differ.size(),
+        count.scopes, bad ? name_scopes(count.differ, report, true) : "none");
   }
   if (rows.empty()) return "";
   return fmt::format(R"(<table class="summary">
@@ -280,30 +271,32 @@ std::string summary(const Json &document) {
                      rows);
 }
 
-std::string notes(const Json &document) {
+std::string write_notes(const PairReport &report) {
   std::string items;
-  for (const Json &note : field(document, "notes")) {
-    if (note.is_string()) items += "<li>" + said(note.get<std::string>()) + "</li>\n";
+  if (const std::string off = describe_spanning_tree_off(report); !off.empty()) {
+    items += "<li>" + isolated(off) + "</li>\n";
   }
+  for (const std::string &note : report.notes) items += "<li>" + isolated(note) + "</li>\n";
   if (items.empty()) return "";
   return "<p>These do not change the verdict.</p>\n<ul>\n" + items + "</ul>\n";
 }
 
 }  // namespace
 
-std::string page_of(const Json &document) {
-  const Verdict verdict = verdict_of(document);
-  const bool agree = field(document, "agree") == true;
+std::string write_page(const PairReport &report) {
+  const PageVerdict verdict = describe_page_verdict(report);
+  const bool agree = is_agreed(find_verdict(report));
   struct Section {
     const char *id;
     const char *title;
     std::string content;
   };
-  const Section sections[] = {{"summary", "Summary by parameter", summary(document)},
-                              {"differ", "Scopes that differ", differing_scopes(document)},
-                              {"agree", "Scopes that agree", agreeing_scopes(document)},
-                              {"vlans", "VLANs", page_of_vlans(document)},
-                              {"notes", "Notes", notes(document)}};
+  const Section sections[] = {
+      {"summary", "Summary by parameter", write_summary(report)},
+      {"differ", "Scopes that differ", write_scope_tables(select_scopes(report, true), report)},
+      {"agree", "Scopes that agree", write_agreeing_scopes(report)},
+      {"vlans", "VLANs", write_vlan_section(report)},
+      {"notes", "Notes", write_notes(report)}};
   std::string links;
   std::string main;
   for (const Section &section : sections) {
@@ -341,9 +334,9 @@ std::string page_of(const Json &document) {
 </body>
 </html>
 )",
-      page_style_hash, page_script_hash, verdict.heading, escaped(name_of(document, "left")),
-      escaped(name_of(document, "right")), page_style, agree ? "good" : "bad", agree ? "=" : "≠",
-      verdict.heading, verdict.text, pair_table(document), links, main, page_script);
+      page_style_hash, page_script_hash, verdict.heading, escaped(name_side(report.sides[0])),
+      escaped(name_side(report.sides[1])), page_style, agree ? "good" : "bad", agree ? "=" : "≠",
+      verdict.heading, verdict.text, write_pair_table(report), links, main, page_script);
 }
 
 }  // namespace lab

@@ -3,13 +3,12 @@
 
 #include <string>
 
-#include "output/json.h"
+#include "report/pair.h"
 
 namespace lab {
 
-// The page of a document of `mcec-lab compare`. It needs no other file and loads none. What the
-// switches say is only ever text in it, and its policy lets the browser run nothing but its own
-// script.
-std::string page_of(const Json &document);
+// The page of a comparison. It needs no other file and loads none. What comes from the switches is only
+// ever text in it, and its policy lets the browser run nothing but its own script.
+std::string write_page(const PairReport &report);
 
 }  // namespace lab

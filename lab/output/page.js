@@ -27,7 +27,7 @@
     if (instance >= 0) {
       return `hue${instance % HUES} pattern${Math.floor(instance / HUES) % PATTERNS}`;
     }
-    return fact === "disabled" ? "off" : fact === "not told" ? "untold" : "";
+    return fact === "disabled" ? "off" : fact === "not sent" ? "unsent" : "";
   };
 
   const draw = (cell, { left, right, state }) => {

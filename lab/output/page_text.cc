@@ -11,7 +11,7 @@ namespace {
 
 // Values longer than this are folded, with so much of them before the fold.
 constexpr std::size_t longest_value = 160;
-constexpr std::size_t told_of_longer = 60;
+constexpr std::size_t shown_of_longer = 60;
 }  // namespace
 
 std::string escaped(std::string_view text, const char *comma) {
@@ -30,34 +30,22 @@ std::string escaped(std::string_view text, const char *comma) {
   return out;
 }
 
-std::string said(std::string_view text) {
+std::string isolated(std::string_view text) {
   return "<bdi>" + escaped(text, ",<wbr>") + "</bdi>";
 }
 
-const Json &field(const Json &object, const char *key) {
-  static const Json nothing;
-  if (!object.is_object()) return nothing;
-  const auto found = object.find(key);
-  return found != object.end() ? *found : nothing;
-}
-
-std::string text_at(const Json &object, const char *key) {
-  const Json &value = field(object, key);
-  return value.is_string() ? value.get<std::string>() : "";
-}
-
-std::string counted(std::size_t count, const char *what) {
+std::string count_of(std::size_t count, const char *what) {
   return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
 std::string folded(const std::string &text) {
-  if (text.size() <= longest_value) return said(text);
+  if (text.size() <= longest_value) return isolated(text);
   std::size_t end = 0;
-  while (end < told_of_longer) {
+  while (end < shown_of_longer) {
     end += std::max<std::size_t>(1, character_bytes(std::string_view(text).substr(end)));
   }
-  return fmt::format("<details><summary>{}…</summary>{}</details>", said(text.substr(0, end)),
-                     said(text));
+  return fmt::format("<details><summary>{}…</summary>{}</details>", isolated(text.substr(0, end)),
+                     isolated(text));
 }
 
 }  // namespace lab

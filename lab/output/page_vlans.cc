@@ -8,8 +8,8 @@
 #include <optional>
 #include <tuple>
 
+#include "draimiofaf/types.h"
 #include "output/page_text.h"
-#include "output/words.h"
 #include "switch/vlans.h"
 #include "text/text.h"
 
@@ -19,77 +19,61 @@ namespace {
 // Longer tables of VLANs are folded.
 constexpr std::size_t most_open_rows = 40;
 
-// What one switch says of each VLAN: its instance, or one of these.
-enum : int { not_told = -3, enabled = -2, disabled = -1 };
-using Facts = std::vector<int>;
+// What one switch has of each VLAN: its instance, or one of these.
+enum : int { not_sent = -3, enabled = -2, disabled = -1 };
+using VlanFacts = std::vector<int>;
 
-std::string fact_text(int fact) {
-  constexpr const char *words[] = {"not told", "enabled", "disabled"};
-  return fact < 0 ? words[fact - not_told] : fmt::format("instance {}", fact);
+std::string describe_fact(int fact) {
+  constexpr const char *words[] = {"not sent", "enabled", "disabled"};
+  return fact < 0 ? words[fact - not_sent] : fmt::format("instance {}", fact);
 }
 
-// "10,20-30", "None".
-std::optional<Facts> facts_of_disabled(const std::string &text) {
-  const ParsedRanges parsed = parse_vlans(text);
-  if (text.empty() || parsed.fault != RangeFault::none) return std::nullopt;
-  const Vlans vlans = vlans_of(parsed.ranges);
-  Facts facts(vlan_count, enabled);
-  for (std::size_t vlan = 0; vlan < vlan_count; ++vlan) {
-    if (vlans[vlan]) facts[vlan] = disabled;
+VlanFacts find_facts(const ParameterReport &parameter, const Bytes &value) {
+  VlanFacts facts(vlan_count);
+  const Vlans disabled_vlans = vlans_of_record(value);
+  for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
+    facts[vlan] = parameter.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP
+                      ? static_cast<int>(instance_of(value, vlan))
+                  : disabled_vlans[vlan] ? disabled
+                                         : enabled;
   }
   return facts;
 }
 
-// "1: 10-20; 2: 30", "all VLANs in instance 0".
-std::optional<Facts> facts_of_map(const std::string &text) {
-  Facts facts(vlan_count, 0);
-  if (text.empty()) return std::nullopt;
-  if (text == "all VLANs in instance 0") return facts;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = std::min(text.find("; ", at), text.size());
-    const std::string_view part = std::string_view(text).substr(at, end - at);
-    const std::size_t colon = std::min(part.find(": "), part.size());
-    const auto instance = parse_number(part.substr(0, colon));
-    const ParsedRanges parsed = parse_vlans(part.substr(std::min(colon + 2, part.size())));
-    if (!instance || parsed.fault != RangeFault::none) return std::nullopt;
-    for (const auto &[first, last] : parsed.ranges) {
-      std::fill(facts.begin() + first, facts.begin() + last + 1, static_cast<int>(*instance));
-    }
-    at = end + 2;
-  }
-  return facts;
+bool is_compared(State state) {
+  return state == State::same || state == State::different || state == State::same_on_twins;
 }
 
-// What both switches say of the VLANs, by the parameter that they compare; where they send different
-// ones, each by its own.
-struct Compared {
-  std::array<Facts, 2> facts;
-  bool is_same = false;  // the parameter that they send
-  bool counts = false;   // does it make the verdict?
+// The VLANs of both switches, by the parameter that they compare; where they send different ones, each
+// by its own.
+struct VlanComparison {
+  std::array<VlanFacts, 2> facts = {VlanFacts(vlan_count, not_sent),
+                                    VlanFacts(vlan_count, not_sent)};
+  bool is_same_parameter = false;
+  bool counts = false;  // in the verdict
 };
 
-std::optional<Compared> compared_vlans(const Json &check) {
-  Compared own{{Facts(vlan_count, not_told), Facts(vlan_count, not_told)}};
-  std::optional<Compared> both;
-  bool is_told = false;
-  for (const Json &row : field(check, "parameters")) {
-    const std::string parameter = text_at(row, "parameter");
-    const bool is_map = parameter == "mst-region-vi-map";
-    if (!is_map && parameter != "stp-endis") continue;
-    std::array<std::optional<Facts>, 2> told;
-    for (std::size_t side = 0; side < 2; ++side) {
-      const std::string text = text_at(row, sides[side]);
-      told[side] = is_map ? facts_of_map(text) : facts_of_disabled(text);
-      if (told[side]) own.facts[side] = *told[side];
-      is_told = is_told || told[side];
+std::optional<VlanComparison> compare_vlans(const ScopeReport &scope) {
+  VlanComparison own;
+  std::optional<VlanComparison> both;
+  bool is_sent = false;
+  for (const ParameterReport &parameter : scope.parameters) {
+    if (parameter.type != STP_MCEC_TYPE1_MST_REGION_VI_MAP &&
+        parameter.type != STP_MCEC_TYPE1_STP_ENDIS) {
+      continue;
     }
-    const bool counts = state_text(row).find("not compared") == std::string::npos;
-    if (told[0] && told[1] && (!both || (counts && !both->counts))) {
-      both = {{*told[0], *told[1]}, true, counts};
+    for (std::size_t side = 0; side < parameter.values.size(); ++side) {
+      if (!parameter.values[side]) continue;
+      own.facts[side] = find_facts(parameter, *parameter.values[side]);
+      is_sent = true;
+    }
+    const bool counts = is_compared(parameter.states[0]);
+    if (parameter.values[0] && parameter.values[1] && (!both || (counts && !both->counts))) {
+      both = {own.facts, true, counts};
     }
   }
   if (both) return both;
-  return is_told ? std::optional(own) : std::nullopt;
+  return is_sent ? std::optional(own) : std::nullopt;
 }
 
 struct VlanState {
@@ -97,7 +81,7 @@ struct VlanState {
   const char *words;
 };
 
-// Those that an operator looks for stand first.
+// Those that an operator looks for come first.
 constexpr VlanState vlan_states[] = {{"fail", "twin VLAN, fails"},
                                      {"different", "different"},
                                      {"apart", "differs, but is not compared"},
@@ -106,35 +90,28 @@ constexpr VlanState vlan_states[] = {{"fail", "twin VLAN, fails"},
                                      {"same", "same"}};
 enum VlanStateIndex { fail, different, apart, unlike, pass, same };
 
-Vlans vlans_at(const Json &check, const char *key) {
-  const ParsedRanges parsed = parse_vlans(text_at(check, key));
-  return parsed.fault == RangeFault::none ? vlans_of(parsed.ranges) : Vlans{};
-}
-
-// The VLANs of which the same is to be said.
+// The VLANs with the same state, and the same facts on left and right.
 using VlanGroups = std::map<std::tuple<VlanStateIndex, int, int>, Vlans>;
 
-VlanGroups vlan_groups(const Json &check, const Compared &compared) {
-  const Vlans passes = vlans_at(check, "pass");
-  const Vlans fails = vlans_at(check, "fail");
+VlanGroups group_vlans(const ScopeReport &scope, const VlanComparison &compared) {
   VlanGroups groups;
   for (std::size_t vlan = 0; vlan < vlan_count; ++vlan) {
     const int left = compared.facts[0][vlan];
     const int right = compared.facts[1][vlan];
     const bool is_map = left >= 0 && right >= 0;
-    const VlanStateIndex state = fails[vlan]                 ? fail
-                                 : passes[vlan]              ? pass
-                                 : !compared.is_same         ? unlike
-                                 : left == right             ? same
-                                 : is_map && compared.counts ? different
-                                                             : apart;
+    const VlanStateIndex state = scope.fail && (*scope.fail)[vlan]   ? fail
+                                 : scope.pass && (*scope.pass)[vlan] ? pass
+                                 : !compared.is_same_parameter       ? unlike
+                                 : left == right                     ? same
+                                 : is_map && compared.counts         ? different
+                                                                     : apart;
     groups[{state, left, right}].set(vlan);
   }
   return groups;
 }
 
 // Rows of VLANs, folded when they are many or `fold` says so.
-std::string vlan_table(const char *caption, const std::vector<std::string> &rows, bool fold) {
+std::string write_vlan_table(const char *caption, const std::vector<std::string> &rows, bool fold) {
   if (rows.empty()) return "";
   std::string body;
   for (const std::string &row : rows) body += row;
@@ -152,32 +129,32 @@ std::string vlan_table(const char *caption, const std::vector<std::string> &rows
 
 }  // namespace
 
-std::string page_of_vlans(const Json &document) {
-  const Json &checks = field(document, "checks");
-  const Json &check = checks.empty() ? checks : checks.front();
-  const auto text_or_none = [](const std::string &text) {
-    return text.empty() ? "none" : folded(text);
+std::string write_vlan_section(const PairReport &report) {
+  const auto text_of_vlans = [](const Vlans &vlans) {
+    return vlans.none() ? "none" : folded(vlan_text(vlans));
   };
-  std::string lists =
-      fmt::format("<dt>Twin VLANs</dt><dd>{}</dd>", text_or_none(text_at(document, "twin-vlans")));
-  for (const auto &[key, title] :
-       {std::pair{"pass", "Twin VLANs that pass"}, std::pair{"fail", "Twin VLANs that fail"}}) {
-    if (!field(check, key).is_string()) continue;
-    lists += fmt::format("<dt>{}</dt><dd>{}</dd>", title, text_or_none(text_at(check, key)));
+  std::string html =
+      fmt::format("<dl><dt>Twin VLANs</dt><dd>{}</dd>", text_of_vlans(report.twin_vlans));
+  if (report.checks.empty()) return html + "</dl>\n";
+  const ScopeReport &scope = report.checks.front();
+  if (scope.pass) {
+    html += fmt::format("<dt>Twin VLANs that pass</dt><dd>{}</dd>", text_of_vlans(*scope.pass)) +
+            fmt::format("<dt>Twin VLANs that fail</dt><dd>{}</dd>", text_of_vlans(*scope.fail));
   }
-  std::string html = "<dl>" + lists + "</dl>\n";
-  const auto compared = compared_vlans(check);
+  html += "</dl>\n";
+  const auto compared = compare_vlans(scope);
   if (!compared) return html;
 
   std::vector<std::string> unequal;
   std::vector<std::string> equal;
-  for (const auto &[facts, vlans] : vlan_groups(check, *compared)) {
+  for (const auto &[facts, vlans] : group_vlans(scope, *compared)) {
     const auto &[state, left, right] = facts;
     (left == right ? equal : unequal)
         .push_back(fmt::format("<tr data-state=\"{}\"><th "
                                "scope=\"row\">{}</th><td>{}</td><td>{}</td><td>{}</td></tr>\n",
                                vlan_states[state].key, escaped(vlan_text(vlans), ",<wbr>"),
-                               fact_text(left), fact_text(right), vlan_states[state].words));
+                               describe_fact(left), describe_fact(right),
+                               vlan_states[state].words));
   }
   html += R"(<figure id="picture" hidden>
 <figcaption id="picture-caption">The 4,096 VLANs, 64 in a row</figcaption>
@@ -186,10 +163,10 @@ std::string page_of_vlans(const Json &document) {
           R"(aria-readonly="true"></div></div>
 <ul id="legend" aria-label="Legend of the grid"></ul>
 </figure>
-<noscript><p>The picture of the VLANs needs a script; the tables say the same.</p></noscript>
+<noscript><p>The picture of the VLANs needs a script; the tables have the same content.</p></noscript>
 )";
-  return html + vlan_table("VLANs of which the switches say different things", unequal, false) +
-         vlan_table("VLANs of which both switches say the same", equal, true);
+  return html + write_vlan_table("VLANs that differ between the switches", unequal, false) +
+         write_vlan_table("VLANs that are the same on both switches", equal, true);
 }
 
 }  // namespace lab

@@ -3,11 +3,10 @@
 
 #include <string>
 
-#include "output/json.h"
+#include "report/pair.h"
 
 namespace lab {
 
-// The HTML, of a comparison's document.
-std::string page_of_vlans(const Json &document);
+std::string write_vlan_section(const PairReport &report);
 
 }  // namespace lab

@@ -2,80 +2,123 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
+
 #include "draimiofaf/types.h"
-#include "output/told.h"
 #include "switch/names.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
 
-std::string verdict_words(const Json &check, const std::string &side) {
-  const uint32_t code = check["verdicts"][side]["code"];
+std::string describe_cause(const ScopeReport &scope, std::size_t side) {
+  const uint32_t code = scope.codes[side];
   if (code == 0) return "agrees";
   if (const ParameterName *parameter = parameter_of_mismatch(code)) {
     return "DIFFERENT: " + parameter->key;
   }
-  if (check.contains("only")) {
-    return "MISSING on the " + std::string(other_side(check["only"]));
+  if (const auto missing = missing_side(scope)) {
+    return std::string("MISSING on the ") + switch_names[*missing];
   }
-  for (const Json &parameter : check["parameters"]) {
-    if (code == STP_MCEC_ERR_FAILURE && parameter["states"][side] == "missing at the peer") {
-      return std::string("MISSING on the ") + other_side(side) + ": " +
-             parameter["parameter"].get<std::string>();
+  for (const ParameterReport &parameter : scope.parameters) {
+    if (code == STP_MCEC_ERR_FAILURE && parameter.states[side] == State::missing_at_peer) {
+      return std::string("MISSING on the ") + switch_names[1 - side] + ": " +
+             parameter_key(parameter.type);
     }
   }
   return "NOT CHECKED";
 }
 
+std::string describe_size(const Bytes &value) {
+  return value.size() == sizeof(uint32_t) ? fmt::format(" ({})", word_of(value))
+                                          : fmt::format(" ({} bytes)", value.size());
+}
+
 }  // namespace
 
-const char *other_side(const std::string &side) {
-  return side == switch_names[0] ? switch_names[1] : switch_names[0];
+std::string describe_result(uint32_t code) {
+  return fmt::format("{} (0x{:08X})", code == 0 ? "ok" : result_name(code), code);
 }
 
-std::string code_text(const Json &result) {
-  return fmt::format("{} (0x{:08X})", result["name"].get<std::string>(),
-                     result["code"].get<uint32_t>());
+std::string describe_code(const ScopeReport &scope, std::size_t side) {
+  const std::string cause = describe_cause(scope, side);
+  const uint32_t code = scope.codes[side];
+  if (code == 0) return cause;
+  return fmt::format("{}   ({}, 0x{:08X})", cause, result_name(code), code);
 }
 
-std::string verdict_text(const Json &check, const std::string &side) {
-  const Json &verdict = check["verdicts"][side];
-  const std::string words = verdict_words(check, side);
-  if (verdict["code"] == 0) return words;
-  return fmt::format("{}   ({}, 0x{:08X})", words, verdict["name"].get<std::string>(),
-                     verdict["code"].get<uint32_t>());
-}
-
-std::string scope_title(const Json &check) {
-  const std::string scope = check["scope"];
-  if (scope == "switch") return scope;
-  std::string title = scope;
-  if (!check.contains("ports")) {
-    title = "port " + scope;
-  } else if (!check.contains("only")) {
-    const std::string left = check["ports"]["left"];
-    const std::string right = check["ports"]["right"];
-    if (left != right) {
-      title += ": " + left + " on the left, " + right + " on the right";
-    } else if (left != scope) {
-      title += ": " + left;
-    }
+std::string describe_scope(const ScopeReport &report) {
+  const PairScope &scope = report.scope;
+  if (scope.kind == PairScope::Kind::of_switch) return "switch";
+  std::string title = scope.name;
+  const std::string &left = scope.ends[0].port_name;
+  const std::string &right = scope.ends[1].port_name;
+  if (scope.kind == PairScope::Kind::of_port) {
+    title = "port " + scope.name;
+  } else if (missing_side(report)) {
+    // The one port says nothing more than the channel's name.
+  } else if (left != right) {
+    title += ": " + left + " on the left, " + right + " on the right";
+  } else if (left != scope.name) {
+    title += ": " + left;
   }
-  return title + (check.value("pod", false) ? " (pod)" : "");
+  return title + (report.on_pod ? " (pod)" : "");
 }
 
-std::string state_text(const Json &parameter) {
-  const Json &states = parameter["states"];
+const char *state_name(State state) {
+  constexpr const char *names[] = {"same",
+                                   "different",
+                                   "same on the twin VLANs",
+                                   "missing at the peer",
+                                   "only at the peer",
+                                   "not compared in this mode",
+                                   "not compared without twin VLANs",
+                                   "ignored on pod ports",
+                                   "not compared without a mode"};
+  static_assert(std::size(names) == std::size_t(State::not_without_mode) + 1);
+  return names[std::size_t(state)];
+}
+
+std::string describe_states(const ParameterReport &parameter) {
   std::string text;
-  for (const auto &[side, state] : states.items()) {
-    if (state == "missing at the peer") return std::string("missing on the ") + other_side(side);
-    if (state == "only at the peer") continue;
+  for (std::size_t side = 0; side < parameter.states.size(); ++side) {
+    const State state = parameter.states[side];
+    if (state == State::missing_at_peer) {
+      return std::string("missing on the ") + switch_names[1 - side];
+    }
+    if (state == State::only_at_peer) continue;
+    const std::string name = state_name(state);
     if (text.empty()) {
-      text = state;
-    } else if (text != state) {
-      text = "left: " + text + "; right: " + state.get<std::string>();
+      text = name;
+    } else if (text != name) {
+      text = "left: " + text + "; right: " + name;
     }
   }
+  return text;
+}
+
+std::array<std::optional<std::string>, 2> describe_values(const ParameterReport &parameter) {
+  std::array<std::optional<std::string>, 2> texts;
+  for (std::size_t side = 0; side < texts.size(); ++side) {
+    if (parameter.values[side]) texts[side] = display(parameter.type, *parameter.values[side]);
+  }
+  if (!texts[0] || texts[0] != texts[1]) return texts;
+  const Bytes &left = *parameter.values[0];
+  const Bytes &right = *parameter.values[1];
+  if (left == right) return texts;
+  const bool is_same_size = describe_size(left) == describe_size(right);
+  *texts[0] += is_same_size ? " (other bytes than the peer's)" : describe_size(left);
+  *texts[1] += is_same_size ? "" : describe_size(right);
+  return texts;
+}
+
+std::string list_first(const std::vector<std::string> &texts, std::size_t most,
+                       const char *between) {
+  std::string text;
+  for (std::size_t i = 0; i < std::min(texts.size(), most); ++i) {
+    text += (i > 0 ? between : "") + texts[i];
+  }
+  if (texts.size() > most) text += fmt::format(" and {} more", texts.size() - most);
   return text;
 }
 

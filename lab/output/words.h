@@ -1,25 +1,34 @@
-// The words in which people read the documents of a check.
+// The words in which people read what a check found.
 #pragma once
 
 #include <string>
 
-#include "output/json.h"
+#include "report/scope.h"
 
 namespace lab {
 
-const char *other_side(const std::string &side);
-
-// "STP_MCEC_ERR_TYPE1_LOOP_GUARD (0x40DD0040)".
-std::string code_text(const Json &result);
+// "STP_MCEC_ERR_TYPE1_LOOP_GUARD (0x40DD0040)", "ok (0x00000000)".
+std::string describe_result(uint32_t code);
 
 // "DIFFERENT: loop-guard   (STP_MCEC_ERR_TYPE1_LOOP_GUARD, 0x40DD0040)", "agrees".
-std::string verdict_text(const Json &check, const std::string &side);
+std::string describe_code(const ScopeReport &scope, std::size_t side);
 
 // "switch", "port 0x1000 (pod)", "channel 20: 0x1000 on the left, 0x2000 on the right".
-std::string scope_title(const Json &check);
+std::string describe_scope(const ScopeReport &scope);
 
-// What is said of a parameter. Where the switches see it differently, each is told; of a parameter
-// that one of them lacks, the other's view counts.
-std::string state_text(const Json &parameter);
+// How a parameter compares. Where the switches see it differently, each is named; of a parameter that
+// one of them lacks, the other's view counts.
+std::string describe_states(const ParameterReport &parameter);
+
+// "same", "missing at the peer".
+const char *state_name(State state);
+
+// What a parameter is on both sides, for display; nothing: not sent. Values that differ although they
+// look alike get what tells them apart.
+std::array<std::optional<std::string>, 2> describe_values(const ParameterReport &parameter);
+
+// "a, b and 3 more".
+std::string list_first(const std::vector<std::string> &texts, std::size_t most,
+                       const char *between = ", ");
 
 }  // namespace lab

@@ -17,6 +17,8 @@ struct PairScope {
   struct Member {
     uint32_t port;
     std::string name;
+
+    bool operator==(const Member &) const = default;
   };
 
   // One side of it.
@@ -24,12 +26,16 @@ struct PairScope {
     bool present = true;  // false: this switch has no such channel
     uint32_t port = 0;
     std::string port_name;
-    std::vector<Member> others;  // of the channel besides the port
+    std::vector<Member> others;  // of the channel, after the port
+
+    bool operator==(const End &) const = default;
   };
 
   Kind kind = Kind::of_switch;
   std::string name = "switch";
   std::array<End, 2> ends = {};
+
+  bool operator==(const PairScope &) const = default;
 };
 
 // The channels that have a port on either side, in natural order of their names.

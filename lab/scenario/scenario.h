@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "output/json.h"
 #include "pair/pair.h"
 #include "pair/scopes.h"
+#include "report/run.h"
 #include "text/error.h"
 
 namespace lab {
@@ -18,7 +18,9 @@ struct ExpectationKind;
 // What is expected of a step.
 struct Expected {
   const ExpectationKind *kind;
-  Json value;
+  std::string subject;              // a port or a channel; empty: the whole step
+  std::optional<std::size_t> side;  // nothing: each that the step is on
+  Finding value;
 };
 
 // What a check looks at; the channels are those of the time when it is made.

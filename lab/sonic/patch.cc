@@ -362,7 +362,7 @@ Rows changed(Rows rows, const Changes &changes) {
   return rows;
 }
 
-Json patch_of(const Rows &rows, const Changes &changes) {
+Patch patch_of(const Rows &rows, const Changes &changes) {
   // Tables and rows that are missing are added whole.
   Rows touched;
   for (const Change &change : changes) {

@@ -22,6 +22,9 @@ struct Change {
 };
 using Changes = std::vector<Change>;
 
+// An RFC 6902 patch.
+using Patch = Json;
+
 struct Fix {
   // Of left and right; each alone brings the row into step. Nothing: that side cannot.
   std::array<std::optional<Changes>, 2> alone;
@@ -38,7 +41,7 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
 
 // The changes as an RFC 6902 patch of the dump that has these rows. Changes of several fixes belong
 // into one patch: two patches would each add the table or the row that both find missing.
-Json patch_of(const Rows &rows, const Changes &changes);
+Patch patch_of(const Rows &rows, const Changes &changes);
 
 // The rows after the changes.
 Rows changed(Rows rows, const Changes &changes);

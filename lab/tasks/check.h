@@ -3,19 +3,20 @@
 
 #include <functional>
 
-#include "output/json.h"
 #include "pair/pair.h"
-#include "pair/scopes.h"
+#include "report/scope.h"
 
 namespace lab {
 
 // How the switches of a pair are asked.
 using Asker = std::function<Replies(const Requests &)>;
 
-// Let both switches check these scopes, and tell each in the order given. `replied` hears every
-// reply of the two, and how many scopes it is about; nullptr: nobody does.
-Json check_scopes(
-    const Asker &ask, const std::vector<PairScope> &scopes, const std::optional<Vlans> &twins,
-    const std::function<void(const Requests &, const Replies &, std::size_t)> &replied);
+// Called with every reply of the two, and how many scopes it covers.
+using ReplyListener = std::function<void(const Requests &, const Replies &, std::size_t)>;
+
+// Let both switches check these scopes, in the order given.
+std::vector<ScopeReport> check_scopes(const Asker &ask, const std::vector<PairScope> &scopes,
+                                      const std::optional<Vlans> &twins,
+                                      const ReplyListener &listener = nullptr);
 
 }  // namespace lab

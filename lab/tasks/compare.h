@@ -1,9 +1,9 @@
-// The comparison of two switches from what they are set to: the document of `mcec-lab compare`.
+// The comparison of two switches by their settings.
 #pragma once
 
 #include <array>
 
-#include "output/json.h"
+#include "report/pair.h"
 #include "tasks/side.h"
 
 namespace lab {
@@ -13,11 +13,12 @@ using Sides = std::array<Side, 2>;
 
 PairOfSettings settings_of(const Sides &sides);
 
-// What compare says, as docs/lab.md tells. Throws SwitchFailed and Interrupted.
-Json compare(const Sides &sides);
+// Throws SwitchFailed and Interrupted.
+PairReport compare(const Sides &sides);
 
-// Of a comparison of two sides with rows, the patches that bring the pair into step by changing one
-// side, or both: then what one side can do alone the right does.
-std::array<Json, 2> fixes(const Sides &sides, const Json &told, const std::array<bool, 2> &changes);
+// The patches that bring a pair into agreement where one side changes, or both: what one side can do
+// alone is then left to the right one. Both sides have rows.
+std::array<Patch, 2> collect_patches(const Sides &sides, const PairReport &report,
+                                     const std::array<bool, 2> &changes);
 
 }  // namespace lab

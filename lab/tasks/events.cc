@@ -1,88 +1,47 @@
 #include "tasks/events.h"
 
 #include <algorithm>
-#include <chrono>
-#include <ctime>
 #include <utility>
-
-#include "output/told.h"
-#include "switch/names.h"
-#include "text/text.h"
 
 namespace lab {
 namespace {
 
-// RFC 3339, local time with its offset.
-std::string time_text() {
-  const auto now = std::chrono::system_clock::now();
-  const auto whole = std::chrono::floor<std::chrono::seconds>(now);
-  const auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(now - whole).count();
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(whole);
-  std::tm parts{};
-  localtime_r(&seconds, &parts);
-  char date[32];
-  char offset[8];
-  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
-  std::strftime(offset, sizeof offset, "%z", &parts);
-  const std::string fraction = std::to_string(1000 + millis).substr(1);
-  return std::string(date) + "." + fraction + std::string(offset, 3) + ":" + (offset + 3);
-}
-
-Json event_of(const char *name, const Told &told) {
-  Json event = {{"event", name}, {"time", time_text()}, {"agree", nullptr}};
-  if (told.agree) event["agree"] = *told.agree;
+Event make_event(Event::Kind kind, const PairState &state) {
+  Event event;
+  event.kind = kind;
+  event.time = std::chrono::system_clock::now();
+  event.agree = state.agree;
   return event;
 }
 
 // --- rows ---
 
-Json value_of(const FieldValue &value) {
-  if (const auto *text = std::get_if<std::string>(&value)) return printable(*text);
-  Json list = Json::array();
-  for (const std::string &member : std::get<std::vector<std::string>>(value)) {
-    list.push_back(printable(member));
-  }
-  return list;
+std::optional<Row> copy_row(const Row *row) {
+  return row != nullptr ? std::optional<Row>(*row) : std::nullopt;
 }
 
-// The fields of a row that are not the same in the other one; null when there is no such row.
-Json fields_of(const Row *row, const Row *other) {
-  if (row == nullptr) return nullptr;
-  Json fields = Json::object();
-  for (const auto &[name, value] : *row) {
-    const bool is_same = other != nullptr && other->contains(name) && other->at(name) == value;
-    if (!is_same) fields[printable(name)] = value_of(value);
-  }
-  return fields;
-}
-
-Json row_of(std::size_t side, const std::string &shown, const Row *before, const Row *after) {
-  return {{"side", switch_names[side]},
-          {"row", printable(shown)},
-          {"before", fields_of(before, after)},
-          {"after", fields_of(after, before)}};
-}
-
-// The rows that are not as they were, also when all that can be said of them is that they cannot be
+// The rows that are not as they were, also those of which all that is known is that they cannot be
 // read, or could not.
-Json changed_rows(const Told &told, std::size_t side, const Snapshot &snapshot) {
-  Json rows = Json::array();
-  for (const auto &[name, was] : snapshot.before) {
-    const Row *before = was ? &*was : nullptr;
-    const Row *after = find_row(snapshot.rows, name);
-    const bool is_same =
-        before != nullptr && after != nullptr ? *before == *after : before == after;
-    if (name.empty() || !is_same) {
-      rows.push_back(row_of(side, name.empty() ? told.sides[side].source : name, before, after));
-    }
+std::vector<RowChange> find_changed_rows(const PairState &state, std::size_t side,
+                                         const Snapshot &snapshot) {
+  std::vector<RowChange> rows;
+  const std::string &source = state.sides[side].source;
+  for (const auto &[name, before] : snapshot.before) {
+    std::optional<Row> after = copy_row(find_row(snapshot.rows, name));
+    if (!name.empty() && before == after) continue;
+    rows.push_back({.side = side,
+                    .row = name.empty() ? source : name,
+                    .before = before,
+                    .after = std::move(after)});
   }
-  const auto &known = told.told[side].reading;
+  const auto &known = state.states[side].reading;
   for (const auto &[these, others] :
        {std::pair{&known, &snapshot.errors}, {&snapshot.errors, &known}}) {
     for (const auto &[name, errors] : *these) {
       if (others->contains(name) || snapshot.before.contains(name)) continue;
-      if (name.empty() && !rows.empty()) continue;  // they say more than that the file is mended
-      rows.push_back(row_of(side, name.empty() ? told.sides[side].source : name, nullptr, nullptr));
+      if (name.empty() && !rows.empty()) continue;  // the rows say more than that it was repaired
+      rows.push_back(
+          {.side = side, .row = name.empty() ? source : name, .before = {}, .after = {}});
     }
   }
   return rows;
@@ -90,163 +49,174 @@ Json changed_rows(const Told &told, std::size_t side, const Snapshot &snapshot) 
 
 // --- the two sides ---
 
-// The settings of a side, from what it holds now; its errors.
-InputErrors settle_side(Side &side, SideTold &told, const Snapshot &snapshot) {
+// The settings of a side from its snapshot; its errors.
+InputErrors read_snapshot(Side &side, SideState &state, const Snapshot &snapshot) {
   InputErrors reading;
   for (const auto &[row, errors] : snapshot.errors) {
     reading.insert(reading.end(), errors.begin(), errors.end());
   }
-  told.reading = snapshot.errors;
+  state.reading = snapshot.errors;
   if (snapshot.settings) {
     side.settings = *snapshot.settings;
     return reading;
   }
-  // What is wrong with a file, with its rows too, is known from its reading.
+  // All that is wrong with a file, with its rows too, is known from its reading.
   if (snapshot.errors.contains("")) return reading;
   ReadSettings read = settings_of(snapshot.rows, reading);
   side.settings = std::move(read.settings);
   return std::move(read.errors);
 }
 
-Json comparison_of(Told &told, const SnapshotPair &snapshot) {
-  for (std::size_t i = 0; i < snapshot.size(); ++i) {
-    told.sides[i].rows.reset();
-    if (!snapshot[i]->settings) told.sides[i].rows = std::move(snapshot[i]->rows);
+// The comparison borrows the rows of the snapshots.
+PairReport compare_snapshots(PairState &state, const SnapshotPair &snapshots) {
+  for (std::size_t i = 0; i < snapshots.size(); ++i) {
+    state.sides[i].rows.reset();
+    if (!snapshots[i]->settings) state.sides[i].rows = std::move(snapshots[i]->rows);
   }
-  Json comparison = compare(told.sides);
-  for (std::size_t i = 0; i < snapshot.size(); ++i) {
-    if (told.sides[i].rows) snapshot[i]->rows = std::move(*told.sides[i].rows);
-    told.sides[i].rows.reset();
+  PairReport report = compare(state.sides);
+  for (std::size_t i = 0; i < snapshots.size(); ++i) {
+    if (state.sides[i].rows) snapshots[i]->rows = std::move(*state.sides[i].rows);
+    state.sides[i].rows.reset();
   }
-  return comparison;
+  return report;
 }
 
-bool can_be_compared(const Told &told) {
-  return std::all_of(told.told.begin(), told.told.end(),
-                     [](const SideTold &side) { return side.here && side.errors.empty(); });
+// What is new on either side.
+struct News {
+  std::array<std::vector<RowChange>, 2> rows;
+  std::array<bool, 2> has_connected = {};
+  std::array<bool, 2> has_new_errors = {};
+
+  bool is_empty() const {
+    return rows[0].empty() && rows[1].empty() && !has_connected[0] && !has_connected[1] &&
+           !has_new_errors[0] && !has_new_errors[1];
+  }
+};
+
+News take_news(PairState &state, const SnapshotPair &snapshots) {
+  News news;
+  for (std::size_t i = 0; i < snapshots.size(); ++i) {
+    SideState &side = state.states[i];
+    if (snapshots[i]->state != SourceState::here) continue;
+    news.has_connected[i] = !side.connected;
+    if (side.connected) news.rows[i] = find_changed_rows(state, i, *snapshots[i]);
+    snapshots[i]->before.clear();
+    if (side.connected && news.rows[i].empty() && side.reading == snapshots[i]->errors) continue;
+    InputErrors errors = read_snapshot(state.sides[i], side, *snapshots[i]);
+    side.connected = true;
+    news.has_new_errors[i] = !errors.empty() && errors != side.errors;
+    side.errors = std::move(errors);
+  }
+  return news;
 }
 
 // --- checks ---
 
-std::map<std::string, const Json *> checks_by_scope(const Json &comparison) {
-  std::map<std::string, const Json *> checks;
-  if (comparison.is_null()) return checks;
-  for (const Json &check : comparison["checks"]) {
-    checks[check["scope"].get<std::string>()] = &check;
+// What a comparison found that the one before did not.
+ChangeEffect find_effect(const PairReport *before, const PairReport &after) {
+  ChangeEffect effect;
+  std::map<std::string, const ScopeReport *> known;
+  for (std::size_t i = 0; before != nullptr && i < before->checks.size(); ++i) {
+    known[before->checks[i].scope.name] = &before->checks[i];
   }
-  return checks;
+  for (const ScopeReport &scope : after.checks) {
+    const auto found = known.find(scope.scope.name);
+    if (found == known.end() || *found->second != scope) effect.checks.push_back(scope);
+    if (found == known.end()) continue;
+    if (*found->second != scope) {
+      effect.agreed[found->first] = is_agreed(find_verdict(*found->second));
+    }
+    known.erase(found);
+  }
+  for (const auto &[scope, check] : known) effect.gone.push_back(scope);
+  return effect;
 }
 
-// What a comparison says otherwise than the one before, and whether that agreed.
-void add_checks(Json &event, const Json &before, const Json &after) {
-  const auto known = checks_by_scope(before);
-  const auto left = checks_by_scope(after);
-  for (const Json &check : after["checks"]) {
-    const auto found = known.find(check["scope"].get<std::string>());
-    if (found != known.end() && *found->second == check) continue;
-    event["checks"].push_back(check);
-    if (found != known.end()) event["before"]["scopes"][found->first] = agrees(*found->second);
+// --- events ---
+
+void set_comparison(Event &event, const PairState &state, const SnapshotPair &snapshots,
+                    bool is_compared) {
+  event.notifications = {snapshots[0]->notifications, snapshots[1]->notifications};
+  if (is_compared) event.comparison = state.comparison;
+}
+
+std::vector<Event> report_connections(PairState &state, const SnapshotPair &snapshots,
+                                      const News &news, bool is_compared) {
+  std::vector<Event> events;
+  for (std::size_t i = 0; i < snapshots.size(); ++i) {
+    if (!news.has_connected[i] || !state.states[i].disconnected) continue;
+    state.states[i].disconnected = false;
+    Event event = make_event(Event::Kind::connected, state);
+    event.side = i;
+    set_comparison(event, state, snapshots, is_compared);
+    events.push_back(std::move(event));
   }
-  for (const auto &[scope, check] : known) {
-    if (!left.contains(scope)) event["gone"].push_back(scope);
+  if (is_compared && !state.started && events.empty()) {
+    Event event = make_event(Event::Kind::compared, state);
+    set_comparison(event, state, snapshots, is_compared);
+    events.push_back(std::move(event));
   }
+  state.started = state.started || is_compared;
+  return events;
 }
 
 }  // namespace
 
-Told nothing_told(const std::array<std::string, 2> &sources) {
-  Told told;
-  for (std::size_t i = 0; i < sources.size(); ++i) told.sides[i].source = sources[i];
-  return told;
+PairState make_pair_state(const std::array<std::string, 2> &sources) {
+  PairState state;
+  for (std::size_t i = 0; i < sources.size(); ++i) state.sides[i].source = sources[i];
+  return state;
 }
 
-std::vector<Json> tell_losses(Told &told, const SnapshotPair &snapshot) {
-  std::vector<Json> events;
-  for (std::size_t i = 0; i < snapshot.size(); ++i) {
-    SideTold &side = told.told[i];
-    if (snapshot[i]->state != SourceState::lost || side.lost) continue;
-    side = SideTold{};
-    side.lost = true;
-    told.agree.reset();
-    Json event = event_of("disconnected", told);
-    event["side"] = switch_names[i];
-    event["source"] = told.sides[i].source;
-    event["reason"] = snapshot[i]->reason;
+std::vector<Event> report_disconnections(PairState &state, const SnapshotPair &snapshots) {
+  std::vector<Event> events;
+  for (std::size_t i = 0; i < snapshots.size(); ++i) {
+    SideState &side = state.states[i];
+    if (snapshots[i]->state != SourceState::lost || side.disconnected) continue;
+    side = SideState{};
+    side.disconnected = true;
+    state.agree.reset();
+    Event event = make_event(Event::Kind::disconnected, state);
+    event.side = i;
+    event.source = state.sides[i].source;
+    event.reason = snapshots[i]->reason;
     events.push_back(std::move(event));
   }
   return events;
 }
 
-std::vector<Json> tell_changes(Told &told, const SnapshotPair &snapshot) {
-  std::array<Json, 2> rows;
-  std::array<bool, 2> arrived{};
-  std::array<bool, 2> blamed{};
-  for (std::size_t i = 0; i < snapshot.size(); ++i) {
-    SideTold &side = told.told[i];
-    rows[i] = Json::array();
-    if (snapshot[i]->state != SourceState::here) continue;
-    arrived[i] = !side.here;
-    if (!arrived[i]) rows[i] = changed_rows(told, i, *snapshot[i]);
-    snapshot[i]->before.clear();
-    if (!arrived[i] && rows[i].empty() && side.reading == snapshot[i]->errors) continue;
-    InputErrors errors = settle_side(told.sides[i], side, *snapshot[i]);
-    side.here = true;
-    blamed[i] = !errors.empty() && errors != side.errors;
-    side.errors = std::move(errors);
-  }
-  const auto is_true = [](bool value) { return value; };
-  const bool arrives = std::any_of(arrived.begin(), arrived.end(), is_true);
-  const bool blames = std::any_of(blamed.begin(), blamed.end(), is_true);
-  if (!arrives && !blames && rows[0].empty() && rows[1].empty()) return {};
+std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshots) {
+  News news = take_news(state, snapshots);
+  if (news.is_empty()) return {};
 
-  const Json before = std::move(told.comparison);
-  const std::optional<bool> agreed = std::exchange(told.agree, std::nullopt);
-  const bool compared = can_be_compared(told);
-  told.comparison = compared ? comparison_of(told, snapshot) : before;
-  if (compared) told.agree = told.comparison["agree"].get<bool>();
-
-  std::vector<Json> events;
-  const Json notifications = {{"left", snapshot[0]->notifications},
-                              {"right", snapshot[1]->notifications}};
-  const Json &now = compared ? told.comparison : Json();
-  const bool is_first = compared && !told.started;
-  told.started = told.started || compared;
-  bool any_back = false;
-  for (std::size_t i = 0; i < snapshot.size(); ++i) {
-    if (!arrived[i] || !told.told[i].lost) continue;
-    told.told[i].lost = false;
-    any_back = true;
-    Json event = event_of("connected", told);
-    event["side"] = switch_names[i];
-    event["notifications"] = notifications;
-    event["comparison"] = now;
-    events.push_back(std::move(event));
+  const auto before = state.comparison;
+  const auto agreed_before = std::exchange(state.agree, std::nullopt);
+  const bool is_compared =
+      std::all_of(state.states.begin(), state.states.end(),
+                  [](const SideState &side) { return side.connected && side.errors.empty(); });
+  if (is_compared) {
+    state.comparison = std::make_shared<const PairReport>(compare_snapshots(state, snapshots));
+    state.agree = is_agreed(find_verdict(*state.comparison));
   }
-  if (is_first && !any_back) {
-    Json event = event_of("compared", told);
-    event["notifications"] = notifications;
-    event["comparison"] = now;
-    events.push_back(std::move(event));
-  }
-  Json changed = Json::array();
-  for (std::size_t i = 0; i < snapshot.size(); ++i) {
-    if (!blamed[i]) {
-      for (Json &row : rows[i]) changed.push_back(std::move(row));
+  std::vector<Event> events = report_connections(state, snapshots, news, is_compared);
+  Event changed = make_event(Event::Kind::changed, state);
+  for (std::size_t i = 0; i < snapshots.size(); ++i) {
+    std::vector<RowChange> &rows = news.rows[i];
+    if (!news.has_new_errors[i]) {
+      std::move(rows.begin(), rows.end(), std::back_inserter(changed.rows));
       continue;
     }
-    Json event = event_of("error", told);
-    event["side"] = switch_names[i];
-    event["rows"] = std::move(rows[i]);
-    event["errors"] = errors_to_json(told.sides[i].source, told.told[i].errors);
+    Event event = make_event(Event::Kind::error, state);
+    event.side = i;
+    event.source = state.sides[i].source;
+    event.rows = std::move(rows);
+    event.errors = state.states[i].errors;
     events.push_back(std::move(event));
   }
-  if (!changed.empty()) {
-    Json event = event_of("changed", told);
-    event["rows"] = std::move(changed);
-    event["checks"] = Json::array();
-    event["before"]["agree"] = agreed ? Json(*agreed) : Json();
-    if (compared) add_checks(event, before, told.comparison);
-    events.push_back(std::move(event));
+  if (!changed.rows.empty()) {
+    changed.agreed_before = agreed_before;
+    if (is_compared) changed.effect = find_effect(before.get(), *state.comparison);
+    events.push_back(std::move(changed));
   }
   return events;
 }

@@ -1,33 +1,25 @@
-// Running scenarios: each step on the switches, and what is expected snapshot against what came of it.
+// Runs of scenarios: each step on the switches, and its expectations checked.
 #pragma once
 
 #include <functional>
 
-#include "output/json.h"
+#include "report/run.h"
 #include "scenario/scenario.h"
 
 namespace lab {
 
-/*
- * A run's outcome is told as JSON, one document a scenario, and everything that is printed for a
- * person is made from it; docs/lab.md describes its fields.
- */
-struct Watcher {
-  std::function<void(const Json &step)> on_step;                   // a step is done
-  std::function<void(std::size_t done, std::size_t all)> on_work;  // a piece of work is done
-};
-
 struct RunOptions {
-  bool log = false;
+  bool log = false;                                                // with the event histories
+  std::function<void(const StepReport &step)> on_step;             // after each step
+  std::function<void(std::size_t done, std::size_t all)> on_work;  // after each piece of work
 };
 
-// Run a whole scenario. When a switch fails or the run is interrupted, the outcome says so in
-// "failed", and has the steps done until then.
-Json run(const Scenario &scenario, const RunOptions &options, const Watcher &watcher);
+// Run a whole scenario. When a switch fails or the run is interrupted, the report has a failure, and
+// the steps before it have been handed to on_step.
+RunReport run(const Scenario &scenario, const RunOptions &options);
 
-// Run the steps before `position` (from 0), then find out what that step would do; in "what_if" of
-// the outcome, unless it "failed".
-Json what_if(const Scenario &scenario, std::size_t position, const RunOptions &options,
-             const Watcher &watcher);
+// Run the steps before `position` (from 0), then find out what that step would change; in what_if of
+// the report unless there is a failure.
+RunReport what_if(const Scenario &scenario, std::size_t position, const RunOptions &options);
 
 }  // namespace lab

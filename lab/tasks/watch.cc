@@ -10,7 +10,6 @@
 #include <utility>
 #include <variant>
 
-#include "output/metrics.h"
 #include "sonic/database.h"
 #include "tasks/events.h"
 #include "text/signals.h"
@@ -67,7 +66,7 @@ struct Watch {
   const Listener &listener;
   std::array<Feed, 2> feeds;
   SnapshotPair snapshot{};
-  Told told = {};
+  PairState state = {};
   bool settling = false;
   bool opened = false;  // each source has been reached once, or has not
   std::optional<int> status = {};
@@ -79,43 +78,46 @@ struct Watch {
 
 // What is wrong, "" when it is written, or need not be.
 std::string write_metrics(const Watch &watch) {
-  if (watch.options.metrics.empty()) return "";
-  const std::array<bool, 2> connected = {watch.snapshot[0]->state == SourceState::here,
-                                         watch.snapshot[1]->state == SourceState::here};
-  return write_metrics(watch.options.metrics, watch.told, connected, watch.compared);
+  if (!watch.options.write_metrics) return "";
+  PairStatus status{.sources = {watch.state.sides[0].source, watch.state.sides[1].source},
+                    .agree = watch.state.agree,
+                    .comparison = watch.state.comparison,
+                    .compared = watch.compared};
+  for (std::size_t i = 0; i < status.connected.size(); ++i) {
+    status.connected[i] = watch.snapshot[i]->state == SourceState::here;
+  }
+  return watch.options.write_metrics(status);
 }
 
-// A disk that is full now is no reason to leave the pair alone; it is said once.
-void keep_metrics(Watch &watch) {
+// A disk that is full now is no reason to end the watch; it is reported once.
+void update_metrics(Watch &watch) {
   const std::string problem = write_metrics(watch);
-  if (!problem.empty() && problem != watch.metrics_problem) {
-    fmt::print(stderr, "{}: {}\n", watch.options.metrics, problem);
-  }
+  if (!problem.empty() && problem != watch.metrics_problem) fmt::print(stderr, "{}\n", problem);
   watch.metrics_problem = problem;
 }
 
 // Nobody looks at the pair any more.
 void leave(Watch &watch) {
   for (Snapshot *snapshot : watch.snapshot) snapshot->state = SourceState::lost;
-  watch.told.agree.reset();
-  keep_metrics(watch);
+  watch.state.agree.reset();
+  update_metrics(watch);
 }
 
 // What is told, and what follows from it for the watch.
-void hear(Watch &watch, const std::vector<Json> &events, bool is_wrong) {
+void hear(Watch &watch, const std::vector<Event> &events, bool is_wrong) {
   // A verdict holds as long as everything that is read says the same.
   std::array<TimePoint, 2> checked{};
   for (std::size_t i = 0; i < checked.size(); ++i) checked[i] = watch.snapshot[i]->checked;
   const bool confirmed = std::exchange(watch.checked, checked) != checked;
-  if (watch.told.agree && (confirmed || !events.empty())) {
+  if (watch.state.agree && (confirmed || !events.empty())) {
     watch.compared = std::chrono::system_clock::now();
   }
-  if (confirmed || !events.empty()) keep_metrics(watch);
-  for (const Json &event : events) {
+  if (confirmed || !events.empty()) update_metrics(watch);
+  for (const Event &event : events) {
     if (!watch.listener(event, is_wrong)) watch.status = watch.options.once_agreed ? 1 : 0;
     if (watch.status) return;
   }
-  if (watch.options.once_agreed && watch.told.agree == true) watch.status = 0;
+  if (watch.options.once_agreed && watch.state.agree == true) watch.status = 0;
 }
 
 // At the start a source that says something wrong, is not let in, or is no file ends the watch.
@@ -124,7 +126,7 @@ bool starts_wrong(const Watch &watch) {
     const Snapshot &snapshot = *watch.snapshot[i];
     const bool is_file = std::holds_alternative<WatchedFile>(watch.feeds[i]);
     if (snapshot.state == SourceState::lost && (snapshot.refused || is_file)) return true;
-    if (!watch.told.told[i].errors.empty()) return true;
+    if (!watch.state.states[i].errors.empty()) return true;
   }
   return false;
 }
@@ -138,11 +140,12 @@ void advance(Watch &watch, TimePoint now) {
       return;
     }
   }
-  std::vector<Json> events = tell_losses(watch.told, watch.snapshot);
+  std::vector<Event> events = report_disconnections(watch.state, watch.snapshot);
   bool is_due = false;
   for (std::size_t i = 0; i < watch.snapshot.size(); ++i) {
     const bool is_here = watch.snapshot[i]->state == SourceState::here;
-    is_due = is_due || (is_here && (!watch.told.told[i].here || due(*watch.snapshot[i]) <= now));
+    is_due =
+        is_due || (is_here && (!watch.state.states[i].connected || due(*watch.snapshot[i]) <= now));
   }
   watch.settling = watch.settling || is_due;
   if (watch.settling) {
@@ -150,9 +153,9 @@ void advance(Watch &watch, TimePoint now) {
     for (Feed &feed : watch.feeds) settled = settle(feed, now) && settled;
     if (settled) {
       watch.settling = false;
-      for (Json &event : tell_losses(watch.told, watch.snapshot))
+      for (Event &event : report_disconnections(watch.state, watch.snapshot))
         events.push_back(std::move(event));
-      for (Json &event : tell_changes(watch.told, watch.snapshot))
+      for (Event &event : report_changes(watch.state, watch.snapshot))
         events.push_back(std::move(event));
     }
   }
@@ -189,11 +192,9 @@ int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
               listener,
               {open_feed(sources[0], options, started), open_feed(sources[1], options, started)}};
   for (std::size_t i = 0; i < sources.size(); ++i) watch.snapshot[i] = &snapshot_of(watch.feeds[i]);
-  watch.told = nothing_told({sources[0].shown, sources[1].shown});
-  if (!options.metrics.empty()) {
-    std::string problem = problem_of_metrics(options.metrics);
-    if (problem.empty()) problem = write_metrics(watch);
-    if (!problem.empty()) throw std::runtime_error(options.metrics + ": " + problem);
+  watch.state = make_pair_state({sources[0].shown, sources[1].shown});
+  if (const std::string problem = write_metrics(watch); !problem.empty()) {
+    throw std::runtime_error(problem);
   }
   try {
     while (!watch.status) {

@@ -6,7 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "output/json.h"
+#include "report/event.h"
+#include "report/status.h"
 #include "sonic/source.h"
 #include "tasks/watched_file.h"
 
@@ -16,12 +17,14 @@ struct WatchOptions {
   Clock::duration interval = std::chrono::seconds(1);  // of looking where nothing is notified
   bool once_agreed = false;
   std::optional<Clock::duration> timeout;
-  std::string metrics;  // a file; empty: none
-  TextReader reader;    // of files
+  // Called with what is known of the pair when that changes or is confirmed. What is wrong, "" when it
+  // was written.
+  std::function<std::string(const PairStatus &)> write_metrics;
+  TextReader reader;  // of files
 };
 
 // Is given each event; `is_wrong`: because of it the watch ends with 2. false: nobody listens any more.
-using Listener = std::function<bool(const Json &event, bool is_wrong)>;
+using Listener = std::function<bool(const Event &event, bool is_wrong)>;
 
 /*
  * Watches until a signal comes, nobody listens, or the options say so. The exit status: 0; 1 where

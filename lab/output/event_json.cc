@@ -1,0 +1,114 @@
+#include "output/event_json.h"
+
+#include <ctime>
+
+#include "output/check_json.h"
+#include "output/error_json.h"
+#include "output/pair_json.h"
+#include "switch/names.h"
+
+namespace lab {
+namespace {
+
+constexpr const char *event_names[] = {"compared", "changed", "disconnected", "connected", "error"};
+
+Json agree_to_json(const std::optional<bool> &agree) {
+  return agree ? Json(*agree) : Json();
+}
+
+// --- rows ---
+
+Json value_to_json(const FieldValue &value) {
+  if (const auto *text = std::get_if<std::string>(&value)) return printable(*text);
+  Json list = Json::array();
+  for (const std::string &member : std::get<std::vector<std::string>>(value)) {
+    list.push_back(printable(member));
+  }
+  return list;
+}
+
+// The fields of a row that are not the same in the other one; null where there is no such row.
+Json fields_to_json(const std::optional<Row> &row, const std::optional<Row> &other) {
+  if (!row) return nullptr;
+  Json fields = Json::object();
+  for (const auto &[name, value] : *row) {
+    const bool is_same = other && other->contains(name) && other->at(name) == value;
+    if (!is_same) fields[printable(name)] = value_to_json(value);
+  }
+  return fields;
+}
+
+Json rows_to_json(const std::vector<RowChange> &rows) {
+  Json list = Json::array();
+  for (const RowChange &row : rows) {
+    list.push_back({{"side", switch_names[row.side]},
+                    {"row", printable(row.row)},
+                    {"before", fields_to_json(row.before, row.after)},
+                    {"after", fields_to_json(row.after, row.before)}});
+  }
+  return list;
+}
+
+// --- kinds ---
+
+void add_comparison(const Event &event, Json &json) {
+  for (std::size_t side = 0; side < switch_names.size(); ++side) {
+    json["notifications"][switch_names[side]] = event.notifications[side];
+  }
+  json["comparison"] = event.comparison ? comparison_to_json(*event.comparison) : Json();
+}
+
+void add_effect(const Event &event, Json &json) {
+  json["checks"] = checks_to_json(event.effect.checks);
+  json["before"]["agree"] = agree_to_json(event.agreed_before);
+  for (const auto &[scope, agreed] : event.effect.agreed) json["before"]["scopes"][scope] = agreed;
+  if (!event.effect.gone.empty()) json["gone"] = event.effect.gone;
+}
+
+}  // namespace
+
+std::string format_time(std::chrono::system_clock::time_point time) {
+  const auto whole = std::chrono::floor<std::chrono::seconds>(time);
+  const auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(time - whole).count();
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(whole);
+  std::tm parts{};
+  localtime_r(&seconds, &parts);
+  char date[32];
+  char offset[8];
+  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
+  std::strftime(offset, sizeof offset, "%z", &parts);
+  const std::string fraction = std::to_string(1000 + millis).substr(1);
+  return std::string(date) + "." + fraction + std::string(offset, 3) + ":" + (offset + 3);
+}
+
+Json event_to_json(const Event &event) {
+  Json json = {{"event", event_names[std::size_t(event.kind)]},
+               {"time", format_time(event.time)},
+               {"agree", agree_to_json(event.agree)}};
+  switch (event.kind) {
+    case Event::Kind::compared:
+      add_comparison(event, json);
+      break;
+    case Event::Kind::connected:
+      json["side"] = switch_names[event.side];
+      add_comparison(event, json);
+      break;
+    case Event::Kind::disconnected:
+      json["side"] = switch_names[event.side];
+      json["source"] = event.source;
+      json["reason"] = event.reason;
+      break;
+    case Event::Kind::error:
+      json["side"] = switch_names[event.side];
+      json["rows"] = rows_to_json(event.rows);
+      json["errors"] = errors_to_json(event.source, event.errors);
+      break;
+    case Event::Kind::changed:
+      json["rows"] = rows_to_json(event.rows);
+      add_effect(event, json);
+      break;
+  }
+  return json;
+}
+
+}  // namespace lab

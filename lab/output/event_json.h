@@ -1,0 +1,14 @@
+// Events of a watch, as JSON; docs/watch.md describes them.
+#pragma once
+
+#include "output/json.h"
+#include "report/event.h"
+
+namespace lab {
+
+Json event_to_json(const Event &event);
+
+// RFC 3339, local time with its offset.
+std::string format_time(std::chrono::system_clock::time_point time);
+
+}  // namespace lab

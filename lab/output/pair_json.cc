@@ -1,0 +1,26 @@
+#include "output/pair_json.h"
+
+#include "output/check_json.h"
+#include "output/pair_text.h"
+#include "report/verdict.h"
+#include "switch/names.h"
+
+namespace lab {
+
+Json comparison_to_json(const PairReport &report) {
+  Json json = {{"version", 1}, {"agree", is_agreed(find_verdict(report))}};
+  for (std::size_t side = 0; side < switch_names.size(); ++side) {
+    const SideReport &of_side = report.sides[side];
+    json[switch_names[side]] = {{"source", of_side.source},
+                                {"name", of_side.name},
+                                {"spanning-tree", spanning_tree_name(of_side.spanning_tree)}};
+  }
+  json["twin-vlans"] = vlan_text(report.twin_vlans);
+  json["checks"] = checks_to_json(report.checks);
+  Json &notes = json["notes"] = Json::array();
+  if (std::string off = describe_spanning_tree_off(report); !off.empty()) notes.push_back(off);
+  for (const std::string &note : report.notes) notes.push_back(note);
+  return json;
+}
+
+}  // namespace lab

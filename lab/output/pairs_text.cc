@@ -1,0 +1,97 @@
+#include "output/pairs_text.h"
+
+#include <fmt/core.h>
+
+#include "output/error_json.h"
+#include "output/pair_json.h"
+#include "report/summary.h"
+#include "report/verdict.h"
+#include "switch/names.h"
+#include "text/text.h"
+
+namespace lab {
+namespace {
+
+// "mst-region-name (1), ifi-port-guard (3)".
+std::string describe_differences(const PairReport &report) {
+  const Summary summary = summarize(report.checks);
+  std::vector<std::string> causes;
+  const auto add = [&causes](const std::string &what, std::size_t count) {
+    if (count > 0) causes.push_back(fmt::format("{} ({})", what, count));
+  };
+  for (const auto &[type, count] : summary.parameters) {
+    add(parameter_key(type), count.differ.size());
+  }
+  add("channels on one side only", summary.missing[0] + summary.missing[1]);
+  add("inconsistent ports", summary.inconsistent);
+  const Verdict verdict = find_verdict(report);
+  for (const Reason reason : verdict.reasons) {
+    if (reason == Reason::spanning_tree_off) {
+      causes.emplace_back("spanning tree is off on one side");
+    } else if (reason == Reason::not_checked) {
+      causes.emplace_back("not checked");
+    }
+  }
+  return listed(causes, ", ");
+}
+
+std::string describe_failure(const PairResult &result) {
+  std::size_t count = 0;
+  for (const SourceErrors &source : result.errors) count += source.errors.size();
+  const SourceErrors &first = result.errors.front();
+  const std::string place = place_of(first.errors.front());
+  return fmt::format("{}: {}{}{}", first.source, place.empty() ? "" : place + " ",
+                     first.errors.front().found,
+                     count > 1 ? fmt::format(" and {} more", count - 1) : "");
+}
+
+// "DIFFERENT: stp-mode (1)".
+Cell verdict_cell(const PairResult &result) {
+  if (!result.errors.empty()) {
+    return {"NOT COMPARED: " + describe_failure(result), Colour::yellow};
+  }
+  if (is_agreed(find_verdict(result.report))) return {"agrees", Colour::green};
+  return {"DIFFERENT: " + describe_differences(result.report), Colour::red};
+}
+
+}  // namespace
+
+Json pair_result_to_json(const PairResult &result) {
+  Json json = {{"pair", result.name}, {"version", 1}};
+  if (result.errors.empty()) {
+    json.update(comparison_to_json(result.report));
+    return json;
+  }
+  Json &errors = json["errors"] = Json::array();
+  for (const SourceErrors &source : result.errors) {
+    for (Json &error : errors_to_json(source.source, source.errors)) {
+      errors.push_back(std::move(error));
+    }
+  }
+  return json;
+}
+
+void count_result(const PairResult &result, PairCounts &counts) {
+  if (!result.errors.empty()) {
+    counts.failed.push_back(result.name + ": " + describe_failure(result));
+  } else if (is_agreed(find_verdict(result.report))) {
+    ++counts.agree;
+  } else {
+    counts.differing.push_back(result.name + ": " + describe_differences(result.report));
+  }
+}
+
+void print_pair_result(const PairResult &result, const Layout &layout) {
+  const Cell verdict = verdict_cell(result);
+  put_line(result.name + ": " + coloured(verdict.text, verdict.colour, layout));
+}
+
+void print_pair_counts(const PairCounts &counts) {
+  const std::size_t all = counts.agree + counts.differing.size() + counts.failed.size();
+  put_line(fmt::format("{} pairs: {} agree, {} differ, {} not compared", all, counts.agree,
+                       counts.differing.size(), counts.failed.size()));
+  for (const std::string &line : counts.failed) put_line(line, 4);
+  for (const std::string &line : counts.differing) put_line(line, 4);
+}
+
+}  // namespace lab

@@ -1,0 +1,24 @@
+// Comparisons of many pairs: a line or a document for each, and a summary.
+#pragma once
+
+#include "output/json.h"
+#include "output/layout.h"
+#include "report/pairs.h"
+
+namespace lab {
+
+Json pair_result_to_json(const PairResult &result);
+
+// What the comparisons came to.
+struct PairCounts {
+  std::size_t agree = 0;
+  std::vector<std::string> differing;  // a line for each pair
+  std::vector<std::string> failed;     // the same
+};
+
+void count_result(const PairResult &result, PairCounts &counts);
+
+void print_pair_result(const PairResult &result, const Layout &layout);
+void print_pair_counts(const PairCounts &counts);
+
+}  // namespace lab

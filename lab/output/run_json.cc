@@ -1,0 +1,164 @@
+#include "output/run_json.h"
+
+#include "output/check_json.h"
+#include "output/run_words.h"
+#include "switch/names.h"
+#include "switch/values.h"
+
+namespace lab {
+namespace {
+
+Json head_to_json(const StepHead &head) {
+  Json on = Json::array();
+  for (std::size_t side = 0; side < switch_names.size(); ++side) {
+    if (head.on[side]) on.push_back(switch_names[side]);
+  }
+  Json json = {{"step", head.number},
+               {"line", head.line},
+               {"action", head.action},
+               {"on", on},
+               {"summary", head.summary}};
+  if (!head.note.empty()) json["note"] = head.note;
+  return json;
+}
+
+Json records_to_json(const std::vector<ParameterRecord> &records) {
+  Json json = Json::array();
+  for (const ParameterRecord &record : records) {
+    json.push_back({{"parameter", parameter_key(record.type)}, {"type", record.type}});
+    json.back()["port"] = record.port.empty() ? Json() : Json(record.port);
+    if (!record.is_valid) json.back()["valid"] = false;
+  }
+  return json;
+}
+
+Json values_to_json(const std::vector<Entry> &entries) {
+  Json json = Json::array();
+  for (const Entry &entry : entries) {
+    json.push_back({{"parameter", parameter_key(entry.type)},
+                    {"type", entry.type},
+                    {"length", entry.value.size()},
+                    {"text", display(entry.type, entry.value)},
+                    {"bytes", hex(entry.value)}});
+  }
+  return json;
+}
+
+Json display_to_json(const std::vector<DisplayRecord> &records) {
+  Json json = Json::array();
+  for (const DisplayRecord &record : records) {
+    json.push_back({{"scope", record.scope},
+                    {"parameter", parameter_key(record.type)},
+                    {"type", record.type},
+                    {"component", record.component},
+                    {"name", record.name},
+                    {"value", record.value}});
+  }
+  return json;
+}
+
+Json switch_to_json(const SwitchReport &report) {
+  Json json = Json::object();
+  if (report.result) json["result"] = code_to_json(*report.result, "ok");
+  if (report.is_command) json["answer"] = describe_answer(report);
+  if (report.answer) json["accepted"] = report.answer->is_accepted;
+  if (report.records) json["records"] = records_to_json(*report.records);
+  if (report.values) json["values"] = values_to_json(*report.values);
+  if (report.parameters) json["parameters"] = values_to_json(*report.parameters);
+  if (report.display) json["report"] = display_to_json(*report.display);
+  if (!report.log.empty()) json["log"] = report.log;
+  return json;
+}
+
+// --- expectations ---
+
+struct FindingToJson {
+  Json operator()(std::monostate) const { return nullptr; }
+  Json operator()(const ResultCode &result) const { return code_name(result); }
+  Json operator()(const CheckCode &result) const { return code_name(result); }
+  Json operator()(const std::string &text) const { return text; }
+  Json operator()(const Vlans &vlans) const { return vlan_text(vlans); }
+
+  Json operator()(const std::vector<uint16_t> &types) const {
+    Json json = Json::array();
+    for (const uint16_t type : types) json.push_back(parameter_key(type));
+    return json;
+  }
+
+  Json operator()(const std::vector<ParameterRecord> &records) const {
+    Json json = Json::array();
+    for (const ParameterRecord &record : records) json.push_back(describe_record(record));
+    return json;
+  }
+
+  Json operator()(const TextsByType &texts) const {
+    Json json = Json::object();
+    for (const auto &[type, text] : texts) {
+      json[parameter_key(type)] = text ? Json(*text) : Json();
+    }
+    return json;
+  }
+};
+
+Json expectations_to_json(const std::vector<ExpectationReport> &expectations) {
+  Json json = Json::array();
+  for (const ExpectationReport &expectation : expectations) {
+    json.push_back({{"what", describe_subject(expectation)},
+                    {"expected", std::visit(FindingToJson{}, expectation.expected)},
+                    {"found", std::visit(FindingToJson{}, expectation.found)},
+                    {"met", expectation.is_met}});
+  }
+  return json;
+}
+
+Json what_if_to_json(const WhatIfReport &report) {
+  Json json = head_to_json(report.head);
+  for (std::size_t side = 0; side < report.sides.size(); ++side) {
+    if (!report.sides[side]) continue;
+    const WhatIfSide &tried = *report.sides[side];
+    Json &of_side = json["switches"][switch_names[side]] = switch_to_json(tried.answer);
+    of_side["looked-at"] = tried.checked;
+    of_side["now"] = checks_to_json(tried.now);
+    of_side["then"] = checks_to_json(tried.then);
+  }
+  return json;
+}
+
+Json failure_to_json(const RunFailure &failure) {
+  Json json = {{"problem", failure.problem}};
+  if (failure.step) {
+    json["step"] = failure.step->number;
+    json["line"] = failure.step->line;
+    json["summary"] = failure.step->summary;
+  }
+  return json;
+}
+
+}  // namespace
+
+Json step_to_json(const StepReport &step) {
+  Json json = head_to_json(step.head);
+  if (step.checks) json["checks"] = checks_to_json(*step.checks);
+  if (!step.checks) json["switches"] = Json::object();
+  for (std::size_t side = 0; side < step.switches.size(); ++side) {
+    if (!step.switches[side]) continue;
+    json["switches"][switch_names[side]] = switch_to_json(*step.switches[side]);
+  }
+  if (!step.expectations.empty()) json["expectations"] = expectations_to_json(step.expectations);
+  return json;
+}
+
+Json run_to_json(const RunReport &report, Json steps) {
+  Json json = {{"version", 1},
+               {"scenario", report.path},
+               {"title", report.title},
+               {"about", report.about},
+               {"agree", report.agree ? Json(*report.agree) : Json()},
+               {"steps", std::move(steps)}};
+  if (report.what_if) json["what_if"] = what_if_to_json(*report.what_if);
+  if (report.failure) json["failed"] = failure_to_json(*report.failure);
+  json["met"] = is_as_expected(report);
+  return json;
+}
+
+}  // namespace lab

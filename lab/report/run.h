@@ -1,0 +1,128 @@
+// What a run of a scenario found, step by step.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "report/scope.h"
+
+namespace lab {
+
+// --- what a switch answered ---
+
+struct ParameterRecord {
+  uint32_t type = 0;
+  std::string port;  // empty: the switch
+  bool is_valid = true;
+
+  bool operator==(const ParameterRecord &) const = default;
+};
+
+struct CommandAnswer {
+  bool is_accepted = false;
+  std::string text;  // of a refusal
+};
+
+// A record for display.
+struct DisplayRecord {
+  std::string scope;  // "switch", or a port
+  uint32_t type = 0;
+  std::string component;
+  std::string name;
+  std::string value;
+};
+
+struct SwitchReport {
+  std::optional<uint32_t> result;
+  bool is_command = false;
+  std::optional<CommandAnswer> answer;  // to a command; nothing: it was not answered
+  std::optional<std::vector<ParameterRecord>> records;
+  std::optional<std::vector<Entry>> values;      // handed out by an extraction
+  std::optional<std::vector<Entry>> parameters;  // exported
+  std::optional<std::vector<DisplayRecord>> display;
+  std::vector<std::string> log;
+};
+
+// --- expectations ---
+
+struct ResultCode {
+  uint32_t code;
+  bool operator==(const ResultCode &) const = default;
+};
+
+// The result of a check.
+struct CheckCode {
+  uint32_t code;
+  bool operator==(const CheckCode &) const = default;
+};
+
+// Parameters and texts; nothing: no such parameter was found.
+using TextsByType = std::vector<std::pair<uint16_t, std::optional<std::string>>>;
+
+// What is expected or found; nothing: there is none.
+using Finding = std::variant<std::monostate, ResultCode, CheckCode, std::string, Vlans,
+                             std::vector<uint16_t>, std::vector<ParameterRecord>, TextsByType>;
+
+struct ExpectationReport {
+  std::string key;                  // "verdict", as scenarios spell it
+  std::optional<std::size_t> side;  // nothing: of both
+  std::string subject;              // a port or a channel; empty: the whole step
+  Finding expected;
+  Finding found;
+  bool is_met = false;
+};
+
+// --- steps ---
+
+struct StepHead {
+  std::size_t number = 0;  // from 1
+  int line = 0;
+  std::string action;
+  std::string summary;
+  std::string note;
+  std::array<bool, 2> on = {};
+};
+
+struct StepReport {
+  StepHead head;
+  std::array<std::optional<SwitchReport>, 2> switches;
+  std::optional<std::vector<ScopeReport>> checks;
+  std::vector<ExpectationReport> expectations;
+};
+
+struct WhatIfSide {
+  SwitchReport answer;
+  std::size_t checked = 0;       // scopes
+  std::vector<ScopeReport> now;  // of the scopes that the step would change
+  std::vector<ScopeReport> then;
+};
+
+struct WhatIfReport {
+  StepHead head;
+  std::array<std::optional<WhatIfSide>, 2> sides;
+};
+
+struct RunFailure {
+  std::string problem;
+  std::optional<StepHead> step;  // nothing: before the first
+};
+
+// The steps of a run are handed out one by one.
+struct RunReport {
+  std::string path;
+  std::string title;
+  std::string about;
+  std::optional<bool> agree;  // at the last check
+  std::size_t expected = 0;   // expectations
+  std::size_t met = 0;        // of these
+  std::optional<WhatIfReport> what_if;
+  std::optional<RunFailure> failure;
+};
+
+// Did the run end, with every expectation met?
+inline bool is_as_expected(const RunReport &report) {
+  return !report.failure && report.met == report.expected;
+}
+
+}  // namespace lab

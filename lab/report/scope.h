@@ -1,0 +1,56 @@
+// What a check found in one scope: the switch, a port or a channel.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "pair/protocol.h"
+#include "pair/scopes.h"
+#include "report/fix.h"
+
+namespace lab {
+
+struct ParameterReport {
+  uint16_t type = 0;
+  std::array<std::optional<Bytes>, 2> values;  // of left and right; nothing: not sent
+  std::array<State, 2> states = {};            // as left and right compare them
+  // Of a VLAN map in a comparison: the configuration digest of left and right.
+  std::optional<std::array<std::optional<std::string>, 2>> digests;
+  std::optional<FixReport> fix;
+
+  bool operator==(const ParameterReport &) const = default;
+};
+
+// A port that is not configured like the first port of its channel on the same switch.
+struct InconsistentPort {
+  std::string name;
+  std::vector<uint16_t> types;
+
+  bool operator==(const InconsistentPort &) const = default;
+};
+
+struct ScopeReport {
+  PairScope scope;
+  bool on_pod = false;
+  std::array<uint32_t, 2> codes = {};  // the library's result on left and right
+  std::vector<ParameterReport> parameters;
+  std::array<std::vector<InconsistentPort>, 2> inconsistent;
+  // The twin VLANs by whether they agree, where disabled VLANs were compared.
+  std::optional<Vlans> pass;
+  std::optional<Vlans> fail;
+
+  bool operator==(const ScopeReport &) const = default;
+};
+
+// Does a parameter differ, or does a switch lack it that the other compares?
+bool is_different(const ParameterReport &parameter);
+
+// The side that lacks the channel of a scope; nothing: both have it.
+std::optional<std::size_t> missing_side(const ScopeReport &scope);
+
+bool has_inconsistent_ports(const ScopeReport &scope);
+
+}  // namespace lab

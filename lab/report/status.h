@@ -1,0 +1,19 @@
+// What is known of a watched pair now.
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "report/pair.h"
+
+namespace lab {
+
+struct PairStatus {
+  std::array<std::string, 2> sources;
+  std::optional<bool> agree;                       // nothing: not known
+  std::shared_ptr<const PairReport> comparison;    // the last
+  std::array<bool, 2> connected = {};              // each source
+  std::chrono::system_clock::time_point compared;  // when `agree` was last confirmed; 0: never
+};
+
+}  // namespace lab
