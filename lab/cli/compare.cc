@@ -46,15 +46,17 @@ void write_patches(const Sides &sides, const PairReport &report,
 
 // Read both sides, and print the errors of both.
 bool read_sides(const CompareArguments &arguments, Sides &sides) {
-  Json errors = Json::array();
+  std::vector<SourceErrors> errors;
   for (std::size_t i = 0; i < sides.size(); ++i) {
     ReadSide read =
         read_side(i == 0 ? arguments.left : arguments.right, i, parse_format(arguments.format));
     print_errors(read.side.source, read.errors);
-    for (Json &error : errors_to_json(read.side.source, read.errors)) errors.push_back(error);
+    if (!read.errors.empty()) errors.push_back({read.side.source, std::move(read.errors)});
     sides[i] = std::move(read.side);
   }
-  if (arguments.json && !errors.empty()) fmt::print("{}\n", error_document(errors).dump(2));
+  if (arguments.json && !errors.empty()) {
+    fmt::print("{}", format_errors(errors, JsonForm::indented));
+  }
   return errors.empty();
 }
 
@@ -94,7 +96,7 @@ Status execute(const CompareArguments &arguments) {
   if (has_patch) write_patches(sides, report, arguments.patch);
   if (!arguments.html.empty()) write_file(arguments.html, write_page(report));
   if (arguments.json) {
-    fmt::print("{}\n", comparison_to_json(report).dump(2));
+    fmt::print("{}", format_comparison(report));
   } else if (arguments.html != "-" && arguments.patch.second != "-") {
     print_comparison(
         report, {.layout = standard_layout(arguments.no_color), .only_different = !arguments.all});

@@ -9,6 +9,7 @@
 
 #include "cli/commands.h"
 #include "output/error_json.h"
+#include "output/pair_json.h"
 #include "output/pairs_text.h"
 #include "report/verdict.h"
 #include "sonic/source.h"
@@ -72,7 +73,7 @@ Status compare_pairs(const CompareArguments &arguments) {
   print_errors(source, errors);
   Status status = errors.empty() ? agreed : wrong;
   if (!errors.empty() && arguments.json) {
-    fmt::print("{}\n", error_document(errors_to_json(source, errors)).dump());
+    fmt::print("{}", format_errors({{source, errors}}, JsonForm::line));
   }
   if (pairs.empty()) return wrong;
   const Layout layout = standard_layout(arguments.no_color);
@@ -81,8 +82,7 @@ Status compare_pairs(const CompareArguments &arguments) {
     status = std::max(status, status_of(result));
     count_result(result, counts);
     if (arguments.json) {
-      fmt::print("{}\n",
-                 pair_result_to_json(result).dump(-1, ' ', false, Json::error_handler_t::replace));
+      fmt::print("{}", format_pair_result(result));
       std::fflush(stdout);
     } else {
       print_pair_result(result, layout);

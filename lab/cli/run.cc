@@ -38,9 +38,7 @@ struct Progress {
 Status print_scenario_errors(const std::string &path, const InputErrors &errors, bool json) {
   print_errors(path, errors);
   if (json) {
-    fmt::print("{}\n",
-               Json({{"version", 1}, {"scenario", path}, {"errors", errors_to_json(path, errors)}})
-                   .dump(2));
+    fmt::print("{}", format_scenario_errors(path, errors));
   }
   return wrong;
 }
@@ -64,14 +62,14 @@ Status run_file(const std::string &file, const RunArguments &arguments) {
                     .only_different = arguments.only_different};
   if (!arguments.json) print_title(scenario.path, scenario.title, scenario.about, style);
   Progress progress;
-  Json steps = Json::array();
+  const auto steps = make_step_list();
   const RunReport report =
       run(scenario, {.log = arguments.log,
                      .on_step =
                          [&](const StepReport &step) {
                            progress.clear();
                            if (arguments.json) {
-                             steps.push_back(step_to_json(step));
+                             add_step(step, *steps);
                            } else {
                              print_step(step, style);
                            }
@@ -79,7 +77,7 @@ Status run_file(const std::string &file, const RunArguments &arguments) {
                      .on_work = [&](auto done, auto all) { progress.print(done, all); }});
   progress.clear();
   if (arguments.json) {
-    fmt::print("{}\n", run_to_json(report, std::move(steps)).dump(2));
+    fmt::print("{}", format_run(report, *steps));
   } else if (!report.failure) {
     print_end(report, style);
   }
@@ -97,7 +95,7 @@ std::string list_changing_steps(const Scenario &scenario) {
   for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
     if (changes_settings(scenario.steps[i])) numbers.push_back(std::to_string(i + 1));
   }
-  return numbers.empty() ? "a scenario that has one" : "one of " + listed(numbers, ", ");
+  return numbers.empty() ? "a scenario that has one" : "one of " + join(numbers);
 }
 
 }  // namespace
@@ -126,7 +124,7 @@ Status execute(const WhatIfArguments &arguments) {
   }
   const Style style{.layout = standard_layout(arguments.no_color)};
   Progress progress;
-  Json steps = Json::array();
+  const auto steps = make_step_list();
   std::vector<StepReport> reports;
   const RunReport report =
       what_if(scenario, arguments.step - 1,
@@ -135,8 +133,8 @@ Status execute(const WhatIfArguments &arguments) {
                .on_work = [&](auto done, auto all) { progress.print(done, all); }});
   progress.clear();
   if (arguments.json) {
-    for (const StepReport &step : reports) steps.push_back(step_to_json(step));
-    fmt::print("{}\n", run_to_json(report, std::move(steps)).dump(2));
+    for (const StepReport &step : reports) add_step(step, *steps);
+    fmt::print("{}", format_run(report, *steps));
   } else if (!report.failure) {
     for (const StepReport &step : reports) print_unmet_step(step, style);
     print_what_if(*report.what_if, style);

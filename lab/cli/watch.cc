@@ -18,7 +18,7 @@ Clock::duration seconds(double count) {
 }
 
 bool read_sources(const WatchArguments &arguments, std::array<Source, 2> &sources) {
-  Json errors = Json::array();
+  std::vector<SourceErrors> errors;
   for (std::size_t i = 0; i < sources.size(); ++i) {
     const std::string &text = i == 0 ? arguments.left : arguments.right;
     ParsedSource parsed = parse_source(text, i);
@@ -26,12 +26,12 @@ bool read_sources(const WatchArguments &arguments, std::array<Source, 2> &source
       parsed.errors.push_back({0, 0, "", "can be read once only", "a database, or a file"});
     }
     print_errors(parsed.source.shown, parsed.errors);
-    for (Json &error : errors_to_json(parsed.source.shown, parsed.errors)) {
-      errors.push_back(std::move(error));
-    }
+    if (!parsed.errors.empty()) errors.push_back({parsed.source.shown, parsed.errors});
     sources[i] = std::move(parsed.source);
   }
-  if (arguments.json && !errors.empty()) fmt::print("{}\n", error_document(errors).dump());
+  if (arguments.json && !errors.empty()) {
+    fmt::print("{}", format_errors(errors, JsonForm::line));
+  }
   return errors.empty();
 }
 
@@ -39,8 +39,7 @@ bool read_sources(const WatchArguments &arguments, std::array<Source, 2> &source
 bool print_event(const Event &event, bool is_fatal, bool json) {
   if (is_fatal) std::cerr << describe_event(event);
   if (!json) return is_fatal || write_out(describe_event(event));
-  return write_out(event_to_json(event).dump(-1, ' ', false, Json::error_handler_t::replace) +
-                   "\n");
+  return write_out(format_event(event));
 }
 
 }  // namespace

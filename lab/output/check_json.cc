@@ -1,5 +1,7 @@
 #include "output/check_json.h"
 
+#include <nlohmann/json.hpp>
+
 #include "output/words.h"
 #include "switch/names.h"
 #include "switch/values.h"

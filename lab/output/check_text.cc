@@ -32,7 +32,7 @@ void print_inconsistent_ports(const ScopeReport &scope, const Style &style) {
       for (const uint16_t type : port.types) keys.push_back(parameter_key(type));
       const std::string text =
           fmt::format("INCONSISTENT on the {}: port {} is not set like {}: {}", switch_names[side],
-                      port.name, end.present ? end.port_name : "the first", listed(keys, ", "));
+                      port.name, end.present ? end.port_name : "the first", join(keys));
       put_wrapped(coloured(text, Colour::red, style.layout), style.layout, indent);
     }
   }
@@ -151,7 +151,7 @@ void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
   const std::string text =
       fmt::format("looked at {} scope{}; {} differ{}{}{}", summary.scopes,
                   summary.scopes == 1 ? "" : "s", count == 0 ? "none" : std::to_string(count),
-                  count <= 1 ? "s" : "", causes.empty() ? "" : ": ", listed(causes, ", "));
+                  count <= 1 ? "s" : "", causes.empty() ? "" : ": ", join(causes));
   put_wrapped(coloured(text, count == 0 ? Colour::green : Colour::red, style.layout), style.layout,
               indent);
 }
@@ -168,8 +168,7 @@ const ParameterReport *find_parameter_report(const ScopeReport &scope, uint16_t 
 void print_keys(const char *what, const std::vector<std::string> &keys, Colour colour,
                 const Style &style) {
   if (keys.empty()) return;
-  put_wrapped(coloured(what + list_first(keys, keys.size(), " "), colour, style.layout),
-              style.layout, indent);
+  put_wrapped(coloured(what + join(keys, " "), colour, style.layout), style.layout, indent);
 }
 
 }  // namespace

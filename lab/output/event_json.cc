@@ -1,5 +1,6 @@
 #include "output/event_json.h"
 
+#include <nlohmann/json.hpp>
 #include <ctime>
 
 #include "output/check_json.h"
@@ -81,7 +82,7 @@ std::string format_time(std::chrono::system_clock::time_point time) {
   return std::string(date) + "." + fraction + std::string(offset, 3) + ":" + (offset + 3);
 }
 
-Json event_to_json(const Event &event) {
+std::string format_event(const Event &event) {
   Json json = {{"event", event_names[std::size_t(event.kind)]},
                {"time", format_time(event.time)},
                {"agree", agree_to_json(event.agree)}};
@@ -101,14 +102,14 @@ Json event_to_json(const Event &event) {
     case Event::Kind::error:
       json["side"] = switch_names[event.side];
       json["rows"] = rows_to_json(event.rows);
-      json["errors"] = errors_to_json(event.source, event.errors);
+      json["errors"] = errors_to_json({{event.source, event.errors}});
       break;
     case Event::Kind::changed:
       json["rows"] = rows_to_json(event.rows);
       add_effect(event, json);
       break;
   }
-  return json;
+  return format_json(json, JsonForm::line);
 }
 
 }  // namespace lab

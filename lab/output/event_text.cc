@@ -75,13 +75,11 @@ std::string describe_field(const std::optional<Row> &row, const std::string &nam
   if (const auto *value = std::get_if<std::string>(&found->second)) {
     text = printable(*value);
   } else {
-    text = printable(listed(std::get<std::vector<std::string>>(found->second), ","));
+    text = printable(join(std::get<std::vector<std::string>>(found->second), ","));
   }
   if (text.empty()) return "''";
   if (text.size() <= longest_value) return text;
-  std::size_t end = longest_value;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return text.substr(0, end) + "...";
+  return std::string(whole_characters(text, longest_value)) + "...";
 }
 
 std::vector<std::string> find_changed_fields(const RowChange &change) {

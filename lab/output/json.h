@@ -1,7 +1,8 @@
-// JSON documents keep the order in which their fields are told.
+// JSON documents keep the order in which their fields are written. Only the sources that make them
+// include the whole library.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 namespace lab {
 

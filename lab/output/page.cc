@@ -195,7 +195,7 @@ std::string write_inconsistent_ports(const ScopeReport &scope) {
           "<tr class=\"bad\"><td colspan=\"4\"><span aria-hidden=\"true\">≠</span> Inconsistent on "
           "the {}: port {} is not set like {}: {}</td></tr>\n",
           switch_names[side], isolated(port.name), isolated(scope.scope.ends[side].port_name),
-          escaped(listed(keys, ", ")));
+          escaped(join(keys)));
     }
   }
   return rows;

@@ -40,11 +40,8 @@ std::string count_of(std::size_t count, const char *what) {
 
 std::string folded(const std::string &text) {
   if (text.size() <= longest_value) return isolated(text);
-  std::size_t end = 0;
-  while (end < shown_of_longer) {
-    end += std::max<std::size_t>(1, character_bytes(std::string_view(text).substr(end)));
-  }
-  return fmt::format("<details><summary>{}…</summary>{}</details>", isolated(text.substr(0, end)),
+  const std::string beginning(whole_characters(text, shown_of_longer));
+  return fmt::format("<details><summary>{}…</summary>{}</details>", isolated(beginning),
                      isolated(text));
 }
 

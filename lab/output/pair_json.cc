@@ -1,6 +1,9 @@
 #include "output/pair_json.h"
 
+#include <nlohmann/json.hpp>
+
 #include "output/check_json.h"
+#include "output/error_json.h"
 #include "output/pair_text.h"
 #include "report/verdict.h"
 #include "switch/names.h"
@@ -21,6 +24,20 @@ Json comparison_to_json(const PairReport &report) {
   if (std::string off = describe_spanning_tree_off(report); !off.empty()) notes.push_back(off);
   for (const std::string &note : report.notes) notes.push_back(note);
   return json;
+}
+
+std::string format_comparison(const PairReport &report) {
+  return format_json(comparison_to_json(report), JsonForm::indented);
+}
+
+std::string format_pair_result(const PairResult &result) {
+  Json json = {{"pair", result.name}, {"version", 1}};
+  if (result.errors.empty()) {
+    json.update(comparison_to_json(result.report));
+  } else {
+    json["errors"] = errors_to_json(result.errors);
+  }
+  return format_json(json, JsonForm::line);
 }
 
 }  // namespace lab

@@ -2,10 +2,14 @@
 #pragma once
 
 #include "output/json.h"
-#include "report/pair.h"
+#include "report/pairs.h"
 
 namespace lab {
 
 Json comparison_to_json(const PairReport &report);
+std::string format_comparison(const PairReport &report);
+
+// The document of one of many pairs, on one line.
+std::string format_pair_result(const PairResult &result);
 
 }  // namespace lab

@@ -2,8 +2,6 @@
 
 #include <fmt/core.h>
 
-#include "output/error_json.h"
-#include "output/pair_json.h"
 #include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
@@ -32,7 +30,7 @@ std::string describe_differences(const PairReport &report) {
       causes.emplace_back("not checked");
     }
   }
-  return listed(causes, ", ");
+  return join(causes);
 }
 
 std::string describe_failure(const PairResult &result) {
@@ -55,21 +53,6 @@ Cell verdict_cell(const PairResult &result) {
 }
 
 }  // namespace
-
-Json pair_result_to_json(const PairResult &result) {
-  Json json = {{"pair", result.name}, {"version", 1}};
-  if (result.errors.empty()) {
-    json.update(comparison_to_json(result.report));
-    return json;
-  }
-  Json &errors = json["errors"] = Json::array();
-  for (const SourceErrors &source : result.errors) {
-    for (Json &error : errors_to_json(source.source, source.errors)) {
-      errors.push_back(std::move(error));
-    }
-  }
-  return json;
-}
 
 void count_result(const PairResult &result, PairCounts &counts) {
   if (!result.errors.empty()) {

@@ -1,13 +1,10 @@
 // Comparisons of many pairs: a line or a document for each, and a summary.
 #pragma once
 
-#include "output/json.h"
 #include "output/layout.h"
 #include "report/pairs.h"
 
 namespace lab {
-
-Json pair_result_to_json(const PairResult &result);
 
 // What the comparisons came to.
 struct PairCounts {

@@ -1,6 +1,9 @@
 #include "output/run_json.h"
 
+#include <nlohmann/json.hpp>
+
 #include "output/check_json.h"
+#include "output/error_json.h"
 #include "output/run_words.h"
 #include "switch/names.h"
 #include "switch/values.h"
@@ -134,8 +137,6 @@ Json failure_to_json(const RunFailure &failure) {
   return json;
 }
 
-}  // namespace
-
 Json step_to_json(const StepReport &step) {
   Json json = head_to_json(step.head);
   if (step.checks) json["checks"] = checks_to_json(*step.checks);
@@ -148,7 +149,17 @@ Json step_to_json(const StepReport &step) {
   return json;
 }
 
-Json run_to_json(const RunReport &report, Json steps) {
+}  // namespace
+
+std::shared_ptr<Json> make_step_list() {
+  return std::make_shared<Json>(Json::array());
+}
+
+void add_step(const StepReport &step, Json &steps) {
+  steps.push_back(step_to_json(step));
+}
+
+std::string format_run(const RunReport &report, Json &steps) {
   Json json = {{"version", 1},
                {"scenario", report.path},
                {"title", report.title},
@@ -158,7 +169,7 @@ Json run_to_json(const RunReport &report, Json steps) {
   if (report.what_if) json["what_if"] = what_if_to_json(*report.what_if);
   if (report.failure) json["failed"] = failure_to_json(*report.failure);
   json["met"] = is_as_expected(report);
-  return json;
+  return format_json(json, JsonForm::indented);
 }
 
 }  // namespace lab

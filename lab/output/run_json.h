@@ -1,14 +1,19 @@
 // A run, as the JSON document that docs/lab.md describes.
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "output/json.h"
 #include "report/run.h"
 
 namespace lab {
 
-Json step_to_json(const StepReport &step);
+// The steps of a document in the making.
+std::shared_ptr<Json> make_step_list();
+void add_step(const StepReport &step, Json &steps);
 
-// `steps`: the list of the steps so far.
-Json run_to_json(const RunReport &report, Json steps);
+// The document; the steps are moved into it.
+std::string format_run(const RunReport &report, Json &steps);
 
 }  // namespace lab

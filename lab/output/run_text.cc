@@ -22,7 +22,7 @@ std::string describe_entries(const std::vector<Entry> &entries) {
   for (const Entry &entry : entries) {
     texts.push_back(parameter_key(entry.type) + " = " + display(entry.type, entry.value));
   }
-  return listed(texts, ", ");
+  return join(texts);
 }
 
 // The ports of records that follow one another.
@@ -38,7 +38,7 @@ std::string describe_record_ports(const std::vector<ParameterRecord> &records) {
       fmt::format(" on {} member port{}: ", ports.size(), ports.size() > 1 ? "s" : "");
   const bool has_more = ports.size() > most;
   ports.resize(std::min(ports.size(), most));
-  return text + listed(ports, ", ") + (has_more ? ", ..." : "");
+  return text + join(ports) + (has_more ? ", ..." : "");
 }
 
 Cell answer_cell(const SwitchReport &report) {

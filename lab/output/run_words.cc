@@ -16,13 +16,13 @@ struct FindingToText {
   std::string operator()(const std::vector<uint16_t> &types) const {
     std::vector<std::string> keys;
     for (const uint16_t type : types) keys.push_back(parameter_key(type));
-    return listed(keys, ", ");
+    return join(keys);
   }
 
   std::string operator()(const std::vector<ParameterRecord> &records) const {
     std::vector<std::string> texts;
     for (const ParameterRecord &record : records) texts.push_back(describe_record(record));
-    return listed(texts, ", ");
+    return join(texts);
   }
 
   std::string operator()(const TextsByType &texts) const {
@@ -31,7 +31,7 @@ struct FindingToText {
       items.push_back(parameter_key(type) + ": " +
                       (text && !text->empty() ? *text : std::string("nothing")));
     }
-    return listed(items, ", ");
+    return join(items);
   }
 };
 

@@ -120,7 +120,7 @@ void read_expected_types(StepReader &reader, const YAML::Node &node, const Expec
 
 void read_expected_vlans(StepReader &reader, const YAML::Node &node, const ExpectationKind &kind,
                          std::vector<Expected> &all) {
-  add_expected(all, kind, reader.vlans(node, "twin VLANs"));
+  add_expected(all, kind, read_vlan_list(reader, node, "twin VLANs"));
 }
 
 // {0x1000: agree}
