@@ -7,6 +7,7 @@
 #include "output/page.h"
 #include "output/pair_json.h"
 #include "output/pair_text.h"
+#include "output/patch_json.h"
 #include "report/verdict.h"
 #include "switch/names.h"
 #include "switch/state_writer.h"
@@ -33,14 +34,11 @@ void write_patches(const Sides &sides, const PairReport &report,
   const auto &[which, path] = patch;
   const std::array<bool, 2> changes = {which != "right", which != "left"};
   const std::array<Patch, 2> patches = collect_patches(sides, report, changes);
-  if (which == "both" && path == "-") {
-    fmt::print("{}\n", Json({{"left", patches[0]}, {"right", patches[1]}}).dump(2));
-    return;
-  }
+  if (which == "both" && path == "-") return write_file("-", format_patches(patches));
   for (std::size_t i = 0; i < patches.size(); ++i) {
     if (!changes[i]) continue;
     write_file(which == "both" ? insert_side(path, switch_names[i]) : path,
-               patches[i].dump(2) + "\n");
+               format_patch(patches[i]));
   }
 }
 

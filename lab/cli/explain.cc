@@ -22,7 +22,7 @@ Status execute(const ExplainArguments &arguments) {
 
 Status execute(const ListArguments &arguments) {
   if (arguments.json) {
-    fmt::print("{}\n", list_json().dump(2));
+    fmt::print("{}", format_list());
   } else {
     list(arguments.what, standard_layout(arguments.no_color));
   }

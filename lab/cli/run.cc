@@ -8,6 +8,7 @@
 #include "output/run_json.h"
 #include "output/run_text.h"
 #include "tasks/run.h"
+#include "tasks/side.h"
 #include "text/signals.h"
 
 namespace lab {
@@ -52,7 +53,7 @@ void print_failure(const RunReport &report) {
 }
 
 Status run_file(const std::string &file, const RunArguments &arguments) {
-  const ReadScenario read = read_scenario(file);
+  const ReadScenario read = read_scenario(file, settings_from);
   const Scenario &scenario = read.scenario;
   if (!read.errors.empty()) {
     return print_scenario_errors(scenario.path, read.errors, arguments.json);
@@ -110,7 +111,7 @@ Status execute(const RunArguments &arguments) {
 }
 
 Status execute(const WhatIfArguments &arguments) {
-  const ReadScenario read = read_scenario(arguments.file);
+  const ReadScenario read = read_scenario(arguments.file, settings_from);
   const Scenario &scenario = read.scenario;
   if (!read.errors.empty()) {
     return print_scenario_errors(scenario.path, read.errors, arguments.json);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "draimiofaf/types.h"
 
@@ -70,11 +71,52 @@ constexpr Advice advice[] = {
      "Set both halves alike: the command if-mst-simulate-pvst. Dumps say nothing of it."},
 };
 
+// Sorted by type, with a row for each.
+#define LAB_TYPE(name, type, ...) type,
+constexpr uint16_t types[] = {STP_MCEC_TYPE1_PARAMETERS(LAB_TYPE)};
+#undef LAB_TYPE
+static_assert(std::equal(std::begin(advice), std::end(advice), std::begin(types), std::end(types),
+                         [](const Advice &row, uint16_t type) { return row.type == type; }));
+
+struct FieldMeaning {
+  std::string_view table;
+  std::string_view field;  // empty: the row, and every field that has no meaning of its own
+  const char *meaning;
+};
+
+constexpr FieldMeaning field_meanings[] = {
+    {"DEVICE_METADATA", "mac", "The switch's address; without a name, the region is called by it."},
+    {"DEVICE_METADATA", "hostname", "The switch's name."},
+    {"VLAN", "", "The VLAN exists."},
+    {"VLAN_MEMBER", "",
+     "The interface carries the VLAN. A VLAN that a multi-chassis channel carries on both switches "
+     "is "
+     "a twin: spanning tree must run on it on both, or on neither."},
+    {"STP_PORT", "enabled", "Spanning tree runs on the interface; a difference is noted."},
+    {"MCLAG_DOMAIN", "peer_link", "The peer link: without one, a multi-chassis channel is noted."},
+    {"MCLAG_DOMAIN", "", "Names the peers of the domain; a difference is noted."},
+    {"MCLAG_INTERFACE", "",
+     "The channel is multi-chassis, and the channel of the same name on the peer is its other "
+     "half. "
+     "Where one switch lacks the row, add it there, or remove it from the other."},
+    {"", "", "A timer; a difference is noted."},
+};
+
 }  // namespace
 
 const Advice &advice_on(uint16_t type) {
   return *std::find_if(std::begin(advice), std::end(advice),
                        [=](const Advice &row) { return row.type == type; });
+}
+
+const char *field_meaning(const Field &field) {
+  return std::find_if(
+             std::begin(field_meanings), std::end(field_meanings),
+             [&](const FieldMeaning &row) {
+               return row.table.empty() ||
+                      (row.table == field.table && (row.field.empty() || row.field == field.name));
+             })
+      ->meaning;
 }
 
 }  // namespace lab

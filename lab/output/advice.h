@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "sonic/fields.h"
+
 namespace lab {
 
 struct Advice {
@@ -11,7 +13,9 @@ struct Advice {
   const char *fix;
 };
 
-// Every parameter has its row.
 const Advice &advice_on(uint16_t type);
+
+// What a field means that gives no parameter.
+const char *field_meaning(const Field &field);
 
 }  // namespace lab

@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "output/fix.h"
+#include "output/patch_json.h"
 #include "output/words.h"
 #include "switch/names.h"
 #include "switch/values.h"
@@ -16,12 +18,12 @@ Json text_or_null(const std::optional<std::string> &text) {
 Json fix_to_json(const FixReport &fix) {
   Json json = Json::object();
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    if (fix.alone[side]) json[switch_names[side]] = *fix.alone[side];
+    if (fix.alone[side]) json[switch_names[side]] = patch_to_json(*fix.alone[side]);
   }
   for (std::size_t side = 0; fix.both && side < switch_names.size(); ++side) {
-    json["both"][switch_names[side]] = (*fix.both)[side];
+    json["both"][switch_names[side]] = patch_to_json((*fix.both)[side]);
   }
-  if (!fix.fix.text.empty()) json["text"] = fix.fix.text;
+  json["text"] = describe_fix(fix.fix);
   return json;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "output/fix.h"
 #include "output/words.h"
 #include "report/summary.h"
 #include "report/verdict.h"
@@ -120,8 +121,8 @@ void print_twins(const ScopeReport &scope, const Style &style) {
 
 void print_fixes(const ScopeReport &scope, const Style &style) {
   for (const ParameterReport &parameter : scope.parameters) {
-    if (!parameter.fix || parameter.fix->fix.text.empty()) continue;
-    put_wrapped(parameter.fix->fix.text, style.layout, indent + 5, "    fix: ");
+    if (!parameter.fix) continue;
+    put_wrapped(describe_fix(parameter.fix->fix), style.layout, indent + 5, "    fix: ");
   }
 }
 

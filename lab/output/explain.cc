@@ -3,102 +3,62 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
+#include <set>
 
-#include "draimiofaf/extract.h"
 #include "draimiofaf/foundation.h"
 #include "output/advice.h"
-#include "pair/pair.h"
+#include "output/check_json.h"
+#include "output/error_json.h"
+#include "sonic/fields.h"
 #include "switch/digest.h"
 #include "switch/values.h"
 
 namespace lab {
 namespace {
 
-constexpr uint32_t sample_port = 0x1000;
-constexpr uint32_t sample_channel = 10;
+// --- the tables ---
 
-// --- what the library says of its parameters ---
-
-std::string scope_text(const ParameterName &parameter) {
+const char *scope_of(const Parameter &parameter) {
   return parameter.is_global ? "switch" : "interface";
 }
 
-std::string default_text(const ParameterName &parameter) {
+std::string describe_default(const Parameter &parameter) {
   return display(parameter.type, default_value(parameter));
 }
 
-// --- what the library makes of its commands ---
-
-// A switch with a trunk, a member port and every parameter of the switch cached, on which commands
-// are tried.
-Settings sample_switch() {
-  Settings settings;
-  const std::string channel = "channel " + std::to_string(sample_channel);
-  channel_named(settings, channel).id = sample_channel;
-  port_at(settings, sample_port).channel = sample_channel;
-  for (const ParameterName &parameter : parameters()) {
-    if (!parameter.is_global) continue;
-    settings.parameters.push_back({parameter.type, default_value(parameter)});
+std::vector<std::string> keys_set_by(const CommandInfo &command) {
+  std::vector<std::string> keys;
+  for (const Parameter &parameter : parameters()) {
+    if (sets(command, parameter)) keys.push_back(parameter.key);
   }
-  return settings;
+  return keys;
 }
 
-Bytes host_words(std::initializer_list<uint32_t> words) {
-  Bytes bytes(words.size() * sizeof(uint32_t));
-  std::copy(words.begin(), words.end(), reinterpret_cast<uint32_t *>(bytes.data()));
-  return bytes;
-}
-
-// "stp-mode = Rapid-PVST": what one form of a command, with no more than it needs, sets on a switch
-// that nothing else was done to.
-std::vector<std::string> effect_of(Pair &pair, const CommandName &command, bool positive) {
-  constexpr std::size_t trial = 0;
-  ask(pair, trial, Delete{});
-  ask(pair, trial, Delete{{false, sample_port}});
-  ask(pair, trial, SetUp{sample_switch()});
-  const Extracted extracted =
-      ask(pair, trial,
-          Command{command.id,
-                  positive,
-                  {{STP_MCEC_ATTR_VLAN_LIST, host_words({0, 1, 10, 20})},
-                   {STP_MCEC_ATTR_IFINDEX, host_words({0, 1, 0, 0, sample_port, sample_port})}}});
-  std::vector<std::string> effects;
-  for (const Entry &value : extracted.values) {
-    // The reset hands out a shorter VLAN map than it caches; it is shown as the default it stands
-    // for.
-    effects.push_back(parameter_key(value.type) + " = " + display(value.type, value.value));
-  }
-  return effects;
-}
-
-Json commands_json() {
-  Pair pair;
+Json commands_to_json() {
   Json list = Json::array();
-  for (const CommandName &command : commands()) {
+  for (const CommandInfo &command : commands()) {
     list.push_back({{"command", command.key},
                     {"id", command.id},
                     {"name", command.enumerator},
                     {"extractor", command.extractor},
                     {"gated", command.is_gated},
-                    {"set", effect_of(pair, command, true)},
-                    {"no", effect_of(pair, command, false)}});
+                    {"sets", keys_set_by(command)}});
   }
   return list;
 }
 
-Json parameters_json() {
+Json parameters_to_json() {
   Json list = Json::array();
-  for (const ParameterName &parameter : parameters()) {
+  for (const Parameter &parameter : parameters()) {
     list.push_back({{"parameter", parameter.key},
                     {"type", parameter.type},
                     {"name", parameter.enumerator},
                     {"display", stp_mcec_type1_cfg_type_to_str(parameter.type)},
-                    {"scope", scope_text(parameter)},
+                    {"scope", scope_of(parameter)},
                     {"length", parameter.length},
-                    {"default", default_text(parameter)},
-                    {"mismatch",
-                     {{"name", result_name(parameter.mismatch)},
-                      {"code", stp_mcec_get_type1_cfg_compat_chk_errcode(parameter.type)}}}});
+                    {"default", describe_default(parameter)},
+                    {"mismatch", code_to_json(parameter.mismatch, "")}});
   }
   return list;
 }
@@ -140,104 +100,130 @@ constexpr Explanation explanations[] = {
      "The membership of the ports that the command names."},
 };
 
-void say(const char *heading, const std::string &text, const Layout &layout) {
+void print_item(const char *heading, const std::string &text, const Layout &layout) {
   put_wrapped(text, layout, 12, heading);
 }
 
-void say_code(uint32_t code, const Layout &layout) {
-  say("result", fmt::format("{} (0x{:08X})", code == 0 ? "success" : result_name(code), code),
-      layout);
+void print_code(uint32_t code, const Layout &layout) {
+  print_item("result",
+             fmt::format("{} (0x{:08X})", code == 0 ? "success" : result_name(code), code), layout);
 }
 
-void explain_parameter(const ParameterName &parameter, const Layout &layout) {
-  say("parameter",
-      fmt::format("{} (type {}, {})", parameter.key, parameter.type, parameter.enumerator), layout);
-  say("called",
-      fmt::format("\"{}\", in reports \"{}\"", stp_mcec_type1_cfg_type_to_str(parameter.type),
-                  title(parameter)),
-      layout);
-  say("scope", scope_text(parameter), layout);
-  say("length", std::to_string(parameter.length) + " bytes", layout);
-  say("default", default_text(parameter), layout);
-  say("values", value_help(parameter), layout);
+// "STP_PORT|PortChannelN portfast, in Rapid-PVST".
+std::string describe_field_place(const Field &field) {
+  const char *mode = field.mode == STP_MCEC_STP_MODE_MST          ? ", in MST"
+                     : field.mode == STP_MCEC_STP_MODE_RAPID_PVST ? ", in Rapid-PVST"
+                                                                  : "";
+  return std::string(field.table) + '|' + field.key + (field.name[0] != '\0' ? " " : "") +
+         field.name + mode;
+}
+
+void explain_parameter(const Parameter &parameter, const Layout &layout) {
+  print_item("parameter",
+             fmt::format("{} (type {}, {})", parameter.key, parameter.type, parameter.enumerator),
+             layout);
+  print_item("called",
+             fmt::format("\"{}\", in reports \"{}\"",
+                         stp_mcec_type1_cfg_type_to_str(parameter.type), title(parameter)),
+             layout);
+  print_item("scope", scope_of(parameter), layout);
+  print_item("length", std::to_string(parameter.length) + " bytes", layout);
+  print_item("default", describe_default(parameter), layout);
+  print_item("values", value_help(parameter), layout);
   if (parameter.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
-    say("digest",
+    print_item(
+        "digest",
         fmt::format("Bridges do not show the map itself, but its IEEE 802.1Q configuration digest; "
                     "that of the default is {}.",
                     region_digest(default_value(parameter))),
         layout);
   }
-  say("mismatch", fmt::format("{} (0x{:08X})", result_name(parameter.mismatch), parameter.mismatch),
-      layout);
-  say("goes wrong", advice_on(parameter.type).harm, layout);
-  say("fix", advice_on(parameter.type).fix, layout);
-  Pair pair;
-  for (const CommandName &command : commands()) {
-    for (const bool positive : {true, false}) {
-      for (const std::string &text : effect_of(pair, command, positive)) {
-        if (!text.starts_with(parameter.key + " = ")) continue;
-        say("set by", (positive ? "" : "no ") + command.key + ", for instance " + text, layout);
-      }
-    }
+  print_item("mismatch",
+             fmt::format("{} (0x{:08X})", result_name(parameter.mismatch), parameter.mismatch),
+             layout);
+  print_item("goes wrong", advice_on(parameter.type).harm, layout);
+  print_item("fix", advice_on(parameter.type).fix, layout);
+  for (const Field &field : fields()) {
+    if (field.type == parameter.type) print_item("field", describe_field_place(field), layout);
+  }
+  for (const CommandInfo &command : commands()) {
+    if (sets(command, parameter)) print_item("set by", command.key, layout);
   }
 }
 
-void explain_command(const CommandName &command, const Layout &layout) {
-  say("command", fmt::format("{} (identifier {}, {})", command.key, command.id, command.enumerator),
-      layout);
-  say("extractor", command.extractor, layout);
-  say("asked",
-      command.is_gated ? "only while a multi-chassis trunk exists"
-                       : "always; port by port, whether it is a member",
-      layout);
-  Pair pair;
-  say("set form", join(effect_of(pair, command, true)), layout);
-  say("no form", join(effect_of(pair, command, false)), layout);
+void explain_command(const CommandInfo &command, const Layout &layout) {
+  print_item("command",
+             fmt::format("{} (identifier {}, {})", command.key, command.id, command.enumerator),
+             layout);
+  print_item("extractor", command.extractor, layout);
+  print_item("asked",
+             command.is_gated ? "only while a multi-chassis trunk exists"
+                              : "always; port by port, whether it is a member",
+             layout);
+  print_item("sets", join(keys_set_by(command)), layout);
 }
 
 void explain_code(uint32_t code, const Layout &layout) {
-  say_code(code, layout);
-  for (const ParameterName &parameter : parameters()) {
+  print_code(code, layout);
+  for (const Parameter &parameter : parameters()) {
     if (parameter.mismatch != code) continue;
-    say("means",
-        fmt::format("The parameter \"{}\" is the first that differs between the peers.",
-                    stp_mcec_type1_cfg_type_to_str(parameter.type)),
-        layout);
-    say("from", "the checks", layout);
-    say("look at", "Its value on both switches: a check in the lab shows them side by side.",
-        layout);
+    print_item("means",
+               fmt::format("The parameter \"{}\" is the first that differs between the peers.",
+                           stp_mcec_type1_cfg_type_to_str(parameter.type)),
+               layout);
+    print_item("from", "the checks", layout);
+    print_item("look at", "Its value on both switches: a check in the lab shows them side by side.",
+               layout);
     put_line("");
     explain_parameter(parameter, layout);
     return;
   }
   for (const Explanation &explanation : explanations) {
     if (explanation.code != code) continue;
-    say("means", explanation.meaning, layout);
-    say("from", explanation.who, layout);
-    say("look at", explanation.look, layout);
+    print_item("means", explanation.meaning, layout);
+    print_item("from", explanation.who, layout);
+    print_item("look at", explanation.look, layout);
     return;
   }
-  say("means", "No code of this library: it passes on those of the platform's TLV library.",
-      layout);
-  say("from", "whatever reads or writes an array", layout);
-  say("look at", "The line before it in the event history, and the array.", layout);
+  print_item("means", "No code of this library: it passes on those of the platform's TLV library.",
+             layout);
+  print_item("from", "whatever reads or writes an array", layout);
+  print_item("look at", "The line before it in the event history, and the array.", layout);
 }
 
 // An identifier that the library routes although it is no command.
 constexpr uint32_t routed_only = 62;
 
 void explain_routed(const Layout &layout) {
-  say("command", fmt::format("{}: no command of this library, but routed", routed_only), layout);
-  say("extractor", "stp_mcec_extract_gbl_params, which refuses it as an invalid identifier",
-      layout);
-  say("asked", "only while a multi-chassis trunk exists; without one it is accepted unread",
-      layout);
+  print_item("command", fmt::format("{}: no command of this library, but routed", routed_only),
+             layout);
+  print_item("extractor", "stp_mcec_extract_gbl_params, which refuses it as an invalid identifier",
+             layout);
+  print_item("asked", "only while a multi-chassis trunk exists; without one it is accepted unread",
+             layout);
 }
 
 // "40DD003B" as well as "0x40DD003B".
 std::optional<uint32_t> bare_code(const std::string &what) {
   constexpr std::size_t digits = 8;
   return what.size() == digits ? parse_number("0x" + what) : std::nullopt;
+}
+
+// The parameters of the fields that an operator means by a word, and the fields of none.
+void explain_fields(const std::vector<const Field *> &found, const Layout &layout) {
+  std::set<uint16_t> types;
+  for (const Field *field : found) {
+    if (field->type != 0) types.insert(field->type);
+  }
+  for (const Field *field : found) {
+    if (field->type != 0) continue;
+    print_item("field", describe_field_place(*field), layout);
+    print_item("means", field_meaning(*field), layout);
+  }
+  for (const uint16_t type : types) {
+    put_line("");
+    explain_parameter(*find_parameter(uint32_t{type}), layout);
+  }
 }
 
 }  // namespace
@@ -249,13 +235,13 @@ bool explain(const std::string &what, const Layout &layout) {
     if (known) put_line("");
     known = true;
   };
-  const ParameterName *parameter =
+  const Parameter *parameter =
       number ? find_parameter(*number) : find_parameter(std::string_view(what));
   if (parameter != nullptr) {
     heading();
     explain_parameter(*parameter, layout);
   }
-  const CommandName *command =
+  const CommandInfo *command =
       number ? find_command(*number) : find_command(std::string_view(what));
   if (command != nullptr) {
     heading();
@@ -264,6 +250,10 @@ bool explain(const std::string &what, const Layout &layout) {
   if (number == routed_only) {
     heading();
     explain_routed(layout);
+  }
+  if (const auto found = find_fields(what); !known && !found.empty()) {
+    heading();
+    explain_fields(found, layout);
   }
   const auto code = bare_code(what) ? bare_code(what) : find_result(what);
   if (code && (!known || *code <= 1 || *code > UINT16_MAX)) {
@@ -276,35 +266,31 @@ bool explain(const std::string &what, const Layout &layout) {
 void list(const std::string &what, const Layout &layout) {
   if (what != "commands") {
     std::vector<std::vector<Cell>> rows;
-    for (const Json &parameter : parameters_json()) {
-      rows.push_back({{std::to_string(parameter["type"].get<uint32_t>())},
-                      {parameter["parameter"]},
-                      {parameter["scope"]},
-                      {std::to_string(parameter["length"].get<uint32_t>())},
-                      {parameter["default"]},
-                      {fmt::format("0x{:08X}", parameter["mismatch"]["code"].get<uint32_t>())}});
+    for (const Parameter &parameter : parameters()) {
+      rows.push_back({{std::to_string(parameter.type)},
+                      {parameter.key},
+                      {scope_of(parameter)},
+                      {std::to_string(parameter.length)},
+                      {describe_default(parameter)},
+                      {fmt::format("0x{:08X}", parameter.mismatch)}});
     }
     put_table({"type", "parameter", "scope", "length", "default", "mismatch"}, rows, layout);
   }
   if (what != "parameters") {
     std::vector<std::vector<Cell>> rows;
-    for (const Json &command : commands_json()) {
-      rows.push_back({{std::to_string(command["id"].get<uint32_t>())},
-                      {command["command"]},
-                      {join(command["set"])},
-                      {join(command["no"])}});
+    for (const CommandInfo &command : commands()) {
+      rows.push_back({{std::to_string(command.id)}, {command.key}, {join(keys_set_by(command))}});
     }
-    put_table({"id", "command", "set form", "no form"}, rows, layout);
-    put_wrapped(
-        "Forms as they are without further attributes, for VLANs 10-20 and for a member port.",
-        layout, 4);
+    put_table({"id", "command", "sets"}, rows, layout);
   }
 }
 
-Json list_json() {
+std::string format_list() {
   Json codes = Json::array();
   for (const auto &[name, code] : results()) codes.push_back({{"name", name}, {"code", code}});
-  return {{"parameters", parameters_json()}, {"commands", commands_json()}, {"results", codes}};
+  return format_json(
+      {{"parameters", parameters_to_json()}, {"commands", commands_to_json()}, {"results", codes}},
+      JsonForm::indented);
 }
 
 }  // namespace lab

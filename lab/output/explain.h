@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "output/json.h"
 #include "output/layout.h"
 
 namespace lab {
@@ -13,6 +12,8 @@ bool explain(const std::string &what, const Layout &layout);
 
 // The parameters, the commands, or both.
 void list(const std::string &what, const Layout &layout);
-Json list_json();
+
+// The tables as a JSON document.
+std::string format_list();
 
 }  // namespace lab

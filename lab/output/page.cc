@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "output/fix.h"
+#include "output/notes.h"
 #include "output/page_parts.h"
 #include "output/page_text.h"
 #include "output/page_vlans.h"
@@ -211,9 +213,9 @@ std::string write_scope_table(const ScopeReport &scope, const PairReport &report
         "<td class=\"state\"><span aria-hidden=\"true\">{}</span> {}</td></tr>\n",
         sign.look, escaped(parameter_key(parameter.type)), write_value(parameter, 0),
         write_value(parameter, 1), sign.sign, escaped(describe_states(parameter)));
-    if (parameter.fix && !parameter.fix->fix.text.empty()) {
+    if (parameter.fix) {
       rows += fmt::format("<tr class=\"fix\"><td colspan=\"4\">Fix: {}</td></tr>\n",
-                          isolated(parameter.fix->fix.text));
+                          isolated(describe_fix(parameter.fix->fix)));
     }
   }
   rows += write_inconsistent_ports(scope);
@@ -276,7 +278,9 @@ std::string write_notes(const PairReport &report) {
   if (const std::string off = describe_spanning_tree_off(report); !off.empty()) {
     items += "<li>" + isolated(off) + "</li>\n";
   }
-  for (const std::string &note : report.notes) items += "<li>" + isolated(note) + "</li>\n";
+  for (const Note &note : report.notes) {
+    items += "<li>" + isolated(describe_note_of_scope(note)) + "</li>\n";
+  }
   if (items.empty()) return "";
   return "<p>These do not change the verdict.</p>\n<ul>\n" + items + "</ul>\n";
 }

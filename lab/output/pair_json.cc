@@ -4,6 +4,7 @@
 
 #include "output/check_json.h"
 #include "output/error_json.h"
+#include "output/notes.h"
 #include "output/pair_text.h"
 #include "report/verdict.h"
 #include "switch/names.h"
@@ -22,7 +23,7 @@ Json comparison_to_json(const PairReport &report) {
   json["checks"] = checks_to_json(report.checks);
   Json &notes = json["notes"] = Json::array();
   if (std::string off = describe_spanning_tree_off(report); !off.empty()) notes.push_back(off);
-  for (const std::string &note : report.notes) notes.push_back(note);
+  for (const Note &note : report.notes) notes.push_back(describe_note_of_scope(note));
   return json;
 }
 

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include "output/check_text.h"
+#include "output/notes.h"
 #include "report/verdict.h"
 #include "switch/names.h"
 
@@ -47,7 +48,8 @@ void print_comparison(const PairReport &report, const Style &style) {
     print_checks(report.checks, style);
   }
   put_line("Notes:");
-  for (const std::string &note : report.notes) put_wrapped(note, layout, 4, "  - ");
+  for (const Note &note : report.notes)
+    put_wrapped(describe_note_of_scope(note), layout, 4, "  - ");
 }
 
 }  // namespace lab

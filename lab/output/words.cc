@@ -14,7 +14,7 @@ namespace {
 std::string describe_cause(const ScopeReport &scope, std::size_t side) {
   const uint32_t code = scope.codes[side];
   if (code == 0) return "agrees";
-  if (const ParameterName *parameter = parameter_of_mismatch(code)) {
+  if (const Parameter *parameter = parameter_of_mismatch(code)) {
     return "DIFFERENT: " + parameter->key;
   }
   if (const auto missing = missing_side(scope)) {

@@ -1,9 +1,11 @@
 // What would bring a parameter into agreement.
 #pragma once
 
-#include "sonic/patch.h"
+#include "sonic/fix.h"
 
 namespace lab {
+
+using Patch = std::vector<PatchOperation>;
 
 struct FixReport {
   Fix fix;
@@ -12,9 +14,7 @@ struct FixReport {
   // To be applied together, where neither side should change alone.
   std::optional<std::array<Patch, 2>> both;
 
-  bool operator==(const FixReport &other) const {
-    return fix.text == other.fix.text && alone == other.alone && both == other.both;
-  }
+  bool operator==(const FixReport &) const = default;
 };
 
 }  // namespace lab

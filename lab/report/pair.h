@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "report/notes.h"
 #include "report/scope.h"
 
 namespace lab {
@@ -23,7 +24,7 @@ struct PairReport {
   std::array<SideReport, 2> sides;
   Vlans twin_vlans;
   std::vector<ScopeReport> checks;  // none where spanning tree is off on either switch
-  std::vector<std::string> notes;
+  std::vector<Note> notes;
 };
 
 }  // namespace lab

@@ -12,30 +12,25 @@ LAB_FIELDS(PairScope::Member, it.port, it.name)
 LAB_FIELDS(PairScope::End, it.present, it.port, it.port_name, it.others)
 LAB_FIELDS(PairScope, it.kind, it.name, it.ends)
 LAB_FIELDS(Change, it.table, it.key, it.field, it.value)
-LAB_FIELDS(Fix, it.alone, it.both, it.text)
 
+LAB_FIELDS(PatchOperation, it.op, it.path, it.value)
+LAB_FIELDS(VlanGroup, it.vlans, it.words)
+
+// The field is a row of a table: its position travels.
 template <class Archive>
-void save(Archive &archive, const FixReport &it) {
-  archive(it.fix);
-  for (const auto &patch : it.alone) archive(patch ? patch->dump() : "");
-  for (std::size_t i = 0; i < 2; ++i) archive(it.both ? (*it.both)[i].dump() : "");
+void serialize(Archive &archive, Fix &it) {
+  std::ptrdiff_t field = it.field != nullptr ? it.field - fields().data() : -1;
+  archive(it.kind, it.type, it.channel, field, it.alone, it.both, it.values, it.groups);
+  it.field = field >= 0 ? &fields()[std::size_t(field)] : nullptr;
 }
 
-template <class Archive>
-void load(Archive &archive, FixReport &it) {
-  archive(it.fix);
-  std::array<std::string, 4> texts;
-  for (std::string &text : texts) archive(text);
-  for (std::size_t i = 0; i < 2; ++i) {
-    if (!texts[i].empty()) it.alone[i] = Patch::parse(texts[i]);
-  }
-  if (!texts[2].empty()) it.both = {Patch::parse(texts[2]), Patch::parse(texts[3])};
-}
-
+LAB_FIELDS(FixReport, it.fix, it.alone, it.both)
 LAB_FIELDS(ParameterReport, it.type, it.values, it.states, it.digests, it.fix)
 LAB_FIELDS(InconsistentPort, it.name, it.types)
 LAB_FIELDS(ScopeReport, it.scope, it.on_pod, it.codes, it.parameters, it.inconsistent, it.pass,
            it.fail)
+LAB_FIELDS(NoteField, it.name, it.values, it.vlans)
+LAB_FIELDS(Note, it.kind, it.channel, it.side, it.vlans, it.fields)
 LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree)
 LAB_FIELDS(PairReport, it.sides, it.twin_vlans, it.checks, it.notes)
 LAB_FIELDS(PairResult, it.name, it.errors, it.report)

@@ -39,7 +39,7 @@ std::vector<ParameterRecord> read_records(StepReader &reader, const YAML::Node &
   for (const auto &record : node) {
     const std::string given = reader.text(record, "a record");
     const std::size_t at = given.find('@');
-    const ParameterName *known = find_parameter(std::string_view(given).substr(0, at));
+    const Parameter *known = find_parameter(std::string_view(given).substr(0, at));
     const std::string port =
         at == given.npos ? "" : find_name_of_port(reader, given.substr(at + 1));
     if (known == nullptr || known->is_global != port.empty()) {
@@ -97,7 +97,7 @@ void read_expected_texts(StepReader &reader, const YAML::Node &node, const Expec
   TextsByType texts;
   read_mapping(reader, node, "parameters and texts, for instance {stp-mode: MST}",
                [&](const YAML::Node &key, const YAML::Node &value) {
-                 if (const ParameterName *name = read_parameter_name(reader, key)) {
+                 if (const Parameter *name = read_parameter_name(reader, key)) {
                    texts.emplace_back(name->type, reader.text(value, "a text"));
                  }
                });
@@ -109,7 +109,7 @@ void read_expected_types(StepReader &reader, const YAML::Node &node, const Expec
   std::vector<uint16_t> types;
   if (reader.sequence(node, "a list of parameters, for instance [stp-mode]")) {
     for (const auto &name : node) {
-      const ParameterName *known = read_parameter_name(reader, name);
+      const Parameter *known = read_parameter_name(reader, name);
       if (known != nullptr) types.push_back(known->type);
     }
   }

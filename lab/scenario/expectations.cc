@@ -70,7 +70,7 @@ std::string find_contradiction_of_check(const std::vector<Expected> &expected) {
     return "a pair that agrees differs in nothing";
   }
   if (agrees && fail != nullptr && fail->any()) return "no VLAN fails when the pair agrees";
-  const ParameterName *named = parameter_of_mismatch(verdict->code);
+  const Parameter *named = parameter_of_mismatch(verdict->code);
   if (named != nullptr && differ != nullptr &&
       std::find(differ->begin(), differ->end(), named->type) == differ->end()) {
     return "the verdict names a parameter that 'differ' does not";

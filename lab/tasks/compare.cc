@@ -1,7 +1,6 @@
 #include "tasks/compare.h"
 
 #include "draimiofaf/types.h"
-#include "report/pairing.h"
 #include "report/verdict.h"
 #include "switch/digest.h"
 #include "switch/values.h"
@@ -45,11 +44,11 @@ FixReport report_fix(const Sides &sides, const PairScope &scope, uint16_t type) 
   FixReport report{
       .fix = find_fix(settings_of(sides), rows, channel, type), .alone = {}, .both = {}};
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    if (report.fix.alone[i]) report.alone[i] = patch_of(*rows[i], *report.fix.alone[i]);
+    if (report.fix.alone[i]) report.alone[i] = make_patch(*rows[i], *report.fix.alone[i]);
   }
   if (report.fix.both) {
-    report.both = {patch_of(*rows[0], (*report.fix.both)[0]),
-                   patch_of(*rows[1], (*report.fix.both)[1])};
+    report.both = {make_patch(*rows[0], (*report.fix.both)[0]),
+                   make_patch(*rows[1], (*report.fix.both)[1])};
   }
   return report;
 }
@@ -82,7 +81,7 @@ PairReport compare(const Sides &sides) {
   PairReport report{.sides = {report_side(sides[0]), report_side(sides[1])},
                     .twin_vlans = twin_vlans(settings),
                     .checks = {},
-                    .notes = notes_of(settings)};
+                    .notes = find_notes(settings, false)};
   if (!settings[0]->spanning_tree || !settings[1]->spanning_tree) return report;
   report.checks = check_pair(settings);
   for (ScopeReport &scope : report.checks) {
@@ -108,7 +107,7 @@ std::array<Patch, 2> collect_patches(const Sides &sides, const PairReport &repor
       }
     }
   }
-  return {patch_of(*sides[0].rows, all[0]), patch_of(*sides[1].rows, all[1])};
+  return {make_patch(*sides[0].rows, all[0]), make_patch(*sides[1].rows, all[1])};
 }
 
 }  // namespace lab
