@@ -1,7 +1,8 @@
 // Dumps: from their bytes to what is written of them, to a pair, and to its fixes.
 
-#include "report/pairing.h"
-#include "sonic/patch.h"
+#include "output/fix.h"
+#include "output/notes.h"
+#include "output/patch_json.h"
 #include "texts.h"
 
 namespace {
@@ -32,7 +33,10 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   if (!left.is.errors.empty() || !right.is.errors.empty()) return 0;
 
   const lab::PairOfSettings pair = {&left.is.settings, &right.is.settings};
-  must(!lab::notes_of(pair).empty(), "a pair has notes");
+  for (const lab::Note &note : lab::find_notes(pair, false)) {
+    const std::string text = lab::describe_note(note);
+    must(!text.empty() && lab::printable(text) == text, "a note has a text");
+  }
   std::vector<std::string> scopes = {""};
   for (const lab::Channel &channel : left.is.settings.channels) scopes.push_back(channel.name);
   for (const std::string &scope : scopes) {
@@ -41,9 +45,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
       for (std::size_t i = 0; i < fix.alone.size(); ++i) {
         if (!fix.alone[i]) continue;
         const lab::Rows &rows = i == 0 ? left.rows : right.rows;
-        must(lab::settings_of(lab::changed(rows, *fix.alone[i])).errors.empty(),
+        must(lab::settings_of(lab::apply_changes(rows, *fix.alone[i])).errors.empty(),
              "what is patched can be read again");
-        must(lab::patch_of(rows, *fix.alone[i]).is_array(), "a fix is a patch");
+        must(lab::patch_to_json(lab::make_patch(rows, *fix.alone[i])).is_array(), "a fix is a patch");
       }
     }
   }

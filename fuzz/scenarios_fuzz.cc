@@ -1,6 +1,7 @@
 // Scenarios: what they ask of the switches, or what is wrong with them. None is carried out.
 
 #include "scenario/scenario.h"
+#include "tasks/side.h"
 #include "texts.h"
 
 namespace {
@@ -30,7 +31,7 @@ bool stays_here(const std::string &text) {
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   const std::string text(text_of(data, size));
   if (!stays_here(text)) return -1;
-  const lab::ReadScenario read = lab::read_scenario_text(CAPTURES "scenario.yaml", text);
+  const lab::ReadScenario read = lab::read_scenario_text(CAPTURES "scenario.yaml", text, lab::settings_from);
   look_at(read.errors, text);
   for (const lab::InputError &error : read.errors) must(error.line > 0, "a error has a line");
   if (!read.errors.empty()) return 0;

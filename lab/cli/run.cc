@@ -6,6 +6,7 @@
 #include "cli/commands.h"
 #include "output/told.h"
 #include "tasks/run.h"
+#include "tasks/side.h"
 #include "text/signals.h"
 
 namespace lab {
@@ -73,7 +74,7 @@ Watcher watcher_of(const ShowOptions *options, Progress &progress) {
 }
 
 Status run_file(const std::string &file, const Arguments &arguments) {
-  const ReadScenario read = read_scenario(file);
+  const ReadScenario read = read_scenario(file, settings_from);
   const Scenario &scenario = read.scenario;
   if (!read.errors.empty()) return print_scenario_errors(scenario.path, read.errors, arguments);
   const ShowOptions options = show_options(arguments);
@@ -115,7 +116,7 @@ Status run_scenarios(const Arguments &arguments) {
 }
 
 Status ask_what_if(const Arguments &arguments) {
-  const ReadScenario read = read_scenario(arguments.file);
+  const ReadScenario read = read_scenario(arguments.file, settings_from);
   const Scenario &scenario = read.scenario;
   if (!read.errors.empty()) return print_scenario_errors(scenario.path, read.errors, arguments);
   if (arguments.step > scenario.steps.size() ||

@@ -181,7 +181,7 @@ void show_summary(const Json &checks, const ShowOptions &options) {
   const auto add = [&by](const std::string &what, std::size_t count) {
     by += fmt::format("{}{} ({})", by.empty() ? ": " : ", ", what, count);
   };
-  for (const ParameterName &parameter : parameters()) {
+  for (const Parameter &parameter : parameters()) {
     const auto found = by_parameter.find(parameter.key);
     if (found != by_parameter.end()) add(found->first, found->second);
   }

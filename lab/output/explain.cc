@@ -19,11 +19,11 @@ constexpr uint32_t sample_channel = 10;
 
 // --- what the library says of its parameters ---
 
-std::string scope_text(const ParameterName &parameter) {
+std::string scope_text(const Parameter &parameter) {
   return parameter.is_global ? "switch" : "interface";
 }
 
-std::string default_text(const ParameterName &parameter) {
+std::string default_text(const Parameter &parameter) {
   return display(parameter.type, default_value(parameter));
 }
 
@@ -42,7 +42,7 @@ Settings sample_switch() {
   const std::string channel = "channel " + std::to_string(sample_channel);
   channel_named(settings, channel).id = sample_channel;
   port_at(settings, sample_port).channel = sample_channel;
-  for (const ParameterName &parameter : parameters()) {
+  for (const Parameter &parameter : parameters()) {
     if (!parameter.is_global) continue;
     settings.parameters.push_back({parameter.type, default_value(parameter)});
   }
@@ -57,7 +57,7 @@ Bytes host_words(std::initializer_list<uint32_t> words) {
 
 // "stp-mode = Rapid-PVST": what one form of a command, with no more than it needs, sets on a switch
 // that nothing else was done to.
-std::vector<std::string> effect_of(Pair &pair, const CommandName &command, bool positive) {
+std::vector<std::string> effect_of(Pair &pair, const CommandInfo &command, bool positive) {
   constexpr std::size_t trial = 0;
   ask(pair, trial, Delete{});
   ask(pair, trial, Delete{{false, sample_port}});
@@ -80,7 +80,7 @@ std::vector<std::string> effect_of(Pair &pair, const CommandName &command, bool 
 Json commands_json() {
   Pair pair;
   Json list = Json::array();
-  for (const CommandName &command : commands()) {
+  for (const CommandInfo &command : commands()) {
     list.push_back({{"command", command.key},
                     {"id", command.id},
                     {"name", command.enumerator},
@@ -94,7 +94,7 @@ Json commands_json() {
 
 Json parameters_json() {
   Json list = Json::array();
-  for (const ParameterName &parameter : parameters()) {
+  for (const Parameter &parameter : parameters()) {
     list.push_back({{"parameter", parameter.key},
                     {"type", parameter.type},
                     {"name", parameter.enumerator},
@@ -155,7 +155,7 @@ void say_code(uint32_t code, const Layout &layout) {
       layout);
 }
 
-void explain_parameter(const ParameterName &parameter, const Layout &layout) {
+void explain_parameter(const Parameter &parameter, const Layout &layout) {
   say("parameter",
       fmt::format("{} (type {}, {})", parameter.key, parameter.type, parameter.enumerator), layout);
   say("called",
@@ -178,7 +178,7 @@ void explain_parameter(const ParameterName &parameter, const Layout &layout) {
   say("goes wrong", advice_on(parameter.type).harm, layout);
   say("fix", advice_on(parameter.type).fix, layout);
   Pair pair;
-  for (const CommandName &command : commands()) {
+  for (const CommandInfo &command : commands()) {
     for (const bool positive : {true, false}) {
       for (const std::string &text : effect_of(pair, command, positive)) {
         if (!text.starts_with(parameter.key + " = ")) continue;
@@ -188,7 +188,7 @@ void explain_parameter(const ParameterName &parameter, const Layout &layout) {
   }
 }
 
-void explain_command(const CommandName &command, const Layout &layout) {
+void explain_command(const CommandInfo &command, const Layout &layout) {
   say("command", fmt::format("{} (identifier {}, {})", command.key, command.id, command.enumerator),
       layout);
   say("extractor", command.extractor, layout);
@@ -203,7 +203,7 @@ void explain_command(const CommandName &command, const Layout &layout) {
 
 void explain_code(uint32_t code, const Layout &layout) {
   say_code(code, layout);
-  for (const ParameterName &parameter : parameters()) {
+  for (const Parameter &parameter : parameters()) {
     if (parameter.mismatch != code) continue;
     say("means",
         fmt::format("The parameter \"{}\" is the first that differs between the peers.",
@@ -255,13 +255,13 @@ bool explain(const std::string &what, const Layout &layout) {
     if (known) put_line("");
     known = true;
   };
-  const ParameterName *parameter =
+  const Parameter *parameter =
       number ? find_parameter(*number) : find_parameter(std::string_view(what));
   if (parameter != nullptr) {
     heading();
     explain_parameter(*parameter, layout);
   }
-  const CommandName *command =
+  const CommandInfo *command =
       number ? find_command(*number) : find_command(std::string_view(what));
   if (command != nullptr) {
     heading();

@@ -12,7 +12,7 @@ namespace {
 std::string verdict_words(const Json &check, const std::string &side) {
   const uint32_t code = check["verdicts"][side]["code"];
   if (code == 0) return "agrees";
-  if (const ParameterName *parameter = parameter_of_mismatch(code)) {
+  if (const Parameter *parameter = parameter_of_mismatch(code)) {
     return "DIFFERENT: " + parameter->key;
   }
   if (check.contains("only")) {

@@ -1,9 +1,7 @@
 #include "pair/compare.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
-#include <tuple>
 
 #include "avl.h"
 #include "draimiofaf/cache.h"
@@ -26,27 +24,20 @@ Bytes host_record(const Vlans &vlans) {
   return record;
 }
 
-struct Verdict {
-  uint32_t code;
-  Bytes pass;
-  Bytes fail;
-};
-
 // The library's check of a scope. A switch that has no array to give is checked without one.
-Verdict check(const Scope &scope, Bytes &local, Bytes &peer, const Twins &twins) {
-  Verdict verdict{0, Bytes(sizeof(bmp4096_t)), Bytes(sizeof(bmp4096_t))};
+uint32_t check(const Scope &scope, Bytes &local, Bytes &peer, const Twins &twins) {
   const Bytes record = host_record(twins.value_or(Vlans{}));
+  Bytes pass(sizeof(bmp4096_t));
+  Bytes fail(sizeof(bmp4096_t));
   const uint32_t check_vlans = twins ? 1 : 0;
-  void *pass = verdict.pass.data();
-  void *fail = verdict.fail.data();
   void *own = local.empty() ? nullptr : local.data();
   void *theirs = peer.empty() ? nullptr : peer.data();
-  verdict.code =
-      scope.global
-          ? stp_mcec_type1_cfg_compat_check(0, own, theirs, check_vlans, record.data(), pass, fail)
-          : stp_mcec_type1_cfg_compat_check_with_ifindex(scope.port, 0, own, theirs, check_vlans,
-                                                         record.data(), pass, fail);
-  return verdict;
+  if (scope.global) {
+    return stp_mcec_type1_cfg_compat_check(0, own, theirs, check_vlans, record.data(), pass.data(),
+                                           fail.data());
+  }
+  return stp_mcec_type1_cfg_compat_check_with_ifindex(scope.port, 0, own, theirs, check_vlans,
+                                                      record.data(), pass.data(), fail.data());
 }
 
 bool is_pod(const Scope &scope) {
@@ -62,69 +53,42 @@ std::optional<uint32_t> cached_mode() {
   return word_of(Bytes(node->val, node->val + node->len));
 }
 
-Verdict check_alone(const Scope &scope, const Entry &local, const Entry &peer, const Twins &twins) {
-  Bytes local_array = build_array({local});
-  Bytes peer_array = build_array({peer});
-  return check(scope, local_array, peer_array, twins);
+// Why a parameter is not compared.
+State uncompared_state(const Parameter &parameter, std::optional<uint32_t> mode, bool has_twins) {
+  if (!mode) return State::not_without_mode;
+  if (is_compared(parameter, mode, false, has_twins)) return State::ignored_on_pod;
+  return is_compared(parameter, mode, false, true) ? State::not_without_twins : State::not_in_mode;
 }
 
-bool disagrees(const Scope &scope, const Entry &local, const Entry &peer, const Twins &twins) {
-  return check_alone(scope, local, peer, twins).code ==
-         stp_mcec_get_type1_cfg_compat_chk_errcode(local.type);
+// A peer's value that begins with all of the local one agrees with it.
+bool is_same(const Bytes &local, const Bytes &peer) {
+  return local.size() <= peer.size() && std::equal(local.begin(), local.end(), peer.begin());
 }
 
-// Does the library look at a parameter at all? It is shown a pair that differs on every VLAN and in
-// every byte. The answer hangs on the mode, the parameter and the kind of port alone.
-bool is_compared(const Scope &scope, uint16_t type, bool twins_named) {
-  static std::map<std::tuple<std::optional<uint32_t>, uint16_t, bool, bool>, bool> known;
-  const auto [found, is_new] =
-      known.try_emplace({cached_mode(), type, is_pod(scope), twins_named}, false);
-  const ParameterName *parameter = find_parameter(uint32_t{type});
-  if (is_new && parameter != nullptr) {
-    const Twins all = twins_named ? Twins(~Vlans{}) : std::nullopt;
-    found->second = disagrees(scope, {type, Bytes(parameter->length)},
-                              {type, Bytes(parameter->length, 0xFF)}, all);
-  }
-  return found->second;
-}
-
-State uncompared_state(const Scope &scope, uint16_t type, bool twins_named) {
-  if (!cached_mode()) return State::not_without_mode;
-  if (type == STP_MCEC_TYPE1_STP_ENDIS && is_compared(scope, type, true) && !twins_named) {
-    return State::not_without_twins;
-  }
-  return is_compared({}, type, twins_named) ? State::ignored_on_pod : State::not_in_mode;
-}
-
-const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type) {
-  const auto found = std::find_if(entries.begin(), entries.end(),
-                                  [=](const Entry &entry) { return entry.type == type; });
-  return found != entries.end() ? &*found : nullptr;
-}
-
-State state_of(const Scope &scope, const Entry *local, const Entry *peer, const Twins &twins) {
+State state_of(const View &view, const Entry *local, const Entry *peer,
+               std::optional<uint32_t> mode, const Twins &twins) {
   if (local == nullptr) return State::only_at_peer;
-  const uint16_t type = local->type;
-  if (!is_compared(scope, type, twins.has_value())) {
-    return uncompared_state(scope, type, twins.has_value());
+  const Parameter *parameter = find_parameter(uint32_t{local->type});
+  if (parameter == nullptr) return mode ? State::not_in_mode : State::not_without_mode;
+  if (!is_compared(*parameter, mode, view.pod, twins.has_value())) {
+    return uncompared_state(*parameter, mode, twins.has_value());
   }
   if (peer == nullptr) return State::missing_at_peer;
-  if (local->value == peer->value) return State::same;
-  if (disagrees(scope, *local, *peer, twins)) return State::different;
-  return type == STP_MCEC_TYPE1_STP_ENDIS ? State::same_on_twins : State::same;
+  if (is_same(local->value, peer->value)) return State::same;
+  const bool has_vlans = parameter->kind == STP_MCEC_KIND_VLANS;
+  const std::size_t least = std::min(local->value.size(), peer->value.size());
+  if (!has_vlans || least < parameter->length) return State::different;
+  const Vlans differ = vlans_of_record(local->value) ^ vlans_of_record(peer->value);
+  return (differ & *twins).any() ? State::different : State::same_on_twins;
 }
 
-// The twin VLANs that agree and those that do not; of values that do not differ, all agree.
-void add_vlans(View &view, const Scope &scope, const Entry &local, const Entry &peer,
-               const Vlans &twins) {
-  if (local.value == peer.value) {
-    view.pass = twins;
-    view.fail = Vlans{};
-    return;
-  }
-  const Verdict verdict = check_alone(scope, local, peer, twins);
-  view.pass = vlans_of_record(verdict.pass);
-  view.fail = vlans_of_record(verdict.fail);
+// The twin VLANs that agree and those that do not. Values that are no whole records have no VLANs.
+void add_vlans(View &view, const Entry &local, const Entry &peer, const Vlans &twins) {
+  const std::size_t least = std::min(local.value.size(), peer.value.size());
+  const bool are_whole = least >= sizeof(bmp4096_t) || is_same(local.value, peer.value);
+  const Vlans differ = vlans_of_record(local.value) ^ vlans_of_record(peer.value);
+  view.pass = are_whole ? twins & ~differ : Vlans{};
+  view.fail = are_whole ? twins & differ : Vlans{};
 }
 
 }  // namespace
@@ -141,12 +105,11 @@ View compare(const Scope &scope, Bytes local, Bytes peer, const Twins &twins) {
   View view;
   {
     const LibraryCall call;
-    view.verdict = check(scope, local, peer, twins).code;
+    view.verdict = check(scope, local, peer, twins);
   }
   view.pod = is_pod(scope);
 
-  // The checks below are the lab's own questions: they are not for the switch's history.
-  const uint32_t logged = standin_history_count();
+  const std::optional<uint32_t> mode = cached_mode();
   const std::vector<Entry> locals = entries_of(local);
   const std::vector<Entry> peers = entries_of(peer);
   std::set<uint16_t> types;
@@ -156,16 +119,15 @@ View compare(const Scope &scope, Bytes local, Bytes peer, const Twins &twins) {
   for (const uint16_t type : types) {
     const Entry *own = find_entry(locals, type);
     const Entry *theirs = find_entry(peers, type);
-    View::Parameter parameter{type, {}, {}, state_of(scope, own, theirs, twins)};
+    View::Parameter parameter{type, {}, {}, state_of(view, own, theirs, mode, twins)};
     if (own != nullptr) parameter.local = own->value;
     if (theirs != nullptr) parameter.peer = theirs->value;
     if (type == STP_MCEC_TYPE1_STP_ENDIS && own != nullptr && theirs != nullptr && twins &&
-        is_compared(scope, type, true)) {
-      add_vlans(view, scope, *own, *theirs, *twins);
+        mode == STP_MCEC_STP_MODE_RAPID_PVST) {
+      add_vlans(view, *own, *theirs, *twins);
     }
     view.parameters.push_back(std::move(parameter));
   }
-  standin_history_truncate(logged);
   return view;
 }
 

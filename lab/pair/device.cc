@@ -172,7 +172,8 @@ Reported perform(const Report &report) {
 
 // --- the world around the library ---
 
-Done perform(const WorldChange &change) {
+Done perform(const ChangeWorld &asked) {
+  const WorldChange &change = asked.change;
   if (change.trunk) standin_set_trunk(*change.trunk ? 1 : 0);
   if (change.user_vlans) {
     standin_clear_user_vlans();
@@ -193,7 +194,7 @@ Done perform(const WorldChange &change) {
 
 Done perform(const SetUp &set_up) {
   const Settings &settings = set_up.settings;
-  perform(WorldChange{settings.trunk, settings.user_vlans, settings.channels, settings.ports});
+  perform(ChangeWorld{{settings.trunk, settings.user_vlans, settings.channels, settings.ports}});
   for (const Port &port : settings.ports) {
     if (!port.parameters.empty()) perform(CacheUpdate{{false, port.index}, port.parameters});
   }

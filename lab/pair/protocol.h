@@ -110,13 +110,9 @@ struct SetUp {
   Settings settings;
 };
 
-// The world around the library becomes another one, as far as is said.
-struct WorldChange {
+struct ChangeWorld {
   using Answer = Done;
-  std::optional<bool> trunk;
-  std::optional<Vlans> user_vlans;
-  std::vector<Channel> channels;
-  std::vector<Port> ports;  // their parameters are not looked at
+  WorldChange change;
 };
 
 struct Command {
@@ -191,7 +187,7 @@ struct Check {
 
 struct Request {
   bool log = false;  // are the lines of the event history wanted?
-  std::variant<SetUp, WorldChange, Command, Update, CacheUpdate, Delete, Export, Rebuild, Report,
+  std::variant<SetUp, ChangeWorld, Command, Update, CacheUpdate, Delete, Export, Rebuild, Report,
                Fail, Crash, Check>
       asked;
 };

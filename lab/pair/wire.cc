@@ -28,10 +28,10 @@ namespace lab {
 LAB_FIELDS(Entry, it.type, it.value)
 LAB_FIELDS(Channel, it.name, it.id, it.internal, it.vlans)
 LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.type, it.layer_mode, it.parameters,
-           it.uncovered)
-LAB_FIELDS(Peering, it.source, it.peer)
-LAB_FIELDS(Settings, it.name, it.address, it.spanning_tree, it.trunk, it.peerings, it.user_vlans,
-           it.channels, it.ports, it.parameters)
+           it.spanning_tree, it.uncovered)
+LAB_FIELDS(Domain, it.id, it.system_id, it.source, it.peer)
+LAB_FIELDS(Settings, it.name, it.address, it.spanning_tree, it.trunk, it.domains, it.timers,
+           it.vlan_timers, it.user_vlans, it.channels, it.ports, it.parameters)
 LAB_FIELDS(Scope, it.global, it.port)
 LAB_FIELDS(Result, it.code)
 LAB_FIELDS(Extracted::Record, it.type, it.valid, it.global, it.port)
@@ -46,6 +46,7 @@ LAB_FIELDS(View, it.verdict, it.pod, it.parameters, it.inconsistent, it.pass, it
 LAB_FIELDS(Checked, it.views)
 LAB_FIELDS(SetUp, it.settings)
 LAB_FIELDS(WorldChange, it.trunk, it.user_vlans, it.channels, it.ports)
+LAB_FIELDS(ChangeWorld, it.change)
 LAB_FIELDS(Command::Attribute, it.id, it.value)
 LAB_FIELDS(Command, it.id, it.positive, it.attributes)
 LAB_FIELDS(Update, it.scope, it.entries)

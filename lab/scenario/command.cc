@@ -46,7 +46,7 @@ struct AttributeKey {
 };
 
 Bytes read_mode(Reader &reader, const YAML::Node &node) {
-  const ParameterName &mode = *find_parameter(uint32_t{STP_MCEC_TYPE1_STP_MODE});
+  const Parameter &mode = *find_parameter(uint32_t{STP_MCEC_TYPE1_STP_MODE});
   return host_words({reader.word(node, "mode", value_words(mode))});
 }
 
@@ -88,7 +88,7 @@ const std::vector<AttributeKey> attribute_keys = {
 // A command by its name or its identifier.
 uint32_t read_id(Reader &reader, const YAML::Node &value) {
   const std::string given = value.IsScalar() ? value.Scalar() : "";
-  if (const CommandName *known = find_command(std::string_view(given)); known != nullptr) {
+  if (const CommandInfo *known = find_command(std::string_view(given)); known != nullptr) {
     return known->id;
   }
   const auto id = parse_number(given);
@@ -99,7 +99,7 @@ uint32_t read_id(Reader &reader, const YAML::Node &value) {
 }
 
 std::string command_text(uint32_t id) {
-  const CommandName *known = find_command(id);
+  const CommandInfo *known = find_command(id);
   return known != nullptr ? known->key : std::to_string(id);
 }
 

@@ -112,7 +112,7 @@ Json read_records(StepReader &reader, const YAML::Node &node) {
   for (const auto &record : node) {
     const std::string given = reader.text(record, "a record");
     const std::size_t at = given.find('@');
-    const ParameterName *known = find_parameter(std::string_view(given).substr(0, at));
+    const Parameter *known = find_parameter(std::string_view(given).substr(0, at));
     const std::string port = at == given.npos ? "" : name_of_port(reader, given.substr(at + 1));
     if (known == nullptr || known->is_global != port.empty()) {
       reader.expected(record,
@@ -142,7 +142,7 @@ Json read_texts(StepReader &reader, const YAML::Node &node) {
   Json read = Json::object();
   const std::string what = "parameters and texts, for instance {stp-mode: MST}";
   reader.entries(node, what, [&](const YAML::Node &key, const YAML::Node &value) {
-    if (const ParameterName *name = read_parameter_name(reader, key)) {
+    if (const Parameter *name = read_parameter_name(reader, key)) {
       read[name->key] = reader.text(value, "a text");
     }
   });
@@ -184,17 +184,17 @@ void hold_report(const Json &expected, const Step &step, Json &told) {
 // --- of checks ---
 
 Json read_parameter_list(StepReader &reader, const YAML::Node &node) {
-  std::vector<const ParameterName *> read;
+  std::vector<const Parameter *> read;
   if (reader.sequence(node, "a list of parameters, for instance [stp-mode]")) {
     for (const auto &name : node) {
-      if (const ParameterName *known = read_parameter_name(reader, name)) read.push_back(known);
+      if (const Parameter *known = read_parameter_name(reader, name)) read.push_back(known);
     }
   }
   std::sort(read.begin(), read.end(),
-            [](const ParameterName *a, const ParameterName *b) { return a->type < b->type; });
+            [](const Parameter *a, const Parameter *b) { return a->type < b->type; });
   read.erase(std::unique(read.begin(), read.end()), read.end());
   Json keys = Json::array();
-  for (const ParameterName *parameter : read) keys.push_back(parameter->key);
+  for (const Parameter *parameter : read) keys.push_back(parameter->key);
   return keys;
 }
 
@@ -372,7 +372,7 @@ std::string contradiction(const std::vector<Expected> &expected) {
     return "no VLAN fails when the pair agrees";
   }
   if (!verdict.is_null() && !differ.is_null()) {
-    const ParameterName *named =
+    const Parameter *named =
         parameter_of_mismatch(find_result(verdict.get<std::string>()).value_or(0));
     if (named != nullptr && std::find(differ.begin(), differ.end(), named->key) == differ.end()) {
       return "the verdict names a parameter that 'differ' does not";

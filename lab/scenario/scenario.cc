@@ -12,13 +12,13 @@ std::string folder_of(const std::string &path) {
   return path.substr(0, path.rfind('/') + 1);
 }
 
-void read_switches(StepReader &reader, const YAML::Node &node, Scenario &scenario) {
+void read_switches(StepReader &reader, const YAML::Node &node, const ReadFrom &read_from,
+                   Scenario &scenario) {
   if (!node || node.IsNull()) return;
   if (!reader.mapping(node, "switches", {switch_names.begin(), switch_names.end()})) return;
   for (std::size_t i = 0; i < switch_names.size(); ++i) {
     scenario.settings[i] =
-        read_switch(reader, node[switch_names[i]], std::string("switch ") + switch_names[i],
-                    folder_of(scenario.path));
+        read_switch(reader, node[switch_names[i]], i, folder_of(scenario.path), read_from);
   }
 }
 
@@ -32,13 +32,14 @@ std::optional<Vlans> carried_twins(const SettingsPair &settings) {
   return std::nullopt;
 }
 
-void read_root(StepReader &reader, const YAML::Node &root, Scenario &scenario) {
+void read_root(StepReader &reader, const YAML::Node &root, const ReadFrom &read_from,
+               Scenario &scenario) {
   if (!reader.mapping(root, "a scenario", {std::begin(scenario_keys), std::end(scenario_keys)})) {
     return;
   }
   if (root["title"]) scenario.title = reader.text(root["title"], "a title");
   if (root["about"]) scenario.about = reader.text(root["about"], "a text");
-  read_switches(reader, root["switches"], scenario);
+  read_switches(reader, root["switches"], read_from, scenario);
   scenario.twins = root["twin-vlans"] ? reader.vlans(root["twin-vlans"], "twin-vlans")
                                       : carried_twins(scenario.settings);
   const YAML::Node steps = root["steps"];
@@ -53,20 +54,21 @@ void read_root(StepReader &reader, const YAML::Node &root, Scenario &scenario) {
 
 }  // namespace
 
-ReadScenario read_scenario(const std::string &path) {
+ReadScenario read_scenario(const std::string &path, const ReadFrom &read_from) {
   ReadScenario read;
   const std::string text = file_text(path, read.errors);
-  if (read.errors.empty()) return read_scenario_text(path, text);
+  if (read.errors.empty()) return read_scenario_text(path, text, read_from);
   read.scenario.path = printable(path);
   return read;
 }
 
-ReadScenario read_scenario_text(const std::string &path, const std::string &text) {
+ReadScenario read_scenario_text(const std::string &path, const std::string &text,
+                                const ReadFrom &read_from) {
   ReadScenario read;
   read.scenario.path = printable(path);
   StepReader reader;
   read_yaml(text, "a scenario", reader,
-            [&](const YAML::Node &root) { read_root(reader, root, read.scenario); });
+            [&](const YAML::Node &root) { read_root(reader, root, read_from, read.scenario); });
   read.errors = std::move(reader.errors);
   sort_errors(read.errors);
   return read;

@@ -9,6 +9,7 @@
 #include "output/json.h"
 #include "pair/pair.h"
 #include "pair/scopes.h"
+#include "switch/state_reader.h"
 #include "text/error.h"
 
 namespace lab {
@@ -58,10 +59,11 @@ struct ReadScenario {
 };
 
 // The scenario in a file; "-" is standard input.
-ReadScenario read_scenario(const std::string &path);
+ReadScenario read_scenario(const std::string &path, const ReadFrom &read_from);
 
 // The scenario of a text. Files that it names are looked for beside its path.
-ReadScenario read_scenario_text(const std::string &path, const std::string &text);
+ReadScenario read_scenario_text(const std::string &path, const std::string &text,
+                                const ReadFrom &read_from);
 
 // Can what-if be asked about a step?
 bool changes_settings(const Step &step);

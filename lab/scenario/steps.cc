@@ -146,7 +146,7 @@ void read_change_step(StepReader &reader, const YAML::Node &, const YAML::Node &
   const std::array<WorldChange, 2> changes = read_change(reader, value, step.on, reader.now);
   Requests requests;
   for (std::size_t i = 0; i < requests.size(); ++i) {
-    if (step.on[i]) requests[i] = Request{false, changes[i]};
+    if (step.on[i]) requests[i] = Request{false, ChangeWorld{changes[i]}};
   }
   step.requests.push_back(std::move(requests));
   step.summary = "change";

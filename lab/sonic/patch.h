@@ -1,46 +1,41 @@
-// What would bring two switches into step, in the words of their configuration.
+// Changes of a configuration, and the patch that makes them.
 #pragma once
 
-#include <array>
+#include <map>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
-#include "output/json.h"
-#include "report/pairing.h"
 #include "sonic/rows.h"
 
 namespace lab {
 
-// A field of a configuration and what it is to be; nothing: it is to go. Without the name of a field
-// the row is to be there, whatever it says.
+// A field of a configuration and what it is to be; nothing: it is to go.
 struct Change {
   std::string table;
   std::string key;
   std::string field;
   std::optional<FieldValue> value;
+
+  bool operator==(const Change &) const = default;
 };
 using Changes = std::vector<Change>;
 
-struct Fix {
-  // Of left and right; each alone brings the row into step. Nothing: that side cannot.
-  std::array<std::optional<Changes>, 2> alone;
-  // To be made together, where neither should stand alone.
-  std::optional<std::array<Changes, 2>> both;
-  // For a person: "STP_PORT|PortChannel10 root_guard: true on right, or false on left".
-  std::string text;
+// The rows after the changes.
+Rows apply_changes(Rows rows, const Changes &changes);
+
+// An operation of an RFC 6902 patch of a dump.
+struct PatchOperation {
+  enum class Op { add, remove, replace };
+  Op op;
+  std::vector<std::string> path;  // table, key, field, as far down as it goes
+  // Of a field, a row or a table; nothing where it is removed.
+  std::variant<std::monostate, FieldValue, Row, Table> value;
 };
 
-// The fix of a parameter that differs, of the switch (no channel) or of a channel. Where a side has
-// no rows it is a line in the words of state files.
-Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &rows,
-             const std::string &channel, uint16_t type);
-
-// The changes as an RFC 6902 patch of the dump that has these rows. Changes of several fixes belong
-// into one patch: two patches would each add the table or the row that both find missing.
-Json patch_of(const Rows &rows, const Changes &changes);
-
-// The rows after the changes.
-Rows changed(Rows rows, const Changes &changes);
+// The changes as a patch of the dump that has these rows. Changes of several fixes belong into one
+// patch: of two patches that each add the table or the row that both find missing, the last counts.
+std::vector<PatchOperation> make_patch(const Rows &rows, const Changes &changes);
 
 }  // namespace lab

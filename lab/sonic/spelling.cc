@@ -88,6 +88,12 @@ std::vector<std::string> members_of(const FieldValue &list) {
   return members;
 }
 
+std::string joined(const FieldValue &value) {
+  std::string text;
+  for (const std::string &member : members_of(value)) text += (text.empty() ? "" : ",") + member;
+  return text;
+}
+
 ParsedRanges parse_member(std::string_view member) {
   const auto rest = without_blanks(member);
   if (!rest) return {{}, RangeFault::no_list};

@@ -14,6 +14,7 @@ namespace lab {
 constexpr uint32_t first_vlan = 1;
 constexpr uint32_t last_vlan = 4094;
 constexpr uint32_t last_instance = 4094;
+constexpr std::size_t region_name_bytes = 32;
 
 // Digits and nothing else; a number past 32 bits is the greatest.
 std::optional<uint32_t> decimal(std::string_view text);
@@ -33,6 +34,9 @@ std::vector<std::string_view> parts_of(std::string_view key);
 
 // A list of VLANs by its members, whichever way it is written.
 std::vector<std::string> members_of(const FieldValue &list);
+
+// The members with commas between them.
+std::string joined(const FieldValue &value);
 
 // A member of a list of VLANs: "10", "10-20", "Vlan10" or "Vlan10-Vlan20".
 ParsedRanges parse_member(std::string_view member);

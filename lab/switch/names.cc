@@ -33,38 +33,52 @@ std::vector<std::string> keys_of(const std::vector<Named> &all) {
 
 }  // namespace
 
-const std::vector<ParameterName> &parameters() {
+const std::vector<Parameter> &parameters() {
   enum Scope { INTERFACE, GLOBAL };
-  static const std::vector<ParameterName> all = {
-#define LAB_ROW(name, type, scope, length, code, ...) \
-  {type, key_of(#name), "STP_MCEC_TYPE1_" #name, scope == GLOBAL, length, code},
+  static const std::vector<Parameter> all = {
+#define LAB_ROW(name, number, scope, bytes, code, kind_of, word, modes, pod) \
+  {.type = number,                                                           \
+   .key = key_of(#name),                                                     \
+   .enumerator = "STP_MCEC_TYPE1_" #name,                                    \
+   .is_global = scope == GLOBAL,                                             \
+   .length = bytes,                                                          \
+   .mismatch = code,                                                         \
+   .kind = STP_MCEC_KIND_##kind_of,                                          \
+   .default_word = word,                                                     \
+   .compared = STP_MCEC_COMPARED_##modes,                                    \
+   .is_compared_on_pod = STP_MCEC_COMPARED_##pod != 0},
       STP_MCEC_TYPE1_PARAMETERS(LAB_ROW)
 #undef LAB_ROW
   };
   return all;
 }
 
-const std::vector<CommandName> &commands() {
+const std::vector<CommandInfo> &commands() {
   enum Gate { UNGATED, GATED };
-  static const std::vector<CommandName> all = {
-#define LAB_ROW(name, id, extractor, gate, ...) \
-  {id, key_of(#name), "STP_MCEC_CMD_" #name, #extractor, gate == GATED},
+  static const std::vector<CommandInfo> all = {
+#define LAB_ROW(name, number, function, gate, parameters) \
+  {.id = number,                                          \
+   .key = key_of(#name),                                  \
+   .enumerator = "STP_MCEC_CMD_" #name,                   \
+   .extractor = #function,                                \
+   .is_gated = gate == GATED,                             \
+   .sets = parameters},
       STP_MCEC_COMMANDS(LAB_ROW)
 #undef LAB_ROW
   };
   return all;
 }
 
-const std::vector<ResultName> &results() {
-  static const std::vector<ResultName> all = [] {
-    std::vector<ResultName> names = {
+const std::vector<ResultInfo> &results() {
+  static const std::vector<ResultInfo> all = [] {
+    std::vector<ResultInfo> names = {
         {"STP_MCEC_RESULT_NO_BLOCK", STP_MCEC_RESULT_NO_BLOCK},
         {"STP_MCEC_RESULT_PVRST_REFUSED", STP_MCEC_RESULT_PVRST_REFUSED},
 #define LAB_ROW(name, code) {"STP_MCEC_" #name, code},
         STP_MCEC_RESULT_CODES(LAB_ROW)
 #undef LAB_ROW
     };
-    for (const ParameterName &parameter : parameters()) {
+    for (const Parameter &parameter : parameters()) {
       names.push_back(
           {"STP_MCEC_ERR_" + parameter.enumerator.substr(prefix.size()), parameter.mismatch});
     }
@@ -73,30 +87,47 @@ const std::vector<ResultName> &results() {
   return all;
 }
 
-const ParameterName *find_parameter(std::string_view key) {
+const Parameter *find_parameter(std::string_view key) {
   return find_key(parameters(), key);
 }
 
-const ParameterName *find_parameter(uint32_t type) {
-  return find_in(parameters(), [=](const ParameterName &p) { return p.type == type; });
+const Parameter *find_parameter(uint32_t type) {
+  return find_in(parameters(), [=](const Parameter &p) { return p.type == type; });
 }
 
-const CommandName *find_command(std::string_view key) {
+const CommandInfo *find_command(std::string_view key) {
   return find_key(commands(), key);
 }
 
-const CommandName *find_command(uint32_t id) {
-  return find_in(commands(), [=](const CommandName &c) { return c.id == id; });
+const CommandInfo *find_command(uint32_t id) {
+  return find_in(commands(), [=](const CommandInfo &c) { return c.id == id; });
+}
+
+bool is_compared(const Parameter &parameter, std::optional<uint32_t> mode, bool on_pod,
+                 bool has_twins) {
+  if (!mode || (on_pod && !parameter.is_compared_on_pod)) return false;
+  switch (parameter.compared) {
+    case STP_MCEC_COMPARED_IN_MST:
+      return *mode == STP_MCEC_STP_MODE_MST;
+    case STP_MCEC_COMPARED_IN_RAPID_PVST:
+      return *mode == STP_MCEC_STP_MODE_RAPID_PVST && has_twins;
+    default:
+      return true;
+  }
+}
+
+bool sets(const CommandInfo &command, const Parameter &parameter) {
+  return (command.sets >> parameter.type & 1) != 0;
 }
 
 std::string parameter_key(uint32_t type) {
-  const ParameterName *parameter = find_parameter(type);
+  const Parameter *parameter = find_parameter(type);
   return parameter != nullptr ? parameter->key : std::to_string(type);
 }
 
 std::string result_name(uint32_t code) {
   if (code == 0) return "agree";
-  const auto *known = find_in(results(), [=](const ResultName &r) { return r.code == code; });
+  const auto *known = find_in(results(), [=](const ResultInfo &r) { return r.code == code; });
   if (known != nullptr) return known->name;
   char text[16];
   std::snprintf(text, sizeof text, "0x%08X", code);
@@ -115,8 +146,8 @@ std::optional<uint32_t> find_result(std::string_view name) {
   return parse_number(name);
 }
 
-const ParameterName *parameter_of_mismatch(uint32_t code) {
-  return find_in(parameters(), [=](const ParameterName &p) { return p.mismatch == code; });
+const Parameter *parameter_of_mismatch(uint32_t code) {
+  return find_in(parameters(), [=](const Parameter &p) { return p.mismatch == code; });
 }
 
 std::vector<std::string> parameter_keys() {
@@ -129,7 +160,7 @@ std::vector<std::string> command_keys() {
 
 std::vector<std::string> result_keys() {
   std::vector<std::string> keys = {"agree", "ok"};
-  for (const ResultName &result : results()) {
+  for (const ResultInfo &result : results()) {
     std::string_view name = std::string_view(result.name).substr(prefix.size());
     for (const std::string_view before : {"ERR_", "RESULT_"}) {
       if (name.starts_with(before)) name.remove_prefix(before.size());

@@ -1,5 +1,4 @@
-// The names by which the lab speaks of parameters, commands and results, all made from the
-// library's headers.
+// Parameters, commands and results with their names: the tables of the library's headers.
 #pragma once
 
 #include <array>
@@ -14,37 +13,49 @@ namespace lab {
 // The two switches on the desk, in the order in which everything of both is kept.
 inline constexpr std::array<const char *, 2> switch_names = {"left", "right"};
 
-struct ParameterName {
+struct Parameter {
   uint16_t type;
   std::string key;         // "stp-mode"
   std::string enumerator;  // "STP_MCEC_TYPE1_STP_MODE"
   bool is_global;
   uint16_t length;
   uint32_t mismatch;
+  uint32_t kind;          // STP_MCEC_KIND_*
+  uint32_t default_word;  // of a value of one word; longer ones are zero by default
+  uint32_t compared;      // STP_MCEC_COMPARED_IN_*
+  bool is_compared_on_pod;
 };
 
-struct CommandName {
+struct CommandInfo {
   uint32_t id;
   std::string key;
   std::string enumerator;
   std::string extractor;
   bool is_gated;
+  uint32_t sets;  // STP_MCEC_SETS of the parameters that it sets
 };
 
-struct ResultName {
+struct ResultInfo {
   std::string name;
   uint32_t code;
 };
 
-const std::vector<ParameterName> &parameters();
-const ParameterName *find_parameter(std::string_view key);
-const ParameterName *find_parameter(uint32_t type);
+const std::vector<Parameter> &parameters();
+const Parameter *find_parameter(std::string_view key);
+const Parameter *find_parameter(uint32_t type);
 
-const std::vector<CommandName> &commands();
-const CommandName *find_command(std::string_view key);
-const CommandName *find_command(uint32_t id);
+// Does the library compare a parameter? `mode`: the cached one (STP_MCEC_STP_MODE_*), nothing without
+// one; `on_pod`: on a pod port; `has_twins`: twin VLANs are given.
+bool is_compared(const Parameter &parameter, std::optional<uint32_t> mode, bool on_pod,
+                 bool has_twins);
 
-const std::vector<ResultName> &results();
+bool sets(const CommandInfo &command, const Parameter &parameter);
+
+const std::vector<CommandInfo> &commands();
+const CommandInfo *find_command(std::string_view key);
+const CommandInfo *find_command(uint32_t id);
+
+const std::vector<ResultInfo> &results();
 
 // "stp-mode", or the number of a type that is no parameter.
 std::string parameter_key(uint32_t type);
@@ -56,7 +67,7 @@ std::string result_name(uint32_t code);
 std::optional<uint32_t> find_result(std::string_view name);
 
 // The parameter of whose mismatch a code tells, nullptr when it tells something else.
-const ParameterName *parameter_of_mismatch(uint32_t code);
+const Parameter *parameter_of_mismatch(uint32_t code);
 
 std::vector<std::string> parameter_keys();
 std::vector<std::string> command_keys();

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "draimiofaf/types.h"
+#include "switch/values.h"
+
 namespace lab {
 namespace {
 
@@ -41,6 +44,22 @@ const Channel *find_channel(const Settings &settings, uint32_t id) {
 const Channel *find_channel(const Settings &settings, std::string_view name) {
   const auto at = channel_place(settings.channels, name);
   return at != settings.channels.end() && at->name == name ? &*at : nullptr;
+}
+
+const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type) {
+  return find_in(entries, [=](const Entry &entry) { return entry.type == type; });
+}
+
+const Port *port_of_channel(const Settings &settings, std::string_view channel) {
+  const Channel *of = find_channel(settings, channel);
+  if (of == nullptr) return nullptr;
+  return find_in(settings.ports, [=](const Port &port) { return port.channel == of->id; });
+}
+
+std::optional<uint32_t> running_mode(const Settings &settings) {
+  const Entry *mode = find_entry(settings.parameters, STP_MCEC_TYPE1_STP_MODE);
+  if (!settings.spanning_tree || mode == nullptr) return std::nullopt;
+  return word_of(mode->value);
 }
 
 std::span<const Port> ports_between(const Settings &settings, uint32_t first, uint32_t last) {

@@ -5,11 +5,13 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "switch/vlans.h"
+#include "text/error.h"
 #include "text/text.h"
 
 namespace lab {
@@ -43,32 +45,62 @@ struct Port {
   uint8_t type = 26;  // of the interface
   uint32_t layer_mode = 2;
   std::vector<Entry> parameters;  // types 10 to 12
+  bool spanning_tree = true;      // does it run on the port?
   // What the switch says of the port that no parameter covers: "bpdu_guard", "link_type".
   std::map<std::string, std::string> uncovered;
 
   bool operator==(const Port &) const = default;
 };
 
-// The two ends of a multi-chassis domain, as a switch names them.
-struct Peering {
-  std::string source;
+// A multi-chassis domain as one switch has it; its values are kept as they are written.
+struct Domain {
+  std::string id;
+  std::optional<std::string> system_id;
+  std::string source;  // the switch's own address, and the peer's; empty: not given
   std::string peer;
 
-  bool operator==(const Peering &) const = default;
+  bool operator==(const Domain &) const = default;
 };
+
+// Timers by name, as they are written. One that is not given has its default.
+using Timers = std::map<std::string, std::string>;
+
+struct TimerDefault {
+  const char *name;
+  const char *value;
+};
+inline constexpr std::array<TimerDefault, 4> timer_defaults = {
+    {{"forward-delay", "15"}, {"hello-time", "2"}, {"max-age", "20"}, {"max-hops", "20"}}};
 
 struct Settings {
   std::string name;           // the switch's own; empty: it has none
   std::string address;        // of the bridge, as written
   bool spanning_tree = true;  // does it run at all?
   bool trunk = true;          // does the multi-chassis trunk exist?
-  std::vector<Peering> peerings;
+  std::vector<Domain> domains;
+  Timers timers;                           // of the mode that runs
+  std::map<uint32_t, Timers> vlan_timers;  // of VLANs, in Rapid-PVST
   Vlans user_vlans;
   std::vector<Channel> channels;  // in natural order of their names
   std::vector<Port> ports;        // by index
   std::vector<Entry> parameters;  // types 1 to 9, in the order in which they reach the cache
 
   bool operator==(const Settings &) const = default;
+};
+
+// Settings as they are read from a source.
+struct ReadSettings {
+  Settings settings;
+  InputErrors errors;       // with some, the settings are of no use
+  std::string source = {};  // as it may be shown, where it is not known to who reads
+};
+
+// A change of what surrounds the library on a switch, as far as it is given.
+struct WorldChange {
+  std::optional<bool> trunk;
+  std::optional<Vlans> user_vlans;
+  std::vector<Channel> channels;
+  std::vector<Port> ports;  // without their parameters
 };
 
 // Of both switches, left and right.
@@ -80,6 +112,13 @@ const Port *find_port(const Settings &settings, uint32_t index);
 const Port *find_port(const Settings &settings, std::string_view name);
 const Channel *find_channel(const Settings &settings, uint32_t id);
 const Channel *find_channel(const Settings &settings, std::string_view name);
+const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type);
+
+// The port that stands for a channel; nullptr: the switch has no such channel, or no port of it.
+const Port *port_of_channel(const Settings &settings, std::string_view channel);
+
+// The mode of spanning tree (STP_MCEC_STP_MODE_*); nothing: it is off, or not known.
+std::optional<uint32_t> running_mode(const Settings &settings);
 
 // The ports whose indexes lie in a range.
 std::span<const Port> ports_between(const Settings &settings, uint32_t first, uint32_t last);

@@ -3,12 +3,12 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "pair/protocol.h"
-#include "sonic/rows.h"
 #include "switch/names.h"
 #include "switch/settings.h"
 #include "text/yaml.h"
@@ -21,11 +21,17 @@ std::vector<Entry> read_parameters(Reader &reader, const YAML::Node &node, const
                                    std::optional<bool> global = std::nullopt);
 
 // The parameter that a key names, nullptr (and an error) when it names none.
-const ParameterName *read_parameter_name(Reader &reader, const YAML::Node &node);
+const Parameter *read_parameter_name(Reader &reader, const YAML::Node &node);
 
-// A switch. `folder` is where a file that it is taken `from` is looked for.
-Settings read_switch(Reader &reader, const YAML::Node &node, const std::string &what,
-                     const std::string &folder);
+// Reads the settings of a side, 0 or 1, from the source that a switch is taken `from`.
+using ReadFrom = std::function<ReadSettings(const std::string &source, std::size_t side)>;
+
+// The switch of a side. `folder` is where files that it is taken `from` are looked for.
+Settings read_switch(Reader &reader, const YAML::Node &node, std::size_t side,
+                     const std::string &folder, const ReadFrom &read_from);
+
+// Does a text look like YAML, and nothing else?
+bool is_state_file(std::string_view text);
 
 // A state file.
 ReadSettings read_state(const std::string &text);

@@ -63,6 +63,7 @@ std::string port_lines(const Settings &settings, const Port &port) {
   if (port.layer_mode != usual.layer_mode) {
     pairs.emplace_back("layer-mode", std::to_string(port.layer_mode));
   }
+  if (!port.spanning_tree) pairs.emplace_back("spanning-tree", "false");
   if (!port.parameters.empty()) {
     pairs.emplace_back("parameters", inline_text(parameters_text(port.parameters)));
   }
@@ -78,6 +79,33 @@ std::string port_lines(const Settings &settings, const Port &port) {
   return lines;
 }
 
+Pairs domain_text(const Domain &domain) {
+  Pairs pairs = {{"id", yaml_text(domain.id)}};
+  if (domain.system_id) pairs.emplace_back("system-id", yaml_text(*domain.system_id));
+  if (!domain.source.empty()) pairs.emplace_back("source", yaml_text(domain.source));
+  if (!domain.peer.empty()) pairs.emplace_back("peer", yaml_text(domain.peer));
+  return pairs;
+}
+
+Pairs timers_text(const Timers &timers) {
+  Pairs pairs;
+  for (const auto &[name, value] : timers) pairs.emplace_back(name, yaml_text(value));
+  return pairs;
+}
+
+// VLANs with the same timers are written together.
+std::string vlan_timers_lines(const Settings &settings) {
+  std::map<Timers, Vlans> groups;
+  for (const auto &[vlan, timers] : settings.vlan_timers) groups[timers].set(vlan);
+  std::string lines;
+  for (const auto &[timers, vlans] : groups) {
+    Pairs pairs = timers_text(timers);
+    pairs.insert(pairs.begin(), {"vlans", yaml_vlans(vlans)});
+    lines += "  - " + inline_text(pairs) + "\n";
+  }
+  return lines;
+}
+
 }  // namespace
 
 std::string state_file(const Settings &settings) {
@@ -89,10 +117,12 @@ std::string state_file(const Settings &settings) {
   if (!settings.address.empty()) line("address", yaml_text(settings.address));
   if (!settings.spanning_tree) line("spanning-tree", "false");
   line("trunk", settings.trunk ? "true" : "false");
-  if (!settings.peerings.empty()) out += "peerings:\n";
-  for (const auto &[source, peer] : settings.peerings) {
-    out += "  - " + inline_text({{"source", yaml_text(source)}, {"peer", yaml_text(peer)}}) + "\n";
+  if (!settings.domains.empty()) out += "domains:\n";
+  for (const Domain &domain : settings.domains) {
+    out += "  - " + inline_text(domain_text(domain)) + "\n";
   }
+  if (!settings.timers.empty()) line("timers", inline_text(timers_text(settings.timers)));
+  if (!settings.vlan_timers.empty()) out += "vlan-timers:\n" + vlan_timers_lines(settings);
   line("user-vlans", yaml_vlans(settings.user_vlans));
   if (!settings.channels.empty()) out += "channels:\n";
   for (const Channel &channel : settings.channels) {

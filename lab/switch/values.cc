@@ -24,13 +24,13 @@ mcecm_app_info_t report_of(uint32_t type, const Bytes &value) {
   return report ? report->records[0] : mcecm_app_info_t{};
 }
 
-std::string library_text(const ParameterName &parameter, const Bytes &value) {
+std::string library_text(const Parameter &parameter, const Bytes &value) {
   return printable(report_of(parameter.type, value).param_value);
 }
 
 // --- words: numbers, or one of a few texts ---
 
-Words find_words(const ParameterName &parameter) {
+Words find_words(const Parameter &parameter) {
   // The texts of the values that a switch can have; what the library has no text of its own for
   // takes the text of an earlier one.
   const bool is_mode = parameter.type == STP_MCEC_TYPE1_STP_MODE;
@@ -49,30 +49,30 @@ std::string words_text(const Words &words) {
   return text;
 }
 
-Bytes read_choice(Reader &reader, const ParameterName &parameter, const YAML::Node &node) {
+Bytes read_choice(Reader &reader, const Parameter &parameter, const YAML::Node &node) {
   return word(reader.word(node, parameter.key, value_words(parameter)));
 }
 
-std::optional<std::string> write_choice(const ParameterName &parameter, const Bytes &value) {
+std::optional<std::string> write_choice(const Parameter &parameter, const Bytes &value) {
   for (const auto &[key, known] : value_words(parameter)) {
     if (known == word_of(value)) return key;
   }
   return std::to_string(word_of(value));
 }
 
-std::string choice_help(const ParameterName &parameter) {
+std::string choice_help(const Parameter &parameter) {
   return words_text(value_words(parameter)) + ", or a number";
 }
 
-Bytes read_number(Reader &reader, const ParameterName &parameter, const YAML::Node &node) {
+Bytes read_number(Reader &reader, const Parameter &parameter, const YAML::Node &node) {
   return word(reader.number(node, parameter.key));
 }
 
-std::optional<std::string> write_number(const ParameterName &, const Bytes &value) {
+std::optional<std::string> write_number(const Parameter &, const Bytes &value) {
   return std::to_string(word_of(value));
 }
 
-std::string number_help(const ParameterName &) {
+std::string number_help(const Parameter &) {
   return "a number";
 }
 
@@ -84,14 +84,14 @@ const Words flag_words = {{"edge", STP_MCEC_GBL_PORT_TYPE_EDGE},
                           {"network", STP_MCEC_GBL_PORT_TYPE_NETWORK},
                           {"normal", STP_MCEC_GBL_PORT_TYPE_NORMAL}};
 
-Bytes read_flags(Reader &reader, const ParameterName &, const YAML::Node &node) {
+Bytes read_flags(Reader &reader, const Parameter &, const YAML::Node &node) {
   if (!node.IsSequence()) return word(reader.word(node, "flags", flag_words));
   uint32_t value = 0;
   for (const auto &flag : node) value |= reader.word(flag, "a flag", flag_words);
   return word(value);
 }
 
-std::optional<std::string> write_flags(const ParameterName &, const Bytes &value) {
+std::optional<std::string> write_flags(const Parameter &, const Bytes &value) {
   std::string text;
   uint32_t left = word_of(value);
   for (const auto &[key, flag] : flag_words) {
@@ -102,13 +102,13 @@ std::optional<std::string> write_flags(const ParameterName &, const Bytes &value
   return left == 0 && !text.empty() ? "[" + text + "]" : std::to_string(word_of(value));
 }
 
-std::string flags_help(const ParameterName &) {
+std::string flags_help(const Parameter &) {
   return "a list of " + words_text(flag_words) + ", or a number";
 }
 
 // --- text ---
 
-Bytes read_text(Reader &reader, const ParameterName &parameter, const YAML::Node &node) {
+Bytes read_text(Reader &reader, const Parameter &parameter, const YAML::Node &node) {
   const std::string name = reader.name(node, "a region name");
   if (name.size() > parameter.length) {
     reader.expected(node, "a region name of at most " + std::to_string(parameter.length) +
@@ -120,7 +120,7 @@ Bytes read_text(Reader &reader, const ParameterName &parameter, const YAML::Node
 }
 
 // Only text that nothing but NUL follows can be written as text.
-std::optional<std::string> write_text(const ParameterName &, const Bytes &value) {
+std::optional<std::string> write_text(const Parameter &, const Bytes &value) {
   const auto end = std::find(value.begin(), value.end(), 0);
   const std::string name(value.begin(), end);
   std::string_view rest = name;
@@ -129,27 +129,27 @@ std::optional<std::string> write_text(const ParameterName &, const Bytes &value)
   return is_text ? std::optional(yaml_text(name)) : std::nullopt;
 }
 
-std::string text_help(const ParameterName &parameter) {
+std::string text_help(const Parameter &parameter) {
   return "a text of at most " + std::to_string(parameter.length) + " bytes";
 }
 
 // --- VLANs ---
 
-Bytes read_vlans(Reader &reader, const ParameterName &parameter, const YAML::Node &node) {
+Bytes read_vlans(Reader &reader, const Parameter &parameter, const YAML::Node &node) {
   return vlan_record(reader.vlans(node, parameter.key));
 }
 
-std::string show_vlans(const ParameterName &parameter, const Bytes &value) {
+std::string show_vlans(const Parameter &parameter, const Bytes &value) {
   const Vlans vlans = vlans_of_record(value);
   return vlans.any() ? vlan_text(vlans) : library_text(parameter, value);
 }
 
-std::optional<std::string> write_vlans(const ParameterName &, const Bytes &value) {
+std::optional<std::string> write_vlans(const Parameter &, const Bytes &value) {
   const Vlans vlans = vlans_of_record(value);
   return vlan_record(vlans) == value ? std::optional(yaml_vlans(vlans)) : std::nullopt;
 }
 
-std::string vlans_help(const ParameterName &) {
+std::string vlans_help(const Parameter &) {
   return "VLANs on which spanning tree is disabled: 10-20,30, or none";
 }
 
@@ -161,7 +161,7 @@ Difference vlans_difference(const Bytes &left, const Bytes &right) {
 
 // --- the map of VLANs to MST instances ---
 
-Bytes read_map(Reader &reader, const ParameterName &parameter, const YAML::Node &node) {
+Bytes read_map(Reader &reader, const Parameter &parameter, const YAML::Node &node) {
   Bytes map(parameter.length);
   Vlans taken;
   reader.entries(
@@ -181,11 +181,11 @@ Bytes read_map(Reader &reader, const ParameterName &parameter, const YAML::Node 
   return map;
 }
 
-std::string show_map(const ParameterName &, const Bytes &value) {
+std::string show_map(const Parameter &, const Bytes &value) {
   return vlan_map_text(value);
 }
 
-std::optional<std::string> write_map(const ParameterName &, const Bytes &value) {
+std::optional<std::string> write_map(const Parameter &, const Bytes &value) {
   std::string text;
   for (const auto &[instance, vlans] : instances_of(value)) {
     if (instance > last_mst_instance) return std::nullopt;
@@ -194,7 +194,7 @@ std::optional<std::string> write_map(const ParameterName &, const Bytes &value) 
   return "{" + text + "}";
 }
 
-std::string map_help(const ParameterName &) {
+std::string map_help(const Parameter &) {
   return "VLANs of MST instances: {1: 10-20, 2: \"30,40\"}";
 }
 
@@ -224,11 +224,11 @@ Difference map_difference(const Bytes &left, const Bytes &right) {
 // --- the kinds ---
 
 struct Kind {
-  Bytes (*read)(Reader &, const ParameterName &, const YAML::Node &);
+  Bytes (*read)(Reader &, const Parameter &, const YAML::Node &);
   // As YAML; nothing: the words do not say it all.
-  std::optional<std::string> (*write)(const ParameterName &, const Bytes &);
-  std::string (*show)(const ParameterName &, const Bytes &);
-  std::string (*help)(const ParameterName &);
+  std::optional<std::string> (*write)(const Parameter &, const Bytes &);
+  std::string (*show)(const Parameter &, const Bytes &);
+  std::string (*help)(const Parameter &);
   bool has_words = false;
   bool to_the_letter = false;
   Difference (*difference)(const Bytes &, const Bytes &) = nullptr;
@@ -242,18 +242,18 @@ constexpr Kind vlans = {read_vlans, write_vlans, show_vlans,      vlans_help,
                         false,      false,       vlans_difference};
 constexpr Kind map = {read_map, write_map, show_map, map_help, false, false, map_difference};
 
-const Kind &kind_of(const ParameterName &parameter) {
-  switch (parameter.type) {
-    case STP_MCEC_TYPE1_STP_ENDIS:
-      return vlans;
-    case STP_MCEC_TYPE1_MST_REGION_NAME:
-      return text;
-    case STP_MCEC_TYPE1_MST_REGION_VI_MAP:
-      return map;
-    case STP_MCEC_TYPE1_GBL_PORT_TYPE:
-      return flags;
-    case STP_MCEC_TYPE1_MST_REGION_REVISION:
+const Kind &kind_of(const Parameter &parameter) {
+  switch (parameter.kind) {
+    case STP_MCEC_KIND_NUMBER:
       return number;
+    case STP_MCEC_KIND_FLAGS:
+      return flags;
+    case STP_MCEC_KIND_TEXT:
+      return text;
+    case STP_MCEC_KIND_VLANS:
+      return vlans;
+    case STP_MCEC_KIND_MAP:
+      return map;
     default:
       return choice;
   }
@@ -271,22 +271,16 @@ uint32_t word_of(const Bytes &value) {
   return read;
 }
 
-Bytes default_value(const ParameterName &parameter) {
-  Bytes value(parameter.length);
-  for (uint32_t candidate = 0; candidate < 256; ++candidate) {
-    if (parameter.length == sizeof candidate) value = word(candidate);
-    if (stp_mcec_type1_cfg_param_is_default(parameter.type, parameter.length, value.data()) != 0) {
-      return value;
-    }
-  }
-  return {};
+Bytes default_value(const Parameter &parameter) {
+  const bool is_word = parameter.length == sizeof parameter.default_word;
+  return is_word ? word(parameter.default_word) : Bytes(parameter.length);
 }
 
-std::string title(const ParameterName &parameter) {
+std::string title(const Parameter &parameter) {
   return report_of(parameter.type, Bytes(parameter.length)).param_name;
 }
 
-Bytes read_value(Reader &reader, const ParameterName &parameter, const YAML::Node &node) {
+Bytes read_value(Reader &reader, const Parameter &parameter, const YAML::Node &node) {
   if (node.IsMap() && node["bytes"].IsDefined()) {
     reader.mapping(node, "a value", {"bytes"});
     return reader.bytes(node["bytes"], "a value");
@@ -295,12 +289,12 @@ Bytes read_value(Reader &reader, const ParameterName &parameter, const YAML::Nod
 }
 
 std::string display(uint32_t type, const Bytes &value) {
-  const ParameterName *parameter = find_parameter(type);
+  const Parameter *parameter = find_parameter(type);
   return parameter != nullptr ? kind_of(*parameter).show(*parameter, value) : hex(value);
 }
 
 std::string written(const Entry &entry) {
-  const ParameterName *parameter = find_parameter(uint32_t{entry.type});
+  const Parameter *parameter = find_parameter(uint32_t{entry.type});
   std::optional<std::string> said;
   if (parameter != nullptr && entry.value.size() == parameter->length) {
     said = kind_of(*parameter).write(*parameter, entry.value);
@@ -308,23 +302,23 @@ std::string written(const Entry &entry) {
   return said ? *said : "{bytes: " + yaml_text(hex(entry.value)) + "}";
 }
 
-std::string value_help(const ParameterName &parameter) {
+std::string value_help(const Parameter &parameter) {
   return kind_of(parameter).help(parameter);
 }
 
 bool same_text(std::string_view parameter, std::string_view a, std::string_view b) {
-  const ParameterName *known = find_parameter(parameter);
+  const Parameter *known = find_parameter(parameter);
   const bool to_the_letter = known != nullptr && kind_of(*known).to_the_letter;
   return to_the_letter ? a == b : key_of(a) == key_of(b);
 }
 
 Difference difference(uint32_t type, const Bytes &left, const Bytes &right) {
-  const ParameterName *parameter = find_parameter(type);
+  const Parameter *parameter = find_parameter(type);
   if (parameter == nullptr || kind_of(*parameter).difference == nullptr) return {};
   return kind_of(*parameter).difference(left, right);
 }
 
-const Words &value_words(const ParameterName &parameter) {
+const Words &value_words(const Parameter &parameter) {
   static std::map<uint16_t, Words> known;
   const auto [at, is_new] = known.try_emplace(parameter.type);
   if (is_new && kind_of(parameter).has_words) at->second = find_words(parameter);

@@ -17,14 +17,14 @@ namespace lab {
 Bytes word(uint32_t value);
 uint32_t word_of(const Bytes &value);
 
-// A value that is the parameter's default, by the library's own test.
-Bytes default_value(const ParameterName &parameter);
+// The value of a parameter that is not configured.
+Bytes default_value(const Parameter &parameter);
 
 // The parameter's title in the library's report.
-std::string title(const ParameterName &parameter);
+std::string title(const Parameter &parameter);
 
 // What a scenario says for a parameter; {bytes: ...} gives any parameter any bytes.
-Bytes read_value(Reader &reader, const ParameterName &parameter, const YAML::Node &node);
+Bytes read_value(Reader &reader, const Parameter &parameter, const YAML::Node &node);
 
 // What the library displays for a value, except that a VLAN list is whole and a VLAN map is told.
 std::string display(uint32_t type, const Bytes &value);
@@ -34,7 +34,7 @@ std::string display(uint32_t type, const Bytes &value);
 std::string written(const Entry &entry);
 
 // How a scenario writes values of the parameter, for a person.
-std::string value_help(const ParameterName &parameter);
+std::string value_help(const Parameter &parameter);
 
 // Do two display texts say the same? Names are taken to the letter, other texts by their words.
 bool same_text(std::string_view parameter, std::string_view a, std::string_view b);
@@ -49,6 +49,6 @@ Difference difference(uint32_t type, const Bytes &left, const Bytes &right);
 
 // The words by which a scenario names the values of a parameter, from the library's own display
 // texts: "rapid-pvst", "edge-trunk-port". Empty for parameters that have no such texts.
-const Words &value_words(const ParameterName &parameter);
+const Words &value_words(const Parameter &parameter);
 
 }  // namespace lab

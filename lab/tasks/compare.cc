@@ -1,23 +1,19 @@
 #include "tasks/compare.h"
 
 #include "draimiofaf/types.h"
+#include "output/fix.h"
+#include "output/notes.h"
+#include "output/patch_json.h"
 #include "output/told.h"
 #include "pair/scopes.h"
-#include "report/pairing.h"
-#include "sonic/patch.h"
+#include "report/notes.h"
+#include "sonic/fix.h"
 #include "switch/digest.h"
 #include "switch/values.h"
 #include "tasks/check.h"
 
 namespace lab {
 namespace {
-
-const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type) {
-  for (const Entry &entry : entries) {
-    if (entry.type == type) return &entry;
-  }
-  return nullptr;
-}
 
 const char *spanning_tree_text(const Settings &settings) {
   if (!settings.spanning_tree) return "off";
@@ -78,17 +74,19 @@ void add_fix(const Sides &sides, const Json &check, Json &parameter) {
   const Fix fix = find_fix_of_row(sides, check, parameter);
   const bool have_rows = sides[0].rows && sides[1].rows;
   if (!have_rows) {
-    if (!fix.text.empty()) parameter["fix"] = {{"text", fix.text}};
+    parameter["fix"] = {{"text", describe_fix(fix)}};
     return;
   }
   Json &told = parameter["fix"] = Json::object();
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    if (fix.alone[i]) told[switch_names[i]] = patch_of(*sides[i].rows, *fix.alone[i]);
+    if (fix.alone[i]) {
+      told[switch_names[i]] = patch_to_json(make_patch(*sides[i].rows, *fix.alone[i]));
+    }
   }
   for (std::size_t i = 0; fix.both && i < sides.size(); ++i) {
-    told["both"][switch_names[i]] = patch_of(*sides[i].rows, (*fix.both)[i]);
+    told["both"][switch_names[i]] = patch_to_json(make_patch(*sides[i].rows, (*fix.both)[i]));
   }
-  if (!fix.text.empty()) told["text"] = fix.text;
+  told["text"] = describe_fix(fix);
 }
 
 void complete(const Sides &sides, Json &check) {
@@ -130,7 +128,11 @@ Json compare(const Sides &sides) {
   for (std::size_t i = 0; i < sides.size(); ++i) told[switch_names[i]] = told_side(sides[i]);
   told["twin-vlans"] = vlan_text(twin_vlans(settings));
   told["checks"] = Json::array();
-  told["notes"] = notes_of(settings);
+  told["notes"] = Json::array();
+  for (const Note &note : find_notes(settings, false)) {
+    const std::string scope = note.channel.empty() ? "" : printable(note.channel) + ": ";
+    told["notes"].push_back(scope + describe_note(note));
+  }
   if (settings[0]->spanning_tree && settings[1]->spanning_tree) {
     told["checks"] = checks_of(sides);
     for (Json &check : told["checks"]) complete(sides, check);
@@ -157,7 +159,8 @@ std::array<Json, 2> fixes(const Sides &sides, const Json &told,
       }
     }
   }
-  return {patch_of(*sides[0].rows, all[0]), patch_of(*sides[1].rows, all[1])};
+  return {patch_to_json(make_patch(*sides[0].rows, all[0])),
+          patch_to_json(make_patch(*sides[1].rows, all[1]))};
 }
 
 }  // namespace lab

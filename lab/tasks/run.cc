@@ -103,8 +103,8 @@ void do_requests(Runner &runner, const Step &step, Json &told) {
     for (std::size_t i = 0; i < requests.size(); ++i) {
       if (!requests[i]) continue;
       complete(runner, step, i, *requests[i]);
-      if (const auto *change = std::get_if<WorldChange>(&requests[i]->asked)) {
-        apply(*change, runner.now[i]);
+      if (const auto *change = std::get_if<ChangeWorld>(&requests[i]->asked)) {
+        apply(change->change, runner.now[i]);
         runner.channels.reset();
       }
     }

@@ -8,12 +8,6 @@
 namespace lab {
 namespace {
 
-bool looks_like_a_dump(std::string_view text) {
-  text = without_byte_order_mark(text);
-  const std::size_t first = text.find_first_not_of(" \t\r\n");
-  return first != text.npos && (text[first] == '{' || text[first] == '[');
-}
-
 void read_file(const std::string &path, Format format, ReadSide &read) {
   const std::string bytes = file_text(path, read.errors);
   if (!read.errors.empty()) return;
@@ -40,7 +34,7 @@ void read_from_database(const Source &source, ReadSide &read) {
 ReadText read_text(const std::string &bytes, Format format) {
   ReadText text;
   ReadSettings settings;
-  if (format == Format::dump || (format == Format::by_content && looks_like_a_dump(bytes))) {
+  if (format == Format::dump || (format == Format::by_content && !is_state_file(bytes))) {
     ReadRows rows = read_dump(bytes);
     settings = settings_of(rows.rows, rows.errors);
     text.rows = std::move(rows.rows);
@@ -64,6 +58,11 @@ ReadSide read_side(const std::string &source, std::size_t which, Format format) 
     read_from_database(parsed.source, read);
   }
   return read;
+}
+
+ReadSettings settings_from(const std::string &source, std::size_t which) {
+  ReadSide read = read_side(source, which, Format::by_content);
+  return {std::move(read.side.settings), std::move(read.errors), read.side.source};
 }
 
 }  // namespace lab

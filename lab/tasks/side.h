@@ -5,6 +5,7 @@
 #include <string>
 
 #include "sonic/rows.h"
+#include "switch/state_reader.h"
 #include "tasks/watched_file.h"
 
 namespace lab {
@@ -29,5 +30,8 @@ struct ReadSide {
 // The switch that a source says: a state file or a dump ("-" is standard input), or a database.
 // `which` of the two, 0 or 1, tells whose password the environment has. Throws Interrupted.
 ReadSide read_side(const std::string &source, std::size_t which, Format format);
+
+// The same, for a scenario.
+ReadSettings settings_from(const std::string &source, std::size_t which);
 
 }  // namespace lab

@@ -1,0 +1,14 @@
+// Fixes, for a person.
+#pragma once
+
+#include <string>
+
+#include "sonic/fix.h"
+
+namespace lab {
+
+// "STP_PORT|PortChannel10 root_guard: true on right, or false on left"; in the words of state files
+// where a side has no rows.
+std::string describe_fix(const Fix &fix);
+
+}  // namespace lab

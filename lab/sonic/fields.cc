@@ -1,0 +1,181 @@
+#include "sonic/fields.h"
+
+#include <algorithm>
+
+#include "draimiofaf/types.h"
+#include "sonic/spelling.h"
+#include "switch/values.h"
+
+namespace lab {
+namespace {
+
+constexpr uint32_t last_revision = 65535;
+constexpr uint32_t pvst = STP_MCEC_STP_MODE_RAPID_PVST;
+constexpr uint32_t mst = STP_MCEC_STP_MODE_MST;
+
+// --- how values are written ---
+
+// Of "none", spanning tree is off: a value without bytes.
+std::optional<Bytes> parse_mode(std::string_view text) {
+  if (text == "none") return Bytes{};
+  if (text != "pvst" && text != "mst") return std::nullopt;
+  return word(text == "mst" ? mst : pvst);
+}
+
+std::string print_mode(const Bytes &value) {
+  return word_of(value) == mst ? "mst" : "pvst";
+}
+
+std::optional<Bytes> parse_boolean(std::string_view text) {
+  if (text != "true" && text != "false") return std::nullopt;
+  return word(text == "true" ? 1 : 0);
+}
+
+std::string print_boolean(const Bytes &value) {
+  return word_of(value) != 0 ? "true" : "false";
+}
+
+std::optional<Bytes> parse_revision(std::string_view text) {
+  const auto number = decimal(text);
+  return number && *number <= last_revision ? std::optional(word(*number)) : std::nullopt;
+}
+
+std::string print_revision(const Bytes &value) {
+  return std::to_string(word_of(value));
+}
+
+std::optional<Bytes> parse_region(std::string_view text) {
+  if (text.size() > region_name_bytes) return std::nullopt;
+  Bytes value(text.begin(), text.end());
+  value.resize(region_name_bytes);
+  return value;
+}
+
+std::string print_region(const Bytes &value) {
+  return {value.begin(), std::find(value.begin(), value.end(), 0)};
+}
+
+// --- the table ---
+
+struct Form {
+  const char *expected;
+  std::optional<Bytes> (*parse)(std::string_view);
+  std::string (*print)(const Bytes &);
+};
+constexpr Form mode_form = {"pvst, mst or none", parse_mode, print_mode};
+constexpr Form boolean_form = {"true or false", parse_boolean, print_boolean};
+constexpr Form revision_form = {"a number from 0 to 65535", parse_revision, print_revision};
+constexpr Form region_form = {"a region name of at most 32 bytes", parse_region, print_region};
+
+constexpr Field row_of(const char *table, const char *key) {
+  return {.table = table, .key = key, .name = "", .use = FieldUse::row};
+}
+
+constexpr Field text_in(const char *table, const char *key, const char *name) {
+  return {.table = table, .key = key, .name = name};
+}
+
+constexpr Field noted(const char *table, const char *key, const char *name) {
+  return {.table = table, .key = key, .name = name, .use = FieldUse::noted, .takes_list = true};
+}
+
+// Of a parameter, in one mode or in every (0).
+constexpr Field value_of(uint16_t type, uint32_t mode, const char *table, const char *key,
+                         const char *name, const Form &form) {
+  return {.table = table,
+          .key = key,
+          .name = name,
+          .type = type,
+          .mode = mode,
+          .expected = form.expected,
+          .parse = form.parse,
+          .print = form.print};
+}
+
+constexpr Field all[] = {
+    text_in("DEVICE_METADATA", "localhost", "mac"),
+    text_in("DEVICE_METADATA", "localhost", "hostname"),
+    value_of(STP_MCEC_TYPE1_STP_MODE, 0, "STP", "GLOBAL", "mode", mode_form),
+    noted("STP", "GLOBAL", "forward_delay"),
+    noted("STP", "GLOBAL", "hello_time"),
+    noted("STP", "GLOBAL", "max_age"),
+    row_of("VLAN", "VlanN"),
+    row_of("VLAN_MEMBER", "VlanN|PortChannelN"),
+    value_of(STP_MCEC_TYPE1_STP_ENDIS, pvst, "STP_VLAN", "VlanN", "enabled", boolean_form),
+    noted("STP_VLAN", "VlanN", "forward_delay"),
+    noted("STP_VLAN", "VlanN", "hello_time"),
+    noted("STP_VLAN", "VlanN", "max_age"),
+    value_of(STP_MCEC_TYPE1_MST_REGION_NAME, mst, "STP_MST", "GLOBAL", "name", region_form),
+    value_of(STP_MCEC_TYPE1_MST_REGION_REVISION, mst, "STP_MST", "GLOBAL", "revision",
+             revision_form),
+    noted("STP_MST", "GLOBAL", "forward_delay"),
+    noted("STP_MST", "GLOBAL", "hello_time"),
+    noted("STP_MST", "GLOBAL", "max_age"),
+    noted("STP_MST", "GLOBAL", "max_hops"),
+    {.table = "STP_MST_INST",
+     .key = "MST_INSTANCE|N",
+     .name = "vlan_list",
+     .takes_list = true,
+     .type = STP_MCEC_TYPE1_MST_REGION_VI_MAP,
+     .mode = mst},
+    value_of(STP_MCEC_TYPE1_IFI_PORT_TYPE, mst, "STP_PORT", "PortChannelN", "edge_port",
+             boolean_form),
+    value_of(STP_MCEC_TYPE1_IFI_PORT_TYPE, pvst, "STP_PORT", "PortChannelN", "portfast",
+             boolean_form),
+    value_of(STP_MCEC_TYPE1_IFI_PORT_GUARD, 0, "STP_PORT", "PortChannelN", "root_guard",
+             boolean_form),
+    value_of(0, 0, "STP_PORT", "PortChannelN", "enabled", boolean_form),
+    text_in("MCLAG_DOMAIN", "N", "peer_link"),
+    text_in("MCLAG_DOMAIN", "N", "source_ip"),
+    text_in("MCLAG_DOMAIN", "N", "peer_ip"),
+    text_in("MCLAG_DOMAIN", "N", "mclag_system_id"),
+    row_of("MCLAG_INTERFACE", "N|PortChannelN"),
+};
+
+}  // namespace
+
+std::span<const Field> fields() {
+  return all;
+}
+
+const Field *find_field(std::string_view table, std::string_view name) {
+  const auto *found = std::find_if(std::begin(all), std::end(all), [=](const Field &field) {
+    return field.table == table && field.name == name;
+  });
+  return found != std::end(all) && !name.empty() ? found : nullptr;
+}
+
+const Field *field_of_parameter(uint16_t type, uint32_t mode) {
+  const auto *found = std::find_if(std::begin(all), std::end(all), [=](const Field &field) {
+    return field.type == type && type != 0 && (field.mode == 0 || field.mode == mode);
+  });
+  return found != std::end(all) ? found : nullptr;
+}
+
+std::vector<const Field *> find_fields(std::string_view word) {
+  const std::string key = key_of(word);
+  std::vector<const Field *> found;
+  for (const Field &field : all) {
+    const std::string table = key_of(field.table);
+    const std::string name = key_of(field.name);
+    if (key == table || (key == name && !name.empty()) || key == table + '|' + name) {
+      found.push_back(&field);
+    }
+  }
+  return found;
+}
+
+const std::set<std::string> &tables_read() {
+  static const std::set<std::string> tables = [] {
+    std::set<std::string> names;
+    for (const Field &field : all) names.insert(field.table);
+    return names;
+  }();
+  return tables;
+}
+
+bool is_read(std::string_view table, std::string_view field) {
+  return table == "STP_PORT" || find_field(table, field) != nullptr;
+}
+
+}  // namespace lab

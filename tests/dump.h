@@ -1,0 +1,34 @@
+// Dumps of real switches, as the tests of captures take them.
+#pragma once
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "sonic/rows.h"
+
+namespace lab {
+
+struct Dump {
+  std::string json;
+  Rows rows;
+  Settings settings;
+  std::string errors;  // a line each
+};
+
+inline Dump dump_of(const std::string &json, const std::string &name_space = "") {
+  ReadRows rows = read_dump(json, name_space);
+  ReadSettings read = settings_of(rows.rows, rows.errors);
+  Dump dump{json, std::move(rows.rows), std::move(read.settings), ""};
+  for (const InputError &error : read.errors) {
+    dump.errors += place_of(error) + ": " + text_of(error) + "\n";
+  }
+  return dump;
+}
+
+inline std::string capture(const std::string &name) {
+  std::ifstream file(CAPTURES "/" + name + ".json");
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace lab

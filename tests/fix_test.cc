@@ -1,0 +1,186 @@
+// Pairs of dumps: what is noted of them, and what fixes them.
+
+#include <gtest/gtest.h>
+
+#include "draimiofaf/types.h"
+#include "dump.h"
+#include "output/fix.h"
+#include "output/notes.h"
+#include "output/patch_json.h"
+#include "pair/scopes.h"
+
+namespace lab {
+namespace {
+
+// The bytes of a parameter; of a channel's port by its name.
+Bytes value(const Settings &settings, const std::string &channel, uint16_t type) {
+  const Port *port = port_of_channel(settings, channel);
+  for (const Entry &entry : port != nullptr ? port->parameters : settings.parameters) {
+    if (entry.type == type) return entry.value;
+  }
+  return {};
+}
+
+TEST(Capture, NotesWhatIsWorthALook) {
+  const std::string channel = R"("MCLAG_INTERFACE": {"1|PortChannel1": {}}, )";
+  const struct {
+    std::string left;
+    std::string right;
+    std::string notes;  // a line each
+  } rows[] = {
+      {R"({"DEVICE_METADATA": {"localhost": {"mac": "AA"}}})",
+       R"({"DEVICE_METADATA": {"localhost": {"mac": "aa"}}})",
+       "same-address switch: Both switches have the address AA.\n"
+       "spanning-tree-off switch: Spanning tree is off on both switches: nothing runs.\n"},
+      {"{" + channel +
+           R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "1", "peer_ip": "2"}},
+           "VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP_PORT": {"PortChannel1": {"edge_port": "true", "bpdu_guard": "false", "link_type": "x"}},
+           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}, "Vlan2|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "mst"}},
+           "STP_MST": {"GLOBAL": {"name": "x", "max_hops": "9", "max_age": "20"}}})",
+       "{" + channel +
+           R"("MCLAG_DOMAIN": {"1": {"source_ip": "2", "mclag_system_id": "x"}}, "VLAN": {"Vlan1": {}, "Vlan3": {}},
+           "STP_PORT": {"PortChannel1": {"portfast": "true", "enabled": "true"}}, "STP_MST": {"GLOBAL": {"name": "x"}},
+           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}, "Vlan3|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "mst", "max_age": "7"}}})",
+       "spanning-tree-on-one-half PortChannel1: Spanning tree is enabled on right only.\n"
+       "vlan-on-one-half PortChannel1: Only left carries VLAN 2, and only right VLAN 3.\n"
+       "port-setting PortChannel1: The ports differ in what no parameter covers: link_type (x on "
+       "left, not set on right).\n"
+       "timer switch: Timers differ: max-hops (9 on left, not set on right).\n"
+       "domain switch: The multi-chassis domains differ: system-id (not set on left, x on right).\n"
+       "peers-do-not-cross switch: The switches do not name each other as peers: source (1 on "
+       "left, "
+       "2 on right), peer (2 on left, not set on right).\n"
+       "no-peer-link switch: The right switch has multi-chassis channels and no peer link.\n"},
+      {"{" + channel +
+           R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "1", "peer_ip": "2"}}, "VLAN": {"Vlan1": {}},
+           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "pvst", "hello_time": "1"}}, "STP_VLAN": {"Vlan1": {"max_age": "6"}, "Vlan9": {"max_age": "6"}}})",
+       "{" + channel +
+           R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "2", "peer_ip": "1"}}, "VLAN": {"Vlan1": {}},
+           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "pvst"}}})",
+       "spanning-tree-off-on-channel PortChannel1: Spanning tree is enabled on neither half.\n"
+       "vlan-timer switch: Timers of twin VLANs differ: max-age of VLAN 1 (6 on left, not set on "
+       "right).\n"
+       "timer switch: Timers differ: hello-time (1 on left, not set on right).\n"},
+  };
+  for (const auto &row : rows) {
+    const Dump left = dump_of(row.left);
+    const Dump right = dump_of(row.right);
+    EXPECT_EQ(left.errors + right.errors, "");
+    std::string notes;
+    for (const Note &note : find_notes({&left.settings, &right.settings}, false)) {
+      notes += rule_of(note.kind).key + (' ' + (note.channel.empty() ? "switch" : note.channel)) +
+               ": " + describe_note(note) + "\n";
+    }
+    EXPECT_EQ(notes, row.notes);
+    for (const Note &note : find_notes({&left.settings, &right.settings}, true)) {
+      EXPECT_TRUE(note.kind != NoteKind::same_address && note.kind != NoteKind::peers_do_not_cross);
+    }
+  }
+}
+
+// Each patch is applied to the dump, and what it fixes is looked at again.
+TEST(Capture, IsFixed) {
+  const auto inside = [](const std::string &tables, const char *mode = "mst") {
+    return "{\"STP\": {\"GLOBAL\": {\"mode\": \"" + std::string(mode) + "\"}}, " + tables + "}";
+  };
+  const std::string named = R"("STP_MST": {"GLOBAL": {"name": "x", "revision": "0"}}, )";
+  const std::string ports = R"("MCLAG_INTERFACE": {"1|PortChannel1": {}, "1|PortChannel2": {}}, )";
+  const std::string vlans = ports + R"("VLAN": {"Vlan1": {}, "Vlan2": {}, "Vlan3": {}},
+    "VLAN_MEMBER": {"Vlan1|PortChannel1": {}, "Vlan2|PortChannel1": {}}, )";
+  const struct {
+    std::string left;
+    std::string right;
+    std::string channel;
+    uint16_t type;
+    std::string text;
+    const char *patches[2];
+  } rows[] = {
+      {inside(
+           named + ports +
+           R"("STP_PORT": {"PortChannel1": {"edge_port": "true"}, "PortChannel2": {"edge_port": "true", "root_guard": "true"}})"),
+       inside(named + ports + R"("VLAN": {})"),
+       "PortChannel1",
+       STP_MCEC_TYPE1_IFI_PORT_TYPE,
+       "STP_PORT|PortChannel1 edge_port: true on right, or false on left",
+       {R"([{"op":"replace","path":"/STP_PORT/PortChannel1/edge_port","value":"false"}])",
+        R"([{"op":"add","path":"/STP_PORT","value":{"PortChannel1":{"edge_port":"true"}}}])"}},
+      {inside(vlans + R"("STP_VLAN": {"Vlan1": {"enabled": "true"}, "Vlan3": {"enabled": "true"}})",
+              "pvst"),
+       inside(vlans + R"("STP_VLAN": {"Vlan1": {}, "Vlan2": {"enabled": "true"}})", "pvst"),
+       "",
+       STP_MCEC_TYPE1_STP_ENDIS,
+       "STP_VLAN enabled: VLAN 1 true on right, or false on left; VLAN 2 false on right, or true "
+       "on left",
+       {R"([{"op":"replace","path":"/STP_VLAN/Vlan1/enabled","value":"false"},{"op":"add","path":"/STP_VLAN/Vlan2","value":{"enabled":"true"}}])",
+        R"([{"op":"add","path":"/STP_VLAN/Vlan1/enabled","value":"true"},{"op":"replace","path":"/STP_VLAN/Vlan2/enabled","value":"false"}])"}},
+      {inside(
+           named +
+           R"("STP_MST_INST": {"MST_INSTANCE|1": {"vlan_list": ["Vlan1-Vlan4"], "bridge_priority": "0"}, "MST_INSTANCE|3": {"vlan_list": "9"}})"),
+       inside(named + R"("STP_MST_INST": {"2": {"vlan_list": "1,2"}, "3": {"vlan_list": "9,8"}})"),
+       "",
+       STP_MCEC_TYPE1_MST_REGION_VI_MAP,
+       "STP_MST_INST vlan_list: VLAN 8 in instance 0 on right, or in instance 3 on left; VLANs 3-4 "
+       "in "
+       "instance 1 on right, or in instance 0 on left; VLANs 1-2 in instance 1 on right, or in "
+       "instance 2 on left",
+       {R"([{"op":"remove","path":"/STP_MST_INST/MST_INSTANCE|1/vlan_list"},{"op":"add","path":"/STP_MST_INST/MST_INSTANCE|2","value":{"vlan_list":"1-2"}},{"op":"replace","path":"/STP_MST_INST/MST_INSTANCE|3/vlan_list","value":"8-9"}])",
+        R"([{"op":"add","path":"/STP_MST_INST/1","value":{"vlan_list":"1-4"}},{"op":"remove","path":"/STP_MST_INST/2/vlan_list"},{"op":"replace","path":"/STP_MST_INST/3/vlan_list","value":"9"}])"}},
+      {inside(named + R"("VLAN": {})"),
+       inside(R"("VLAN": {})", "pvst"),
+       "",
+       STP_MCEC_TYPE1_STP_MODE,
+       "STP|GLOBAL mode: mst, STP_MST|GLOBAL name: x on right, or STP|GLOBAL mode: pvst on left",
+       {R"([{"op":"replace","path":"/STP/GLOBAL/mode","value":"pvst"}])",
+        R"([{"op":"replace","path":"/STP/GLOBAL/mode","value":"mst"},{"op":"add","path":"/STP_MST","value":{"GLOBAL":{"name":"x"}}}])"}},
+      {inside(named + R"("VLAN": {})"),
+       inside(R"("STP_MST": {"GLOBAL": {"name": "x", "revision": "3"}})"),
+       "",
+       STP_MCEC_TYPE1_MST_REGION_REVISION,
+       "STP_MST|GLOBAL revision: 0 on right, or 3 on left",
+       {R"([{"op":"replace","path":"/STP_MST/GLOBAL/revision","value":"3"}])",
+        R"([{"op":"replace","path":"/STP_MST/GLOBAL/revision","value":"0"}])"}},
+      {capture("region-names-left"),
+       capture("region-names-right"),
+       "",
+       STP_MCEC_TYPE1_MST_REGION_NAME,
+       "STP_MST|GLOBAL name: one name on both, for instance region1",
+       {R"([{"op":"add","path":"/STP_MST/GLOBAL/name","value":"region1"}])",
+        R"([{"op":"add","path":"/STP_MST/GLOBAL/name","value":"region1"}])"}},
+  };
+  for (const auto &row : rows) {
+    const std::array<Dump, 2> dumps = {dump_of(row.left), dump_of(row.right)};
+    ASSERT_EQ(dumps[0].errors + dumps[1].errors, "");
+    const PairOfSettings pair = {&dumps[0].settings, &dumps[1].settings};
+    ASSERT_NE(value(*pair[0], row.channel, row.type), value(*pair[1], row.channel, row.type));
+    const Fix fix = find_fix(pair, {&dumps[0].rows, &dumps[1].rows}, row.channel, row.type);
+    EXPECT_EQ(describe_fix(fix), row.text);
+    Settings after[2] = {dumps[0].settings, dumps[1].settings};
+    for (std::size_t side = 0; side < 2; ++side) {
+      ASSERT_NE(fix.both.has_value(), fix.alone[side].has_value());
+      const Json patch = patch_to_json(
+          make_patch(dumps[side].rows, fix.both ? (*fix.both)[side] : *fix.alone[side]));
+      EXPECT_EQ(patch.dump(), row.patches[side]);
+      const Dump patched = dump_of(Json::parse(dumps[side].json).patch(patch).dump());
+      EXPECT_EQ(patched.errors, "");
+      after[side] = patched.settings;
+    }
+    const bool is_both = fix.both.has_value();
+    // The VLANs that are no twins may stay different.
+    const auto seen = [&](const Settings &settings) {
+      const Bytes bytes = value(settings, row.channel, row.type);
+      return row.type != STP_MCEC_TYPE1_STP_ENDIS
+                 ? bytes
+                 : vlan_record(vlans_of_record(bytes) & twin_vlans(pair));
+    };
+    EXPECT_EQ(seen(after[0]), seen(is_both ? after[1] : *pair[1])) << row.text;
+    EXPECT_EQ(seen(after[1]), seen(is_both ? after[0] : *pair[0])) << row.text;
+  }
+  const Dump left = dump_of(capture("vlans-left"));
+  const Dump right = dump_of(capture("vlans-right"));
+  EXPECT_EQ(describe_fix(find_fix({&left.settings, &right.settings}, {nullptr, &right.rows}, "",
+                                  STP_MCEC_TYPE1_STP_ENDIS)),
+            "stp-endis: VLAN 20 listed on right, or not listed on left");
+}
+
+}  // namespace
+}  // namespace lab
