@@ -57,7 +57,7 @@ void DumpReader::name_row(const std::string &name) {
   slot = Slot::row;
   key_name = name;
   if (first_row.empty() && open.back() == Open::dump) first_row = table + '|' + name;
-  if (repeats_table(name)) {
+  if (open.back() == Open::table && repeats_table(name)) {
     add_error("found a key that begins with the name of a table",
               quoted(name.substr(name.find('|') + 1)));
     slot = Slot::unknown;
