@@ -94,12 +94,13 @@ constexpr KeyRule<PortGroup> port_rules[] = {
 };
 
 // The ports are given by their indexes, or one by its name.
-void check_ports_of_group(Reader &reader, const YAML::Node &node) {
+void check_ports_of_group(Reader &reader, const YAML::Node &node, PortGroup &group) {
   if (node["ports"].IsDefined() == node["port"].IsDefined()) {
     reader.add_error(node,
                      std::string("a group of ports") +
                          (node["port"] ? " with 'ports' and 'port'" : " without 'ports'"),
                      "indexes under 'ports', or a name under 'port'");
+    group.name.clear();
   }
   if (node["index"] && node["ports"]) {
     reader.add_error(node["index"], "found 'index' with 'ports'", "'port', a name");
@@ -114,7 +115,7 @@ PortGroup read_port_group(Reader &reader, const YAML::Node &node, bool with_para
   const KeyRules<PortGroup> rules(port_rules);
   if (read_mapping(reader, node, "a group of ports",
                    with_parameters ? rules : rules.first(rules.size() - 1), group)) {
-    check_ports_of_group(reader, node);
+    check_ports_of_group(reader, node, group);
   }
   return group;
 }
