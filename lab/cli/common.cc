@@ -8,7 +8,6 @@
 #include "cli/commands.h"
 #include "sonic/source.h"
 #include "text/file.h"
-#include "text/signals.h"
 
 namespace lab {
 namespace {
@@ -29,7 +28,6 @@ void print_error(const std::string &text) {
 }
 
 void print_errors(const std::string &source, const InputErrors &errors) {
-  if (!errors.empty() && interrupted()) throw Interrupted{};  // what was read is not all there is
   for (std::size_t i = 0; i < std::min(errors.size(), most_errors); ++i) {
     const std::string place = place_of(errors[i]);
     print_error(
@@ -42,7 +40,7 @@ void print_errors(const std::string &source, const InputErrors &errors) {
 
 void write_file(const std::string &path, const std::string &text) {
   if (path == "-") return fmt::print("{}", text);
-  const std::string problem = write_whole(path, text);
+  const std::string problem = write_file_atomically(path, text);
   if (!problem.empty()) throw std::runtime_error(path + " cannot be written: " + problem);
 }
 

@@ -12,6 +12,7 @@
 #include "switch/names.h"
 #include "switch/state_writer.h"
 #include "tasks/compare.h"
+#include "text/file.h"
 
 namespace lab {
 namespace {
@@ -40,6 +41,27 @@ void write_patches(const Sides &sides, const PairReport &report,
     write_file(which == "both" ? insert_side(path, switch_names[i]) : path,
                format_patch(patches[i]));
   }
+}
+
+// An output that would replace an input or another output is an error; empty: there is none.
+std::string find_clashing_output(const CompareArguments &arguments) {
+  std::vector<std::pair<std::string, std::string>> files = {{"the left source", arguments.left},
+                                                            {"the right source", arguments.right}};
+  const std::size_t inputs = files.size();
+  if (!arguments.html.empty()) files.emplace_back("--html", arguments.html);
+  const auto &[side, patch] = arguments.patch;
+  for (const char *name : switch_names) {
+    if (side == "both") files.emplace_back("--patch", insert_side(patch, name));
+  }
+  if (!side.empty() && side != "both") files.emplace_back("--patch", patch);
+  for (std::size_t i = inputs; i < files.size(); ++i) {
+    for (std::size_t k = 0; k < i; ++k) {
+      if (files[i].second == "-" || !is_same_file(files[i].second, files[k].second)) continue;
+      return fmt::format("{}: found {}, which is {}; expected another file", files[i].first,
+                         printable(files[i].second), files[k].first);
+    }
+  }
+  return "";
 }
 
 // Read both sides, and print the errors of both.
@@ -71,7 +93,7 @@ std::string find_usage_error(const CompareArguments &arguments) {
     return "expected one of --json, --html - and --patch SIDE -, which all write to the standard "
            "output";
   }
-  return "";
+  return find_clashing_output(arguments);
 }
 
 }  // namespace

@@ -15,7 +15,7 @@
 #include "sonic/source.h"
 #include "tasks/pairs.h"
 #include "text/text.h"
-#include "text/yaml.h"
+#include "text/file.h"
 
 namespace lab {
 namespace {
@@ -31,26 +31,28 @@ std::string resolve_source(const std::string &source, const std::string &folder)
 std::vector<PairEntry> read_pairs(const std::string &path, InputErrors &errors) {
   std::vector<PairEntry> pairs;
   std::set<std::string> names;
-  const std::string text = file_text(path, errors);
+  const std::string text = read_file(path, errors);
   std::istringstream lines(std::string(without_byte_order_mark(text)));
   const std::string folder = path.substr(0, path.rfind('/') + 1);
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
     if (line.ends_with('\r')) line.pop_back();
     if (line.empty() || line[0] == '#') continue;
-    std::vector<std::string> parts;
-    std::istringstream fields(line);
-    for (std::string part; std::getline(fields, part, '\t');) parts.push_back(part);
-    if (parts.size() != 3 || parts[0].empty() || parts[1].empty() || parts[2].empty()) {
+    const std::vector<std::string_view> parts = split(line, '\t');
+    const bool has_empty =
+        std::any_of(parts.begin(), parts.end(), [](auto part) { return part.empty(); });
+    if (parts.size() != 3 || has_empty) {
+      // Not a line of ours: what it contains may be a secret.
       errors.push_back({number, 1, "",
-                        "found '" + printable(without_passwords(line.substr(0, 80))) + "'",
+                        fmt::format("found {} part{}{}", parts.size(), parts.size() == 1 ? "" : "s",
+                                    has_empty ? ", not all of them filled" : ""),
                         line_form});
-    } else if (!names.insert(parts[0]).second) {
+    } else if (!names.emplace(parts[0]).second) {
       errors.push_back({number, 1, "", "found the name '" + printable(parts[0]) + "' twice",
                         "a name for each pair"});
     } else {
       pairs.push_back({printable(parts[0]),
-                       {resolve_source(parts[1], folder), resolve_source(parts[2], folder)}});
+                       {resolve_source(std::string(parts[1]), folder), resolve_source(std::string(parts[2]), folder)}});
     }
   }
   if (pairs.empty() && errors.empty()) {

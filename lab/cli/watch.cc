@@ -9,6 +9,7 @@
 #include "output/metrics.h"
 #include "tasks/side.h"
 #include "tasks/watch.h"
+#include "text/file.h"
 
 namespace lab {
 namespace {
@@ -24,6 +25,9 @@ bool read_sources(const WatchArguments &arguments, std::array<Source, 2> &source
     ParsedSource parsed = parse_source(text, i);
     if (text == "-") {
       parsed.errors.push_back({0, 0, "", "can be read once only", "a database, or a file"});
+    }
+    if (!arguments.metrics.empty() && is_same_file(arguments.metrics, text)) {
+      parsed.errors.push_back({0, 0, "", "is the file of --metrics, too", "another file"});
     }
     print_errors(parsed.source.shown, parsed.errors);
     if (!parsed.errors.empty()) errors.push_back({parsed.source.shown, parsed.errors});

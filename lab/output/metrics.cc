@@ -77,7 +77,7 @@ std::string find_problem_of_metrics(const std::string &path) {
 
 std::string write_metrics(const std::string &path, const PairStatus &status) {
   // The collector passes over names that do not end with .prom, as that of an unfinished file.
-  const std::string problem = write_whole(path, format_metrics(status));
+  const std::string problem = write_file_atomically(path, format_metrics(status));
   return problem.empty() ? "" : path + ": " + problem;
 }
 

@@ -15,6 +15,7 @@
 #include "report/verdict.h"
 #include "switch/names.h"
 #include "switch/values.h"
+#include "text/hash.h"
 
 namespace lab {
 namespace {
@@ -338,7 +339,7 @@ std::string write_page(const PairReport &report) {
 </body>
 </html>
 )",
-      page_style_hash, page_script_hash, verdict.heading, escaped(name_side(report.sides[0])),
+      hash_text(page_style), hash_text(page_script), verdict.heading, escaped(name_side(report.sides[0])),
       escaped(name_side(report.sides[1])), page_style, agree ? "good" : "bad", agree ? "=" : "≠",
       verdict.heading, verdict.text, write_pair_table(report), links, main, page_script);
 }

@@ -35,17 +35,16 @@ LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree)
 LAB_FIELDS(PairReport, it.sides, it.twin_vlans, it.checks, it.notes)
 LAB_FIELDS(PairResult, it.name, it.errors, it.report)
 
-Bytes encode_result(const PairResult &result) {
+std::string encode_result(const PairResult &result) {
   std::ostringstream stream;
   cereal::BinaryOutputArchive archive(stream);
   archive(result);
-  const std::string text = std::move(stream).str();
-  return {text.begin(), text.end()};
+  return std::move(stream).str();
 }
 
-std::optional<PairResult> decode_result(const Bytes &bytes) {
+std::optional<PairResult> decode_result(const std::string &bytes) {
   try {
-    std::istringstream stream({bytes.begin(), bytes.end()});
+    std::istringstream stream(bytes);
     cereal::BinaryInputArchive archive(stream);
     PairResult result;
     archive(result);

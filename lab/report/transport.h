@@ -5,9 +5,9 @@
 
 namespace lab {
 
-Bytes encode_result(const PairResult &result);
+std::string encode_result(const PairResult &result);
 
 // Nothing: the bytes are no result.
-std::optional<PairResult> decode_result(const Bytes &bytes);
+std::optional<PairResult> decode_result(const std::string &bytes);
 
 }  // namespace lab
