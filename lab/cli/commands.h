@@ -7,12 +7,10 @@
 #include <vector>
 
 #include "output/style.h"
+#include "report/verdict.h"
 #include "text/error.h"
 
 namespace lab {
-
-// Of several, the greatest counts.
-enum Status { agreed = 0, disagreed = 1, wrong = 2 };
 
 struct RunArguments {
   std::vector<std::string> files;

@@ -15,7 +15,7 @@ Json text_or_null(const std::optional<std::string> &text) {
   return text ? Json(*text) : Json();
 }
 
-Json fix_to_json(const FixReport &fix) {
+Json fix_to_json(const FixReport &fix, const SideNames &names) {
   Json json = Json::object();
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     if (fix.alone[side]) json[switch_names[side]] = patch_to_json(*fix.alone[side]);
@@ -23,13 +23,13 @@ Json fix_to_json(const FixReport &fix) {
   for (std::size_t side = 0; fix.both && side < switch_names.size(); ++side) {
     json["both"][switch_names[side]] = patch_to_json((*fix.both)[side]);
   }
-  json["text"] = describe_fix(fix.fix);
+  json["text"] = describe_fix(fix.fix, names);
   return json;
 }
 
-Json parameter_to_json(const ParameterReport &parameter) {
+Json parameter_to_json(const ParameterReport &parameter, const SideNames &names) {
   Json json = {{"parameter", parameter_key(parameter.type)}, {"type", parameter.type}};
-  const auto texts = describe_values(parameter);
+  const auto texts = find_value_texts(parameter);
   for (std::size_t side = 0; side < texts.size(); ++side) {
     json[switch_names[side]] = text_or_null(texts[side]);
   }
@@ -45,7 +45,8 @@ Json parameter_to_json(const ParameterReport &parameter) {
   for (std::size_t side = 0; parameter.digests && side < switch_names.size(); ++side) {
     json["digest"][switch_names[side]] = text_or_null((*parameter.digests)[side]);
   }
-  if (parameter.fix) json["fix"] = fix_to_json(*parameter.fix);
+  if (parameter.fix) json["fix"] = fix_to_json(*parameter.fix, names);
+  if (parameter.accepted) json["accepted"] = acceptance_to_json(*parameter.accepted);
   return json;
 }
 
@@ -71,13 +72,7 @@ Json inconsistent_to_json(const std::vector<InconsistentPort> &ports) {
   return json;
 }
 
-}  // namespace
-
-Json code_to_json(uint32_t code, const char *success) {
-  return {{"name", code == 0 ? success : result_name(code)}, {"code", code}};
-}
-
-Json scope_to_json(const ScopeReport &report) {
+Json scope_to_json(const ScopeReport &report, const SideNames &names) {
   Json json = {{"scope", report.scope.name}};
   if (report.scope.kind != PairScope::Kind::of_switch) {
     json["pod"] = report.on_pod;
@@ -88,7 +83,7 @@ Json scope_to_json(const ScopeReport &report) {
   }
   Json &parameters = json["parameters"] = Json::array();
   for (const ParameterReport &parameter : report.parameters) {
-    parameters.push_back(parameter_to_json(parameter));
+    parameters.push_back(parameter_to_json(parameter, names));
   }
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     if (report.inconsistent[side].empty()) continue;
@@ -96,12 +91,24 @@ Json scope_to_json(const ScopeReport &report) {
   }
   if (report.pass) json["pass"] = vlan_text(*report.pass);
   if (report.fail) json["fail"] = vlan_text(*report.fail);
+  if (report.accepted) json["accepted"] = acceptance_to_json(*report.accepted);
   return json;
 }
 
-Json checks_to_json(const std::vector<ScopeReport> &checks) {
+}  // namespace
+
+Json code_to_json(uint32_t code, const char *success) {
+  return {{"name", code == 0 ? success : result_name(code)}, {"code", code}};
+}
+
+Json acceptance_to_json(const Acceptance &acceptance) {
+  return {{"reason", acceptance.reason},
+          {"until", acceptance.until.empty() ? Json() : Json(acceptance.until)}};
+}
+
+Json checks_to_json(const std::vector<ScopeReport> &checks, const SideNames &names) {
   Json json = Json::array();
-  for (const ScopeReport &scope : checks) json.push_back(scope_to_json(scope));
+  for (const ScopeReport &scope : checks) json.push_back(scope_to_json(scope, names));
   return json;
 }
 

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 
+#include "draimiofaf/types.h"
 #include "output/fix.h"
 #include "output/words.h"
+#include "report/groups.h"
 #include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
@@ -46,17 +48,21 @@ void print_verdict(const std::string &heading, const std::string &text, Colour c
 }
 
 void print_verdicts(const ScopeReport &scope, const Style &style) {
-  const std::string left = describe_code(scope, 0);
+  const std::string left = describe_code(scope, 0, style.sides);
+  const bool agrees = is_agreed(find_verdict(scope));
   if (scope.codes[0] == 0 && scope.codes[1] == 0) {
     print_verdict(
-        "", has_inconsistent_ports(scope) ? "the ports that speak for it agree" : "the pair agrees",
+        "",
+        has_inconsistent_ports(scope) ? "the first ports of each switch agree" : "the pair agrees",
         Colour::green, style);
-  } else if (left == describe_code(scope, 1)) {
-    print_verdict("", left, Colour::red, style);
+  } else if (left == describe_code(scope, 1, style.sides)) {
+    print_verdict("", (agrees ? "ACCEPTED: " : "") + left, agrees ? Colour::yellow : Colour::red,
+                  style);
   } else {
-    for (std::size_t side = 0; side < switch_names.size(); ++side) {
-      print_verdict(fmt::format("{:6}", switch_names[side]), describe_code(scope, side),
-                    code_colour(scope, side), style);
+    for (std::size_t side = 0; side < style.sides.size(); ++side) {
+      print_verdict(fmt::format("{:6}", style.sides[side]),
+                    (agrees ? "ACCEPTED: " : "") + describe_code(scope, side, style.sides),
+                    agrees ? Colour::yellow : code_colour(scope, side), style);
     }
   }
   print_inconsistent_ports(scope, style);
@@ -64,28 +70,49 @@ void print_verdicts(const ScopeReport &scope, const Style &style) {
 
 // --- parameters ---
 
-Cell state_cell(const ParameterReport &parameter) {
+Cell state_cell(const ParameterReport &parameter, const Style &style) {
+  const std::string text = describe_states(parameter, style.sides);
+  if (parameter.accepted) return {text + ", accepted", Colour::yellow};
   const bool is_same = std::all_of(
       parameter.states.begin(), parameter.states.end(),
       [](State state) { return state == State::same || state == State::same_on_twins; });
-  return {describe_states(parameter), is_different(parameter) ? Colour::red
-                                      : is_same               ? Colour::green
-                                                              : Colour::yellow};
+  return {text, is_different(parameter) ? Colour::red : is_same ? Colour::green : Colour::yellow};
 }
 
-std::array<Cell, 2> value_cells(const ParameterReport &parameter) {
-  const auto texts = describe_values(parameter);
+// The beginning of a long list.
+std::string cut_list(const std::string &text) {
+  if (text.size() <= 2 * long_value) return text;
+  const std::size_t end = text.find_last_of(",;", 2 * long_value - 4);
+  return text.substr(0, end == text.npos ? 0 : end) + ",...";
+}
+
+bool is_list(uint16_t type) {
+  return type == STP_MCEC_TYPE1_STP_ENDIS || type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
+}
+
+// What a side alone has of a long value.
+Cell difference_cell(uint16_t type, const char *side, const std::string &text) {
+  if (text.empty()) return {"nothing more"};
+  const bool is_disabled = type == STP_MCEC_TYPE1_STP_ENDIS;
+  return {is_disabled ? fmt::format("off on the {} only: {}", side, text)
+                      : fmt::format("only {}: {}", side, text)};
+}
+
+std::array<Cell, 2> value_cells(const ParameterReport &parameter, const Style &style) {
+  auto texts = find_visible_texts(parameter);
   const auto is_long = [](const std::optional<std::string> &text) {
     return text && text->size() > long_value;
   };
+  const uint16_t type = parameter.type;
   if (texts[0] && texts[1] && (is_long(texts[0]) || is_long(texts[1]))) {
-    const Difference only = difference(parameter.type, *parameter.values[0], *parameter.values[1]);
-    const auto cell = [](const char *side, const std::string &text) {
-      return Cell{text.empty() ? "nothing more" : std::string("only ") + side + ": " + text};
-    };
+    const Difference only = difference(type, *parameter.values[0], *parameter.values[1]);
     if (!only.left.empty() || !only.right.empty()) {
-      return {cell("left", only.left), cell("right", only.right)};
+      return {difference_cell(type, style.sides[0], only.left),
+              difference_cell(type, style.sides[1], only.right)};
     }
+  }
+  for (auto &text : texts) {
+    if (text && style.is_short && is_list(type)) text = cut_list(*text);
   }
   return {Cell{texts[0].value_or("-")}, Cell{texts[1].value_or("-")}};
 }
@@ -93,46 +120,77 @@ std::array<Cell, 2> value_cells(const ParameterReport &parameter) {
 void print_parameters(const ScopeReport &scope, const Style &style) {
   std::vector<std::vector<Cell>> rows;
   for (const ParameterReport &parameter : scope.parameters) {
-    auto [left, right] = value_cells(parameter);
-    rows.push_back({{parameter_key(parameter.type)}, left, right, state_cell(parameter)});
-    if (!parameter.digests) continue;
-    const auto &[left_digest, right_digest] = *parameter.digests;
-    const bool is_same = left_digest == right_digest;
-    rows.push_back({{"  region digest"},
-                    {left_digest.value_or("-")},
-                    {right_digest.value_or("-")},
-                    {is_same ? "same" : "different", is_same ? Colour::green : Colour::red}});
+    auto [left, right] = value_cells(parameter, style);
+    rows.push_back({{parameter_key(parameter.type)}, left, right, state_cell(parameter, style)});
   }
   if (rows.empty()) {
     put_line("neither switch has a parameter to send", indent);
-  } else {
-    put_table({"parameter", "left", "right", "comparison"}, rows, style.layout);
+    return;
+  }
+  put_table({"parameter", style.sides[0], style.sides[1], "comparison"}, rows, style.layout);
+  for (const ParameterReport &parameter : scope.parameters) {
+    if (!parameter.digests) continue;
+    for (std::size_t side = 0; side < style.sides.size(); ++side) {
+      put_line(fmt::format("region digest, {}: {}", style.sides[side],
+                           (*parameter.digests)[side].value_or("-")),
+               indent);
+    }
   }
 }
 
 void print_twins(const ScopeReport &scope, const Style &style) {
   if (!scope.pass) return;
   for (const auto &[key, vlans] : {std::pair{"pass", *scope.pass}, {"fail", *scope.fail}}) {
+    const std::string text = vlans.none() ? "none" : vlan_text(vlans);
+    const bool is_cut = style.is_short && vlans == *scope.pass && cut_list(text) != text;
     put_wrapped(
-        fmt::format("twin VLANs that {}: {}", key, vlans.none() ? "none" : vlan_text(vlans)),
+        is_cut ? fmt::format("twin VLANs that {}: {} VLANs, {}", key, vlans.count(), cut_list(text))
+               : fmt::format("twin VLANs that {}: {}", key, text),
         style.layout, indent);
   }
 }
 
-void print_fixes(const ScopeReport &scope, const Style &style) {
+void print_accepted(const std::string &what, const std::optional<Acceptance> &accepted,
+                    const Style &style) {
+  if (!accepted) return;
+  put_wrapped(what + describe_acceptance(*accepted), style.layout, indent + 5, "    accepted: ");
+}
+
+// What to do about a group of scopes, once for all of them.
+void print_fixes(const ScopeReport &scope, const std::string &group, const Style &style) {
+  print_accepted("", scope.accepted, style);
   for (const ParameterReport &parameter : scope.parameters) {
-    if (!parameter.fix) continue;
-    put_wrapped(describe_fix(parameter.fix->fix), style.layout, indent + 5, "    fix: ");
+    print_accepted(parameter_key(parameter.type) + ": ", parameter.accepted, style);
+    if (!parameter.fix || parameter.accepted) continue;
+    const Fix &fix = parameter.fix->fix;
+    put_wrapped(describe_fix(fix.channel.empty() ? fix : widen_fix(fix, group), style.sides),
+                style.layout, indent + 5, "    fix: ");
   }
 }
 
-void print_scope(const ScopeReport &scope, const Style &style) {
-  put_wrapped(coloured(describe_scope(scope), Colour::bold, style.layout), style.layout, indent);
-  print_verdicts(scope, style);
+void print_missing_rows(const ScopeGroup &group, const Style &style) {
+  const ScopeReport &first = *group.scopes.front();
+  if (first.missing_row.empty() || first.accepted) return;
+  std::string row = first.missing_row;
+  if (row.ends_with(first.scope.name)) {
+    row.replace(row.size() - first.scope.name.size(), first.scope.name.size(), group.name);
+  }
+  put_wrapped(fmt::format("add {} on {}", row, style.sides[*missing_side(first)]), style.layout,
+              indent + 5, "    fix: ");
+}
+
+void print_group(const ScopeGroup &group, const Style &style) {
+  const ScopeReport &first = *group.scopes.front();
+  const std::size_t count = group.scopes.size();
+  const std::string title = count == 1 ? describe_scope(first, style.sides)
+                                       : fmt::format("{} ({} channels)", group.name, count);
+  put_wrapped(coloured(title, Colour::bold, style.layout), style.layout, indent);
+  print_verdicts(first, style);
   if (style.quiet) return;
-  print_parameters(scope, style);
-  print_twins(scope, style);
-  print_fixes(scope, style);
+  print_parameters(first, style);
+  print_twins(first, style);
+  print_fixes(first, group.name, style);
+  print_missing_rows(group, style);
 }
 
 void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
@@ -145,9 +203,10 @@ void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
     add(parameter_key(type), count.differ.size());
   }
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    add(std::string("missing on the ") + switch_names[side], summary.missing[side]);
+    add(std::string("missing on the ") + style.sides[side], summary.missing[side]);
   }
   add("inconsistent ports", summary.inconsistent);
+  add("accepted", summary.accepted);
   const std::size_t count = summary.disagreeing;
   const std::string text =
       fmt::format("looked at {} scope{}; {} differ{}{}{}", summary.scopes,
@@ -176,9 +235,13 @@ void print_keys(const char *what, const std::vector<std::string> &keys, Colour c
 
 void print_checks(const std::vector<ScopeReport> &checks, const Style &style) {
   if (checks.empty()) put_line("neither switch has such a channel", indent);
+  std::vector<const ScopeReport *> printed;
   for (const ScopeReport &scope : checks) {
-    if (!style.only_different || !is_agreed(find_verdict(scope))) print_scope(scope, style);
+    if (!style.only_different || !is_agreed(find_verdict(scope)) || has_accepted(scope)) {
+      printed.push_back(&scope);
+    }
   }
+  for (const ScopeGroup &group : group_scopes(printed)) print_group(group, style);
   if (checks.size() > 1) print_summary(checks, style);
 }
 
@@ -191,13 +254,13 @@ void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::si
     const ParameterReport *before = find_parameter_report(now, parameter.type);
     if (before != nullptr && *before == parameter) continue;
     const std::string key = parameter_key(parameter.type);
-    const auto texts = describe_values(parameter);
-    const auto text_before = before != nullptr ? describe_values(*before)[side] : std::nullopt;
+    const auto texts = find_value_texts(parameter);
+    const auto text_before = before != nullptr ? find_value_texts(*before)[side] : std::nullopt;
     rows.push_back({{key},
                     {text_before.value_or("-")},
                     {texts[side].value_or("-")},
                     {texts[1 - side].value_or("-")},
-                    state_cell(parameter)});
+                    state_cell(parameter, style)});
     const bool was_different = before != nullptr && is_different(*before);
     if (is_different(parameter) && !was_different) differing.push_back(key);
     if (!is_different(parameter) && was_different) agreeing.push_back(key);

@@ -1,7 +1,7 @@
 #include "output/event_json.h"
 
-#include <nlohmann/json.hpp>
 #include <ctime>
+#include <nlohmann/json.hpp>
 
 #include "output/check_json.h"
 #include "output/error_json.h"
@@ -11,10 +11,18 @@
 namespace lab {
 namespace {
 
-constexpr const char *event_names[] = {"compared", "changed", "disconnected", "connected", "error"};
+constexpr const char *event_names[] = {"compared",  "changed", "disconnected",
+                                       "connected", "error",   "note"};
 
-Json agree_to_json(const std::optional<bool> &agree) {
-  return agree ? Json(*agree) : Json();
+void add_outcome(const std::optional<Outcome> &outcome, Json &json) {
+  json["agree"] = outcome ? Json(*outcome == Outcome::agree) : Json();
+  json["verdict"] = outcome ? Json(outcome_name(*outcome)) : Json();
+}
+
+Json notes_to_json(const std::vector<NoteReport> &notes) {
+  Json list = Json::array();
+  for (const NoteReport &note : notes) list.push_back(note_to_json(note, switch_names));
+  return list;
 }
 
 // --- rows ---
@@ -61,7 +69,7 @@ void add_comparison(const Event &event, Json &json) {
 
 void add_effect(const Event &event, Json &json) {
   json["checks"] = checks_to_json(event.effect.checks);
-  json["before"]["agree"] = agree_to_json(event.agreed_before);
+  add_outcome(event.outcome_before, json["before"]);
   for (const auto &[scope, agreed] : event.effect.agreed) json["before"]["scopes"][scope] = agreed;
   if (!event.effect.gone.empty()) json["gone"] = event.effect.gone;
 }
@@ -83,9 +91,8 @@ std::string format_time(std::chrono::system_clock::time_point time) {
 }
 
 std::string format_event(const Event &event) {
-  Json json = {{"event", event_names[std::size_t(event.kind)]},
-               {"time", format_time(event.time)},
-               {"agree", agree_to_json(event.agree)}};
+  Json json = {{"event", event_names[std::size_t(event.kind)]}, {"time", format_time(event.time)}};
+  add_outcome(event.outcome, json);
   switch (event.kind) {
     case Event::Kind::compared:
       add_comparison(event, json);
@@ -103,6 +110,10 @@ std::string format_event(const Event &event) {
       json["side"] = switch_names[event.side];
       json["rows"] = rows_to_json(event.rows);
       json["errors"] = errors_to_json({{event.source, event.errors}});
+      break;
+    case Event::Kind::note:
+      json["appeared"] = notes_to_json(event.appeared);
+      json["gone"] = notes_to_json(event.gone_notes);
       break;
     case Event::Kind::changed:
       json["rows"] = rows_to_json(event.rows);

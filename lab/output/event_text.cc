@@ -8,7 +8,9 @@
 
 #include "output/event_json.h"
 #include "output/layout.h"
+#include "output/notes.h"
 #include "output/words.h"
+#include "report/groups.h"
 #include "switch/names.h"
 
 namespace lab {
@@ -36,7 +38,8 @@ std::string describe_reasons(const ScopeReport &scope) {
   }
   std::vector<std::string> texts;
   for (const ParameterReport &parameter : scope.parameters) {
-    if (is_different(parameter)) texts.push_back(parameter_key(parameter.type));
+    if (is_different(parameter) && !parameter.accepted)
+      texts.push_back(parameter_key(parameter.type));
   }
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     if (scope.inconsistent[side].empty()) continue;
@@ -46,11 +49,22 @@ std::string describe_reasons(const ScopeReport &scope) {
   return list_first(texts, most_parameters);
 }
 
+const char *describe_outcome(Outcome outcome) {
+  constexpr const char *texts[] = {"the pair agrees", "the pair does not agree",
+                                   "the pair was not compared"};
+  return texts[std::size_t(outcome)];
+}
+
 std::string describe_verdict(const PairReport &report) {
+  const Verdict verdict = find_verdict(report);
   const auto is_off = [&](std::size_t side) {
     return report.sides[side].spanning_tree == SpanningTree::off;
   };
-  if (is_agreed(find_verdict(report))) {
+  if (verdict.outcome == Outcome::incomplete) {
+    return std::string(describe_outcome(verdict.outcome)) + ": " +
+           describe_incomplete(report.incomplete.front().reason);
+  }
+  if (verdict.outcome == Outcome::agree) {
     return is_off(0) ? "the pair agrees: spanning tree is off on both" : "the pair agrees";
   }
   std::vector<std::string> causes;
@@ -62,6 +76,10 @@ std::string describe_verdict(const PairReport &report) {
   for (const ScopeReport &scope : report.checks) {
     if (is_agreed(find_verdict(scope))) continue;
     causes.push_back(name_scope(scope.scope.name) + " (" + describe_reasons(scope) + ")");
+  }
+  if (std::find(verdict.reasons.begin(), verdict.reasons.end(), Reason::warnings) !=
+      verdict.reasons.end()) {
+    causes.emplace_back("warnings remain");
   }
   return "the pair does not agree: " + list_first(causes, most_scopes, "; ");
 }
@@ -78,8 +96,8 @@ std::string describe_field(const std::optional<Row> &row, const std::string &nam
     text = printable(join(std::get<std::vector<std::string>>(found->second), ","));
   }
   if (text.empty()) return "''";
-  if (text.size() <= longest_value) return text;
-  return std::string(whole_characters(text, longest_value)) + "...";
+  if (text.size() <= longest_value) return visible(text);
+  return visible(whole_characters(text, longest_value)) + "...";
 }
 
 std::vector<std::string> find_changed_fields(const RowChange &change) {
@@ -129,7 +147,7 @@ std::string describe_scope_change(const ScopeReport &scope, const ChangeEffect &
 
 // "PortChannel10 now agrees; the pair agrees".
 std::string describe_effect(const Event &event) {
-  if (!event.agree) return "the verdict is not known";
+  if (!event.outcome) return "the verdict is not known";
   std::vector<std::string> effects;
   for (const ScopeReport &scope : event.effect.checks) {
     effects.push_back(describe_scope_change(scope, event.effect));
@@ -138,9 +156,8 @@ std::string describe_effect(const Event &event) {
     effects.push_back(name_scope(scope) + " is gone");
   }
   std::string text = list_first(effects, most_scopes, "; ");
-  if (event.agree != event.agreed_before) {
-    text += (text.empty() ? "" : "; ") +
-            std::string(*event.agree ? "the pair agrees" : "the pair does not agree");
+  if (event.outcome != event.outcome_before) {
+    text += (text.empty() ? "" : "; ") + std::string(describe_outcome(*event.outcome));
   }
   return text.empty() ? "no verdict changes" : text;
 }
@@ -192,6 +209,20 @@ std::string describe_errors(const Event &event, const std::string &start) {
   return text + start + ": the verdict is not known\n";
 }
 
+std::string describe_notes(const Event &event, const std::string &time) {
+  std::string text;
+  const auto add = [&](const char *what, const std::vector<NoteReport> &notes) {
+    for (const NoteGroup &group : group_notes(notes)) {
+      text += fmt::format("{} {}: {}{}\n", time, what,
+                          group.channels.empty() ? "" : printable(group.channels) + ": ",
+                          describe_note(*group.note));
+    }
+  };
+  add("warning", event.appeared);
+  add("warning gone", event.gone_notes);
+  return text;
+}
+
 std::string describe_plainly(const Event &event) {
   const std::string time = format_hour(event);
   const std::string start = time + " " + switch_names[event.side];
@@ -206,6 +237,8 @@ std::string describe_plainly(const Event &event) {
       return describe_errors(event, start);
     case Event::Kind::changed:
       return describe_change(event, time);
+    case Event::Kind::note:
+      return describe_notes(event, time);
   }
   return "";
 }

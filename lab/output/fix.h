@@ -3,12 +3,13 @@
 
 #include <string>
 
+#include "output/sides.h"
 #include "sonic/fix.h"
 
 namespace lab {
 
 // "STP_PORT|PortChannel10 root_guard: true on right, or false on left"; in the words of state files
 // where a side has no rows.
-std::string describe_fix(const Fix &fix);
+std::string describe_fix(const Fix &fix, const SideNames &names = switch_names);
 
 }  // namespace lab

@@ -39,10 +39,14 @@ std::string format_metrics(const PairStatus &status) {
   MetricWriter writer;
   writer.pair = label("left", status.sources[0]) + "," + label("right", status.sources[1]);
   writer.metric("mcec_pair_agrees", "Does the pair agree? NaN: that is not known.");
-  writer.sample("mcec_pair_agrees", !status.agree ? "NaN" : *status.agree ? "1" : "0");
+  writer.sample("mcec_pair_agrees", !status.outcome                     ? "NaN"
+                                    : *status.outcome == Outcome::agree ? "1"
+                                                                        : "0");
+  writer.metric("mcec_pair_incomplete", "Could something that the verdict needs not be compared?");
+  writer.sample("mcec_pair_incomplete", status.outcome == Outcome::incomplete ? "1" : "0");
 
   // What is not known is left out, rather than as it was.
-  if (status.agree) {
+  if (status.outcome) {
     const Summary summary = summarize(status.comparison->checks);
     writer.metric("mcec_pair_scopes_disagreeing", "Scopes that do not agree.");
     writer.sample("mcec_pair_scopes_disagreeing", std::to_string(summary.disagreeing));

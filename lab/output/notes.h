@@ -3,14 +3,15 @@
 
 #include <string>
 
-#include "report/notes.h"
+#include "output/sides.h"
+#include "report/pair.h"
 
 namespace lab {
 
 // A sentence, without the channel that the note is of: notes on several channels may have the same.
-std::string describe_note(const Note &note);
+std::string describe_note(const NoteReport &report, const SideNames &names = switch_names);
 
-// The same behind the channel.
-std::string describe_note_of_scope(const Note &note);
+// "warning", "info".
+const char *severity_name(NoteKind kind);
 
 }  // namespace lab

@@ -11,6 +11,7 @@
 #include "output/page_vlans.h"
 #include "output/pair_text.h"
 #include "output/words.h"
+#include "report/groups.h"
 #include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
@@ -134,7 +135,7 @@ std::string write_pair_table(const PairReport &report) {
 // --- a table a scope ---
 
 std::string write_value(const ParameterReport &parameter, std::size_t side) {
-  const auto text = describe_values(parameter)[side];
+  const auto text = find_value_texts(parameter)[side];
   if (!text) return "<span class=\"none\">not sent</span>";
   std::string html;
   if (parameter.values[0] && parameter.values[1] && parameter.values[0] != parameter.values[1]) {
@@ -276,11 +277,13 @@ std::string write_summary(const PairReport &report) {
 
 std::string write_notes(const PairReport &report) {
   std::string items;
-  if (const std::string off = describe_spanning_tree_off(report); !off.empty()) {
-    items += "<li>" + isolated(off) + "</li>\n";
-  }
-  for (const Note &note : report.notes) {
-    items += "<li>" + isolated(describe_note_of_scope(note)) + "</li>\n";
+  for (const NoteGroup &group : group_notes(report.notes)) {
+    const NoteReport &note = *group.note;
+    items += fmt::format(
+        "<li class=\"{}\">{}{}{}</li>\n", severity_name(note.note.kind),
+        group.channels.empty() ? "" : isolated(group.channels) + ": ",
+        isolated(describe_note(note, side_names(report))),
+        note.accepted ? " Accepted: " + isolated(describe_acceptance(*note.accepted)) : "");
   }
   if (items.empty()) return "";
   return "<p>These do not change the verdict.</p>\n<ul>\n" + items + "</ul>\n";
@@ -339,9 +342,10 @@ std::string write_page(const PairReport &report) {
 </body>
 </html>
 )",
-      hash_text(page_style), hash_text(page_script), verdict.heading, escaped(name_side(report.sides[0])),
-      escaped(name_side(report.sides[1])), page_style, agree ? "good" : "bad", agree ? "=" : "≠",
-      verdict.heading, verdict.text, write_pair_table(report), links, main, page_script);
+      hash_text(page_style), hash_text(page_script), verdict.heading,
+      escaped(name_side(report.sides[0])), escaped(name_side(report.sides[1])), page_style,
+      agree ? "good" : "bad", agree ? "=" : "≠", verdict.heading, verdict.text,
+      write_pair_table(report), links, main, page_script);
 }
 
 }  // namespace lab

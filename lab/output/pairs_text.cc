@@ -2,6 +2,9 @@
 
 #include <fmt/core.h>
 
+#include "output/notes.h"
+#include "output/words.h"
+#include "report/groups.h"
 #include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
@@ -28,9 +31,26 @@ std::string describe_differences(const PairReport &report) {
       causes.emplace_back("spanning tree is off on one side");
     } else if (reason == Reason::not_checked) {
       causes.emplace_back("not checked");
+    } else if (reason == Reason::warnings) {
+      causes.emplace_back("warnings remain");
     }
   }
   return join(causes);
+}
+
+std::string describe_gaps(const PairReport &report) {
+  std::vector<std::string> texts;
+  for (const IncompleteReport &incomplete : report.incomplete) {
+    texts.push_back(describe_incomplete(incomplete.reason) +
+                    (incomplete.accepted ? std::string(", accepted") : std::string()));
+  }
+  return join(texts, "; ");
+}
+
+// " (2 notes)".
+std::string count_warnings(const PairReport &report) {
+  const std::size_t count = report.notes.size();
+  return count == 0 ? "" : fmt::format(" ({} note{})", count, count == 1 ? "" : "s");
 }
 
 std::string describe_failure(const PairResult &result) {
@@ -48,8 +68,16 @@ Cell verdict_cell(const PairResult &result) {
   if (!result.errors.empty()) {
     return {"NOT COMPARED: " + describe_failure(result), Colour::yellow};
   }
-  if (is_agreed(find_verdict(result.report))) return {"agrees", Colour::green};
-  return {"DIFFERENT: " + describe_differences(result.report), Colour::red};
+  const std::string notes = count_warnings(result.report);
+  switch (find_verdict(result.report).outcome) {
+    case Outcome::agree:
+      return {"agrees" + notes, Colour::green};
+    case Outcome::disagree:
+      return {"DIFFERENT: " + describe_differences(result.report) + notes, Colour::red};
+    case Outcome::incomplete:
+      break;
+  }
+  return {"NOT COMPARED: " + describe_gaps(result.report) + notes, Colour::yellow};
 }
 
 }  // namespace
@@ -57,16 +85,30 @@ Cell verdict_cell(const PairResult &result) {
 void count_result(const PairResult &result, PairCounts &counts) {
   if (!result.errors.empty()) {
     counts.failed.push_back(result.name + ": " + describe_failure(result));
-  } else if (is_agreed(find_verdict(result.report))) {
-    ++counts.agree;
-  } else {
-    counts.differing.push_back(result.name + ": " + describe_differences(result.report));
+    return;
+  }
+  switch (find_verdict(result.report).outcome) {
+    case Outcome::agree:
+      ++counts.agree;
+      break;
+    case Outcome::disagree:
+      counts.differing.push_back(result.name + ": " + describe_differences(result.report));
+      break;
+    case Outcome::incomplete:
+      counts.failed.push_back(result.name + ": " + describe_gaps(result.report));
+      break;
   }
 }
 
-void print_pair_result(const PairResult &result, const Layout &layout) {
+void print_pair_result(const PairResult &result, const Layout &layout, bool with_notes) {
   const Cell verdict = verdict_cell(result);
   put_line(result.name + ": " + coloured(verdict.text, verdict.colour, layout));
+  if (!with_notes) return;
+  for (const NoteGroup &group : group_notes(result.report.notes)) {
+    put_wrapped((group.channels.empty() ? "" : printable(group.channels) + ": ") +
+                    describe_note(*group.note),
+                layout, 4, "  - ");
+  }
 }
 
 void print_pair_counts(const PairCounts &counts) {

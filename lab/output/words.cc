@@ -11,27 +11,22 @@
 namespace lab {
 namespace {
 
-std::string describe_cause(const ScopeReport &scope, std::size_t side) {
+std::string describe_cause(const ScopeReport &scope, std::size_t side, const SideNames &names) {
   const uint32_t code = scope.codes[side];
   if (code == 0) return "agrees";
   if (const Parameter *parameter = parameter_of_mismatch(code)) {
     return "DIFFERENT: " + parameter->key;
   }
   if (const auto missing = missing_side(scope)) {
-    return std::string("MISSING on the ") + switch_names[*missing];
+    return std::string("MISSING on the ") + names[*missing];
   }
   for (const ParameterReport &parameter : scope.parameters) {
     if (code == STP_MCEC_ERR_FAILURE && parameter.states[side] == State::missing_at_peer) {
-      return std::string("MISSING on the ") + switch_names[1 - side] + ": " +
+      return std::string("MISSING on the ") + names[1 - side] + ": " +
              parameter_key(parameter.type);
     }
   }
   return "NOT CHECKED";
-}
-
-std::string describe_size(const Bytes &value) {
-  return value.size() == sizeof(uint32_t) ? fmt::format(" ({})", word_of(value))
-                                          : fmt::format(" ({} bytes)", value.size());
 }
 
 }  // namespace
@@ -40,14 +35,14 @@ std::string describe_result(uint32_t code) {
   return fmt::format("{} (0x{:08X})", code == 0 ? "ok" : result_name(code), code);
 }
 
-std::string describe_code(const ScopeReport &scope, std::size_t side) {
-  const std::string cause = describe_cause(scope, side);
+std::string describe_code(const ScopeReport &scope, std::size_t side, const SideNames &names) {
+  const std::string cause = describe_cause(scope, side, names);
   const uint32_t code = scope.codes[side];
   if (code == 0) return cause;
   return fmt::format("{}   ({}, 0x{:08X})", cause, result_name(code), code);
 }
 
-std::string describe_scope(const ScopeReport &report) {
+std::string describe_scope(const ScopeReport &report, const SideNames &names) {
   const PairScope &scope = report.scope;
   if (scope.kind == PairScope::Kind::of_switch) return "switch";
   std::string title = scope.name;
@@ -58,7 +53,7 @@ std::string describe_scope(const ScopeReport &report) {
   } else if (missing_side(report)) {
     // The one port says nothing more than the channel's name.
   } else if (left != right) {
-    title += ": " + left + " on the left, " + right + " on the right";
+    title += ": " + left + " on the " + names[0] + ", " + right + " on the " + names[1];
   } else if (left != scope.name) {
     title += ": " + left;
   }
@@ -79,37 +74,41 @@ const char *state_name(State state) {
   return names[std::size_t(state)];
 }
 
-std::string describe_states(const ParameterReport &parameter) {
+std::string describe_states(const ParameterReport &parameter, const SideNames &names) {
   std::string text;
   for (std::size_t side = 0; side < parameter.states.size(); ++side) {
     const State state = parameter.states[side];
     if (state == State::missing_at_peer) {
-      return std::string("missing on the ") + switch_names[1 - side];
+      return std::string("missing on the ") + names[1 - side];
     }
     if (state == State::only_at_peer) continue;
     const std::string name = state_name(state);
     if (text.empty()) {
       text = name;
     } else if (text != name) {
-      text = "left: " + text + "; right: " + name;
+      text = std::string(names[0]) + ": " + text + "; " + names[1] + ": " + name;
     }
   }
   return text;
 }
 
-std::array<std::optional<std::string>, 2> describe_values(const ParameterReport &parameter) {
-  std::array<std::optional<std::string>, 2> texts;
-  for (std::size_t side = 0; side < texts.size(); ++side) {
-    if (parameter.values[side]) texts[side] = display(parameter.type, *parameter.values[side]);
+std::array<std::optional<std::string>, 2> find_visible_texts(const ParameterReport &parameter) {
+  auto texts = find_value_texts(parameter);
+  for (auto &text : texts) {
+    if (text) text = visible(*text);
   }
-  if (!texts[0] || texts[0] != texts[1]) return texts;
-  const Bytes &left = *parameter.values[0];
-  const Bytes &right = *parameter.values[1];
-  if (left == right) return texts;
-  const bool is_same_size = describe_size(left) == describe_size(right);
-  *texts[0] += is_same_size ? " (other bytes than the peer's)" : describe_size(left);
-  *texts[1] += is_same_size ? "" : describe_size(right);
   return texts;
+}
+
+std::string describe_acceptance(const Acceptance &acceptance) {
+  return acceptance.reason + (acceptance.until.empty() ? "" : " (until " + acceptance.until + ")");
+}
+
+const char *describe_incomplete(Incomplete reason) {
+  return reason == Incomplete::no_channels ? "neither switch has a multi-chassis channel"
+                                           : "no multi-chassis channel carries a VLAN on both "
+                                             "switches, so the disabled VLANs were "
+                                             "not compared";
 }
 
 std::string list_first(const std::vector<std::string> &texts, std::size_t most,

@@ -27,11 +27,11 @@ struct ChangeEffect {
 };
 
 struct Event {
-  enum class Kind : uint8_t { compared, changed, disconnected, connected, error };
+  enum class Kind : uint8_t { compared, changed, disconnected, connected, error, note };
 
   Kind kind = Kind::compared;
   std::chrono::system_clock::time_point time;
-  std::optional<bool> agree;                     // nothing: not known
+  std::optional<Outcome> outcome;                // nothing: not known
   std::shared_ptr<const PairReport> comparison;  // compared, connected
   std::array<bool, 2> notifications = {};  // compared, connected: whether each source sends them
   std::size_t side = 0;                    // disconnected, connected, error

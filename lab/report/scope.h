@@ -13,6 +13,14 @@
 
 namespace lab {
 
+// Why a difference is accepted, and until which date ("2026-12-31"; empty: for good).
+struct Acceptance {
+  std::string reason;
+  std::string until;
+
+  bool operator==(const Acceptance &) const = default;
+};
+
 struct ParameterReport {
   uint16_t type = 0;
   std::array<std::optional<Bytes>, 2> values;  // of left and right; nothing: not sent
@@ -20,6 +28,7 @@ struct ParameterReport {
   // Of a VLAN map in a comparison: the configuration digest of left and right.
   std::optional<std::array<std::optional<std::string>, 2>> digests;
   std::optional<FixReport> fix;
+  std::optional<Acceptance> accepted;
 
   bool operator==(const ParameterReport &) const = default;
 };
@@ -41,6 +50,8 @@ struct ScopeReport {
   // The twin VLANs by whether they agree, where disabled VLANs were compared.
   std::optional<Vlans> pass;
   std::optional<Vlans> fail;
+  std::string missing_row;             // that the side without the channel lacks, where it has rows
+  std::optional<Acceptance> accepted;  // of a missing channel
 
   bool operator==(const ScopeReport &) const = default;
 };
@@ -50,6 +61,13 @@ bool is_different(const ParameterReport &parameter);
 
 // The side that lacks the channel of a scope; nothing: both have it.
 std::optional<std::size_t> missing_side(const ScopeReport &scope);
+
+// What a parameter is on left and right, for display; nothing: not sent. Values of the same look get
+// what tells them apart.
+std::array<std::optional<std::string>, 2> find_value_texts(const ParameterReport &parameter);
+
+// Is a difference of the scope accepted?
+bool has_accepted(const ScopeReport &scope);
 
 bool has_inconsistent_ports(const ScopeReport &scope);
 

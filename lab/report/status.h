@@ -4,16 +4,16 @@
 #include <chrono>
 #include <memory>
 
-#include "report/pair.h"
+#include "report/verdict.h"
 
 namespace lab {
 
 struct PairStatus {
   std::array<std::string, 2> sources;
-  std::optional<bool> agree;                       // nothing: not known
+  std::optional<Outcome> outcome;                  // nothing: not known
   std::shared_ptr<const PairReport> comparison;    // the last
   std::array<bool, 2> connected = {};              // each source
-  std::chrono::system_clock::time_point compared;  // when `agree` was last confirmed; 0: never
+  std::chrono::system_clock::time_point compared;  // when `outcome` was last confirmed; 0: never
 };
 
 }  // namespace lab

@@ -18,6 +18,7 @@ struct Summary {
   std::map<uint16_t, ScopeCount> parameters;  // by type; a missing channel has no differences
   std::array<std::size_t, 2> missing = {};    // channels that left and right lack
   std::size_t inconsistent = 0;
+  std::size_t accepted = 0;  // scopes with accepted differences
 };
 
 Summary summarize(const std::vector<ScopeReport> &checks);

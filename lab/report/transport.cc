@@ -24,15 +24,19 @@ void serialize(Archive &archive, Fix &it) {
   it.field = field >= 0 ? &fields()[std::size_t(field)] : nullptr;
 }
 
+LAB_FIELDS(Acceptance, it.reason, it.until)
 LAB_FIELDS(FixReport, it.fix, it.alone, it.both)
-LAB_FIELDS(ParameterReport, it.type, it.values, it.states, it.digests, it.fix)
+LAB_FIELDS(ParameterReport, it.type, it.values, it.states, it.digests, it.fix, it.accepted)
 LAB_FIELDS(InconsistentPort, it.name, it.types)
 LAB_FIELDS(ScopeReport, it.scope, it.on_pod, it.codes, it.parameters, it.inconsistent, it.pass,
-           it.fail)
+           it.fail, it.missing_row, it.accepted)
 LAB_FIELDS(NoteField, it.name, it.values, it.vlans)
 LAB_FIELDS(Note, it.kind, it.channel, it.side, it.vlans, it.fields)
 LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree)
-LAB_FIELDS(PairReport, it.sides, it.twin_vlans, it.checks, it.notes)
+LAB_FIELDS(IncompleteReport, it.reason, it.accepted)
+LAB_FIELDS(NoteReport, it.note, it.accepted, it.problem, it.line, it.until)
+LAB_FIELDS(PairReport, it.name, it.is_one_of_many, it.is_intended, it.is_strict, it.sides,
+           it.twin_vlans, it.checks, it.incomplete, it.notes)
 LAB_FIELDS(PairResult, it.name, it.errors, it.report)
 
 std::string encode_result(const PairResult &result) {

@@ -8,16 +8,21 @@ namespace {
 
 using Reasons = std::set<Reason>;
 
+bool is_accepted(const ParameterReport &parameter) {
+  return !is_different(parameter) || parameter.accepted;
+}
+
 Reasons find_reasons(const ScopeReport &scope) {
   Reasons reasons;
   if (has_inconsistent_ports(scope)) reasons.insert(Reason::inconsistent_ports);
   if (scope.codes[0] == 0 && scope.codes[1] == 0) return reasons;
+  const auto &parameters = scope.parameters;
   if (missing_side(scope)) {
-    reasons.insert(Reason::missing_channel);
-  } else if (std::any_of(scope.parameters.begin(), scope.parameters.end(), is_different)) {
-    reasons.insert(Reason::different);
-  } else {
+    if (!scope.accepted) reasons.insert(Reason::missing_channel);
+  } else if (std::none_of(parameters.begin(), parameters.end(), is_different)) {
     reasons.insert(Reason::not_checked);
+  } else if (!std::all_of(parameters.begin(), parameters.end(), is_accepted)) {
+    reasons.insert(Reason::different);
   }
   return reasons;
 }
@@ -52,7 +57,41 @@ Verdict find_verdict(const PairReport &report) {
     return report.sides[side].spanning_tree == SpanningTree::off;
   };
   if (is_off(0) != is_off(1)) reasons.insert(Reason::spanning_tree_off);
-  return make_verdict(reasons);
+  if (report.is_strict && std::any_of(report.notes.begin(), report.notes.end(), is_warning)) {
+    reasons.insert(Reason::warnings);
+  }
+  Verdict verdict = make_verdict(reasons);
+  for (const IncompleteReport &incomplete : report.incomplete) {
+    if (verdict.outcome == Outcome::agree) verdict.outcome = Outcome::incomplete;
+    verdict.reasons.push_back(incomplete.reason == Incomplete::no_channels ? Reason::no_channels
+                                                                           : Reason::no_twin_vlans);
+  }
+  return verdict;
+}
+
+bool is_warning(const NoteReport &note) {
+  return rule_of(note.note.kind).severity == Severity::warning && !note.accepted;
+}
+
+Status find_status(const PairReport &report) {
+  switch (find_verdict(report).outcome) {
+    case Outcome::agree:
+      return agreed;
+    case Outcome::disagree:
+      return disagreed;
+    case Outcome::incomplete:
+      return std::all_of(report.incomplete.begin(), report.incomplete.end(),
+                         [](const IncompleteReport &of) { return of.accepted.has_value(); })
+                 ? agreed
+                 : incomplete;
+  }
+  return wrong;
+}
+
+Status worst_status(Status a, Status b) {
+  constexpr Status order[] = {wrong, disagreed, incomplete, agreed};
+  return *std::find_if(std::begin(order), std::end(order),
+                       [=](Status status) { return status == a || status == b; });
 }
 
 }  // namespace lab

@@ -8,7 +8,7 @@
 
 namespace lab {
 
-enum class Outcome : uint8_t { agree, disagree };
+enum class Outcome : uint8_t { agree, disagree, incomplete };
 
 enum class Reason : uint8_t {
   spanning_tree_off,   // on one switch only
@@ -16,6 +16,9 @@ enum class Reason : uint8_t {
   different,           // a parameter
   inconsistent_ports,  // ports of one channel on one switch
   not_checked,         // the library refused the check
+  warnings,            // remain, and the comparison is strict
+  no_channels,         // see Incomplete
+  no_twin_vlans,
 };
 
 struct Verdict {
@@ -30,5 +33,15 @@ bool is_agreed(const Verdict &verdict);
 Verdict find_verdict(const ScopeReport &scope);
 Verdict find_verdict(const std::vector<ScopeReport> &checks);
 Verdict find_verdict(const PairReport &report);
+
+// A warning that is not accepted.
+bool is_warning(const NoteReport &note);
+
+// The exit status for a comparison: 0 agree, 1 disagree, 3 incomplete, unless that is accepted.
+enum Status { agreed = 0, disagreed = 1, wrong = 2, incomplete = 3 };
+Status find_status(const PairReport &report);
+
+// Of several, wrong input counts most, then a difference, then what could not be compared.
+Status worst_status(Status a, Status b);
 
 }  // namespace lab

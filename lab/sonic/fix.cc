@@ -145,7 +145,19 @@ Changes map_changes(const Half &half, const Field &field) {
   return changes;
 }
 
-Changes changes_of(const Half &half, const Field &field, const std::string &channel) {
+// Nothing: the field cannot have the value of the other side.
+std::optional<Changes> field_changes(const Half &half, const Field &field,
+                                     const std::string &channel) {
+  const Change change =
+      follow_field(half, field, channel.empty() ? field.key : channel, channel, field.type);
+  const Entry *sent = find_sent(half.other, channel, field.type);
+  const auto read = field.parse(std::get<std::string>(*change.value));
+  if (sent == nullptr || !read || *read != sent->value) return std::nullopt;
+  return Changes{change};
+}
+
+std::optional<Changes> changes_of(const Half &half, const Field &field,
+                                  const std::string &channel) {
   switch (field.type) {
     case STP_MCEC_TYPE1_STP_MODE:
       return mode_changes(half, field);
@@ -154,8 +166,7 @@ Changes changes_of(const Half &half, const Field &field, const std::string &chan
     case STP_MCEC_TYPE1_MST_REGION_VI_MAP:
       return map_changes(half, field);
     default:
-      return {
-          follow_field(half, field, channel.empty() ? field.key : channel, channel, field.type)};
+      return field_changes(half, field, channel);
   }
 }
 
@@ -191,7 +202,7 @@ std::vector<VlanGroup> instance_groups(const PairOfSettings &settings) {
 }  // namespace
 
 Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &rows,
-             const std::string &channel, uint16_t type) {
+             const std::string &channel, uint16_t type, bool is_intended) {
   Fix fix;
   fix.type = type;
   fix.channel = channel;
@@ -204,27 +215,43 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
   if (is_sent_by_both && type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
     fix.groups = instance_groups(settings);
   }
-  if (rows[0] == nullptr || rows[1] == nullptr) return fix;
-  const auto &[left, right] = settings;
+  if (rows[0] == nullptr && rows[1] == nullptr) return fix;
   if (!is_sent_by_both) {
     fix.kind = Fix::Kind::with_mode;
     fix.field = field_of_parameter(STP_MCEC_TYPE1_STP_MODE, 0);
     return fix;
   }
-  fix.field = field_of_parameter(type, running_mode(*left).value_or(0));
-  if (fix.field == nullptr) return fix;
-  if (type == STP_MCEC_TYPE1_MST_REGION_NAME && is_named_after_switch(*left) &&
-      is_named_after_switch(*right)) {
+  if (type == STP_MCEC_TYPE1_MST_REGION_NAME && !is_intended && rows[0] != nullptr &&
+      rows[1] != nullptr && is_named_after_switch(*settings[0]) &&
+      is_named_after_switch(*settings[1])) {
     fix.kind = Fix::Kind::common_name;
+    fix.field = field_of_parameter(type, STP_MCEC_STP_MODE_MST);
     const Changes named = {{fix.field->table, fix.field->key, fix.field->name, common_region}};
     fix.both = {named, named};
     return fix;
   }
-  // In two modes a parameter may have two fields, too.
-  const Field &of_right = *field_of_parameter(type, running_mode(*right).value_or(0));
-  fix.alone = {changes_of({*left, *rows[0], *right, *rows[1]}, *fix.field, channel),
-               changes_of({*right, *rows[1], *left, *rows[0]}, of_right, channel)};
+  static const Rows no_rows;
+  for (std::size_t side = 0; side < settings.size(); ++side) {
+    if (rows[side] == nullptr) continue;
+    const Settings &own = *settings[side];
+    // In two modes a parameter may have two fields.
+    const Field *field = field_of_parameter(type, running_mode(own).value_or(0));
+    if (field == nullptr) continue;
+    if (fix.field == nullptr) fix.field = field;
+    const Rows &other_rows = rows[1 - side] != nullptr ? *rows[1 - side] : no_rows;
+    fix.alone[side] =
+        changes_of({own, *rows[side], *settings[1 - side], other_rows}, *field, channel);
+  }
   return fix;
+}
+
+std::string find_channel_row(const Settings &settings, const Settings &peer,
+                             const std::string &channel) {
+  std::string domain = "1";
+  for (const Settings *of : {&peer, &settings}) {
+    if (!of->domains.empty()) domain = of->domains.front().id;
+  }
+  return "MCLAG_INTERFACE|" + domain + '|' + channel;
 }
 
 }  // namespace lab

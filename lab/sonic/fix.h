@@ -30,8 +30,7 @@ struct Fix {
   Kind kind = Kind::changes;
   uint16_t type = 0;    // of the parameter
   std::string channel;  // empty: of the switch
-  // The field that has the parameter; nullptr where a side has no rows, and the fix is one of
-  // settings.
+  // The field that has the parameter; nullptr where there is none, and the fix is one of settings.
   const Field *field = nullptr;
   // Of left and right; each alone brings the parameter into line. Nothing: that side cannot.
   std::array<std::optional<Changes>, 2> alone;
@@ -44,8 +43,12 @@ struct Fix {
 };
 
 // The fix of a parameter that differs, of the switch (no channel) or of a channel. `rows`: nullptr
-// for a side that has none.
+// for a side that has none. Of an intended state on the left, only the right side changes.
 Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &rows,
-             const std::string &channel, uint16_t type);
+             const std::string &channel, uint16_t type, bool is_intended = false);
+
+// The row, "TABLE|key", by which a switch has a multi-chassis channel that its peer has.
+std::string find_channel_row(const Settings &settings, const Settings &peer,
+                             const std::string &channel);
 
 }  // namespace lab

@@ -37,12 +37,13 @@ std::vector<ScopeReport> check_pair(const PairOfSettings &settings) {
                       twin_vlans(settings));
 }
 
-FixReport report_fix(const Sides &sides, const PairScope &scope, uint16_t type) {
+FixReport report_fix(const Sides &sides, const PairScope &scope, uint16_t type, bool is_intended) {
   const std::string channel = scope.kind == PairScope::Kind::of_channel ? scope.name : "";
   const std::array<const Rows *, 2> rows = {sides[0].rows ? &*sides[0].rows : nullptr,
                                             sides[1].rows ? &*sides[1].rows : nullptr};
-  FixReport report{
-      .fix = find_fix(settings_of(sides), rows, channel, type), .alone = {}, .both = {}};
+  FixReport report{.fix = find_fix(settings_of(sides), rows, channel, type, is_intended),
+                   .alone = {},
+                   .both = {}};
   for (std::size_t i = 0; i < sides.size(); ++i) {
     if (report.fix.alone[i]) report.alone[i] = make_patch(*rows[i], *report.fix.alone[i]);
   }
@@ -63,10 +64,34 @@ void add_digests(ScopeReport &scope) {
   }
 }
 
-void add_fixes(const Sides &sides, ScopeReport &scope) {
-  if (is_agreed(find_verdict(scope)) || missing_side(scope)) return;
+// What a verdict depends on, and was not compared.
+std::vector<IncompleteReport> find_incomplete(const PairReport &report,
+                                              const PairOfSettings &settings) {
+  std::vector<IncompleteReport> found;
+  if (settings[0]->channels.empty() && settings[1]->channels.empty()) {
+    found.push_back({Incomplete::no_channels, {}});
+  }
+  const auto &[left, right] = report.sides;
+  if (left.spanning_tree == SpanningTree::rapid_pvst &&
+      right.spanning_tree == SpanningTree::rapid_pvst && report.twin_vlans.none()) {
+    found.push_back({Incomplete::no_twin_vlans, {}});
+  }
+  return found;
+}
+
+void add_fixes(const Sides &sides, bool is_intended, ScopeReport &scope) {
+  if (const auto missing = missing_side(scope)) {
+    if (sides[*missing].rows) {
+      scope.missing_row = find_channel_row(sides[*missing].settings, sides[1 - *missing].settings,
+                                           scope.scope.name);
+    }
+    return;
+  }
+  if (is_agreed(find_verdict(scope))) return;
   for (ParameterReport &parameter : scope.parameters) {
-    if (is_different(parameter)) parameter.fix = report_fix(sides, scope.scope, parameter.type);
+    if (is_different(parameter)) {
+      parameter.fix = report_fix(sides, scope.scope, parameter.type, is_intended);
+    }
   }
 }
 
@@ -76,38 +101,62 @@ PairOfSettings settings_of(const Sides &sides) {
   return {&sides[0].settings, &sides[1].settings};
 }
 
-PairReport compare(const Sides &sides) {
+Comparison compare(const Sides &sides, const CompareOptions &options) {
   const PairOfSettings settings = settings_of(sides);
-  PairReport report{.sides = {report_side(sides[0]), report_side(sides[1])},
-                    .twin_vlans = twin_vlans(settings),
-                    .checks = {},
-                    .notes = find_notes(settings, false)};
-  if (!settings[0]->spanning_tree || !settings[1]->spanning_tree) return report;
-  report.checks = check_pair(settings);
-  for (ScopeReport &scope : report.checks) {
-    add_digests(scope);
-    add_fixes(sides, scope);
+  Comparison comparison;
+  PairReport &report = comparison.report;
+  report = {.name = options.name,
+            .is_one_of_many = options.is_one_of_many,
+            .is_intended = options.is_intended,
+            .is_strict = options.is_strict,
+            .sides = {report_side(sides[0]), report_side(sides[1])},
+            .twin_vlans = twin_vlans(settings),
+            .checks = {},
+            .incomplete = {},
+            .notes = {}};
+  for (Note &note : find_notes(settings, options.is_intended)) {
+    report.notes.push_back({.note = std::move(note), .accepted = {}, .until = {}});
   }
-  return report;
+  if (settings[0]->spanning_tree && settings[1]->spanning_tree) {
+    report.checks = check_pair(settings);
+    report.incomplete = find_incomplete(report, settings);
+    for (ScopeReport &scope : report.checks) {
+      add_digests(scope);
+      add_fixes(sides, options.is_intended, scope);
+    }
+  }
+  if (options.accept != nullptr) {
+    comparison.matched = accept_differences(*options.accept, format_today(), report);
+  }
+  return comparison;
 }
 
-std::array<Patch, 2> collect_patches(const Sides &sides, const PairReport &report,
-                                     const std::array<bool, 2> &changes) {
+Patches collect_patches(const Sides &sides, const PairReport &report,
+                        const std::array<bool, 2> &changes) {
+  Patches patches;
   std::array<Changes, 2> all;
   const std::size_t one = changes[1] ? 1 : 0;
   for (const ScopeReport &scope : report.checks) {
+    if (missing_side(scope) && !scope.accepted) patches.undecided.push_back(&scope);
     for (const ParameterReport &parameter : scope.parameters) {
-      if (!parameter.fix) continue;
+      if (!parameter.fix || parameter.accepted) continue;
       const Fix &fix = parameter.fix->fix;
+      bool is_decided = fix.kind == Fix::Kind::with_mode;
       for (std::size_t i = 0; i < sides.size(); ++i) {
         const Changes *made = fix.both && changes[i]     ? &(*fix.both)[i]
                               : i == one && fix.alone[i] ? &*fix.alone[i]
                                                          : nullptr;
-        if (made != nullptr) all[i].insert(all[i].end(), made->begin(), made->end());
+        if (made == nullptr) continue;
+        is_decided = true;
+        all[i].insert(all[i].end(), made->begin(), made->end());
       }
+      if (!is_decided) patches.unfixed.push_back({&scope, &parameter});
     }
   }
-  return {make_patch(*sides[0].rows, all[0]), make_patch(*sides[1].rows, all[1])};
+  for (std::size_t i = 0; i < sides.size(); ++i) {
+    if (sides[i].rows) patches.of_side[i] = make_patch(*sides[i].rows, all[i]);
+  }
+  return patches;
 }
 
 }  // namespace lab

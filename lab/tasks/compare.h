@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "report/acceptance.h"
 #include "report/pair.h"
 #include "tasks/side.h"
 
@@ -13,12 +14,32 @@ using Sides = std::array<Side, 2>;
 
 PairOfSettings settings_of(const Sides &sides);
 
+struct CompareOptions {
+  std::string name;  // of one of many pairs
+  bool is_one_of_many = false;
+  bool is_intended = false;  // left is what right should be
+  bool is_strict = false;
+  const std::vector<AcceptEntry> *accept = nullptr;
+};
+
+struct Comparison {
+  PairReport report;
+  std::vector<bool> matched;  // which entries of accepted differences match
+};
+
 // Throws SwitchFailed and Interrupted.
-PairReport compare(const Sides &sides);
+Comparison compare(const Sides &sides, const CompareOptions &options);
+
+struct Patches {
+  std::array<Patch, 2> of_side;
+  // What only an operator can decide: channels that a side lacks, and parameters without a fix.
+  std::vector<const ScopeReport *> undecided;
+  std::vector<std::pair<const ScopeReport *, const ParameterReport *>> unfixed;
+};
 
 // The patches that bring a pair into agreement where one side changes, or both: what one side can do
-// alone is then left to the right one. Both sides have rows.
-std::array<Patch, 2> collect_patches(const Sides &sides, const PairReport &report,
-                                     const std::array<bool, 2> &changes);
+// alone is then left to the right one. The sides that change have rows.
+Patches collect_patches(const Sides &sides, const PairReport &report,
+                        const std::array<bool, 2> &changes);
 
 }  // namespace lab

@@ -10,7 +10,7 @@ Event make_event(Event::Kind kind, const PairState &state) {
   Event event;
   event.kind = kind;
   event.time = std::chrono::system_clock::now();
-  event.agree = state.agree;
+  event.outcome = state.outcome;
   return event;
 }
 
@@ -73,7 +73,7 @@ PairReport compare_snapshots(PairState &state, const SnapshotPair &snapshots) {
     state.sides[i].rows.reset();
     if (!snapshots[i]->settings) state.sides[i].rows = std::move(snapshots[i]->rows);
   }
-  PairReport report = compare(state.sides);
+  PairReport report = compare(state.sides, state.options).report;
   for (std::size_t i = 0; i < snapshots.size(); ++i) {
     if (state.sides[i].rows) snapshots[i]->rows = std::move(*state.sides[i].rows);
     state.sides[i].rows.reset();
@@ -160,10 +160,31 @@ std::vector<Event> report_connections(PairState &state, const SnapshotPair &snap
   return events;
 }
 
+// The warnings of a report that another one has not.
+std::vector<NoteReport> find_new_warnings(const PairReport &report, const PairReport &other) {
+  std::vector<NoteReport> found;
+  for (const NoteReport &note : report.notes) {
+    if (is_warning(note) &&
+        std::find(other.notes.begin(), other.notes.end(), note) == other.notes.end()) {
+      found.push_back(note);
+    }
+  }
+  return found;
+}
+
+void add_note_event(const PairReport &before, const PairState &state, std::vector<Event> &events) {
+  Event event = make_event(Event::Kind::note, state);
+  event.appeared = find_new_warnings(*state.comparison, before);
+  event.gone_notes = find_new_warnings(before, *state.comparison);
+  if (!event.appeared.empty() || !event.gone_notes.empty()) events.push_back(std::move(event));
+}
+
 }  // namespace
 
-PairState make_pair_state(const std::array<std::string, 2> &sources) {
+PairState make_pair_state(const std::array<std::string, 2> &sources,
+                          const CompareOptions &options) {
   PairState state;
+  state.options = options;
   for (std::size_t i = 0; i < sources.size(); ++i) state.sides[i].source = sources[i];
   return state;
 }
@@ -175,7 +196,7 @@ std::vector<Event> report_disconnections(PairState &state, const SnapshotPair &s
     if (snapshots[i]->state != SourceState::lost || side.disconnected) continue;
     side = SideState{};
     side.disconnected = true;
-    state.agree.reset();
+    state.outcome.reset();
     Event event = make_event(Event::Kind::disconnected, state);
     event.side = i;
     event.source = state.sides[i].source;
@@ -190,13 +211,13 @@ std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshot
   if (news.is_empty()) return {};
 
   const auto before = state.comparison;
-  const auto agreed_before = std::exchange(state.agree, std::nullopt);
+  const auto outcome_before = std::exchange(state.outcome, std::nullopt);
   const bool is_compared =
       std::all_of(state.states.begin(), state.states.end(),
                   [](const SideState &side) { return side.connected && side.errors.empty(); });
   if (is_compared) {
     state.comparison = std::make_shared<const PairReport>(compare_snapshots(state, snapshots));
-    state.agree = is_agreed(find_verdict(*state.comparison));
+    state.outcome = find_verdict(*state.comparison).outcome;
   }
   std::vector<Event> events = report_connections(state, snapshots, news, is_compared);
   Event changed = make_event(Event::Kind::changed, state);
@@ -214,10 +235,11 @@ std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshot
     events.push_back(std::move(event));
   }
   if (!changed.rows.empty()) {
-    changed.agreed_before = agreed_before;
+    changed.outcome_before = outcome_before;
     if (is_compared) changed.effect = find_effect(before.get(), *state.comparison);
     events.push_back(std::move(changed));
   }
+  if (is_compared && before != nullptr) add_note_event(*before, state, events);
   return events;
 }
 

@@ -26,14 +26,15 @@ struct PairState {
   Sides sides;
   std::array<SideState, 2> states;
   bool started = false;
-  std::optional<bool> agree;                     // nothing: not known
+  CompareOptions options;
+  std::optional<Outcome> outcome;                // nothing: not known
   std::shared_ptr<const PairReport> comparison;  // the last
 };
 
 using SnapshotPair = std::array<Snapshot *, 2>;
 
 // A pair of which nothing has been reported.
-PairState make_pair_state(const std::array<std::string, 2> &sources);
+PairState make_pair_state(const std::array<std::string, 2> &sources, const CompareOptions &options);
 
 // What has become known since the last call. Call it with settled sources, whose memory of changes it
 // clears. Throws SwitchFailed and Interrupted.

@@ -82,7 +82,7 @@ struct Watch {
 std::string write_metrics(const Watch &watch) {
   if (!watch.options.write_metrics) return "";
   PairStatus status{.sources = {watch.state.sides[0].source, watch.state.sides[1].source},
-                    .agree = watch.state.agree,
+                    .outcome = watch.state.outcome,
                     .comparison = watch.state.comparison,
                     .compared = watch.compared};
   for (std::size_t i = 0; i < status.connected.size(); ++i) {
@@ -101,7 +101,7 @@ void update_metrics(Watch &watch) {
 // Nobody looks at the pair any more.
 void leave(Watch &watch) {
   for (Snapshot *snapshot : watch.snapshot) snapshot->state = SourceState::lost;
-  watch.state.agree.reset();
+  watch.state.outcome.reset();
   update_metrics(watch);
 }
 
@@ -111,7 +111,7 @@ void hear(Watch &watch, const std::vector<Event> &events, bool is_wrong) {
   std::array<TimePoint, 2> checked{};
   for (std::size_t i = 0; i < checked.size(); ++i) checked[i] = watch.snapshot[i]->checked;
   const bool confirmed = std::exchange(watch.checked, checked) != checked;
-  if (watch.state.agree && (confirmed || !events.empty())) {
+  if (watch.state.outcome && (confirmed || !events.empty())) {
     watch.compared = std::chrono::system_clock::now();
   }
   if (confirmed || !events.empty()) update_metrics(watch);
@@ -119,7 +119,7 @@ void hear(Watch &watch, const std::vector<Event> &events, bool is_wrong) {
     if (!watch.listener(event, is_wrong)) watch.status = watch.options.once_agreed ? 1 : 0;
     if (watch.status) return;
   }
-  if (watch.options.once_agreed && watch.state.agree == true) watch.status = 0;
+  if (watch.options.once_agreed && watch.state.outcome == Outcome::agree) watch.status = 0;
 }
 
 // At the start a source that says something wrong, is not let in, or is no file ends the watch.
@@ -194,7 +194,7 @@ int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
               listener,
               {open_feed(sources[0], options, started), open_feed(sources[1], options, started)}};
   for (std::size_t i = 0; i < sources.size(); ++i) watch.snapshot[i] = &snapshot_of(watch.feeds[i]);
-  watch.state = make_pair_state({sources[0].shown, sources[1].shown});
+  watch.state = make_pair_state({sources[0].shown, sources[1].shown}, options.compare);
   if (const std::string problem = write_metrics(watch); !problem.empty()) {
     throw std::runtime_error(problem);
   }

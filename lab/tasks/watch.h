@@ -14,6 +14,7 @@
 namespace lab {
 
 struct WatchOptions {
+  CompareOptions compare;
   Clock::duration interval = std::chrono::seconds(1);  // of looking where nothing is notified
   bool once_agreed = false;
   std::optional<Clock::duration> timeout;

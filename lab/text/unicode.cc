@@ -120,4 +120,19 @@ std::string printable_lines(std::string_view text) {
   }
 }
 
+std::string visible(std::string_view text) {
+  bool has_unseen = text.starts_with(' ') || text.ends_with(' ');
+  std::string out;
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::string_view character = first_character(rest);
+    const uint32_t point = code_point(character);
+    const bool is_unseen = uc_is_property_default_ignorable_code_point(point) ||
+                           (uc_is_property_white_space(point) && point != ' ');
+    out += is_unseen ? escaped_bytes(character) : std::string(character);
+    has_unseen = has_unseen || is_unseen;
+    rest.remove_prefix(character.size());
+  }
+  return has_unseen ? '"' + out + '"' : std::string(text);
+}
+
 }  // namespace lab
