@@ -55,6 +55,19 @@ void add_what_if(Parser &parser) {
   what_if->add_flag("--log", arguments.log, "show the switch's event history");
 }
 
+// Which no range keeps out, since it is neither less nor greater.
+std::string refuse_nan(const std::string &text) {
+  return std::isnan(std::strtod(text.c_str(), nullptr)) ? "Value " + text + " is no number" : "";
+}
+
+void add_read_timeout(CLI::App *command, Arguments &arguments) {
+  command
+      ->add_option("--read-timeout", arguments.read_timeout,
+                   "seconds for reading a database, half of them for one answer; 10 by default")
+      ->check(CLI::Range(0.1, 3600.0))
+      ->check(refuse_nan);
+}
+
 void add_compare(Parser &parser) {
   Arguments &arguments = parser.arguments;
   CLI::App *compare =
@@ -82,12 +95,8 @@ void add_compare(Parser &parser) {
     command
         ->add_option("--format", arguments.format, "dump or state, whatever the content looks like")
         ->check(CLI::IsMember({"dump", "state"}));
+    add_read_timeout(command, arguments);
   }
-}
-
-// Which no range keeps out, since it is neither less nor greater.
-std::string refuse_nan(const std::string &text) {
-  return std::isnan(std::strtod(text.c_str(), nullptr)) ? "Value " + text + " is no number" : "";
 }
 
 void add_watch(Parser &parser) {
@@ -107,6 +116,7 @@ void add_watch(Parser &parser) {
       ->check(CLI::Range(0.001, 1e9))
       ->check(refuse_nan);
   watch->add_option("--metrics", arguments.metrics, "keep a file for Prometheus");
+  add_read_timeout(watch, arguments);
 }
 
 void add_explain_and_list(Parser &parser) {
@@ -124,7 +134,7 @@ void add_all(Parser &parser) {
   CLI::App &app = parser.app;
   app.require_subcommand(1);
   app.failure_message([](const CLI::App *command, const CLI::Error &problem) {
-    return "mcec-lab: " + printable(without_passwords(problem.what())) + "\nSee mcec-lab " +
+    return "mcec-lab: " + printable(problem.what()) + "\nSee mcec-lab " +
            (command->get_subcommands().empty() ? ""
                                                : command->get_subcommands()[0]->get_name() + " ") +
            "--help.\n";
@@ -141,6 +151,19 @@ void add_all(Parser &parser) {
   add_explain_and_list(parser);
 }
 
+// An error without the logins of the words that it repeats.
+std::string hide_logins(std::string error, int argc, const char *const *argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = printable(argv[i]);
+    const std::string hidden = hide_login(argv[i]);
+    if (hidden == word) continue;
+    for (std::size_t at = 0; (at = error.find(word, at)) != error.npos; at += hidden.size()) {
+      error.replace(at, word.size(), hidden);
+    }
+  }
+  return error;
+}
+
 }  // namespace
 
 Line parse_line(int argc, const char *const *argv) {
@@ -153,7 +176,7 @@ Line parse_line(int argc, const char *const *argv) {
   }
   if (argc > 1 && argv[1][0] != '-' &&
       std::find(names.begin(), names.end(), argv[1]) == names.end()) {
-    line.error = fmt::format("mcec-lab: found '{}'; expected {}\n", without_passwords(argv[1]),
+    line.error = fmt::format("mcec-lab: found '{}'; expected {}\n", hide_login(argv[1]),
                              one_of(names, argv[1]));
     return line;
   }
@@ -166,7 +189,7 @@ Line parse_line(int argc, const char *const *argv) {
     std::ostringstream error;
     parser.app.exit(problem, help, error);
     line.help = help.str();
-    line.error = error.str();
+    line.error = hide_logins(error.str(), argc, argv);
   }
   return line;
 }

@@ -6,6 +6,7 @@
 
 #include "output/json.h"
 #include "output/show.h"
+#include "sonic/limits.h"
 #include "text/error.h"
 
 namespace lab {
@@ -32,6 +33,7 @@ struct Arguments {
   std::pair<std::string, std::string> fix;  // a side, and a file
   std::string html;
   std::string pairs;
+  double read_timeout = 10;  // seconds
   double interval = 1;
   double timeout = 0;  // 0: none
   bool once_agreed = false;
@@ -52,6 +54,7 @@ Status list_all(const Arguments &arguments);
 // --- what they share ---
 
 ShowOptions show_options(const Arguments &arguments);
+ReadLimits limits_of(const Arguments &arguments);
 
 // A line on the standard error output.
 void print_error(const std::string &text);

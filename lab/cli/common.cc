@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <sstream>
 #include <stdexcept>
@@ -14,8 +15,19 @@
 
 namespace lab {
 
+namespace {
+
+// Of an error that is printed.
+constexpr std::size_t error_bytes = 4000;
+
+}  // namespace
+
 ShowOptions show_options(const Arguments &arguments) {
   return {standard_layout(arguments.no_color), arguments.quiet, arguments.only_different};
+}
+
+ReadLimits limits_of(const Arguments &arguments) {
+  return limits_within(std::chrono::milliseconds(std::lround(arguments.read_timeout * 1000)));
 }
 
 void print_error(const std::string &text) {
@@ -23,7 +35,7 @@ void print_error(const std::string &text) {
   // Where even this cannot be written, the exit status has to say it.
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    line = as_shown(without_passwords(line)) + "\n";
+    line = cut(as_shown(without_passwords(line)), error_bytes) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
   }
 }

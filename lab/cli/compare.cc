@@ -45,10 +45,12 @@ void write_patches(const Sides &sides, const Json &told, const Arguments &argume
 }
 
 // Read both sides; the errors of both are told at once.
-bool read_sides(const Arguments &arguments, Sides &sides) {
+bool read_and_check(const Arguments &arguments, Sides &sides) {
   Json told = Json::array();
+  std::vector<ReadSide> both = read_sides({{arguments.left, 0}, {arguments.right, 1}},
+                                          format_of(arguments), limits_of(arguments));
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    ReadSide read = read_side(i == 0 ? arguments.left : arguments.right, i, format_of(arguments));
+    ReadSide &read = both[i];
     print_errors(read.side.source, read.errors);
     for (Json &error : errors_to_json(read.side.source, read.errors)) {
       told.push_back(std::move(error));
@@ -87,7 +89,7 @@ Status compare_sides(const Arguments &arguments) {
     return wrong;
   }
   Sides sides;
-  if (!read_sides(arguments, sides)) return wrong;
+  if (!read_and_check(arguments, sides)) return wrong;
   if (!arguments.fix.first.empty() && (!sides[0].rows || !sides[1].rows)) {
     print_error(
         "mcec-lab compare: --patch writes patches of dumps and databases; found a state file");
@@ -107,7 +109,7 @@ Status compare_sides(const Arguments &arguments) {
 }
 
 Status capture_side(const Arguments &arguments) {
-  const ReadSide read = read_side(arguments.file, 0, format_of(arguments));
+  const ReadSide read = read_side(arguments.file, 0, format_of(arguments), limits_of(arguments));
   print_errors(read.side.source, read.errors);
   if (!read.errors.empty()) return wrong;
   fmt::print("{}", state_file(read.side.settings));

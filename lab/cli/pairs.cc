@@ -9,32 +9,28 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <functional>
 #include <map>
-#include <sstream>
 #include <thread>
 
 #include "cli/commands.h"
+#include "cli/pair_list.h"
 #include "output/told.h"
 #include "sonic/source.h"
 #include "switch/names.h"
 #include "tasks/compare.h"
-#include "text/signals.h"
+#include "text/wait.h"
 #include "text/yaml.h"
 
 namespace lab {
 namespace {
-
-struct PairLine {
-  int number;  // of its line, from 1
-  std::string name;
-  std::array<std::string, 2> sources;
-};
 
 // A comparison under way: its process, and the document that it writes.
 struct Job {
   const PairLine *pair;
   pid_t pid;
   int pipe;
+  TimePoint deadline;
   std::string document;
 };
 
@@ -46,49 +42,19 @@ struct Tally {
   Status status = agreed;
 };
 
-constexpr const char *line_form = "a name, the left and the right source, separated by tabs";
+// Of a comparison, in times of a reading.
+constexpr int readings_of_comparison = 3;
 
-// Sources are relative to the folder of the list.
-std::string in_folder(const std::string &source, const std::string &folder) {
-  const bool is_absolute = source.starts_with('/') || source.find("://") != source.npos;
-  return is_absolute ? source : folder + source;
-}
-
-std::vector<PairLine> read_pairs(const std::string &path, InputErrors &errors) {
-  std::vector<PairLine> pairs;
-  const std::string text = file_text(path, errors);
-  std::istringstream lines(std::string(without_byte_order_mark(text)));
-  const std::string folder = path.substr(0, path.rfind('/') + 1);
-  std::string line;
-  for (int number = 1; std::getline(lines, line); ++number) {
-    if (line.ends_with('\r')) line.pop_back();
-    if (line.empty() || line[0] == '#') continue;
-    std::vector<std::string> parts;
-    std::istringstream fields(line);
-    for (std::string part; std::getline(fields, part, '\t');) parts.push_back(part);
-    if (parts.size() == 3 && !parts[0].empty() && !parts[1].empty() && !parts[2].empty()) {
-      pairs.push_back({number,
-                       printable(parts[0]),
-                       {in_folder(parts[1], folder), in_folder(parts[2], folder)}});
-    } else {
-      errors.push_back({number, 1, "",
-                        "found '" + printable(without_passwords(line.substr(0, 80))) + "'",
-                        line_form});
-    }
-  }
-  if (pairs.empty() && errors.empty()) {
-    errors.push_back({1, 1, "", "found no pair", std::string("lines of ") + line_form});
-  }
-  return pairs;
-}
-
-// The document of a pair: that of a comparison, or its errors, under its name.
-Json document_of(const PairLine &pair) {
+// The document of a pair: that of a comparison, or its errors, under its name. The passwords of the
+// environment are for two servers, and a list may name any.
+Json document_of(const PairLine &pair, const ReadLimits &limits) {
   Json told = {{"pair", pair.name}, {"version", 1}};
   Sides sides;
   Json errors = Json::array();
+  std::vector<ReadSide> both =
+      read_sides({{pair.sources[0], {}}, {pair.sources[1], {}}}, Format::by_content, limits);
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    ReadSide read = read_side(pair.sources[i], i, Format::by_content);
+    ReadSide &read = both[i];
     for (Json &error : errors_to_json(read.side.source, read.errors)) {
       errors.push_back(std::move(error));
     }
@@ -109,9 +75,9 @@ Json failure_of(const PairLine &pair, const std::string &problem) {
       {"errors", {{{"source", pair.name}, {"where", ""}, {"found", problem}, {"expected", ""}}}}};
 }
 
-std::string document_text(const PairLine &pair) {
+std::string document_text(const PairLine &pair, const ReadLimits &limits) {
   try {
-    return document_of(pair).dump(-1, ' ', false, Json::error_handler_t::replace);
+    return document_of(pair, limits).dump(-1, ' ', false, Json::error_handler_t::replace);
   } catch (const std::bad_alloc &) {
     return failure_of(pair, "there is not enough memory").dump();
   } catch (const std::exception &problem) {
@@ -121,11 +87,11 @@ std::string document_text(const PairLine &pair) {
 
 // The life of the process of a comparison. Nothing leaves it but by its end: what is behind it on the
 // stack is the parent's.
-[[noreturn]] void compare_in_process(const PairLine &pair, int pipe) {
+[[noreturn]] void compare_in_process(const PairLine &pair, const ReadLimits &limits, int pipe) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   std::string text;
   try {
-    text = document_text(pair);
+    text = document_text(pair, limits);
   } catch (...) {  // interrupted, or no memory even for this
     _exit(wrong);
   }
@@ -137,7 +103,7 @@ std::string document_text(const PairLine &pair) {
   _exit(0);
 }
 
-Job start(const PairLine &pair, const std::vector<Job> &others) {
+Job start(const PairLine &pair, const ReadLimits &limits, const std::vector<Job> &others) {
   int ends[2];
   if (pipe(ends) != 0)
     throw std::system_error(errno, std::generic_category(), "no pipe for a pair");
@@ -151,10 +117,10 @@ Job start(const PairLine &pair, const std::vector<Job> &others) {
   if (pid == 0) {
     close(ends[0]);
     for (const Job &other : others) close(other.pipe);
-    compare_in_process(pair, ends[1]);
+    compare_in_process(pair, limits, ends[1]);
   }
   close(ends[1]);
-  return {&pair, pid, ends[0], ""};
+  return {&pair, pid, ends[0], Clock::now() + readings_of_comparison * limits.reading_time, ""};
 }
 
 // "mst-region-name (1), ifi-port-guard (3)".
@@ -217,37 +183,56 @@ bool take(Job &job) {
   return true;
 }
 
-void stop(std::vector<Job> &jobs) {
+void stop(const Job &job) {
+  kill(job.pid, SIGKILL);
+  waitpid(job.pid, nullptr, 0);
+  close(job.pipe);
+}
+
+Json result_of(const Job &job) {
+  const Json told = Json::parse(job.document, nullptr, false);
+  return told.is_object() ? told : failure_of(*job.pair, "the comparison died");
+}
+
+// Take the results of the comparisons that have ended, or whose time is up.
+void take_results(std::vector<Job> &jobs, const ReadLimits &limits,
+                  const std::function<void(const Json &)> &tell_result) {
+  std::vector<pollfd> ready;
+  TimePoint until = TimePoint::max();
   for (const Job &job : jobs) {
-    kill(job.pid, SIGKILL);
-    waitpid(job.pid, nullptr, 0);
-    close(job.pipe);
+    ready.push_back({job.pipe, POLLIN, 0});
+    until = std::min(until, job.deadline);
   }
-  jobs.clear();
+  wait(ready, until);
+  for (std::size_t i = jobs.size(); i-- > 0;) {
+    const Job &job = jobs[i];
+    if (ready[i].revents != 0 && take(jobs[i])) {
+      tell_result(result_of(job));
+    } else if (Clock::now() >= job.deadline) {
+      stop(job);
+      const auto time = readings_of_comparison * limits.reading_time;
+      tell_result(failure_of(*job.pair, "the comparison did not end within " + seconds_text(time)));
+    } else {
+      continue;
+    }
+    jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(i));
+  }
 }
 
 void compare_all(const std::vector<PairLine> &pairs, const Arguments &arguments, Tally &tally) {
   const std::size_t at_once = std::max(1U, std::thread::hardware_concurrency());
   const Layout layout = standard_layout(arguments.no_color);
+  const ReadLimits limits = limits_of(arguments);
   std::vector<Job> jobs;
   try {
     for (auto next = pairs.begin(); next != pairs.end() || !jobs.empty();) {
-      while (next != pairs.end() && jobs.size() < at_once) jobs.push_back(start(*next++, jobs));
-      std::vector<pollfd> ready;
-      for (const Job &job : jobs) ready.push_back({job.pipe, POLLIN, 0});
-      if (poll(ready.data(), ready.size(), -1) < 0 && errno != EINTR) break;
-      if (interrupted()) throw Interrupted{};
-      for (std::size_t i = jobs.size(); i-- > 0;) {
-        if (ready[i].revents == 0 || !take(jobs[i])) continue;
-        const Json told = Json::parse(jobs[i].document, nullptr, false);
-        const bool is_whole = told.is_object();
-        tell(is_whole ? told : failure_of(*jobs[i].pair, "the comparison died"), arguments, layout,
-             tally);
-        jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(i));
+      while (next != pairs.end() && jobs.size() < at_once) {
+        jobs.push_back(start(*next++, limits, jobs));
       }
+      take_results(jobs, limits, [&](const Json &told) { tell(told, arguments, layout, tally); });
     }
   } catch (...) {
-    stop(jobs);
+    for (const Job &job : jobs) stop(job);
     throw;
   }
 }
@@ -261,8 +246,11 @@ Status compare_pairs(const Arguments &arguments) {
     return wrong;
   }
   InputErrors errors;
-  const std::vector<PairLine> pairs = read_pairs(arguments.pairs, errors);
-  const std::string source = printable(arguments.pairs);
+  const std::string &path = arguments.pairs;
+  const std::string text = file_text(path, errors);
+  std::vector<PairLine> pairs;
+  if (errors.empty()) pairs = read_pair_list(text, path.substr(0, path.rfind('/') + 1), errors);
+  const std::string source = hide_login(path);
   print_errors(source, errors);
   Tally tally;
   if (!errors.empty()) {

@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "output/told.h"
+#include "sonic/source.h"
 #include "tasks/run.h"
 #include "text/signals.h"
 
@@ -34,8 +35,9 @@ struct Progress {
 };
 
 // Tell what is wrong with a scenario, in a document too when documents are wanted.
-Status print_scenario_errors(const std::string &path, const InputErrors &errors,
+Status print_scenario_errors(const std::string &given, const InputErrors &errors,
                              const Arguments &arguments) {
+  const std::string path = hide_login(given);  // it may be a database's URL
   print_errors(path, errors);
   if (arguments.json) {
     print_json({{"version", 1}, {"scenario", path}, {"errors", errors_to_json(path, errors)}});

@@ -38,6 +38,7 @@ Status watch_sides(const Arguments &arguments) {
   }
   WatchOptions options;
   options.interval = seconds(arguments.interval);
+  options.limits = limits_of(arguments);
   options.once_agreed = arguments.once_agreed;
   if (arguments.timeout > 0) options.timeout = seconds(arguments.timeout);
   options.metrics = arguments.metrics;

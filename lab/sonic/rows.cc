@@ -13,6 +13,8 @@ namespace {
 
 constexpr uint32_t last_revision = 65535;
 constexpr std::size_t name_bytes = 32;
+// Of a source; each takes memory, and rows of a hostile server may have any number.
+constexpr std::size_t most_errors = 10000;
 // A channel's id is its number, unless that leaves no room in the index of its port.
 constexpr uint32_t last_id = 0x00FFFFFF;
 
@@ -54,6 +56,7 @@ bool holds_controls(std::string_view text) {
 struct RowsReader {
   const Rows &rows;
   InputErrors errors;
+  std::size_t errors_left_out = 0;
 
   // --- errors ---
 
@@ -62,7 +65,11 @@ struct RowsReader {
   }
 
   void add_error(const std::string &where, const std::string &found, const std::string &expected) {
-    errors.push_back({0, 0, where, found, expected});
+    if (errors.size() >= most_errors) {
+      ++errors_left_out;
+    } else {
+      errors.push_back({0, 0, where, found, expected});
+    }
   }
 
   // --- rows and fields ---
@@ -419,6 +426,10 @@ ReadSettings settings_of(const Rows &rows, const InputErrors &reading) {
   }
   RowsReader reader{rows, reading};
   Settings settings = reader.settings();
+  if (reader.errors_left_out > 0) {
+    reader.errors.push_back(
+        {0, 0, "", "found " + std::to_string(reader.errors_left_out) + " more errors", ""});
+  }
   return {std::move(settings), std::move(reader.errors)};
 }
 

@@ -104,11 +104,7 @@ ParsedRanges parse_member(std::string_view member) {
 }
 
 std::string shown(std::string_view text) {
-  constexpr std::size_t most = 64;
-  if (text.size() <= most) return printable(text);
-  std::size_t end = most;
-  while (end > most - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return printable(text.substr(0, end)) + "...";
+  return printable(cut(text, 64));
 }
 
 std::string quoted(std::string_view text) {

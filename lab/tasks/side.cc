@@ -1,6 +1,6 @@
 #include "tasks/side.h"
 
-#include "sonic/database.h"
+#include "sonic/read_databases.h"
 #include "sonic/source.h"
 #include "switch/state_reader.h"
 #include "text/yaml.h"
@@ -23,8 +23,7 @@ void read_file(const std::string &path, Format format, ReadSide &read) {
   read.side.rows = std::move(text.rows);
 }
 
-void read_from_database(const Source &source, ReadSide &read) {
-  ReadDatabase database = read_database(source);
+void take_rows(ReadDatabase database, ReadSide &read) {
   if (!database.lost.empty()) {
     read.errors.push_back({0, 0, "", database.lost, "a configuration database"});
     return;
@@ -52,18 +51,33 @@ ReadText read_text(const std::string &bytes, Format format) {
   return text;
 }
 
-ReadSide read_side(const std::string &source, std::size_t which, Format format) {
-  ReadSide read;
-  ParsedSource parsed = parse_source(source, which);
-  read.side.source = printable(parsed.source.shown);
-  if (!parsed.errors.empty()) {
-    read.errors = std::move(parsed.errors);
-  } else if (parsed.source.kind == Source::Kind::file) {
-    read_file(parsed.source.place, format, read);
-  } else {
-    read_from_database(parsed.source, read);
+std::vector<ReadSide> read_sides(const std::vector<GivenSource> &sources, Format format,
+                                 const ReadLimits &limits) {
+  std::vector<ReadSide> sides(sources.size());
+  std::vector<Source> databases;
+  std::vector<std::size_t> side_of_database;
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    ParsedSource parsed = parse_source(sources[i].text, sources[i].password_of);
+    sides[i].side.source = printable(parsed.source.shown);
+    if (!parsed.errors.empty()) {
+      sides[i].errors = std::move(parsed.errors);
+    } else if (parsed.source.kind == Source::Kind::file) {
+      read_file(parsed.source.place, format, sides[i]);
+    } else {
+      databases.push_back(std::move(parsed.source));
+      side_of_database.push_back(i);
+    }
   }
-  return read;
+  std::vector<ReadDatabase> read = read_databases(databases, limits);
+  for (std::size_t i = 0; i < read.size(); ++i) {
+    take_rows(std::move(read[i]), sides[side_of_database[i]]);
+  }
+  return sides;
+}
+
+ReadSide read_side(const std::string &source, std::optional<std::size_t> password_of, Format format,
+                   const ReadLimits &limits) {
+  return std::move(read_sides({{source, password_of}}, format, limits)[0]);
 }
 
 }  // namespace lab

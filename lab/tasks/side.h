@@ -3,7 +3,9 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "sonic/limits.h"
 #include "sonic/rows.h"
 #include "tasks/watched_file.h"
 
@@ -26,8 +28,20 @@ struct ReadSide {
   InputErrors errors;  // with some, the settings are of no use
 };
 
-// The switch that a source says: a state file or a dump ("-" is standard input), or a database.
-// `which` of the two, 0 or 1, tells whose password the environment has. Throws Interrupted.
-ReadSide read_side(const std::string &source, std::size_t which, Format format);
+// A source as it was given, and whose password the environment has for it: that of the left (0), the
+// right (1) or neither.
+struct GivenSource {
+  std::string text;
+  std::optional<std::size_t> password_of;
+};
+
+// The switches that sources say: state files or dumps ("-" is standard input), or databases, which are
+// read at the same time. Throws Interrupted.
+std::vector<ReadSide> read_sides(const std::vector<GivenSource> &sources, Format format,
+                                 const ReadLimits &limits);
+
+// One of them.
+ReadSide read_side(const std::string &source, std::optional<std::size_t> password_of, Format format,
+                   const ReadLimits &limits = {});
 
 }  // namespace lab

@@ -159,6 +159,13 @@ std::string printable_lines(std::string_view text) {
   }
 }
 
+std::string cut(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return std::string(text);
+  std::size_t end = most;
+  while (end > 0 && end + 4 > most && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+  return std::string(text.substr(0, end)) + "...";
+}
+
 std::string log_line(std::string_view text) {
   if (text.ends_with('\n')) text.remove_suffix(1);
   return printable(text);

@@ -35,6 +35,9 @@ std::string_view without_byte_order_mark(std::string_view text);
 std::string printable(std::string_view text);
 std::string printable_lines(std::string_view text);  // line feeds stay
 
+// A text without what is past so many bytes; "..." stands for it.
+std::string cut(std::string_view text, std::size_t most);
+
 // The bytes of the character that a text of UTF-8 begins with; 0: it begins with none.
 std::size_t character_bytes(std::string_view text);
 bool is_utf8(std::string_view text);
