@@ -24,7 +24,7 @@ _mcec_lab() {
     fi
     case ${COMP_WORDS[i]} in
       --patch) option=--patch values=2 ;;
-      --format | --html | --pairs | --interval | --timeout | --metrics)
+      --format | --html | --pairs | --interval | --timeout | --read-timeout | --metrics)
         option=${COMP_WORDS[i]} values=1
         ;;
       -?*) ;;
@@ -42,7 +42,7 @@ _mcec_lab() {
     case $option$values in
       --cure2) words='left right both' ;;
       --format1) words='dump state' ;;
-      --interval1 | --timeout1) return ;;
+      --interval1 | --timeout1 | --read-timeout1) return ;;
       *) files='*' ;;
     esac
   else
@@ -63,16 +63,16 @@ _mcec_lab() {
       compare)
         ((place < 2)) && files='*.json *.yaml *.yml'
         [[ $current == -* ]] &&
-          words='--json --all --patch --html --pairs --format --no-color --help'
+          words='--json --all --patch --html --pairs --format --read-timeout --no-color --help'
         ;;
       capture)
         ((place == 0)) && files='*.json *.yaml *.yml'
-        [[ $current == -* ]] && words='--format --no-color --help'
+        [[ $current == -* ]] && words='--format --read-timeout --no-color --help'
         ;;
       watch)
         ((place < 2)) && files='*.json *.yaml *.yml'
         [[ $current == -* ]] &&
-          words='--json --interval --once-agreed --timeout --metrics --no-color --help'
+          words='--json --interval --once-agreed --timeout --read-timeout --metrics --no-color --help'
         ;;
       explain)
         if [[ $current == -* ]]; then

@@ -256,7 +256,7 @@ def test_losses(folder):
 
     for stop, go_on, reason in [
         (right.stop, right.start, "closed"),
-        (lambda: right.process.send_signal(signal.SIGSTOP), lambda: right.process.send_signal(signal.SIGCONT), "no answer"),
+        (lambda: right.process.send_signal(signal.SIGSTOP), lambda: right.process.send_signal(signal.SIGCONT), "no complete answer"),
         (lambda: right.do(["CONFIG", "SET", "requirepass", "s3cret"], ["CLIENT", "KILL", "SKIPME", "yes", "TYPE", "normal"]),
          lambda: subprocess.run(["redis-cli", "-s", right.path, "CONFIG", "SET", "requirepass", ""], check=True,
                                 env={**os.environ, "REDISCLI_AUTH": "s3cret"}, capture_output=True), ""),

@@ -31,7 +31,10 @@ template <class Record>
 Record &add_command(Parser &parser, const char *name, const char *about, CLI::App *&command) {
   command = parser.app.add_subcommand(name, about);
   const auto record = std::make_shared<Record>();
-  command->add_flag("--no-color", record->no_color, "no colours, as with NO_COLOR set");
+  command
+      ->add_option("--color", record->color,
+                   "auto (on a terminal, unless NO_COLOR is set), always or never")
+      ->check(CLI::IsMember({"auto", "always", "never"}));
   command->callback([&parser, record] { parser.arguments = *record; });
   return *record;
 }
@@ -67,29 +70,64 @@ CLI::Option *add_format(CLI::App *command, std::string &format) {
       ->check(CLI::IsMember({"dump", "state"}));
 }
 
+void add_namespace(CLI::App *command, std::string &name_space) {
+  command->add_option("--namespace", name_space, "the ASIC to read from a dump of several: asic0");
+}
+
+// A range does not refuse it, since it is neither less nor greater.
+std::string refuse_nan(const std::string &text) {
+  return std::isnan(std::strtod(text.c_str(), nullptr)) ? "Value " + text + " is no number" : "";
+}
+
+void add_read_timeout(CLI::App *command, double &seconds) {
+  command
+      ->add_option("--read-timeout", seconds,
+                   "seconds for reading a database, half of them for one answer; 10 by default")
+      ->check(CLI::Range(0.1, 3600.0))
+      ->check(refuse_nan);
+}
+
+void add_gate(CLI::App *command, std::string &accept, bool &strict) {
+  command->add_option("--accept", accept, "a file of accepted differences");
+  command->add_flag("--strict", strict, "a warning makes the pair disagree");
+}
+
 void add_compare(Parser &parser) {
   CLI::App *compare = nullptr;
   auto &record = add_command<CompareArguments>(
       parser, "compare", "Compare two switches, and say why they do not agree", compare);
   CLI::Option *left = compare->add_option("LEFT", record.left, source_help);
-  compare->add_option("RIGHT", record.right, source_help);
+  CLI::Option *right = compare->add_option("RIGHT", record.right, source_help);
   compare->add_flag("--json", record.json, "a JSON document");
-  compare->add_flag("--all", record.all, "show the scopes that agree, too");
+  compare->add_flag("--all", record.all, "show the scopes that agree, too, and all lists in full");
+  compare->add_flag("--quiet", record.quiet, "print nothing but errors");
+  CLI::Option *intended = compare
+                              ->add_option("--intended", record.intended,
+                                           "compare one switch with the state that it should have")
+                              ->excludes(right);
   CLI::Option *patch =
       compare
-          ->add_option(
-              "--patch", record.patch,
-              "write the patch that brings a side (left, right or both) into line to a file")
+          ->add_option("--patch", record.patch,
+                       "write the patch that brings a side (left, right or both; actual with "
+                       "--intended) into line to a file")
           ->type_name("SIDE FILE")
-          ->check(CLI::IsMember({"left", "right", "both"}).application_index(0));
+          ->check(CLI::IsMember({"left", "right", "both", "actual"}).application_index(0));
   CLI::Option *html =
       compare->add_option("--html", record.html, "write the comparison as a page to a file");
+  CLI::Option *write_accept = compare->add_option("--write-accept", record.write_accept,
+                                                  "write a file that accepts what differs now");
   CLI::Option *format = add_format(compare, record.format);
-  compare
-      ->add_option(
-          "--pairs", record.pairs,
-          "compare many pairs: a file with lines of name, left and right, separated by tabs")
-      ->excludes(left, patch, html, format);
+  add_namespace(compare, record.name_space);
+  add_gate(compare, record.accept, record.strict);
+  add_read_timeout(compare, record.read_timeout);
+  CLI::Option *pairs =
+      compare
+          ->add_option(
+              "--pairs", record.pairs,
+              "compare many pairs: a file with lines of name, left, right and, if need be, "
+              "namespace, separated by tabs")
+          ->excludes(left, patch, html, format, intended, write_accept);
+  compare->add_flag("--notes", record.notes, "with --pairs: the notes on each pair")->needs(pairs);
 }
 
 void add_capture(Parser &parser) {
@@ -98,11 +136,8 @@ void add_capture(Parser &parser) {
       parser, "capture", "Write the settings of a switch as a state file", capture);
   capture->add_option("SOURCE", record.source, source_help)->required();
   add_format(capture, record.format);
-}
-
-// A range does not refuse it, since it is neither less nor greater.
-std::string refuse_nan(const std::string &text) {
-  return std::isnan(std::strtod(text.c_str(), nullptr)) ? "Value " + text + " is no number" : "";
+  add_namespace(capture, record.name_space);
+  add_read_timeout(capture, record.read_timeout);
 }
 
 void add_watch(Parser &parser) {
@@ -122,6 +157,9 @@ void add_watch(Parser &parser) {
       ->check(CLI::Range(0.001, 1e9))
       ->check(refuse_nan);
   watch->add_option("--metrics", record.metrics, "keep a file for Prometheus");
+  add_namespace(watch, record.name_space);
+  add_gate(watch, record.accept, record.strict);
+  add_read_timeout(watch, record.read_timeout);
 }
 
 void add_explain_and_list(Parser &parser) {
@@ -139,7 +177,7 @@ void add_explain_and_list(Parser &parser) {
 
 std::string format_failure(const CLI::App *app, const CLI::Error &problem) {
   const auto commands = app->get_subcommands();
-  return "mcec-lab: " + printable(without_passwords(problem.what())) + "\nSee mcec-lab " +
+  return "mcec-lab: " + printable(problem.what()) + "\nSee mcec-lab " +
          (commands.empty() ? "" : commands[0]->get_name() + " ") + "--help.\n";
 }
 
@@ -161,6 +199,19 @@ void add_all(Parser &parser) {
   add_explain_and_list(parser);
 }
 
+// An error without the logins of the words that it repeats.
+std::string hide_logins(std::string error, int argc, const char *const *argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = printable(argv[i]);
+    const std::string hidden = hide_login(argv[i]);
+    if (hidden == word) continue;
+    for (std::size_t at = 0; (at = error.find(word, at)) != error.npos; at += hidden.size()) {
+      error.replace(at, word.size(), hidden);
+    }
+  }
+  return error;
+}
+
 }  // namespace
 
 CommandLine parse_command_line(int argc, const char *const *argv) {
@@ -173,7 +224,7 @@ CommandLine parse_command_line(int argc, const char *const *argv) {
   }
   if (argc > 1 && argv[1][0] != '-' &&
       std::find(names.begin(), names.end(), argv[1]) == names.end()) {
-    line.error = fmt::format("mcec-lab: found '{}'; expected {}\n", without_passwords(argv[1]),
+    line.error = fmt::format("mcec-lab: found '{}'; expected {}\n", hide_login(argv[1]),
                              one_of(names, argv[1]));
     return line;
   }
@@ -185,7 +236,7 @@ CommandLine parse_command_line(int argc, const char *const *argv) {
     std::ostringstream error;
     parser.app.exit(problem, help, error);
     line.help = help.str();
-    line.error = error.str();
+    line.error = hide_logins(error.str(), argc, argv);
   }
   return line;
 }

@@ -1,13 +1,16 @@
 // The commands of mcec-lab: the arguments of each, and the exit status that it gives.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
 #include "output/style.h"
+#include "report/acceptance.h"
 #include "report/verdict.h"
+#include "sonic/limits.h"
 #include "text/error.h"
 
 namespace lab {
@@ -19,7 +22,7 @@ struct RunArguments {
   bool quiet = false;
   bool only_different = false;
   bool fail_on_difference = false;
-  bool no_color = false;
+  std::string color = "auto";
 };
 
 struct WhatIfArguments {
@@ -27,25 +30,35 @@ struct WhatIfArguments {
   std::size_t step = 0;
   bool json = false;
   bool log = false;
-  bool no_color = false;
+  std::string color = "auto";
 };
 
 struct CompareArguments {
   std::string left;
   std::string right;
+  std::string intended;
   std::string pairs;
   std::string format;
+  std::string name_space;
   std::pair<std::string, std::string> patch;  // a side, and a file
   std::string html;
+  std::string accept;
+  std::string write_accept;
+  double read_timeout = 10;  // seconds
+  bool strict = false;
+  bool notes = false;
   bool json = false;
   bool all = false;
-  bool no_color = false;
+  bool quiet = false;
+  std::string color = "auto";
 };
 
 struct CaptureArguments {
   std::string source;
   std::string format;
-  bool no_color = false;
+  std::string name_space;
+  double read_timeout = 10;
+  std::string color = "auto";
 };
 
 struct WatchArguments {
@@ -53,21 +66,25 @@ struct WatchArguments {
   std::string right;
   double interval = 1;
   double timeout = 0;  // 0: none
+  double read_timeout = 10;
   std::string metrics;
+  std::string accept;
+  std::string name_space;
+  bool strict = false;
   bool json = false;
   bool once_agreed = false;
-  bool no_color = false;
+  std::string color = "auto";
 };
 
 struct ExplainArguments {
   std::string what;
-  bool no_color = false;
+  std::string color = "auto";
 };
 
 struct ListArguments {
   std::string what;
   bool json = false;
-  bool no_color = false;
+  std::string color = "auto";
 };
 
 using Arguments = std::variant<std::monostate, RunArguments, WhatIfArguments, CompareArguments,
@@ -85,6 +102,11 @@ Status execute(const ListArguments &arguments);
 Status compare_pairs(const CompareArguments &arguments);
 
 // --- what they share ---
+
+ReadLimits limits_of(double read_timeout);
+
+// The entries of a file of accepted differences, none without a path. Nothing: its errors are printed.
+std::optional<std::vector<AcceptEntry>> read_accept_file(const std::string &path);
 
 // A line on the standard error output.
 void print_error(const std::string &text);

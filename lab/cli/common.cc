@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <sstream>
 #include <stdexcept>
@@ -8,12 +9,16 @@
 #include "cli/commands.h"
 #include "sonic/source.h"
 #include "text/file.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {
 
 // More errors than these help no person at once.
 constexpr std::size_t most_errors = 100;
+
+// Of an error that is printed.
+constexpr std::size_t error_bytes = 4000;
 
 }  // namespace
 
@@ -22,7 +27,7 @@ void print_error(const std::string &text) {
   // Where even this cannot be written, the exit status has to say it.
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    line = as_shown(without_passwords(line)) + "\n";
+    line = cut(as_shown(without_passwords(line)), error_bytes) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
   }
 }
@@ -36,6 +41,24 @@ void print_errors(const std::string &source, const InputErrors &errors) {
   if (errors.size() > most_errors) {
     print_error(fmt::format("{}: and {} errors more", source, errors.size() - most_errors));
   }
+}
+
+ReadLimits limits_of(double read_timeout) {
+  return limits_within(std::chrono::milliseconds(std::lround(read_timeout * 1000)));
+}
+
+std::optional<std::vector<AcceptEntry>> read_accept_file(const std::string &path) {
+  if (path.empty()) return std::vector<AcceptEntry>{};
+  InputErrors errors;
+  const std::string text = read_file(path, errors);
+  ReadAcceptList read;
+  if (errors.empty()) {
+    read = read_accept_list(text);
+    errors = std::move(read.errors);
+  }
+  print_errors(printable(path), errors);
+  if (!errors.empty()) return std::nullopt;
+  return std::move(read.entries);
 }
 
 void write_file(const std::string &path, const std::string &text) {

@@ -4,6 +4,7 @@
 
 #include "cli/commands.h"
 #include "output/error_json.h"
+#include "output/fix.h"
 #include "output/page.h"
 #include "output/pair_json.h"
 #include "output/pair_text.h"
@@ -12,6 +13,7 @@
 #include "switch/names.h"
 #include "switch/state_writer.h"
 #include "tasks/compare.h"
+#include "tasks/side.h"
 #include "text/file.h"
 
 namespace lab {
@@ -30,25 +32,56 @@ std::string insert_side(const std::string &path, const char *side) {
   return path.substr(0, at) + "." + side + path.substr(at);
 }
 
+// What a patch leaves to an operator, with the rows to look at.
+void print_undecided(const Patches &patches, const PairReport &report) {
+  const SideNames &names = side_names(report);
+  for (const ScopeReport *scope : patches.undecided) {
+    const char *side = names[*missing_side(*scope)];
+    const std::string what =
+        scope->missing_row.empty() ? "channel " + scope->scope.name : scope->missing_row;
+    print_error(fmt::format("not decided: {} is missing on {}", what, side));
+  }
+  for (const auto &[scope, parameter] : patches.unfixed) {
+    print_error(fmt::format("not decided: {} of {}: {}", parameter_key(parameter->type),
+                            scope->scope.name, describe_fix(parameter->fix->fix, names)));
+  }
+  for (std::size_t side = 0; side < names.size(); ++side) {
+    if (report.sides[side].spanning_tree == SpanningTree::off &&
+        report.sides[1 - side].spanning_tree != SpanningTree::off) {
+      print_error(fmt::format("not decided: spanning tree is off on {}", names[side]));
+    }
+  }
+}
+
 void write_patches(const Sides &sides, const PairReport &report,
                    const std::pair<std::string, std::string> &patch) {
   const auto &[which, path] = patch;
-  const std::array<bool, 2> changes = {which != "right", which != "left"};
-  const std::array<Patch, 2> patches = collect_patches(sides, report, changes);
-  if (which == "both" && path == "-") return write_file("-", format_patches(patches));
-  for (std::size_t i = 0; i < patches.size(); ++i) {
+  const std::array<bool, 2> changes = {which == "left" || which == "both", which != "left"};
+  const Patches patches = collect_patches(sides, report, changes);
+  print_undecided(patches, report);
+  bool is_empty = true;
+  for (std::size_t i = 0; i < changes.size(); ++i) {
     if (!changes[i]) continue;
+    is_empty = is_empty && patches.of_side[i].empty();
+    if (has_mode_change(patches.of_side[i])) print_error(mode_advice);
+    if (which == "both" && path == "-") continue;
     write_file(which == "both" ? insert_side(path, switch_names[i]) : path,
-               format_patch(patches[i]));
+               format_patch(patches.of_side[i]));
   }
+  if (which == "both" && path == "-") write_file("-", format_patches(patches.of_side));
+  if (is_empty) print_error("the patch changes nothing");
 }
 
 // An output that would replace an input or another output is an error; empty: there is none.
 std::string find_clashing_output(const CompareArguments &arguments) {
   std::vector<std::pair<std::string, std::string>> files = {{"the left source", arguments.left},
                                                             {"the right source", arguments.right}};
+  if (!arguments.accept.empty()) files.emplace_back("--accept", arguments.accept);
   const std::size_t inputs = files.size();
   if (!arguments.html.empty()) files.emplace_back("--html", arguments.html);
+  if (!arguments.write_accept.empty()) {
+    files.emplace_back("--write-accept", arguments.write_accept);
+  }
   const auto &[side, patch] = arguments.patch;
   for (const char *name : switch_names) {
     if (side == "both") files.emplace_back("--patch", insert_side(patch, name));
@@ -65,11 +98,13 @@ std::string find_clashing_output(const CompareArguments &arguments) {
 }
 
 // Read both sides, and print the errors of both.
-bool read_sides(const CompareArguments &arguments, Sides &sides) {
+bool read_both(const CompareArguments &arguments, Sides &sides) {
+  std::vector<ReadSide> both = read_sides(
+      {{arguments.left, 0, arguments.name_space}, {arguments.right, 1, arguments.name_space}},
+      parse_format(arguments.format), limits_of(arguments.read_timeout));
   std::vector<SourceErrors> errors;
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    ReadSide read =
-        read_side(i == 0 ? arguments.left : arguments.right, i, parse_format(arguments.format));
+    ReadSide &read = both[i];
     print_errors(read.side.source, read.errors);
     if (!read.errors.empty()) errors.push_back({read.side.source, std::move(read.errors)});
     sides[i] = std::move(read.side);
@@ -89,43 +124,83 @@ std::string find_usage_error(const CompareArguments &arguments) {
   if (arguments.left == "-" && arguments.right == "-") {
     return "found '-' twice; expected the standard input on one side";
   }
-  if (arguments.json + (arguments.html == "-") + (arguments.patch.second == "-") > 1) {
-    return "expected one of --json, --html - and --patch SIDE -, which all write to the standard "
-           "output";
+  if (arguments.json + (arguments.html == "-") + (arguments.patch.second == "-") +
+          (arguments.write_accept == "-") >
+      1) {
+    return "expected one of --json, --html -, --patch SIDE - and --write-accept -, which all write "
+           "to the standard output";
+  }
+  const bool is_actual = arguments.patch.first == intended_names[1];
+  if (!arguments.patch.first.empty() && is_actual == arguments.intended.empty()) {
+    return arguments.intended.empty() ? "--patch: found 'actual'; expected left, right or both"
+                                      : "--patch: expected actual, with --intended";
   }
   return find_clashing_output(arguments);
 }
 
+// A side that is to be patched must be a dump or a database; empty: it is.
+std::string find_unpatchable(const std::string &which, const Sides &sides) {
+  for (std::size_t i = 0; i < sides.size(); ++i) {
+    const bool is_patched = which == "both" || which == switch_names[i] ||
+                            (which == intended_names[i] && !which.empty());
+    if (!is_patched || sides[i].rows) continue;
+    return "--patch writes patches of dumps and databases; found a state file";
+  }
+  return "";
+}
+
+void write_outputs(const CompareArguments &arguments, const Sides &sides,
+                   const PairReport &report) {
+  if (!arguments.patch.first.empty()) write_patches(sides, report, arguments.patch);
+  if (!arguments.html.empty()) write_file(arguments.html, write_page(report));
+  if (!arguments.write_accept.empty()) {
+    write_file(arguments.write_accept, format_accept_list(report));
+  }
+  if (arguments.json) {
+    fmt::print("{}", format_comparison(report));
+  } else if (!arguments.quiet && arguments.html != "-" && arguments.patch.second != "-" &&
+             arguments.write_accept != "-") {
+    print_comparison(report, {.layout = standard_layout(arguments.color),
+                              .only_different = !arguments.all,
+                              .is_short = !arguments.all,
+                              .sides = side_names(report)});
+  }
+}
+
 }  // namespace
 
-Status execute(const CompareArguments &arguments) {
-  if (!arguments.pairs.empty()) return compare_pairs(arguments);
+Status execute(const CompareArguments &given) {
+  if (!given.pairs.empty()) return compare_pairs(given);
+  CompareArguments arguments = given;
+  const bool is_intended = !given.intended.empty();
+  if (is_intended) {
+    arguments.right = given.left;
+    arguments.left = given.intended;
+  }
   if (const std::string error = find_usage_error(arguments); !error.empty()) {
     print_error("mcec-lab compare: " + error);
     return wrong;
   }
+  const auto accept = read_accept_file(arguments.accept);
   Sides sides;
-  if (!read_sides(arguments, sides)) return wrong;
-  const bool has_patch = !arguments.patch.first.empty();
-  if (has_patch && (!sides[0].rows || !sides[1].rows)) {
-    print_error(
-        "mcec-lab compare: --patch writes patches of dumps and databases; found a state file");
+  if (!read_both(arguments, sides) || !accept) return wrong;
+  if (const std::string error = find_unpatchable(arguments.patch.first, sides); !error.empty()) {
+    print_error("mcec-lab compare: " + error);
     return wrong;
   }
-  const PairReport report = compare(sides);
-  if (has_patch) write_patches(sides, report, arguments.patch);
-  if (!arguments.html.empty()) write_file(arguments.html, write_page(report));
-  if (arguments.json) {
-    fmt::print("{}", format_comparison(report));
-  } else if (arguments.html != "-" && arguments.patch.second != "-") {
-    print_comparison(
-        report, {.layout = standard_layout(arguments.no_color), .only_different = !arguments.all});
-  }
-  return is_agreed(find_verdict(report)) ? agreed : disagreed;
+  const PairReport report = compare(sides, {.name = "",
+                                            .is_intended = is_intended,
+                                            .is_strict = arguments.strict,
+                                            .accept = &*accept})
+                                .report;
+  write_outputs(arguments, sides, report);
+  return find_status(report);
 }
 
 Status execute(const CaptureArguments &arguments) {
-  const ReadSide read = read_side(arguments.source, 0, parse_format(arguments.format));
+  const ReadSide read =
+      std::move(read_sides({{arguments.source, 0, arguments.name_space}},
+                           parse_format(arguments.format), limits_of(arguments.read_timeout))[0]);
   print_errors(read.side.source, read.errors);
   if (!read.errors.empty()) return wrong;
   fmt::print("{}", state_file(read.side.settings));

@@ -8,7 +8,7 @@
 namespace lab {
 
 Status execute(const ExplainArguments &arguments) {
-  if (explain(arguments.what, standard_layout(arguments.no_color))) return agreed;
+  if (explain(arguments.what, standard_layout(arguments.color))) return agreed;
   std::vector<std::string> names = parameter_keys();
   for (const auto &more : {command_keys(), result_keys()}) {
     names.insert(names.end(), more.begin(), more.end());
@@ -24,7 +24,7 @@ Status execute(const ListArguments &arguments) {
   if (arguments.json) {
     fmt::print("{}", format_list());
   } else {
-    list(arguments.what, standard_layout(arguments.no_color));
+    list(arguments.what, standard_layout(arguments.color));
   }
   return agreed;
 }

@@ -7,6 +7,7 @@
 #include "output/error_json.h"
 #include "output/run_json.h"
 #include "output/run_text.h"
+#include "sonic/source.h"
 #include "tasks/run.h"
 #include "tasks/side.h"
 #include "text/signals.h"
@@ -36,7 +37,8 @@ struct Progress {
   }
 };
 
-Status print_scenario_errors(const std::string &path, const InputErrors &errors, bool json) {
+Status print_scenario_errors(const std::string &given, const InputErrors &errors, bool json) {
+  const std::string path = hide_login(given);  // it may be the URL of a database
   print_errors(path, errors);
   if (json) {
     fmt::print("{}", format_scenario_errors(path, errors));
@@ -58,7 +60,7 @@ Status run_file(const std::string &file, const RunArguments &arguments) {
   if (!read.errors.empty()) {
     return print_scenario_errors(scenario.path, read.errors, arguments.json);
   }
-  const Style style{.layout = standard_layout(arguments.no_color),
+  const Style style{.layout = standard_layout(arguments.color),
                     .quiet = arguments.quiet,
                     .only_different = arguments.only_different};
   if (!arguments.json) print_title(scenario.path, scenario.title, scenario.about, style);
@@ -123,7 +125,7 @@ Status execute(const WhatIfArguments &arguments) {
     no_step.expected = list_changing_steps(scenario);
     return print_scenario_errors(scenario.path, {no_step}, arguments.json);
   }
-  const Style style{.layout = standard_layout(arguments.no_color)};
+  const Style style{.layout = standard_layout(arguments.color)};
   Progress progress;
   const auto steps = make_step_list();
   std::vector<StepReport> reports;

@@ -51,11 +51,18 @@ bool print_event(const Event &event, bool is_fatal, bool json) {
 Status execute(const WatchArguments &arguments) {
   std::array<Source, 2> sources;
   if (!read_sources(arguments, sources)) return wrong;
+  const auto accept = read_accept_file(arguments.accept);
+  if (!accept) return wrong;
   WatchOptions options;
   options.interval = seconds(arguments.interval);
   options.once_agreed = arguments.once_agreed;
+  options.limits = limits_of(arguments.read_timeout);
+  options.compare.is_strict = arguments.strict;
+  options.compare.accept = &*accept;
   if (arguments.timeout > 0) options.timeout = seconds(arguments.timeout);
-  options.reader = [](const std::string &bytes) { return read_text(bytes, Format::by_content); };
+  options.reader = [&](const std::string &bytes) {
+    return read_text(bytes, Format::by_content, arguments.name_space);
+  };
   if (!arguments.metrics.empty()) {
     options.write_metrics = [path = arguments.metrics](const PairStatus &status) {
       return write_metrics(path, status);

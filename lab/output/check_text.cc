@@ -165,6 +165,10 @@ void print_fixes(const ScopeReport &scope, const std::string &group, const Style
     const Fix &fix = parameter.fix->fix;
     put_wrapped(describe_fix(fix.channel.empty() ? fix : widen_fix(fix, group), style.sides),
                 style.layout, indent + 5, "    fix: ");
+    if (parameter.type == STP_MCEC_TYPE1_STP_MODE && (fix.alone[0] || fix.alone[1])) {
+      put_wrapped("disable the old mode on the switch first, then enable the new one", style.layout,
+                  indent + 5);
+    }
   }
 }
 

@@ -82,4 +82,13 @@ std::string describe_fix(const Fix &fix, const SideNames &names) {
   return describe_changes(fix.alone, names);
 }
 
+bool has_mode_change(const std::vector<PatchOperation> &patch) {
+  const Field &mode = *field_of_parameter(STP_MCEC_TYPE1_STP_MODE, 0);
+  const std::vector<std::string> path = {mode.table, mode.key, mode.name};
+  return std::any_of(patch.begin(), patch.end(), [&](const PatchOperation &operation) {
+    return std::equal(operation.path.begin(), operation.path.end(), path.begin(),
+                      path.begin() + std::ptrdiff_t(operation.path.size()));
+  });
+}
+
 }  // namespace lab

@@ -23,7 +23,8 @@ constexpr std::size_t column_gap = 2;
 
 // The columns of a character; less than 0: this locale cannot show it.
 int columns_here(std::string_view character) {
-  return character.size() == 1 || takes_utf8() ? columns_of(character) : -1;
+  if (character.size() == 1) return 1;
+  return takes_utf8() ? columns_of(character) : -1;
 }
 
 // What stands at a place of a text that is shown: a character, or a colour, which takes no column.
@@ -146,7 +147,7 @@ bool takes_utf8() {
   return takes;
 }
 
-Layout standard_layout(bool no_color) {
+Layout standard_layout(const std::string &color) {
   Layout layout;
   const auto is_set = [](const char *name) {
     const char *value = std::getenv(name);
@@ -154,7 +155,8 @@ Layout standard_layout(bool no_color) {
   };
   const char *terminal = std::getenv("TERM");
   const bool is_dumb = terminal != nullptr && std::strcmp(terminal, "dumb") == 0;
-  layout.colour = isatty(STDOUT_FILENO) == 1 && !no_color && !is_set("NO_COLOR") && !is_dumb;
+  layout.colour = color == "always" || (color == "auto" && isatty(STDOUT_FILENO) == 1 &&
+                                        !is_set("NO_COLOR") && !is_dumb);
   winsize size{};
   const char *columns = std::getenv("COLUMNS");
   if (const auto width = parse_number(columns != nullptr ? columns : "")) {

@@ -13,8 +13,9 @@ struct Layout {
   std::size_t width = 80;  // columns
 };
 
-// Of the standard output: what its terminal, its locale and the environment say.
-Layout standard_layout(bool no_color);
+// Of the standard output: what its terminal, its locale and the environment say. `color`: "auto",
+// "always" or "never".
+Layout standard_layout(const std::string &color);
 
 enum class Colour { none, red, green, yellow, cyan, bold };
 

@@ -146,10 +146,12 @@ AcceptEntry read_entry(Reader &reader, const YAML::Node &node) {
 ReadAcceptList read_accept_list(const std::string &text) {
   ReadAcceptList read;
   Reader reader;
-  read_yaml(text, "a list of accepted differences", reader, [&](const YAML::Node &root) {
-    if (!reader.sequence(root, "a list of accepted differences")) return;
-    for (const auto &node : root) read.entries.push_back(read_entry(reader, node));
-  });
+  read_yaml(
+      text, "a file of accepted differences", reader,
+      [&](const YAML::Node &root) {
+        for (const auto &node : root) read.entries.push_back(read_entry(reader, node));
+      },
+      YamlRoot::list);
   read.errors = std::move(reader.errors);
   sort_errors(read.errors);
   return read;

@@ -39,8 +39,10 @@ struct Event {
   std::string reason;                      // disconnected
   std::vector<RowChange> rows;             // changed, error
   ChangeEffect effect;                     // changed
-  std::optional<bool> agreed_before;       // changed
+  std::optional<Outcome> outcome_before;   // changed
   InputErrors errors;                      // error
+  std::vector<NoteReport> appeared;        // note: warnings that were not there before
+  std::vector<NoteReport> gone_notes;      // note: warnings that are there no more
 };
 
 }  // namespace lab

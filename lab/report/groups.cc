@@ -9,7 +9,11 @@ namespace {
 ScopeReport without_name(const ScopeReport &scope) {
   ScopeReport common = scope;
   common.scope.name.clear();
-  for (PairScope::End &end : common.scope.ends) end = {.present = end.present};
+  for (PairScope::End &end : common.scope.ends) {
+    const bool is_present = end.present;
+    end = {};
+    end.present = is_present;
+  }
   common.missing_row.clear();
   for (ParameterReport &parameter : common.parameters) parameter.fix.reset();
   return common;

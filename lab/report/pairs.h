@@ -15,6 +15,7 @@ struct PairResult {
   std::string name;
   std::vector<SourceErrors> errors;  // of the sources that have some
   PairReport report;                 // of no use with errors
+  std::vector<bool> matched;         // which entries of accepted differences match
 };
 
 }  // namespace lab

@@ -37,7 +37,7 @@ LAB_FIELDS(IncompleteReport, it.reason, it.accepted)
 LAB_FIELDS(NoteReport, it.note, it.accepted, it.problem, it.line, it.until)
 LAB_FIELDS(PairReport, it.name, it.is_one_of_many, it.is_intended, it.is_strict, it.sides,
            it.twin_vlans, it.checks, it.incomplete, it.notes)
-LAB_FIELDS(PairResult, it.name, it.errors, it.report)
+LAB_FIELDS(PairResult, it.name, it.errors, it.report, it.matched)
 
 std::string encode_result(const PairResult &result) {
   std::ostringstream stream;

@@ -14,12 +14,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
+const std::string protocol_error = "protocol error: ";
+
 // A connection on which nothing is said is asked for a sign of life.
 constexpr auto beat = 1s;
 // Reads of a socket before the other source has its turn.
 constexpr int reads_at_once = 64;
-// Elements of an answer.
-constexpr int longest_list = 1000000;
 
 struct FreeReply {
   void operator()(redisReply *reply) const { freeReplyObject(reply); }
@@ -29,17 +29,46 @@ using Reply = std::unique_ptr<redisReply, FreeReply>;
 
 const redisReplyObjectFunctions *usual_functions = nullptr;
 
-// A list of more than the lab can meet is not made, however long the server says that it is.
+// A list of more elements than an answer may have is not made, however long the server says that it
+// is.
 template <class Count>
 void *make_list(const redisReadTask *task, Count elements) {
-  return elements <= Count{longest_list} ? usual_functions->createArray(task, elements) : nullptr;
+  std::size_t &left = *static_cast<std::size_t *>(task->privdata);
+  if (static_cast<std::size_t>(elements) > left) return nullptr;
+  left -= static_cast<std::size_t>(elements);
+  return usual_functions->createArray(task, elements);
 }
 
-std::string error_of(const redisContext &context) {
+// What other servers answer to a request that they do not understand.
+constexpr struct {
+  std::string_view begin;
+  const char *protocol;
+} other_servers[] = {{"HTTP/", "HTTP"},  // in its first version without a status line
+                     {"<", "HTTP"},
+                     {"SSH-", "SSH"},
+                     {std::string_view("\x15\x03", 2), "TLS"},
+                     {std::string_view("\x16\x03", 2), "TLS"}};
+
+std::string not_redis(const Connection &connection) {
+  std::string text = "no Redis server answered at " + connection.place;
+  for (const auto &[begin, protocol] : other_servers) {
+    if (connection.first_bytes.starts_with(begin)) {
+      return text + " (looks like " + protocol + ")";
+    }
+  }
+  return text;
+}
+
+std::string error_of(const Connection &connection) {
+  const redisContext &context = *connection.context;
   const bool is_cut = context.err == REDIS_ERR_IO && (errno == ECONNRESET || errno == EPIPE);
   if (context.err == REDIS_ERR_EOF || is_cut) return "the server closed the connection";
-  if (context.err == REDIS_ERR_OOM) return "the server says more than can be kept";
-  return printable(context.errstr);
+  if (context.err == REDIS_ERR_OOM) {
+    return "the server sends an answer of more than " +
+           std::to_string(connection.limits.answer_elements) + " elements";
+  }
+  if (context.err != REDIS_ERR_PROTOCOL) return printable(context.errstr);
+  return connection.is_redis ? protocol_error + printable(context.errstr) : not_redis(connection);
 }
 
 void finish_connecting(Connection &connection) {
@@ -50,20 +79,88 @@ void finish_connecting(Connection &connection) {
   connection.connected = true;
 }
 
-}  // namespace
+void read_available(Connection &connection) {
+  redisReader *reader = connection.context->reader;
+  const std::size_t before = reader->len;
+  if (redisBufferRead(connection.context.get()) != REDIS_OK) {
+    throw ConnectionLost{error_of(connection)};
+  }
+  connection.unfinished_bytes += reader->len - before;
+  constexpr std::size_t telling = 8;
+  if (connection.first_bytes.size() < telling && reader->len > 0) {
+    connection.first_bytes.append(reader->buf + before, std::min(reader->len - before, telling));
+  }
+}
 
-Connection connect_to(const Source &source, const std::string &address) {
+// A line has no length before it, and a reader looks for its end from the beginning each time.
+bool has_long_line(const redisReader &reader, std::size_t most) {
+  const std::size_t waiting = reader.len - reader.pos;
+  return waiting > most && std::memchr(reader.buf + reader.pos, '\n', most) == nullptr;
+}
+
+void allow_next_answer(Connection &connection) {
+  const redisReader &reader = *connection.context->reader;
+  connection.unfinished_bytes = reader.len - reader.pos;
+  *connection.elements_left = connection.limits.answer_elements;
+}
+
+void take_answers(Connection &connection, const std::function<void(const redisReply &)> &take) {
+  while (connection.context != nullptr) {
+    void *read = nullptr;
+    if (redisGetReplyFromReader(connection.context.get(), &read) != REDIS_OK) {
+      throw ConnectionLost{error_of(connection)};
+    }
+    const Reply reply(static_cast<redisReply *>(read));
+    if (reply == nullptr) break;
+    connection.is_redis = true;
+    allow_next_answer(connection);
+    take(*reply);
+  }
+  const ReadLimits &limits = connection.limits;
+  if (connection.context != nullptr &&
+      has_long_line(*connection.context->reader, limits.line_bytes)) {
+    throw ConnectionLost{"the server sends a line of more than " +
+                         std::to_string(limits.line_bytes) + " bytes"};
+  }
+  if (connection.unfinished_bytes > limits.answer_bytes) {
+    throw ConnectionLost{"the server sends an answer of more than " +
+                         std::to_string(limits.answer_bytes) + " bytes"};
+  }
+}
+
+Connection connection_of(redisContext *context, std::string place, const ReadLimits &limits) {
   Connection connection;
-  connection.context.reset(source.kind == Source::Kind::unix_socket
-                               ? redisConnectUnixNonBlock(source.place.c_str())
-                               : redisConnectNonBlock(address.c_str(), source.port));
-  if (connection.context == nullptr) throw ConnectionLost{"there is no memory for a connection"};
-  if (connection.context->err != 0) throw ConnectionLost{error_of(*connection.context)};
+  connection.context.reset(context);
+  connection.place = std::move(place);
+  connection.limits = limits;
+  connection.elements_left = std::make_unique<std::size_t>(limits.answer_elements);
+  if (context == nullptr) throw ConnectionLost{"there is no memory for a connection"};
+  if (context->err != 0) throw ConnectionLost{error_of(connection)};
   static redisReplyObjectFunctions functions;
-  usual_functions = std::exchange(connection.context->reader->fn, &functions);
+  usual_functions = std::exchange(context->reader->fn, &functions);
   functions = *usual_functions;
   functions.createArray = make_list;
+  context->reader->privdata = connection.elements_left.get();
   return connection;
+}
+
+}  // namespace
+
+void refuse_answer(const std::string &what) {
+  throw ConnectionLost{protocol_error + what};
+}
+
+Connection connect_to(const Source &source, const std::string &address, const ReadLimits &limits) {
+  if (source.kind == Source::Kind::unix_socket) {
+    return connection_of(redisConnectUnixNonBlock(source.place.c_str()), printable(source.place),
+                         limits);
+  }
+  return connection_of(redisConnectNonBlock(address.c_str(), source.port),
+                       printable(source.place) + ":" + std::to_string(source.port), limits);
+}
+
+Connection adopt_socket(int socket, const std::string &place, const ReadLimits &limits) {
+  return connection_of(redisConnectFd(socket), place, limits);
 }
 
 void say(Connection &connection, TimePoint now, Asked asked,
@@ -76,9 +173,9 @@ void say(Connection &connection, TimePoint now, Asked asked,
   }
   if (redisAppendCommandArgv(connection.context.get(), static_cast<int>(words.size()), texts.data(),
                              lengths.data()) != REDIS_OK) {
-    throw ConnectionLost{error_of(*connection.context)};
+    throw ConnectionLost{error_of(connection)};
   }
-  if (connection.awaited.empty()) connection.heard = now;
+  if (connection.awaited.empty()) connection.answered = now;
   connection.writing = true;
   connection.awaited.push_back(std::move(asked));
 }
@@ -91,24 +188,26 @@ void log_in(const Source &source, Connection &connection, TimePoint now) {
   say(connection, now, {Ask::login, ""}, words);
 }
 
-Asked next_awaited(Connection &connection) {
-  if (connection.awaited.empty()) throw ConnectionLost{garbled};
+Asked next_awaited(Connection &connection, TimePoint now) {
+  if (connection.awaited.empty()) refuse_answer("an answer that was not asked for");
+  connection.answered = now;
   Asked asked = std::move(connection.awaited.front());
   connection.awaited.pop_front();
   return asked;
 }
 
-void refuse(const Asked &asked, const std::string &error) {
+void refuse(const Asked &asked, const std::string &error, const ReadLimits &limits) {
   const auto begins = [&error](const char *word) { return error.starts_with(word); };
   if (begins("LOADING")) throw ConnectionLost{"the server is loading its data"};
   if (begins("NOAUTH")) throw ConnectionLost{"the server asks for a password", true};
-  if (begins("NOPERM")) throw ConnectionLost{printable(error), true};
+  const std::string text = printable(cut(error.substr(0, error.find(". ")), limits.error_bytes));
+  if (begins("NOPERM")) throw ConnectionLost{text, true};
   // An answer to a login may repeat the password.
   if (asked.what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
     throw ConnectionLost{"the password is refused", true};
   }
   // A database that the server does not have will not come.
-  throw ConnectionLost{printable(error.substr(0, error.find(". "))), asked.what == Ask::select};
+  throw ConnectionLost{text, asked.what == Ask::select};
 }
 
 std::string_view text_of(const redisReply &reply) {
@@ -120,26 +219,19 @@ pollfd socket_of(const Connection &connection) {
   return {connection.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
 }
 
-void move(Connection &connection, TimePoint now,
-          const std::function<void(const redisReply &)> &take) {
+void move(Connection &connection, const std::function<void(const redisReply &)> &take) {
   for (int i = 0; i < reads_at_once && connection.context != nullptr; ++i) {
-    redisContext *context = connection.context.get();
     pollfd ready = socket_of(connection);
     if (poll(&ready, 1, 0) <= 0) return;
     if (!connection.connected) finish_connecting(connection);
     if ((ready.revents & ~POLLOUT) != 0) {
-      if (redisBufferRead(context) != REDIS_OK) throw ConnectionLost{error_of(*context)};
-      connection.heard = now;
+      read_available(connection);
+      take_answers(connection, take);
     }
-    void *reply = nullptr;
-    do {
-      if (redisGetReplyFromReader(context, &reply) != REDIS_OK)
-        throw ConnectionLost{error_of(*context)};
-      if (reply != nullptr) take(*Reply(static_cast<redisReply *>(reply)));
-    } while (reply != nullptr && connection.context != nullptr);
+    if (connection.context == nullptr || !connection.writing) continue;
     int done = 1;
-    if (connection.writing && redisBufferWrite(context, &done) != REDIS_OK) {
-      throw ConnectionLost{error_of(*context)};
+    if (redisBufferWrite(connection.context.get(), &done) != REDIS_OK) {
+      throw ConnectionLost{error_of(connection)};
     }
     connection.writing = done == 0;
   }
@@ -147,16 +239,17 @@ void move(Connection &connection, TimePoint now,
 
 void look_after(Connection &connection, TimePoint now) {
   if (connection.context == nullptr) return;
-  const auto quiet = now - connection.heard;
-  if (!connection.awaited.empty() && quiet >= redis_patience) {
-    throw ConnectionLost{"no answer for " + std::to_string(redis_patience.count()) + " s"};
+  const auto quiet = now - connection.answered;
+  if (!connection.awaited.empty() && quiet >= connection.limits.answer_time) {
+    throw ConnectionLost{"no complete answer within " +
+                         seconds_text(connection.limits.answer_time)};
   }
   if (connection.awaited.empty() && quiet >= beat)
     say(connection, now, {Ask::sign_of_life, ""}, {"PING"});
 }
 
 TimePoint due(const Connection &connection) {
-  return connection.heard + (connection.awaited.empty() ? beat : redis_patience);
+  return connection.answered + (connection.awaited.empty() ? beat : connection.limits.answer_time);
 }
 
 }  // namespace lab

@@ -1,4 +1,4 @@
-// A connection to a redis-server: words are said and answers come in their order, and nothing waits.
+// A connection to a redis-server: requests are sent and answers come in their order, and nothing waits.
 #pragma once
 
 #include <hiredis/hiredis.h>
@@ -11,13 +11,11 @@
 #include <string_view>
 #include <vector>
 
+#include "sonic/limits.h"
 #include "sonic/snapshot.h"
 #include "sonic/source.h"
 
 namespace lab {
-
-// How long a server may say nothing when it is asked something.
-inline constexpr std::chrono::seconds redis_patience{5};
 
 struct FreeContext {
   void operator()(redisContext *context) const { redisFree(context); }
@@ -33,10 +31,17 @@ struct Asked {
 
 struct Connection {
   std::unique_ptr<redisContext, FreeContext> context;
+  std::string place;  // "host:port" or a path
+  ReadLimits limits;
   bool connected = false;
-  bool writing = false;  // not all of what is said has left
+  bool writing = false;  // not all requests have left
   std::deque<Asked> awaited;
-  TimePoint heard;  // when it last said something, or was asked something after a pause
+  TimePoint answered;  // when the last answer was complete, or the first one was asked for
+
+  bool is_redis = false;  // an answer has been complete
+  std::string first_bytes;
+  std::size_t unfinished_bytes = 0;                 // of the answer that is being read
+  std::unique_ptr<std::size_t> elements_left = {};  // that it may have
 };
 
 // Why a source is lost; thrown by all that follows.
@@ -45,25 +50,28 @@ struct ConnectionLost {
   bool refused = false;  // it is of no use to try again
 };
 
-inline constexpr const char *garbled = "the server does not speak as it should";
+// The server has sent what no server sends.
+[[noreturn]] void refuse_answer(const std::string &what);
 
 // Begin to connect, to the address where the source is a host.
-Connection connect_to(const Source &source, const std::string &address);
+Connection connect_to(const Source &source, const std::string &address, const ReadLimits &limits);
+
+// The same over a socket that is connected already, which the connection closes.
+Connection adopt_socket(int socket, const std::string &place, const ReadLimits &limits);
 
 void say(Connection &connection, TimePoint now, Asked asked, const std::vector<std::string> &words);
 void log_in(const Source &source, Connection &connection, TimePoint now);
 
-// What the next answer is the answer to.
-Asked next_awaited(Connection &connection);
+// What the answer that has come is the answer to.
+Asked next_awaited(Connection &connection, TimePoint now);
 
 // The source is lost for an error that the server answered.
-[[noreturn]] void refuse(const Asked &asked, const std::string &error);
+[[noreturn]] void refuse(const Asked &asked, const std::string &error, const ReadLimits &limits);
 
 std::string_view text_of(const redisReply &reply);
 
 // Read and write what can be without waiting. `take` may drop the connection.
-void move(Connection &connection, TimePoint now,
-          const std::function<void(const redisReply &)> &take);
+void move(Connection &connection, const std::function<void(const redisReply &)> &take);
 
 // Does it live? Call it after every move, and when it is due.
 void look_after(Connection &connection, TimePoint now);

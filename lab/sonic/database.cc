@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "sonic/connection.h"
+#include "sonic/reading.h"
 #include "sonic/resolver.h"
 #include "text/text.h"
 #include "text/wait.h"
@@ -29,21 +30,15 @@ constexpr int most_repeats = 2;
 // How often changes that come while changes are brought in are brought in, too.
 constexpr int most_rounds = 3;
 
-struct Reading {
-  std::set<std::string> keys;
-  std::deque<std::string> to_ask;
-  std::size_t asked = 0;
-  bool scanned = false;
-  Rows rows;
-  std::map<std::string, InputErrors> errors;
-};
-
 }  // namespace
 
 struct Database {
   Source source;
   Clock::duration interval{};
+  ReadLimits limits;
+  std::array<int, 2> sockets = {-1, -1};  // adopted ones, in place of a source
   Snapshot snapshot;
+  std::size_t memory = 0;  // of its rows
 
   std::vector<std::string> addresses;  // that have not been tried yet
   std::unique_ptr<Resolver> resolver;
@@ -59,8 +54,11 @@ struct Database {
 
   // Rows of which the server has said that they changed, and that are not asked for yet.
   std::set<std::string> changed;
+  bool has_missed = false;   // there were too many of them: all rows are to be read
   std::size_t settling = 0;  // answers that are awaited before the next round
   int rounds = 0;
+  // Until all rows have been read, or those that changed have been brought in.
+  std::optional<TimePoint> deadline;
 
   bool away = true;  // there are no connections; they are tried again
   Clock::duration pause{};
@@ -75,6 +73,12 @@ std::string channel_of(const Database &database, const std::string &row) {
   return "__keyspace@" + std::to_string(database.source.database) + "__:" + row;
 }
 
+Connection connect(Database &database, std::size_t which, const std::string &address) {
+  int &socket = database.sockets[which];
+  if (socket < 0) return connect_to(database.source, address, database.limits);
+  return adopt_socket(std::exchange(socket, -1), database.source.shown, database.limits);
+}
+
 void open_connections(Database &database, TimePoint now) {
   const Source &source = database.source;
   std::string address;
@@ -82,8 +86,8 @@ void open_connections(Database &database, TimePoint now) {
     address = database.addresses.front();
     database.addresses.erase(database.addresses.begin());
   }
-  database.rows = connect_to(source, address);
-  database.changes = connect_to(source, address);
+  database.rows = connect(database, 0, address);
+  database.changes = connect(database, 1, address);
   log_in(source, database.rows, now);
   say(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(source.database)});
   log_in(source, database.changes, now);
@@ -101,13 +105,14 @@ void hear_resolver(Database &database, TimePoint now) {
     database.resolver.reset();
     if (!resolved->problem.empty()) throw ConnectionLost{resolved->problem};
     database.addresses = resolved->addresses;
-  } else if (now - database.resolving_since >= redis_patience) {
+  } else if (now - database.resolving_since >= database.limits.answer_time) {
     throw ConnectionLost{"the address of the host is not found in time"};
   }
 }
 
 void open(Database &database, TimePoint now) {
   database.away = false;
+  database.deadline = now + database.limits.reading_time;
   database.addresses.clear();
   if (database.source.kind != Source::Kind::tcp) return;
   if (is_address(database.source.place)) {
@@ -127,6 +132,8 @@ void close_connections(Database &database) {
   database.read_once = false;
   database.repeats = 0;
   database.changed.clear();
+  database.has_missed = false;
+  database.memory = 0;
   database.settling = 0;
   database.rounds = 0;
 }
@@ -137,8 +144,17 @@ void scan(Database &database, const std::string &cursor, TimePoint now) {
   say(database.rows, now, {Ask::scan, ""}, {"SCAN", cursor, "COUNT", keys_at_once});
 }
 
+void set_deadline(Database &database, TimePoint now) {
+  if (!database.deadline) database.deadline = now + database.limits.reading_time;
+}
+
 void begin_reading(Database &database, TimePoint now) {
+  set_deadline(database, now);
   database.reading.emplace();
+  if (std::exchange(database.has_missed, false)) {
+    database.changed.clear();
+    database.reading->is_settling = true;
+  }
   if (!database.silent) {
     say(database.rows, now, {Ask::config, ""}, {"CONFIG", "GET", "notify-keyspace-events"});
   }
@@ -148,8 +164,8 @@ void begin_reading(Database &database, TimePoint now) {
 void ask_rows(Database &database, TimePoint now) {
   Reading &reading = *database.reading;
   while (!reading.to_ask.empty() && reading.asked < rows_at_once) {
-    say(database.rows, now, {Ask::row, reading.to_ask.front()},
-        {"HGETALL", reading.to_ask.front()});
+    const std::string &name = *reading.to_ask.front();
+    say(database.rows, now, {Ask::row, name}, {"HGETALL", name});
     reading.to_ask.pop_front();
     ++reading.asked;
   }
@@ -157,88 +173,31 @@ void ask_rows(Database &database, TimePoint now) {
 
 void take_config(Database &database, const redisReply &reply) {
   database.silent = reply.type == REDIS_REPLY_ERROR;
-  const bool told = reply.type == REDIS_REPLY_ARRAY && reply.elements == 2;
-  const std::string_view flags = told ? text_of(*reply.element[1]) : "";
-  const auto has = [flags](char flag) { return flags.find(flag) != flags.npos; };
-  database.snapshot.notifications =
-      database.changes.context != nullptr && has('K') && (has('A') || (has('g') && has('h')));
+  database.snapshot.notifications = database.changes.context != nullptr && has_notifications(reply);
 }
 
 void take_keys(Database &database, const redisReply &reply, TimePoint now) {
-  Reading &reading = *database.reading;
-  if (reply.type != REDIS_REPLY_ARRAY || reply.elements != 2 ||
-      reply.element[1]->type != REDIS_REPLY_ARRAY) {
-    throw ConnectionLost{garbled};
-  }
-  const redisReply &keys = *reply.element[1];
-  for (std::size_t i = 0; i < keys.elements; ++i) {
-    std::string key(text_of(*keys.element[i]));
-    if (!tables_read().contains(split_row_name(key).first)) continue;
-    if (reading.keys.insert(key).second) reading.to_ask.push_back(std::move(key));
-  }
-  const std::string cursor(text_of(*reply.element[0]));
-  reading.scanned = cursor == "0";
-  if (!reading.scanned) scan(database, cursor, now);
-}
-
-std::vector<std::string> members_of(const std::string &text) {
-  std::vector<std::string> members;
-  for (std::size_t at = 0; at <= text.size() && !text.empty();) {
-    const std::size_t end = std::min(text.find(',', at), text.size());
-    members.push_back(text.substr(at, end - at));
-    at = end + 1;
-  }
-  return members;
-}
-
-struct ReadRow {
-  std::optional<Row> row;
-  InputErrors errors;
-};
-
-ReadRow row_of(const std::string &name, const redisReply &reply) {
-  if (reply.type == REDIS_REPLY_ERROR) {  // the one that is left is a wrong type
-    return {{}, {{0, 0, printable(name), "found a value of another type", "a hash"}}};
-  }
-  if (reply.type != REDIS_REPLY_ARRAY) throw ConnectionLost{garbled};
-  if (reply.elements < 2) return {};
-  ReadRow read{Row{}, {}};
-  const std::string table = split_row_name(name).first;
-  for (std::size_t i = 0; i + 1 < reply.elements; i += 2) {
-    std::string field(text_of(*reply.element[i]));
-    const std::string value(text_of(*reply.element[i + 1]));
-    const bool is_list = field.ends_with('@');
-    if (is_list) field.pop_back();
-    if (field == "NULL" || !(is_read(table, field) || table == "STP_PORT")) continue;
-    const bool is_new =
-        read.row->try_emplace(field, is_list ? FieldValue(members_of(value)) : FieldValue(value))
-            .second;
-    if (!is_new) {
-      read.errors.push_back(
-          {0, 0, printable(name + " " + field), "found it as a list and as a text", "it once"});
-    }
-  }
-  return read;
-}
-
-void keep(std::map<std::string, InputErrors> &errors, const std::string &name, InputErrors found) {
-  if (found.empty()) {
-    errors.erase(name);
-  } else {
-    errors[name] = std::move(found);
-  }
+  FoundKeys found = read_keys(reply, database.limits);
+  const std::string cursor = found.cursor;
+  add_keys(*database.reading, std::move(found), database.limits);
+  if (!database.reading->scanned) scan(database, cursor, now);
 }
 
 // A row of a reading, or one that has changed; that stands in a reading that goes on, too.
 void take_row(Database &database, const Asked &asked, const redisReply &reply, TimePoint now) {
-  ReadRow read = row_of(asked.row, reply);
+  const ReadLimits &limits = database.limits;
+  ReadRow read = read_row(asked.row, reply, limits);
   if (asked.what == Ask::row) --database.reading->asked;
   if (database.reading) {
-    keep(database.reading->errors, asked.row, read.errors);
-    set_row(database.reading->rows, asked.row, read.row);
+    Reading &reading = *database.reading;
+    keep_errors(reading.errors, asked.row, read.errors, limits);
+    count_memory(reading.memory, reading.rows, asked.row, read.row, limits);
+    set_row(reading.rows, asked.row, read.row);
   }
   if (asked.what == Ask::row) return;
-  keep(database.snapshot.errors, asked.row, std::move(read.errors));
+  keep_errors(database.snapshot.errors, asked.row, std::move(read.errors), limits);
+  count_memory(database.memory, database.snapshot.rows, asked.row, read.row, limits);
+  if (read.row) database.snapshot.errors.erase("");  // no longer empty
   change_row(database.snapshot, asked.row, std::move(read.row));
   if (--database.settling == 0 && database.changes.context != nullptr) {
     // Whatever changed before these rows were read is said before this is answered.
@@ -248,32 +207,36 @@ void take_row(Database &database, const Asked &asked, const redisReply &reply, T
 }
 
 void take_answer(Database &database, const redisReply &reply, TimePoint now) {
-  const Asked asked = next_awaited(database.rows);
+  const Asked asked = next_awaited(database.rows, now);
   const std::string error(reply.type == REDIS_REPLY_ERROR ? text_of(reply) : "");
   const bool is_row = asked.what == Ask::row || asked.what == Ask::changed_row;
   if (!error.empty() && !(is_row && error.starts_with("WRONGTYPE")) &&
       !(asked.what == Ask::config && !error.starts_with("LOADING"))) {
-    refuse(asked, error);
+    refuse(asked, error, database.limits);
   }
   if (asked.what == Ask::config) take_config(database, reply);
   if (asked.what == Ask::scan) take_keys(database, reply, now);
   if (is_row) take_row(database, asked, reply, now);
 }
 
+void note_changed(Database &database, std::string row, TimePoint now) {
+  notice_change(database.snapshot, now);
+  database.changed.insert(std::move(row));
+  if (database.changed.size() <= database.limits.changed_rows) return;
+  database.changed.clear();
+  database.has_missed = true;
+}
+
 void take_notice(Database &database, const redisReply &reply, TimePoint now) {
-  const bool is_list = reply.type == REDIS_REPLY_ARRAY && reply.elements > 0;
-  const std::string_view kind = is_list ? text_of(*reply.element[0]) : "";
-  if (kind == "pmessage" && reply.elements == 4) {
-    const std::string_view channel = text_of(*reply.element[2]);
-    database.changed.emplace(
-        channel.substr(std::min(channel_of(database, "").size(), channel.size())));
-    return notice_change(database.snapshot, now);
-  }
-  const Asked asked = next_awaited(database.changes);
+  auto row = notified_row(reply, channel_of(database, ""), database.limits);
+  if (row) return note_changed(database, std::move(*row), now);
+  const Asked asked = next_awaited(database.changes, now);
   if (asked.what == Ask::fence) --database.settling;
   if (reply.type != REDIS_REPLY_ERROR) return;
   const std::string error(text_of(reply));
-  if (asked.what != Ask::subscribe || !error.starts_with("NOPERM")) refuse(asked, error);
+  if (asked.what != Ask::subscribe || !error.starts_with("NOPERM")) {
+    refuse(asked, error, database.limits);
+  }
   database.changes = Connection{};
 }
 
@@ -283,6 +246,11 @@ void end_reading(Database &database, TimePoint now) {
   Snapshot &snapshot = database.snapshot;
   Reading read = std::move(*database.reading);
   database.reading.reset();
+  if (!read.has_keys) {
+    read.errors[""] = {{0, 0, "",
+                        "database " + std::to_string(database.source.database) + " is empty",
+                        "the configuration of a switch"}};
+  }
   bool differs = !database.read_once || snapshot.errors != read.errors;
   if (!database.read_once) {
     snapshot.rows = std::move(read.rows);
@@ -296,6 +264,7 @@ void end_reading(Database &database, TimePoint now) {
   }
   snapshot.errors = std::move(read.errors);
   snapshot.checked = now;
+  database.memory = memory_of(snapshot.rows);
   database.read_once = true;
   if (differs) notice_change(snapshot, now);
   const bool repeat = differs && !snapshot.notifications && database.repeats < most_repeats;
@@ -305,18 +274,34 @@ void end_reading(Database &database, TimePoint now) {
 }
 
 bool settle_changes(Database &database, TimePoint now) {
-  if (database.settling > 0) return false;
-  if (database.changed.empty() || database.rounds == most_rounds) {
+  if (database.settling > 0 || (database.reading && database.reading->is_settling)) return false;
+  const bool is_done = database.changed.empty() && !database.has_missed;
+  if (is_done || database.rounds == most_rounds) {
     database.rounds = 0;
     return true;
   }
+  if (database.has_missed && database.reading) return false;  // which began before
   ++database.rounds;
+  set_deadline(database, now);
+  if (database.has_missed) {
+    begin_reading(database, now);
+    return false;
+  }
   database.settling = database.changed.size();
   for (const std::string &row : database.changed) {
     say(database.rows, now, {Ask::changed_row, row}, {"HGETALL", row});
   }
   database.changed.clear();
   return false;
+}
+
+void check_deadline(Database &database, TimePoint now) {
+  if (database.snapshot.state == SourceState::here && !database.reading && database.rounds == 0) {
+    database.deadline.reset();
+  } else if (database.deadline && now >= *database.deadline) {
+    throw ConnectionLost{"the database is not read within " +
+                         seconds_text(database.limits.reading_time)};
+  }
 }
 
 void work(Database &database, TimePoint now) {
@@ -327,8 +312,8 @@ void work(Database &database, TimePoint now) {
   if (database.resolver != nullptr) hear_resolver(database, now);
   if (database.resolver != nullptr) return;
   if (database.rows.context == nullptr) open_connections(database, now);
-  move(database.rows, now, [&](const redisReply &reply) { take_answer(database, reply, now); });
-  move(database.changes, now, [&](const redisReply &reply) { take_notice(database, reply, now); });
+  move(database.rows, [&](const redisReply &reply) { take_answer(database, reply, now); });
+  move(database.changes, [&](const redisReply &reply) { take_notice(database, reply, now); });
 
   Snapshot &snapshot = database.snapshot;
   if (database.reading) {
@@ -350,6 +335,7 @@ void work(Database &database, TimePoint now) {
     if (database.changed.empty()) snapshot.first_change.reset();
     database.pause = {};
   }
+  check_deadline(database, now);
   look_after(database.rows, now);
   look_after(database.changes, now);
 }
@@ -370,12 +356,23 @@ void CloseDatabase::operator()(Database *database) const {
   delete database;
 }
 
-OpenDatabase open_database(const Source &source, Clock::duration interval, TimePoint now) {
+OpenDatabase open_database(const Source &source, Clock::duration interval, TimePoint now,
+                           const ReadLimits &limits) {
   std::signal(SIGPIPE, SIG_IGN);
   OpenDatabase database(new Database);
   database->source = source;
   database->interval = interval;
+  database->limits = limits;
   database->try_next = now;
+  return database;
+}
+
+OpenDatabase adopt_database(const std::array<int, 2> &sockets, Clock::duration interval,
+                            TimePoint now) {
+  Source none;
+  none.kind = Source::Kind::unix_socket;
+  OpenDatabase database = open_database(none, interval, now, {});
+  database->sockets = sockets;
   return database;
 }
 
@@ -393,9 +390,10 @@ void step(Database &database, TimePoint now) {
 
 TimePoint due(const Database &database) {
   if (database.away) return database.try_next;
-  if (database.resolver != nullptr) return database.resolving_since + redis_patience;
+  if (database.resolver != nullptr) return database.resolving_since + database.limits.answer_time;
   if (database.rows.context == nullptr) return TimePoint{};
-  TimePoint first = database.read_once && !database.reading ? database.read_next : TimePoint::max();
+  TimePoint first = database.deadline.value_or(TimePoint::max());
+  if (database.read_once && !database.reading) first = std::min(first, database.read_next);
   for (const Connection *connection : {&database.rows, &database.changes}) {
     if (connection->context != nullptr) first = std::min(first, due(*connection));
   }
@@ -403,7 +401,8 @@ TimePoint due(const Database &database) {
 }
 
 void add_sockets(const Database &database, std::vector<pollfd> &sockets) {
-  if (database.resolver != nullptr) sockets.push_back({database.resolver->process.output, POLLIN, 0});
+  if (database.resolver != nullptr)
+    sockets.push_back({database.resolver->process.output, POLLIN, 0});
   for (const Connection *connection : {&database.rows, &database.changes}) {
     if (connection->context != nullptr) sockets.push_back(socket_of(*connection));
   }
@@ -423,21 +422,6 @@ bool settle(Database &database, TimePoint now) {
     close_after(database, lost, now);
     return true;
   }
-}
-
-ReadDatabase read_database(const Source &source) {
-  const OpenDatabase database = open_database(source, anew_after, Clock::now());
-  while (database->snapshot.state == SourceState::opening) {
-    step(*database, Clock::now());
-    std::vector<pollfd> sockets;
-    add_sockets(*database, sockets);
-    if (database->snapshot.state == SourceState::opening) wait(sockets, due(*database));
-  }
-  ReadDatabase read{std::move(database->snapshot.rows), {}, std::move(database->snapshot.reason)};
-  for (const auto &[row, errors] : database->snapshot.errors) {
-    read.errors.insert(read.errors.end(), errors.begin(), errors.end());
-  }
-  return read;
 }
 
 }  // namespace lab

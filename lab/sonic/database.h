@@ -8,9 +8,11 @@
 
 #include <poll.h>
 
+#include <array>
 #include <memory>
 #include <vector>
 
+#include "sonic/limits.h"
 #include "sonic/snapshot.h"
 #include "sonic/source.h"
 
@@ -26,7 +28,13 @@ using OpenDatabase = std::unique_ptr<Database, CloseDatabase>;
 
 // `interval`: between two readings where the server sends no notifications. The process ignores SIGPIPE
 // from then on.
-OpenDatabase open_database(const Source &source, Clock::duration interval, TimePoint now);
+OpenDatabase open_database(const Source &source, Clock::duration interval, TimePoint now,
+                           const ReadLimits &limits);
+
+// The same over sockets that are connected already, for rows and for changes; for tests. When it loses
+// them it has no source to try again.
+OpenDatabase adopt_database(const std::array<int, 2> &sockets, Clock::duration interval,
+                            TimePoint now);
 
 Snapshot &snapshot(Database &database);
 
@@ -38,15 +46,5 @@ void add_sockets(const Database &database, std::vector<pollfd> &sockets);
 // Bring in the rows of which the server has said that they changed. Call it after every step, until it
 // is true: what is snapshot is then what the server snapshot at one time. A lost source is always settled.
 bool settle(Database &database, TimePoint now);
-
-// The rows, once. With a reason the source is lost, and there are none.
-struct ReadDatabase {
-  Rows rows;
-  InputErrors errors;
-  std::string lost;
-};
-
-// Waits, at most as long as the server is slow. Throws Interrupted.
-ReadDatabase read_database(const Source &source);
 
 }  // namespace lab

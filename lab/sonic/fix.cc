@@ -232,7 +232,7 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
   }
   static const Rows no_rows;
   for (std::size_t side = 0; side < settings.size(); ++side) {
-    if (rows[side] == nullptr) continue;
+    if (rows[side] == nullptr || (is_intended && side == 0)) continue;
     const Settings &own = *settings[side];
     // In two modes a parameter may have two fields.
     const Field *field = field_of_parameter(type, running_mode(own).value_or(0));

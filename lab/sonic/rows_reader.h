@@ -16,6 +16,7 @@ namespace lab {
 struct RowsReader {
   const Rows &rows;
   InputErrors errors;
+  std::size_t errors_left_out = 0;  // there are too many
 
   // "STP_PORT|PortChannel10 root_guard"; without a field the row.
   static std::string place(const std::string &table, const std::string &key, const char *field);

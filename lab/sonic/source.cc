@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdlib>
 #include <optional>
 
@@ -16,6 +17,10 @@ constexpr std::array<const char *, 2> password_variables = {"MCEC_LEFT_PASSWORD"
                                                             "MCEC_RIGHT_PASSWORD"};
 constexpr std::string_view redis_scheme = "redis://";
 constexpr std::string_view unix_scheme = "unix://";
+constexpr std::string_view tls_scheme = "rediss://";
+// How a URL begins, however many slashes follow.
+constexpr std::array<std::string_view, 3> url_begins = {"redis:", "rediss:", "unix:"};
+constexpr const char *source_form = "redis://host, unix:///path, or a file";
 constexpr uint32_t most_database = UINT16_MAX;
 
 void add_error(ParsedSource &parsed, std::string found, std::string expected) {
@@ -122,34 +127,76 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
   }
 }
 
+std::string in_lower_case(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return lower;
+}
+
+bool begins_url(std::string_view text) {
+  const std::string lower = in_lower_case(text.substr(0, text.find(':') + 1));
+  return std::find(url_begins.begin(), url_begins.end(), lower) != url_begins.end();
+}
+
+// The colon behind the first scheme of a text; npos: there is none.
+std::size_t find_scheme_end(std::string_view text) {
+  const std::string lower = in_lower_case(text);
+  std::size_t end = lower.find("://");
+  for (const std::string_view begin : url_begins) {
+    const std::size_t at = lower.find(begin);
+    if (at != lower.npos) end = std::min(end, at + begin.size() - 1);
+  }
+  return end;
+}
+
+// A text without what is between a colon, with the slashes behind it, and the last '@'.
+std::string without_login(std::string_view text, std::size_t colon) {
+  const std::size_t begin = std::min(text.find_first_not_of(":/", colon), text.size());
+  const std::size_t last = text.rfind('@');
+  if (colon == text.npos || last == text.npos || last < begin) return printable(text);
+  return printable(text.substr(0, begin)) + "..." + printable(text.substr(last));
+}
+
+void check_scheme(std::string_view scheme, ParsedSource &parsed) {
+  if (scheme == tls_scheme) {
+    add_error(parsed, "found 'rediss://', and TLS is not supported",
+              "redis:// or unix:// through ssh -L or stunnel, which encrypt");
+  } else if (scheme != redis_scheme && scheme != unix_scheme) {
+    add_error(parsed, "found '" + printable(scheme) + "'", source_form);
+  }
+}
+
 }  // namespace
 
-ParsedSource parse_source(std::string_view text, std::size_t side) {
+ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side) {
   ParsedSource parsed;
   Source &source = parsed.source;
-  source.shown = printable(text);
+  source.shown = hide_login(text);
   source.place = text;
   const std::size_t colon = text.find("://");
-  if (colon == text.npos || text.substr(0, colon).find('/') != text.npos) return parsed;
-
-  const std::string_view scheme = text.substr(0, colon + 3);
-  if (scheme == redis_scheme || scheme == unix_scheme) {
-    parse_url(scheme, text.substr(scheme.size()), parsed);
-  } else {
-    add_error(parsed, "found '" + printable(scheme) + "'", "redis://host, unix:///path, or a file");
+  if (colon == text.npos || text.substr(0, colon).find('/') != text.npos) {
+    if (begins_url(text)) {
+      add_error(parsed, "found a URL without '//' behind its scheme", source_form);
+    }
+    return parsed;
   }
+  const std::string_view scheme = text.substr(0, colon + 3);
+  check_scheme(scheme, parsed);
+  if (parsed.errors.empty()) parse_url(scheme, text.substr(scheme.size()), parsed);
   // What is wrong may be a part of the password, and stand anywhere.
   if (!parsed.errors.empty()) source.shown = printable(scheme) + "...";
-  const char *password = std::getenv(password_variables.at(side));
+  const char *password = side ? std::getenv(password_variables.at(*side)) : nullptr;
   if (source.password.empty() && password != nullptr) source.password = password;
   return parsed;
 }
 
 std::string without_passwords(std::string_view text) {
-  const std::size_t first = text.find("://");
-  const std::size_t last = text.rfind('@');
-  if (first == text.npos || last == text.npos || last < first) return printable(text);
-  return printable(text.substr(0, first + 3)) + "..." + printable(text.substr(last));
+  return without_login(text, find_scheme_end(text));
+}
+
+std::string hide_login(std::string_view word) {
+  return without_login(word, word.find(':'));
 }
 
 }  // namespace lab

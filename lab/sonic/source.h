@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,12 +29,16 @@ struct ParsedSource {
 /*
  * redis://[user:password@]host[:port][/db], unix://[user:password@]/path[?db=4], or a file. What is
  * special in these can be written %40; an IPv6 address stands in brackets. A password that is not
- * there is taken from MCEC_LEFT_PASSWORD or MCEC_RIGHT_PASSWORD, by `side`, 0 or 1.
+ * there is taken from MCEC_LEFT_PASSWORD or MCEC_RIGHT_PASSWORD, by `side`, 0 or 1; without a side
+ * from neither.
  */
-ParsedSource parse_source(std::string_view text, std::size_t side);
+ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side);
 
-// A text in which a source may stand, as a person may see it: without passwords, however wrong the
-// source is.
+// A message in which a database's URL may stand, as a person may see it: without passwords, however
+// wrong the URL is.
 std::string without_passwords(std::string_view text);
+
+// The same of a word that may be meant as a source, which may lack its scheme.
+std::string hide_login(std::string_view word);
 
 }  // namespace lab

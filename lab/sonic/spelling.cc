@@ -100,9 +100,7 @@ ParsedRanges parse_member(std::string_view member) {
 }
 
 std::string shown(std::string_view text) {
-  constexpr std::size_t most = 64;
-  if (text.size() <= most) return printable(text);
-  return printable(whole_characters(text, most)) + "...";
+  return printable(cut(text, 64));
 }
 
 std::string quoted(std::string_view text) {

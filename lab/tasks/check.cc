@@ -36,7 +36,8 @@ std::vector<InconsistentPort> name_ports(const View &view, const PairScope::End 
 }
 
 ScopeReport report_scope(const PairScope &scope, const std::array<const View *, 2> &views) {
-  ScopeReport report{.scope = scope, .parameters = {}, .inconsistent = {}, .pass = {}, .fail = {}};
+  ScopeReport report;
+  report.scope = scope;
   for (std::size_t side = 0; side < views.size(); ++side) {
     const View &view = *views[side];
     report.on_pod = report.on_pod || view.pod;
@@ -52,7 +53,8 @@ ScopeReport report_scope(const PairScope &scope, const std::array<const View *, 
                                  .values = {seen.local, seen.peer},
                                  .states = {seen.state, find_state(*views[1], seen.type)},
                                  .digests = {},
-                                 .fix = {}});
+                                 .fix = {},
+                                 .accepted = {}});
   }
   return report;
 }

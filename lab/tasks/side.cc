@@ -1,6 +1,8 @@
 #include "tasks/side.h"
 
-#include "sonic/database.h"
+#include <filesystem>
+
+#include "sonic/read_databases.h"
 #include "sonic/source.h"
 #include "switch/state_reader.h"
 #include "text/file.h"
@@ -8,17 +10,29 @@
 namespace lab {
 namespace {
 
-void read_file(const std::string &path, Format format, ReadSide &read) {
+// "dump.json#asic0" is a namespace of a dump, unless a file has that name.
+std::pair<std::string, std::string> split_namespace(const std::string &path,
+                                                    const std::string &name_space) {
+  const std::size_t mark = path.rfind('#');
+  std::error_code error;
+  if (mark == path.npos || mark == 0 || std::filesystem::exists(path, error)) {
+    return {path, name_space};
+  }
+  return {path.substr(0, mark), path.substr(mark + 1)};
+}
+
+void read_settings_file(const std::string &given, const std::string &name_space, Format format,
+                        ReadSide &read) {
+  const auto [path, selected] = split_namespace(given, name_space);
   const std::string bytes = read_file(path, read.errors);
   if (!read.errors.empty()) return;
-  ReadText text = read_text(bytes, format);
+  ReadText text = read_text(bytes, format, selected);
   read.errors = std::move(text.errors);
   read.side.settings = std::move(text.settings);
   read.side.rows = std::move(text.rows);
 }
 
-void read_from_database(const Source &source, ReadSide &read) {
-  ReadDatabase database = read_database(source);
+void take_rows(ReadDatabase database, ReadSide &read) {
   if (!database.lost.empty()) {
     read.errors.push_back({0, 0, "", database.lost, "a configuration database"});
     return;
@@ -31,11 +45,11 @@ void read_from_database(const Source &source, ReadSide &read) {
 
 }  // namespace
 
-ReadText read_text(const std::string &bytes, Format format) {
+ReadText read_text(const std::string &bytes, Format format, const std::string &name_space) {
   ReadText text;
   ReadSettings settings;
   if (format == Format::dump || (format == Format::by_content && !is_state_file(bytes))) {
-    ReadRows rows = read_dump(bytes);
+    ReadRows rows = read_dump(bytes, name_space);
     settings = settings_of(rows.rows, rows.errors);
     text.rows = std::move(rows.rows);
   } else {
@@ -46,18 +60,33 @@ ReadText read_text(const std::string &bytes, Format format) {
   return text;
 }
 
-ReadSide read_side(const std::string &source, std::size_t which, Format format) {
-  ReadSide read;
-  ParsedSource parsed = parse_source(source, which);
-  read.side.source = printable(parsed.source.shown);
-  if (!parsed.errors.empty()) {
-    read.errors = std::move(parsed.errors);
-  } else if (parsed.source.kind == Source::Kind::file) {
-    read_file(parsed.source.place, format, read);
-  } else {
-    read_from_database(parsed.source, read);
+std::vector<ReadSide> read_sides(const std::vector<GivenSource> &sources, Format format,
+                                 const ReadLimits &limits) {
+  std::vector<ReadSide> sides(sources.size());
+  std::vector<Source> databases;
+  std::vector<std::size_t> side_of_database;
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    ParsedSource parsed = parse_source(sources[i].text, sources[i].password_of);
+    sides[i].side.source = printable(parsed.source.shown);
+    if (!parsed.errors.empty()) {
+      sides[i].errors = std::move(parsed.errors);
+    } else if (parsed.source.kind == Source::Kind::file) {
+      read_settings_file(parsed.source.place, sources[i].name_space, format, sides[i]);
+    } else {
+      databases.push_back(std::move(parsed.source));
+      side_of_database.push_back(i);
+    }
   }
-  return read;
+  std::vector<ReadDatabase> read = read_databases(databases, limits);
+  for (std::size_t i = 0; i < read.size(); ++i) {
+    take_rows(std::move(read[i]), sides[side_of_database[i]]);
+  }
+  return sides;
+}
+
+ReadSide read_side(const std::string &source, std::optional<std::size_t> password_of, Format format,
+                   const ReadLimits &limits) {
+  return std::move(read_sides({{source, password_of, ""}}, format, limits)[0]);
 }
 
 ReadSettings settings_from(const std::string &source, std::size_t which) {

@@ -3,7 +3,9 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "sonic/limits.h"
 #include "sonic/rows.h"
 #include "switch/state_reader.h"
 #include "tasks/watched_file.h"
@@ -19,17 +21,30 @@ struct Side {
 // What a file is; by_content: a JSON object is a dump, anything else a state file.
 enum class Format { by_content, state, dump };
 
-// What the bytes of a file say.
-ReadText read_text(const std::string &bytes, Format format);
+// What the bytes of a file say. `name_space` selects an ASIC in a dump of several.
+ReadText read_text(const std::string &bytes, Format format, const std::string &name_space = "");
 
 struct ReadSide {
   Side side;
   InputErrors errors;  // with some, the settings are of no use
 };
 
-// The switch that a source says: a state file or a dump ("-" is standard input), or a database.
-// `which` of the two, 0 or 1, tells whose password the environment has. Throws Interrupted.
-ReadSide read_side(const std::string &source, std::size_t which, Format format);
+// A source as it was given, and whose password the environment has for it: that of the left (0), the
+// right (1) or neither.
+struct GivenSource {
+  std::string text;
+  std::optional<std::size_t> password_of;
+  std::string name_space;  // of a dump of several ASICs; empty: the only one
+};
+
+// The switches that sources say: state files or dumps ("-" is standard input), or databases, which are
+// read at the same time. Throws Interrupted.
+std::vector<ReadSide> read_sides(const std::vector<GivenSource> &sources, Format format,
+                                 const ReadLimits &limits);
+
+// One of them.
+ReadSide read_side(const std::string &source, std::optional<std::size_t> password_of, Format format,
+                   const ReadLimits &limits = {});
 
 // The same, for a scenario.
 ReadSettings settings_from(const std::string &source, std::size_t which);

@@ -29,7 +29,9 @@ constexpr auto at_latest = 400ms;
 using Feed = std::variant<OpenDatabase, WatchedFile>;
 
 Feed open_feed(const Source &source, const WatchOptions &options, TimePoint now) {
-  if (source.kind != Source::Kind::file) return open_database(source, options.interval, now);
+  if (source.kind != Source::Kind::file) {
+    return open_database(source, options.interval, now, options.limits);
+  }
   WatchedFile file;
   file.source = source;
   file.interval = options.interval;

@@ -8,13 +8,16 @@
 
 #include "report/event.h"
 #include "report/status.h"
+#include "sonic/limits.h"
 #include "sonic/source.h"
+#include "tasks/compare.h"
 #include "tasks/watched_file.h"
 
 namespace lab {
 
 struct WatchOptions {
   CompareOptions compare;
+  ReadLimits limits;                                   // of databases
   Clock::duration interval = std::chrono::seconds(1);  // of looking where nothing is notified
   bool once_agreed = false;
   std::optional<Clock::duration> timeout;

@@ -87,6 +87,11 @@ std::string port_text(uint32_t if_index) {
   return text;
 }
 
+std::string cut(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return std::string(text);
+  return std::string(whole_characters(text, most)) + "...";
+}
+
 std::string log_line(std::string_view text) {
   if (text.ends_with('\n')) text.remove_suffix(1);
   return printable(text);

@@ -32,6 +32,9 @@ std::string port_text(uint32_t if_index);
 // A file's text without the mark that some editors put before it.
 std::string_view without_byte_order_mark(std::string_view text);
 
+// A text without what is past so many bytes; "..." stands for it.
+std::string cut(std::string_view text, std::size_t most);
+
 // A line of an event history, without its line feed.
 std::string log_line(std::string_view text);
 

@@ -237,19 +237,23 @@ Bytes Reader::bytes(const YAML::Node &node, const std::string &what) {
 }
 
 void read_yaml(const std::string &text, const std::string &what, Reader &reader,
-               const std::function<void(const YAML::Node &)> &read) {
+               const std::function<void(const YAML::Node &)> &read, YamlRoot expected) {
   try {
     const auto [first, second] = documents_of(text);
     if (first.mark.is_null()) {
       reader.errors.push_back({1, 1, "", "the file is empty", what + " in YAML"});
     } else {
       const YAML::Node root = YAML::Load(text);
-      if (root.IsMap()) {
+      const bool is_list = expected == YamlRoot::list;
+      if (is_list ? root.IsSequence() : root.IsMap()) {
         read(root);
       } else {
         // Not a file of ours: what it contains may be a secret.
-        reader.add_error(root, root.IsSequence() ? "found a list" : "found no mapping",
-                         what + ", a mapping");
+        const char *found = root.IsSequence() ? "found a list"
+                            : root.IsMap()    ? "found a mapping"
+                            : is_list         ? "found no list"
+                                              : "found no mapping";
+        reader.add_error(root, found, what + (is_list ? ", a list" : ", a mapping"));
       }
     }
     if (!second.mark.is_null()) {

@@ -85,10 +85,13 @@ std::string yaml_text(std::string_view text);
 
 // --- files ---
 
+enum class YamlRoot { mapping, list };
+
 // The one document of a YAML text, a mapping, read with `read`; whatever keeps it from being read
 // becomes an error. `what` names what should be there: "a scenario".
 void read_yaml(const std::string &text, const std::string &what, Reader &reader,
-               const std::function<void(const YAML::Node &)> &read);
+               const std::function<void(const YAML::Node &)> &read,
+               YamlRoot expected = YamlRoot::mapping);
 
 // In the order of their places, each once.
 void sort_errors(InputErrors &errors);

@@ -1,0 +1,57 @@
+#include "cli/pair_list.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <set>
+
+#include "text/text.h"
+
+namespace lab {
+namespace {
+
+constexpr const char *line_form =
+    "a name, the left and the right source (and a namespace), separated by tabs";
+
+std::string resolve_source(std::string_view source, const std::string &folder) {
+  const bool is_absolute = source.starts_with('/') || source.find("://") != source.npos;
+  return (is_absolute ? "" : folder) + std::string(source);
+}
+
+}  // namespace
+
+std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &folder,
+                                      InputErrors &errors) {
+  std::vector<PairEntry> pairs;
+  std::set<std::string_view> names;
+  int number = 0;
+  for (std::string_view line : split(without_byte_order_mark(text), '\n')) {
+    ++number;
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    if (line.empty() || line[0] == '#') continue;
+    const std::vector<std::string_view> parts = split(line, '\t');
+    const auto empty = std::count(parts.begin(), parts.end(), "");
+    if (parts.size() < 3 || parts.size() > 4 || empty > 0) {
+      errors.push_back(
+          {number, 1, "",
+           fmt::format("found a line of {} field{}{}", parts.size(), parts.size() == 1 ? "" : "s",
+                       empty > 0 ? fmt::format(", {} of them empty", empty) : ""),
+           line_form});
+    } else if (!names.insert(parts[0]).second) {
+      errors.push_back({number, 1, "",
+                        "found the name '" + printable(cut(parts[0], 64)) + "' twice",
+                        "a name for each pair"});
+    } else {
+      pairs.push_back(
+          {.name = printable(parts[0]),
+           .sources = {resolve_source(parts[1], folder), resolve_source(parts[2], folder)},
+           .name_space = parts.size() == 4 ? std::string(parts[3]) : ""});
+    }
+  }
+  if (pairs.empty() && errors.empty()) {
+    errors.push_back({1, 1, "", "found no pair", std::string("lines of ") + line_form});
+  }
+  return pairs;
+}
+
+}  // namespace lab

@@ -1,0 +1,25 @@
+// The rows of databases, read once.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "sonic/limits.h"
+#include "sonic/rows.h"
+#include "sonic/source.h"
+
+namespace lab {
+
+// With a reason the source is lost, and there are none.
+struct ReadDatabase {
+  Rows rows;
+  InputErrors errors;
+  std::string lost;
+};
+
+// Of each source, in their order. Waits until all have been read, or their time is up. Throws
+// Interrupted.
+std::vector<ReadDatabase> read_databases(const std::vector<Source> &sources,
+                                         const ReadLimits &limits);
+
+}  // namespace lab
