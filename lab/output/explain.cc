@@ -27,12 +27,6 @@ std::string default_text(const ParameterName &parameter) {
   return display(parameter.type, default_value(parameter));
 }
 
-std::string joined(const std::vector<std::string> &list) {
-  std::string text;
-  for (const std::string &item : list) text += (text.empty() ? "" : ", ") + item;
-  return text;
-}
-
 // --- what the library makes of its commands ---
 
 // A switch with a trunk, a member port and every parameter of the switch cached, on which commands
@@ -197,8 +191,8 @@ void explain_command(const CommandName &command, const Layout &layout) {
                        : "always; port by port, whether it is a member",
       layout);
   Pair pair;
-  say("set form", joined(effect_of(pair, command, true)), layout);
-  say("no form", joined(effect_of(pair, command, false)), layout);
+  say("set form", join(effect_of(pair, command, true)), layout);
+  say("no form", join(effect_of(pair, command, false)), layout);
 }
 
 void explain_code(uint32_t code, const Layout &layout) {
@@ -297,8 +291,8 @@ void list(const std::string &what, const Layout &layout) {
     for (const Json &command : commands_json()) {
       rows.push_back({{std::to_string(command["id"].get<uint32_t>())},
                       {command["command"]},
-                      {joined(command["set"])},
-                      {joined(command["no"])}});
+                      {join(command["set"])},
+                      {join(command["no"])}});
     }
     put_table({"id", "command", "set form", "no form"}, rows, layout);
     put_wrapped(

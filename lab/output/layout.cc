@@ -3,7 +3,6 @@
 #include <fmt/color.h>
 #include <fmt/core.h>
 #include <langinfo.h>
-#include <libsmartcols/libsmartcols.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -11,8 +10,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
-#include <memory>
 
 #include "text/text.h"
 
@@ -22,15 +19,12 @@ namespace {
 constexpr std::size_t least_width_of_terminal = 40;
 constexpr std::size_t least_column = 8;
 constexpr std::size_t table_margin = 4;
+constexpr std::size_t column_gap = 2;
 
-// The columns of a character of UTF-8; less than 0: this locale cannot show it.
-int columns_of(std::string_view character) {
+// The columns of a character; less than 0: this locale cannot show it.
+int columns_here(std::string_view character) {
   if (character.size() == 1) return 1;
-  if (!takes_utf8()) return -1;
-  wchar_t wide = 0;
-  std::mbstate_t state{};
-  const std::size_t read = std::mbrtowc(&wide, character.data(), character.size(), &state);
-  return read == character.size() ? wcwidth(wide) : -1;
+  return takes_utf8() ? columns_of(character) : -1;
 }
 
 // What stands at a place of a text that is shown: a character, or a colour, which takes no column.
@@ -41,8 +35,8 @@ struct Unit {
 
 Unit unit_at(std::string_view text) {
   if (text[0] == '\033') return {std::min(text.find('m'), text.size() - 1) + 1, 0};
-  const std::size_t bytes = std::max<std::size_t>(character_bytes(text), 1);
-  return {bytes, static_cast<std::size_t>(std::max(columns_of(text.substr(0, bytes)), 0))};
+  const std::string_view character = first_character(text);
+  return {character.size(), static_cast<std::size_t>(std::max(columns_here(character), 0))};
 }
 
 // How many bytes of a text fit into some columns; at least one character.
@@ -70,14 +64,18 @@ std::size_t least_width(std::string_view text) {
   return longest;
 }
 
-// Where the next line of a text ends: behind a blank or a comma, else a hyphen, else where it must.
+// Where the next line of a text ends: behind a blank or a comma, else where its script allows it, as
+// behind a hyphen, else where it must.
 std::size_t line_end(std::string_view text, std::size_t width) {
   const std::size_t fits = bytes_that_fit(text, width);
   // A comma stays on its line, a blank goes: it may stand just past the end.
   std::size_t cut = text.substr(0, fits).find_last_of(" ,");
   if (fits < text.size() && text[fits] == ' ') cut = fits;
-  if (cut == text.npos || cut == 0) cut = text.substr(0, fits).find_last_of('-');
-  return cut == text.npos || cut == 0 ? fits : cut + 1;
+  if (cut == text.npos || cut == 0) {
+    const std::size_t end = last_line_break(text, fits);
+    return end > 0 ? end : fits;
+  }
+  return cut + 1;
 }
 
 std::string wrapped_line(std::string_view text, std::size_t width) {
@@ -98,7 +96,7 @@ std::vector<std::size_t> column_widths(const std::vector<std::string> &heading,
                                        std::size_t room) {
   std::vector<std::size_t> widths;
   std::vector<std::size_t> least;
-  std::size_t total = 2 * (heading.size() - 1);
+  std::size_t total = column_gap * (heading.size() - 1);
   for (std::size_t i = 0; i < heading.size(); ++i) {
     widths.push_back(width_of(heading[i]));
     least.push_back(widths.back());
@@ -125,36 +123,21 @@ std::vector<std::size_t> column_widths(const std::vector<std::string> &heading,
   return widths;
 }
 
-const char *scols_colour(Colour colour) {
-  constexpr const char *names[] = {nullptr, "red", "green", "yellow", "cyan", "bold"};
-  return names[static_cast<std::size_t>(colour)];
-}
+using Lines = std::vector<std::string_view>;
 
-std::string without_trailing_blanks(std::string text) {
-  for (std::size_t at = 0; (at = text.find(" \n", at)) != text.npos;) {
-    const std::size_t blanks = text.find_last_not_of(' ', at) + 1;
-    text.erase(blanks, at + 1 - blanks);
-    at = blanks;
+// Append a line of cells: the line of that number of each cell, padded to the width of its column.
+void append_line(std::string &out, const std::vector<Cell> &cells, const std::vector<Lines> &lines,
+                 std::size_t number, const std::vector<std::size_t> &widths, const Layout &layout) {
+  std::size_t blanks = table_margin;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const std::string_view text = number < lines[i].size() ? lines[i][number] : "";
+    if (!text.empty()) {
+      out.append(blanks, ' ').append(coloured(std::string(text), cells[i].colour, layout));
+      blanks = 0;
+    }
+    blanks += widths[i] - width_of(text) + column_gap;
   }
-  return text;
-}
-
-using Table = std::unique_ptr<libscols_table, void (*)(libscols_table *)>;
-
-Table new_table(const std::vector<std::string> &heading, const Layout &layout) {
-  Table table(scols_new_table(), scols_unref_table);
-  scols_table_enable_colors(table.get(), layout.colour ? 1 : 0);
-  scols_table_enable_noencoding(table.get(), 1);
-  scols_table_set_column_separator(table.get(), "  ");
-  scols_table_set_termforce(table.get(), SCOLS_TERMFORCE_NEVER);
-  scols_table_new_column(table.get(), "", static_cast<double>(table_margin - 2),
-                         SCOLS_FL_STRICTWIDTH);
-  for (const std::string &title : heading) {
-    libscols_column *column = scols_table_new_column(table.get(), title.c_str(), 0, SCOLS_FL_WRAP);
-    scols_column_set_wrapfunc(column, scols_wrapnl_chunksize, scols_wrapnl_nextchunk, nullptr);
-    scols_column_set_safechars(column, "\n");
-  }
-  return table;
+  out += '\n';
 }
 
 }  // namespace
@@ -198,13 +181,8 @@ std::string as_shown(std::string_view text) {
   std::string out;
   out.reserve(text.size());
   while (!text.empty()) {
-    const std::string_view character =
-        text.substr(0, std::max<std::size_t>(character_bytes(text), 1));
-    if (columns_of(character) >= 0) {
-      out += character;
-    } else {
-      for (const char byte : character) out += "\\x" + hex({static_cast<uint8_t>(byte)});
-    }
+    const std::string_view character = first_character(text);
+    out += columns_here(character) >= 0 ? std::string(character) : escaped_bytes(character);
     text.remove_prefix(character.size());
   }
   return out;
@@ -262,22 +240,26 @@ void put_table(const std::vector<std::string> &heading, const std::vector<std::v
     for (Cell &cell : row) cell.text = as_shown(cell.text);
   }
   const std::size_t room = layout.width > table_margin ? layout.width - table_margin : 1;
-  const std::vector<std::size_t> widths = column_widths(heading, cells, room);
-  const Table table = new_table(heading, layout);
-  for (const auto &row : cells) {
-    libscols_line *line = scols_table_new_line(table.get(), nullptr);
-    scols_line_set_data(line, 0, std::string(table_margin - 2, ' ').c_str());
+  const std::vector<std::size_t> most = column_widths(heading, cells, room);
+  cells.insert(cells.begin(), {heading.begin(), heading.end()});
+  // A column is as wide as its widest line is now.
+  std::vector<std::size_t> widths(heading.size());
+  std::vector<std::vector<Lines>> lines;
+  for (auto &row : cells) {
+    std::vector<Lines> &of_row = lines.emplace_back();
     for (std::size_t i = 0; i < row.size(); ++i) {
-      scols_line_set_data(line, i + 1, wrapped(row[i].text, widths[i]).c_str());
-      if (row[i].colour != Colour::none) {
-        scols_cell_set_color(scols_line_get_cell(line, i + 1), scols_colour(row[i].colour));
-      }
+      row[i].text = wrapped(row[i].text, most[i]);
+      of_row.push_back(split(row[i].text, '\n'));
+      for (const std::string_view line : of_row[i]) widths[i] = std::max(widths[i], width_of(line));
     }
   }
-  char *text = nullptr;
-  scols_print_table_to_string(table.get(), &text);
-  fmt::print("{}", without_trailing_blanks(std::string(text != nullptr ? text : "") + "\n"));
-  std::free(text);
+  std::string out;
+  for (std::size_t k = 0; k < cells.size(); ++k) {
+    std::size_t count = 0;
+    for (const Lines &of_cell : lines[k]) count = std::max(count, of_cell.size());
+    for (std::size_t n = 0; n < count; ++n) append_line(out, cells[k], lines[k], n, widths, layout);
+  }
+  fmt::print("{}", out);
 }
 
 bool all_written(std::string &why) {

@@ -54,7 +54,7 @@ std::string folded(const std::string &text) {
   if (text.size() <= longest_value) return said(text);
   std::size_t end = 0;
   while (end < told_of_longer) {
-    end += std::max<std::size_t>(1, character_bytes(std::string_view(text).substr(end)));
+    end += first_character(std::string_view(text).substr(end)).size();
   }
   return fmt::format("<details><summary>{}…</summary>{}</details>", said(text.substr(0, end)),
                      said(text));

@@ -48,12 +48,6 @@ std::vector<PairScope> channel_scopes(const PairOfSettings &pair) {
   return scopes;
 }
 
-PairScope port_scope(uint32_t index) {
-  PairScope scope{PairScope::Kind::of_port, port_text(index), {}};
-  for (PairScope::End &end : scope.ends) end = {true, index, port_text(index), {}};
-  return scope;
-}
-
 Vlans twin_vlans(const PairOfSettings &pair) {
   Vlans twins;
   for (const Channel &channel : pair[0]->channels) {

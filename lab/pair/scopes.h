@@ -35,9 +35,6 @@ struct PairScope {
 // The channels that have a port on either side, in natural order of their names.
 std::vector<PairScope> channel_scopes(const PairOfSettings &pair);
 
-// A port by its index, the same on both sides.
-PairScope port_scope(uint32_t index);
-
 // The VLANs that the same channel carries on both switches.
 Vlans twin_vlans(const PairOfSettings &pair);
 

@@ -54,8 +54,8 @@ Bytes read_vlan_list(Reader &reader, const YAML::Node &node) {
   constexpr std::size_t header_words = 2;
   const bool is_list = node.IsScalar() && parse_vlans(node.Scalar()).fault == RangeFault::none;
   // The ranges as they are written: the library is to see them so.
-  const Ranges ranges =
-      is_list ? parse_vlans(node.Scalar()).ranges : ranges_of(reader.vlans(node, "vlans"));
+  const Ranges ranges = is_list ? parse_vlans(node.Scalar()).ranges
+                                : ranges_of(read_vlan_list(reader, node, "vlans"));
   return range_list(ranges, header_words);
 }
 

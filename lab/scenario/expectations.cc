@@ -212,7 +212,7 @@ void hold_differ(const Json &expected, const Step &, Json &told) {
 }
 
 Json read_twins(StepReader &reader, const YAML::Node &node) {
-  return vlan_text(reader.vlans(node, "twin VLANs"));
+  return vlan_text(read_vlan_list(reader, node, "twin VLANs"));
 }
 
 void hold_twins(const char *key, const Json &expected, Json &told) {

@@ -39,7 +39,7 @@ void read_root(StepReader &reader, const YAML::Node &root, Scenario &scenario) {
   if (root["title"]) scenario.title = reader.text(root["title"], "a title");
   if (root["about"]) scenario.about = reader.text(root["about"], "a text");
   read_switches(reader, root["switches"], scenario);
-  scenario.twins = root["twin-vlans"] ? reader.vlans(root["twin-vlans"], "twin-vlans")
+  scenario.twins = root["twin-vlans"] ? read_vlan_list(reader, root["twin-vlans"], "twin-vlans")
                                       : carried_twins(scenario.settings);
   const YAML::Node steps = root["steps"];
   if (!reader.required(root, "steps", "a scenario")) return;

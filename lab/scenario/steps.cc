@@ -138,7 +138,8 @@ void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &va
       plan.ports.push_back(scope_of(port, reader.now));
     }
   }
-  plan.twins = node["twin-vlans"] ? reader.vlans(node["twin-vlans"], "twin-vlans") : reader.twins;
+  plan.twins =
+      node["twin-vlans"] ? read_vlan_list(reader, node["twin-vlans"], "twin-vlans") : reader.twins;
   step.check = std::move(plan);
 }
 

@@ -38,18 +38,6 @@ struct PortRow {
   std::map<std::string, std::string> uncovered;
 };
 
-bool holds_controls(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t length = character_bytes(text);
-    const auto first = static_cast<unsigned char>(text[0]);
-    const bool is_late_control =
-        length == 2 && first == 0xC2 && static_cast<unsigned char>(text[1]) < 0xA0;
-    if (length == 0 || first < 0x20 || first == 0x7F || is_late_control) return true;
-    text.remove_prefix(length);
-  }
-  return false;
-}
-
 // Reads every row, whatever the others say, so that all errors are told at once.
 struct RowsReader {
   const Rows &rows;
@@ -202,7 +190,7 @@ struct RowsReader {
     const Row &fields = row("DEVICE_METADATA", "localhost");
     settings.name = text("DEVICE_METADATA", "localhost", fields, "hostname").value_or("");
     settings.address = text("DEVICE_METADATA", "localhost", fields, "mac").value_or("");
-    if (holds_controls(settings.name)) {
+    if (has_controls(settings.name)) {
       add_error(place("DEVICE_METADATA", "localhost", "hostname"), "found " + quoted(settings.name),
                 "a name without control characters");
     }
@@ -222,7 +210,7 @@ struct RowsReader {
   // --- the region ---
 
   void check_name(const std::string &where, const std::string &name) {
-    if (holds_controls(name)) {
+    if (has_controls(name)) {
       add_error(where, "found " + quoted(name), "a region name without control characters");
     }
     if (name.size() > name_bytes) {

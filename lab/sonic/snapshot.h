@@ -1,18 +1,15 @@
 // What a source that the lab stays beside holds now, and what changed in it.
 #pragma once
 
-#include <chrono>
 #include <map>
 #include <optional>
 #include <string>
 
 #include "sonic/rows.h"
 #include "text/error.h"
+#include "text/time.h"
 
 namespace lab {
-
-using Clock = std::chrono::steady_clock;
-using TimePoint = Clock::time_point;
 
 enum class SourceState {
   opening,  // it is asked for the first time

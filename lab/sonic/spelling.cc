@@ -13,16 +13,6 @@ bool is_blank(char c) {
   return c == ' ' || c == '\t';
 }
 
-std::vector<std::string_view> split(std::string_view text, char at) {
-  std::vector<std::string_view> parts;
-  while (true) {
-    const std::size_t end = text.find(at);
-    parts.push_back(text.substr(0, end));
-    if (end == text.npos) return parts;
-    text.remove_prefix(end + 1);
-  }
-}
-
 // The number behind a word.
 std::optional<uint32_t> behind(std::string_view word, std::string_view text) {
   return text.starts_with(word) ? decimal(text.substr(word.size())) : std::nullopt;
@@ -106,9 +96,7 @@ ParsedRanges parse_member(std::string_view member) {
 std::string shown(std::string_view text) {
   constexpr std::size_t most = 64;
   if (text.size() <= most) return printable(text);
-  std::size_t end = most;
-  while (end > most - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return printable(text.substr(0, end)) + "...";
+  return printable(whole_characters(text, most)) + "...";
 }
 
 std::string quoted(std::string_view text) {

@@ -75,7 +75,7 @@ ChannelGroup read_channel_group(Reader &reader, const YAML::Node &node) {
   group.channel = read_channel(reader, node["channel"]);
   if (node["id"]) group.channel.id = reader.number(node["id"], "id", 1);
   if (node["internal"]) group.internal = reader.boolean(node["internal"], "internal");
-  if (node["vlans"]) group.vlans = reader.vlans(node["vlans"], "vlans");
+  if (node["vlans"]) group.vlans = read_vlan_list(reader, node["vlans"], "vlans");
   return group;
 }
 
@@ -128,10 +128,10 @@ PortGroup read_port_group(Reader &reader, const YAML::Node &node, bool with_para
     group.parameters = read_parameters(reader, node["parameters"], "parameters", false);
   }
   if (node["uncovered"]) {
-    reader.entries(node["uncovered"], "names and texts",
-                   [&](const YAML::Node &key, const YAML::Node &value) {
-                     group.uncovered[reader.name(key, "a name")] = reader.name(value, "a text");
-                   });
+    reader.entries(
+        node["uncovered"], "names and texts", [&](const YAML::Node &key, const YAML::Node &value) {
+          group.uncovered[reader.verbatim(key, "a name")] = reader.verbatim(value, "a text");
+        });
   }
   return group;
 }
@@ -139,7 +139,8 @@ PortGroup read_port_group(Reader &reader, const YAML::Node &node, bool with_para
 World read_world(Reader &reader, const YAML::Node &node, bool with_parameters) {
   World world;
   if (node["trunk"]) world.trunk = reader.boolean(node["trunk"], "trunk");
-  if (node["user-vlans"]) world.user_vlans = reader.vlans(node["user-vlans"], "user-vlans");
+  if (node["user-vlans"])
+    world.user_vlans = read_vlan_list(reader, node["user-vlans"], "user-vlans");
   const YAML::Node channels = node["channels"];
   if (channels && reader.sequence(channels, "a list of channels")) {
     for (const auto &channel : channels) {
@@ -279,7 +280,7 @@ WorldChange change_by(const World &world, Settings &settings) {
 // Only what a state file has besides what a scenario writes of a switch.
 void read_identity(Reader &reader, const YAML::Node &node, Settings &settings) {
   if (node["name"]) settings.name = reader.name(node["name"], "the switch's name");
-  if (node["address"]) settings.address = reader.name(node["address"], "the switch's address");
+  if (node["address"]) settings.address = reader.verbatim(node["address"], "the switch's address");
   if (node["spanning-tree"]) {
     settings.spanning_tree = reader.boolean(node["spanning-tree"], "spanning-tree");
   }
@@ -290,9 +291,10 @@ void read_identity(Reader &reader, const YAML::Node &node, Settings &settings) {
     if (!reader.mapping(peering, "a peering", {"source", "peer"})) continue;
     settings.peerings.push_back({});
     if (peering["source"]) {
-      settings.peerings.back().source = reader.name(peering["source"], "an address");
+      settings.peerings.back().source = reader.verbatim(peering["source"], "an address");
     }
-    if (peering["peer"]) settings.peerings.back().peer = reader.name(peering["peer"], "an address");
+    if (peering["peer"])
+      settings.peerings.back().peer = reader.verbatim(peering["peer"], "an address");
   }
 }
 

@@ -93,12 +93,12 @@ std::string state_file(const Settings &settings) {
   for (const auto &[source, peer] : settings.peerings) {
     out += "  - " + inline_text({{"source", yaml_text(source)}, {"peer", yaml_text(peer)}}) + "\n";
   }
-  line("user-vlans", yaml_vlans(settings.user_vlans));
+  line("user-vlans", write_vlan_list(settings.user_vlans));
   if (!settings.channels.empty()) out += "channels:\n";
   for (const Channel &channel : settings.channels) {
     Pairs pairs = {{"channel", name_text(channel.name)},
                    {"id", std::to_string(channel.id)},
-                   {"vlans", yaml_vlans(channel.vlans)}};
+                   {"vlans", write_vlan_list(channel.vlans)}};
     if (channel.internal) pairs.emplace_back("internal", "true");
     out += "  - " + inline_text(pairs) + "\n";
   }

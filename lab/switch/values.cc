@@ -119,13 +119,11 @@ Bytes read_text(Reader &reader, const ParameterName &parameter, const YAML::Node
   return value;
 }
 
-// Only text that nothing but NUL follows can be written as text.
+// Only a name without control characters that nothing but NUL follows can be written as text.
 std::optional<std::string> write_text(const ParameterName &, const Bytes &value) {
   const auto end = std::find(value.begin(), value.end(), 0);
   const std::string name(value.begin(), end);
-  std::string_view rest = name;
-  while (const std::size_t length = character_bytes(rest)) rest.remove_prefix(length);
-  const bool is_text = rest.empty() && std::count(end, value.end(), 0) == value.end() - end;
+  const bool is_text = !has_controls(name) && std::count(end, value.end(), 0) == value.end() - end;
   return is_text ? std::optional(yaml_text(name)) : std::nullopt;
 }
 
@@ -136,7 +134,7 @@ std::string text_help(const ParameterName &parameter) {
 // --- VLANs ---
 
 Bytes read_vlans(Reader &reader, const ParameterName &parameter, const YAML::Node &node) {
-  return vlan_record(reader.vlans(node, parameter.key));
+  return vlan_record(read_vlan_list(reader, node, parameter.key));
 }
 
 std::string show_vlans(const ParameterName &parameter, const Bytes &value) {
@@ -146,7 +144,7 @@ std::string show_vlans(const ParameterName &parameter, const Bytes &value) {
 
 std::optional<std::string> write_vlans(const ParameterName &, const Bytes &value) {
   const Vlans vlans = vlans_of_record(value);
-  return vlan_record(vlans) == value ? std::optional(yaml_vlans(vlans)) : std::nullopt;
+  return vlan_record(vlans) == value ? std::optional(write_vlan_list(vlans)) : std::nullopt;
 }
 
 std::string vlans_help(const ParameterName &) {
@@ -168,7 +166,7 @@ Bytes read_map(Reader &reader, const ParameterName &parameter, const YAML::Node 
       node, "the VLANs of MST instances, for instance {1: 10-20}",
       [&](const YAML::Node &key, const YAML::Node &value) {
         const uint32_t instance = reader.number(key, "an MST instance", 0, last_mst_instance);
-        const Vlans vlans = reader.vlans(value, "its VLANs");
+        const Vlans vlans = read_vlan_list(reader, value, "its VLANs");
         if ((vlans & taken).any()) {
           reader.add_error(value, "VLAN " + vlan_text(vlans & taken) + " stands in two instances",
                            "it in one");
@@ -189,7 +187,7 @@ std::optional<std::string> write_map(const ParameterName &, const Bytes &value) 
   std::string text;
   for (const auto &[instance, vlans] : instances_of(value)) {
     if (instance > last_mst_instance) return std::nullopt;
-    text += (text.empty() ? "" : ", ") + std::to_string(instance) + ": " + yaml_vlans(vlans);
+    text += (text.empty() ? "" : ", ") + std::to_string(instance) + ": " + write_vlan_list(vlans);
   }
   return "{" + text + "}";
 }

@@ -3,27 +3,9 @@
 #include <algorithm>
 
 #include "draimiofaf/foundation.h"
+#include "text/yaml.h"
 
 namespace lab {
-
-ParsedRanges parse_ranges(std::string_view text, uint32_t most) {
-  ParsedRanges parsed;
-  std::string rest(text);
-  rest.erase(std::remove(rest.begin(), rest.end(), ' '), rest.end());
-  for (std::size_t at = 0; at <= rest.size();) {
-    const std::size_t end = std::min(rest.find(',', at), rest.size());
-    const std::string_view part = std::string_view(rest).substr(at, end - at);
-    const std::size_t dash = part.find('-');
-    const auto first = parse_number(part.substr(0, dash));
-    const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
-    if (!first || !last) return {{}, RangeFault::no_list};
-    if (*first > most || *last > most) return {{}, RangeFault::too_great};
-    if (*first > *last) return {{}, RangeFault::reversed};
-    parsed.ranges.emplace_back(*first, *last);
-    at = end + 1;
-  }
-  return parsed;
-}
 
 ParsedRanges parse_vlans(std::string_view text) {
   if (text.empty() || key_of(text) == "none") return {};
@@ -55,6 +37,19 @@ Ranges ranges_of(const Vlans &vlans) {
 
 std::string vlan_text(const Vlans &vlans) {
   return stp_mcec_lib_bmp4096_to_str(vlan_record(vlans).data());
+}
+
+Vlans read_vlan_list(Reader &reader, const YAML::Node &node, const std::string &what) {
+  if (node.IsScalar()) {
+    const ParsedRanges parsed = parse_vlans(node.Scalar());
+    if (parsed.fault == RangeFault::none) return vlans_of(parsed.ranges);
+  }
+  return vlans_of(
+      reader.ranges(node, what + ": VLANs 0 to 4095", vlan_count - 1, "1-10,20, or none"));
+}
+
+std::string write_vlan_list(const Vlans &vlans) {
+  return vlans.none() ? "none" : yaml_text(vlan_text(vlans));
 }
 
 std::string vlan_words(const Vlans &vlans) {

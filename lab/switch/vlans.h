@@ -1,4 +1,4 @@
-// VLANs and numbers of interfaces, as lists of ranges.
+// VLANs as sets, lists of ranges and values of parameters.
 #pragma once
 
 #include <bitset>
@@ -7,31 +7,21 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
+#include "text/ranges.h"
 #include "text/text.h"
 
+namespace YAML {
+class Node;
+}
+
 namespace lab {
-
-// --- ranges ---
-
-using Ranges = std::vector<std::pair<uint32_t, uint32_t>>;
-
-// What is wrong with a text that should be a list of ranges.
-enum class RangeFault { none, no_list, reversed, too_great };
-
-struct ParsedRanges {
-  Ranges ranges;  // in the order of the text; of no use with a fault
-  RangeFault fault = RangeFault::none;
-};
-
-// "1-10,20" or "0x1000-0x1003,0x2000", numbers up to `most`; blanks are skipped.
-ParsedRanges parse_ranges(std::string_view text, uint32_t most);
 
 // --- VLANs ---
 
 constexpr uint32_t vlan_count = 4096;
+
+struct Reader;
 
 // The VLANs 0 to 4095.
 using Vlans = std::bitset<vlan_count>;
@@ -44,6 +34,10 @@ Ranges ranges_of(const Vlans &vlans);
 
 // "1-10,20", "" for none.
 std::string vlan_text(const Vlans &vlans);
+
+// A list of VLANs in YAML.
+Vlans read_vlan_list(Reader &reader, const YAML::Node &node, const std::string &what);
+std::string write_vlan_list(const Vlans &vlans);
 
 // "VLAN 10" or "VLANs 1-10,20", in a sentence.
 std::string vlan_words(const Vlans &vlans);

@@ -12,23 +12,6 @@ namespace {
 // Of more names than these, only the nearest is told.
 constexpr std::size_t names_told = 9;
 
-// The code point of a character of UTF-8.
-uint32_t code_point(std::string_view character) {
-  constexpr unsigned lead_bits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
-  uint32_t point = static_cast<unsigned char>(character[0]) & lead_bits[character.size()];
-  for (const char byte : character.substr(1)) {
-    point = point << 6 | (static_cast<unsigned char>(byte) & 0x3F);
-  }
-  return point;
-}
-
-// Controls, line and paragraph separators, and the marks that turn the direction of writing.
-bool controls(uint32_t point) {
-  return point < 0x20 || (point >= 0x7F && point < 0xA0) || point == 0x061C || point == 0x200E ||
-         point == 0x200F || (point >= 0x2028 && point <= 0x202E) ||
-         (point >= 0x2066 && point <= 0x2069) || point == 0xFEFF;
-}
-
 // How many letters must be changed, added, left out or swapped with the next.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> before;
@@ -104,73 +87,33 @@ std::string port_text(uint32_t if_index) {
   return text;
 }
 
-std::size_t character_bytes(std::string_view text) {
-  if (text.empty()) return 0;
-  const auto lead = static_cast<unsigned char>(text[0]);
-  const std::size_t length = lead < 0x80                   ? 1
-                             : lead >= 0xC2 && lead < 0xE0 ? 2
-                             : lead >= 0xE0 && lead < 0xF0 ? 3
-                             : lead >= 0xF0 && lead < 0xF5 ? 4
-                                                           : 0;
-  if (length == 0 || length > text.size()) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return 0;
-  }
-  // Overlong forms, surrogates, and what is past the last code point.
-  const uint32_t point = code_point(text.substr(0, length));
-  constexpr uint32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
-  const bool is_one = point >= least[length] && !(point >= 0xD800 && point < 0xE000);
-  return is_one && point <= 0x10FFFF ? length : 0;
-}
-
-bool is_utf8(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t length = character_bytes(text);
-    if (length == 0) return false;
-    text.remove_prefix(length);
-  }
-  return true;
-}
-
-std::string printable(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  while (!text.empty()) {
-    const std::size_t length = character_bytes(text);
-    const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
-    if (length > 0 && !controls(code_point(character))) {
-      out += character;
-    } else {
-      for (const char byte : character) out += "\\x" + hex({static_cast<uint8_t>(byte)});
-    }
-    text.remove_prefix(character.size());
-  }
-  return out;
-}
-
-std::string printable_lines(std::string_view text) {
-  std::string out;
-  while (true) {
-    const std::size_t end = text.find('\n');
-    out += printable(text.substr(0, end));
-    if (end == text.npos) return out;
-    out += '\n';
-    text.remove_prefix(end + 1);
-  }
-}
-
 std::string log_line(std::string_view text) {
   if (text.ends_with('\n')) text.remove_suffix(1);
   return printable(text);
 }
 
-std::string listed(const std::vector<std::string> &names, const char *before_last) {
+std::vector<std::string_view> split(std::string_view text, char separator) {
+  std::vector<std::string_view> parts;
+  while (true) {
+    const std::size_t end = text.find(separator);
+    parts.push_back(text.substr(0, end));
+    if (end == text.npos) return parts;
+    text.remove_prefix(end + 1);
+  }
+}
+
+std::string join(const std::vector<std::string> &parts, std::string_view separator) {
   std::string text;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (i > 0) text += i + 1 == names.size() ? before_last : ", ";
-    text += names[i];
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (i > 0) text += separator;
+    text += parts[i];
   }
   return text;
+}
+
+std::string listed(const std::vector<std::string> &names, const char *before_last) {
+  if (names.size() < 2) return join(names);
+  return join({names.begin(), names.end() - 1}) + before_last + names.back();
 }
 
 std::string one_of(const std::vector<std::string> &names) {

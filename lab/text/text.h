@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "text/unicode.h"
+
 namespace lab {
 
 using Bytes = std::vector<uint8_t>;
@@ -30,19 +32,14 @@ std::string port_text(uint32_t if_index);
 // A file's text without the mark that some editors put before it.
 std::string_view without_byte_order_mark(std::string_view text);
 
-// Text that any terminal and any JSON reader takes: what is no UTF-8, controls what is shown, or
-// turns the direction of writing is escaped.
-std::string printable(std::string_view text);
-std::string printable_lines(std::string_view text);  // line feeds stay
-
-// The bytes of the character that a text of UTF-8 begins with; 0: it begins with none.
-std::size_t character_bytes(std::string_view text);
-bool is_utf8(std::string_view text);
-
 // A line of an event history, without its line feed.
 std::string log_line(std::string_view text);
 
-// --- lists of names ---
+// --- lists ---
+
+// "a,b," has three parts, the last of them empty; "" has one.
+std::vector<std::string_view> split(std::string_view text, char separator);
+std::string join(const std::vector<std::string> &parts, std::string_view separator = ", ");
 
 // "a, b and c"; "a, b or c".
 std::string listed(const std::vector<std::string> &names, const char *before_last = " and ");

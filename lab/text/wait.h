@@ -5,11 +5,11 @@
 
 #include <vector>
 
-#include "sonic/snapshot.h"
+#include "text/time.h"
 
 namespace lab {
 
-// Until one of the sockets is ready, or a moment has come. Throws Interrupted.
+// Until one of the sockets is ready, or a time point is reached. Throws Interrupted.
 void wait(std::vector<pollfd> &sockets, TimePoint until);
 
 }  // namespace lab

@@ -13,8 +13,6 @@
 #include <sstream>
 #include <tuple>
 
-#include "output/json.h"
-
 namespace lab {
 namespace {
 
@@ -167,6 +165,13 @@ std::string Reader::text(const YAML::Node &node, const std::string &what) {
 }
 
 std::string Reader::name(const YAML::Node &node, const std::string &what) {
+  const std::string text = verbatim(node, what);
+  if (!has_controls(text)) return text;
+  expected(node, what + " without control characters");
+  return "";
+}
+
+std::string Reader::verbatim(const YAML::Node &node, const std::string &what) {
   if (node.IsScalar() && is_utf8(node.Scalar())) return node.Scalar();
   expected(node, what + (node.IsScalar() ? " in UTF-8" : ""));
   return "";
@@ -223,13 +228,6 @@ Ranges Reader::ranges(const YAML::Node &node, const std::string &what, uint32_t 
   return parsed.ranges;
 }
 
-Vlans Reader::vlans(const YAML::Node &node, const std::string &what) {
-  if (node.IsScalar() && parse_vlans(node.Scalar()).fault == RangeFault::none) {
-    return vlans_of(parse_vlans(node.Scalar()).ranges);
-  }
-  return vlans_of(ranges(node, what + ": VLANs 0 to 4095", vlan_count - 1, "1-10,20, or none"));
-}
-
 Bytes Reader::bytes(const YAML::Node &node, const std::string &what) {
   std::string digits = node.IsScalar() ? node.Scalar() : "x";
   digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
@@ -278,18 +276,19 @@ std::string file_text(const std::string &path, InputErrors &errors) {
 std::string yaml_text(std::string_view text) {
   std::string out = "\"";
   while (!text.empty()) {
-    const std::string character(text.substr(0, std::max<std::size_t>(character_bytes(text), 1)));
+    const std::string_view character = first_character(text);
     const bool is_escaped = printable(character) != character;
-    const std::string written =
-        Json(character).dump(-1, ' ', is_escaped, Json::error_handler_t::replace);
-    out += written.substr(1, written.size() - 2);
+    if (is_escaped) {
+      char code[16];
+      std::snprintf(code, sizeof code, "\\u%04x", unsigned(code_point(character)));
+      out += code;
+    } else {
+      if (character == "\"" || character == "\\") out += '\\';
+      out += character;
+    }
     text.remove_prefix(character.size());
   }
   return out + '"';
-}
-
-std::string yaml_vlans(const Vlans &vlans) {
-  return vlans.none() ? "none" : yaml_text(vlan_text(vlans));
 }
 
 void sort_errors(InputErrors &errors) {

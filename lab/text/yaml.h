@@ -10,8 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "switch/vlans.h"
 #include "text/error.h"
+#include "text/ranges.h"
+#include "text/text.h"
 
 namespace lab {
 
@@ -52,7 +53,10 @@ struct Reader {
   // For people: what no terminal should see is escaped.
   std::string text(const YAML::Node &node, const std::string &what);
 
-  // A name as it stands, which is UTF-8.
+  // A text as it is, in UTF-8.
+  std::string verbatim(const YAML::Node &node, const std::string &what);
+
+  // The same without control characters.
   std::string name(const YAML::Node &node, const std::string &what);
 
   bool boolean(const YAML::Node &node, const std::string &what);
@@ -68,8 +72,6 @@ struct Reader {
   Ranges ranges(const YAML::Node &node, const std::string &what, uint32_t most,
                 const std::string &example);
 
-  Vlans vlans(const YAML::Node &node, const std::string &what);
-
   Bytes bytes(const YAML::Node &node, const std::string &what);
 };
 
@@ -78,9 +80,8 @@ std::string scalar_text(const YAML::Node &node);
 
 // --- writing ---
 
-// A text as YAML takes it for a text, in quotation marks; a list of VLANs.
+// A text as YAML takes it for a text, in quotation marks.
 std::string yaml_text(std::string_view text);
-std::string yaml_vlans(const Vlans &vlans);
 
 // --- files ---
 
