@@ -42,11 +42,12 @@ int main(int argc, char **argv) {
   stop_on_signals();
   standin_reset();
   Status status = wrong;
+  bool is_stopped = false;
   std::string why;  // the output cannot be written
   try {
     status = parse_and_do(argc, argv);
   } catch (const Interrupted &) {
-    print_error("mcec-lab: interrupted");
+    is_stopped = true;
   } catch (const std::bad_alloc &) {
     print_error("mcec-lab: there is not enough memory");
   } catch (const std::system_error &problem) {
@@ -55,7 +56,11 @@ int main(int argc, char **argv) {
   } catch (const std::exception &problem) {
     print_error("mcec-lab: " + printable(problem.what()));
   }
-  if (all_written(why)) return status;
-  print_error("mcec-lab: the output cannot be written: " + why);
-  return wrong;
+  if (all_written(why) && !is_stopped) return status;
+  if (!interrupted()) {
+    print_error("mcec-lab: the output cannot be written: " + why);
+    return wrong;
+  }
+  print_error("mcec-lab: interrupted");
+  _exit(wrong);  // what could not be written stays so
 }

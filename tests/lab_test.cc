@@ -149,6 +149,10 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "9:19: found 'export' besides 'check'; expected one thing to do in a step\n"
        "9:19: unknown key 'export' in a 'check' step; expected expect, check, note or "
        "twin-vlans\n"},
+      {"switches:\n  left: {parameters: {mst-region-name: \"a\\0\"}, "
+       "ports: [{port: \"b\\x1B\"}]}\nsteps: [{check: switch}]\n",
+       "2:63: found 'b\\x1b'; expected the name of a port without control characters\n"
+       "2:40: found 'a\\x00'; expected a region name without control characters\n"},
       {"steps:\n\t- check: switch\n", "2:1: found a tab in the indentation; expected blanks\n"},
   };
   for (const auto &row : rows) {
@@ -433,7 +437,8 @@ TEST_F(Lab, AnInterruptLeavesNothingBehind) {
   for (int i = 0; i < 20000; ++i) steps += "- {check: all}\n";
   write(steps);
   const Outcome outcome = lab("run --quiet " + file +
-                              " >/dev/null & lab=$!; sleep 1; kill -INT $lab; "
+                              " >/dev/null & lab=$!; until pgrep -P $lab; do sleep 0.1; done "
+                              ">/dev/null; kill -INT $lab; "
                               "wait $lab; echo status $?; pgrep -P $lab; true");
   EXPECT_EQ(outcome.out.find(file + ":"), 0U) << outcome.out;
   EXPECT_TRUE(outcome.out.ends_with(": interrupted\nstatus 2\n")) << outcome.out;

@@ -9,7 +9,6 @@
 #include "output/told.h"
 #include "sonic/source.h"
 #include "text/file.h"
-#include "text/signals.h"
 #include "text/text.h"
 
 namespace lab {
@@ -33,7 +32,6 @@ void print_json(const Json &document) {
 }
 
 void print_errors(const std::string &source, const InputErrors &errors) {
-  if (!errors.empty() && interrupted()) throw Interrupted{};  // what was read is not all there is
   for (std::size_t i = 0; i < std::min(errors.size(), printed_errors); ++i) {
     const std::string place = place_of(errors[i]);
     print_error(
@@ -46,7 +44,7 @@ void print_errors(const std::string &source, const InputErrors &errors) {
 
 void write_file(const std::string &path, const std::string &text) {
   if (path == "-") return fmt::print("{}", text);
-  const std::string problem = write_whole(path, text);
+  const std::string problem = write_file_atomically(path, text);
   if (!problem.empty()) throw std::runtime_error(path + " cannot be written: " + problem);
 }
 

@@ -9,6 +9,7 @@
 #include "switch/names.h"
 #include "switch/state_writer.h"
 #include "tasks/compare.h"
+#include "text/file.h"
 #include "text/text.h"
 
 namespace lab {
@@ -42,6 +43,28 @@ void write_patches(const Sides &sides, const Json &told, const Arguments &argume
     write_file(which == "both" ? with_side(path, switch_names[i]) : path,
                patches[i].dump(2) + "\n");
   }
+}
+
+// An output that would replace an input or another output is an error.
+bool has_own_outputs(const Arguments &arguments) {
+  std::vector<std::pair<std::string, std::string>> files = {{"the left source", arguments.left},
+                                                            {"the right source", arguments.right}};
+  const std::size_t inputs = files.size();
+  if (!arguments.html.empty()) files.emplace_back("--html", arguments.html);
+  const auto &[side, patch] = arguments.fix;
+  for (const char *name : switch_names) {
+    if (side == "both") files.emplace_back("--patch", with_side(patch, name));
+  }
+  if (!side.empty() && side != "both") files.emplace_back("--patch", patch);
+  for (std::size_t i = inputs; i < files.size(); ++i) {
+    for (std::size_t k = 0; k < i; ++k) {
+      if (files[i].second == "-" || !is_same_file(files[i].second, files[k].second)) continue;
+      print_error(fmt::format("mcec-lab compare: {}: found {}, which is {}; expected another file",
+                              files[i].first, printable(files[i].second), files[k].first));
+      return false;
+    }
+  }
+  return true;
 }
 
 // Read both sides; the errors of both are told at once.
@@ -86,6 +109,7 @@ Status compare_sides(const Arguments &arguments) {
                             printable(arguments.fix.first), one_of(patched, arguments.fix.first)));
     return wrong;
   }
+  if (!has_own_outputs(arguments)) return wrong;
   Sides sides;
   if (!read_sides(arguments, sides)) return wrong;
   if (!arguments.fix.first.empty() && (!sides[0].rows || !sides[1].rows)) {

@@ -1,14 +1,8 @@
 // Many pairs at once: a process for each comparison, as many at a time as there are processors.
 
 #include <fmt/core.h>
-#include <poll.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
 #include <map>
 #include <sstream>
 #include <thread>
@@ -18,8 +12,10 @@
 #include "sonic/source.h"
 #include "switch/names.h"
 #include "tasks/compare.h"
-#include "text/signals.h"
-#include "text/yaml.h"
+#include "text/child.h"
+#include "text/file.h"
+#include "text/text.h"
+#include "text/wait.h"
 
 namespace lab {
 namespace {
@@ -33,9 +29,7 @@ struct PairLine {
 // A comparison under way: its process, and the document that it writes.
 struct Job {
   const PairLine *pair;
-  pid_t pid;
-  int pipe;
-  std::string document;
+  ChildProcess process;
 };
 
 // What the comparisons came to.
@@ -56,23 +50,26 @@ std::string in_folder(const std::string &source, const std::string &folder) {
 
 std::vector<PairLine> read_pairs(const std::string &path, InputErrors &errors) {
   std::vector<PairLine> pairs;
-  const std::string text = file_text(path, errors);
+  const std::string text = read_file(path, errors);
   std::istringstream lines(std::string(without_byte_order_mark(text)));
   const std::string folder = path.substr(0, path.rfind('/') + 1);
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
     if (line.ends_with('\r')) line.pop_back();
     if (line.empty() || line[0] == '#') continue;
-    std::vector<std::string> parts;
-    std::istringstream fields(line);
-    for (std::string part; std::getline(fields, part, '\t');) parts.push_back(part);
-    if (parts.size() == 3 && !parts[0].empty() && !parts[1].empty() && !parts[2].empty()) {
-      pairs.push_back({number,
-                       printable(parts[0]),
-                       {in_folder(parts[1], folder), in_folder(parts[2], folder)}});
+    const std::vector<std::string_view> parts = split(line, '\t');
+    const bool has_empty =
+        std::any_of(parts.begin(), parts.end(), [](auto part) { return part.empty(); });
+    if (parts.size() == 3 && !has_empty) {
+      pairs.push_back(
+          {number,
+           printable(parts[0]),
+           {in_folder(std::string(parts[1]), folder), in_folder(std::string(parts[2]), folder)}});
     } else {
+      // Not a line of ours: what it contains may be a secret.
       errors.push_back({number, 1, "",
-                        "found '" + printable(without_passwords(line.substr(0, 80))) + "'",
+                        fmt::format("found {} part{}{}", parts.size(), parts.size() == 1 ? "" : "s",
+                                    has_empty ? ", not all of them filled" : ""),
                         line_form});
     }
   }
@@ -117,44 +114,6 @@ std::string document_text(const PairLine &pair) {
   } catch (const std::exception &problem) {
     return failure_of(pair, printable(problem.what())).dump();
   }
-}
-
-// The life of the process of a comparison. Nothing leaves it but by its end: what is behind it on the
-// stack is the parent's.
-[[noreturn]] void compare_in_process(const PairLine &pair, int pipe) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  std::string text;
-  try {
-    text = document_text(pair);
-  } catch (...) {  // interrupted, or no memory even for this
-    _exit(wrong);
-  }
-  for (std::size_t at = 0; at < text.size();) {
-    const ssize_t written = write(pipe, text.data() + at, text.size() - at);
-    if (written < 0 && errno != EINTR) _exit(wrong);
-    at += written > 0 ? static_cast<std::size_t>(written) : 0;
-  }
-  _exit(0);
-}
-
-Job start(const PairLine &pair, const std::vector<Job> &others) {
-  int ends[2];
-  if (pipe(ends) != 0)
-    throw std::system_error(errno, std::generic_category(), "no pipe for a pair");
-  std::fflush(stdout);
-  const pid_t pid = fork();
-  if (pid < 0) {
-    close(ends[0]);
-    close(ends[1]);
-    throw std::system_error(errno, std::generic_category(), "no process for a pair");
-  }
-  if (pid == 0) {
-    close(ends[0]);
-    for (const Job &other : others) close(other.pipe);
-    compare_in_process(pair, ends[1]);
-  }
-  close(ends[1]);
-  return {&pair, pid, ends[0], ""};
 }
 
 // "mst-region-name (1), ifi-port-guard (3)".
@@ -206,49 +165,25 @@ void tell(const Json &told, const Arguments &arguments, const Layout &layout, Ta
   }
 }
 
-// Take what a comparison wrote; true: it has ended.
-bool take(Job &job) {
-  char buffer[65536];
-  const ssize_t got = read(job.pipe, buffer, sizeof buffer);
-  if (got > 0) job.document.append(buffer, static_cast<std::size_t>(got));
-  if (got > 0 || (got < 0 && errno == EINTR)) return false;
-  close(job.pipe);
-  waitpid(job.pid, nullptr, 0);
-  return true;
-}
-
-void stop(std::vector<Job> &jobs) {
-  for (const Job &job : jobs) {
-    kill(job.pid, SIGKILL);
-    waitpid(job.pid, nullptr, 0);
-    close(job.pipe);
-  }
-  jobs.clear();
-}
-
 void compare_all(const std::vector<PairLine> &pairs, const Arguments &arguments, Tally &tally) {
   const std::size_t at_once = std::max(1U, std::thread::hardware_concurrency());
   const Layout layout = standard_layout(arguments.no_color);
   std::vector<Job> jobs;
-  try {
-    for (auto next = pairs.begin(); next != pairs.end() || !jobs.empty();) {
-      while (next != pairs.end() && jobs.size() < at_once) jobs.push_back(start(*next++, jobs));
-      std::vector<pollfd> ready;
-      for (const Job &job : jobs) ready.push_back({job.pipe, POLLIN, 0});
-      if (poll(ready.data(), ready.size(), -1) < 0 && errno != EINTR) break;
-      if (interrupted()) throw Interrupted{};
-      for (std::size_t i = jobs.size(); i-- > 0;) {
-        if (ready[i].revents == 0 || !take(jobs[i])) continue;
-        const Json told = Json::parse(jobs[i].document, nullptr, false);
-        const bool is_whole = told.is_object();
-        tell(is_whole ? told : failure_of(*jobs[i].pair, "the comparison died"), arguments, layout,
-             tally);
-        jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(i));
-      }
+  for (auto next = pairs.begin(); next != pairs.end() || !jobs.empty();) {
+    for (; next != pairs.end() && jobs.size() < at_once; ++next) {
+      jobs.push_back({&*next, start_writer([&pair = *next] { return document_text(pair); })});
     }
-  } catch (...) {
-    stop(jobs);
-    throw;
+    std::vector<pollfd> ready;
+    for (const Job &job : jobs) ready.push_back({job.process.output, POLLIN, 0});
+    wait(ready, TimePoint::max());
+    for (std::size_t i = jobs.size(); i-- > 0;) {
+      if (ready[i].revents == 0 || !read_output(jobs[i].process)) continue;
+      const Json told = Json::parse(jobs[i].process.text, nullptr, false);
+      const bool is_whole = told.is_object();
+      tell(is_whole ? told : failure_of(*jobs[i].pair, "the comparison died"), arguments, layout,
+           tally);
+      jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(i));
+    }
   }
 }
 

@@ -7,6 +7,7 @@
 #include "output/told.h"
 #include "tasks/side.h"
 #include "tasks/watch.h"
+#include "text/file.h"
 
 namespace lab {
 namespace {
@@ -25,6 +26,9 @@ Status watch_sides(const Arguments &arguments) {
     ParsedSource parsed = parse_source(text, i);
     if (text == "-") {
       parsed.errors.push_back({0, 0, "", "can be read once only", "a database, or a file"});
+    }
+    if (!arguments.metrics.empty() && is_same_file(arguments.metrics, text)) {
+      parsed.errors.push_back({0, 0, "", "is the file of --metrics, too", "another file"});
     }
     print_errors(parsed.source.shown, parsed.errors);
     for (Json &error : errors_to_json(parsed.source.shown, parsed.errors)) {

@@ -86,7 +86,7 @@ std::string write_metrics(const std::string &path, const Told &told,
                           const std::array<bool, 2> &connected,
                           std::chrono::system_clock::time_point compared) {
   // The collector passes over names that do not end with .prom, as that of an unfinished file.
-  return write_whole(path, metrics_of(told, connected, compared));
+  return write_file_atomically(path, metrics_of(told, connected, compared));
 }
 
 }  // namespace lab

@@ -9,6 +9,7 @@
 #include "output/page_vlans.h"
 #include "output/told.h"
 #include "output/words.h"
+#include "text/hash.h"
 #include "text/text.h"
 
 namespace lab {
@@ -341,9 +342,10 @@ std::string page_of(const Json &document) {
 </body>
 </html>
 )",
-      page_style_hash, page_script_hash, verdict.heading, escaped(name_of(document, "left")),
-      escaped(name_of(document, "right")), page_style, agree ? "good" : "bad", agree ? "=" : "≠",
-      verdict.heading, verdict.text, pair_table(document), links, main, page_script);
+      hash_text(page_style), hash_text(page_script), verdict.heading,
+      escaped(name_of(document, "left")), escaped(name_of(document, "right")), page_style,
+      agree ? "good" : "bad", agree ? "=" : "≠", verdict.heading, verdict.text,
+      pair_table(document), links, main, page_script);
 }
 
 }  // namespace lab

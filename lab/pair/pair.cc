@@ -1,7 +1,6 @@
 #include "pair/pair.h"
 
 #include <sys/mman.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,7 +14,6 @@
 
 #include "pair/device.h"
 #include "pair/wire.h"
-#include "text/signals.h"
 
 namespace lab {
 namespace {
@@ -52,25 +50,9 @@ LastLines *shared_lines() {
   return static_cast<LastLines *>(memory);
 }
 
-// The life of a switch process. It ends when the lab closes its line, or dies itself.
-[[noreturn]] void live(int control, int peer, bool speaks_first, LastLines &last_lines) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  leave_signals_to_the_lab();
-  try {
-    serve(control, peer, speaks_first, last_lines);
-  } catch (const std::exception &) {
-    _exit(1);  // the lab tells that the switch is gone
-  }
-  _exit(0);
-}
-
 void end(Switch &ended) {
   if (ended.control >= 0) close(std::exchange(ended.control, -1));
-  if (ended.pid > 0) {
-    kill(ended.pid, SIGKILL);
-    waitpid(ended.pid, nullptr, 0);
-  }
-  ended.pid = -1;
+  ended.process = {};
   if (ended.last_lines != nullptr) munmap(ended.last_lines, sizeof(LastLines));
   ended.last_lines = nullptr;
 }
@@ -85,9 +67,9 @@ bool is_stopped(pid_t pid) {
          (text[end + 2] == 'T' || text[end + 2] == 't');
 }
 
-std::string how_it_ended(pid_t pid) {
-  int status = 0;
-  if (waitpid(pid, &status, 0) != pid) return "is gone";
+std::string how_it_ended(ChildProcess &process) {
+  const int status = reap(process);
+  if (status < 0) return "is gone";
   if (WIFSIGNALED(status)) {
     const int number = WTERMSIG(status);
     return "died of SIG" + std::string(sigabbrev_np(number)) + " (" + strsignal(number) + ")";
@@ -111,7 +93,7 @@ std::string switch_name(std::size_t which) {
 // While a switch says nothing: is one of the two stopped? A switch may wait for the other.
 void look_at(const Pair &pair, std::size_t which, int waited) {
   for (std::size_t i = 0; i < pair.switches.size(); ++i) {
-    if (waited >= stopped_patience && is_stopped(pair.switches[i].pid)) {
+    if (waited >= stopped_patience && is_stopped(pair.switches[i].process.pid)) {
       throw SwitchFailed(switch_name(i) + " is stopped by a signal, and does not answer");
     }
   }
@@ -143,19 +125,16 @@ Pair::Pair() {
     for (std::size_t i = 0; i < switches.size(); ++i) {
       Switch &made = switches[i];
       made.last_lines = shared_lines();
-      made.pid = fork();
-      if (made.pid < 0) {
-        throw std::system_error(errno, std::generic_category(), "no process for a switch");
-      }
-      if (made.pid == 0) {
+      // A switch ends when the lab closes its line.
+      made.process = start_child([&] {
         peer.close_end(1 - i);
         for (Sockets &control : controls) control.close_end(0);
         controls[1 - i].close_end(1);
         for (const Switch &other : switches) {
           if (other.control >= 0) close(other.control);
         }
-        live(controls[i].ends[1], peer.ends[i], i == 0, *made.last_lines);
-      }
+        serve(controls[i].ends[1], peer.ends[i], i == 0, *made.last_lines);
+      });
       made.control = std::exchange(controls[i].ends[0], -1);
     }
   } catch (const std::system_error &problem) {
@@ -194,9 +173,8 @@ Replies ask(Pair &pair, const Requests &requests) {
       throw SwitchFailed(switch_name(i) + ": " + garbled.what());
     }
     if (!replies[i]) {
-      tell(died,
-           switch_name(i) + " " + how_it_ended(answering.pid) + last_words(*answering.last_lines));
-      answering.pid = -1;
+      tell(died, switch_name(i) + " " + how_it_ended(answering.process) +
+                     last_words(*answering.last_lines));
     } else if (!replies[i]->problem.empty()) {
       tell(failed, switch_name(i) + ": " + replies[i]->problem);
     }

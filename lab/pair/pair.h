@@ -10,6 +10,7 @@
 
 #include "pair/protocol.h"
 #include "switch/names.h"
+#include "text/child.h"
 
 namespace lab {
 
@@ -21,7 +22,7 @@ struct SwitchFailed : std::runtime_error {
 };
 
 struct Switch {
-  pid_t pid = -1;
+  ChildProcess process;
   int control = -1;
   LastLines *last_lines = nullptr;
 };

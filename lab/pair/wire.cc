@@ -1,6 +1,5 @@
 #include "pair/wire.h"
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -16,6 +15,7 @@
 #include <sstream>
 
 #include "text/signals.h"
+#include "text/wait.h"
 
 namespace lab {
 
@@ -70,17 +70,17 @@ namespace {
 // No frame of the lab comes near; a longer one is garbage.
 constexpr uint32_t longest_frame = 256U << 20;
 
-// How long a wait lasts before it is looked whether the lab shall stop.
+// How often `waiting` is called.
 constexpr int wait_slice = 500;
 
-// Wait until a socket is ready; throws when the lab is to stop.
+// Wait until a socket is ready. Throws Interrupted.
 void await(int socket, short event, const Waiting &waiting) {
-  for (int waited = 0; !interrupted(); waited += wait_slice) {
+  for (int waited = 0;; waited += wait_slice) {
     if (waiting && waited > 0) waiting(waited);
-    pollfd ready{socket, event, 0};
-    if (poll(&ready, 1, wait_slice) > 0) return;
+    std::vector<pollfd> sockets = {{socket, event, 0}};
+    wait(sockets, Clock::now() + std::chrono::milliseconds(wait_slice));
+    if (sockets[0].revents != 0) return;
   }
-  throw Interrupted{};
 }
 
 // Move a number of bytes with `transfer`; false: the other end is gone.
@@ -101,13 +101,13 @@ bool move_all(int socket, short event, const Waiting &waiting, std::size_t size,
   return true;
 }
 
-bool read_all(int socket, const Waiting &waiting, void *data, std::size_t size) {
+bool receive_all(int socket, const Waiting &waiting, void *data, std::size_t size) {
   return move_all(socket, POLLIN, waiting, size, [=](std::size_t at, std::size_t left) {
     return ::recv(socket, static_cast<uint8_t *>(data) + at, left, MSG_DONTWAIT);
   });
 }
 
-bool write_all(int socket, const Waiting &waiting, const void *data, std::size_t size) {
+bool send_all(int socket, const Waiting &waiting, const void *data, std::size_t size) {
   return move_all(socket, POLLOUT, waiting, size, [=](std::size_t at, std::size_t left) {
     return ::send(socket, static_cast<const uint8_t *>(data) + at, left,
                   MSG_NOSIGNAL | MSG_DONTWAIT);
@@ -142,16 +142,16 @@ Record decoded(const Bytes &frame) {
 
 bool write_frame(int socket, const Bytes &frame, const Waiting &waiting) {
   const auto size = static_cast<uint32_t>(frame.size());
-  return write_all(socket, waiting, &size, sizeof size) &&
-         write_all(socket, waiting, frame.data(), frame.size());
+  return send_all(socket, waiting, &size, sizeof size) &&
+         send_all(socket, waiting, frame.data(), frame.size());
 }
 
 std::optional<Bytes> read_frame(int socket, const Waiting &waiting) {
   uint32_t size = 0;
-  if (!read_all(socket, waiting, &size, sizeof size)) return std::nullopt;
+  if (!receive_all(socket, waiting, &size, sizeof size)) return std::nullopt;
   if (size > longest_frame) throw Garbled("a frame too long");
   Bytes frame(size);
-  if (!read_all(socket, waiting, frame.data(), frame.size())) return std::nullopt;
+  if (!receive_all(socket, waiting, frame.data(), frame.size())) return std::nullopt;
   return frame;
 }
 

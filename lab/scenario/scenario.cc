@@ -2,6 +2,7 @@
 
 #include "scenario/steps.h"
 #include "switch/state_reader.h"
+#include "text/file.h"
 
 namespace lab {
 namespace {
@@ -55,7 +56,7 @@ void read_root(StepReader &reader, const YAML::Node &root, Scenario &scenario) {
 
 ReadScenario read_scenario(const std::string &path) {
   ReadScenario read;
-  const std::string text = file_text(path, read.errors);
+  const std::string text = read_file(path, read.errors);
   if (read.errors.empty()) return read_scenario_text(path, text);
   read.scenario.path = printable(path);
   return read;

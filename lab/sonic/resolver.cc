@@ -1,16 +1,10 @@
 #include "sonic/resolver.h"
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <netdb.h>
-#include <poll.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <csignal>
-#include <cstring>
+#include <string_view>
+#include <system_error>
 
 #include "text/text.h"
 
@@ -20,8 +14,7 @@ namespace {
 // What the process says: a line for each address, or this and what is wrong.
 constexpr char problem_mark = '!';
 
-[[noreturn]] void find_addresses(const std::string &host, int out) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
+std::string find_addresses(const std::string &host) {
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;
   addrinfo *found = nullptr;
@@ -34,19 +27,10 @@ constexpr char problem_mark = '!';
       text += address + std::string("\n");
     }
   }
-  const ssize_t written = write(out, text.data(), text.size());
-  _exit(written == static_cast<ssize_t>(text.size()) ? 0 : 1);
+  return text;
 }
 
 }  // namespace
-
-Resolver::~Resolver() {
-  if (pid > 0) {
-    kill(pid, SIGKILL);
-    waitpid(pid, nullptr, 0);
-  }
-  if (pipe >= 0) close(pipe);
-}
 
 bool is_address(const std::string &host) {
   in6_addr address;
@@ -56,36 +40,25 @@ bool is_address(const std::string &host) {
 
 std::unique_ptr<Resolver> start_resolver(const std::string &host) {
   auto resolver = std::make_unique<Resolver>();
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) == 0) {
-    resolver->pipe = ends[0];
-    resolver->pid = fork();
-    if (resolver->pid == 0) find_addresses(host, ends[1]);
-    close(ends[1]);
+  try {
+    resolver->process = start_writer([&host] { return find_addresses(host); });
+  } catch (const std::system_error &problem) {
+    resolver->process.text = problem_mark + std::string(problem.what());
   }
-  if (resolver->pid < 0) resolver->said = problem_mark + std::string(std::strerror(errno));
   return resolver;
 }
 
 std::optional<Resolved> hear(Resolver &resolver) {
-  pollfd ready{resolver.pipe, POLLIN, 0};
-  while (resolver.pipe >= 0) {
-    if (poll(&ready, 1, 0) <= 0) return std::nullopt;
-    char text[1024];
-    const ssize_t got = read(resolver.pipe, text, sizeof text);
-    if (got <= 0) break;
-    resolver.said.append(text, static_cast<std::size_t>(got));
-  }
+  if (!read_output(resolver.process)) return std::nullopt;
   Resolved resolved;
-  const std::string &said = resolver.said;
+  std::string_view said = resolver.process.text;
   if (said.starts_with(problem_mark)) {
     resolved.problem = "the host is not known: " + printable(said.substr(1));
     return resolved;
   }
-  for (std::size_t at = 0; at < said.size();) {
-    const std::size_t end = std::min(said.find('\n', at), said.size());
-    resolved.addresses.push_back(said.substr(at, end - at));
-    at = end + 1;
+  if (said.ends_with('\n')) said.remove_suffix(1);
+  for (const std::string_view line : split(said, '\n')) {
+    if (!line.empty()) resolved.addresses.emplace_back(line);
   }
   if (resolved.addresses.empty()) resolved.problem = "the host has no address";
   return resolved;

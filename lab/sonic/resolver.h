@@ -1,25 +1,17 @@
 // The addresses of a host, found without waiting: by a process of its own, for that may take long.
 #pragma once
 
-#include <sys/types.h>
-
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "text/child.h"
+
 namespace lab {
 
-// Ends its process with this record.
 struct Resolver {
-  pid_t pid = -1;
-  int pipe = -1;  // can be read when there is something to hear
-  std::string said;
-
-  Resolver() = default;
-  Resolver(const Resolver &) = delete;
-  Resolver &operator=(const Resolver &) = delete;
-  ~Resolver();
+  ChildProcess process;
 };
 
 struct Resolved {

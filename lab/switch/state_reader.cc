@@ -56,7 +56,7 @@ std::vector<std::string> and_keys(std::vector<std::string> keys,
 // --- reading ---
 
 ChannelRef read_channel(Reader &reader, const YAML::Node &node) {
-  const std::string given = reader.name(node, "a channel: its number or its name");
+  const std::string given = reader.verbatim(node, "a channel: its number or its name");
   const auto number = parse_number(given);
   if (number) return {*number != 0 ? "channel " + std::to_string(*number) : "", *number};
   if (given.empty() || printable(given) != given) {

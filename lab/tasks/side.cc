@@ -3,7 +3,7 @@
 #include "sonic/database.h"
 #include "sonic/source.h"
 #include "switch/state_reader.h"
-#include "text/yaml.h"
+#include "text/file.h"
 
 namespace lab {
 namespace {
@@ -15,7 +15,7 @@ bool looks_like_a_dump(std::string_view text) {
 }
 
 void read_file(const std::string &path, Format format, ReadSide &read) {
-  const std::string bytes = file_text(path, read.errors);
+  const std::string bytes = read_file(path, read.errors);
   if (!read.errors.empty()) return;
   ReadText text = read_text(bytes, format);
   read.errors = std::move(text.errors);

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <stdexcept>
 #include <system_error>
@@ -13,6 +14,7 @@
 #include "output/metrics.h"
 #include "sonic/database.h"
 #include "tasks/events.h"
+#include "text/file.h"
 #include "text/signals.h"
 #include "text/wait.h"
 
@@ -212,20 +214,9 @@ int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
 }
 
 bool write_out(std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EPIPE || interrupted()) {
-      return false;
-    } else if (errno == EAGAIN) {
-      std::vector<pollfd> output = {{STDOUT_FILENO, POLLOUT, 0}};
-      lab::wait(output, TimePoint::max());
-    } else if (errno != EINTR) {
-      throw std::system_error(errno, std::generic_category(), "the output cannot be written");
-    }
-  }
-  return true;
+  if (write_all(STDOUT_FILENO, text).empty()) return true;
+  if (errno == EPIPE) return false;
+  throw std::system_error(errno, std::generic_category(), "the output cannot be written");
 }
 
 }  // namespace lab

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <tuple>
 
+#include "text/file.h"
+
 namespace lab {
 namespace {
 
@@ -42,13 +44,7 @@ std::string read_bytes(const std::string &path, std::string &bytes, struct stat 
   const OpenFile file(path);
   if (file.descriptor < 0 || fstat(file.descriptor, &read_as) != 0) return std::strerror(errno);
   if (!S_ISREG(read_as.st_mode)) return "this is no regular file";
-  char piece[65536];
-  while (true) {
-    const ssize_t got = read(file.descriptor, piece, sizeof piece);
-    if (got < 0) return std::strerror(errno);
-    if (got == 0) return "";
-    bytes.append(piece, static_cast<std::size_t>(got));
-  }
+  return read_all(file.descriptor, bytes);
 }
 
 void take(WatchedFile &file, ReadText read, TimePoint now) {

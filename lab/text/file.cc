@@ -1,52 +1,219 @@
 #include "text/file.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <optional>
+#include <utility>
+
+#include "text/signals.h"
+#include "text/text.h"
+#include "text/wait.h"
 
 namespace lab {
 namespace {
 
-bool write_all(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(file, text.data(), text.size());
-    if (written < 0 && errno != EINTR) return false;
-    text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+namespace fs = std::filesystem;
+
+constexpr std::size_t largest_file = most_mebibytes << 20;
+constexpr std::size_t piece = 65536;
+// A pipe that is ready takes this much without blocking.
+constexpr std::size_t pipe_piece = 4096;
+// As many links as the kernel follows.
+constexpr int most_links = 40;
+
+struct Descriptor {
+  int number;
+
+  explicit Descriptor(int opened) : number(opened) {}
+  Descriptor(const Descriptor &) = delete;
+  Descriptor &operator=(const Descriptor &) = delete;
+  ~Descriptor() {
+    if (number >= 0) ::close(number);
   }
+
+  bool close() { return ::close(std::exchange(number, -1)) == 0; }
+};
+
+// A file that nobody knows yet; it goes with this record unless it has got its name.
+struct UnfinishedFile {
+  std::string path;
+  Descriptor file{-1};
+
+  ~UnfinishedFile() {
+    if (!path.empty()) unlink(path.c_str());
+  }
+};
+
+// A call that a signal ended without asking the lab to stop is made again.
+bool is_to_be_tried_again() {
+  if (errno != EINTR) return false;
+  if (interrupted()) throw Interrupted{};
   return true;
 }
 
-bool write_and_close(int file, std::string_view text) {
-  if (file < 0) return false;
-  const bool written = write_all(file, text);
-  const int problem = errno;
-  const bool closed = close(file) == 0;
-  if (!written) errno = problem;
-  return written && closed;
+int open_file(const std::string &path, int flags) {
+  int file = -1;
+  do {
+    file = open(path.c_str(), flags | O_CLOEXEC);
+  } while (file < 0 && is_to_be_tried_again());
+  return file;
+}
+
+bool is_regular(int file) {
+  struct stat status {};
+  return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool is_device(const std::string &path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode));
+}
+
+// The open file that a path names: /dev/stdout, /dev/fd/3. Opening the path would begin anew at the
+// start of the file, and is not possible for a socket.
+std::optional<int> named_descriptor(std::string_view path) {
+  if (path == "/dev/stdout") return STDOUT_FILENO;
+  if (path == "/dev/stderr") return STDERR_FILENO;
+  for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
+    if (!path.starts_with(folder)) continue;
+    if (const auto number = parse_number(path.substr(folder.size()))) return int(*number);
+  }
+  return std::nullopt;
+}
+
+// The file that a path leads to, which need not exist.
+fs::path without_links(fs::path path) {
+  std::error_code error;
+  for (int i = 0; i < most_links && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
+    const fs::path target = fs::read_symlink(path, error);
+    if (error) break;
+    path = path.parent_path() / target;
+  }
+  return path;
+}
+
+std::string write_to(int file, std::string_view text) {
+  if (file < 0) return std::strerror(errno);
+  std::fflush(stdout);  // what was printed before comes before
+  return write_all(file, text);
+}
+
+std::string read_path(const std::string &path, std::string &text) {
+  if (path == "-") return read_all(STDIN_FILENO, text);
+  if (is_device(path)) return "it is a device";
+  const Descriptor file(open_file(path, O_RDONLY));
+  return file.number >= 0 ? read_all(file.number, text) : std::strerror(errno);
+}
+
+// Make a file beside another one, with its mode.
+std::string create_beside(const fs::path &path, UnfinishedFile &unfinished) {
+  struct stat before {};
+  const bool exists = stat(path.c_str(), &before) == 0;
+  do {
+    uint64_t number = 0;
+    if (getrandom(&number, sizeof number, 0) != sizeof number) return std::strerror(errno);
+    char name[40];
+    std::snprintf(name, sizeof name, ".mcec-lab-%016llx", static_cast<unsigned long long>(number));
+    unfinished.path = (path.parent_path() / name).string();
+    unfinished.file.number =
+        open(unfinished.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+             exists ? 0600 : 0666);
+  } while (unfinished.file.number < 0 && errno == EEXIST);
+  const bool is_made = unfinished.file.number >= 0 &&
+                       (!exists || fchmod(unfinished.file.number, before.st_mode & 0777) == 0);
+  return is_made ? "" : std::strerror(errno);
 }
 
 }  // namespace
 
-std::string write_whole(const std::string &path, std::string_view text) {
-  std::error_code error;
-  const auto there = std::filesystem::status(path, error);
-  if (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there)) {
-    const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    return write_and_close(file, text) ? "" : std::strerror(errno);
+std::string read_all(int file, std::string &text) {
+  char buffer[piece];
+  const bool waits = !is_regular(file);
+  while (true) {
+    if (waits) wait_for(file, POLLIN);
+    const ssize_t got = read(file, buffer, sizeof buffer);
+    if (interrupted()) throw Interrupted{};
+    if (got == 0) return "";
+    if (got < 0) {
+      if (is_to_be_tried_again() || errno == EAGAIN) continue;
+      return std::strerror(errno);
+    }
+    text.append(buffer, static_cast<std::size_t>(got));
+    if (text.size() > largest_file) {
+      return "it is larger than " + std::to_string(most_mebibytes) + " MiB";
+    }
   }
-  const std::filesystem::path target = std::filesystem::weakly_canonical(path, error);
-  const std::string place = error ? path : target.string();
-  const std::string unfinished = place + "." + std::to_string(getpid());
-  const int file =
-      open(unfinished.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
-  if (write_and_close(file, text) && rename(unfinished.c_str(), place.c_str()) == 0) return "";
-  const std::string problem = std::strerror(errno);
-  if (file >= 0) unlink(unfinished.c_str());
-  return problem;
+}
+
+std::string write_all(int file, std::string_view text) {
+  const bool waits = !is_regular(file);
+  while (!text.empty()) {
+    if (waits) wait_for(file, POLLOUT);
+    const std::string_view part = waits ? text.substr(0, pipe_piece) : text;
+    const ssize_t written = write(file, part.data(), part.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (!is_to_be_tried_again() && errno != EAGAIN) {
+      return std::strerror(errno);
+    }
+  }
+  return "";
+}
+
+std::string read_file(const std::string &path, InputErrors &errors) {
+  std::string text;
+  const std::string problem = read_path(path, text);
+  if (!problem.empty()) {
+    errors.push_back({0, 0, "", "cannot be read: " + problem, "a file, or - for standard input"});
+  }
+  return text;
+}
+
+std::string write_file_atomically(const std::string &path, std::string_view text) {
+  if (const auto number = named_descriptor(path)) {
+    const Descriptor file(fcntl(*number, F_DUPFD_CLOEXEC, 0));
+    return write_to(file.number, text);
+  }
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (fs::exists(status) && !fs::is_regular_file(status)) {
+    const Descriptor file(open_file(path, O_WRONLY));
+    return write_to(file.number, text);
+  }
+  const fs::path target = without_links(path);
+  UnfinishedFile unfinished;
+  std::string problem = create_beside(target, unfinished);
+  if (problem.empty()) problem = write_all(unfinished.file.number, text);
+  if (!problem.empty()) return problem;
+  if (!unfinished.file.close() || rename(unfinished.path.c_str(), target.c_str()) != 0) {
+    return std::strerror(errno);
+  }
+  unfinished.path.clear();
+  return "";
+}
+
+bool is_same_file(const std::string &a, const std::string &b) {
+  struct stat first {};
+  struct stat second {};
+  const bool has_first = stat(a.c_str(), &first) == 0;
+  const bool has_second = stat(b.c_str(), &second) == 0;
+  if (has_first != has_second) return false;
+  if (has_first) {
+    const bool is_kept = S_ISCHR(first.st_mode);  // /dev/null can be written twice
+    return first.st_dev == second.st_dev && first.st_ino == second.st_ino && !is_kept;
+  }
+  const auto full = [](const std::string &path) {
+    std::error_code error;
+    return fs::weakly_canonical(fs::absolute(without_links(path), error), error);
+  };
+  return full(a) == full(b);
 }
 
 }  // namespace lab

@@ -1,27 +1,66 @@
 #include "text/signals.h"
 
-#include <csignal>
+#include <poll.h>
+#include <unistd.h>
 
 namespace lab {
 namespace {
 
+// Of an ordered end, in seconds.
+constexpr unsigned longest_end = 1;
+constexpr int status_of_interrupted = 2;
+
 volatile std::sig_atomic_t stop_signal = 0;
 
 void note_signal(int number) {
+  // A second signal does not put off the end.
+  if (stop_signal == 0) alarm(longest_end);
   stop_signal = number;
+}
+
+// Only what a signal handler may call. Standard error can be a pipe that nobody reads, too.
+void end_now(int) {
+  constexpr char text[] = "mcec-lab: interrupted\n";
+  pollfd error = {STDERR_FILENO, POLLOUT, 0};
+  if (poll(&error, 1, 0) == 1 && (error.revents & POLLOUT) != 0) {
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, sizeof text - 1);
+  }
+  _exit(status_of_interrupted);
+}
+
+void handle(int number, void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;  // no SA_RESTART: what waits returns
+  sigaction(number, &action, nullptr);
 }
 
 }  // namespace
 
 void stop_on_signals() {
-  struct sigaction action {};
-  action.sa_handler = note_signal;  // no SA_RESTART: what waits returns
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  handle(SIGALRM, end_now);
+  handle(SIGINT, note_signal);
+  handle(SIGTERM, note_signal);
+  // nohup starts a program with SIGHUP ignored.
+  struct sigaction hang_up {};
+  if (sigaction(SIGHUP, nullptr, &hang_up) == 0 && hang_up.sa_handler != SIG_IGN) {
+    handle(SIGHUP, note_signal);
+  }
+}
+
+sigset_t stop_signals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGHUP);
+  return signals;
 }
 
 void leave_signals_to_the_lab() {
+  alarm(0);
+  std::signal(SIGALRM, SIG_DFL);
   std::signal(SIGINT, SIG_IGN);
+  std::signal(SIGHUP, SIG_IGN);
   std::signal(SIGTERM, SIG_DFL);
   stop_signal = 0;
 }

@@ -1,14 +1,21 @@
 // Signals that ask the lab to stop.
 #pragma once
 
+#include <csignal>
+
 namespace lab {
 
 // Thrown where the lab waits, when a signal asks it to stop.
 struct Interrupted {};
 
-// Let SIGINT and SIGTERM end the lab in order; what waits throws Interrupted.
+// Let SIGINT, SIGTERM and SIGHUP end the lab in order: what waits throws Interrupted. What cannot be
+// interrupted, as a parser, or a write to a pipe that nobody reads, has a second, then the process
+// ends.
 void stop_on_signals();
 bool interrupted();
+
+// Of SIGINT, SIGTERM and SIGHUP, those that ask the lab to stop.
+sigset_t stop_signals();
 
 // For the processes that the lab starts: they are stopped by the lab alone, also when a signal came
 // while they were being made.

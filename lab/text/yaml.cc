@@ -1,8 +1,5 @@
 #include "text/yaml.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <yaml-cpp/eventhandler.h>
 
 #include <algorithm>
@@ -78,12 +75,14 @@ std::array<DocumentPlace, 2> documents_of(const std::string &text) {
   return places;
 }
 
-// What a person can do about YAML that cannot be read.
+// What a person can do about YAML that cannot be read. Behind a colon the parser quotes the file,
+// which may be none of ours.
 InputError no_yaml(const std::string &text, const YAML::Exception &problem,
                    const std::string &what) {
   const YAML::Mark &mark = problem.mark;
   InputError error{std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "",
-                   "no YAML here: " + printable(problem.msg), what + " in YAML"};
+                   "no YAML here: " + problem.msg.substr(0, problem.msg.find(':')),
+                   what + " in YAML"};
   std::istringstream lines(text);
   std::string line;
   for (int number = 1; std::getline(lines, line) && number <= error.line; ++number) {
@@ -168,7 +167,7 @@ std::string Reader::name(const YAML::Node &node, const std::string &what) {
   const std::string text = verbatim(node, what);
   if (!has_controls(text)) return text;
   expected(node, what + " without control characters");
-  return "";
+  return printable(text);
 }
 
 std::string Reader::verbatim(const YAML::Node &node, const std::string &what) {
@@ -244,7 +243,14 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
     if (first.mark.is_null()) {
       reader.errors.push_back({1, 1, "", "the file is empty", what + " in YAML"});
     } else {
-      read(YAML::Load(text));
+      const YAML::Node root = YAML::Load(text);
+      if (root.IsMap()) {
+        read(root);
+      } else {
+        // Not a file of ours: what it contains may be a secret.
+        reader.add_error(root, root.IsSequence() ? "found a list" : "found no mapping",
+                         what + ", a mapping");
+      }
     }
     if (!second.mark.is_null()) {
       reader.errors.push_back({second.mark.line + 1, second.mark.column + 1, "",
@@ -253,22 +259,6 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
   } catch (const YAML::Exception &problem) {
     reader.errors.push_back(no_yaml(text, problem, what));
   }
-}
-
-std::string file_text(const std::string &path, InputErrors &errors) {
-  const int file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  std::string text;
-  ssize_t got = file;
-  char buffer[65536];
-  while (got >= 0 && (got = read(file, buffer, sizeof buffer)) > 0) {
-    text.append(buffer, static_cast<std::size_t>(got));
-  }
-  if (got < 0) {
-    const std::string why = std::strerror(errno);
-    errors.push_back({0, 0, "", "cannot be read: " + why, "a file, or - for standard input"});
-  }
-  if (file > STDIN_FILENO) close(file);
-  return text;
 }
 
 // In quotation marks, since YAML takes some texts for numbers, truth or nothing. What no terminal

@@ -85,13 +85,10 @@ std::string yaml_text(std::string_view text);
 
 // --- files ---
 
-// The one document of a YAML text, read with `read`; whatever keeps it from being read becomes a
-// error. `what` names what should be there: "a scenario".
+// The one document of a YAML text, a mapping, read with `read`; whatever keeps it from being read
+// becomes an error. `what` names what should be there: "a scenario".
 void read_yaml(const std::string &text, const std::string &what, Reader &reader,
                const std::function<void(const YAML::Node &)> &read);
-
-// The text of a file, of standard input when the path is "-"; an error says why it cannot be read.
-std::string file_text(const std::string &path, InputErrors &errors);
 
 // In the order of their places, each once.
 void sort_errors(InputErrors &errors);

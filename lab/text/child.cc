@@ -1,0 +1,119 @@
+#include "text/child.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <exception>
+#include <system_error>
+#include <utility>
+
+#include "text/file.h"
+#include "text/signals.h"
+
+namespace lab {
+namespace {
+
+void close_output(ChildProcess &child) {
+  if (child.output >= 0) close(std::exchange(child.output, -1));
+}
+
+void end(ChildProcess &child) {
+  close_output(child);
+  if (child.pid <= 0) return;
+  kill(child.pid, SIGKILL);
+  reap(child);
+}
+
+}  // namespace
+
+ChildProcess::ChildProcess(ChildProcess &&other) noexcept
+    : pid(std::exchange(other.pid, -1)),
+      output(std::exchange(other.output, -1)),
+      text(std::move(other.text)) {}
+
+ChildProcess &ChildProcess::operator=(ChildProcess &&other) noexcept {
+  if (this == &other) return *this;
+  end(*this);
+  pid = std::exchange(other.pid, -1);
+  output = std::exchange(other.output, -1);
+  text = std::move(other.text);
+  return *this;
+}
+
+ChildProcess::~ChildProcess() {
+  end(*this);
+}
+
+ChildProcess start_child(const std::function<void()> &life) {
+  ChildProcess child;
+  const pid_t lab = getpid();
+  child.pid = fork();
+  if (child.pid < 0) {
+    throw std::system_error(errno, std::generic_category(), "no process can be made");
+  }
+  if (child.pid > 0) return child;
+  // What is behind this on the stack is the lab's: nothing leaves but by the end of the process.
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  leave_signals_to_the_lab();
+  if (getppid() != lab) _exit(1);
+  try {
+    life();
+  } catch (...) {
+    _exit(1);
+  }
+  _exit(0);
+}
+
+ChildProcess start_writer(const std::function<std::string()> &work) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "no pipe can be made");
+  }
+  ChildProcess child;
+  try {
+    child = start_child([&] {
+      close(ends[0]);
+      if (!write_all(ends[1], work()).empty()) _exit(1);
+    });
+  } catch (...) {
+    for (const int file : ends) close(file);
+    throw;
+  }
+  close(ends[1]);
+  child.output = ends[0];
+  return child;
+}
+
+bool read_output(ChildProcess &child) {
+  char buffer[65536];
+  pollfd ready = {child.output, POLLIN, 0};
+  while (child.output >= 0) {
+    if (poll(&ready, 1, 0) <= 0) return false;
+    const ssize_t got = read(child.output, buffer, sizeof buffer);
+    if (got < 0 && errno == EINTR) return false;
+    if (got > 0) {
+      child.text.append(buffer, static_cast<std::size_t>(got));
+    } else {
+      close_output(child);
+      reap(child);
+    }
+  }
+  return true;
+}
+
+int reap(ChildProcess &child) {
+  int status = -1;
+  pid_t reaped = -1;
+  do {
+    reaped = waitpid(child.pid, &status, 0);
+  } while (reaped < 0 && errno == EINTR);
+  child.pid = -1;
+  return reaped > 0 ? status : -1;
+}
+
+}  // namespace lab
