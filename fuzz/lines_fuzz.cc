@@ -2,8 +2,7 @@
 // sources say is read.
 
 #include "cli/arguments.h"
-#include "sonic/source.h"
-#include "texts.h"
+#include "sources.h"
 
 namespace {
 
@@ -22,8 +21,6 @@ void look_at_arguments(const lab::RunArguments &is) {
 void look_at_arguments(const lab::WhatIfArguments &is) {
   must(is_between(double(is.step), 1, 1e6), "what-if has a step");
 }
-
-void look_at_source(const std::string &text);
 
 void look_at_arguments(const lab::CompareArguments &is) {
   must(is_format(is.format), "a format is known");
@@ -45,19 +42,6 @@ void look_at_arguments(const lab::WatchArguments &is) {
 void look_at_arguments(const lab::ExplainArguments &) {}
 void look_at_arguments(const lab::ListArguments &) {}
 void look_at_arguments(std::monostate) {}
-
-void look_at_source(const std::string &text) {
-  const lab::ParsedSource parsed = lab::parse_source(text, 0);
-  const lab::Source &source = parsed.source;
-  look_at(parsed.errors, "");
-  must(lab::printable(source.shown) == source.shown, "a source can be shown");
-  const std::size_t login = std::min(source.shown.find("://"), source.shown.size());
-  const std::string host =
-      source.shown.substr(login, source.shown.find_first_of("/?", login + 3) - login);
-  must(source.password.empty() || host.find(':' + source.password + '@') == std::string::npos,
-       "a password is not shown");
-  must(!parsed.errors.empty() || !source.place.empty() || text.empty(), "a source has a place");
-}
 
 }  // namespace
 

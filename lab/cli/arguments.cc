@@ -177,7 +177,7 @@ void add_explain_and_list(Parser &parser) {
 
 std::string format_failure(const CLI::App *app, const CLI::Error &problem) {
   const auto commands = app->get_subcommands();
-  return "mcec-lab: " + printable(problem.what()) + "\nSee mcec-lab " +
+  return "mcec-lab: " + printable(without_passwords(problem.what())) + "\nSee mcec-lab " +
          (commands.empty() ? "" : commands[0]->get_name() + " ") + "--help.\n";
 }
 
