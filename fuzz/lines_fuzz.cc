@@ -2,8 +2,7 @@
 // sources say is read.
 
 #include "cli/arguments.h"
-#include "sonic/source.h"
-#include "texts.h"
+#include "sources.h"
 
 namespace {
 
@@ -19,19 +18,6 @@ void look_at_arguments(lab::Action action, const Arguments &is) {
   must(is_between(is.interval, 0.05, 86400), "an interval is one that can be waited");
   must(is.timeout == 0 || is_between(is.timeout, 0.001, 1e9), "a time can be waited for");
   must(is.format.empty() || is.format == "dump" || is.format == "state", "a format is known");
-}
-
-void look_at_source(const std::string &text) {
-  const lab::ParsedSource parsed = lab::parse_source(text, 0);
-  const lab::Source &source = parsed.source;
-  look_at(parsed.errors, "");
-  must(lab::printable(source.shown) == source.shown, "a source can be shown");
-  const std::size_t login = std::min(source.shown.find("://"), source.shown.size());
-  const std::string host =
-      source.shown.substr(login, source.shown.find_first_of("/?", login + 3) - login);
-  must(source.password.empty() || host.find(':' + source.password + '@') == std::string::npos,
-       "a password is not shown");
-  must(!parsed.errors.empty() || !source.place.empty() || text.empty(), "a source has a place");
 }
 
 }  // namespace
