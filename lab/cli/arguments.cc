@@ -134,7 +134,7 @@ void add_all(Parser &parser) {
   CLI::App &app = parser.app;
   app.require_subcommand(1);
   app.failure_message([](const CLI::App *command, const CLI::Error &problem) {
-    return "mcec-lab: " + printable(problem.what()) + "\nSee mcec-lab " +
+    return "mcec-lab: " + printable(without_passwords(problem.what())) + "\nSee mcec-lab " +
            (command->get_subcommands().empty() ? ""
                                                : command->get_subcommands()[0]->get_name() + " ") +
            "--help.\n";

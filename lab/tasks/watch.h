@@ -15,7 +15,7 @@ namespace lab {
 
 struct WatchOptions {
   Clock::duration interval = std::chrono::seconds(1);  // of looking where nothing is notified
-  ReadLimits limits;                                    // of databases
+  ReadLimits limits;                                   // of databases
   bool once_agreed = false;
   std::optional<Clock::duration> timeout;
   std::string metrics;  // a file; empty: none
