@@ -2,11 +2,11 @@
  * A platform of other parts than the stand-in, to copy from: each source brings the operations of a
  * header or two of draimiofaf/platform/, out of something that is at hand.
  *
- *   memory.c     mtrack.h                          a fixed arena, blocks by service and memory type
+ *   memory.c     mtrack.h                          blocks of malloc, by service and memory type
  *   history.c    sdwrap.h                          a ring of lines in a file
  *   tree.c       avl.h                             the search trees of the C library
  *   tlv.c        tlv.h, syserr.h                   the attributes of libmnl
- *   requests.c   mts.h, cmd_req.h                  messages in the arena
+ *   requests.c   mts.h, cmd_req.h                  messages, as TLV arrays
  *   switch.c     mcecm.h, if_index.h, im.h,        tables that the process hands over
  *                satmgr.h, sysmgr.h
  *
@@ -80,12 +80,8 @@ platform_usage_t platform_memory(uint32_t service_id, uint32_t mem_type);
 /* The name of a registered service's memory type; NULL: none. */
 const char *platform_mem_type_name(uint32_t service_id, uint32_t mem_type);
 
-/* What is known of a block that mtrack_alloc gave out; 0: it gave out no such one. */
-int platform_block(const void *block, uint32_t *mem_type, uint32_t *size);
-
-/* The bytes from an address to the end of the block of the arena that it lies in; SIZE_MAX when it
- * lies elsewhere. */
-size_t platform_bytes_from(const void *at);
+/* The memory type and the size of a live block. */
+void platform_block(const void *block, uint32_t *mem_type, uint32_t *size);
 
 /* --- event history --- */
 

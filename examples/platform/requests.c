@@ -1,15 +1,15 @@
 /*
- * Messages, each a block of the arena. The payload of a command request is a TLV array of its own: an
- * entry with the identifier and the form, then two for each attribute, its identifier and its value.
- * Words are in host byte order.
+ * Messages. The payload of a command request is a TLV array of its own: an entry with the identifier
+ * and the form, then two for each attribute, its identifier and its value. Words are in host byte
+ * order.
  */
 #include <draimiofaf/platform/cmd_req.h>
 #include <draimiofaf/platform/tlv.h>
 #include <stdarg.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
-#include "memory.h"
 #include "platform.h"
 
 enum { entry_command = 1, entry_attribute = 2, entry_value = 3 };
@@ -36,11 +36,10 @@ static uint32_t word_at(const void *at) {
 }
 
 static mts_msg_t *new_message(uint32_t opcode, uint32_t size) {
-  if (size > UINT32_MAX - sizeof(mts_msg_t)) return NULL;
-  mts_msg_t *message = memory_get(platform_service, opcode, (uint32_t)sizeof(mts_msg_t) + size);
+  mts_msg_t *message = calloc(1, sizeof *message + size);
   if (message == NULL) return NULL;
-  *message = (mts_msg_t){.opcode = opcode, .has_payload = 1};
-  memset(message->payload, 0, size);
+  message->opcode = opcode;
+  message->has_payload = 1;
   return message;
 }
 
@@ -79,7 +78,7 @@ const char *platform_answer(const mts_msg_t *msg) {
 }
 
 void platform_message_free(mts_msg_t *msg) {
-  memory_give_back(msg);
+  free(msg);
 }
 
 uint32_t mts_opc_get(const mts_msg_t *msg) {

@@ -12,9 +12,8 @@
  * The head counts into a length of 16 bits, so a value has 65528 bytes at the most: longer ones are
  * refused. The type is the whole word, without the flags that netlink keeps in it.
  *
- * The readers trust no length. What an array claims to have beyond the block of the arena that it
- * lies in is not there; of an array elsewhere the first word is believed, so whoever receives one
- * holds it against what has arrived.
+ * The readers trust no length of an entry. The first word is believed, since they do not know how
+ * much memory an array has: whoever receives one compares that word with what has arrived.
  */
 #include <draimiofaf/platform/syserr.h>
 #include <draimiofaf/platform/tlv.h>
@@ -23,8 +22,6 @@
 #include <limits.h>
 #include <stdio.h>
 #include <string.h>
-
-#include "platform.h"
 
 enum { array_head = 4, entry_head = sizeof(struct nlattr), max_value = 65528 };
 
@@ -41,13 +38,10 @@ static uint32_t footprint(uint32_t length) {
 
 /* The bytes of entries that an array has. */
 static uint32_t entry_bytes(const void *array) {
-  const size_t bytes = platform_bytes_from(array);
-  if (bytes < array_head) return 0;
-  uint32_t said;
-  memcpy(&said, array, sizeof said);
-  said = le32toh(said);
-  if (said > INT_MAX) said = INT_MAX; /* libmnl counts in int */
-  return said < bytes - array_head ? said : (uint32_t)(bytes - array_head);
+  uint32_t bytes;
+  memcpy(&bytes, array, sizeof bytes);
+  bytes = le32toh(bytes);
+  return bytes < INT_MAX ? bytes : INT_MAX; /* libmnl counts in int */
 }
 
 /* Read the entry at a position, and move it behind the entry. 0: there is none that lies within. */
