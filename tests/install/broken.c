@@ -113,7 +113,8 @@ WRAP(uint32_t, tlv_aligned_array_find_tlv, const void *array, uint16_t type, uin
   if (is_broken("tlv.address") && (uintptr_t)array % 4 != 0) return 1;
   const uint32_t result = __real_tlv_aligned_array_find_tlv(array, type, length, value, flag);
   if (is_broken("tlv.values") && *length == 516) ++*length;
-  if (is_broken("tlv.forged-entries") && result == 0) *length = 0xFFFF;
+  const int is_forged = is_broken("tlv.forged-entries") || is_broken("tlv.forged-size");
+  if (is_forged && result == 0) *length = 0xFFFF;
   return result;
 }
 
