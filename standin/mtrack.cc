@@ -49,7 +49,7 @@ void *mtrack_alloc(uint32_t service_id, uint32_t mem_type, uint32_t size) {
     return nullptr;
   }
   if (standin::fails(STANDIN_ALLOC) || size > greatest_block) return nullptr;
-  // Not zeroed: whoever wants zeros asks for them.
+  // Not zeroed: the contract leaves the content open.
   void *block = std::malloc(size > 0 ? size : 1);
   if (block == nullptr) return nullptr;
   __builtin_memset(block, 0xA5, size);

@@ -234,9 +234,9 @@ size_t standin_tlv_array_bytes(const void *array) {
   return 4 + le32toh(bytes);
 }
 
-// What this platform does not have, so that a test that asks for it says so: ON_STANDIN_ONLY.
+// What this platform does not have: a test that needs it begins with ON_STANDIN_ONLY.
 void standin_fail(standin_operation_t, uint32_t, uint32_t) {
-  ADD_FAILURE() << "no failures on order";
+  ADD_FAILURE() << "no injected failures";
 }
 
 uint32_t standin_calls(standin_operation_t) {

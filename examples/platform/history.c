@@ -7,7 +7,7 @@
  *   +------+----------+--------------------------+
  *
  * The lines are a ring: the next one goes to `next`, over the oldest ones once the ring is full.
- * Of the file of an earlier process the lines are kept: it may be why somebody looks.
+ * The lines of an earlier process are kept: they may show why it ended.
  */
 #include <draimiofaf/platform/sdwrap.h>
 #include <errno.h>

@@ -1,6 +1,6 @@
 /*
- * A platform of other parts than the stand-in, to copy from: each source brings the operations of a
- * header or two of draimiofaf/platform/, out of something that is at hand.
+ * A platform to copy from, made of other parts than the stand-in: each source implements the
+ * operations of a header or two of draimiofaf/platform/.
  *
  *   memory.c     mtrack.h                          blocks of malloc, by service and memory type
  *   history.c    sdwrap.h                          a ring of lines in a file
@@ -85,12 +85,12 @@ void platform_block(const void *block, uint32_t *mem_type, uint32_t *size);
 
 /* --- event history --- */
 
-/* Where the history is kept, from the next sdwrap_hist_init_for_uuid on; without a path it cannot be
- * initialised. */
+/* Where the history is kept, from the next sdwrap_hist_init_for_uuid on; without a path it cannot
+ * be initialised. */
 void platform_history_path(const char *path);
 
-/* Copy out the lines of the history, oldest first, each with its NUL, as far as size bytes have room
- * for whole lines; returns how many bytes they take. Clearing leaves it without lines. */
+/* Copy out the lines of the history, oldest first, each with its NUL, as many whole lines as fit
+ * into size bytes; returns the bytes that they take. Clearing leaves it without lines. */
 size_t platform_history_read(char *lines, size_t size);
 void platform_history_clear(void);
 

@@ -1,7 +1,7 @@
 /*
- * Messages. The payload of a command request is a TLV array of its own: an entry with the identifier
- * and the form, then two for each attribute, its identifier and its value. Words are in host byte
- * order.
+ * Messages. The payload of a command request is a TLV array of its own: an entry with the
+ * identifier and the form, then two for each attribute, its identifier and its value. Words are in
+ * host byte order.
  */
 #include <draimiofaf/platform/cmd_req.h>
 #include <draimiofaf/platform/tlv.h>

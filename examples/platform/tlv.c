@@ -13,7 +13,7 @@
  * refused. The type is the whole word, without the flags that netlink keeps in it.
  *
  * The readers trust no length of an entry. The first word is believed, since they do not know how
- * much memory an array has: whoever receives one compares that word with what has arrived.
+ * much memory an array has: whoever receives one compares that word with the bytes received.
  */
 #include <draimiofaf/platform/syserr.h>
 #include <draimiofaf/platform/tlv.h>
@@ -44,7 +44,7 @@ static uint32_t entry_bytes(const void *array) {
   return bytes < INT_MAX ? bytes : INT_MAX; /* libmnl counts in int */
 }
 
-/* Read the entry at a position, and move it behind the entry. 0: there is none that lies within. */
+/* Read the entry at a position, and move the position behind it. 0: no entry within the array. */
 static int read_entry(const void *array, uint32_t *position, uint16_t *type, uint16_t *length,
                       void **value) {
   const uint32_t bytes = entry_bytes(array);
@@ -71,8 +71,8 @@ uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t ty
   if (length > max_value) return tlv_too_long;
   if (array_size < array_head) return tlv_no_room;
   const uint32_t bytes = entry_bytes(array);
-  const uint32_t room = array_size - array_head;
-  if (bytes > room || room - bytes < footprint(length)) return tlv_no_room;
+  const uint32_t capacity = array_size - array_head;
+  if (bytes > capacity || capacity - bytes < footprint(length)) return tlv_no_room;
   const struct nlattr attribute = {htole16((uint16_t)(entry_head + length)), htole16(type)};
   uint8_t *at = (uint8_t *)array + array_head + bytes;
   memset(at, 0, footprint(length));

@@ -22,7 +22,7 @@ static uint32_t size_of_all(void) {
   return size;
 }
 
-/* Add an entry whose value is a pattern, and lies at an odd address. */
+/* Add an entry whose value is a pattern at an odd address. */
 static uint32_t add(void *array, uint32_t size, uint16_t type, uint16_t length) {
   uint8_t *value = malloc((size_t)length + 2);
   REQUIRE(value != NULL, "the check itself: no memory");
@@ -120,7 +120,7 @@ static void verify_no_room(void) {
   REQUIRE(add(array, size, no_such_type, 4) != 0, "an entry behind the buffer is taken");
   REQUIRE(memcmp(copy, array, size) == 0, "the array is not as it was");
   REQUIRE(add(guarded_buffer(header), header, no_such_type, 1) != 0,
-          "an entry in a buffer without room is taken");
+          "an entry is taken in a buffer that is full");
   free(copy);
 }
 
@@ -167,7 +167,7 @@ static void verify_result_codes(void) {
   }
 }
 
-/* What the readers hand out of an array of any content lies within it. */
+/* Whatever bytes an array has, the values that its readers return are within it. */
 static void expect_within(const uint8_t *array, uint32_t size, uint32_t position) {
   uint16_t type = 0;
   uint16_t length = 0;
@@ -225,7 +225,7 @@ const contract_t array_contracts[] = {
     {"tlv.empty", "a buffer of zeros is an empty array", verify_empty},
     {"tlv.address", "an array may start anywhere, and its copy is the same array",
      verify_addresses},
-    {"tlv.no-room", "an entry without room is refused, and the array stays as it was",
+    {"tlv.no-room", "an entry that does not fit is refused, and the array stays as it was",
      verify_no_room},
     {"tlv.long", "values of 8192 bytes are taken, longer ones taken whole or refused",
      verify_long_values},

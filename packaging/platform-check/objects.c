@@ -1,6 +1,6 @@
 /*
  * Which object brings each name. The names are short, and another library of a process may have one
- * of them, too: the loader takes the first that it finds, and says nothing.
+ * of them, too: the loader takes the first that it finds, without a message.
  *
  * This file is position-independent: an address is then the one that the loader found.
  */
@@ -74,7 +74,7 @@ enum { name_count = sizeof names / sizeof names[0] };
 
 _Static_assert(sizeof names / sizeof names[0] == 40, "the names of a platform");
 
-/* The file name of the object that an address lies in. */
+/* The file name of the object that has an address. */
 static const char *object_of(uintptr_t address) {
   Dl_info found, program;
   if (dladdr((const void *)address, &found) == 0) return "unknown";

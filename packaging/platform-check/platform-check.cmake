@@ -1,5 +1,5 @@
 # draimiofaf_add_platform_check(NAME SOURCES FIXTURES.c ... LIBRARIES PLATFORM-LIBRARY ...)
-# A program that checks a platform: platform_check.h says what the fixtures are.
+# A program that checks a platform: platform_check.h describes the fixtures.
 function(draimiofaf_add_platform_check name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
   set(sources main.c arrays.c memory.c objects.c requests.c switch.c trees.c)

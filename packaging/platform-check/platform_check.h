@@ -1,10 +1,10 @@
 /*
  * What the integrator of a platform brings for its check: fixtures and two tables, in one C file.
  *
- * The check calls each operation of <draimiofaf/platform/> as the library does, and writes a line of
- * TAP (Test Anything Protocol) for each contract. Each contract runs in a child process of its own,
- * with the service of the library registered and the switch set up: what one leaves behind does not
- * reach the next, and a crash or a hang fails that contract alone.
+ * The check calls each operation of <draimiofaf/platform/> as the library does, and writes a line
+ * of TAP (Test Anything Protocol) for each contract. Each contract runs in a child process of its
+ * own, with the service of the library registered and the switch set up: what one leaves behind
+ * does not reach the next, and a crash or a hang fails that contract alone.
  */
 #ifndef DRAIMIOFAF_PLATFORM_CHECK_H
 #define DRAIMIOFAF_PLATFORM_CHECK_H
@@ -29,7 +29,7 @@ typedef struct platform_check_skip {
 /* Ends with an empty row. */
 extern const platform_check_skip_t platform_check_skips[];
 
-/* What PLATFORM_CHECK_PROGRAM stands for is the program itself, into which a platform may be linked. */
+/* The program itself, into which a platform may be linked. */
 #define PLATFORM_CHECK_PROGRAM "program"
 
 /* Which shared object brings which names: two patterns of fnmatch(3), the second for the object's
@@ -65,8 +65,8 @@ typedef struct platform_check_switch {
   uint32_t partition; /* sysmgr_slc_get */
 } platform_check_switch_t;
 
-/* Set up a switch. Returns `wanted`, or what the switch is instead on a platform that cannot be set up:
- * a contract that needs something which is missing there fails unless it is skipped. */
+/* Set up a switch. Returns `wanted`, or what the switch is instead on a platform that cannot be
+ * set up: a contract that needs something which is missing there fails unless it is skipped. */
 const platform_check_switch_t *platform_check_set_up(const platform_check_switch_t *wanted);
 
 /* A message with a copy of the payload; payload NULL: one without. */

@@ -1,6 +1,7 @@
 /*
- * A process that knows the installed tree only, in C11 and in C++20: every header, and a round through a
- * parameter. With LIBRARY defined it opens the library with dlopen, and is not linked with it.
+ * A process that knows the installed tree only, in C11 and in C++20: every header, and a round
+ * through a parameter. With LIBRARY defined it opens the library with dlopen, and is not linked
+ * with it.
  */
 #include <dlfcn.h>
 #include <draimiofaf/cache.h>
