@@ -27,7 +27,7 @@ static const struct {
   uintptr_t address;
 } names[] = {
 #define ROW(name) \
-  { #name, (uintptr_t)&name }
+  { #name, (uintptr_t) & (name) }
     ROW(mtrack_init),
     ROW(mtrack_uninit),
     ROW(mtrack_alloc),
