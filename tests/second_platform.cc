@@ -1,7 +1,6 @@
 // The controls of standin.h, as far as the platform in examples/ has them: tests that ask for no
 // others run on it too.
 
-#include <endian.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -229,9 +228,7 @@ const char *standin_mem_type_name(uint32_t service_id, uint32_t mem_type) {
 }
 
 size_t standin_tlv_array_bytes(const void *array) {
-  uint32_t bytes;
-  std::memcpy(&bytes, array, sizeof bytes);
-  return 4 + le32toh(bytes);
+  return platform_array_bytes(array, SIZE_MAX);
 }
 
 // What this platform does not have: a test that needs it begins with ON_STANDIN_ONLY.

@@ -67,6 +67,12 @@ const char *platform_answer(const mts_msg_t *msg);
 
 void platform_message_free(mts_msg_t *msg);
 
+/* --- arrays --- */
+
+/* The bytes that an array claims to have, its head included; size: those that are there. 0: fewer
+ * are there than it claims. Ask this of an array that was received, before anything reads it. */
+size_t platform_array_bytes(const void *array, size_t size);
+
 /* --- memory --- */
 
 /* The live blocks of a service and a memory type, and their bytes. */

@@ -18,6 +18,7 @@ enum { array_head = 4, max_value = 0xFFF8 };
 struct mts_msg {
   uint32_t opcode;
   uint32_t has_payload;
+  uint32_t size; /* of the payload */
   uint32_t is_answered;
   char answer[256];
   unsigned char payload[];
@@ -40,6 +41,7 @@ static mts_msg_t *new_message(uint32_t opcode, uint32_t size) {
   if (message == NULL) return NULL;
   message->opcode = opcode;
   message->has_payload = 1;
+  message->size = size;
   return message;
 }
 
@@ -104,6 +106,7 @@ cmd_req_t *cmd_req_handle_get_2(mts_msg_t *message, void *buffer) {
   uint16_t length;
   void *value;
   if (message->opcode != STP_MCEC_MTS_OPC_CMD_REQ || message->has_payload == 0 ||
+      platform_array_bytes(message->payload, message->size) == 0 ||
       tlv_aligned_array_find_tlv(message->payload, entry_command, &length, &value,
                                  TLV_ALIGNED_FLAG) != 0 ||
       length != 2 * sizeof(uint32_t)) {

@@ -13,7 +13,7 @@
  * refused. The type is the whole word, without the flags that netlink keeps in it.
  *
  * The readers trust no length of an entry. The first word is believed, since they do not know how
- * much memory an array has: whoever receives one compares that word with the bytes received.
+ * much memory an array has: whoever receives one asks platform_array_bytes first.
  */
 #include <draimiofaf/platform/syserr.h>
 #include <draimiofaf/platform/tlv.h>
@@ -22,6 +22,8 @@
 #include <limits.h>
 #include <stdio.h>
 #include <string.h>
+
+#include "platform.h"
 
 enum { array_head = 4, entry_head = sizeof(struct nlattr), max_value = 65528 };
 
@@ -42,6 +44,12 @@ static uint32_t entry_bytes(const void *array) {
   memcpy(&bytes, array, sizeof bytes);
   bytes = le32toh(bytes);
   return bytes < INT_MAX ? bytes : INT_MAX; /* libmnl counts in int */
+}
+
+size_t platform_array_bytes(const void *array, size_t size) {
+  if (size < array_head) return 0;
+  const size_t bytes = (size_t)array_head + entry_bytes(array);
+  return bytes <= size ? bytes : 0;
 }
 
 /* Read the entry at a position, and move the position behind it. 0: no entry within the array. */

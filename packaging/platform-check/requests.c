@@ -104,11 +104,14 @@ static void verify_handles(void) {
 }
 
 static void verify_no_request(void) {
-  mts_msg_t *msgs[] = {new_update(), new_message(STP_MCEC_MTS_OPC_CMD_REQ, NULL, 0)};
+  static const char *const names[] = {"an update message", "a command without payload",
+                                      "a command with a payload of one byte"};
+  mts_msg_t *msgs[] = {new_update(), new_message(STP_MCEC_MTS_OPC_CMD_REQ, NULL, 0),
+                       new_message(STP_MCEC_MTS_OPC_CMD_REQ, "x", 1)};
   for (size_t i = 0; i < sizeof msgs / sizeof msgs[0]; ++i) {
     size_t size = 0;
     REQUIRE(cmd_req_handle_get_2(msgs[i], handle_buffer(msgs[i], &size)) == NULL, "%s has a handle",
-            i == 0 ? "an update message" : "a command without payload");
+            names[i]);
   }
 }
 
