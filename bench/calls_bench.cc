@@ -1,5 +1,7 @@
 // What a command or a check costs, over the calls of the platform and the lines that it takes.
 
+#include <sys/mman.h>
+
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -7,6 +9,7 @@
 #include <regex>
 
 #include "avl.h"
+#include "cmd_req.h"
 #include "draimiofaf/cache.h"
 #include "draimiofaf/check.h"
 #include "draimiofaf/extract.h"
@@ -86,9 +89,10 @@ Bytes array_of(uint32_t count) {
   return array;
 }
 
-// Cache the first parameters of a switch in a mode.
+// Cache the first parameters of a switch in a mode, and nothing else.
 void cache(uint32_t count, uint32_t mode) {
-  stp_mcec_type1_cfg_cache_update(1, 1, 0, nullptr);
+  avl_destroy(stp_mcec_type1_cfg_avl, stp_mcec_type1_cfg_avl_free);
+  stp_mcec_type1_cfg_avl = avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
   Bytes array = array_of(count);
   stp_mcec_type1_cfg_cache_rebuild(array.data(), 0, 0);
   const type1_cfg_avl_node_t key{0, STP_MCEC_TYPE1_STP_MODE, 0, nullptr};
@@ -236,7 +240,7 @@ uint32_t command_floor(mts_msg_t *msg, uint8_t **array, uint32_t *count, uint32_
                        mcecm_app_cmd_extract_info_t **records) {
   line("%s(%d): type-1 param extractor\n", "stp_mcec_type1_cfg_param_extractor", 46);
   benchmark::DoNotOptimize(mts_opc_get(msg));
-  alignas(16) uint8_t buffer[sizeof(cmd_req_t)];
+  alignas(16) uint8_t buffer[64];
   benchmark::DoNotOptimize(cmd_req_handle_get_1(msg));
   cmd_req_t *handle = cmd_req_handle_get_2(msg, buffer);
   line("%s(%d): CLI extractor\n", "stp_mcec_param_extractor_from_cli", 80);
@@ -287,13 +291,19 @@ uint32_t twins_floor(const uint8_t *local, const uint8_t *remote, const uint8_t 
 
 // --- rows ---
 
+bool is_compared = false;  // what a work returns counts, not what it costs
+
 // What a work returns and logs, without the numbers in the heads of its lines.
 template <class Work>
 std::vector<std::string> told_by(Work work) {
-  std::vector<std::string> lines;
-  bench::kept = &lines;
+  static char texts[SDWRAP_HIST_SIZE];
+  platform_history_clear();
+  is_compared = true;
   const auto result = work();
-  bench::kept = nullptr;
+  is_compared = false;
+  std::vector<std::string> lines;
+  const char *const end = texts + platform_history_read(texts, sizeof texts);
+  for (const char *at = texts; at < end; at += lines.back().size() + 1) lines.emplace_back(at);
   static const std::regex number("^(\\w+)\\(\\d+\\)");
   for (std::string &text : lines) text = std::regex_replace(text, number, "$1");
   lines.push_back(std::to_string(result));
@@ -309,7 +319,7 @@ void row(const std::string &name, Prepare prepare, Ours ours, Floor floor) {
 // The bytes of a block, told apart, and the block released.
 uint64_t released(void *block, std::size_t size) {
   uint64_t sum = 0;
-  if (bench::kept != nullptr) {
+  if (is_compared) {
     for (std::size_t i = 0; i < size; ++i) sum = sum * 31 + static_cast<uint8_t *>(block)[i];
   }
   mtrack_free(block);
@@ -378,39 +388,35 @@ uint64_t extraction(mts_msg_t *msg, Extract extract) {
 }
 
 void command_row() {
-  static mts_msg_t msg{STP_MCEC_MTS_OPC_CMD_REQ, STP_MCEC_CMD_GBL_LOOPGUARD, {}};
+  static mts_msg_t *const msg = platform_command(STP_MCEC_CMD_GBL_LOOPGUARD, 1, nullptr, 0);
   row(
       "a global command", [] { cache(parameter_count, STP_MCEC_STP_MODE_MST); },
-      [] { return extraction(&msg, stp_mcec_type1_cfg_param_extractor); },
-      [] { return extraction(&msg, command_floor); });
+      [] { return extraction(msg, stp_mcec_type1_cfg_param_extractor); },
+      [] { return extraction(msg, command_floor); });
 }
+
+// Ports have these indexes, and each is a member of a multi-chassis channel.
+constexpr uint32_t first_port = 0x1000;
+constexpr uint32_t port_count = 100000;
 
 // A command for a number of ports, whose parameters are cached.
 auto interface_command(uint32_t ports) {
-  return [ports] {
-    static mts_msg_t msg{STP_MCEC_MTS_OPC_CMD_REQ, STP_MCEC_CMD_IF_EDGE_TRUNK, {}};
-    msg.ranges[1] = 1;
-    msg.ranges[4] = bench::first_port;
-    msg.ranges[5] = bench::first_port + ports - 1;
-    return extraction(&msg, stp_mcec_type1_cfg_param_extractor);
-  };
+  const uint32_t ranges[] = {0, 1, 0, 0, first_port, first_port + ports - 1};
+  const platform_attribute_t attribute{STP_MCEC_ATTR_IFINDEX, sizeof ranges, ranges};
+  mts_msg_t *const msg = platform_command(STP_MCEC_CMD_IF_EDGE_TRUNK, 1, &attribute, 1);
+  return [msg] { return extraction(msg, stp_mcec_type1_cfg_param_extractor); };
 }
 
 void interface_row() {
-  constexpr uint32_t many = bench::port_count;
+  constexpr uint32_t many = port_count;
   constexpr uint32_t few = 100;
-  const auto prepare = [] { interface_command(many)(); };
-  // Two lines for each port, and six for the command.
-  const auto agree = [] {
-    std::vector<std::string> lines;
-    bench::kept = &lines;
-    interface_command(many)();
-    interface_command(few)();
-    bench::kept = nullptr;
-    return lines.size() == 2 * (many + few) + 12;
-  };
-  bench::row("a port of 100,000 of an interface command, beside one of 100", prepare, agree,
-             interface_command(many), interface_command(few), many, few);
+  const auto of_many = interface_command(many);
+  const auto of_few = interface_command(few);
+  // Two lines for each port, six for the command, and the result.
+  const auto agree = [of_few] { return told_by(of_few).size() == 2 * few + 7; };
+  bench::row(
+      "a port of 100,000 of an interface command, beside one of 100", [of_many] { of_many(); },
+      agree, of_many, of_few, many, few);
 }
 
 void twins_row() {
@@ -439,7 +445,7 @@ void twins_row() {
 
 // How cost grows with ports and with parameters.
 void growth() {
-  for (uint32_t ports = 1; ports <= bench::port_count; ports *= 10) {
+  for (uint32_t ports = 1; ports <= port_count; ports *= 10) {
     const auto command = interface_command(ports);
     bench::measure(
         "interface command, ports/" + std::to_string(ports), true, [=] { command(); }, command,
@@ -453,11 +459,31 @@ void growth() {
   }
 }
 
+// A switch of member ports, and a history in memory.
+void set_up() {
+  static std::vector<platform_port_t> ports(port_count);
+  for (uint32_t i = 0; i < port_count; ++i) {
+    ports[i].if_index = first_port + i;
+    ports[i].has_record = 1;
+    ports[i].record[0] = 1;
+    ports[i].record[1] = 7;
+  }
+  platform_switch_t tables{};
+  tables.ports = ports.data();
+  tables.port_count = ports.size();
+  tables.has_trunk = 1;
+  platform_set_switch(&tables);
+  platform_history_path(
+      ("/proc/self/fd/" + std::to_string(memfd_create("history", MFD_CLOEXEC))).c_str());
+  stp_mcec_lib_sdwrap_init();
+}
+
 }  // namespace
 
 namespace bench {
 
 void calls() {
+  set_up();
   check_row("check, nine equal parameters, MST", STP_MCEC_STP_MODE_MST);
   check_row("check, nine equal parameters, Rapid-PVST", STP_MCEC_STP_MODE_RAPID_PVST);
   export_row();

@@ -1,6 +1,6 @@
 /*
- * Messages for the host process in host.c. On a switch they arrive; on a desk the platform makes them:
- * desk_standin.c on the stand-in, desk_platform.c on the platform in platform/.
+ * Messages for the host process in host.c. On a switch they arrive; in this example the platform
+ * makes them: desk_standin.c on the stand-in, desk_platform.c on the platform in platform/.
  */
 #ifndef EXAMPLE_DESK_H
 #define EXAMPLE_DESK_H

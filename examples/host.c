@@ -1,15 +1,16 @@
 /*
- * A host process: what a process that loads libdraimiofaf does with it, in the order in which it would.
+ * A host process: what a process that loads libdraimiofaf does with it, in the order in which it
+ * would.
  *
- *   1. an update message says what the switch's type-1 parameters are
+ *   1. an update message has the switch's type-1 parameters
  *   2. a command arrives that would change one of them
  *   3. the switch's parameters are exported for the peer
  *   4. they are checked against the peer's
- *   5. and reported, for whoever asks
+ *   5. and reported as text
  *
- * There is nothing to initialise: linking with the library loads it, and loading it registers it with
- * the platform's memory tracker and makes its cache. The platform must be there by then: as a library
- * that this program is linked with too, or inside the program.
+ * There is nothing to initialise: linking with the library loads it, and loading it registers it
+ * with the platform's memory tracker and makes its cache. The platform must be there by then: as a
+ * library that this program is linked with too, or inside the program.
  *
  * Everything here is called from one thread. The library takes no locks.
  */
@@ -24,8 +25,8 @@
 
 #include "desk.h"
 
-/* A parameter whose value is a word. Values are in network byte order wherever they stand in an array,
- * a message or the cache; everything else is in host byte order. */
+/* A parameter whose value is a word. Values are in network byte order in an array, a message and
+ * the cache; everything else is in host byte order. */
 typedef struct setting {
   uint16_t type;
   uint8_t value[4];
@@ -39,27 +40,28 @@ static const setting_t ours[] = {
 enum { settings = sizeof ours / sizeof ours[0] };
 
 /* Arrays of this page fit here on every platform: an entry takes its head and its value. */
-enum { room = 256 };
+enum { buffer_size = 256 };
 
 /*
- * Make a TLV array of the settings, in a buffer that is all zero: zeros are an empty array. Its size is
- * the header's and every entry's footprint; only the platform knows these.
+ * Make a TLV array of the settings, in a buffer that is all zero: zeros are an empty array. Its
+ * size is the header's and every entry's footprint; only the platform knows these.
  */
 static uint32_t make_array(void *buffer, const setting_t *from) {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
-  memset(buffer, 0, room);
+  memset(buffer, 0, buffer_size);
   for (int i = 0; i < settings; ++i) {
     size += tlv_aligned_data_size_get(sizeof from[i].value);
-    if (size > room || tlv_aligned_array_add_tlv(buffer, size, from[i].type, sizeof from[i].value,
-                                                 from[i].value, TLV_ALIGNED_FLAG) != 0) {
+    if (size > buffer_size ||
+        tlv_aligned_array_add_tlv(buffer, size, from[i].type, sizeof from[i].value, from[i].value,
+                                  TLV_ALIGNED_FLAG) != 0) {
       return 0;
     }
   }
   return size;
 }
 
-/* Hand a message to the library. What comes back is ours, whatever the result is, and goes back with
- * mtrack_free: each pointer that is not NULL. */
+/* Hand a message to the library. What comes back is ours, whatever the result is, and goes back
+ * with mtrack_free: each pointer that is not NULL. */
 static uint32_t extract(mts_msg_t *msg) {
   uint8_t *array = NULL;
   uint32_t count = 0;
@@ -81,7 +83,7 @@ static uint32_t extract(mts_msg_t *msg) {
 
 /* An update message: four words in host byte order, and the array behind them. */
 static uint32_t take_update(void) {
-  unsigned char payload[STP_MCEC_TYPE1_UPD_HDR_SIZE + room];
+  unsigned char payload[STP_MCEC_TYPE1_UPD_HDR_SIZE + buffer_size];
   const uint32_t length = make_array(payload + STP_MCEC_TYPE1_UPD_HDR_SIZE, ours);
   const uint32_t header[4] = {1 /* of the switch */, 0 /* interface */, 0 /* unread */, length};
   memcpy(payload, header, sizeof header);
@@ -103,13 +105,13 @@ static uint32_t take_command(void) {
   return result;
 }
 
-/* Check our array against the peer's, which still has loop guard off: the first parameter that differs
- * gives the result. The VLAN arguments are for Rapid-PVST, where the VLANs that both switches share are
- * compared. */
+/* Check our array against the peer's, which still has loop guard off: the first parameter that
+ * differs gives the result. The VLAN arguments are for Rapid-PVST, where the VLANs that both
+ * switches share are compared. */
 static uint32_t check(void *local) {
   static const bmp4096_t shared_vlans = {sizeof shared_vlans.bmp, {0}};
   bmp4096_t pass, fail;
-  unsigned char peer[room];
+  unsigned char peer[buffer_size];
   if (make_array(peer, ours) == 0) return STP_MCEC_ERR_FAILURE;
   return stp_mcec_type1_cfg_compat_check(0, local, peer, 1, &shared_vlans, &pass, &fail);
 }
@@ -117,10 +119,10 @@ static uint32_t check(void *local) {
 static void report(void *array) {
   void *block = NULL;
   const uint32_t result = stp_mcec_type1_cfg_get_param_info(array, &block);
-  const mcecm_app_info_report_t *told = block;
+  const mcecm_app_info_report_t *found = block;
   printf("report\n  result 0x%X\n", result);
-  for (uint32_t i = 0; told != NULL && i < told->count; ++i) {
-    printf("  %s: %s\n", told->records[i].param_name, told->records[i].param_value);
+  for (uint32_t i = 0; found != NULL && i < found->count; ++i) {
+    printf("  %s: %s\n", found->records[i].param_name, found->records[i].param_value);
   }
   if (block != NULL) mtrack_free(block);
 }

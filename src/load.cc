@@ -8,6 +8,9 @@
 
 using namespace mcec;
 
+// Here, so that a program that is linked with the static library has this file too.
+avl_tree_t *stp_mcec_type1_cfg_avl = nullptr;
+
 namespace {
 
 constexpr char library_name[] = "STP MCEC Type-1 CFG LIB";

@@ -123,7 +123,7 @@ uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value
     *length = attribute->length;
     return 0;
   }
-  // Where there is none, nobody looks at these.
+  // Not to be read when there is none.
   *value = handle->request;
   *length = static_cast<uint32_t>(handle->size);
   return 1;

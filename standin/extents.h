@@ -1,5 +1,5 @@
 // Where the platform's own memory ends: blocks of the memory tracker and payloads of messages. A
-// TLV array in one of them is not read past its end, whatever it says of itself.
+// TLV array in one of them is not read past its end, whatever its header claims.
 #pragma once
 
 #include <cstddef>

@@ -30,7 +30,7 @@ Positions positions(uint32_t first, uint32_t last) {
 // What the library leaves for an answer is 0 before the call.
 template <class Number>
 void expect_zero(const Number *answer) {
-  if (*answer != 0) standin::misuse("%u stands where an answer goes", unsigned{*answer});
+  if (*answer != 0) standin::misuse("%u is where an answer goes, instead of 0", unsigned{*answer});
 }
 
 }  // namespace

@@ -25,6 +25,8 @@ std::unordered_map<const void *, BlockInfo> blocks;
 std::map<uint32_t, Service> services;
 uint32_t registrations = 0;
 
+constexpr uint32_t greatest_block = 1U << 30;
+
 }  // namespace
 
 void mtrack_init(const char *lib_name, uint32_t service_id, const char *const *mem_type_names,
@@ -46,8 +48,8 @@ void *mtrack_alloc(uint32_t service_id, uint32_t mem_type, uint32_t size) {
     standin::misuse("service %u has no memory type %u", service_id, mem_type);
     return nullptr;
   }
-  if (standin::fails(STANDIN_ALLOC)) return nullptr;
-  // Not zeroed: whoever wants zeros asks for them.
+  if (standin::fails(STANDIN_ALLOC) || size > greatest_block) return nullptr;
+  // Not zeroed: the contract leaves the content open.
   void *block = std::malloc(size > 0 ? size : 1);
   if (block == nullptr) return nullptr;
   __builtin_memset(block, 0xA5, size);

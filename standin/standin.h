@@ -32,8 +32,8 @@ extern "C" {
  * Live blocks, trees and registrations stay. */
 STANDIN_API void standin_reset(void);
 
-/* Who hears of a misuse; NULL: the default, which aborts. A handler that returns lets the operation
- * be refused as far as it can. */
+/* The handler of a misuse; NULL: the default, which aborts. A handler that returns lets the
+ * operation be refused as far as it can. */
 STANDIN_API void standin_on_misuse(void (*handler)(const char *what));
 
 /* --- failures on order --- */
@@ -83,7 +83,7 @@ STANDIN_API uint32_t standin_trees(void);
 STANDIN_API void standin_tree_walk(const void *tree, void (*each)(const void *node, void *context),
                                    void *context);
 
-/* What a registered service said of itself, NULL when there is none. */
+/* The names that a service registered, NULL when there is none. */
 STANDIN_API const char *standin_service_name(uint32_t service_id);
 STANDIN_API const char *standin_mem_type_name(uint32_t service_id, uint32_t mem_type);
 
@@ -97,7 +97,7 @@ STANDIN_API void standin_history_clear(void);
 /* Forget the lines from a position on. */
 STANDIN_API void standin_history_truncate(uint32_t count);
 
-/* Who is told of each line as it is logged; NULL: nobody. */
+/* Called with each line as it is logged; NULL: nothing is called. */
 STANDIN_API void standin_on_history(void (*listener)(const char *line));
 
 /* --- answers --- */

@@ -1,4 +1,4 @@
-// What the stand-in's sources share: failures on order, and the voice of a misuse.
+// What the stand-in's sources share: injected failures, and the report of a misuse.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@ namespace standin {
 
 __attribute__((format(printf, 1, 2))) void misuse(const char *format, ...);
 
-// Count a call; true when it is one that was told to fail.
+// Count a call; true when it is one that must fail.
 bool fails(standin_operation_t operation);
 
 // Each source puts back what it keeps.

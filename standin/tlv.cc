@@ -7,13 +7,13 @@
  *   | entries  | (2)  | (2)    | (length) + pad  | ...          |
  *   +----------+------+--------+-----------------+--------------+
  *
- * Entries are padded to a multiple of 4. In the odd layout a byte stands between length and value,
+ * Entries are padded to a multiple of 4. In the odd layout a byte follows the length,
  * and there is no padding after it, so that values lie at odd and even addresses by turns.
  *
  * The readers trust no length: an entry whose header or value reaches past the array is counted,
  * and cannot be read; and an array that claims more than the block or the message it lies in has
- * ends there. Of memory that is not the platform's the first word is believed: whoever received an
- * array into it holds that word against what arrived.
+ * ends there. In memory that is not the platform's the first word is believed: whoever received an
+ * array into it compares that word with the bytes received.
  */
 #include "tlv.h"
 
@@ -63,8 +63,8 @@ void store(uint8_t *at, Unsigned value) {
 uint32_t entry_bytes(const void *array) {
   const std::size_t extent = standin::extent_from(array);
   if (extent < header_size) return 0;
-  const uint32_t said = ntohl(load<uint32_t>(static_cast<const uint8_t *>(array)));
-  return static_cast<uint32_t>(std::min<std::size_t>(said, extent - header_size));
+  const uint32_t bytes = ntohl(load<uint32_t>(static_cast<const uint8_t *>(array)));
+  return static_cast<uint32_t>(std::min<std::size_t>(bytes, extent - header_size));
 }
 
 struct Entry {
@@ -106,13 +106,13 @@ uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t ty
   expect_flag(flag);
   const std::size_t extent = standin::extent_from(array);
   if (extent != SIZE_MAX && extent != array_size) {
-    standin::misuse("a block of %zu bytes is said to have %u", extent, array_size);
+    standin::misuse("a block of %zu bytes is passed with a size of %u", extent, array_size);
   }
   if (standin::fails(STANDIN_TLV_ADD)) return STANDIN_TLV_ORDERED_FAILURE;
   if (array_size < header_size) return no_room;
   const uint32_t bytes = entry_bytes(array);
-  const uint32_t room = array_size - header_size;
-  if (bytes > room || room - bytes < footprint(length)) return no_room;
+  const uint32_t capacity = array_size - header_size;
+  if (bytes > capacity || capacity - bytes < footprint(length)) return no_room;
   auto *start = static_cast<uint8_t *>(array);
   uint8_t *at = start + header_size + bytes;
   store(at, htons(type));

@@ -350,7 +350,7 @@ TEST_F(Foundation, StandinRefusesMisuse) {
          tlv_aligned_array_add_tlv(block, 9, 1, 0, nullptr, 1);
          mtrack_free(block);
        },
-       "a block of 8 bytes is said to have 9"},
+       "a block of 8 bytes is passed with a size of 9"},
       {[] { cmd_req_handle_get_2(static_cast<mts_msg_t *>(request.msg), aligned + 8); },
        "a handle at "},
       {[] { cmd_req_handle_get_1(nullptr); }, "of no message"},
@@ -366,7 +366,7 @@ TEST_F(Foundation, StandinRefusesMisuse) {
          number = 5;
          if_index_get_num_ports_in_if_index_range(1, 2, &number);
        },
-       "5 stands where"},
+       "5 is where an answer goes"},
       {[] {
          number = 0;
          if_index_get_if_index_in_range(1, 2, &number, 3);

@@ -1,7 +1,6 @@
 // The controls of standin.h, as far as the platform in examples/ has them: tests that ask for no
 // others run on it too.
 
-#include <endian.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,7 +14,6 @@
 #include "platform.h"
 #include "sdwrap.h"
 #include "support.h"
-#include "syserr.h"
 
 namespace {
 
@@ -74,11 +72,6 @@ void read_history() {
 
 mts_msg_t *message_of(void *msg) {
   return static_cast<mts_msg_t *>(msg);
-}
-
-uint32_t of_block(const void *block, bool type) {
-  uint32_t of[2];
-  return platform_block(block, &of[0], &of[1]) != 0 ? of[type ? 0 : 1] : UINT32_MAX;
 }
 
 platform_usage_t usage_of(uint32_t mem_type) {
@@ -219,11 +212,15 @@ uint64_t standin_live_bytes(uint32_t mem_type) {
 }
 
 uint32_t standin_block_type(const void *block) {
-  return of_block(block, true);
+  uint32_t type, size;
+  platform_block(block, &type, &size);
+  return type;
 }
 
 uint32_t standin_block_size(const void *block) {
-  return of_block(block, false);
+  uint32_t type, size;
+  platform_block(block, &type, &size);
+  return size;
 }
 
 const char *standin_mem_type_name(uint32_t service_id, uint32_t mem_type) {
@@ -231,14 +228,12 @@ const char *standin_mem_type_name(uint32_t service_id, uint32_t mem_type) {
 }
 
 size_t standin_tlv_array_bytes(const void *array) {
-  uint32_t bytes;
-  std::memcpy(&bytes, array, sizeof bytes);
-  return 4 + le32toh(bytes);
+  return platform_array_bytes(array, SIZE_MAX);
 }
 
-// What this platform does not have, so that a test that asks for it says so: ON_STANDIN_ONLY.
+// What this platform does not have: a test that needs it begins with ON_STANDIN_ONLY.
 void standin_fail(standin_operation_t, uint32_t, uint32_t) {
-  ADD_FAILURE() << "no failures on order";
+  ADD_FAILURE() << "no injected failures";
 }
 
 uint32_t standin_calls(standin_operation_t) {
@@ -262,24 +257,7 @@ const char *standin_service_name(uint32_t) {
 
 namespace {
 
-using namespace test;
-
-struct SecondPlatform : LibraryTest {};
-
-TEST_F(SecondPlatform, ArenaGivesAgainWhatItGotBack) {
-  for (int round = 0; round < 2; ++round) {
-    std::vector<void *> blocks;
-    while (void *block = mtrack_alloc(633, 6, 5000)) blocks.push_back(block);
-    EXPECT_GT(blocks.size(), 400U);
-    for (void *block : blocks) mtrack_free(block);
-  }
-  void *large = mtrack_alloc(633, 6, 2 * 1024 * 1024 - 64);
-  EXPECT_NE(large, nullptr);
-  EXPECT_EQ(mtrack_alloc(633, 6, 64), nullptr);
-  mtrack_free(large);
-  EXPECT_EQ(mtrack_alloc(633, 6, UINT32_MAX), nullptr);
-  EXPECT_EQ(mtrack_alloc(633, STP_MCEC_LIB_MEM_MAX, 1), nullptr);
-}
+struct SecondPlatform : test::LibraryTest {};
 
 TEST_F(SecondPlatform, HistoryKeepsTheLastLines) {
   const auto number = [](uint32_t position) {
@@ -297,23 +275,6 @@ TEST_F(SecondPlatform, HistoryKeepsTheLastLines) {
   char two[100];
   const std::size_t size = platform_history_read(two, sizeof two);
   EXPECT_TRUE(size > 50 && two[size - 1] == '\0');
-}
-
-TEST_F(SecondPlatform, ArraysRefuseWhatTheirLengthsCannotSay) {
-  Bytes buffer(0x20000);
-  const Bytes longest(65529, 7);
-  const auto add = [&](uint16_t length) {
-    return tlv_aligned_array_add_tlv(buffer.data(), uint32_t(buffer.size()), 3, length,
-                                     longest.data(), 1);
-  };
-  EXPECT_STREQ(syserr2str(add(65529)), "value too long for a TLV");
-  EXPECT_EQ(add(65528), 0U);
-  EXPECT_STREQ(syserr2str(add(65528 + 1)), "value too long for a TLV");
-  EXPECT_EQ(add(65528 - 4), 0U);
-  EXPECT_STREQ(syserr2str(add(65528)), "no room in the TLV array");
-  EXPECT_EQ(tlv_aligned_array_get_num_tlvs(buffer.data(), 1), 2U);
-  const platform_attribute_t long_attribute = {1, 65529, longest.data()};
-  EXPECT_EQ(platform_command(1, 1, &long_attribute, 1), nullptr);
 }
 
 }  // namespace

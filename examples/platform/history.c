@@ -7,7 +7,7 @@
  *   +------+----------+--------------------------+
  *
  * The lines are a ring: the next one goes to `next`, over the oldest ones once the ring is full.
- * Of the file of an earlier process the lines are kept: it may be why somebody looks.
+ * The lines of an earlier process are kept: they may show why it ended.
  */
 #include <draimiofaf/platform/sdwrap.h>
 #include <errno.h>
@@ -59,10 +59,15 @@ uint32_t sdwrap_hist_init_for_uuid(uint32_t service_id, uint32_t size) {
   return (uint32_t)failure;
 }
 
-static void put(char byte) {
-  ring->lines[ring->next++] = byte;
+/* Bytes of a line, fewer than the ring has: they may begin again at its start. */
+static void append(const char *bytes, uint32_t count) {
+  const uint32_t left = ring_size - ring->next;
+  const uint32_t first = count < left ? count : left;
+  memcpy(ring->lines + ring->next, bytes, first);
+  memcpy(ring->lines, bytes + first, count - first);
+  ring->next += count;
   if (ring->next < ring_size) return;
-  ring->next = 0;
+  ring->next -= ring_size;
   ring->is_full = 1;
 }
 
@@ -71,9 +76,8 @@ uint32_t sdwrap_his_log_event_for_uuid_inst(uint32_t service_id, uint32_t event,
   (void)service_id, (void)event, (void)a, (void)b;
   if (ring == NULL || length <= text_at || length - text_at >= ring_size) return 1;
   const char *line = (const char *)record + text_at;
-  const char *const end = (const char *)record + length - 1;
-  while (line < end && *line != '\0') put(*line++);
-  put('\0');
+  append(line, (uint32_t)strnlen(line, length - text_at - 1));
+  append("", 1);
   return 0;
 }
 

@@ -1,12 +1,12 @@
 /*
- * A platform of other parts than the stand-in, to copy from: each source brings the operations of a
- * header or two of draimiofaf/platform/, out of something that is at hand.
+ * A platform to copy from, made of other parts than the stand-in: each source implements the
+ * operations of a header or two of draimiofaf/platform/.
  *
- *   memory.c     mtrack.h                          a fixed arena, blocks by service and memory type
+ *   memory.c     mtrack.h                          blocks of malloc, by service and memory type
  *   history.c    sdwrap.h                          a ring of lines in a file
  *   tree.c       avl.h                             the search trees of the C library
  *   tlv.c        tlv.h, syserr.h                   the attributes of libmnl
- *   requests.c   mts.h, cmd_req.h                  messages in the arena
+ *   requests.c   mts.h, cmd_req.h                  messages, as TLV arrays
  *   switch.c     mcecm.h, if_index.h, im.h,        tables that the process hands over
  *                satmgr.h, sysmgr.h
  *
@@ -67,6 +67,12 @@ const char *platform_answer(const mts_msg_t *msg);
 
 void platform_message_free(mts_msg_t *msg);
 
+/* --- arrays --- */
+
+/* The bytes that an array claims to have, its head included; size: those that are there. 0: fewer
+ * are there than it claims. Ask this of an array that was received, before anything reads it. */
+size_t platform_array_bytes(const void *array, size_t size);
+
 /* --- memory --- */
 
 /* The live blocks of a service and a memory type, and their bytes. */
@@ -80,21 +86,17 @@ platform_usage_t platform_memory(uint32_t service_id, uint32_t mem_type);
 /* The name of a registered service's memory type; NULL: none. */
 const char *platform_mem_type_name(uint32_t service_id, uint32_t mem_type);
 
-/* What is known of a block that mtrack_alloc gave out; 0: it gave out no such one. */
-int platform_block(const void *block, uint32_t *mem_type, uint32_t *size);
-
-/* The bytes from an address to the end of the block of the arena that it lies in; SIZE_MAX when it
- * lies elsewhere. */
-size_t platform_bytes_from(const void *at);
+/* The memory type and the size of a live block. */
+void platform_block(const void *block, uint32_t *mem_type, uint32_t *size);
 
 /* --- event history --- */
 
-/* Where the history is kept, from the next sdwrap_hist_init_for_uuid on; without a path it cannot be
- * initialised. */
+/* Where the history is kept, from the next sdwrap_hist_init_for_uuid on; without a path it cannot
+ * be initialised. */
 void platform_history_path(const char *path);
 
-/* Copy out the lines of the history, oldest first, each with its NUL, as far as size bytes have room
- * for whole lines; returns how many bytes they take. Clearing leaves it without lines. */
+/* Copy out the lines of the history, oldest first, each with its NUL, as many whole lines as fit
+ * into size bytes; returns the bytes that they take. Clearing leaves it without lines. */
 size_t platform_history_read(char *lines, size_t size);
 void platform_history_clear(void);
 

@@ -1,15 +1,15 @@
 /*
- * Messages, each a block of the arena. The payload of a command request is a TLV array of its own: an
- * entry with the identifier and the form, then two for each attribute, its identifier and its value.
- * Words are in host byte order.
+ * Messages. The payload of a command request is a TLV array of its own: an entry with the
+ * identifier and the form, then two for each attribute, its identifier and its value. Words are in
+ * host byte order.
  */
 #include <draimiofaf/platform/cmd_req.h>
 #include <draimiofaf/platform/tlv.h>
 #include <stdarg.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
-#include "memory.h"
 #include "platform.h"
 
 enum { entry_command = 1, entry_attribute = 2, entry_value = 3 };
@@ -18,6 +18,7 @@ enum { array_head = 4, max_value = 0xFFF8 };
 struct mts_msg {
   uint32_t opcode;
   uint32_t has_payload;
+  uint32_t size; /* of the payload */
   uint32_t is_answered;
   char answer[256];
   unsigned char payload[];
@@ -36,11 +37,11 @@ static uint32_t word_at(const void *at) {
 }
 
 static mts_msg_t *new_message(uint32_t opcode, uint32_t size) {
-  if (size > UINT32_MAX - sizeof(mts_msg_t)) return NULL;
-  mts_msg_t *message = memory_get(platform_service, opcode, (uint32_t)sizeof(mts_msg_t) + size);
+  mts_msg_t *message = calloc(1, sizeof *message + size);
   if (message == NULL) return NULL;
-  *message = (mts_msg_t){.opcode = opcode, .has_payload = 1};
-  memset(message->payload, 0, size);
+  message->opcode = opcode;
+  message->has_payload = 1;
+  message->size = size;
   return message;
 }
 
@@ -79,7 +80,7 @@ const char *platform_answer(const mts_msg_t *msg) {
 }
 
 void platform_message_free(mts_msg_t *msg) {
-  memory_give_back(msg);
+  free(msg);
 }
 
 uint32_t mts_opc_get(const mts_msg_t *msg) {
@@ -105,6 +106,7 @@ cmd_req_t *cmd_req_handle_get_2(mts_msg_t *message, void *buffer) {
   uint16_t length;
   void *value;
   if (message->opcode != STP_MCEC_MTS_OPC_CMD_REQ || message->has_payload == 0 ||
+      platform_array_bytes(message->payload, message->size) == 0 ||
       tlv_aligned_array_find_tlv(message->payload, entry_command, &length, &value,
                                  TLV_ALIGNED_FLAG) != 0 ||
       length != 2 * sizeof(uint32_t)) {

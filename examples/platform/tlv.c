@@ -12,9 +12,8 @@
  * The head counts into a length of 16 bits, so a value has 65528 bytes at the most: longer ones are
  * refused. The type is the whole word, without the flags that netlink keeps in it.
  *
- * The readers trust no length. What an array claims to have beyond the block of the arena that it
- * lies in is not there; of an array elsewhere the first word is believed, so whoever receives one
- * holds it against what has arrived.
+ * The readers trust no length of an entry. The first word is believed, since they do not know how
+ * much memory an array has: whoever receives one asks platform_array_bytes first.
  */
 #include <draimiofaf/platform/syserr.h>
 #include <draimiofaf/platform/tlv.h>
@@ -41,16 +40,19 @@ static uint32_t footprint(uint32_t length) {
 
 /* The bytes of entries that an array has. */
 static uint32_t entry_bytes(const void *array) {
-  const size_t bytes = platform_bytes_from(array);
-  if (bytes < array_head) return 0;
-  uint32_t said;
-  memcpy(&said, array, sizeof said);
-  said = le32toh(said);
-  if (said > INT_MAX) said = INT_MAX; /* libmnl counts in int */
-  return said < bytes - array_head ? said : (uint32_t)(bytes - array_head);
+  uint32_t bytes;
+  memcpy(&bytes, array, sizeof bytes);
+  bytes = le32toh(bytes);
+  return bytes < INT_MAX ? bytes : INT_MAX; /* libmnl counts in int */
 }
 
-/* Read the entry at a position, and move it behind the entry. 0: there is none that lies within. */
+size_t platform_array_bytes(const void *array, size_t size) {
+  if (size < array_head) return 0;
+  const size_t bytes = (size_t)array_head + entry_bytes(array);
+  return bytes <= size ? bytes : 0;
+}
+
+/* Read the entry at a position, and move the position behind it. 0: no entry within the array. */
 static int read_entry(const void *array, uint32_t *position, uint16_t *type, uint16_t *length,
                       void **value) {
   const uint32_t bytes = entry_bytes(array);
@@ -77,8 +79,8 @@ uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t ty
   if (length > max_value) return tlv_too_long;
   if (array_size < array_head) return tlv_no_room;
   const uint32_t bytes = entry_bytes(array);
-  const uint32_t room = array_size - array_head;
-  if (bytes > room || room - bytes < footprint(length)) return tlv_no_room;
+  const uint32_t capacity = array_size - array_head;
+  if (bytes > capacity || capacity - bytes < footprint(length)) return tlv_no_room;
   const struct nlattr attribute = {htole16((uint16_t)(entry_head + length)), htole16(type)};
   uint8_t *at = (uint8_t *)array + array_head + bytes;
   memset(at, 0, footprint(length));

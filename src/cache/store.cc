@@ -39,8 +39,6 @@ Put put(uint32_t if_index, uint16_t type, Bytes value) {
 
 using namespace mcec;
 
-avl_tree_t *stp_mcec_type1_cfg_avl = nullptr;
-
 extern "C" int stp_mcec_type1_cfg_avl_cmp_func(const void *a, const void *b) {
   const auto &left = *static_cast<const cache::Node *>(a);
   const auto &right = *static_cast<const cache::Node *>(b);

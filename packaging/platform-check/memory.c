@@ -1,0 +1,156 @@
+/* Memory, the event history and error texts: mtrack.h, sdwrap.h, syserr.h. */
+#include <draimiofaf/platform/mtrack.h>
+#include <draimiofaf/platform/sdwrap.h>
+#include <draimiofaf/platform/syserr.h>
+#include <draimiofaf/types.h>
+#include <stdalign.h>
+#include <stdio.h>
+#include <string.h>
+
+#include "check.h"
+
+enum { service = STP_MCEC_LIB_SERVICE_ID, mem_type = STP_MCEC_LIB_MEM_tlv_array_t };
+
+static void *new_block(uint32_t size) {
+  void *block = mtrack_alloc(service, mem_type, size);
+  REQUIRE(block != NULL, "no block of %u bytes", size);
+  return block;
+}
+
+/* --- mtrack.h --- */
+
+static void verify_blocks(void) {
+  enum { places = 100, rounds = 3000 };
+  static struct {
+    void *block;
+    uint32_t size, seed;
+  } live[places];
+  uint32_t random = 1;
+  for (uint32_t round = 0; round < rounds; ++round) {
+    random = random * 1103515245 + 12345;
+    const uint32_t place = (random >> 16) % places;
+    if (live[place].block != NULL) {
+      REQUIRE(has_pattern(live[place].block, live[place].size, live[place].seed),
+              "a block of %u bytes did not keep its bytes", live[place].size);
+      mtrack_free(live[place].block);
+    }
+    const uint32_t size = 1 + (random >> 8) % 9000;
+    live[place].block = new_block(size);
+    live[place].size = size;
+    live[place].seed = round;
+    REQUIRE((uintptr_t)live[place].block % alignof(max_align_t) == 0, "a block at %p",
+            live[place].block);
+    fill_pattern(live[place].block, size, round);
+  }
+}
+
+static void verify_mem_types(void) {
+  for (uint32_t type = 0; type < STP_MCEC_LIB_MEM_MAX; ++type) {
+    void *block = mtrack_alloc(service, type, 16);
+    REQUIRE(block != NULL, "no block of memory type %u", type);
+    mtrack_free(block);
+  }
+}
+
+static void verify_empty_blocks(void) {
+  void *block = mtrack_alloc(service, mem_type, 0);
+  if (block != NULL) mtrack_free(block);
+  fill_pattern(new_block(100), 100, 1);
+}
+
+static void verify_large_blocks(void) {
+  char *block = mtrack_alloc(service, mem_type, UINT32_MAX);
+  if (block == NULL) return;
+  block[0] = block[UINT32_MAX - 1] = 1;
+  mtrack_free(block);
+}
+
+static void verify_unregistering(void) {
+  static const char *const mem_type_names[STP_MCEC_LIB_MEM_MAX] = {
+      "A", "B", "C", "D", "E", "F", "G", "H", "I", "J", "K",
+      "L", "M", "N", "O", "P", "Q", "R", "S", "T", "U"};
+  for (int round = 0; round < 10; ++round) {
+    void *block = new_block(500);
+    fill_pattern(block, 500, 1);
+    mtrack_uninit(service);
+    REQUIRE(has_pattern(block, 500, 1), "a block did not keep its bytes");
+    mtrack_free(block);
+    mtrack_init("draimiofaf", service, mem_type_names, STP_MCEC_LIB_MEM_MAX);
+  }
+}
+
+const contract_t memory_contracts[] = {
+    {"mtrack.blocks", "blocks are aligned, do not overlap and keep their bytes", verify_blocks},
+    {"mtrack.mem-types", "each of the 21 memory types has blocks", verify_mem_types},
+    {"mtrack.empty", "a size of 0 gives a block that can be released, or NULL",
+     verify_empty_blocks},
+    {"mtrack.large", "a size that cannot be had gives NULL", verify_large_blocks},
+    {"mtrack.uninit", "blocks outlive their service, which can be registered again",
+     verify_unregistering},
+    {NULL, NULL, NULL},
+};
+
+/* --- sdwrap.h --- */
+
+static void log_line(const char *text) {
+  static sdwrap_hist_line_t record;
+  record.flag = 1;
+  memcpy(record.text, text, strlen(text) + 1);
+  sdwrap_his_log_event_for_uuid_inst(
+      service, SDWRAP_HIST_LINE_EVENT, 0, 0,
+      (uint32_t)(offsetof(sdwrap_hist_line_t, text) + strlen(text) + 1), &record);
+  memset(&record, 'x', sizeof record);
+}
+
+static void verify_early_lines(void) {
+  log_line("draimiofaf(1): a line before the history is initialised\n");
+}
+
+static uint32_t init_history(void) {
+  return sdwrap_hist_init_for_uuid(service, SDWRAP_HIST_SIZE);
+}
+
+static void verify_history_init(void) {
+  const uint32_t result = init_history();
+  REQUIRE(result == 0, "it returned 0x%X", result);
+}
+
+static void verify_lines(void) {
+  char text[sizeof((sdwrap_hist_line_t *)NULL)->text];
+  init_history();
+  /* More than the history keeps. */
+  for (unsigned round = 0; round < 2000; ++round) {
+    const size_t size = 2 + (round * 37 + 509) % (sizeof text - 1);
+    memset(text, 'a' + (int)(round % 26), size - 1);
+    text[size - 1] = '\0';
+    if (round % 2 == 0) text[size - 2] = '\n';
+    log_line(text);
+    if (round > 50 && round % 100 != 0) continue;
+    const char *latest = platform_check_last_line();
+    REQUIRE(latest != NULL && strcmp(latest, text) == 0,
+            "a line of %zu characters was not kept: '%s'", size - 1, latest != NULL ? latest : "");
+  }
+}
+
+/* --- syserr.h --- */
+
+static void verify_error_texts(void) {
+  static const uint32_t codes[] = {
+      0, 1, STP_MCEC_ERR_FAILURE, STP_MCEC_ERR_NO_MCEC_INFO, 0x7FFFFFFF, UINT32_MAX};
+  for (size_t i = 0; i < sizeof codes / sizeof codes[0]; ++i) {
+    const char *text = syserr2str(codes[i]);
+    REQUIRE(text != NULL, "NULL for 0x%X", codes[i]);
+    for (const char *at = text; *at != '\0'; ++at) {
+      REQUIRE((unsigned char)*at >= ' ', "a text for 0x%X that cannot be printed", codes[i]);
+    }
+  }
+}
+
+const contract_t history_contracts[] = {
+    {"sdwrap.early", "a line before the initialisation does no harm", verify_early_lines},
+    {"sdwrap.init", "the history is initialised", verify_history_init},
+    {"sdwrap.lines", "lines of up to 511 characters are copied before the call returns",
+     verify_lines},
+    {"syserr.text", "every code has a text", verify_error_texts},
+    {NULL, NULL, NULL},
+};

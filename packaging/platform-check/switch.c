@@ -1,0 +1,189 @@
+/* The switch: mcecm.h, if_index.h, im.h, satmgr.h, sysmgr.h. */
+#include <draimiofaf/platform/if_index.h>
+#include <draimiofaf/platform/im.h>
+#include <draimiofaf/platform/mcecm.h>
+#include <draimiofaf/platform/satmgr.h>
+#include <draimiofaf/platform/sysmgr.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "check.h"
+
+typedef int (*is_port_t)(const platform_check_port_t *port);
+
+static int is_pod(const platform_check_port_t *port) {
+  return port->is_pod != 0;
+}
+
+static int has_record(const platform_check_port_t *port) {
+  return port->has_record != 0;
+}
+
+static int is_any(const platform_check_port_t *port) {
+  return port->if_index != 0;
+}
+
+/* A contract needs a port of a kind and one of another; the ports to go through. */
+static const platform_check_port_t *ports_with(is_port_t is_kind, const char *kind) {
+  size_t count = 0;
+  for (size_t i = 0; i < the_switch->port_count; ++i) count += is_kind(&the_switch->ports[i]) != 0;
+  REQUIRE(count > 0, "the switch has no port %s: set one up, or skip this", kind);
+  return the_switch->ports;
+}
+
+static const platform_check_port_t *end_of_ports(void) {
+  return the_switch->ports + the_switch->port_count;
+}
+
+/* --- mcecm.h --- */
+
+typedef union key {
+  uint64_t alignment;
+  uint8_t bytes[MCECM_SDB_KEY_SIZE + 8];
+} db_key_t;
+
+static void verify_keys(void) {
+  db_key_t keys[2];
+  memset(keys, 0xEE, sizeof keys);
+  mcecm_sdb_generate_if_key(UINT32_MAX, keys[0].bytes);
+  mcecm_sdb_generate_mct_key(1, keys[1].bytes);
+  for (size_t i = MCECM_SDB_KEY_SIZE; i < sizeof keys[0].bytes; ++i) {
+    REQUIRE(keys[0].bytes[i] == 0xEE && keys[1].bytes[i] == 0xEE, "a key is larger than %d bytes",
+            MCECM_SDB_KEY_SIZE);
+  }
+}
+
+static void verify_records(void) {
+  const platform_check_port_t *port = ports_with(has_record, "with a record");
+  for (; port < end_of_ports(); ++port) {
+    db_key_t key = {0};
+    uint32_t words[2];
+    mcecm_sdb_generate_if_key(port->if_index, key.bytes);
+    const void *record = mcecm_sdb_info_get(key.bytes);
+    REQUIRE((record != NULL) == (port->has_record != 0), "interface 0x%X has %s record",
+            port->if_index, record != NULL ? "a" : "no");
+    if (record == NULL) continue;
+    memcpy(words, record, sizeof words);
+    REQUIRE((words[0] != 0) == (port->record[0] != 0) && words[1] == port->record[1],
+            "the record of interface 0x%X is %u, 0x%X", port->if_index, words[0], words[1]);
+  }
+}
+
+static const void *trunk_record(void) {
+  db_key_t key = {0};
+  mcecm_sdb_generate_mct_key(1, key.bytes);
+  return mcecm_sdb_info_get(key.bytes);
+}
+
+static void verify_trunk(void) {
+  REQUIRE(the_switch->has_trunk != 0, "the switch has no trunk: set one up, or skip this");
+  REQUIRE(trunk_record() != NULL, "the trunk has no record");
+}
+
+static void verify_no_trunk(void) {
+  platform_check_switch_t wanted = *the_switch;
+  wanted.has_trunk = 0;
+  REQUIRE(platform_check_set_up(&wanted)->has_trunk == 0,
+          "the switch cannot be without a trunk: skip this");
+  REQUIRE(trunk_record() == NULL, "a trunk that does not exist has a record");
+}
+
+static void verify_internal_channels(void) {
+  REQUIRE(mcecm_api_is_internal_mcec(the_switch->internal_channel) != 0,
+          "channel %u is not internal", the_switch->internal_channel);
+  REQUIRE(mcecm_api_is_internal_mcec(the_switch->other_channel) == 0, "channel %u is internal",
+          the_switch->other_channel);
+}
+
+static void verify_user_vlans(void) {
+  for (uint32_t vlan = 0; vlan < 4096; ++vlan) {
+    const int is_set = (mcec_stp_vlan_count.bmp[vlan / 8] & (0x80 >> vlan % 8)) != 0;
+    const int is_user = vlan >= the_switch->first_user_vlan && vlan <= the_switch->last_user_vlan;
+    REQUIRE(is_set == is_user, "VLAN %u is %s", vlan, is_set ? "set" : "not set");
+  }
+}
+
+/* --- if_index.h, im.h, satmgr.h, sysmgr.h --- */
+
+static void verify_types(void) {
+  for (const platform_check_port_t *port = ports_with(is_any, ""); port < end_of_ports(); ++port) {
+    uint8_t type = 0;
+    if_index_get_type(port->if_index, &type);
+    REQUIRE(type == port->type, "interface 0x%X has type %u", port->if_index, type);
+  }
+}
+
+static uint32_t ports_in(uint32_t first, uint32_t last) {
+  uint32_t count = 0;
+  if_index_get_num_ports_in_if_index_range(first, last, &count);
+  return count;
+}
+
+static void verify_counts(void) {
+  const platform_check_port_t *const ports = ports_with(is_any, "");
+  for (size_t first = 0; first < the_switch->port_count; ++first) {
+    for (size_t last = 0; last < the_switch->port_count; ++last) {
+      const uint32_t expected = last >= first ? (uint32_t)(last - first + 1) : 0;
+      const uint32_t count = ports_in(ports[first].if_index, ports[last].if_index);
+      REQUIRE(count == expected, "0x%X to 0x%X has %u ports instead of %u", ports[first].if_index,
+              ports[last].if_index, count, expected);
+    }
+  }
+}
+
+static void verify_positions(void) {
+  const platform_check_port_t *const ports = ports_with(is_any, "");
+  for (size_t first = 0; first < the_switch->port_count; ++first) {
+    for (size_t at = first; at < the_switch->port_count; ++at) {
+      uint32_t if_index = 0;
+      if_index_get_if_index_in_range(ports[first].if_index, end_of_ports()[-1].if_index, &if_index,
+                                     (uint32_t)(at - first));
+      REQUIRE(if_index == ports[at].if_index, "position %zu from 0x%X is 0x%X instead of 0x%X",
+              at - first, ports[first].if_index, if_index, ports[at].if_index);
+    }
+  }
+}
+
+static void verify_layer_modes(void) {
+  const platform_check_port_t *const ports = ports_with(is_any, "");
+  for (uint32_t count = 1; count <= the_switch->port_count; ++count) {
+    im_ifindex_layermode_t *entries = guarded_buffer(count * sizeof *entries);
+    for (uint32_t i = 0; i < count; ++i) entries[i].if_index = ports[i].if_index;
+    const uint32_t result = im_get_ifindex_layermode_list(entries, count);
+    REQUIRE(result == 0, "it returned 0x%X", result);
+    for (uint32_t i = 0; i < count; ++i) {
+      REQUIRE(
+          entries[i].if_index == ports[i].if_index && entries[i].layer_mode == ports[i].layer_mode,
+          "interface 0x%X has layer mode %u", entries[i].if_index, entries[i].layer_mode);
+    }
+  }
+}
+
+static void verify_pods(void) {
+  for (const platform_check_port_t *port = ports_with(is_pod, "of a pod"); port < end_of_ports();
+       ++port) {
+    REQUIRE((satmgr_if_is_pod_port(port->if_index) != 0) == (port->is_pod != 0),
+            "interface 0x%X is %s port of a pod", port->if_index, port->is_pod ? "no" : "a");
+  }
+}
+
+static void verify_partition(void) {
+  REQUIRE((sysmgr_slc_get() & 0xFFFF) == (the_switch->partition & 0xFFFF), "it is %u",
+          sysmgr_slc_get());
+}
+
+const contract_t switch_contracts[] = {
+    {"mcecm.key", "a key takes eight bytes", verify_keys},
+    {"mcecm.record", "an interface has its record, or none", verify_records},
+    {"mcecm.trunk", "the trunk has a record", verify_trunk},
+    {"mcecm.no-trunk", "a trunk that does not exist has none", verify_no_trunk},
+    {"mcecm.internal", "internal channels are known", verify_internal_channels},
+    {"mcecm.user-vlans", "VLAN n is bit 0x80 >> n % 8 of byte n / 8", verify_user_vlans},
+    {"if_index.type", "an interface has its type", verify_types},
+    {"if_index.count", "a range counts both ends, a reversed one has no port", verify_counts},
+    {"if_index.position", "the ports of a range are numbered from 0", verify_positions},
+    {"im.layer-mode", "each entry of a query is answered, and no more", verify_layer_modes},
+    {"satmgr.pod", "ports of pods are known", verify_pods},
+    {"sysmgr.partition", "the partition is the one that the process runs in", verify_partition},
+    {NULL, NULL, NULL},
+};
