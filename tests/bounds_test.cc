@@ -24,8 +24,7 @@ TEST(Bounds, RangesStayWithinTheSet) {
       const volatile uint64_t *beside = guarded.after;
       EXPECT_EQ(guarded.before | beside[0] | beside[1], 0U) << first << ' ' << last;
       const uint32_t end = std::min(last, uint32_t{4095});
-      EXPECT_EQ(mcec::count(set->data()), first > end ? 0 : end - first + 1)
-          << first << ' ' << last;
+      EXPECT_EQ(mcec::count(*set), first > end ? 0 : end - first + 1) << first << ' ' << last;
     }
   }
 }

@@ -189,6 +189,12 @@ TEST_F(Extract, ListsThatReachPastTheirAttributeCountAsMissing) {
   for (std::size_t length = 0; length < range_list.value.size(); ++length) {
     EXPECT_EQ(command(13, true, {cut(range_list, length)}), no_ports) << length;
   }
+  const Attribute no_range = ports({});  // ends behind its count at the earliest
+  for (std::size_t length = 0; length <= no_range.value.size(); ++length) {
+    EXPECT_EQ(command(STP_MCEC_CMD_IF_PORT_MODE, true, {cut(no_range, length)}),
+              length < 8 ? no_ports : "0 | ok | count 0 | |")
+        << length;
+  }
   Attribute huge = list;
   huge.value[7] = 0x80;
   EXPECT_EQ(command(2, false, {huge}), no_vlans);
@@ -446,16 +452,18 @@ TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
                           update_op + "updating type=10, len=4 (is_default=1)",
                           update_op + "updating type=11, len=4 (is_default=0)",
                           update_op + "updating type=13, len=0 (is_default=0)"}));
-  // A value that is too short for its type is not put to the default test.
+  // A value that is shorter than what its default test reads is not the default.
   EXPECT_EQ(
-      update(1, 0, {{6, {0}}, {4, {0, 0, 0}}, {3, Bytes(31)}, {2, Bytes(515)}, {5, Bytes(8192)}})
+      update(1, 0,
+             {{6, {0}}, {4, {0, 0, 0}}, {3, {}}, {3, Bytes(1)}, {2, Bytes(515)}, {5, Bytes(8192)}})
           .substr(0, 26),
-      "0 | | cmd 0 count 5 | type");
+      "0 | | cmd 0 count 6 | type");
   const Lines lines = log();
   EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
             (Lines{update_op + "updating type=6, len=1 (is_default=0)",
                    update_op + "updating type=4, len=3 (is_default=0)",
-                   update_op + "updating type=3, len=31 (is_default=0)",
+                   update_op + "updating type=3, len=0 (is_default=0)",
+                   update_op + "updating type=3, len=1 (is_default=1)",
                    update_op + "updating type=2, len=515 (is_default=0)",
                    update_op + "updating type=5, len=8192 (is_default=1)"}));
 }

@@ -2,8 +2,10 @@
  * Cache: the local switch's type-1 parameters, one tree in the process, and their export as the
  * TLV array that goes to the peer.
  *
- * Values are held as in a TLV, in network byte order. A parameter of the switch has interface
- * index 0. An entry keeps the length it was created with.
+ * Values are kept as in a TLV, in network byte order. A parameter of the switch has interface
+ * index 0. An entry keeps the length it was created with. Neither lengths nor values are checked: a
+ * mode that is neither MST nor Rapid-PVST makes every later check fail with STP_MCEC_ERR_FAILURE.
+ * No pointer may be NULL unless its function says so.
  */
 #ifndef DRAIMIOFAF_CACHE_H
 #define DRAIMIOFAF_CACHE_H
@@ -36,14 +38,14 @@ STP_MCEC_API void stp_mcec_type1_cfg_delete_cache_node(uint16_t type, uint32_t i
 
 /*
  * Add the parameters of a message to the cache, or delete a scope from it. A parameter that is
- * cached already keeps its value.
+ * cached already keeps its value: to replace a scope, delete it first.
  *
  * del: not 0: delete the scope (types 1 to 9 under index 0, or types 10 to 12 of the interface);
- *      msg is not used.
+ *      msg is not used and may be NULL.
  * gbl: not 0: the scope is the switch, and entries go under index 0; 0: interface if_index. The
- *      types of the entries are not held against the scope.
+ *      types of the entries are not compared with the scope.
  * msg: a message whose payload is a header of STP_MCEC_TYPE1_UPD_HDR_SIZE bytes, not read, and a
- *      TLV array. It stays the caller's.
+ *      TLV array, whose values are in network byte order. It stays the caller's.
  *
  * 0: done, also when the message has no payload or no entry.
  * STP_MCEC_ERR_NO_MEMORY: an entry could not be allocated; those before it are cached.
@@ -54,7 +56,9 @@ STP_MCEC_API uint32_t stp_mcec_type1_cfg_cache_update(int32_t del, int32_t gbl, 
 
 /*
  * Add the parameters of a TLV array to the cache, all under if_index (0 for an array of the
- * switch). A parameter that is cached already keeps its value. The array stays the caller's; the
+ * switch). A parameter that is cached already keeps its value: the cache is not emptied before, and
+ * an array that was read once has no effect the second time. To replace a scope, delete it with
+ * stp_mcec_type1_cfg_cache_update first. The array stays the caller's and is not written; the
  * second argument has no effect.
  *
  * 0: done, also when the array has no entry. STP_MCEC_ERR_INVALID_ARG: array is NULL.

@@ -3,10 +3,12 @@
  * turns an array into records for display.
  *
  * The arrays are TLV arrays of the platform, local and peer's, both of one scope (the switch or one
- * interface); they stay the caller's. First the parameters of every mode are compared, then
- * those of the mode, each time in the order of the local array; the first that disagrees decides
- * the result. Parameters that only the peer has are not compared. Which parameters count depends on
- * the spanning-tree mode in the cache, not in the arrays:
+ * interface); they stay the caller's and are not written. First the parameters of every mode are
+ * compared, then those of the mode, each time in the order of the local array; the first that
+ * disagrees decides the result. Parameters that only the peer has are not compared: a local array
+ * without entries agrees with any other, so let both switches check. Which parameters count depends
+ * on the spanning-tree mode in the cache, not in the arrays; without one, or with one that is
+ * neither MST nor Rapid-PVST, every check through the common one fails:
  *
  *   in every mode   1 mode, 6 loop guard, 7 bridge assurance, 8 global port type,
  *                   10 interface port type (a difference on a pod host interface is ignored),
@@ -14,7 +16,7 @@
  *   MST             3, 4, 5 the region, 9 and 12 simulate PVST
  *   Rapid-PVST      2 VLANs with spanning tree disabled, over the twin VLANs only
  *
- * Values are compared as they stand over the length of the local one; a peer's value that is
+ * Values are compared byte by byte over the length of the local one; a peer's value that is
  * shorter differs from it.
  *
  * Result codes of all checks:
@@ -30,8 +32,8 @@
  * Arguments of all checks:
  *
  *   caller_data        not read
- *   check_stp_endis    1: compare the VLANs with spanning tree disabled; else leave them
- *                      out, and the three that follow may be NULL
+ *   check_stp_endis    1: compare the VLANs with spanning tree disabled, and none of the three
+ *                      that follow may be NULL; else leave them out, and the three may be NULL
  *   compat_vlans       bmp4096_t, read only: the twin VLANs; its size word is not read
  *   pass_vlans,        bmp4096_t, size in host byte order: the twin VLANs that agree and those that
  *   fail_vlans         do not. Written, on success and on failure, only when the values of
@@ -79,7 +81,8 @@ STP_MCEC_API uint32_t stp_mcec_pvrst_type1_cfg_compat_check(
  * Compare two sets of VLANs over the twin VLANs.
  *
  * type: the parameter, for the result code. local_vlans, remote_vlans: bmp4096_t, size in network
- * byte order, read only. The other records as above; both results are always written.
+ * byte order, read only. The other records as above; both results are always written. No pointer
+ * may be NULL.
  *
  * 0 when every twin VLAN is in both sets or in neither, else the mismatch code of type.
  */
@@ -90,10 +93,12 @@ STP_MCEC_API uint32_t stp_mcec_pvrst_endis_check_for_twin_vlans(uint16_t type, v
 
 /*
  * Turn a TLV array into records for display, one for each entry, in its order; the cached value of
- * a parameter of the switch is logged beside it. The array stays the caller's.
+ * a parameter of the switch is logged beside it. The array stays the caller's and is not written.
+ * The value of MST_REGION_VI_MAP has no text: its param_value is "".
  *
- * *param_info: the report, a block of 4 + count * sizeof(mcecm_app_info_t) bytes, memory type
- * mcecm_app_info_t, the caller's to release with mtrack_free on success and on failure alike.
+ * param_info: not NULL. *param_info: the report, a block of 4 + count * sizeof(mcecm_app_info_t)
+ * bytes, memory type mcecm_app_info_t, the caller's to release with mtrack_free on success and on
+ * failure alike.
  *
  * 0: every entry is a record.
  * STP_MCEC_ERR_INVALID_ARG: the array is NULL or empty, *param_info is as it was; or an entry is no

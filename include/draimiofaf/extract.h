@@ -5,7 +5,8 @@
  * msg: a message of the platform. handle: a command request, built from such a message. Both stay
  * the caller's.
  *
- * The four out-arguments of every extraction; set the pointers to NULL and the numbers to 0 before:
+ * The four out-arguments of every extraction, none of which may be NULL; set what they point to to
+ * NULL and 0 before:
  *
  *   tlv_array         the new values, a TLV array in network byte order; of a command, each
  *                     parameter once
@@ -20,14 +21,14 @@
  * A command is answered once: positively by the dispatch when the result is 0, negatively with a
  * message for the user by the extractor that refuses it. Not answered: an unknown command, a
  * message without a usable request, MST region reset under a wrong identifier, an interface command
- * whose member ports all left their channels meanwhile.
+ * whose member ports all left their channels meanwhile (see stp_mcec_extract_if_params).
  *
  * Result codes of all extractions:
  *
  *   0                             done; the cache shows what will be once the command is applied
  *   STP_MCEC_ERR_INVALID_ARG      unknown opcode or command; a port mode or guard that is none; a
  *                                 message without a usable request; a list attribute is missing,
- *                                 or shorter than its header or than its number of ranges asks for
+ *                                 or shorter than its number of ranges requires
  *   STP_MCEC_ERR_NO_MEMORY        a cache entry could not be allocated
  *   STP_MCEC_RESULT_NO_BLOCK      a block for the caller could not be allocated
  *   STP_MCEC_RESULT_PVRST_REFUSED the mode command was refused
@@ -77,7 +78,8 @@ STP_MCEC_API uint32_t stp_mcec_param_extractor_from_cli(
 
 /*
  * Update message: store every parameter it carries, and hand out a copy of its array with one
- * record for each entry. The payload, words in host byte order:
+ * record for each entry. The payload; the words of its header are in host byte order, the values in
+ * its array in network byte order:
  *
  *   0          4          8          12         16                      16 + length
  *   +----------+----------+----------+----------+-----------------------+
@@ -95,8 +97,9 @@ STP_MCEC_API uint32_t stp_mcec_param_extractor_from_stp_type1_upd(
     mcecm_app_cmd_extract_info_t **extract_info);
 
 /*
- * STP_MCEC_CMD_STP_MODE: the mode. Rapid-PVST without the attribute and in the negating form; any
- * word of the attribute is taken as it stands.
+ * STP_MCEC_CMD_STP_MODE: the mode. Rapid-PVST without the attribute and in the negating form. Any
+ * word of the attribute is cached; one that is neither MST nor Rapid-PVST makes every later check
+ * fail with STP_MCEC_ERR_FAILURE.
  *
  * STP_MCEC_RESULT_PVRST_REFUSED: Rapid-PVST with more than STP_MCEC_PVRST_MAX_USER_VLANS user
  * VLANs.

@@ -33,9 +33,17 @@ STP_MCEC_API uint32_t stp_mcec_extract_gbl_port_type_param(
  * STP_MCEC_CMD_IF_*: the value of the command for every port of its interface ranges that is a
  * member of a multi-chassis port channel, one record for each and one entry for all. Nothing is
  * handed out when none is, nor when the first port is a pod host interface on an internal channel.
+ * A list of no ranges may end behind its number of ranges.
  *
- * STP_MCEC_ERR_NO_MCEC_INFO: the ports counted as members were none when their turn came; the
- *     records are not valid, *tlv_array is NULL, the command is not answered.
+ * Ports are counted, then asked for again, and may leave their channels in between. While at least
+ * one member is left, the result is 0 and the records that were not filled have valid 0. When none
+ * is left, no record is valid and *tlv_array is NULL; the result is that of the last membership
+ * query:
+ *
+ *   STP_MCEC_ERR_NO_MCEC_INFO   the ports are still in the ranges; the command is not answered
+ *   0                           the platform has no port in the ranges any more, and the last one
+ *                               that was counted was a member; the dispatch accepts the command.
+ *                               When that one was none: as above.
  */
 STP_MCEC_API uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, uint8_t **tlv_array,
                                                  uint32_t *num_extract_info, uint32_t *is_cmd,

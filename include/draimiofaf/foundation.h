@@ -33,9 +33,9 @@ STP_MCEC_API uint32_t stp_mcec_get_type1_cfg_compat_chk_errcode(uint16_t type);
 /*
  * 1 when the value is the parameter's default, else 0; 0 for a type that is none.
  *
- * value: in network byte order, as in a TLV; not NULL. It is read as far as the test needs (516
- * bytes of STP_ENDIS, the first byte of MST_REGION_NAME, 4 bytes of a word), whatever len says: a
- * caller that may hold a shorter value asks its length first.
+ * value: in network byte order, as in a TLV; not NULL, not written. It is read as far as the test
+ * needs (516 bytes of STP_ENDIS, the first byte of MST_REGION_NAME, 4 bytes of a word), whatever
+ * len says: a caller whose value may be shorter tests its length first.
  * len: bytes of the value. Only MST_REGION_VI_MAP looks at it: a map that is not 8192 bytes long
  * is not the default.
  *
@@ -44,7 +44,7 @@ STP_MCEC_API uint32_t stp_mcec_get_type1_cfg_compat_chk_errcode(uint16_t type);
  */
 STP_MCEC_API uint32_t stp_mcec_type1_cfg_param_is_default(uint32_t type, uint32_t len, void *value);
 
-/* --- VLAN bitmaps: records are bmp4096_t at any address --------------------------------------- */
+/* --- VLAN bitmaps: records are bmp4096_t at any address, not NULL ----------------------------- */
 
 /* Write src's size word, taken from host to network byte order, to dst's; the bitmap bytes are
  * neither read nor written. dst may be src. */
@@ -72,7 +72,8 @@ STP_MCEC_API extern char stp_vlan_bmp_str_buf[16384];
 /* The name of a memory type, "STP_MCEC_LIB_MEM_NONE" for 0; NULL above STP_MCEC_LIB_MEM_MAX. */
 STP_MCEC_API const char *__stp_mcec_lib_mem_type_t_find(uint32_t type);
 
-/* The memory type of a name, upper or lower case; STP_MCEC_LIB_MEM_NONE for no such name. */
+/* The memory type of a name, upper or lower case, not NULL; STP_MCEC_LIB_MEM_NONE for no such
+ * name. */
 STP_MCEC_API uint32_t __stp_mcec_lib_mem_type_t_str2enum(const char *name);
 
 /* Initialise the event history. Called by each line that is logged until it has succeeded once. */
@@ -92,7 +93,7 @@ stp_mcec_lib_debug_print(uint32_t unused, const char *format, ...);
 
 /*
  * Find the multi-chassis port channel of an interface. 0 with its identifier in *mcec_id, or
- * STP_MCEC_ERR_NO_MCEC_INFO with *mcec_id as it was when the interface has none.
+ * STP_MCEC_ERR_NO_MCEC_INFO with *mcec_id as it was when the interface has none. mcec_id: not NULL.
  */
 STP_MCEC_API uint32_t stp_mcec_lib_get_mcec_id(uint32_t if_index, uint32_t *mcec_id);
 

@@ -34,8 +34,9 @@ STP_MCEC_API void stp_ntoh_vlan_range_state_change_mts_msg(void *dst, const void
  * while the interface manager is away. */
 STP_MCEC_API uint32_t stp_valid_if_index_offline(uint32_t if_index);
 
-/* 1 when, besides, the interface manager reports the layer mode STP_MCEC_IF_LAYER_MODE_ACCEPTED for
- * it; else 0, also when the interface manager does not answer. */
+/* 1 when the interface is of such a type and the interface manager reports the layer mode
+ * STP_MCEC_IF_LAYER_MODE_ACCEPTED for it; else 0, also when the interface manager does not
+ * answer. */
 STP_MCEC_API uint32_t stp_valid_if_index(uint32_t if_index);
 
 #ifdef __cplusplus

@@ -1,6 +1,5 @@
 /*
- * Shared records, codes and constants of libdraimiofaf: what the other headers and the processes
- * that load the library have in common. C11 and C++20.
+ * Shared records of libdraimiofaf, and with commands.h and parameters.h its codes and constants.
  *
  * Byte order: a value inside a TLV array or in the cache is in network byte order; the fields of
  * the records below are in host byte order unless they say otherwise.
@@ -8,9 +7,18 @@
 #ifndef DRAIMIOFAF_TYPES_H
 #define DRAIMIOFAF_TYPES_H
 
+#if defined(__cplusplus) ? __cplusplus < 201103L \
+                         : !defined(__STDC_VERSION__) || __STDC_VERSION__ < 201112L
+#error "the headers of draimiofaf need C11 or C++11, or newer"
+#endif
+
 #include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
+
+#include "draimiofaf/commands.h"
+#include "draimiofaf/parameters.h"
+#include "draimiofaf/version.h"
 
 #if defined(__GNUC__)
 #define STP_MCEC_API __attribute__((visibility("default")))
@@ -23,143 +31,8 @@
 #define STP_MCEC_FIELD_AT(record, field, offset) \
   static_assert(offsetof(record, field) == (offset), #record "." #field)
 
-/*
- * The twelve type-1 parameters, the settings that must be equal on both peers of a multi-chassis
- * port channel: X(name, type, scope, length of the value in bytes, mismatch code, kind of value,
- * default word, modes in which it is compared, whether it is compared on pod ports).
- *
- * GLOBAL parameters belong to the switch and are cached under interface index 0, INTERFACE ones
- * under the index of their interface. The default word is that of the kinds that are one word; any
- * word but 0 is the default of BRIDGE_ASSURANCE and GBL_MST_SIMULATE_PVST. The default of the other
- * kinds is a value of zero bytes.
- *
- *   STP_MODE                 one word: STP_MCEC_STP_MODE_*; Rapid-PVST by default
- *   STP_ENDIS                bmp4096_t, a set bit is a VLAN on which spanning tree is disabled
- *   MST_REGION_NAME          text, NUL-terminated unless it fills the value
- *   MST_REGION_REVISION      one word
- *   MST_REGION_VI_MAP        4096 16-bit words, the MST instance of VLAN 0 to 4095
- *   LOOP_GUARD               one word, 0 disabled (the default), else enabled
- *   BRIDGE_ASSURANCE         one word, 0 disabled, else enabled (the default)
- *   GBL_PORT_TYPE            one word of STP_MCEC_GBL_PORT_TYPE_* flags, 0 by default
- *   GBL_MST_SIMULATE_PVST    one word, 0 disabled, else enabled (the default)
- *   IFI_PORT_TYPE            one word: STP_MCEC_IFI_PORT_TYPE_*
- *   IFI_PORT_GUARD           one word: STP_MCEC_IFI_PORT_GUARD_*
- *   IFI_MST_SIMULATE_PVST    one word: STP_MCEC_IFI_MST_SIMULATE_PVST_*
- */
-#define STP_MCEC_TYPE1_PARAMETERS(X)                                                   \
-  X(STP_MODE, 1, GLOBAL, 4, 0x40DD003B, CHOICE, 5, IN_EVERY_MODE, ON_POD)              \
-  X(STP_ENDIS, 2, GLOBAL, 516, 0x40DD003C, VLANS, 0, IN_RAPID_PVST, ON_POD)            \
-  X(MST_REGION_NAME, 3, GLOBAL, 32, 0x40DD003D, TEXT, 0, IN_MST, ON_POD)               \
-  X(MST_REGION_REVISION, 4, GLOBAL, 4, 0x40DD003E, NUMBER, 0, IN_MST, ON_POD)          \
-  X(MST_REGION_VI_MAP, 5, GLOBAL, 8192, 0x40DD003F, MAP, 0, IN_MST, ON_POD)            \
-  X(LOOP_GUARD, 6, GLOBAL, 4, 0x40DD0040, CHOICE, 0, IN_EVERY_MODE, ON_POD)            \
-  X(BRIDGE_ASSURANCE, 7, GLOBAL, 4, 0x40DD0041, CHOICE, 1, IN_EVERY_MODE, ON_POD)      \
-  X(GBL_PORT_TYPE, 8, GLOBAL, 4, 0x40DD0042, FLAGS, 0, IN_EVERY_MODE, ON_POD)          \
-  X(GBL_MST_SIMULATE_PVST, 9, GLOBAL, 4, 0x40DD0045, CHOICE, 1, IN_MST, ON_POD)        \
-  X(IFI_PORT_TYPE, 10, INTERFACE, 4, 0x40DD0043, CHOICE, 0, IN_EVERY_MODE, NOT_ON_POD) \
-  X(IFI_PORT_GUARD, 11, INTERFACE, 4, 0x40DD0044, CHOICE, 0, IN_EVERY_MODE, ON_POD)    \
-  X(IFI_MST_SIMULATE_PVST, 12, INTERFACE, 4, 0x40DD0046, CHOICE, 0, IN_MST, ON_POD)
-
-/* What a value is, and the modes in which peers must agree on it: columns of the list above. */
-enum {
-  STP_MCEC_KIND_NUMBER,
-  STP_MCEC_KIND_CHOICE, /* a word that stands for one of a few texts */
-  STP_MCEC_KIND_FLAGS,  /* a word of flags */
-  STP_MCEC_KIND_TEXT,
-  STP_MCEC_KIND_VLANS,
-  STP_MCEC_KIND_MAP,
-
-  STP_MCEC_COMPARED_IN_EVERY_MODE = 0,
-  STP_MCEC_COMPARED_IN_MST,
-  STP_MCEC_COMPARED_IN_RAPID_PVST,
-
-  STP_MCEC_COMPARED_NOT_ON_POD = 0,
-  STP_MCEC_COMPARED_ON_POD,
-};
-
 /* The type of a parameter, as TLVs, cache nodes and records carry it. */
 typedef uint16_t stp_mcec_type1_cfg_type_t;
-
-/* STP_MCEC_TYPE1_STP_MODE (1) to STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST (12). */
-enum {
-#define STP_MCEC_ENUMERATOR(name, type, ...) STP_MCEC_TYPE1_##name = (type),
-  STP_MCEC_TYPE1_PARAMETERS(STP_MCEC_ENUMERATOR)
-#undef STP_MCEC_ENUMERATOR
-};
-
-/*
- * Result codes besides 0 (success) and the twelve mismatch codes: X(name, code). 1 is returned
- * where a block for the caller cannot be allocated. The codes of the platform's TLV library pass
- * through unchanged.
- *
- *   FAILURE            a check could not be carried out; also the mismatch code of no parameter
- *   NO_MEMORY          a cache node or its value could not be allocated
- *   INVALID_ARG        a required argument is missing or out of range, or a message or command is
- *                      unknown
- *   TYPE1_PARAM_NULL   one of the two arrays of a check is missing
- *   NO_MCEC_INFO       the interface has no multi-chassis port channel
- */
-#define STP_MCEC_RESULT_CODES(X)      \
-  X(ERR_FAILURE, 0x40DD0001)          \
-  X(ERR_NO_MEMORY, 0x40DD0002)        \
-  X(ERR_INVALID_ARG, 0x40DD0003)      \
-  X(ERR_TYPE1_PARAM_NULL, 0x40DD003A) \
-  X(ERR_NO_MCEC_INFO, 0x41B70016)
-
-/* STP_MCEC_ERR_FAILURE and the like, and a mismatch code for each parameter, for instance
- * STP_MCEC_ERR_TYPE1_LOOP_GUARD. */
-enum {
-#define STP_MCEC_ENUMERATOR(name, code) STP_MCEC_##name = (code),
-  STP_MCEC_RESULT_CODES(STP_MCEC_ENUMERATOR)
-#undef STP_MCEC_ENUMERATOR
-#define STP_MCEC_ENUMERATOR(name, type, scope, length, code, ...) \
-  STP_MCEC_ERR_TYPE1_##name = (code),
-      STP_MCEC_TYPE1_PARAMETERS(STP_MCEC_ENUMERATOR)
-#undef STP_MCEC_ENUMERATOR
-};
-
-/* A block for the caller could not be allocated. */
-#define STP_MCEC_RESULT_NO_BLOCK UINT32_C(1)
-/* Rapid-PVST refused: more than STP_MCEC_PVRST_MAX_USER_VLANS user VLANs are configured. */
-#define STP_MCEC_RESULT_PVRST_REFUSED UINT32_C(0xFFFFFFFF)
-
-/* Values of STP_MODE, and the most user VLANs with which Rapid-PVST is accepted. */
-enum {
-  STP_MCEC_STP_MODE_MST = 4,
-  STP_MCEC_STP_MODE_RAPID_PVST = 5,
-  STP_MCEC_PVRST_MAX_USER_VLANS = 507,
-};
-
-/* Flags of GBL_PORT_TYPE: what the ports of the switch are unless their interface says otherwise.
- * NORMAL is set by the commands exactly when neither EDGE nor NETWORK is. */
-enum {
-  STP_MCEC_GBL_PORT_TYPE_EDGE = 0x1,
-  STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD = 0x2,
-  STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER = 0x4,
-  STP_MCEC_GBL_PORT_TYPE_NETWORK = 0x8,
-  STP_MCEC_GBL_PORT_TYPE_NORMAL = 0x10,
-};
-
-/* Values of the parameters of an interface; 0, what it has when nothing is configured, is their
- * default. */
-enum {
-  STP_MCEC_IFI_PORT_TYPE_DEFAULT = 0,
-  STP_MCEC_IFI_PORT_TYPE_EDGE = 1,
-  STP_MCEC_IFI_PORT_TYPE_NORMAL = 2,
-  STP_MCEC_IFI_PORT_TYPE_EDGE_TRUNK = 3,
-  STP_MCEC_IFI_PORT_TYPE_NETWORK = 4,
-
-  STP_MCEC_IFI_PORT_GUARD_DEFAULT = 0,
-  STP_MCEC_IFI_PORT_GUARD_ROOT = 1,
-  STP_MCEC_IFI_PORT_GUARD_LOOP = 2,
-  STP_MCEC_IFI_PORT_GUARD_NONE = 3,
-
-  STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT = 0,
-  STP_MCEC_IFI_MST_SIMULATE_PVST_ENABLED = 1,
-  STP_MCEC_IFI_MST_SIMULATE_PVST_DISABLED = 2,
-  STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_ENABLED = 3,
-  STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_DISABLED = 4,
-};
 
 /*
  * A set of VLANs 0 to 4095, 516 bytes:
@@ -286,82 +159,5 @@ enum {
   STP_MCEC_LIB_MEM_TYPES(STP_MCEC_ENUMERATOR)
 #undef STP_MCEC_ENUMERATOR
 };
-
-/*
- * Configuration commands: X(name, identifier, sub-extractor, gated, the parameters that it sets as
- * bits of STP_MCEC_SETS). A GATED command concerns the check only while a multi-chassis trunk
- * exists; the interface commands decide port by port.
- */
-#define STP_MCEC_COMMANDS(X)                                                                       \
-  X(STP_MODE, 1, stp_mcec_extract_stp_mode_param, GATED, STP_MCEC_SETS(STP_MODE))                  \
-  X(STP_ENDIS, 2, stp_mcec_extract_stp_endis_param, GATED, STP_MCEC_SETS(STP_ENDIS))               \
-  X(IF_PORT_MODE, 13, stp_mcec_extract_if_params, UNGATED, STP_MCEC_SETS(IFI_PORT_TYPE))           \
-  X(IF_GUARD, 17, stp_mcec_extract_if_params, UNGATED, STP_MCEC_SETS(IFI_PORT_GUARD))              \
-  X(GBL_EDGE, 18, stp_mcec_extract_gbl_port_type_param, GATED, STP_MCEC_SETS(GBL_PORT_TYPE))       \
-  X(GBL_EDGE_BPDUGUARD, 19, stp_mcec_extract_gbl_port_type_param, GATED,                           \
-    STP_MCEC_SETS(GBL_PORT_TYPE))                                                                  \
-  X(GBL_EDGE_BPDUFILTER, 20, stp_mcec_extract_gbl_port_type_param, GATED,                          \
-    STP_MCEC_SETS(GBL_PORT_TYPE))                                                                  \
-  X(GBL_LOOPGUARD, 21, stp_mcec_extract_gbl_params, GATED, STP_MCEC_SETS(LOOP_GUARD))              \
-  X(MST_REGION_RESET, 43, stp_mcec_extract_reset_mst_region_cfg, GATED,                            \
-    STP_MCEC_SETS(MST_REGION_NAME) | STP_MCEC_SETS(MST_REGION_REVISION) |                          \
-        STP_MCEC_SETS(MST_REGION_VI_MAP))                                                          \
-  X(GBL_NETWORK, 45, stp_mcec_extract_gbl_port_type_param, GATED, STP_MCEC_SETS(GBL_PORT_TYPE))    \
-  X(GBL_BRIDGE_ASSURANCE, 46, stp_mcec_extract_gbl_params, GATED, STP_MCEC_SETS(BRIDGE_ASSURANCE)) \
-  X(IF_PORT_TYPE, 47, stp_mcec_extract_if_params, UNGATED, STP_MCEC_SETS(IFI_PORT_TYPE))           \
-  X(IF_EDGE_TRUNK, 48, stp_mcec_extract_if_params, UNGATED, STP_MCEC_SETS(IFI_PORT_TYPE))          \
-  X(GBL_MST_SIMULATE_PVST, 49, stp_mcec_extract_gbl_params, GATED,                                 \
-    STP_MCEC_SETS(GBL_MST_SIMULATE_PVST))                                                          \
-  X(IF_MST_SIMULATE_PVST, 50, stp_mcec_extract_if_params, UNGATED,                                 \
-    STP_MCEC_SETS(IFI_MST_SIMULATE_PVST))
-
-/* The bit of a parameter in the set of those that a command sets. */
-#define STP_MCEC_SETS(name) (UINT32_C(1) << STP_MCEC_TYPE1_##name)
-
-enum {
-#define STP_MCEC_ENUMERATOR(name, id, ...) STP_MCEC_CMD_##name = (id),
-  STP_MCEC_COMMANDS(STP_MCEC_ENUMERATOR)
-#undef STP_MCEC_ENUMERATOR
-};
-
-/*
- * Attributes of the commands; words are in host byte order.
- *
- *   STP_MODE        the mode, one word
- *   VLAN_LIST       a VLAN range list:   | unread | n | first last | first last | ...   (words)
- *   IFINDEX         the interface ranges: | unread | n | unread | unread | first last | ... (words)
- *   IF_PORT_MODE, IF_PORT_TYPE   one word: STP_MCEC_IF_PORT_MODE_*
- *   IF_GUARD        one word: STP_MCEC_IF_GUARD_*
- *   IF_MST_SIMULATE_PVST         its presence disables the simulation; the value is not read
- *
- * The _2 identifiers say the same as their namesakes, from another form of the command.
- */
-enum {
-  STP_MCEC_ATTR_STP_MODE = 0x2020002,
-  STP_MCEC_ATTR_VLAN_LIST = 0x13020005,
-  STP_MCEC_ATTR_IFINDEX = 0xD030001,
-  STP_MCEC_ATTR_IF_PORT_MODE = 0x2020036,
-  STP_MCEC_ATTR_IF_PORT_MODE_2 = 0x202003C,
-  STP_MCEC_ATTR_IF_PORT_TYPE = 0x202003F,
-  STP_MCEC_ATTR_IF_PORT_TYPE_2 = 0x2020048,
-  STP_MCEC_ATTR_IF_GUARD = 0x2020065,
-  STP_MCEC_ATTR_IF_GUARD_2 = 0x2020068,
-  STP_MCEC_ATTR_IF_MST_SIMULATE_PVST = 0x202008B,
-  STP_MCEC_ATTR_IF_MST_SIMULATE_PVST_2 = 0x2020091,
-};
-
-/* Words of the attributes IF_PORT_MODE and IF_PORT_TYPE, and of IF_GUARD. */
-enum {
-  STP_MCEC_IF_PORT_MODE_NORMAL = 2,
-  STP_MCEC_IF_PORT_MODE_EDGE_TRUNK = 3,
-  STP_MCEC_IF_PORT_MODE_NETWORK = 4,
-  STP_MCEC_IF_PORT_MODE_EDGE = 5,
-  STP_MCEC_IF_GUARD_ROOT = 1,
-  STP_MCEC_IF_GUARD_LOOP = 2,
-  STP_MCEC_IF_GUARD_NONE = 3,
-};
-
-/* The layer mode of an interface that spanning tree runs on. */
-enum { STP_MCEC_IF_LAYER_MODE_ACCEPTED = 2 };
 
 #endif

@@ -7,9 +7,17 @@
 #include "foundation/runtime.h"
 
 namespace mcec::cache {
+namespace {
 
-Node *find(const void *key) {
-  return static_cast<Node *>(avl_find(stp_mcec_type1_cfg_avl, key));
+void release(Node *node) {
+  Block<Node> released(node);
+  if (released->val != nullptr) mtrack_free(std::exchange(released->val, nullptr));
+}
+
+}  // namespace
+
+Node *find(const Node &key) {
+  return static_cast<Node *>(avl_find(stp_mcec_type1_cfg_avl, &key));
 }
 
 Node *add(uint32_t if_index, uint16_t type, Bytes value) {
@@ -17,7 +25,7 @@ Node *add(uint32_t if_index, uint16_t type, Bytes value) {
   Block<Node> node(
       static_cast<Node *>(zalloc(STP_MCEC_LIB_MEM_type1_cfg_avl_node_t, sizeof(Node))));
   if (!node) return nullptr;
-  *node = key(if_index, type);
+  *node = key_of(if_index, type);
   node->len = length;
   node->val =
       static_cast<type1_cfg_avl_val_t *>(zalloc(STP_MCEC_LIB_MEM_type1_cfg_avl_val_t, length));
@@ -35,6 +43,13 @@ Put put(uint32_t if_index, uint16_t type, Bytes value) {
   return {add(if_index, type, value), true};
 }
 
+void remove(uint32_t if_index, uint16_t type) {
+  Node *node = find(if_index, type);
+  if (node == nullptr) return;
+  avl_delete(stp_mcec_type1_cfg_avl, node);
+  release(node);
+}
+
 }  // namespace mcec::cache
 
 using namespace mcec;
@@ -48,13 +63,9 @@ extern "C" int stp_mcec_type1_cfg_avl_cmp_func(const void *a, const void *b) {
 }
 
 extern "C" void stp_mcec_type1_cfg_avl_free(void *node) {
-  Block<cache::Node> released(static_cast<cache::Node *>(node));
-  if (released->val != nullptr) mtrack_free(std::exchange(released->val, nullptr));
+  cache::release(static_cast<cache::Node *>(node));
 }
 
 extern "C" void stp_mcec_type1_cfg_delete_cache_node(uint16_t type, uint32_t if_index) {
-  cache::Node *node = cache::find(if_index, type);
-  if (node == nullptr) return;
-  avl_delete(stp_mcec_type1_cfg_avl, node);
-  stp_mcec_type1_cfg_avl_free(node);
+  cache::remove(if_index, type);
 }

@@ -1,6 +1,5 @@
 // Filling the cache from outside: parameters that are not cached yet are added, none is changed.
 
-#include "cache/scope.h"
 #include "cache/store.h"
 #include "draimiofaf/cache.h"
 #include "foundation/runtime.h"
@@ -10,9 +9,43 @@ using namespace mcec;
 
 namespace {
 
-uint32_t no_memory(Step step) {
-  hist_log(step, "Failed malloc\n");
-  return STP_MCEC_ERR_NO_MEMORY;
+// The lines of an array, with the number of its entries, and of an entry, with its type and length;
+// nullptr: none.
+struct Lines {
+  const char *count;
+  const char *read = nullptr;
+  const char *found = nullptr;
+  const char *add = nullptr;
+  const char *added = nullptr;
+};
+
+constexpr Lines update_lines = {.count = "Num TLVs %d\n",
+                                .found = "Found avl node for type %d\n",
+                                .add = "Add type %d to cache\n",
+                                .added = "success add type %d len %zu to cache\n"};
+constexpr Lines rebuild_lines = {.count = "num_tlvs = %d\n", .read = "type = %d, tlen=%zu\n"};
+
+void log_entry(Step step, const char *line, const Tlv &tlv) {
+  if (line != nullptr) hist_log(step, line, tlv.type, tlv.value.size());
+}
+
+uint32_t add_entries(Step step, const Lines &lines, const void *array, uint32_t if_index) {
+  Walk walk = walk_over(array);
+  hist_log(step, lines.count, walk.count);
+  for (Tlv tlv; next(walk, tlv);) {
+    log_entry(step, lines.read, tlv);
+    if (cache::find(if_index, tlv.type) != nullptr) {
+      log_entry(step, lines.found, tlv);
+      continue;
+    }
+    log_entry(step, lines.add, tlv);
+    if (cache::add(if_index, tlv.type, tlv.value) == nullptr) {
+      hist_log(step, "Failed malloc\n");
+      return STP_MCEC_ERR_NO_MEMORY;
+    }
+    log_entry(step, lines.added, tlv);
+  }
+  return walk.code == 0 ? 0 : log_failure(step, not_retrieved, walk.code);
 }
 
 }  // namespace
@@ -24,7 +57,7 @@ extern "C" uint32_t stp_mcec_type1_cfg_cache_update(int32_t del, int32_t gbl, ui
   const cache::ScopeOf scope = cache::scope_of(gbl, if_index);
   if (del != 0) {
     for (const Parameter &parameter : scope.parameters) {
-      stp_mcec_type1_cfg_delete_cache_node(parameter.type, scope.if_index);
+      cache::remove(scope.if_index, parameter.type);
     }
     return 0;
   }
@@ -34,29 +67,11 @@ extern "C" uint32_t stp_mcec_type1_cfg_cache_update(int32_t del, int32_t gbl, ui
     hist_log(here(), "No Resp\n");
     return 0;
   }
-  Walk walk = walk_over(payload + STP_MCEC_TYPE1_UPD_HDR_SIZE);
-  hist_log(here(), "Num TLVs %d\n", walk.count);
-  for (Tlv tlv; next(walk, tlv);) {
-    if (cache::find(scope.if_index, tlv.type) != nullptr) {
-      hist_log(here(), "Found avl node for type %d\n", tlv.type);
-      continue;
-    }
-    hist_log(here(), "Add type %d to cache\n", tlv.type);
-    if (cache::add(scope.if_index, tlv.type, tlv.value) == nullptr) return no_memory(here());
-    hist_log(here(), "success add type %d len %zu to cache\n", tlv.type, tlv.value.size());
-  }
-  return walk.code == 0 ? 0 : log_unstored(here(), walk.code);
+  return add_entries(here(), update_lines, payload + STP_MCEC_TYPE1_UPD_HDR_SIZE, scope.if_index);
 }
 
 extern "C" uint32_t stp_mcec_type1_cfg_cache_rebuild(void *array, uint32_t, uint32_t if_index) {
   hist_log(here(), "rebuilding type-1 cache\n");
   if (array == nullptr) return STP_MCEC_ERR_INVALID_ARG;
-  Walk walk = walk_over(array);
-  hist_log(here(), "num_tlvs = %d\n", walk.count);
-  for (Tlv tlv; next(walk, tlv);) {
-    hist_log(here(), "type = %d, tlen=%zu\n", tlv.type, tlv.value.size());
-    if (cache::find(if_index, tlv.type) != nullptr) continue;
-    if (cache::add(if_index, tlv.type, tlv.value) == nullptr) return no_memory(here());
-  }
-  return walk.code == 0 ? 0 : log_unstored(here(), walk.code);
+  return add_entries(here(), rebuild_lines, array, if_index);
 }

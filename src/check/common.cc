@@ -1,4 +1,5 @@
-// The entry points, and the check of what counts in every spanning-tree mode.
+// The entry points, and the checks of what counts in every spanning-tree mode and in MST: the
+// region, and simulate PVST.
 
 #include "cache/store.h"
 #include "check/compare.h"
@@ -45,11 +46,11 @@ extern "C" uint32_t stp_mcec_type1_cfg_compat_check_common(
   Walk walk = walk_over(local_param);
   for (Tlv tlv; next(walk, tlv);) {
     const auto ended =
-        check::compare(here(), Compared::in_every_mode, tlv, remote_param, is_pod_hif != 0);
+        check::compare(here(), STP_MCEC_COMPARED_IN_EVERY_MODE, tlv, remote_param, is_pod_hif != 0);
     if (ended) return *ended;
   }
   // An entry that cannot be read ends this walk only: the check of the mode meets it again.
-  if (walk.code != 0) check::log_unread(here(), walk.code);
+  if (walk.code != 0) log_failure(here(), not_read, walk.code);
 
   uint32_t result = STP_MCEC_ERR_FAILURE;
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST) {
@@ -62,4 +63,19 @@ extern "C" uint32_t stp_mcec_type1_cfg_compat_check_common(
   }
   if (result == 0) hist_log(here(), "type-1 compat check passed\n");
   return result;
+}
+
+extern "C" uint32_t stp_mcec_mst_type1_cfg_compat_check(uint32_t is_pod_hif, uint32_t,
+                                                        void *local_param, void *remote_param) {
+  hist_log(here(), "MST type-1 compat check\n");
+  if (const auto missing = check::missing_array(here(), local_param, remote_param)) return *missing;
+  Walk walk = walk_over(local_param);
+  for (Tlv tlv; next(walk, tlv);) {
+    const auto ended =
+        check::compare(here(), STP_MCEC_COMPARED_IN_MST, tlv, remote_param, is_pod_hif != 0);
+    if (ended) return *ended;
+  }
+  if (walk.code != 0) return log_failure(here(), not_read, walk.code);
+  hist_log(here(), "MST type-1 compat check passed\n");
+  return 0;
 }

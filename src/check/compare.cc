@@ -1,7 +1,5 @@
 #include "check/compare.h"
 
-#include "syserr.h"
-
 namespace mcec::check {
 
 Ended missing_array(Step step, const void *local, const void *remote) {
@@ -15,12 +13,7 @@ Ended missing_array(Step step, const void *local, const void *remote) {
   return STP_MCEC_ERR_TYPE1_PARAM_NULL;
 }
 
-uint32_t log_unread(Step step, uint32_t code) {
-  hist_log(step, "failed (rc=0x%x, %s) get_next_tlv\n", code, syserr2str(code));
-  return code;
-}
-
-const Parameter *find_compared(Compared compared, uint16_t type) {
+const Parameter *find_compared(stp_mcec_compared compared, uint16_t type) {
   const Parameter *parameter = find_parameter(type);
   return parameter != nullptr && parameter->compared == compared ? parameter : nullptr;
 }
@@ -28,7 +21,7 @@ const Parameter *find_compared(Compared compared, uint16_t type) {
 Ended find_at_peer(Step step, const void *remote, uint16_t type, Tlv &found) {
   const uint32_t code = tlv_find(remote, type, found);
   if (code == 0) return go_on;
-  log_unread(step, code);
+  log_failure(step, not_read, code);
   return STP_MCEC_ERR_FAILURE;
 }
 
@@ -41,7 +34,7 @@ uint32_t mismatch(Step step, const Parameter &parameter) {
   return parameter.mismatch;
 }
 
-Ended compare(Step step, Compared compared, const Tlv &local, const void *remote,
+Ended compare(Step step, stp_mcec_compared compared, const Tlv &local, const void *remote,
               bool on_pod_port) {
   const Parameter *parameter = find_compared(compared, local.type);
   if (parameter == nullptr) return go_on;
@@ -51,15 +44,17 @@ Ended compare(Step step, Compared compared, const Tlv &local, const void *remote
 
   const uint32_t local_word = word_of(local.value);
   const uint32_t peer_word = word_of(peer.value);
-  if (is_word(parameter->form)) {
+  if (is_word(parameter->kind)) {
     hist_log(step, "type-1 compat check failed type=%d, len=%zu, lcl_value=%d, rmt_value=%d\n",
              local.type, local.value.size(), local_word, peer_word);
-  } else if (parameter->form == Form::text) {
+  } else if (parameter->kind == STP_MCEC_KIND_TEXT) {
+    const std::string_view ours = text_of(local.value);
+    const std::string_view theirs = text_of(peer.value);
     hist_log(step, "type-1 compat check failed type=%d, len=%zu, lcl_value=%.*s, rmt_value=%.*s\n",
-             local.type, local.value.size(), text_length(local.value), chars_of(local.value),
-             text_length(peer.value), chars_of(peer.value));
+             local.type, local.value.size(), static_cast<int>(ours.size()), ours.data(),
+             static_cast<int>(theirs.size()), theirs.data());
   }
-  if (on_pod_port && parameter->on_pod_ports == OnPodPorts::is_passed_over) {
+  if (on_pod_port && !parameter->is_compared_on_pod) {
     hist_log(step, "local port type %d remote port type %d type-1 compat check ignored\n",
              local_word, peer_word);
     return go_on;

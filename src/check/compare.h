@@ -1,5 +1,5 @@
-// What the three checks share: the look at their two arrays, and how a local value is held against
-// the peer's.
+// What the three checks share: the test of their two arrays, and the comparison of a local value
+// with the peer's.
 #pragma once
 
 #include <cstdint>
@@ -17,11 +17,8 @@ constexpr Ended go_on = std::nullopt;
 // A missing array ends a check.
 Ended missing_array(Step step, const void *local, const void *remote);
 
-// The line of an entry that cannot be read, or that the peer lacks; returns the code.
-uint32_t log_unread(Step step, uint32_t code);
-
 // The parameter of a type when it counts in the check of `compared`, else nullptr.
-const Parameter *find_compared(Compared compared, uint16_t type);
+const Parameter *find_compared(stp_mcec_compared compared, uint16_t type);
 
 // Find the peer's value of a parameter; without one the check ends.
 Ended find_at_peer(Step step, const void *remote, uint16_t type, Tlv &found);
@@ -32,7 +29,8 @@ bool agree(Bytes local, Bytes remote);
 // The check fails on this parameter.
 uint32_t mismatch(Step step, const Parameter &parameter);
 
-// Hold a local entry against the peer's array, when it counts in the check of `compared`.
-Ended compare(Step step, Compared compared, const Tlv &local, const void *remote, bool on_pod_port);
+// Compare a local entry with the peer's, when it counts in the check of `compared`.
+Ended compare(Step step, stp_mcec_compared compared, const Tlv &local, const void *remote,
+              bool on_pod_port);
 
 }  // namespace mcec::check

@@ -1,15 +1,12 @@
 // The report: an array as records for display, each value of the switch logged beside the cached
 // one.
 
-#include <algorithm>
-#include <charconv>
+#include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <string_view>
 
 #include "cache/store.h"
 #include "draimiofaf/check.h"
-#include "draimiofaf/foundation.h"
 #include "foundation/bitmap.h"
 #include "foundation/catalogue.h"
 #include "foundation/runtime.h"
@@ -18,42 +15,26 @@ using namespace mcec;
 
 namespace {
 
-constexpr char component[] = "STP";
 constexpr char not_cached[] = "Not Available";
 
 using RecordText = char[sizeof(mcecm_app_info_t::param_value)];
 
-// Append to a text of `length` characters in a record that is still zero; how many it has then.
-std::size_t append(RecordText &text, std::size_t length, std::string_view more) {
-  const std::size_t fits = std::min(more.size(), sizeof text - 1 - length);
-  std::copy_n(more.data(), fits, text + length);
-  return length + fits;
-}
-
-// --- values that are words ---
-
-void show_flags(RecordText &text, uint32_t flags) {
-  std::size_t length = append(text, 0, port_type_text(flags));
-  for (const uint32_t flag :
-       {STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER, STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD}) {
-    length = append(text, length, ", ");
-    length = append(text, length, enabled_text((flags & flag) != 0));
-  }
-}
-
-void show_word(RecordText &text, const Parameter &parameter, uint32_t value) {
-  if (parameter.form == Form::flags) {
-    show_flags(text, value);
-  } else if (parameter.form == Form::choice) {
-    append(text, 0, choice_text(parameter, value));
+// The record's texts are cut where they end.
+void write_word(RecordText &text, const Parameter &parameter, uint32_t value) {
+  if (parameter.kind == STP_MCEC_KIND_FLAGS) {
+    std::snprintf(text, sizeof text, "%s, %s, %s", port_type_text(value),
+                  enabled_text((value & STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUFILTER) != 0),
+                  enabled_text((value & STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD) != 0));
+  } else if (parameter.kind == STP_MCEC_KIND_CHOICE) {
+    std::strncpy(text, choice_text(parameter, value), sizeof text - 1);
   } else {
-    std::to_chars(text, std::end(text), static_cast<int32_t>(value));
+    std::snprintf(text, sizeof text, "%d", static_cast<int32_t>(value));
   }
 }
 
 void log_word(Step step, const Parameter &parameter, uint32_t value) {
   const char *const name = parameter.name;
-  const bool hex = parameter.form == Form::flags;
+  const bool hex = parameter.kind == STP_MCEC_KIND_FLAGS;
   if (parameter.scope == Scope::INTERFACE) {
     hist_log(step, "Type %s - val = %d\n", name, value);
   } else if (const cache::Node *cached = cache::find(0, parameter.type); cached != nullptr) {
@@ -65,41 +46,37 @@ void log_word(Step step, const Parameter &parameter, uint32_t value) {
   }
 }
 
-// --- values that are texts ---
-
-// A name as it stands, or a list of VLANs, which lasts until the next one is written.
-std::string_view text_of(const Parameter &parameter, Bytes value) {
-  if (parameter.form == Form::vlans) return range_text(vlans_of(value));
-  return {chars_of(value), static_cast<std::size_t>(text_length(value))};
+// A name as it is, or a list of VLANs, which lasts until the next one is written.
+std::string_view shown(const Parameter &parameter, Bytes value) {
+  return parameter.kind == STP_MCEC_KIND_VLANS ? range_text(vlans_of(value)) : text_of(value);
 }
 
-void show_text(RecordText &text, const Parameter &parameter, std::string_view value) {
-  if (parameter.form == Form::vlans) {
-    const std::size_t length = append(text, 0, value.empty() ? "None" : "VLANs ");
-    append(text, length, value);
-  } else {
-    append(text, 0, value.empty() ? "\"\"" : value);
-  }
+void write_text(RecordText &text, const Parameter &parameter, std::string_view value) {
+  const bool is_name = parameter.kind == STP_MCEC_KIND_TEXT;
+  const char *const before = is_name || value.empty() ? "" : "VLANs ";
+  if (value.empty()) value = is_name ? "\"\"" : "None";
+  std::snprintf(text, sizeof text, "%s%.*s", before, static_cast<int>(value.size()), value.data());
 }
 
-// They take a line each, the second without a head.
+// Each has a line of its own, the second without a head.
 void log_text(Step step, const Parameter &parameter, std::string_view value) {
-  hist_log(step, {"Type ", parameter.name, " - val = ", value, ", "});
+  hist_log(step, "Type %s - val = %.*s, ", parameter.name, static_cast<int>(value.size()),
+           value.data());
   const cache::Node *cached = cache::find(0, parameter.type);
-  const std::string_view beside =
-      cached != nullptr ? text_of(parameter, cache::value_of(*cached)) : not_cached;
-  hist_log({"cval = ", beside, "\n"});
+  const std::string_view cached_text =
+      cached != nullptr ? shown(parameter, cache::value_of(*cached)) : not_cached;
+  hist_log(no_head, "cval = %.*s\n", static_cast<int>(cached_text.size()), cached_text.data());
 }
 
-// The record's texts, and the value beside the cached one in the log. A VLAN map has no text.
-void tell(Step step, RecordText &text, const Parameter &parameter, Bytes value) {
-  if (is_word(parameter.form)) {
+// Write the record's text, and log the value beside the cached one. A VLAN map has no text.
+void write_value(Step step, RecordText &text, const Parameter &parameter, Bytes value) {
+  if (is_word(parameter.kind)) {
     const uint32_t word = word_of(value);
-    show_word(text, parameter, word);
+    write_word(text, parameter, word);
     log_word(step, parameter, word);
-  } else if (parameter.form != Form::map) {
-    const std::string_view given = text_of(parameter, value);
-    show_text(text, parameter, given);
+  } else if (parameter.kind != STP_MCEC_KIND_MAP) {
+    const std::string_view given = shown(parameter, value);
+    write_text(text, parameter, given);
     log_text(step, parameter, given);
   }
 }
@@ -121,11 +98,11 @@ extern "C" uint32_t stp_mcec_type1_cfg_get_param_info(void *param_array, void **
     mcecm_app_info_t &record = *free_record++;
     record.app_code = STP_MCEC_APP_CODE;
     record.param_type = tlv.type;
-    std::memcpy(record.component, component, sizeof component);
+    std::strcpy(record.component, "STP");
     const Parameter *parameter = find_parameter(tlv.type);
     if (parameter == nullptr) return STP_MCEC_ERR_INVALID_ARG;
-    append(record.param_name, 0, parameter->title);
-    tell(here(), record.param_value, *parameter, tlv.value);
+    std::strncpy(record.param_name, parameter->title, sizeof record.param_name - 1);
+    write_value(here(), record.param_value, *parameter, tlv.value);
   }
   return walk.code;
 }

@@ -1,6 +1,8 @@
 // Spanning tree enabled or disabled on a list of VLANs. The set of the disabled ones is what is
 // cached and handed out.
 
+#include <utility>
+
 #include "cache/store.h"
 #include "draimiofaf/extract.h"
 #include "extract/request.h"
@@ -14,8 +16,6 @@ constexpr extract::Rules rules = {
     .records = STP_MCEC_LIB_MEM_mcecm_app_cmd1_extract_info_t,
     .array = STP_MCEC_LIB_MEM_tlv_array_2_t,
     .added_line = "added avl node for disable STP",
-    .tlv_line = "Adding disabled stp TLV",
-    .wrong_command = "Invalid Command ID %d",
 };
 
 constexpr std::size_t vlan_list_header_size = 8;
@@ -26,15 +26,6 @@ VlanSet vlans_of_list(const extract::RangeList &list) {
   return vlans;
 }
 
-// The disabled set of the cache, as a whole record in network order; empty when none is cached.
-bmp4096_t disabled_record(const cache::Node *cached) {
-  bmp4096_t record{swap_to_network(uint32_t{sizeof record.bmp}), {}};
-  if (cached != nullptr) {
-    fill({reinterpret_cast<uint8_t *>(&record), sizeof record}, cache::value_of(*cached));
-  }
-  return record;
-}
-
 }  // namespace
 
 extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_id,
@@ -43,7 +34,9 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
                                                      mcecm_app_cmd_extract_info_t **extract_info) {
   hist_log(here(), "extract enable/disable STP\n");
   const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
-  if (cmd_id != STP_MCEC_CMD_STP_ENDIS) return extract::refuse_command(here(), request, cmd_id);
+  if (cmd_id != STP_MCEC_CMD_STP_ENDIS) {
+    return extract::refuse_command(here(), request, cmd_id, "Invalid Command ID %d");
+  }
   const auto list = extract::range_list(request, STP_MCEC_ATTR_VLAN_LIST, vlan_list_header_size);
   if (!list) {
     cmd_rsp_send_nok(request.handle, 0, "internal error: Failed to get vlan");
@@ -52,21 +45,28 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
   }
   const VlanSet vlans = vlans_of_list(*list);
   const bool enable = cmd_req_action_is_set(request.handle) != 0;
-  hist_log(here(), {enable ? "Enable" : "Disable", " STP on vlans ", range_text(vlans), "\n"});
+  hist_log(here(), "%s STP on vlans %s\n", enable ? "Enable" : "Disable", range_text(vlans));
 
   const cache::Node *cached = cache::find(0, STP_MCEC_TYPE1_STP_ENDIS);
-  bmp4096_t record = disabled_record(cached);
+  bmp4096_t record{swap_to_network(uint32_t{sizeof record.bmp}), {}};
+  const std::span block{reinterpret_cast<uint8_t *>(&record), sizeof record};
+  if (cached != nullptr) fill(block, cache::value_of(*cached));
   VlanSet disabled = vlans_of(&record);
-  if (cached != nullptr) hist_log(here(), {"Found avl node vlans: ", range_text(disabled), "\n"});
+  if (cached != nullptr) hist_log(here(), "Found avl node vlans: %s\n", range_text(disabled));
   for (std::size_t i = 0; i < vlans.size(); ++i) {
     disabled[i] = enable ? disabled[i] & ~vlans[i] : disabled[i] | vlans[i];
   }
   store_vlans(&record, disabled);
 
-  const Bytes value{reinterpret_cast<const uint8_t *>(&record), sizeof record};
-  const cache::Node *node = extract::put(here(), request, 0, STP_MCEC_TYPE1_STP_ENDIS, value);
+  const cache::Node *node = extract::put(here(), request, 0, STP_MCEC_TYPE1_STP_ENDIS, block);
   if (node == nullptr) return STP_MCEC_ERR_NO_MEMORY;
   const Tlv entry{STP_MCEC_TYPE1_STP_ENDIS, cache::value_of(*node)};
-  if (cached != nullptr) hist_log(here(), {"Update vlans: ", range_text(disabled), "\n"});
-  return extract::hand_out(here(), request, extract::array_size(sizeof record), {&entry, 1});
+  if (cached != nullptr) hist_log(here(), "Update vlans: %s\n", range_text(disabled));
+  extract::Record *records = extract::new_records(here(), request, 1);
+  if (records == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
+  extract::fill_records(request, records, {&entry, 1});
+  const uint32_t size = extract::array_size(sizeof record);
+  Block<uint8_t> array = extract::new_array(here(), request, size);
+  if (array) hist_log(here(), "Adding disabled stp TLV\n");
+  return extract::hand_out(here(), request, std::move(array), size, {&entry, 1});
 }

@@ -4,7 +4,6 @@
 
 #include "draimiofaf/extract.h"
 #include "draimiofaf/extract_port.h"
-#include "draimiofaf/foundation.h"
 #include "extract/request.h"
 #include "foundation/runtime.h"
 #include "mts.h"
@@ -77,7 +76,7 @@ extern "C" uint32_t stp_mcec_param_extractor_from_cli(void *, void *handle, uint
   *num_extract_info = 0;
   const Command *command = extract::find_command(commands, id);
   if (command == nullptr) return STP_MCEC_ERR_INVALID_ARG;
-  if (command->gate == Gate::UNGATED || stp_mcec_lib_mct_exists() != 0) {
+  if (command->gate == Gate::UNGATED || has_trunk()) {
     const uint32_t result =
         command->extractor(handle, id, tlv_array, num_extract_info, is_cmd, extract_info);
     if (result != 0) return result;

@@ -10,19 +10,17 @@ namespace {
 constexpr extract::Rules rules = {
     .records = STP_MCEC_LIB_MEM_mcecm_app_cmd5_extract_info_t,
     .array = STP_MCEC_LIB_MEM_tlv_array_6_t,
-    .wrong_command = "Invalid command ID %d",
 };
 
 struct Setting {
   uint32_t cmd_id;
-  uint16_t type;
   const char *log_word;  // simulate PVST is logged with the word of bridge assurance
 };
 
 constexpr Setting settings[] = {
-    {STP_MCEC_CMD_GBL_LOOPGUARD, STP_MCEC_TYPE1_LOOP_GUARD, "Loopguard"},
-    {STP_MCEC_CMD_GBL_BRIDGE_ASSURANCE, STP_MCEC_TYPE1_BRIDGE_ASSURANCE, "BA"},
-    {STP_MCEC_CMD_GBL_MST_SIMULATE_PVST, STP_MCEC_TYPE1_GBL_MST_SIMULATE_PVST, "BA"},
+    {STP_MCEC_CMD_GBL_LOOPGUARD, "Loopguard"},
+    {STP_MCEC_CMD_GBL_BRIDGE_ASSURANCE, "BA"},
+    {STP_MCEC_CMD_GBL_MST_SIMULATE_PVST, "BA"},
 };
 
 }  // namespace
@@ -34,7 +32,9 @@ extern "C" uint32_t stp_mcec_extract_gbl_params(void *handle, uint32_t cmd_id, u
   const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
   const uint32_t value = cmd_req_action_is_set(request.handle) != 0 ? 1 : 0;
   const Setting *setting = extract::find_command(settings, cmd_id);
-  if (setting == nullptr) return extract::refuse_command(here(), request, cmd_id);
+  if (setting == nullptr) {
+    return extract::refuse_command(here(), request, cmd_id, "Invalid command ID %d");
+  }
   hist_log(here(), "Global %s changed to %s\n", setting->log_word, value != 0 ? "True" : "False");
-  return extract::set_word(here(), request, setting->type, value);
+  return extract::set_word(here(), request, extract::parameter_set_by(cmd_id), value);
 }

@@ -11,7 +11,6 @@ namespace {
 constexpr extract::Rules rules = {
     .records = STP_MCEC_LIB_MEM_mcecm_app_cmd4_extract_info_t,
     .array = STP_MCEC_LIB_MEM_tlv_array_5_t,
-    .wrong_command = "Invalid command ID %d",
 };
 
 struct Flag {
@@ -46,7 +45,9 @@ extern "C" uint32_t stp_mcec_extract_gbl_port_type_param(
   hist_log(here(), "Global port type before change to 0x%x\n", word);
   const bool set = cmd_req_action_is_set(request.handle) != 0;
   const Flag *flag = extract::find_command(flags, cmd_id);
-  if (flag == nullptr) return extract::refuse_command(here(), request, cmd_id);
+  if (flag == nullptr) {
+    return extract::refuse_command(here(), request, cmd_id, "Invalid command ID %d");
+  }
   word = changed(word, *flag, set);
   hist_log(here(), "Global port type changed to 0x%x\n", word);
   return extract::set_word(here(), request, STP_MCEC_TYPE1_GBL_PORT_TYPE, word);

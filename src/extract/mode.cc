@@ -1,8 +1,9 @@
 // The spanning-tree mode.
 
 #include "draimiofaf/extract.h"
-#include "draimiofaf/foundation.h"
 #include "extract/request.h"
+#include "foundation/bitmap.h"
+#include "mcecm.h"
 
 using namespace mcec;
 
@@ -13,10 +14,8 @@ constexpr extract::Rules rules = {
     .array = STP_MCEC_LIB_MEM_tlv_array_4_t,
     .replaced_line = "Found avl node",
     .added_line = "added avl node for stp mode",
-    .wrong_command = "Invalid cmd id %d\n",
-    .no_records = extract::Told::both,
-    .no_array = extract::Told::both,
-    .no_tlv = extract::Told::both,
+    .logs_no_records = true,
+    .logs_no_array = true,
 };
 
 // The mode that the command sets; Rapid-PVST unless it says otherwise.
@@ -36,10 +35,12 @@ extern "C" uint32_t stp_mcec_extract_stp_mode_param(void *handle, uint32_t cmd_i
                                                     mcecm_app_cmd_extract_info_t **extract_info) {
   hist_log(here(), "Extract stp mode\n");
   const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
-  if (cmd_id != STP_MCEC_CMD_STP_MODE) return extract::refuse_command(here(), request, cmd_id);
+  if (cmd_id != STP_MCEC_CMD_STP_MODE) {
+    return extract::refuse_command(here(), request, cmd_id, "Invalid cmd id %d\n");
+  }
   const uint32_t mode = mode_of(request);
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST &&
-      stp_mcecm_get_vlan_count() > STP_MCEC_PVRST_MAX_USER_VLANS) {
+      count(vlans_of(&mcec_stp_vlan_count)) > STP_MCEC_PVRST_MAX_USER_VLANS) {
     cmd_rsp_send_nok(request.handle, 0,
                      "PVRST mode is not supported when there are more than %d user VLANs "
                      "configured\n",

@@ -5,42 +5,16 @@
 namespace mcec::extract {
 namespace {
 
-bool to_reader(Told told) {
-  return told != Told::user;
-}
-
-bool to_user(Told told) {
-  return told != Told::reader;
-}
-
-void tell_no_memory(Told told, Step step, const Request &request) {
-  if (to_reader(told)) hist_log(step, "Failed malloc\n");
-  if (to_user(told)) cmd_rsp_send_nok(request.handle, 0, "internal error: Failed malloc");
-}
-
-uint32_t fill_array(Step step, const Request &request, Block<uint8_t> array, uint32_t size,
-                    std::span<const Tlv> entries) {
-  const Rules &rules = request.rules;
-  for (const Tlv &entry : entries) {
-    if (rules.tlv_line != nullptr) hist_log(step, {rules.tlv_line, "\n"});
-    const uint32_t code = tlv_add(array.get(), size, entry.type, entry.value);
-    if (code == 0) continue;
-    if (to_reader(rules.no_tlv)) hist_log(step, "Failed to TLV\n");
-    array.reset();
-    if (to_user(rules.no_tlv))
-      cmd_rsp_send_nok(request.handle, 0, "internal error: Failed TLV add");
-    return code;
-  }
-  *request.tlv_array = array.release();
-  return 0;
+void refuse_no_memory(Step step, const Request &request, bool is_logged) {
+  if (is_logged) hist_log(step, "Failed malloc\n");
+  cmd_rsp_send_nok(request.handle, 0, "internal error: Failed malloc");
 }
 
 }  // namespace
 
-uint32_t refuse_command(Step step, const Request &request, uint32_t cmd_id) {
+uint32_t refuse_command(Step step, const Request &request, uint32_t cmd_id, const char *answer) {
   hist_log(step, "Invalid cmd id %d\n", cmd_id);
-  const char *const answer = request.rules.wrong_command;
-  if (answer != nullptr) cmd_rsp_send_nok(request.handle, 0, answer, cmd_id);
+  cmd_rsp_send_nok(request.handle, 0, answer, cmd_id);
   return STP_MCEC_ERR_INVALID_ARG;
 }
 
@@ -59,9 +33,12 @@ std::optional<uint32_t> word_of_attribute(Bytes value) {
 std::optional<RangeList> range_list(const Request &request, uint32_t attribute_id,
                                     std::size_t header_size) {
   const std::optional<Bytes> value = attribute(request, attribute_id);
-  if (!value || value->size() < header_size) return std::nullopt;
+  if (!value || value->size() < 2 * sizeof(uint32_t)) return std::nullopt;
   const auto count = load<uint32_t>(value->data() + sizeof(uint32_t));
-  if (count > (value->size() - header_size) / sizeof(Range)) return std::nullopt;
+  if (count == 0) return RangeList{nullptr, 0};
+  if (value->size() < header_size || count > (value->size() - header_size) / sizeof(Range)) {
+    return std::nullopt;
+  }
   return RangeList{value->data() + header_size, count};
 }
 
@@ -69,11 +46,11 @@ const cache::Node *put(Step step, const Request &request, uint32_t if_index, uin
                        Bytes value) {
   const cache::Put done = cache::put(if_index, type, value);
   if (done.node == nullptr) {
-    tell_no_memory(request.rules.no_entry, step, request);
+    refuse_no_memory(step, request, true);
     return nullptr;
   }
   const char *line = done.added ? request.rules.added_line : request.rules.replaced_line;
-  if (line != nullptr) hist_log(step, {line, "\n"});
+  if (line != nullptr) hist_log(step, "%s\n", line);
   return done.node;
 }
 
@@ -83,51 +60,55 @@ uint32_t array_size(std::size_t value_length) {
 }
 
 Record *new_records(Step step, const Request &request, uint32_t count) {
-  const Rules &rules = request.rules;
-  auto *records = static_cast<Record *>(zalloc_records(rules.records, 0, count, sizeof(Record)));
+  auto *records =
+      static_cast<Record *>(zalloc_records(request.rules.records, 0, count, sizeof(Record)));
   *request.extract_info = records;
-  if (records == nullptr) tell_no_memory(rules.no_records, step, request);
+  if (records == nullptr) refuse_no_memory(step, request, request.rules.logs_no_records);
   return records;
-}
-
-Block<uint8_t> new_array(Step step, const Request &request, uint32_t size) {
-  Block<uint8_t> array(static_cast<uint8_t *>(zalloc(request.rules.array, size)));
-  if (!array) tell_no_memory(request.rules.no_array, step, request);
-  return array;
 }
 
 void announce(const Request &request, uint32_t count) {
   *request.num_extract_info = count;
-  *request.is_cmd = request.rules.source == Source::command ? 1 : 0;
+  *request.is_cmd = 1;
 }
 
-uint32_t hand_out_array(Step step, const Request &request, uint32_t size,
-                        std::span<const Tlv> entries) {
-  Block<uint8_t> array = new_array(step, request, size);
-  if (!array) return STP_MCEC_RESULT_NO_BLOCK;
-  return fill_array(step, request, std::move(array), size, entries);
+void fill_records(const Request &request, Record *records, std::span<const Tlv> entries) {
+  announce(request, static_cast<uint32_t>(entries.size()));
+  for (const Tlv &entry : entries) {
+    *records++ = {.type = entry.type, .valid = 1, .is_global = 1, .if_index = 0};
+  }
 }
 
-uint32_t hand_out(Step step, const Request &request, uint32_t size, std::span<const Tlv> entries) {
-  const auto count = static_cast<uint32_t>(entries.size());
-  Record *records = new_records(step, request, count);
-  if (records == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
-  const auto fill_records = [&] {
-    announce(request, count);
-    for (const Tlv &entry : entries) *records++ = {entry.type, 1, 1, 0};
-  };
-  if (!request.rules.fills_records_last) fill_records();
-  Block<uint8_t> array = new_array(step, request, size);
+Block<uint8_t> new_array(Step step, const Request &request, uint32_t size) {
+  Block<uint8_t> array(static_cast<uint8_t *>(zalloc(request.rules.array, size)));
+  if (!array) refuse_no_memory(step, request, request.rules.logs_no_array);
+  return array;
+}
+
+uint32_t hand_out(Step step, const Request &request, Block<uint8_t> array, uint32_t size,
+                  std::span<const Tlv> entries) {
   if (!array) return STP_MCEC_RESULT_NO_BLOCK;
-  if (request.rules.fills_records_last) fill_records();
-  return fill_array(step, request, std::move(array), size, entries);
+  for (const Tlv &entry : entries) {
+    const uint32_t code = tlv_add(array.get(), size, entry.type, entry.value);
+    if (code == 0) continue;
+    if (request.rules.logs_no_array) hist_log(step, "Failed to TLV\n");
+    array.reset();
+    cmd_rsp_send_nok(request.handle, 0, "internal error: Failed TLV add");
+    return code;
+  }
+  *request.tlv_array = array.release();
+  return 0;
 }
 
 uint32_t set_word(Step step, const Request &request, uint16_t type, uint32_t value) {
   const Word word = to_network(value);
   if (put(step, request, 0, type, word) == nullptr) return STP_MCEC_ERR_NO_MEMORY;
+  Record *record = new_records(step, request, 1);
+  if (record == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
   const Tlv entry{type, word};
-  return hand_out(step, request, array_size(word.size()), {&entry, 1});
+  fill_records(request, record, {&entry, 1});
+  const uint32_t size = array_size(word.size());
+  return hand_out(step, request, new_array(step, request, size), size, {&entry, 1});
 }
 
 }  // namespace mcec::extract

@@ -1,9 +1,10 @@
-// The shape that all extractors share: understand the request, write the cache, hand out records
-// and an array, or refuse. An extractor's own file says what it sets and, in its Rules, what
-// differs on its way.
+// What the extractors of commands share: read the request, write the cache, hand out records and an
+// array, or refuse. An extractor's own file has the rest, and what differs in these steps as its
+// Rules.
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <iterator>
 #include <optional>
@@ -18,37 +19,22 @@ namespace mcec::extract {
 
 using Record = mcecm_app_cmd_extract_info_t;
 
-enum class Source : uint8_t { command, update_message };
-
-// Who is told of a failure: the user whose command is refused, the reader of the log.
-enum class Told : uint8_t { user, reader, both };
-
-// What a caller sees differ from one extractor to the next.
+// A failure refuses the command with an answer, and is logged unless a flag says otherwise.
 struct Rules {
-  Source source = Source::command;
   stp_mcec_lib_mem_type_t records;
   stp_mcec_lib_mem_type_t array;
-  // The records are filled and counted before the array is allocated, or once it is there.
-  bool fills_records_last = false;
   // The line of a cache entry that was replaced, and of one that was added; nullptr: none.
   const char *replaced_line = nullptr;
   const char *added_line = nullptr;
-  // The line of a value on its way into the array; nullptr: none.
-  const char *tlv_line = nullptr;
-  // The answer to a command that is none of the extractor's, with a %d for its identifier; nullptr:
-  // none. It is always logged.
-  const char *wrong_command = nullptr;
-  // No memory for a cache entry, for the records, for the array; and a value that cannot be added.
-  Told no_entry = Told::both;
-  Told no_records = Told::user;
-  Told no_array = Told::user;
-  Told no_tlv = Told::user;
+  // No memory for the records; no memory for the array, or an entry that cannot be added to it.
+  bool logs_no_records = false;
+  bool logs_no_array = false;
 };
 
-// One extraction under way: its rules, who is answered, where the outputs go.
+// One extraction under way: its rules, the request that is answered, the outputs.
 struct Request {
   const Rules &rules;
-  cmd_req_t *handle;  // of a command
+  cmd_req_t *handle;
   uint8_t **tlv_array;
   uint32_t *num_extract_info;
   uint32_t *is_cmd;
@@ -57,22 +43,36 @@ struct Request {
 
 inline Request receive(const Rules &rules, void *handle, uint8_t **tlv_array,
                        uint32_t *num_extract_info, uint32_t *is_cmd, Record **extract_info) {
-  return {rules,       static_cast<cmd_req_t *>(handle), tlv_array, num_extract_info, is_cmd,
-          extract_info};
+  return {.rules = rules,
+          .handle = static_cast<cmd_req_t *>(handle),
+          .tlv_array = tlv_array,
+          .num_extract_info = num_extract_info,
+          .is_cmd = is_cmd,
+          .extract_info = extract_info};
 }
-
-// --- understanding the request ---
 
 // The row of a command in an extractor's table, nullptr when the command is none of its own.
 template <class Row, std::size_t size>
 const Row *find_command(const Row (&table)[size], uint32_t cmd_id) {
-  const auto found = std::find_if(std::begin(table), std::end(table),
-                                  [cmd_id](const Row &row) { return row.cmd_id == cmd_id; });
+  const auto found = std::ranges::find(table, cmd_id, &Row::cmd_id);
   return found != std::end(table) ? found : nullptr;
 }
 
-// Refuse a command that reached the wrong extractor.
-uint32_t refuse_command(Step step, const Request &request, uint32_t cmd_id);
+// The parameter that a command sets, of several the first.
+constexpr uint16_t parameter_set_by(uint32_t cmd_id) {
+  switch (cmd_id) {
+#define MCEC_ROW(name, id, extractor, gate, sets) \
+  case id:                                        \
+    return static_cast<uint16_t>(std::countr_zero(sets));
+    STP_MCEC_COMMANDS(MCEC_ROW)
+#undef MCEC_ROW
+    default:
+      return 0;
+  }
+}
+
+// Refuse a command that reached the wrong extractor; the answer has a %d for its identifier.
+uint32_t refuse_command(Step step, const Request &request, uint32_t cmd_id, const char *answer);
 
 // An attribute's value; nothing when the request has none of it.
 std::optional<Bytes> attribute(const Request &request, uint32_t attribute_id);
@@ -85,31 +85,25 @@ struct Range {
   uint32_t last;
 };
 
-// A list of ranges, pairs of words in host order, behind a header whose second word is their
-// number.
+// A list of ranges, pairs of words in host order.
 struct RangeList {
   const uint8_t *ranges;
   uint32_t count;
 
   Range operator[](uint32_t position) const {
-    const uint8_t *range = ranges + std::size_t{position} * sizeof(Range);
-    return {load<uint32_t>(range), load<uint32_t>(range + sizeof(uint32_t))};
+    return load<Range>(ranges + std::size_t{position} * sizeof(Range));
   }
 };
 
-// The list in an attribute; nothing when the attribute is missing, or shorter than its header or
-// than its number of ranges asks for.
+// The list in an attribute, behind a header whose second word is the number of ranges. Nothing when
+// the attribute is missing, or shorter than that word or than its number of ranges requires.
 std::optional<RangeList> range_list(const Request &request, uint32_t attribute_id,
                                     std::size_t header_size);
-
-// --- writing the cache ---
 
 // Put a value into the cache, with the lines of the rules. The entry, or nullptr: there was no
 // memory for it, the request is refused with STP_MCEC_ERR_NO_MEMORY.
 const cache::Node *put(Step step, const Request &request, uint32_t if_index, uint16_t type,
                        Bytes value);
-
-// --- handing out ---
 
 // The size of an array with one value.
 uint32_t array_size(std::size_t value_length);
@@ -117,18 +111,18 @@ uint32_t array_size(std::size_t value_length);
 // Allocate the records and store them in extract_info. nullptr: refused.
 Record *new_records(Step step, const Request &request, uint32_t count);
 
+// Store how many records there are, and that they come from a command.
+void announce(const Request &request, uint32_t count);
+
+// The records of parameters of the switch.
+void fill_records(const Request &request, Record *records, std::span<const Tlv> entries);
+
 // Allocate an array; an empty one without a block: refused.
 Block<uint8_t> new_array(Step step, const Request &request, uint32_t size);
 
-// Say how many records there are, and whether they come from a command.
-void announce(const Request &request, uint32_t count);
-
-// Allocate the array, add the entries and store it in tlv_array, or refuse.
-uint32_t hand_out_array(Step step, const Request &request, uint32_t size,
-                        std::span<const Tlv> entries);
-
-// Hand out parameters of the switch: a record and an entry for each.
-uint32_t hand_out(Step step, const Request &request, uint32_t size, std::span<const Tlv> entries);
+// Add the entries to the array and store it in tlv_array, or refuse.
+uint32_t hand_out(Step step, const Request &request, Block<uint8_t> array, uint32_t size,
+                  std::span<const Tlv> entries);
 
 // Put one word of the switch into the cache and hand it out.
 uint32_t set_word(Step step, const Request &request, uint16_t type, uint32_t value);

@@ -1,109 +1,97 @@
 #include "foundation/catalogue.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "draimiofaf/foundation.h"
 #include "foundation/bitmap.h"
-#include "foundation/wire.h"
 
 namespace mcec {
 namespace {
 
-struct OnTheWire {
-  uint16_t type;
-  Scope scope;
-  uint16_t length;
-  uint32_t mismatch;
+constexpr char enabled[] = "Enabled";
+constexpr char disabled[] = "Disabled";
+
+constexpr Choices::Text modes[] = {{STP_MCEC_STP_MODE_RAPID_PVST, "Rapid-PVST"}};
+constexpr Choices::Text switches[] = {{0, disabled}};
+constexpr Choices::Text port_types[] = {{STP_MCEC_IFI_PORT_TYPE_EDGE, "Edge Port"},
+                                        {STP_MCEC_IFI_PORT_TYPE_NORMAL, "Normal Port"},
+                                        {STP_MCEC_IFI_PORT_TYPE_EDGE_TRUNK, "Edge Trunk Port"},
+                                        {STP_MCEC_IFI_PORT_TYPE_NETWORK, "Network Port"}};
+constexpr Choices::Text guards[] = {{STP_MCEC_IFI_PORT_GUARD_ROOT, "Root"},
+                                    {STP_MCEC_IFI_PORT_GUARD_LOOP, "Loop"}};
+constexpr Choices::Text simulations[] = {
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT, "Default"},
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_ENABLED, enabled},
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_DISABLED, disabled},
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_ENABLED, "Default Enabled"},
+    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_DISABLED, "Default Disabled"}};
+
+constexpr Choices choices[] = {
+    {.type = STP_MCEC_TYPE1_STP_MODE, .texts = modes, .other = "MST"},
+    {.type = STP_MCEC_TYPE1_LOOP_GUARD, .texts = switches, .other = enabled},
+    {.type = STP_MCEC_TYPE1_BRIDGE_ASSURANCE, .texts = switches, .other = enabled},
+    {.type = STP_MCEC_TYPE1_GBL_MST_SIMULATE_PVST, .texts = switches, .other = enabled},
+    {.type = STP_MCEC_TYPE1_IFI_PORT_TYPE, .texts = port_types, .other = "Default"},
+    {.type = STP_MCEC_TYPE1_IFI_PORT_GUARD, .texts = guards, .other = "None"},
+    {.type = STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST, .texts = simulations, .other = "None"},
 };
 
-constexpr OnTheWire wire[] = {
-#define MCEC_ROW(name, type, scope, length, code, ...) {type, Scope::scope, length, code},
+constexpr const Choices *find_choices(uint16_t type) {
+  const auto *found = std::ranges::find(choices, type, &Choices::type);
+  return found != std::end(choices) ? found : nullptr;
+}
+
+// A parameter without names does not compile.
+#define MCEC_NAMES(id, name, title, ...) constexpr const char *names_##id[] = {name, title};
+STP_MCEC_TYPE1_NAMES(MCEC_NAMES)
+#undef MCEC_NAMES
+
+constexpr Parameter catalogue[] = {
+#define MCEC_ROW(ID, TYPE, SCOPE, LENGTH, CODE, KIND, DEFAULT, MODES, POD)        \
+  {.type = TYPE,                                                                  \
+   .scope = Scope::SCOPE,                                                         \
+   .length = LENGTH,                                                              \
+   .mismatch = CODE,                                                              \
+   .kind = STP_MCEC_KIND_##KIND,                                                  \
+   .default_word = DEFAULT,                                                       \
+   .compared = STP_MCEC_COMPARED_##MODES,                                         \
+   .is_compared_on_pod = STP_MCEC_COMPARED_##POD != STP_MCEC_COMPARED_NOT_ON_POD, \
+   .name = names_##ID[0],                                                         \
+   .title = names_##ID[1],                                                        \
+   .choices = find_choices(TYPE)},
     STP_MCEC_TYPE1_PARAMETERS(MCEC_ROW)
 #undef MCEC_ROW
 };
 
-constexpr ChoiceText modes[] = {{STP_MCEC_STP_MODE_RAPID_PVST, "Rapid-PVST"}};
-constexpr ChoiceText enabled[] = {{0, "Disabled"}};
-constexpr ChoiceText port_types[] = {{STP_MCEC_IFI_PORT_TYPE_EDGE, "Edge Port"},
-                                     {STP_MCEC_IFI_PORT_TYPE_NORMAL, "Normal Port"},
-                                     {STP_MCEC_IFI_PORT_TYPE_EDGE_TRUNK, "Edge Trunk Port"},
-                                     {STP_MCEC_IFI_PORT_TYPE_NETWORK, "Network Port"}};
-constexpr ChoiceText guards[] = {{STP_MCEC_IFI_PORT_GUARD_ROOT, "Root"},
-                                 {STP_MCEC_IFI_PORT_GUARD_LOOP, "Loop"}};
-constexpr ChoiceText simulations[] = {
-    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT, "Default"},
-    {STP_MCEC_IFI_MST_SIMULATE_PVST_ENABLED, "Enabled"},
-    {STP_MCEC_IFI_MST_SIMULATE_PVST_DISABLED, "Disabled"},
-    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_ENABLED, "Default Enabled"},
-    {STP_MCEC_IFI_MST_SIMULATE_PVST_DEFAULT_DISABLED, "Default Disabled"}};
-
-struct Default {
-  uint32_t word;
-  bool any_other = false;
-};
-constexpr Default zero{0};
-constexpr Default not_zero{0, true};
-
-constexpr Parameter row(uint16_t type, const char *name, Compared compared, Form form, Default def,
-                        const char *title, std::span<const ChoiceText> texts = {},
-                        const char *other_text = "", OnPodPorts on_pod_ports = OnPodPorts::counts) {
-  const OnTheWire &on_wire = wire[type - 1];
-  return {on_wire.type, on_wire.scope, on_wire.length, on_wire.mismatch, name,
-          compared,     on_pod_ports,  form,           def.word,         def.any_other,
-          title,        texts,         other_text};
-}
-
-using enum Compared;
-
-// The names are those that the event history has always shown, "Gaurd" included.
-constexpr Parameter catalogue[] = {
-    row(STP_MCEC_TYPE1_STP_MODE, "Mode", in_every_mode, Form::choice,
-        {STP_MCEC_STP_MODE_RAPID_PVST}, "STP Mode", modes, "MST"),
-    row(STP_MCEC_TYPE1_STP_ENDIS, "Enable/Disable STP", in_rapid_pvst, Form::vlans, {},
-        "STP Disabled"),
-    row(STP_MCEC_TYPE1_MST_REGION_NAME, "MST Region Name", in_mst, Form::text, {},
-        "STP MST Region Name"),
-    row(STP_MCEC_TYPE1_MST_REGION_REVISION, "MST Region Revision", in_mst, Form::number, zero,
-        "STP MST Region Revision"),
-    row(STP_MCEC_TYPE1_MST_REGION_VI_MAP, "MST Region VI Map", in_mst, Form::map, {},
-        "STP MST Region Instance to VLAN Mapping"),
-    row(STP_MCEC_TYPE1_LOOP_GUARD, "Loop Guard", in_every_mode, Form::choice, zero, "STP Loopguard",
-        enabled, "Enabled"),
-    row(STP_MCEC_TYPE1_BRIDGE_ASSURANCE, "Bridge Assurance", in_every_mode, Form::choice, not_zero,
-        "STP Bridge Assurance", enabled, "Enabled"),
-    row(STP_MCEC_TYPE1_GBL_PORT_TYPE, "Gbl Port Type", in_every_mode, Form::flags, zero,
-        "STP Port Type, Edge BPDUFilter, Edge BPDUGuard"),
-    row(STP_MCEC_TYPE1_GBL_MST_SIMULATE_PVST, "Gbl MST Simulate PVST", in_mst, Form::choice,
-        not_zero, "STP MST Simulate PVST", enabled, "Enabled"),
-    row(STP_MCEC_TYPE1_IFI_PORT_TYPE, "Ifi Port Type", in_every_mode, Form::choice, zero,
-        "STP Port Type", port_types, "Default", OnPodPorts::is_passed_over),
-    row(STP_MCEC_TYPE1_IFI_PORT_GUARD, "Ifi Port Gaurd", in_every_mode, Form::choice, zero,
-        "STP Port Guard", guards, "None"),
-    row(STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST, "Ifi MST Simulate PVST", in_mst, Form::choice, zero,
-        "STP MST Simulate PVST", simulations, "None"),
-};
-
 // By type, which is by scope too.
-constexpr std::size_t global_count =
+constexpr auto global_count =
     static_cast<std::size_t>(std::ranges::count(catalogue, Scope::GLOBAL, &Parameter::scope));
 
-constexpr bool in_order() {
-  for (std::size_t i = 0; i < std::size(catalogue); ++i) {
-    if (catalogue[i].type != i + 1) return false;
-    if ((catalogue[i].scope == Scope::GLOBAL) != (i < global_count)) return false;
-  }
-  return true;
-}
-static_assert(std::size(catalogue) == std::size(wire) && in_order());
+constexpr uint32_t results[] = {
+#define MCEC_ROW(code, text) code,
+    STP_MCEC_RESULTS(MCEC_ROW)
+#undef MCEC_ROW
+};
 
-// All bytes of a map are zero when those of its first 64 are, and the others are what stands 64 bytes
-// before them: one comparison, of addresses that lie alike in the lines of a cache.
+// A new parameter cannot be added in part.
+constexpr bool is_complete(const Parameter &parameter) {
+  const auto position = static_cast<std::size_t>(&parameter - catalogue);
+  return parameter.type == position + 1 &&
+         (parameter.scope == Scope::GLOBAL) == (position < global_count) &&
+         (parameter.kind == STP_MCEC_KIND_CHOICE) == (parameter.choices != nullptr) &&
+         std::ranges::count(results, parameter.mismatch) == 1;
+}
+static_assert(std::ranges::all_of(catalogue, is_complete));
+
+// Of a map that is not empty: every byte is equal to the one before it, and the first is 0.
 bool is_zero(Bytes map) {
-  const auto words = load<std::array<uint64_t, 8>>(map.data());
-  uint64_t any = 0;
-  for (const uint64_t word : words) any |= word;
-  return any == 0 &&
-         std::memcmp(map.data(), map.data() + sizeof words, map.size() - sizeof words) == 0;
+  return map[0] == 0 && std::memcmp(map.data(), map.data() + 1, map.size() - 1) == 0;
+}
+
+// A switch that is on by default is on with any word but 0.
+bool is_default_word(const Parameter &parameter, uint32_t word) {
+  return parameter.default_word == 1 ? word != 0 : word == parameter.default_word;
 }
 
 }  // namespace
@@ -117,10 +105,28 @@ const Parameter *find_parameter(uint32_t type) {
   return type >= 1 && type <= std::size(catalogue) ? &catalogue[type - 1] : nullptr;
 }
 
+uint32_t mismatch_of(uint32_t type) {
+  const Parameter *parameter = find_parameter(type);
+  return parameter != nullptr ? parameter->mismatch : uint32_t{STP_MCEC_ERR_FAILURE};
+}
+
+bool is_default(const Parameter &parameter, Bytes value) {
+  switch (parameter.kind) {
+    case STP_MCEC_KIND_TEXT:
+      return !value.empty() && value[0] == 0;
+    case STP_MCEC_KIND_VLANS:
+      return value.size() >= parameter.length && is_empty(vlans_of(value));
+    case STP_MCEC_KIND_MAP:
+      return value.size() == parameter.length && is_zero(value);
+    default:
+      return value.size() >= parameter.length && is_default_word(parameter, word_of(value));
+  }
+}
+
 const char *choice_text(const Parameter &parameter, uint32_t value) {
-  const auto found = std::find_if(parameter.texts.begin(), parameter.texts.end(),
-                                  [value](const ChoiceText &text) { return text.value == value; });
-  return found != parameter.texts.end() ? found->text : parameter.other_text;
+  const Choices &known = *parameter.choices;
+  const auto found = std::ranges::find(known.texts, value, &Choices::Text::value);
+  return found != known.texts.end() ? found->text : known.other;
 }
 
 const char *port_type_text(uint32_t flags) {
@@ -128,8 +134,8 @@ const char *port_type_text(uint32_t flags) {
   return (flags & STP_MCEC_GBL_PORT_TYPE_NETWORK) != 0 ? "Network" : "Normal";
 }
 
-const char *enabled_text(bool on) {
-  return on ? "Enabled" : "Disabled";
+const char *enabled_text(bool is_enabled) {
+  return is_enabled ? enabled : disabled;
 }
 
 }  // namespace mcec
@@ -142,22 +148,13 @@ extern "C" const char *stp_mcec_type1_cfg_type_to_str(uint16_t type) {
 }
 
 extern "C" uint32_t stp_mcec_get_type1_cfg_compat_chk_errcode(uint16_t type) {
-  const Parameter *parameter = find_parameter(type);
-  return parameter != nullptr ? parameter->mismatch : uint32_t{STP_MCEC_ERR_FAILURE};
+  return mismatch_of(type);
 }
 
 extern "C" uint32_t stp_mcec_type1_cfg_param_is_default(uint32_t type, uint32_t len, void *value) {
   const Parameter *parameter = find_parameter(type);
   if (parameter == nullptr) return 0;
-  const Bytes bytes{static_cast<const uint8_t *>(value), parameter->length};
-  switch (parameter->form) {
-    case Form::text:
-      return bytes[0] == 0;
-    case Form::vlans:
-      return is_empty(vlans_of(bytes));
-    case Form::map:
-      return len == bytes.size() && is_zero(bytes);
-    default:
-      return (word_of(bytes) == parameter->default_word) != parameter->any_other_is_default;
-  }
+  // Only the test of a map looks at the length: the value has at least what the others read.
+  const uint32_t length = parameter->kind == STP_MCEC_KIND_MAP ? len : parameter->length;
+  return is_default(*parameter, {static_cast<const uint8_t *>(value), length}) ? 1 : 0;
 }

@@ -5,35 +5,21 @@
 #include <span>
 
 #include "draimiofaf/types.h"
+#include "foundation/wire.h"
 
 namespace mcec {
 
 enum class Scope : uint8_t { GLOBAL, INTERFACE };
 
-// The spanning-tree modes in which the peers must agree on a parameter.
-enum class Compared : uint8_t { in_every_mode, in_mst, in_rapid_pvst };
-
-// What a difference on a pod host interface means: the same as elsewhere, or nothing.
-enum class OnPodPorts : uint8_t { counts, is_passed_over };
-
-// What a value is, which decides how it is logged, shown and tested for being the default. The
-// first three are words.
-enum class Form : uint8_t {
-  number,  // shown in decimal
-  choice,  // shown as one of a few texts
-  flags,   // the global port type
-  text,    // default when empty
-  vlans,   // a bitmap record; default when no VLAN is set
-  map,     // MST instance by VLAN; default when every VLAN is in instance 0
-};
-
-constexpr bool is_word(Form form) {
-  return form <= Form::flags;
-}
-
-struct ChoiceText {
-  uint32_t value;
-  const char *text;
+// The texts of a CHOICE: of its values, and of every other word.
+struct Choices {
+  struct Text {
+    uint32_t value;
+    const char *text;
+  };
+  uint16_t type;
+  std::span<const Text> texts;
+  const char *other;
 };
 
 struct Parameter {
@@ -41,18 +27,18 @@ struct Parameter {
   Scope scope;
   uint16_t length;
   uint32_t mismatch;
-  const char *name;
-  Compared compared;
-  OnPodPorts on_pod_ports;
-  Form form;
-  // Of a word: default when it equals default_word, or when it is any other.
+  stp_mcec_kind kind;
   uint32_t default_word;
-  bool any_other_is_default;
-  // For display: what the parameter is called there, and the texts of a choice.
-  const char *title;
-  std::span<const ChoiceText> texts;
-  const char *other_text;
+  stp_mcec_compared compared;
+  bool is_compared_on_pod;
+  const char *name;        // of log lines
+  const char *title;       // of the report
+  const Choices *choices;  // of a CHOICE
 };
+
+constexpr bool is_word(stp_mcec_kind kind) {
+  return kind <= STP_MCEC_KIND_FLAGS;
+}
 
 // The parameters of a scope in the order of their types.
 std::span<const Parameter> parameters_of(Scope scope);
@@ -60,23 +46,14 @@ std::span<const Parameter> parameters_of(Scope scope);
 // The parameter of a type, nullptr when there is none.
 const Parameter *find_parameter(uint32_t type);
 
-// The parameters of the MST region, in the order in which its reset hands them out: an entry of
-// `length` zero bytes, the default, which is shorter than a cached VLAN map; and the reset's line.
-struct RegionParameter {
-  uint16_t type;
-  uint16_t length;
-  const char *reset_line;
-};
+// The mismatch code of a type, STP_MCEC_ERR_FAILURE when there is no such parameter.
+uint32_t mismatch_of(uint32_t type);
 
-inline constexpr RegionParameter mst_region[] = {
-    {STP_MCEC_TYPE1_MST_REGION_NAME, 32, "Default MST Region Config Name, deleting avl node"},
-    {STP_MCEC_TYPE1_MST_REGION_REVISION, 4,
-     "Default MST Region Config Revision, deleting avl node"},
-    {STP_MCEC_TYPE1_MST_REGION_VI_MAP, 80, "Default MST Region Config VI Map, deleting avl node"},
-};
+// A value that is shorter than what the test reads is not the default.
+bool is_default(const Parameter &parameter, Bytes value);
 
 const char *choice_text(const Parameter &parameter, uint32_t value);
 const char *port_type_text(uint32_t flags);
-const char *enabled_text(bool enabled);
+const char *enabled_text(bool is_enabled);
 
 }  // namespace mcec

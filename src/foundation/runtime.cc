@@ -18,66 +18,32 @@
 namespace mcec {
 namespace {
 
-struct MemType {
-  uint32_t number;
-  const char *name;
-};
-
-constexpr MemType mem_types[] = {
-#define MCEC_ROW(name, number) {number, "STP_MCEC_LIB_MEM_" #name},
-    STP_MCEC_LIB_MEM_TYPES(MCEC_ROW)
-#undef MCEC_ROW
-};
-
 constexpr char debug_path[] = "/zarn/tmp/stp_mcec_lib_dbg.log";
 constexpr char debug_banner[] =
-    "STP MCEC Type-1 cfg debug file \n"
-    "--------------------------------\n";
+    "STP MCEC Type-1 cfg debug file \n--------------------------------\n";
 
-// A line under way, the record that the event history is handed, and its length so far.
-struct Line {
-  sdwrap_hist_line_t record;
-  std::size_t length = 0;
-};
-
-// "stp_mcec_type1_cfg_compat_check(21): "; the names of operations are far shorter than a line.
-void begin(Line &line, Step step) {
-  char *const text = line.record.text;
-  char *out = std::copy_n(step.operation, std::strlen(step.operation), text);
+// "stp_mcec_type1_cfg_compat_check(21): "; the names of operations are far shorter than a line. By
+// hand, because a check takes 1.6 times its floor with a snprintf, and 1.0 times without one.
+char *write_head(sdwrap_hist_line_t &line, Step step) {
+  char *out = std::copy_n(step.operation, std::strlen(step.operation), line.text);
   *out++ = '(';
-  out = std::to_chars(out, std::end(line.record.text), step.line).ptr;
-  out = std::copy_n("): ", 3, out);
-  line.length = static_cast<std::size_t>(out - text);
+  out = std::to_chars(out, std::end(line.text), step.line).ptr;
+  return std::copy_n("): ", 3, out);
 }
 
-void append(Line &line, std::string_view text) {
-  const std::size_t fits = std::min(text.size(), sizeof line.record.text - 1 - line.length);
-  std::copy_n(text.data(), fits, line.record.text + line.length);
-  line.length += fits;
-}
-
-void append(Line &line, std::initializer_list<std::string_view> texts) {
-  for (const std::string_view text : texts) append(line, text);
-}
-
-// Most formats are texts with nothing to fill in.
-void append(Line &line, const char *format, va_list arguments) {
-  if (std::strchr(format, '%') == nullptr) return append(line, format);
-  const std::size_t room = sizeof line.record.text - line.length;
-  const int written = std::vsnprintf(line.record.text + line.length, room, format, arguments);
-  line.length += std::min(static_cast<std::size_t>(std::max(written, 0)), room - 1);
-}
-
-void send(Line &line) {
-  if (stp_mcec_lib_sdwrap_init_done == 0) stp_mcec_lib_sdwrap_init();
-  line.record.flag = 1;
-  line.record.text[line.length] = '\0';
-  const std::size_t size = offsetof(sdwrap_hist_line_t, text) + line.length + 1;
-  sdwrap_his_log_event_for_uuid_inst(STP_MCEC_LIB_SERVICE_ID, SDWRAP_HIST_LINE_EVENT, 0, 0,
-                                     static_cast<uint32_t>(size), &line.record);
+void init_history() {
+  if (sdwrap_hist_init_for_uuid(STP_MCEC_LIB_SERVICE_ID, SDWRAP_HIST_SIZE) == 0) {
+    stp_mcec_lib_sdwrap_init_done = 1;
+  }
 }
 
 }  // namespace
+
+const char *const mem_type_names[] = {
+#define MCEC_ROW(name, number) "STP_MCEC_LIB_MEM_" #name,
+    STP_MCEC_LIB_MEM_TYPES(MCEC_ROW)
+#undef MCEC_ROW
+};
 
 void *zalloc(stp_mcec_lib_mem_type_t mem_type, uint32_t size) {
   void *block = mtrack_alloc(STP_MCEC_LIB_SERVICE_ID, mem_type, size);
@@ -92,35 +58,24 @@ void *zalloc_records(stp_mcec_lib_mem_type_t mem_type, uint32_t header, uint32_t
 }
 
 void hist_log(Step step, const char *format, ...) {
-  Line line;
-  begin(line, step);
+  if (stp_mcec_lib_sdwrap_init_done == 0) init_history();
+  sdwrap_hist_line_t line;
+  line.flag = 1;
+  char *text = step.operation != nullptr ? write_head(line, step) : line.text;
   va_list arguments;
   va_start(arguments, format);
-  append(line, format, arguments);
+  const auto room = std::end(line.text) - text;
+  text += std::min<std::ptrdiff_t>(
+      std::vsnprintf(text, static_cast<std::size_t>(room), format, arguments), room - 1);
   va_end(arguments);
-  send(line);
+  const auto size = text + 1 - reinterpret_cast<const char *>(&line);
+  sdwrap_his_log_event_for_uuid_inst(STP_MCEC_LIB_SERVICE_ID, SDWRAP_HIST_LINE_EVENT, 0, 0,
+                                     static_cast<uint32_t>(size), &line);
 }
 
-void hist_log(Step step, std::initializer_list<std::string_view> texts) {
-  Line line;
-  begin(line, step);
-  append(line, texts);
-  send(line);
-}
-
-void hist_log(const char *format, ...) {
-  Line line;
-  va_list arguments;
-  va_start(arguments, format);
-  append(line, format, arguments);
-  va_end(arguments);
-  send(line);
-}
-
-void hist_log(std::initializer_list<std::string_view> texts) {
-  Line line;
-  append(line, texts);
-  send(line);
+uint32_t log_failure(Step step, const char *format, uint32_t code) {
+  hist_log(step, format, code, syserr2str(code));
+  return code;
 }
 
 uint32_t tlv_find(const void *array, uint16_t type, Tlv &found) {
@@ -144,9 +99,19 @@ bool next(Walk &walk, Tlv &tlv) {
   return true;
 }
 
-uint32_t log_unstored(Step step, uint32_t code) {
-  hist_log(step, "Failed (rc=0x%x, %s) to retrieve tlv\n", code, syserr2str(code));
-  return code;
+uint32_t find_channel(uint32_t if_index, uint32_t &channel) {
+  alignas(8) uint8_t key[MCECM_SDB_KEY_SIZE] = {};
+  mcecm_sdb_generate_if_key(if_index, key);
+  const void *record = mcecm_sdb_info_get(key);
+  if (record == nullptr || load<uint32_t>(record) == 0) return STP_MCEC_ERR_NO_MCEC_INFO;
+  channel = load<uint32_t>(static_cast<const uint8_t *>(record) + sizeof(uint32_t));
+  return 0;
+}
+
+bool has_trunk() {
+  alignas(8) uint8_t key[MCECM_SDB_KEY_SIZE] = {};
+  mcecm_sdb_generate_mct_key(1, key);
+  return mcecm_sdb_info_get(key) != nullptr;
 }
 
 }  // namespace mcec
@@ -157,23 +122,18 @@ int stp_mcec_lib_sdwrap_init_done = 0;
 FILE *stp_mcec_lib_debug_file = nullptr;
 
 extern "C" const char *__stp_mcec_lib_mem_type_t_find(uint32_t type) {
-  for (const MemType &row : mem_types) {
-    if (row.number == type) return row.name;
-  }
-  return nullptr;
+  return type < std::size(mem_type_names) ? mem_type_names[type] : nullptr;
 }
 
 extern "C" uint32_t __stp_mcec_lib_mem_type_t_str2enum(const char *name) {
-  for (const MemType &row : mem_types) {
-    if (strcasecmp(row.name, name) == 0) return row.number;
+  for (uint32_t type = 0; type < std::size(mem_type_names); ++type) {
+    if (strcasecmp(mem_type_names[type], name) == 0) return type;
   }
   return STP_MCEC_LIB_MEM_NONE;
 }
 
 extern "C" void stp_mcec_lib_sdwrap_init() {
-  if (sdwrap_hist_init_for_uuid(STP_MCEC_LIB_SERVICE_ID, SDWRAP_HIST_SIZE) == 0) {
-    stp_mcec_lib_sdwrap_init_done = 1;
-  }
+  init_history();
 }
 
 extern "C" void stp_mcec_lib_debug_print(uint32_t, const char *format, ...) {
@@ -192,16 +152,9 @@ extern "C" void stp_mcec_lib_debug_print(uint32_t, const char *format, ...) {
 }
 
 extern "C" uint32_t stp_mcec_lib_get_mcec_id(uint32_t if_index, uint32_t *mcec_id) {
-  alignas(8) uint8_t key[MCECM_SDB_KEY_SIZE] = {};
-  mcecm_sdb_generate_if_key(if_index, key);
-  const void *record = mcecm_sdb_info_get(key);
-  if (record == nullptr || load<uint32_t>(record) == 0) return STP_MCEC_ERR_NO_MCEC_INFO;
-  *mcec_id = load<uint32_t>(static_cast<const uint8_t *>(record) + sizeof(uint32_t));
-  return 0;
+  return find_channel(if_index, *mcec_id);
 }
 
 extern "C" uint32_t stp_mcec_lib_mct_exists() {
-  alignas(8) uint8_t key[MCECM_SDB_KEY_SIZE] = {};
-  mcecm_sdb_generate_mct_key(1, key);
-  return mcecm_sdb_info_get(key) != nullptr ? 1 : 0;
+  return has_trunk() ? 1 : 0;
 }

@@ -1,10 +1,9 @@
-// What every operation leans on: tracked memory, the line in the event history, TLV arrays.
+// What every operation uses: tracked memory, lines of the event history, TLV arrays, the
+// multi-chassis database.
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
-#include <string_view>
 
 #include "draimiofaf/types.h"
 #include "foundation/wire.h"
@@ -12,8 +11,6 @@
 #include "tlv.h"
 
 namespace mcec {
-
-// --- memory ---
 
 struct Release {
   void operator()(void *block) const { mtrack_free(block); }
@@ -23,6 +20,9 @@ struct Release {
 template <class Object>
 using Block = std::unique_ptr<Object, Release>;
 
+// By memory type, STP_MCEC_LIB_MEM_MAX included.
+extern const char *const mem_type_names[STP_MCEC_LIB_MEM_MAX + 1];
+
 // A zero-filled block, nullptr when none is to be had.
 void *zalloc(stp_mcec_lib_mem_type_t mem_type, uint32_t size);
 
@@ -31,11 +31,9 @@ void *zalloc(stp_mcec_lib_mem_type_t mem_type, uint32_t size);
 void *zalloc_records(stp_mcec_lib_mem_type_t mem_type, uint32_t header, uint32_t count,
                      uint32_t record_size);
 
-// --- event history ---
-
-// A step of an exported operation. Lines that are logged for it begin with the operation's name and
-// with the line of its source that asks for the step, also when a function that several operations
-// share takes it.
+// A step of an exported operation. The lines that are logged for it begin with the operation's name
+// and the line of its source that asks for the step, also in a function that several operations
+// share.
 struct Step {
   const char *operation;
   int line;
@@ -46,14 +44,18 @@ constexpr Step here(const char *operation = __builtin_FUNCTION(), int line = __b
   return {operation, line};
 }
 
-// One line, cut to 511 characters, behind the head of its step; the same put together from texts;
-// and both without a head.
-__attribute__((format(printf, 2, 3))) void hist_log(Step step, const char *format, ...);
-void hist_log(Step step, std::initializer_list<std::string_view> texts);
-__attribute__((format(printf, 1, 2))) void hist_log(const char *format, ...);
-void hist_log(std::initializer_list<std::string_view> texts);
+constexpr Step no_head = {nullptr, 0};
 
-// --- TLV arrays ---
+// One line, cut to 511 characters.
+__attribute__((format(printf, 2, 3))) void hist_log(Step step, const char *format, ...);
+
+// The line of a failure of the TLV library, a format for its code and the text of that; returns the
+// code.
+uint32_t log_failure(Step step, const char *format, uint32_t code);
+
+// Of an entry that cannot be read: on its way into the cache, and in a check.
+inline constexpr char not_retrieved[] = "Failed (rc=0x%x, %s) to retrieve tlv\n";
+inline constexpr char not_read[] = "failed (rc=0x%x, %s) get_next_tlv\n";
 
 struct Tlv {
   uint16_t type;
@@ -92,7 +94,9 @@ inline Walk walk_over(const void *array) {
 
 bool next(Walk &walk, Tlv &tlv);
 
-// The line of an entry that cannot be read on its way into the cache; returns the code.
-uint32_t log_unstored(Step step, uint32_t code);
+// The multi-chassis port channel of an interface; STP_MCEC_ERR_NO_MCEC_INFO when it has none.
+uint32_t find_channel(uint32_t if_index, uint32_t &channel);
+
+bool has_trunk();
 
 }  // namespace mcec

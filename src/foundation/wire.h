@@ -9,14 +9,12 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string_view>
 
 namespace mcec {
 
 using Bytes = std::span<const uint8_t>;
 using Word = std::array<uint8_t, 4>;
-
-static_assert(std::endian::native == std::endian::little ||
-              std::endian::native == std::endian::big);
 
 template <class Unsigned>
 constexpr Unsigned swap_to_network(Unsigned host) {
@@ -58,13 +56,10 @@ inline Word to_network(uint32_t host) {
   return std::bit_cast<Word>(swap_to_network(host));
 }
 
-// How much of a text value is text: up to its NUL, or all of it.
-inline int text_length(Bytes value) {
-  return static_cast<int>(std::find(value.begin(), value.end(), uint8_t{0}) - value.begin());
-}
-
-inline const char *chars_of(Bytes value) {
-  return reinterpret_cast<const char *>(value.data());
+// A text value up to its NUL, or all of it.
+inline std::string_view text_of(Bytes value) {
+  const auto *chars = reinterpret_cast<const char *>(value.data());
+  return {chars, static_cast<std::size_t>(std::ranges::find(value, 0) - value.begin())};
 }
 
 // Put a value into a block that keeps its length: as many bytes as fit, the rest becomes 0.

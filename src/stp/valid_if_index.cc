@@ -7,19 +7,13 @@
 #include "if_index.h"
 #include "im.h"
 
-namespace {
-
 // The interface types that spanning tree runs on.
 constexpr uint8_t accepted_types[] = {22, 26, 28, 29, 31, 37};
-
-}  // namespace
 
 extern "C" uint32_t stp_valid_if_index_offline(uint32_t if_index) {
   uint8_t type = 0;
   if_index_get_type(if_index, &type);
-  const bool accepted = std::find(std::begin(accepted_types), std::end(accepted_types), type) !=
-                        std::end(accepted_types);
-  return accepted ? 1 : 0;
+  return std::ranges::find(accepted_types, type) != std::end(accepted_types) ? 1 : 0;
 }
 
 extern "C" uint32_t stp_valid_if_index(uint32_t if_index) {
