@@ -34,7 +34,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
 
   const lab::PairOfSettings pair = {&left.is.settings, &right.is.settings};
   for (const lab::Note &note : lab::find_notes(pair, false)) {
-    const std::string text = lab::describe_note(note);
+    const std::string text = lab::describe_note({.note = note, .accepted = {}, .until = {}});
     must(!text.empty() && lab::printable(text) == text, "a note has a text");
   }
   std::vector<std::string> scopes = {""};
@@ -47,7 +47,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
         const lab::Rows &rows = i == 0 ? left.rows : right.rows;
         must(lab::settings_of(lab::apply_changes(rows, *fix.alone[i])).errors.empty(),
              "what is patched can be read again");
-        must(lab::patch_to_json(lab::make_patch(rows, *fix.alone[i])).is_array(), "a fix is a patch");
+        must(lab::format_patch(lab::make_patch(rows, *fix.alone[i])).starts_with("["),
+             "a fix is a patch");
       }
     }
   }

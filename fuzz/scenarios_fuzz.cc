@@ -31,7 +31,8 @@ bool stays_here(const std::string &text) {
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   const std::string text(text_of(data, size));
   if (!stays_here(text)) return -1;
-  const lab::ReadScenario read = lab::read_scenario_text(CAPTURES "scenario.yaml", text, lab::settings_from);
+  const lab::ReadScenario read =
+      lab::read_scenario_text(CAPTURES "scenario.yaml", text, lab::settings_from);
   look_at(read.errors, text);
   for (const lab::InputError &error : read.errors) must(error.line > 0, "a error has a line");
   if (!read.errors.empty()) return 0;

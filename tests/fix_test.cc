@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "draimiofaf/types.h"
 #include "dump.h"
 #include "output/fix.h"
@@ -69,7 +71,7 @@ TEST(Capture, NotesWhatIsWorthALook) {
     std::string notes;
     for (const Note &note : find_notes({&left.settings, &right.settings}, false)) {
       notes += rule_of(note.kind).key + (' ' + (note.channel.empty() ? "switch" : note.channel)) +
-               ": " + describe_note(note) + "\n";
+               ": " + describe_note({.note = note, .accepted = {}, .until = {}}) + "\n";
     }
     EXPECT_EQ(notes, row.notes);
     for (const Note &note : find_notes({&left.settings, &right.settings}, true)) {
