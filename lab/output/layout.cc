@@ -64,8 +64,8 @@ std::size_t least_width(std::string_view text) {
   return longest;
 }
 
-// Where the next line of a text ends: behind a blank or a comma, else where its script allows it, as
-// behind a hyphen, else where it must.
+// Where the next line of a text ends: behind a blank or a comma, else where its script allows it,
+// as behind a hyphen, else where it must.
 std::size_t line_end(std::string_view text, std::size_t width) {
   const std::size_t fits = bytes_that_fit(text, width);
   // A comma stays on its line, a blank goes: it may stand just past the end.
@@ -241,7 +241,9 @@ void put_table(const std::vector<std::string> &heading, const std::vector<std::v
   }
   const std::size_t room = layout.width > table_margin ? layout.width - table_margin : 1;
   const std::vector<std::size_t> most = column_widths(heading, cells, room);
-  cells.insert(cells.begin(), {heading.begin(), heading.end()});
+  std::vector<Cell> titles;
+  for (const std::string &title : heading) titles.push_back({title, Colour::none});
+  cells.insert(cells.begin(), titles);
   // A column is as wide as its widest line is now.
   std::vector<std::size_t> widths(heading.size());
   std::vector<std::vector<Lines>> lines;

@@ -403,7 +403,8 @@ TimePoint due(const Database &database) {
 }
 
 void add_sockets(const Database &database, std::vector<pollfd> &sockets) {
-  if (database.resolver != nullptr) sockets.push_back({database.resolver->process.output, POLLIN, 0});
+  if (database.resolver != nullptr)
+    sockets.push_back({database.resolver->process.output, POLLIN, 0});
   for (const Connection *connection : {&database.rows, &database.changes}) {
     if (connection->context != nullptr) sockets.push_back(socket_of(*connection));
   }

@@ -22,7 +22,7 @@ std::string read_all(int file, std::string &text);
 std::string write_all(int file, std::string_view text);
 
 // Write a file whole: what stood there is replaced by all of the text, or stays as it is. Its mode
-// stays, and a symbolic link stays a link. What is no file, as a pipe or /dev/stdout, is written to.
+// stays, and a symbolic link stays a link. A pipe, a device and /dev/stdout are written to.
 std::string write_file_atomically(const std::string &path, std::string_view text);
 
 // --- outputs ---

@@ -8,9 +8,9 @@ namespace lab {
 // Thrown where the lab waits, when a signal asks it to stop.
 struct Interrupted {};
 
-// Let SIGINT, SIGTERM and SIGHUP end the lab in order: what waits throws Interrupted. What cannot be
-// interrupted, as a parser, or a write to a pipe that nobody reads, has a second, then the process
-// ends.
+// Let SIGINT, SIGTERM and SIGHUP end the lab in order: what waits throws Interrupted. What cannot
+// be interrupted, as a parser, or a write to a pipe that nobody reads, has a second, then the
+// process ends.
 void stop_on_signals();
 bool interrupted();
 

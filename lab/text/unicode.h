@@ -32,8 +32,8 @@ bool has_controls(std::string_view text);
 // A byte or a character as "\x1b".
 std::string escaped_bytes(std::string_view bytes);
 
-// Text that any terminal and any JSON reader takes: what is not UTF-8, control characters, separators
-// of lines, and what turns the direction of writing are escaped.
+// Text that any terminal and any JSON reader takes: what is not UTF-8, control characters, line
+// separators, and what turns the direction of writing are escaped.
 std::string printable(std::string_view text);
 std::string printable_lines(std::string_view text);  // line feeds stay
 
