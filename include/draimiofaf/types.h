@@ -112,7 +112,7 @@ enum {
   STP_MCEC_APP_CODE = 171,
   /* By this number the library is known to the memory tracker and the event history. */
   STP_MCEC_LIB_SERVICE_ID = 633,
-  /* A TLV array takes this many bytes besides its entries. */
+  /* A TLV array takes this many bytes more than its entries. */
   STP_MCEC_TLV_ARRAY_HDR_SIZE = 4,
   /* In both kinds of update message the TLV array starts this many bytes into the payload. */
   STP_MCEC_TYPE1_UPD_HDR_SIZE = 16,
@@ -151,7 +151,7 @@ enum {
   X(mcecm_app_cmd7_extract_info_t, 20) \
   X(MAX, 21)
 
-/* The type of a block, as the memory tracker is told it. */
+/* The type of a block, as the memory tracker gets it. */
 typedef uint32_t stp_mcec_lib_mem_type_t;
 
 enum {
