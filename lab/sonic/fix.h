@@ -13,10 +13,11 @@
 
 namespace lab {
 
-// VLANs that both sides have elsewhere: as words, spanning tree disabled or not, or the instance.
+// VLANs that differ in the same way.
 struct VlanGroup {
   Vlans vlans;
-  std::array<uint32_t, 2> words;  // now, on left and right
+  // Now, on left and right: 1 where spanning tree is disabled, else 0; of maps the instance.
+  std::array<uint32_t, 2> words;
 
   bool operator==(const VlanGroup &) const = default;
 };

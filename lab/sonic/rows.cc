@@ -69,7 +69,7 @@ struct SettingsReader : RowsReader {
       }
       for (const auto &[field, written] : fields) {
         const std::string all = joined(written);
-        // What is not set is so, or off.
+        // What the switch does without the field, too.
         const bool is_usual = all == (field == "link_type" ? "auto" : "false");
         if (find_field("STP_PORT", field) == nullptr && !is_usual) port.uncovered[field] = all;
       }
