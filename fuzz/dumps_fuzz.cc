@@ -1,5 +1,7 @@
 // Dumps: from their bytes to what is written of them, to a pair, and to its fixes.
 
+#include <nlohmann/json.hpp>
+
 #include "output/fix.h"
 #include "output/notes.h"
 #include "output/patch_json.h"
@@ -47,7 +49,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
         const lab::Rows &rows = i == 0 ? left.rows : right.rows;
         must(lab::settings_of(lab::apply_changes(rows, *fix.alone[i])).errors.empty(),
              "what is patched can be read again");
-        must(lab::patch_to_json(lab::make_patch(rows, *fix.alone[i])).is_array(), "a fix is a patch");
+        must(lab::patch_to_json(lab::make_patch(rows, *fix.alone[i])).is_array(),
+             "a fix is a patch");
       }
     }
   }

@@ -28,7 +28,7 @@ inline void look_at(const lab::InputErrors &errors, std::string_view text) {
       must(lab::printable(said) == said, ("a error can be shown: " + said).c_str());
     }
   }
-  lab::errors_to_json("source", errors).dump();
+  lab::format_errors({{"source", errors}}, lab::JsonForm::line);
 }
 
 // What is written can be read again, and says the same.

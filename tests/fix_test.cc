@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "draimiofaf/types.h"
 #include "dump.h"
 #include "output/fix.h"
