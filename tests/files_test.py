@@ -109,9 +109,9 @@ def check_inputs_and_outputs():
             ('"$0" compare --patch both new "$1" "$2" --html ./new.right', 2, "which is --html"),
             ('"$0" watch --metrics own.json own.json "$2"', 2, "is the file of --metrics, too"),
             ('"$0" compare secret "$2"', 2, "secret:1:1: found no mapping; expected a state file"),
-            ('"$0" compare --pairs secret', 2, "secret:1:1: found 1 part; expected a name"),
+            ('"$0" compare --pairs secret', 2, "secret:1:1: found a line of 1 field; expected a name"),
             ('"$0" run secret', 2, "secret:1:1: found no mapping; expected a scenario, a mapping\n"),
-            ('"$0" run from.yaml', 2, "found a list; expected a state file")]:
+            ('"$0" run from.yaml', 2, "in secret:1:1: found no mapping; expected a state file")]:
         ended = run(command)
         said = ended.stdout.decode()
         expect((ended.returncode == status or status == 0) and word in said, command,

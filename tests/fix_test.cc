@@ -181,7 +181,7 @@ TEST(Capture, IsFixed) {
   const Dump right = dump_of(capture("vlans-right"));
   EXPECT_EQ(describe_fix(find_fix({&left.settings, &right.settings}, {nullptr, &right.rows}, "",
                                   STP_MCEC_TYPE1_STP_ENDIS)),
-            "stp-endis: VLAN 20 listed on right, or not listed on left");
+            "STP_VLAN enabled: VLAN 20 false on right");
 }
 
 }  // namespace

@@ -449,7 +449,7 @@ TEST_F(Lab, ExplainsAndLists) {
   EXPECT_EQ(listed["parameters"].size(), 12U);
   EXPECT_EQ(listed["parameters"][6]["default"], "Enabled");
   EXPECT_EQ(listed["commands"].size(), 15U);
-  EXPECT_EQ(listed["commands"][12]["set"][0], "ifi-port-type = Edge Trunk Port");
+  EXPECT_EQ(listed["commands"][12]["sets"][0], "ifi-port-type");
   for (const Json &parameter : listed["parameters"]) {
     const Outcome outcome = lab("explain " + parameter["parameter"].get<std::string>());
     EXPECT_EQ(outcome.status, 0);

@@ -40,7 +40,8 @@ def scan(*keys, cursor=b"0"):
 
 
 ROWS = {b"STP|GLOBAL": (b"mode", b"mst"), b"STP_MST|GLOBAL": (b"name", b"campus"),
-        b"MCLAG_DOMAIN|1": (b"peer_link", b"PortChannel1")}
+        b"MCLAG_DOMAIN|1": (b"peer_link", b"PortChannel1"),
+        b"MCLAG_INTERFACE|1|PortChannel2": (b"NULL", b"NULL")}
 ANSWERS = {
     b"AUTH": b"+OK\r\n", b"SELECT": b"+OK\r\n", b"PING": b"+PONG\r\n",
     b"PSUBSCRIBE": lambda words: array(bulk(b"psubscribe"), bulk(words[1]), b":1\r\n"),

@@ -115,6 +115,8 @@ class Watch:
     def next(self, kind, agree="?", still=True, **wanted):
         """The next event, of this kind; `still`: nothing changes any more, so it can be held against compare."""
         event = self.events.get(timeout=PATIENCE)
+        while event["event"] == "note" != kind:
+            event = self.events.get(timeout=PATIENCE)
         assert event["event"] == kind, f"expected {kind}, found {event}"
         assert re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d(\.\d+)?[+-]\d\d:\d\d", event["time"]), event["time"]
         assert agree in ("?", event["agree"]), event

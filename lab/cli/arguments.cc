@@ -99,7 +99,8 @@ void add_compare(Parser &parser) {
   CLI::Option *left = compare->add_option("LEFT", record.left, source_help);
   CLI::Option *right = compare->add_option("RIGHT", record.right, source_help);
   compare->add_flag("--json", record.json, "a JSON document");
-  compare->add_flag("--all", record.all, "show the scopes that agree, too, and all lists in full");
+  CLI::Option *all = compare->add_flag("--all", record.all,
+                                       "show the scopes that agree, too, and all lists in full");
   compare->add_flag("--quiet", record.quiet, "print nothing but errors");
   CLI::Option *intended = compare
                               ->add_option("--intended", record.intended,
@@ -126,7 +127,7 @@ void add_compare(Parser &parser) {
               "--pairs", record.pairs,
               "compare many pairs: a file with lines of name, left, right and, if need be, "
               "namespace, separated by tabs")
-          ->excludes(left, patch, html, format, intended, write_accept);
+          ->excludes(left, patch, html, format, intended, write_accept, all);
   compare->add_flag("--notes", record.notes, "with --pairs: the notes on each pair")->needs(pairs);
 }
 

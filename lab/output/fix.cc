@@ -47,10 +47,17 @@ std::string word_text(const Fix &fix, uint32_t word) {
 std::string describe_groups(const Fix &fix, const SideNames &names) {
   std::string text = fix.field != nullptr ? fix.field->table + (' ' + std::string(fix.field->name))
                                           : parameter_key(fix.type);
+  // A side of two that cannot be patched is left out.
+  const bool is_any = !fix.alone[0] && !fix.alone[1];
   for (std::size_t i = 0; i < std::min(fix.groups.size(), most_groups); ++i) {
     const auto &[vlans, words] = fix.groups[i];
-    text += (i == 0 ? ": " : "; ") + vlan_words(vlans) + " " + word_text(fix, words[0]) + " on " +
-            names[1] + ", or " + word_text(fix, words[1]) + " on " + names[0];
+    std::string sides;
+    for (const std::size_t side : {std::size_t{1}, std::size_t{0}}) {
+      if (!is_any && !fix.alone[side]) continue;
+      sides +=
+          (sides.empty() ? " " : ", or ") + word_text(fix, words[1 - side]) + " on " + names[side];
+    }
+    text += (i == 0 ? ": " : "; ") + vlan_words(vlans) + sides;
   }
   if (fix.groups.size() <= most_groups) return text;
   return text + "; and " + std::to_string(fix.groups.size() - most_groups) +

@@ -26,6 +26,9 @@ struct Message {
   ~Message() { standin_message_free(msg); }
 };
 
+// The platform's type of an Ethernet port.
+constexpr uint8_t ethernet_type = 26;
+
 LastLines *last_lines_of_process;
 
 void keep_line(const char *line) {
@@ -182,7 +185,7 @@ Done perform(const ChangeWorld &asked) {
     }
   }
   for (const Port &port : change.ports) {
-    standin_add_ports(port.index, port.index, port.type, port.layer_mode);
+    standin_add_ports(port.index, port.index, ethernet_type, STP_MCEC_IF_LAYER_MODE_ACCEPTED);
     standin_set_member(port.index, port.channel);
     standin_set_pod_port(port.index, port.pod ? 1 : 0);
   }

@@ -27,8 +27,8 @@ namespace lab {
   }
 LAB_FIELDS(Entry, it.type, it.value)
 LAB_FIELDS(Channel, it.name, it.id, it.internal, it.vlans)
-LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.type, it.layer_mode, it.parameters,
-           it.spanning_tree, it.uncovered)
+LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.parameters, it.spanning_tree,
+           it.uncovered)
 LAB_FIELDS(Domain, it.id, it.system_id, it.source, it.peer)
 LAB_FIELDS(Settings, it.name, it.address, it.spanning_tree, it.trunk, it.domains, it.timers,
            it.vlan_timers, it.user_vlans, it.channels, it.ports, it.parameters)

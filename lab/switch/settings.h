@@ -42,8 +42,6 @@ struct Port {
   std::string name;      // empty: it is called by its index
   uint32_t channel = 0;  // the id of its multi-chassis channel; 0: a member of none
   bool pod = false;
-  uint8_t type = 26;  // of the interface
-  uint32_t layer_mode = 2;
   std::vector<Entry> parameters;  // types 10 to 12
   bool spanning_tree = true;      // does it run on the port?
   // What the switch says of the port that no parameter covers: "bpdu_guard", "link_type".

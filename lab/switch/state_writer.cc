@@ -59,10 +59,6 @@ std::string port_lines(const Settings &settings, const Port &port) {
                        has_name ? name_text(channel->name) : std::to_string(port.channel));
   }
   if (port.pod != usual.pod) pairs.emplace_back("pod", "true");
-  if (port.type != usual.type) pairs.emplace_back("type", std::to_string(port.type));
-  if (port.layer_mode != usual.layer_mode) {
-    pairs.emplace_back("layer-mode", std::to_string(port.layer_mode));
-  }
   if (!port.spanning_tree) pairs.emplace_back("spanning-tree", "false");
   if (!port.parameters.empty()) {
     pairs.emplace_back("parameters", inline_text(parameters_text(port.parameters)));

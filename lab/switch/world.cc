@@ -53,8 +53,6 @@ std::vector<uint32_t> apply(const PortGroup &group, Settings &settings) {
       if (!group.name.empty()) port.name = group.name;
       if (group.channel) port.channel = channel;
       if (group.pod) port.pod = *group.pod;
-      if (group.type) port.type = *group.type;
-      if (group.layer_mode) port.layer_mode = *group.layer_mode;
       if (group.spanning_tree) port.spanning_tree = *group.spanning_tree;
       for (const Entry &entry : group.parameters) put_entry(port.parameters, entry);
       for (const auto &[field, value] : group.uncovered) port.uncovered[field] = value;

@@ -30,8 +30,6 @@ struct PortGroup {
   std::string name;  // of the one port
   std::optional<ChannelRef> channel;
   std::optional<bool> pod;
-  std::optional<uint8_t> type;
-  std::optional<uint32_t> layer_mode;
   std::optional<bool> spanning_tree;
   std::vector<Entry> parameters;
   std::map<std::string, std::string> uncovered;

@@ -69,12 +69,6 @@ constexpr KeyRule<PortGroup> port_rules[] = {
                   PortGroup &group) { group.channel = read_channel(reader, value); }},
     {"pod", [](Reader &reader, const YAML::Node &value,
                PortGroup &group) { group.pod = reader.boolean(value, "pod"); }},
-    {"type",
-     [](Reader &reader, const YAML::Node &value, PortGroup &group) {
-       group.type = uint8_t(reader.number(value, "type", 0, UINT8_MAX));
-     }},
-    {"layer-mode", [](Reader &reader, const YAML::Node &value,
-                      PortGroup &group) { group.layer_mode = reader.number(value, "layer-mode"); }},
     {"spanning-tree",
      [](Reader &reader, const YAML::Node &value, PortGroup &group) {
        group.spanning_tree = reader.boolean(value, "spanning-tree");
