@@ -3,13 +3,14 @@
 
   tests/page_test.py MCEC-LAB FOLDER
 
-Dumps, pages, pictures in light and dark, and prints stay in FOLDER, to be looked at. The browser's
+Dumps, pages, pictures in light, dark and narrow, and prints stay in FOLDER, to be looked at. The browser's
 driver is Debian's, hence its Python. Exit status 77: there is no browser.
 """
 import base64
 import json
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -23,8 +24,8 @@ try:
 except ImportError:
     webdriver = None
 browser, service = shutil.which("chromium"), shutil.which("chromedriver")
-if not (webdriver and browser and service):
-    print("skipped: chromium, chromium-driver and python3-selenium are not all installed")
+if not (webdriver and browser and service and shutil.which("pdftotext")):
+    print("skipped: chromium, chromium-driver, poppler-utils, python3-selenium are not all there")
     sys.exit(77)
 
 lab, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
@@ -45,7 +46,9 @@ HOSTILE = "</script><img src=x onerror=alert(1)>\"'&amp;\u202e😀"
 REGION = "</td><b onclick='x'>\"&lt;;%s{}"
 
 
-def dump(name, mode, instances=None, off=(), guard="false", region="DC1"):
+def dump(name, mode, instances=None, off=(), guard="false", region="DC1", channels=None):
+    if channels is None:
+        channels = {"PortChannel2": {}, "PortChannel10": {"root_guard": guard}}
     vlans = [*range(10, 60), *range(700, 710)]
     return {
         "DEVICE_METADATA": {"localhost": {"hostname": name, "mac": "00:11:22:33:44:55"}},
@@ -54,9 +57,9 @@ def dump(name, mode, instances=None, off=(), guard="false", region="DC1"):
         "STP_MST_INST": {f"MST_INSTANCE|{i}": {"vlan_list": v}
                          for i, v in (instances or {}).items()},
         "STP_VLAN": {f"Vlan{v}": {"enabled": "true"} for v in vlans if v not in off},
-        "STP_PORT": {"PortChannel10": {"root_guard": guard}},
+        "STP_PORT": {channel: {"enabled": "true", **row} for channel, row in channels.items()},
         "MCLAG_DOMAIN": {"1": {"peer_link": "PortChannel1"}},
-        "MCLAG_INTERFACE": {"1|PortChannel2": {}, "1|PortChannel10": {}},
+        "MCLAG_INTERFACE": {f"1|{channel}": {} for channel in channels},
         "VLAN": {f"Vlan{v}": {} for v in vlans},
         "VLAN_MEMBER": {f"Vlan{v}|PortChannel10": {} for v in vlans if v < 50},
     }
@@ -64,6 +67,16 @@ def dump(name, mode, instances=None, off=(), guard="false", region="DC1"):
 
 ONE = {1: ["10-20", "700"], 2: ["30-39"]}
 TWO = {1: ["10-20"], 2: ["30-39", "700"]}
+ODD = [str(vlan) for vlan in range(11, 1200, 2)]
+GUARDS = [{"root_guard": guard, "edge_port": edge} for guard in ("true", "false")
+          for edge in ("true", "false")]
+# Channels that differ in twelve ways, and sixty in one.
+MANY = [{**{f"PortChannel{300 + 4 * i + k}": (GUARDS[i], GUARDS[k])[side]
+            for i in range(4) for k in range(4) if i != k},
+         **{f"PortChannel{i}": {"root_guard": ("true", "false")[side]} for i in range(100, 160)}}
+        for side in (0, 1)]
+MANY[0].update({f"PortChannel{i}": {} for i in range(200, 204)})
+ACCEPT = [{"scope": "PortChannel1*", "parameter": "ifi-port-guard", "reason": "<i>moves</i> in May"}]
 # Name, the dumps, the exit status, the heading, what the page must say, VLANs by what they must say.
 PAIRS = [
     ("agree", dump("leaf-1", "mst", ONE), dump("leaf-2", "mst", ONE), 0, "The pair agrees",
@@ -81,7 +94,23 @@ PAIRS = [
       16: "enabled on both: twin VLAN, passes", 4000: "enabled on both: same"}),
     ("off", dump("leaf-1", "none"), dump("leaf-2", "mst"), 1,
      "The pair does not agree: spanning tree is off on left", ["No check was made"], {}),
+    ("incomplete", dump("leaf-1", "mst", channels={}), dump("leaf-2", "mst", channels={}), 3,
+     "Not compared: neither switch has a multi-chassis channel", ["The one scope agrees"],
+     {4000: "instance 0 on both: same"}),
+    ("intended", dump("plan", "mst", ONE, guard="true"), dump("leaf-2", "mst", ONE), 0,
+     "The pair agrees", ["The comparison is strict", "its intended state",
+                         "differences make 1 scope agree: PortChannel10.", "different",
+                         "Accepted: <i>moves</i> in May", "intended plan", "actual leaf-2"],
+     {15: "instance 1 on both: same"}),
+    ("many", dump("leaf-1", "mst", {1: ODD}, channels=MANY[0]),
+     dump("leaf-2", "mst", {2: ODD}, channels=MANY[1]), 1, "The pair does not agree",
+     ["77 of 77 scopes differ", "PortChannel100-159 (60 channels)",
+      "STP_PORT|PortChannel100-159 root_guard: false on right, or true on left",
+      "Fix: add MCLAG_INTERFACE|1|PortChannel200-203 on right",
+      "Warning"],
+     {11: "instance 1 on left, 2 on right: different"}),
 ]
+ARGUMENTS = {"intended": ["--strict", "--accept", "accept.yaml", "--intended"]}
 
 # The least contrast of a text with what is behind it.
 CONTRAST = """
@@ -107,6 +136,60 @@ while (texts.nextNode()) {
 return least;"""
 
 
+# The longest text that is to be read at once.
+LONGEST = """
+return Math.max(...[...document.querySelectorAll("td, th, li, dd, h3")].map(
+  (element) => element.innerText.length));"""
+
+# Do heads of rows and columns stay when the grid is scrolled to its end?
+HEADS_STAY = """
+const scroll = document.querySelector(".scroll");
+const places = () => [document.querySelectorAll(".head")[64].getBoundingClientRect().left,
+                      document.querySelector(".ticks").getBoundingClientRect().top];
+scroll.scrollIntoView();
+const before = places();
+scroll.scrollTo(scroll.scrollWidth, scroll.scrollHeight);
+return scroll.scrollLeft > 100 && String(places()) === String(before);"""
+
+
+def take_picture(driver, file):
+    size = driver.execute_script(
+        "return [innerWidth, Math.min(document.documentElement.scrollHeight, 8000)]")
+    picture = driver.execute_cdp_cmd("Page.captureScreenshot", {
+        "captureBeyondViewport": True,
+        "clip": {"x": 0, "y": 0, "width": size[0], "height": size[1], "scale": 1}})
+    (folder / file).write_bytes(base64.b64decode(picture["data"]))
+
+
+def look_at_phone(driver, name, has_grid):
+    driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
+        "width": 380, "height": 800, "deviceScaleFactor": 1, "mobile": True})
+    ask = driver.execute_script
+    check("wider than a phone", ask("return document.documentElement.scrollWidth > 380"), False)
+    if has_grid:
+        check("hint", "Scroll" in driver.find_element("id", "more").text, True)
+        check("heads stay", ask(HEADS_STAY), True)
+    take_picture(driver, f"{name}-narrow.png")
+    driver.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
+
+
+def look_at_print(driver, name):
+    """Folds are printed open; no page ends with a heading."""
+    headings = [" ".join(text.split()) for text in driver.execute_script(
+        "return [...document.querySelectorAll('h2, caption, thead, dt')].map((e) => e.innerText)")]
+    for height in (11, 8, 6.5, 5.5):
+        pdf = folder / f"{name}-{height}.pdf"
+        pdf.write_bytes(base64.b64decode(driver.execute_cdp_cmd(
+            "Page.printToPDF", {"paperHeight": height})["data"]))
+        text = subprocess.run(["pdftotext", "-layout", pdf, "-"], capture_output=True, text=True,
+                              check=True, timeout=60).stdout
+        pages = [page.strip().splitlines() for page in text.split("\f") if page.strip()]
+        lasts = [" ".join(page[-1].split()) for page in pages]
+        check(f"headings at the foot of {pdf.name}", [last for last in lasts if any(
+            heading.endswith(last) for heading in headings)], [])
+    return text
+
+
 def look_at(driver, name, heading, says, vlans):
     page = folder / f"{name}.html"
     driver.get(page.as_uri())
@@ -114,8 +197,13 @@ def look_at(driver, name, heading, says, vlans):
     check("heading", driver.title.startswith(heading + ": "), True)
     check("h1", driver.find_element("css selector", "h1").text[2:], heading)
     text = ask("return document.body.textContent")
+    spaced = " ".join(text.split())
     for expected in says:
-        check("the page says", expected if expected in text else text[:2000], expected)
+        check("the page says", expected if expected in spaced else spaced[:3000], expected)
+    check("times and version", [len(re.findall(pattern, text)) for pattern in (
+        r"Generated \d{4}-\d\d-\d\d \d\d:\d\d:\d\d \+0000 by mcec-lab \d", "2001-09-09 01:46:40")],
+        [1, 2])
+    check("folded", ask(LONGEST) < 300, True)
     check("elements that switches made",
           ask("return document.querySelectorAll('img, main b:not(.number), [onclick]').length"), 0)
     check("scripts", ask("return document.scripts.length"), 1)
@@ -159,28 +247,25 @@ def look_at(driver, name, heading, says, vlans):
             "features": [{"name": "prefers-color-scheme", "value": scheme}]})
         least = ask(CONTRAST)
         check(f"contrast of {least:.2f}, {scheme}, is enough", least >= 4.5, True)
-        size = ask("return [innerWidth, Math.min(document.documentElement.scrollHeight, 8000)]")
-        picture = driver.execute_cdp_cmd("Page.captureScreenshot", {
-            "captureBeyondViewport": True,
-            "clip": {"x": 0, "y": 0, "width": size[0], "height": size[1], "scale": 1}})
-        (folder / f"{name}-{scheme}.png").write_bytes(base64.b64decode(picture["data"]))
-    (folder / f"{name}.pdf").write_bytes(base64.b64decode(driver.print_page()))
-    driver.set_window_size(500, 900)
-    check("wider than a narrow window", ask(
-        "return document.documentElement.scrollWidth > innerWidth"), False)
-    driver.set_window_size(1200, 1000)
+        take_picture(driver, f"{name}-{scheme}.png")
+    look_at_phone(driver, name, bool(vlans))
     check("messages", driver.get_log("browser"), [])
 
     driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
     driver.get(page.as_uri())
+    check("heading without a script", heading in driver.find_element("css selector", "h1").text, True)
+    printed = look_at_print(driver, name)
+    if name == "many":
+        check("printed in full", re.search(r"1195,\s*1197", printed) is not None, True)
     body = driver.find_element("tag name", "body").text
     for vlan, expected in vlans.items():
-        if "different" in expected:
+        if "different" in expected and name != "many":
             check("without a script", f"{vlan} instance 1 instance 2 different" in body, True)
     driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": False})
 
 
-os.environ["NO_PROXY"] = "localhost,127.0.0.1"
+os.environ.update(NO_PROXY="localhost,127.0.0.1", TZ="UTC")
+(folder / "accept.yaml").write_text(json.dumps(ACCEPT))
 with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile:
     options = webdriver.ChromeOptions()
     options.binary_location = browser
@@ -198,7 +283,9 @@ with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile:
             sources = [f"{name}-left.json", f"{name}-right.json"]
             for source, content in zip(sources, (left, right)):
                 (folder / source).write_text(json.dumps(content))
-            command = [str(lab), "compare", *sources, "--html", f"{name}.html"]
+                os.utime(folder / source, (1e9, 1e9))
+            command = [str(lab), "compare", "--html", f"{name}.html", *ARGUMENTS.get(name, []),
+                       *sources]
             ran = subprocess.run(command, cwd=folder, timeout=60, stdout=subprocess.DEVNULL)
             check(f"exit status of {name}", ran.returncode, status)
             look_at(driver, name, *expected)

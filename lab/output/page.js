@@ -12,6 +12,8 @@
   if (!grid) return;
   const named = document.getElementById("named");
   const hint = named.textContent;
+  const picture = document.getElementById("picture");
+  const sides = picture.dataset;
 
   const make = (tag, className, text = "") => {
     const element = document.createElement(tag);
@@ -38,7 +40,7 @@
 
   const sentence = ({ left, right, says }) => {
     const other = left.startsWith("instance ") ? right.replace("instance ", "") : right;
-    const where = left === right ? `${left} on both` : `${left} on left, ${other} on right`;
+    const where = left === right ? `${left} on both` : `${left} on ${sides.left}, ${other} on ${sides.right}`;
     return `${where}: ${says}`;
   };
 
@@ -47,10 +49,10 @@
   const groups = [];
   const groupOf = new Array(COUNT);
   for (const row of document.querySelectorAll("tr[data-state]")) {
-    const [vlans, left, right, says] = [...row.cells].map((cell) => cell.textContent);
+    const [, left, right, says] = [...row.cells].map((cell) => cell.textContent);
     const group = { left, right, says, state: row.dataset.state };
     groups.push(group);
-    for (const range of vlans.split(",")) {
+    for (const range of row.dataset.vlans.split(",")) {
       const [first, last = first] = range.split("-").map(Number);
       for (let vlan = first; vlan <= last; ++vlan) groupOf[vlan] = group;
     }
@@ -118,7 +120,7 @@
   }
   const split = groups.find(({ left, right }) => left !== right);
   if (split) {
-    explain({ ...split, state: "same" }, "upper left: the left switch; lower right: the right switch");
+    explain({ ...split, state: "same" }, `upper left: ${sides.left}; lower right: ${sides.right}`);
   }
   for (const [state, says] of states) explain({ left: "", right: "", state }, says);
 
@@ -163,10 +165,20 @@
     const to = (event.ctrlKey ? ends[event.key] : undefined) ?? move(active);
     if (to >= 0 && to < COUNT) cells[to].focus();
   });
-  document.getElementById("picture").hidden = false;
+  picture.hidden = false;
+
+  const scroll = grid.parentElement;
+  new ResizeObserver(() => {
+    document.getElementById("more").hidden = scroll.scrollWidth <= scroll.clientWidth;
+  }).observe(scroll);
 })();
 
 // Paper has no folds to open: long values are printed whole.
+let opened = [];
 addEventListener("beforeprint", () => {
-  for (const fold of document.querySelectorAll("details:not(.fold)")) fold.open = true;
+  opened = [...document.querySelectorAll("details:not(.fold, [open])")];
+  for (const fold of opened) fold.open = true;
+});
+addEventListener("afterprint", () => {
+  for (const fold of opened) fold.open = false;
 });

@@ -10,8 +10,16 @@ namespace lab {
 namespace {
 
 // Values longer than this are folded, with so much of them before the fold.
-constexpr std::size_t longest_value = 160;
+constexpr std::size_t longest_value = 120;
 constexpr std::size_t shown_of_longer = 60;
+
+// The beginning of a long text; of a list, whole items.
+std::string_view beginning_of(std::string_view text) {
+  const std::string_view beginning = whole_characters(text, shown_of_longer);
+  const std::size_t item = beginning.find_last_of(", ");
+  return item == beginning.npos || item == 0 ? beginning : beginning.substr(0, item);
+}
+
 }  // namespace
 
 std::string escaped(std::string_view text, const char *comma) {
@@ -40,9 +48,15 @@ std::string count_of(std::size_t count, const char *what) {
 
 std::string folded(const std::string &text) {
   if (text.size() <= longest_value) return isolated(text);
-  const std::string beginning(whole_characters(text, shown_of_longer));
-  return fmt::format("<details><summary>{}…</summary>{}</details>", isolated(beginning),
+  return fmt::format("<details><summary>{}…</summary>{}</details>", isolated(beginning_of(text)),
                      isolated(text));
+}
+
+std::string folded(const Vlans &vlans) {
+  const std::string text = vlan_text(vlans);
+  if (text.size() <= longest_value) return escaped(text, ",<wbr>");
+  return fmt::format("<details><summary>{} VLANs: {}…</summary>{}</details>", vlans.count(),
+                     escaped(beginning_of(text), ",<wbr>"), escaped(text, ",<wbr>"));
 }
 
 }  // namespace lab

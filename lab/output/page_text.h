@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "switch/vlans.h"
+
 namespace lab {
 
 // A text from outside, safe in an element and in quotation marks. Long lists may break at commas.
@@ -15,6 +17,7 @@ std::string isolated(std::string_view text);
 
 // A long value is folded behind its beginning.
 std::string folded(const std::string &text);
+std::string folded(const Vlans &vlans);
 
 // "1 scope", "2 scopes".
 std::string count_of(std::size_t count, const char *what);

@@ -10,6 +10,7 @@
 
 #include "draimiofaf/types.h"
 #include "output/page_text.h"
+#include "output/sides.h"
 #include "switch/vlans.h"
 #include "text/text.h"
 
@@ -111,27 +112,29 @@ VlanGroups group_vlans(const ScopeReport &scope, const VlanComparison &compared)
 }
 
 // Rows of VLANs, folded when they are many or `fold` says so.
-std::string write_vlan_table(const char *caption, const std::vector<std::string> &rows, bool fold) {
+std::string write_vlan_table(const char *caption, const std::vector<std::string> &rows, bool fold,
+                             const SideNames &names) {
   if (rows.empty()) return "";
   std::string body;
   for (const std::string &row : rows) body += row;
   return fmt::format(R"(<details class="fold"{}><summary>{}</summary>
 <table class="vlans">
 <caption class="unseen">{}</caption>
-<thead><tr><th scope="col">VLANs</th><th scope="col">left</th><th scope="col">right</th>)"
+<thead><tr><th scope="col">VLANs</th><th scope="col">{}</th><th scope="col">{}</th>)"
                      R"(<th scope="col">comparison</th></tr></thead>
 <tbody>
 {}</tbody>
 </table></details>
 )",
-                     fold || rows.size() > most_open_rows ? "" : " open", caption, caption, body);
+                     fold || rows.size() > most_open_rows ? "" : " open", caption, caption,
+                     names[0], names[1], body);
 }
 
 }  // namespace
 
 std::string write_vlan_section(const PairReport &report) {
   const auto text_of_vlans = [](const Vlans &vlans) {
-    return vlans.none() ? "none" : folded(vlan_text(vlans));
+    return vlans.none() ? "none" : folded(vlans);
   };
   std::string html =
       fmt::format("<dl><dt>Twin VLANs</dt><dd>{}</dd>", text_of_vlans(report.twin_vlans));
@@ -150,23 +153,26 @@ std::string write_vlan_section(const PairReport &report) {
   for (const auto &[facts, vlans] : group_vlans(scope, *compared)) {
     const auto &[state, left, right] = facts;
     (left == right ? equal : unequal)
-        .push_back(fmt::format("<tr data-state=\"{}\"><th "
+        .push_back(fmt::format("<tr data-state=\"{}\" data-vlans=\"{}\"><th "
                                "scope=\"row\">{}</th><td>{}</td><td>{}</td><td>{}</td></tr>\n",
-                               vlan_states[state].key, escaped(vlan_text(vlans), ",<wbr>"),
+                               vlan_states[state].key, vlan_text(vlans), folded(vlans),
                                describe_fact(left), describe_fact(right),
                                vlan_states[state].words));
   }
-  html += R"(<figure id="picture" hidden>
+  const SideNames &names = side_names(report);
+  html += fmt::format(R"(<figure id="picture" data-left="{}" data-right="{}" hidden>
 <figcaption id="picture-caption">The 4,096 VLANs, 64 in a row</figcaption>
 <p id="named" role="status">Point at a VLAN, or tab into the grid and use the arrow keys.</p>
+<p id="more" hidden><span aria-hidden="true">↔</span> Scroll sideways for the other columns.</p>
 <div class="scroll"><div id="grid" role="grid" aria-labelledby="picture-caption" )"
-          R"(aria-readonly="true"></div></div>
+                      R"(aria-readonly="true"></div></div>
 <ul id="legend" aria-label="Legend of the grid"></ul>
 </figure>
 <noscript><p>The picture of the VLANs needs a script; the tables have the same content.</p></noscript>
-)";
-  return html + write_vlan_table("VLANs that differ between the switches", unequal, false) +
-         write_vlan_table("VLANs that are the same on both switches", equal, true);
+)",
+                      names[0], names[1]);
+  return html + write_vlan_table("VLANs that differ between the switches", unequal, false, names) +
+         write_vlan_table("VLANs that are the same on both switches", equal, true, names);
 }
 
 }  // namespace lab

@@ -119,4 +119,11 @@ Fix widen_fix(Fix fix, const std::string &group) {
   return fix;
 }
 
+std::string widen_missing_row(const ScopeGroup &group) {
+  std::string row = group.scopes.front()->missing_row;
+  const std::string &name = group.scopes.front()->scope.name;
+  if (row.ends_with(name)) row.replace(row.size() - name.size(), name.size(), group.name);
+  return row;
+}
+
 }  // namespace lab

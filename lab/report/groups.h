@@ -27,4 +27,7 @@ std::string join_ranges(const std::vector<std::string> &names);
 // The fix of a scope, for all scopes of its group.
 Fix widen_fix(Fix fix, const std::string &group);
 
+// The row that a side lacks, for all scopes of a group.
+std::string widen_missing_row(const ScopeGroup &group);
+
 }  // namespace lab

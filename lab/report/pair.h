@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <ctime>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,7 @@ struct SideReport {
   std::string source;  // without a password
   std::string name;
   SpanningTree spanning_tree = SpanningTree::unknown;
+  std::optional<std::time_t> modified;  // a file; nothing: the source is none
 
   bool operator==(const SideReport &) const = default;
 };

@@ -32,7 +32,7 @@ LAB_FIELDS(ScopeReport, it.scope, it.on_pod, it.codes, it.parameters, it.inconsi
            it.fail, it.missing_row, it.accepted)
 LAB_FIELDS(NoteField, it.name, it.values, it.vlans)
 LAB_FIELDS(Note, it.kind, it.channel, it.side, it.vlans, it.fields)
-LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree)
+LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree, it.modified)
 LAB_FIELDS(IncompleteReport, it.reason, it.accepted)
 LAB_FIELDS(NoteReport, it.note, it.accepted, it.problem, it.line, it.until)
 LAB_FIELDS(PairReport, it.name, it.is_one_of_many, it.is_intended, it.is_strict, it.sides,

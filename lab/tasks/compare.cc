@@ -22,7 +22,8 @@ SpanningTree find_spanning_tree(const Settings &settings) {
 SideReport report_side(const Side &side) {
   return {.source = side.source,
           .name = printable(side.settings.name),
-          .spanning_tree = find_spanning_tree(side.settings)};
+          .spanning_tree = find_spanning_tree(side.settings),
+          .modified = side.modified};
 }
 
 // The switches of a pair, set up with their settings, check everything.

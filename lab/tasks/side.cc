@@ -1,5 +1,7 @@
 #include "tasks/side.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
 
 #include "sonic/read_databases.h"
@@ -9,6 +11,12 @@
 
 namespace lab {
 namespace {
+
+std::optional<std::time_t> find_modified(const std::string &path) {
+  struct stat status {};
+  const bool is_file = stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  return is_file ? std::optional(status.st_mtime) : std::nullopt;
+}
 
 // "dump.json#asic0" is a namespace of a dump, unless a file has that name.
 std::pair<std::string, std::string> split_namespace(const std::string &path,
@@ -24,6 +32,7 @@ std::pair<std::string, std::string> split_namespace(const std::string &path,
 void read_settings_file(const std::string &given, const std::string &name_space, Format format,
                         ReadSide &read) {
   const auto [path, selected] = split_namespace(given, name_space);
+  read.side.modified = find_modified(path);
   const std::string bytes = read_file(path, read.errors);
   if (!read.errors.empty()) return;
   ReadText text = read_text(bytes, format, selected);

@@ -1,6 +1,7 @@
 // One of the two switches of a comparison, from wherever its settings come.
 #pragma once
 
+#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,7 +16,8 @@ namespace lab {
 struct Side {
   std::string source;  // as it is shown: without a password
   Settings settings;
-  std::optional<Rows> rows;  // of a dump or a database, which can be patched
+  std::optional<Rows> rows;                  // of a dump or a database, which can be patched
+  std::optional<std::time_t> modified = {};  // a file
 };
 
 // What a file is; by_content: a JSON object is a dump, anything else a state file.
