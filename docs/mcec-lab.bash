@@ -1,7 +1,7 @@
 # Completion of mcec-lab for bash: source this file, or put it where bash-completion looks for it.
 
-# What there is to explain: parameters, commands and the names of result codes. They are taken from
-# the lab that is being completed, once in a shell for each lab.
+# What there is to explain: parameters, commands and the names of result codes. They come from the
+# program that is being completed, once in a shell for each program.
 _mcec_lab_learn() {
   [[ ${_mcec_lab_known:-} == "$1" ]] && return
   _mcec_lab_names=$("$1" list --json 2>/dev/null |
@@ -13,18 +13,20 @@ _mcec_lab() {
   local lab=${COMP_WORDS[0]} current=${COMP_WORDS[COMP_CWORD]}
   local command='' i place=0 option='' values=0 words='' files='' ending reply
   [[ $lab == \~/* ]] && lab=$HOME/${lab:2}
+  [[ $current == = ]] && current=''
   COMPREPLY=()
 
-  # The subcommand, how many of its arguments stand before the word to complete, and the option of
+  # The subcommand, how many of its arguments come before the word to complete, and the option of
   # which that word is a value, with how many are still to come.
   for ((i = 1; i < COMP_CWORD; i++)); do
     if ((values > 0)); then
-      values=$((values - 1))
+      [[ ${COMP_WORDS[i]} == = ]] || values=$((values - 1)) # --color=auto is three words
       continue
     fi
     case ${COMP_WORDS[i]} in
       --patch) option=--patch values=2 ;;
-      --format | --html | --pairs | --interval | --timeout | --read-timeout | --metrics)
+      --accept | --color | --format | --html | --intended | --interval | --metrics | --namespace | \
+        --pairs | --read-timeout | --timeout | --write-accept)
         option=${COMP_WORDS[i]} values=1
         ;;
       -?*) ;;
@@ -40,9 +42,10 @@ _mcec_lab() {
 
   if ((values > 0)); then
     case $option$values in
-      --cure2) words='left right both' ;;
+      --patch2) words='left right both actual' ;;
       --format1) words='dump state' ;;
-      --interval1 | --timeout1 | --read-timeout1) return ;;
+      --color1) words='auto always never' ;;
+      --interval1 | --timeout1 | --read-timeout1 | --namespace1) return ;;
       *) files='*' ;;
     esac
   else
@@ -54,29 +57,31 @@ _mcec_lab() {
       run)
         files='*.yaml *.yml'
         [[ $current == -* ]] &&
-          words='--json --log --quiet --only-different --fail-on-difference --no-color --help'
+          words='--json --log --quiet --only-different --fail-on-difference --color --help'
         ;;
       what-if)
         ((place == 0)) && files='*.yaml *.yml'
-        [[ $current == -* ]] && words='--json --log --no-color --help'
+        [[ $current == -* ]] && words='--json --log --color --help'
         ;;
       compare)
         ((place < 2)) && files='*.json *.yaml *.yml'
         [[ $current == -* ]] &&
-          words='--json --all --patch --html --pairs --format --read-timeout --no-color --help'
+          words='--json --all --quiet --patch --html --intended --accept --write-accept --strict
+            --pairs --notes --format --namespace --read-timeout --color --help'
         ;;
       capture)
         ((place == 0)) && files='*.json *.yaml *.yml'
-        [[ $current == -* ]] && words='--format --read-timeout --no-color --help'
+        [[ $current == -* ]] && words='--format --namespace --read-timeout --color --help'
         ;;
       watch)
         ((place < 2)) && files='*.json *.yaml *.yml'
         [[ $current == -* ]] &&
-          words='--json --interval --once-agreed --timeout --read-timeout --metrics --no-color --help'
+          words='--json --interval --once-agreed --timeout --read-timeout --metrics --accept --strict
+            --namespace --color --help'
         ;;
       explain)
         if [[ $current == -* ]]; then
-          words='--no-color --help'
+          words='--color --help'
         elif ((place == 0)); then
           _mcec_lab_learn "$lab"
           words=$_mcec_lab_names
@@ -84,7 +89,7 @@ _mcec_lab() {
         ;;
       list)
         if [[ $current == -* ]]; then
-          words='--json --no-color --help'
+          words='--json --color --help'
         elif ((place == 0)); then
           words='parameters commands'
         fi

@@ -1,9 +1,10 @@
 #!/usr/bin/python3
-"""Hold what the lab tells programs to docs/documents.schema.json.
+"""Compare the JSON documents of mcec-lab with docs/documents.schema.json.
 
   tests/schema_test.py MCEC-LAB FOLDER
 
-The validator is Debian's, hence its Python. State files stay in FOLDER.
+The schema allows fields that it does not name. Here none are allowed, so that a new field cannot be
+left out of it. The validator is Debian's, hence its Python. State files stay in FOLDER.
 """
 import json
 import pathlib
@@ -16,30 +17,49 @@ lab, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).res
 root = pathlib.Path(__file__).resolve().parent.parent
 schema = json.loads((root / "docs/documents.schema.json").read_text())
 jsonschema.Draft202012Validator.check_schema(schema)
-held = bad = 0
+checked = bad = 0
 
 
-def hold(kind, documents, count, why):
-    """So many documents, each of this kind and of no other, and none with a field too many."""
-    global held, bad
-    validators = {name: jsonschema.Draft202012Validator(
-        {"$defs": schema["$defs"], "$ref": f"#/$defs/{name}"}) for name in
+def close(node):
+    """The schema without further fields; conditions (if, then, else) stay open."""
+    if isinstance(node, list):
+        return [close(item) for item in node]
+    if not isinstance(node, dict):
+        return node
+    closed = {key: value if key in ("if", "then", "else") else close(value)
+              for key, value in node.items()}
+    return {"additionalProperties": False, **closed} if "properties" in node else closed
+
+
+def validators_of(definitions):
+    return {name: jsonschema.Draft202012Validator(
+        {"$defs": definitions, "$ref": f"#/$defs/{name}"}) for name in
         [branch["$ref"].rpartition("/")[2] for branch in schema["oneOf"]]}
+
+
+closed, shipped = validators_of(close(schema["$defs"])), validators_of(schema["$defs"])
+
+
+def check(kind, documents, count, why):
+    """So many documents, each of this kind and of no other, with further fields or without."""
+    global checked, bad
     problems = [f"{len(documents)} documents"] if len(documents) != count else []
     for document in documents:
-        held += 1
+        checked += 1
         problems += [f"{problem.json_path}: {problem.message}"[:300]
-                     for problem in validators[kind].iter_errors(document)]
-        problems += [f"it is a document of {name}, too" for name, validator in validators.items()
-                     if name != kind and validator.is_valid(document)]
-        if validators[kind].is_valid({**document, "more": 0}):
-            problems.append("a field more is taken")
+                     for problem in closed[kind].iter_errors(document)]
+        more = {**document, "more": 0}
+        problems += [f"with a further field {'not ' if name == kind else ''}valid as {name}"
+                     for name, validator in shipped.items()
+                     if validator.is_valid(more) != (name == kind)]
+        if closed[kind].is_valid(more):
+            problems.append("a further field is not noticed")
     bad += len(problems)
     for problem in problems:
         print(f"{kind} of {why}: {problem}", file=sys.stderr)
 
 
-def ask(kind, *words, count=1, text=None):
+def run(kind, *words, count=1, text=None):
     ran = subprocess.run([lab, *words], cwd=folder, input=text, text=True, timeout=120,
                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     documents, rest = [], ran.stdout.strip()
@@ -47,25 +67,25 @@ def ask(kind, *words, count=1, text=None):
         document, end = json.JSONDecoder().raw_decode(rest)
         documents.append(document)
         rest = rest[end:].strip()
-    hold(kind, documents, count, " ".join(map(str, words)))
+    check(kind, documents, count, " ".join(map(str, words)))
     return documents
 
 
 folder.mkdir(parents=True, exist_ok=True)
+run("list", "list", "--json")
 scenarios = sorted((root / "scenarios").glob("*.yaml"))
-for run in ask("run", "run", "--json", "--log", *scenarios, count=len(scenarios)):
-    asked = [step["step"] for step in run["steps"] if step["action"] in ("command", "update")]
-    for step in asked[:2]:
-        told = ask("run", "what-if", "--json", run["scenario"], str(step))[0]
-        if "what_if" not in told:
-            hold("run", [], 1, f"what-if {run['scenario']} {step}: no answer")
-ODD = """
+for document in run("run", "run", "--json", "--log", *scenarios, count=len(scenarios)):
+    steps = [step["step"] for step in document["steps"] if step["action"] in ("command", "update")]
+    for step in steps[:2]:
+        if "what_if" not in run("run", "what-if", "--json", document["scenario"], str(step))[0]:
+            check("run", [], 1, f"what-if {document['scenario']} {step}: no answer")
+INCONSISTENT = """
 switches:
   left: {ports: [{ports: 1-2, channel: 3}, {ports: 2, parameters: {ifi-port-guard: root}}]}
 steps: [{check: all}, {crash: KILL, on: left}]"""
-ask("run", "run", "--json", "-", text=ODD)
-ask("errors", "run", "--json", "-", text=ODD.replace("KILL", "kill"))
-ask("errors", "run", "--json", "no-such.yaml")
+run("run", "run", "--json", "-", text=INCONSISTENT)
+run("errors", "run", "--json", "-", text=INCONSISTENT.replace("KILL", "kill"))
+run("errors", "run", "--json", "no-such.yaml")
 
 pairs = {}
 for left in sorted((root / "captures").glob("*-left.json")):
@@ -74,35 +94,40 @@ for left in sorted((root / "captures").glob("*-left.json")):
     for dump, state in zip(dumps, states):
         state.write_bytes(subprocess.run([lab, "capture", dump], check=True,
                                          stdout=subprocess.PIPE).stdout)
-    told = [ask("comparison", "compare", "--json", *sides)[0] for sides in
-            (dumps, states, (dumps[0], states[1]))]
+    documents = [run("comparison", "compare", "--json", *sides)[0] for sides in
+                 (dumps, states, (dumps[0], states[1]), ("--intended", *dumps))]
     pairs[left.stem] = dumps
-    if len({json.dumps(document["agree"]) for document in told}) != 1:
-        hold("comparison", [], 1, f"{left.stem}: dumps and state files say different things")
+    if len({document["verdict"] for document in documents}) != 1:
+        check("comparison", [], 1, f"{left.stem}: dumps and state files have different verdicts")
+    run("comparison", "compare", "--json", *dumps, "--write-accept", "accept.yaml")
+    run("comparison", "compare", "--json", "--strict", *dumps, "--accept", "accept.yaml")
 files = [file for dumps in pairs.values() for file in dumps]
 for left in files:
-    ask("comparison", "compare", "--json", left, files[-1])  # modes, regions and guards at odds
+    run("comparison", "compare", "--json", left, files[-1])  # modes, regions and guards differ
 
 (folder / "off.json").write_text('{"STP": {"GLOBAL": {"mode": "none"}}}')
-ask("comparison", "compare", "--json", "off.json", files[0])
+(folder / "bare.json").write_text('{"STP": {"GLOBAL": {"mode": "pvst"}}}')
+run("comparison", "compare", "--json", "off.json", files[0])
+run("comparison", "compare", "--json", "bare.json", "bare.json")  # incomplete
 for wrong in ("{", "[]", '{"STP": {"GLOBAL": {"mode": "x"}}, "VLAN": {"Vlan0": {}}}', "trunk: x"):
     (folder / "wrong").write_text(wrong)
-    ask("errors", "compare", "--json", "wrong", files[0])
+    run("errors", "compare", "--json", "wrong", files[0])
 lines = "".join(f"{name}\t{left}\t{right}\n" for name, (left, right) in pairs.items())
 (folder / "pairs").write_text(lines)
-ask("comparison", "compare", "--json", "--pairs", "pairs", count=len(pairs))
+run("comparison", "compare", "--json", "--pairs", "pairs", count=len(pairs))
 (folder / "pairs").write_text("one\twrong\twrong\ntwo\n")
-ask("errors", "compare", "--json", "--pairs", "pairs", count=2)
+run("errors", "compare", "--json", "--pairs", "pairs", count=2)
 
-# A file that changes, makes no sense, goes and comes back.
+# A file that changes, gets a warning, makes no sense, goes and comes back.
 watched, new = folder / "watched.json", folder / "new.json"
 watched.write_bytes(files[0].read_bytes())
 with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout", "60", watched,
                        files[1]], stdout=subprocess.PIPE) as watch:
-    for event, text in (("compared", files[2].read_text()), ("changed", "{"), ("error", None),
+    for event, text in (("compared", files[2].read_text()), ("changed", None),
+                        ("note", "{"), ("error", None),
                         ("disconnected", files[2].read_text()), ("connected", None)):
-        told = json.loads(watch.stdout.readline())
-        hold("event", [told] if told["event"] == event else [], 1, event)
+        found = json.loads(watch.stdout.readline())
+        check("event", [found] if found["event"] == event else [], 1, event)
         if text:
             new.write_text(text)
             new.rename(watched)
@@ -110,5 +135,5 @@ with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout"
             watched.unlink()
     watch.terminate()
 
-print(f"{held} documents, {bad} mistakes")
-sys.exit(1 if bad or held < 50 else 0)
+print(f"{checked} documents, {bad} errors")
+sys.exit(1 if bad or checked < 50 else 0)
