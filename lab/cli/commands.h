@@ -1,7 +1,6 @@
 // The commands of mcec-lab: the arguments of each, and the exit status that it gives.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -9,6 +8,7 @@
 
 #include "output/style.h"
 #include "report/acceptance.h"
+#include "report/pairs.h"
 #include "report/verdict.h"
 #include "sonic/limits.h"
 #include "text/error.h"
@@ -105,8 +105,10 @@ Status compare_pairs(const CompareArguments &arguments);
 
 ReadLimits limits_of(double read_timeout);
 
-// The entries of a file of accepted differences, none without a path. Nothing: its errors are printed.
-std::optional<std::vector<AcceptEntry>> read_accept_file(const std::string &path);
+// The entries of a file of accepted differences, none without a path. Its errors are printed, and added
+// to those of the sources.
+std::vector<AcceptEntry> read_accept_file(const std::string &path,
+                                          std::vector<SourceErrors> &source_errors);
 
 // A line on the standard error output.
 void print_error(const std::string &text);

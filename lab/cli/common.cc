@@ -47,8 +47,9 @@ ReadLimits limits_of(double read_timeout) {
   return limits_within(std::chrono::milliseconds(std::lround(read_timeout * 1000)));
 }
 
-std::optional<std::vector<AcceptEntry>> read_accept_file(const std::string &path) {
-  if (path.empty()) return std::vector<AcceptEntry>{};
+std::vector<AcceptEntry> read_accept_file(const std::string &path,
+                                          std::vector<SourceErrors> &source_errors) {
+  if (path.empty()) return {};
   InputErrors errors;
   const std::string text = read_file(path, errors);
   ReadAcceptList read;
@@ -57,7 +58,7 @@ std::optional<std::vector<AcceptEntry>> read_accept_file(const std::string &path
     errors = std::move(read.errors);
   }
   print_errors(printable(path), errors);
-  if (!errors.empty()) return std::nullopt;
+  if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
   return std::move(read.entries);
 }
 

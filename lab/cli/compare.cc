@@ -98,21 +98,16 @@ std::string find_clashing_output(const CompareArguments &arguments) {
 }
 
 // Read both sides, and print the errors of both.
-bool read_both(const CompareArguments &arguments, Sides &sides) {
+void read_both(const CompareArguments &arguments, Sides &sides, std::vector<SourceErrors> &errors) {
   std::vector<ReadSide> both = read_sides(
       {{arguments.left, 0, arguments.name_space}, {arguments.right, 1, arguments.name_space}},
       parse_format(arguments.format), limits_of(arguments.read_timeout));
-  std::vector<SourceErrors> errors;
   for (std::size_t i = 0; i < sides.size(); ++i) {
     ReadSide &read = both[i];
     print_errors(read.side.source, read.errors);
     if (!read.errors.empty()) errors.push_back({read.side.source, std::move(read.errors)});
     sides[i] = std::move(read.side);
   }
-  if (arguments.json && !errors.empty()) {
-    fmt::print("{}", format_errors(errors, JsonForm::indented));
-  }
-  return errors.empty();
 }
 
 // What is wrong with the arguments together; empty: nothing.
@@ -181,9 +176,14 @@ Status execute(const CompareArguments &given) {
     print_error("mcec-lab compare: " + error);
     return wrong;
   }
-  const auto accept = read_accept_file(arguments.accept);
+  std::vector<SourceErrors> errors;
+  const auto accept = read_accept_file(arguments.accept, errors);
   Sides sides;
-  if (!read_both(arguments, sides) || !accept) return wrong;
+  read_both(arguments, sides, errors);
+  if (!errors.empty()) {
+    if (arguments.json) fmt::print("{}", format_errors(errors, JsonForm::indented));
+    return wrong;
+  }
   if (const std::string error = find_unpatchable(arguments.patch.first, sides); !error.empty()) {
     print_error("mcec-lab compare: " + error);
     return wrong;
@@ -191,7 +191,7 @@ Status execute(const CompareArguments &given) {
   const PairReport report = compare(sides, {.name = "",
                                             .is_intended = is_intended,
                                             .is_strict = arguments.strict,
-                                            .accept = &*accept})
+                                            .accept = &accept})
                                 .report;
   write_outputs(arguments, sides, report);
   return find_status(report);

@@ -66,23 +66,23 @@ Status compare_pairs(const CompareArguments &arguments) {
   std::vector<PairEntry> pairs;
   if (errors.empty()) pairs = read_pair_list(text, path.substr(0, path.rfind('/') + 1), errors);
   print_errors(source, errors);
-  const auto accept = read_accept_file(arguments.accept);
-  if (!errors.empty() && arguments.json) {
-    fmt::print("{}", format_errors({{source, errors}}, JsonForm::line));
-  }
-  if (pairs.empty() || !accept) return wrong;
+  std::vector<SourceErrors> all;
+  const auto accept = read_accept_file(arguments.accept, all);
+  const bool can_compare = all.empty() && !pairs.empty();
+  if (!errors.empty()) all.push_back({source, errors});
+  if (!all.empty() && arguments.json) fmt::print("{}", format_errors(all, JsonForm::line));
+  if (!can_compare) return wrong;
   PairsPrinter printer{.arguments = arguments,
                        .layout = standard_layout(arguments.color),
                        .status = errors.empty() ? agreed : wrong,
-                       .matched = std::vector<bool>(accept->size())};
+                       .matched = std::vector<bool>(accept.size())};
   for (PairEntry &pair : pairs) {
     if (pair.name_space.empty()) pair.name_space = arguments.name_space;
   }
   compare_all(
-      pairs,
-      {.name = "", .is_one_of_many = true, .is_strict = arguments.strict, .accept = &*accept},
+      pairs, {.name = "", .is_one_of_many = true, .is_strict = arguments.strict, .accept = &accept},
       limits_of(arguments.read_timeout), [&](const PairResult &result) { printer.print(result); });
-  print_unmatched(*accept, printer.matched, arguments.accept);
+  print_unmatched(accept, printer.matched, arguments.accept);
   if (!arguments.json && !arguments.quiet) print_pair_counts(printer.counts);
   const bool has_unmatched =
       std::find(printer.matched.begin(), printer.matched.end(), false) != printer.matched.end();

@@ -51,14 +51,15 @@ bool print_event(const Event &event, bool is_fatal, bool json) {
 Status execute(const WatchArguments &arguments) {
   std::array<Source, 2> sources;
   if (!read_sources(arguments, sources)) return wrong;
-  const auto accept = read_accept_file(arguments.accept);
-  if (!accept) return wrong;
+  std::vector<SourceErrors> errors;
+  const auto accept = read_accept_file(arguments.accept, errors);
+  if (!errors.empty()) return wrong;
   WatchOptions options;
   options.interval = seconds(arguments.interval);
   options.once_agreed = arguments.once_agreed;
   options.limits = limits_of(arguments.read_timeout);
   options.compare.is_strict = arguments.strict;
-  options.compare.accept = &*accept;
+  options.compare.accept = &accept;
   if (arguments.timeout > 0) options.timeout = seconds(arguments.timeout);
   options.reader = [&](const std::string &bytes) {
     return read_text(bytes, Format::by_content, arguments.name_space);

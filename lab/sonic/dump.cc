@@ -114,7 +114,7 @@ struct DumpParser : DumpReader {
         begin_hash();
         break;
       case Slot::unknown_row:
-        if (first_row.empty()) first_row = table;
+        if (first_row.empty()) first_row = table + '|' + key_name;
         return pass("an object");
       case Slot::unknown:
         if (open.back() != Open::dump) return pass("an object");

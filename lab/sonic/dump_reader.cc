@@ -48,8 +48,9 @@ void DumpReader::name_table(const std::string &name) {
     if (is_known && first_table.empty()) first_table = name;
     if (is_known && !rows.try_emplace(table).second) repeated();
   } else {
-    slot = is_known ? Slot::row : Slot::unknown_row;
-    if (is_known) name_row(name.substr(bar + 1));
+    key_name = name.substr(bar + 1);
+    slot = Slot::unknown_row;
+    if (is_known) name_row(key_name);
   }
 }
 
@@ -131,7 +132,7 @@ void DumpReader::end_row() {
   static const std::set<std::string> of_envelope = {"expireat", "ttl", "type", "value"};
   const bool is_envelope =
       envelope->has_hash ||
-      (names.contains("type") && names.contains("value") &&
+      (names.contains("type") && (names.contains("value") || envelope->type == "hash") &&
        std::includes(of_envelope.begin(), of_envelope.end(), names.begin(), names.end()));
   if (!is_envelope) return;
   if (envelope->type == "hash" && envelope->has_hash) return;
