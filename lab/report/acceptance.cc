@@ -40,7 +40,9 @@ bool accept_parameters(const AcceptEntry &entry, bool is_expired, PairReport &re
         continue;
       }
       has_matched = true;
-      if (!is_expired && !parameter.accepted) parameter.accepted = entry.acceptance;
+      if (is_expired || parameter.accepted) continue;
+      parameter.accepted = entry.acceptance;
+      parameter.fix.reset();
     }
   }
   return has_matched;
