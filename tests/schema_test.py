@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Hold what the lab tells programs to docs/documents.schema.json.
+"""Validate the documents of the lab with docs/documents.schema.json.
 
   tests/schema_test.py MCEC-LAB FOLDER
 
@@ -16,18 +16,18 @@ lab, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).res
 root = pathlib.Path(__file__).resolve().parent.parent
 schema = json.loads((root / "docs/documents.schema.json").read_text())
 jsonschema.Draft202012Validator.check_schema(schema)
-held = bad = 0
+valid = bad = 0
 
 
-def hold(kind, documents, count, why):
+def validate(kind, documents, count, why):
     """So many documents, each of this kind and of no other, and none with a field too many."""
-    global held, bad
+    global valid, bad
     validators = {name: jsonschema.Draft202012Validator(
         {"$defs": schema["$defs"], "$ref": f"#/$defs/{name}"}) for name in
         [branch["$ref"].rpartition("/")[2] for branch in schema["oneOf"]]}
     problems = [f"{len(documents)} documents"] if len(documents) != count else []
     for document in documents:
-        held += 1
+        valid += 1
         problems += [f"{problem.json_path}: {problem.message}"[:300]
                      for problem in validators[kind].iter_errors(document)]
         problems += [f"it is a document of {name}, too" for name, validator in validators.items()
@@ -47,7 +47,7 @@ def ask(kind, *words, count=1, text=None):
         document, end = json.JSONDecoder().raw_decode(rest)
         documents.append(document)
         rest = rest[end:].strip()
-    hold(kind, documents, count, " ".join(map(str, words)))
+    validate(kind, documents, count, " ".join(map(str, words)))
     return documents
 
 
@@ -56,15 +56,15 @@ scenarios = sorted((root / "scenarios").glob("*.yaml"))
 for run in ask("run", "run", "--json", "--log", *scenarios, count=len(scenarios)):
     asked = [step["step"] for step in run["steps"] if step["action"] in ("command", "update")]
     for step in asked[:2]:
-        told = ask("run", "what-if", "--json", run["scenario"], str(step))[0]
-        if "what_if" not in told:
-            hold("run", [], 1, f"what-if {run['scenario']} {step}: no answer")
-ODD = """
+        documents = ask("run", "what-if", "--json", run["scenario"], str(step))[0]
+        if "what_if" not in documents:
+            validate("run", [], 1, f"what-if {run['scenario']} {step}: no answer")
+SCENARIO = """
 switches:
   left: {ports: [{ports: 1-2, channel: 3}, {ports: 2, parameters: {ifi-port-guard: root}}]}
 steps: [{check: all}, {crash: KILL, on: left}]"""
-ask("run", "run", "--json", "-", text=ODD)
-ask("errors", "run", "--json", "-", text=ODD.replace("KILL", "kill"))
+ask("run", "run", "--json", "-", text=SCENARIO)
+ask("errors", "run", "--json", "-", text=SCENARIO.replace("KILL", "kill"))
 ask("errors", "run", "--json", "no-such.yaml")
 
 pairs = {}
@@ -74,11 +74,11 @@ for left in sorted((root / "captures").glob("*-left.json")):
     for dump, state in zip(dumps, states):
         state.write_bytes(subprocess.run([lab, "capture", dump], check=True,
                                          stdout=subprocess.PIPE).stdout)
-    told = [ask("comparison", "compare", "--json", *sides)[0] for sides in
+    documents = [ask("comparison", "compare", "--json", *sides)[0] for sides in
             (dumps, states, (dumps[0], states[1]))]
     pairs[left.stem] = dumps
-    if len({json.dumps(document["agree"]) for document in told}) != 1:
-        hold("comparison", [], 1, f"{left.stem}: dumps and state files say different things")
+    if len({json.dumps(document["agree"]) for document in documents}) != 1:
+        validate("comparison", [], 1, f"{left.stem}: dumps and state files give different verdicts")
 files = [file for dumps in pairs.values() for file in dumps]
 for left in files:
     ask("comparison", "compare", "--json", left, files[-1])  # modes, regions and guards at odds
@@ -101,8 +101,8 @@ with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout"
                        files[1]], stdout=subprocess.PIPE) as watch:
     for event, text in (("compared", files[2].read_text()), ("changed", "{"), ("error", None),
                         ("disconnected", files[2].read_text()), ("connected", None)):
-        told = json.loads(watch.stdout.readline())
-        hold("event", [told] if told["event"] == event else [], 1, event)
+        documents = json.loads(watch.stdout.readline())
+        validate("event", [documents] if documents["event"] == event else [], 1, event)
         if text:
             new.write_text(text)
             new.rename(watched)
@@ -110,5 +110,5 @@ with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout"
             watched.unlink()
     watch.terminate()
 
-print(f"{held} documents, {bad} mistakes")
-sys.exit(1 if bad or held < 50 else 0)
+print(f"{valid} documents, {bad} errors")
+sys.exit(1 if bad or valid < 50 else 0)

@@ -138,7 +138,7 @@ COMPARED = [  # name, what is answered otherwise, what comes without being asked
     ("cursor that is no number", {b"SCAN": scan(cursor=b"x")}, None, 2, PROTOCOL),
     ("keys that are no texts", {b"SCAN": array(bulk(b"0"), array(bulk(b"STP|GLOBAL"), texts()))}, None, 2, PROTOCOL),
     ("a key that is nothing", {b"SCAN": array(bulk(b"0"), array(bulk(b"STP|GLOBAL"), b"$-1\r\n"))}, None, 2, PROTOCOL),
-    ("odd row", {b"HGETALL": texts(b"mode", b"mst", b"name")}, None, 2, PROTOCOL),
+    ("row with a field without value", {b"HGETALL": texts(b"mode", b"mst", b"name")}, None, 2, PROTOCOL),
     ("nested row", {b"HGETALL": array(texts(b"mode"), bulk(b"mst"))}, None, 2, PROTOCOL),
     ("nil value", {b"HGETALL": array(bulk(b"mode"), b"$-1\r\n")}, None, 2, PROTOCOL),
     ("numbers for texts", {b"HGETALL": array(bulk(b"mode"), b":1\r\n")}, None, 2, PROTOCOL),
@@ -179,16 +179,16 @@ WATCHED = [  # name, what is answered otherwise, a text, another that is not the
 def check_compare(name, answers, greeting, status, text):
     server = Server(answers, greeting)
     seconds = 1 if "within" in text else 10
-    code, said, took = run("compare", "--json", "--read-timeout", str(seconds), server.url, server.url)
-    found = f"status {code}, {took:.1f} s, {len(said)} bytes: {said[:300]!r}"
-    assert code == status and text.format(port=server.url.rpartition(":")[2]) in said, found
-    assert took < 2 + seconds and max(map(len, said.split("\n"))) < 4096, found
+    code, output, took = run("compare", "--json", "--read-timeout", str(seconds), server.url, server.url)
+    found = f"status {code}, {took:.1f} s, {len(output)} bytes: {output[:300]!r}"
+    assert code == status and text.format(port=server.url.rpartition(":")[2]) in output, found
+    assert took < 2 + seconds and max(map(len, output.split("\n"))) < 4096, found
 
 
 def check_watch(name, answers, text, absent):
     server = Server(answers)
-    code, said, took = run("watch", "--read-timeout", "2", "--timeout", "4", server.url, server.url)
-    assert code == 1 and text in said and absent not in said and took < 6, f"{name}: status {code}, {took}: {said!r}"
+    code, output, took = run("watch", "--read-timeout", "2", "--timeout", "4", server.url, server.url)
+    assert code == 1 and text in output and absent not in output and took < 6, f"{name}: status {code}, {took}: {output!r}"
 
 
 def check_passwords(folder):
@@ -200,8 +200,8 @@ def check_passwords(folder):
                   ["compare", "--wrong=u:s3cret@h"], ["watch", "x", "y", "--interval", secret], ["u:s3cret@h"],
                   ["capture", "rediss://u:s3cret@h"], ["compare", "--pairs", str(lines)]]:
         lines.write_text(f"one redis://u:s3cret{'x' * 80}@h\ntwo\t{secret}\tu:s3cret@h\n")
-        code, said, _ = run(*words)
-        assert code == 2 and said and "s3cret" not in said, (words, code, said)
+        code, output, _ = run(*words)
+        assert code == 2 and output and "s3cret" not in output, (words, code, output)
     own = server.url.replace("//", "//:own@")
     lines.write_text(f"one\t{server.url}\t{own}\n")
     for words in [["compare", server.url, own], ["compare", "--pairs", str(lines)]]:
@@ -219,8 +219,8 @@ def check_stopped_worker(folder):
     while not server.asked:
         time.sleep(0.01)
     os.kill(int(subprocess.run(["pgrep", "-P", str(lab.pid)], stdout=subprocess.PIPE).stdout), signal.SIGSTOP)
-    said = lab.communicate(timeout=60)[0]
-    assert lab.returncode == 2 and "did not end within" in said, said
+    output = lab.communicate(timeout=60)[0]
+    assert lab.returncode == 2 and "did not end within" in output, output
 
 
 def main():

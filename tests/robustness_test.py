@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""mcec-lab under siege: switches that die, stop or talk nonsense, and machines that have nothing left.
+"""mcec-lab with switches that die, stop or send nonsense, and without memory, descriptors or disk space.
 
-  tests/siege_test.py MCEC-LAB FOLDER
+  tests/robustness_test.py MCEC-LAB FOLDER
 
-Whatever happens, the lab ends with a word and status 2 (0 or 1 where it could do without), soon, and
-leaves no process and no file.
+In every case the lab ends soon, with a message and status 2 (0 or 1 where it did not need what was
+missing), and leaves no process and no file.
 """
 import ctypes
 import os
@@ -33,16 +33,16 @@ def expect(holds, name, found):
 
 
 def ended(name, lab, folder, before, words, statuses=(2,)):
-    """Wait for a lab and look at what it said and left."""
+    """Wait for a lab and check its status, its output and what it left."""
     try:
-        said = lab.communicate(timeout=60)[0].decode(errors="replace")
+        output = lab.communicate(timeout=60)[0].decode(errors="replace")
     except subprocess.TimeoutExpired:
         os.killpg(lab.pid, signal.SIGKILL)
-        said = lab.communicate()[0].decode(errors="replace")
+        output = lab.communicate()[0].decode(errors="replace")
         expect(False, name, "does not end")
-    expect(lab.returncode in statuses, name, f"status {lab.returncode}: {said}")
-    expect(lab.returncode != 2 or any(word in said for word in words), name, f"said {said!r}")
-    expect("LOST" not in said, name, said)
+    expect(lab.returncode in statuses, name, f"status {lab.returncode}: {output}")
+    expect(lab.returncode != 2 or any(word in output for word in words), name, f"output {output!r}")
+    expect("LOST" not in output, name, output)
     for _ in range(100):  # what the kernel still puts away
         left = subprocess.run(["pgrep", "-g", str(lab.pid)], stdout=subprocess.PIPE).stdout
         if not left:
@@ -80,7 +80,7 @@ def sockets_of(pid):
     return [socket.socket(fileno=copy) for copy in copies]
 
 
-def say(data):
+def send(data):
     return lambda pid: [line.sendall(data, socket.MSG_DONTWAIT) for line in sockets_of(pid)]
 
 
@@ -93,7 +93,7 @@ def frame(body):
     return len(body).to_bytes(4, sys.byteorder) + body
 
 
-def besiege_switches(folder):
+def break_switches(folder):
     ports = ", ".join(f"{{ports: {port}, channel: {port}, parameters: {{ifi-port-type: edge}}}}"
                       for port in range(1, 60))
     pathlib.Path(folder, "long.yaml").write_text(
@@ -104,9 +104,9 @@ def besiege_switches(folder):
     for name, attack, words in [
             ("killed", lambda pid: os.kill(pid, signal.SIGKILL), ["switch died of SIGKILL (Killed)"]),
             ("stopped", lambda pid: os.kill(pid, signal.SIGSTOP), ["switch is stopped by a signal"]),
-            ("a frame too long", say(b"\xff" * 64), nonsense),
-            ("a frame of nothing", say(frame(b"") * 2), nonsense),
-            ("a frame of noise", say(frame(b"\x07" + b"\xfe" * 4000)), nonsense),
+            ("a frame too long", send(b"\xff" * 64), nonsense),
+            ("a frame of nothing", send(frame(b"") * 2), nonsense),
+            ("a frame of noise", send(frame(b"\x07" + b"\xfe" * 4000)), nonsense),
             ("hung up", hang_up, ["switch ended with status", "switch is gone"])]:
         for side in (0, 1):
             before = sorted(os.listdir(folder))
@@ -117,32 +117,32 @@ def besiege_switches(folder):
             title = f"the {('left', 'right')[side]} switch: {name}"
             named = [f"the {('left', 'right')[side]} {word}" for word in words] if len(words) == 1 else words
             ended(title, lab, folder, before, named)
-            expect(time.monotonic() - began < 30, title, "takes long to tell")
+            expect(time.monotonic() - began < 30, title, "takes too long to report")
 
 
-def besiege_machine(folder):
+def limit_machine(folder):
     shutil.copy(ROOT / "scenarios" / "every-command.yaml", folder)
     pathlib.Path(folder, "pairs").write_text("\t".join(["one", *CAPTURES]) + "\n")
     commands = [["run", "every-command.yaml"], ["compare", *CAPTURES], ["compare", "--pairs", "pairs"],
                 ["watch", "--once-agreed", "--timeout", "0.2", *CAPTURES]]
     limits = [f"ulimit -n {count}" for count in (4, 5, 6, 7, 8, 9, 10, 12)]
-    if not IS_INSTRUMENTED:  # the sanitizers take address space without end, counters have no word
+    if not IS_INSTRUMENTED:  # the sanitizers take address space without end, counters end without a message
         limits += [f"ulimit -v {size}" for size in range(14000, 34000, 1700)]
     before = sorted(os.listdir(folder))
     words = ["mcec-lab: ", "NOT COMPARED: ", "cannot be read: ", " for a switch: ", " switch ended with "]
     for command in commands:
         for limit in limits:
-            # Where the loader itself has nothing left, the lab does not begin.
+            # Where the loader itself has no memory, the lab does not start.
             lab = start(folder, *command, limit=limit)
             ended(f"{' '.join(command)}, {limit}", lab, folder, before, words, (0, 1, 2, 127))
 
 
-def besiege_disk(folder):
-    """Files that do not fit, in a file system of 8 KiB where one can be had."""
+def fill_disk(folder):
+    """Files that do not fit, in a file system of 8 KiB where one can be mounted."""
     full = pathlib.Path(folder, "full")
     full.mkdir()
     if subprocess.run(["unshare", "-rm", "true"], stderr=subprocess.DEVNULL).returncode != 0:
-        print("no full disk is to be had here")
+        print("a full disk cannot be made here")
         return
     begin = ("mount -t tmpfs -o size=8k none full && head -c 4096 /dev/zero >full/other && "
              "echo old >full/kept.html; \"$0\" \"$@\"; status=$?; "
@@ -158,8 +158,8 @@ def besiege_disk(folder):
 
 def main():
     with tempfile.TemporaryDirectory() as folder:
-        for besiege in (besiege_switches, besiege_machine, besiege_disk):
-            besiege(folder)
+        for test in (break_switches, limit_machine, fill_disk):
+            test(folder)
     print(f"{len(faults)} faults")
     return 1 if faults else 0
 
