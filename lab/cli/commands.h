@@ -105,7 +105,8 @@ Status compare_pairs(const CompareArguments &arguments);
 
 ReadLimits limits_of(double read_timeout);
 
-// The entries of a file of accepted differences, none without a path. Nothing: its errors are printed.
+// The entries of a file of accepted differences, none without a path. Nothing: its errors are
+// printed.
 std::optional<std::vector<AcceptEntry>> read_accept_file(const std::string &path);
 
 // A line on the standard error output.
