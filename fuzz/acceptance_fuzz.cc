@@ -12,6 +12,7 @@ lab::PairReport make_report() {
   lab::PairReport report;
   report.name = "east";
   lab::ScopeReport &scope = report.checks.emplace_back();
+  scope.codes = {0x40DD003B, 0x40DD003B};
   for (uint16_t type = 1; type <= 12; ++type) {
     lab::ParameterReport &parameter = scope.parameters.emplace_back();
     parameter.type = type;
