@@ -1,6 +1,6 @@
 // Arrays as a hostile peer may send them. They stay as they are; and what the library makes of them
-// is of one piece: an array agrees with itself, twin VLANs either pass or fail, a report has a record
-// for each entry, and what is exported and put back is exported again.
+// is of one piece: an array agrees with itself, twin VLANs either pass or fail, a report has a
+// record for each entry, and what is exported and put back is exported again.
 
 #include <algorithm>
 #include <set>
@@ -55,7 +55,7 @@ Written write_array(Input &input) {
     bytes.resize(had + value.size() + 8);
     must(tlv_aligned_array_add_tlv(bytes.data(), uint32_t(bytes.size()), type,
                                    uint16_t(value.size()), value.data(), TLV_ALIGNED_FLAG) == 0,
-         "an entry has room");
+         "an entry fits");
     bytes.resize(standin_tlv_array_bytes(bytes.data()));
     array.is_sound = types.insert(type).second && array.is_sound;
   }
@@ -213,7 +213,7 @@ void export_scope(Input &input) {
   const OwnWork own_work;
   Bytes before = exported(is_global, port);
   must(before.size() <= stp_mcec_get_mcec_params_tlv_size(is_global, port),
-       "an export is no larger than it was said to be");
+       "an export is no larger than the announced size");
   if (choice < 0x80) return;
   stp_mcec_type1_cfg_cache_update(1, is_global, port, nullptr);
   must(exported(is_global, port).size() == STP_MCEC_TLV_ARRAY_HDR_SIZE, "a deleted scope is empty");

@@ -94,7 +94,7 @@ void broken_command(Input &input) {
   standin_message_free(msg);
 }
 
-// What the switch has besides, as others change it between two commands.
+// What else the switch has, as others change it between two commands.
 void change(Input &input) {
   const uint32_t port = first_port + input.byte() % port_count;
   const uint8_t what = input.byte();

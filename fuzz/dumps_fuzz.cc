@@ -16,7 +16,7 @@ Read read(std::string_view json) {
   lab::ReadRows read = lab::read_dump(json);
   lab::ReadSettings settings = lab::settings_of(read.rows, read.errors);
   must(settings.errors.size() >= read.errors.size(), "no error is lost");
-  look_at(settings.errors, json);
+  check_errors(settings.errors, json);
   return {std::move(read.rows), std::move(settings)};
 }
 

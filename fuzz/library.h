@@ -1,6 +1,6 @@
 // The library on a switch that the input sets up. What must hold whatever it is handed: nothing is
-// read or written out of place (the sanitizers and the stand-in watch), nothing leaks, and a request
-// is answered once at the most, in accordance with the result.
+// read or written out of place (the sanitizers and the stand-in watch), nothing leaks, and a
+// request is answered once at the most, in accordance with the result.
 #pragma once
 
 #include <cstring>
@@ -53,7 +53,7 @@ inline void look_at_record(const mcecm_app_cmd_extract_info_t &record, const uin
   const type1_cfg_avl_node_t *node = cached(record.if_index, type);
   must(node != nullptr &&
            std::memcmp(node->val, value, length < node->len ? length : node->len) == 0,
-       "the cache shows what the array says");
+       "the cache agrees with the array");
 }
 
 inline void extract(void *msg, bool is_command) {
@@ -73,7 +73,7 @@ inline void extract(void *msg, bool is_command) {
   }
   if (records.block != nullptr) {
     must(standin_block_size(records.block) / sizeof *records.block >= count,
-         "records have room in their block");
+         "records fit in their block");
     for (uint32_t i = 0; is_command && result == 0 && i < count; ++i) {
       if (records.block[i].valid != 0) look_at_record(records.block[i], array.block);
     }

@@ -1,5 +1,5 @@
-// Command lines: they are something to do, help, or an error. Nothing is carried out, but what the
-// sources say is read.
+// Command lines: they are something to do, help, or an error. Nothing is carried out, but sources
+// are parsed.
 
 #include "cli/arguments.h"
 #include "sources.h"

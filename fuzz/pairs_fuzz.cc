@@ -7,7 +7,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   const std::string_view text = text_of(data, size);
   lab::InputErrors errors;
   const auto pairs = lab::read_pair_list(text, "folder/", errors);
-  look_at(errors, text);
+  check_errors(errors, text);
   must(!pairs.empty() || !errors.empty(), "a list has pairs, or an error");
   for (const lab::InputError &error : errors) {
     must(error.line > 0 && error.found.size() < 100, "an error shows nothing of a line");

@@ -33,8 +33,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   if (!stays_here(text)) return -1;
   const lab::ReadScenario read =
       lab::read_scenario_text(CAPTURES "scenario.yaml", text, lab::settings_from);
-  look_at(read.errors, text);
-  for (const lab::InputError &error : read.errors) must(error.line > 0, "a error has a line");
+  check_errors(read.errors, text);
+  for (const lab::InputError &error : read.errors) must(error.line > 0, "an error has a line");
   if (!read.errors.empty()) return 0;
   for (const lab::Settings &settings : read.scenario.settings) write_and_read(settings);
   must(!read.scenario.steps.empty(), "a scenario has steps");

@@ -51,7 +51,7 @@ void look_at_snapshot(const lab::Snapshot &snapshot) {
     errors.insert(errors.end(), of_row.begin(), of_row.end());
   }
   const lab::ReadSettings read = lab::settings_of(snapshot.rows, errors);
-  look_at(read.errors, "");
+  check_errors(read.errors, "");
   if (snapshot.state == lab::SourceState::here && read.errors.empty()) {
     write_and_read(read.settings);
   }
@@ -59,8 +59,8 @@ void look_at_snapshot(const lab::Snapshot &snapshot) {
 
 }  // namespace
 
-// What is sent, an empty line between: '=' to the connection of rows, '!' to that of changes; '+' lets
-// three seconds pass.
+// What is sent, an empty line between: '=' to the connection of rows, '!' to that of changes; '+'
+// lets three seconds pass.
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   lab::TimePoint now = lab::Clock::now();
   const Server server(now);

@@ -7,7 +7,7 @@
 inline void look_at_source(const std::string &text) {
   const lab::ParsedSource parsed = lab::parse_source(text, 0);
   const lab::Source &source = parsed.source;
-  look_at(parsed.errors, "");
+  check_errors(parsed.errors, "");
   must(lab::printable(source.shown) == source.shown, "a source can be shown");
   const std::size_t login = std::min(source.shown.find("://"), source.shown.size());
   const std::string host =

@@ -1,4 +1,4 @@
-// What must hold of errors, wherever they are told, and of settings, wherever they come from.
+// What must hold of errors and of settings, wherever they come from.
 #pragma once
 
 #include <algorithm>
@@ -16,23 +16,24 @@ inline std::string_view text_of(const uint8_t *data, std::size_t size) {
   return {reinterpret_cast<const char *>(data), size};
 }
 
-// Each says where it is and what was found, and can be shown to people and programs.
-inline void look_at(const lab::InputErrors &errors, std::string_view text) {
+// Each has a place and what was found, and can be printed as text and as JSON.
+inline void check_errors(const lab::InputErrors &errors, std::string_view text) {
   const auto lines =
       2 + std::count(text.begin(), text.end(), '\n') + std::count(text.begin(), text.end(), '\r');
   for (const lab::InputError &error : errors) {
-    must(!error.found.empty(), "a error says what was found");
+    must(!error.found.empty(), "an error has what was found");
     must(error.line >= 0 && error.line <= lines && (error.line > 0) == (error.column > 0),
-         "a error lies in the text");
-    for (const std::string &said : {error.where, error.found, error.expected}) {
-      must(lab::printable(said) == said, ("a error can be shown: " + said).c_str());
+         "an error lies in the text");
+    for (const std::string &field : {error.where, error.found, error.expected}) {
+      must(lab::printable(field) == field, ("an error can be shown: " + field).c_str());
     }
   }
   lab::format_errors({{"source", errors}}, lab::JsonForm::line);
 }
 
-// What is written can be read again, and says the same.
+// What is written can be read again, and is the same.
 inline void write_and_read(const lab::Settings &settings) {
   const lab::ReadSettings again = lab::read_state(lab::state_file(settings));
-  must(again.errors.empty() && again.settings == settings, "a state file says what was written");
+  must(again.errors.empty() && again.settings == settings,
+       "a state file is read as it was written");
 }

@@ -16,7 +16,7 @@
  *
  * flag is TLV_ALIGNED_FLAG. Result codes are the platform's own, not 0 on failure; the library
  * prints them with syserr2str and hands them on. Choose codes that are none of the library's own
- * (types.h), so that a caller can tell them apart.
+ * (types.h), so that a caller can distinguish them.
  */
 #ifndef DRAIMIOFAF_PLATFORM_TLV_H
 #define DRAIMIOFAF_PLATFORM_TLV_H
@@ -36,7 +36,7 @@ uint16_t tlv_aligned_data_size_get(uint32_t length);
 
 /*
  * Append an entry to an array in a buffer of array_size bytes in all. value: length bytes at any
- * address, copied. 0: appended; else the array is as it was (for instance: no room).
+ * address, copied. 0: appended; else the array is as it was (for instance: no space left).
  */
 uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t type, uint16_t length,
                                    const void *value, uint32_t flag);

@@ -35,10 +35,11 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
       {R"({"PORT": {}})",
        ": found none of the tables that are read; expected DEVICE_METADATA, MCLAG_DOMAIN, "
        "MCLAG_INTERFACE, STP, STP_MST, STP_MST_INST, STP_PORT, STP_VLAN, VLAN or VLAN_MEMBER\n"},
-      // A error does not hide the others, nor make new ones.
+      // An error does not hide the others, nor make new ones.
       {R"({"DEVICE_METADATA": 5, "STP": {"GLOBAL": {"mode": "mst"}}, "VLAN": {"Vlan1": []},
            "STP_VLAN": {"Vlan1": {"enabled": true, "priority": 5}},
-           "STP_PORT": {"a": {"bpdu_guard": {"x": [{}]}, "root_guard": ["true"], "portfast": "yes"}},
+           "STP_PORT": {"a": {"bpdu_guard": {"x": [{}]}, "root_guard": ["true"],)"
+       R"( "portfast": "yes"}},
            "STP_MST_INST": {"1": {"vlan_list": ["1", 2, {}]}}, "PORT": [[]]})",
        "DEVICE_METADATA: found a number; expected a table, an object of rows\n"
        "VLAN|Vlan1: found a list; expected a row, an object of fields\n"
@@ -46,7 +47,8 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        "STP_PORT|a root_guard: found a list; expected a text\n"
        "STP_MST_INST|1 vlan_list: found a number; expected a text, or a list of texts\n"
        "STP_PORT|a portfast: found 'yes'; expected true or false\n"},
-      {R"({"VLAN": {}, "VLAN": {"x": 5}, "STP": {"GLOBAL": {"mode": "none", "mode": 5}, "GLOBAL": 7},
+      {R"({"VLAN": {}, "VLAN": {"x": 5}, "STP": {"GLOBAL": {"mode": "none", "mode": 5},)"
+       R"( "GLOBAL": 7},
            "PORT": {}, "PORT": {"a": {}, "a": {}}, "STP_MST": {"GLOBAL": {"x": 1, "x": 2}}})",
        "VLAN: this key stands twice; expected it once\n"
        "STP|GLOBAL mode: this key stands twice; expected it once\n"
@@ -66,10 +68,12 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        "MCLAG_INTERFACE|1|Ethernet1: found 'Ethernet1'; expected a key like 1|PortChannel10\n"
        "MCLAG_INTERFACE|PortChannel1: found the key 'PortChannel1'; expected a key like "
        "1|PortChannel10\n"},
-      {R"({"STP_MST": {"GLOBAL": {"name": "0123456789012345678901234567890\u0085", "revision": "65536"}},
+      {R"({"STP_MST": {"GLOBAL": {"name": "0123456789012345678901234567890\u0085",)"
+       R"( "revision": "65536"}},
            "DEVICE_METADATA": {"localhost": {"hostname": "\u0000"}}, "STP_MST_INST": {
            "1": {"vlan_list": "5-3, 4095,1 2,1-Vlan2,"}, "MST_INSTANCE|1": {"vlan_list": "7"},
-           "MST_INSTANCE:INSTANCE2": {"vlan_list": ["5-9"]}, "0": {"vlan_list": "7"}, "4095": {}}})",
+           "MST_INSTANCE:INSTANCE2": {"vlan_list": ["5-9"]}, "0": {"vlan_list": "7"}, "4095": {})"
+       R"(}})",
        "DEVICE_METADATA|localhost hostname: found '\\x00'; expected a name without control "
        "characters\n"
        "STP_MST|GLOBAL name: found '0123456789012345678901234567890\\xc2\\x85'; expected a region "
@@ -95,7 +99,8 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        "each "
        "VLAN in one instance\n"},
       // In other forms.
-      {R"({"STP|GLOBAL": {"mode": "pvst", "mode@": ""}, "STP|GLOBAL": {}, "VLAN": {"VLAN|Vlan1": {}},
+      {R"({"STP|GLOBAL": {"mode": "pvst", "mode@": ""}, "STP|GLOBAL": {}, "VLAN": {)"
+       R"("VLAN|Vlan1": {}},
            "STP_PORT|a": {"type": "hash", "value": {"root_guard@": "true"}}, "STP_VLAN|Vlan1": 5})",
        ": found the table 'VLAN' and the row 'STP|GLOBAL'; expected tables of rows, or rows with "
        "the "
@@ -134,13 +139,17 @@ TEST(Capture, BecomesAStateFile) {
     const char *file;
   } rows[] = {
       {R"({"VLAN": {}})", "spanning-tree: false\ntrunk: false\nuser-vlans: none\n"},
-      {R"({"STP": {"GLOBAL": {"mode": "pvst", "hello_time": "1"}}, "VLAN": {"Vlan1": {}, "Vlan2": {"vlanid": 2}, "Vlan9": {}},
-           "VLAN_MEMBER": {"Vlan1|PortChannel010": {}, "Vlan2|PortChannel010": {}, "Vlan3|PortChannel010": {}},
+      {R"({"STP": {"GLOBAL": {"mode": "pvst", "hello_time": "1"}}, "VLAN": {"Vlan1": {},)"
+       R"( "Vlan2": {"vlanid": 2}, "Vlan9": {}},
+           "VLAN_MEMBER": {"Vlan1|PortChannel010": {}, "Vlan2|PortChannel010": {},)"
+       R"( "Vlan3|PortChannel010": {}},
            "STP_VLAN": {"Vlan1": {"enabled": "true", "max_age": "6"}, "Vlan2": {"enabled": "false"},
                         "Vlan4": {"enabled": "true", "max_age": "6"}},
-           "MCLAG_INTERFACE": {"1|PortChannel010": {}, "2|PortChannel010": {}, "1|PortChannel10": {},
+           "MCLAG_INTERFACE": {"1|PortChannel010": {}, "2|PortChannel010": {},)"
+       R"( "1|PortChannel10": {},
                                "1|PortChannel0": {}},
-           "STP_PORT": {"PortChannel0": {"portfast": "true", "root_guard": "true", "link_type": "auto", "enabled": "true"},
+           "STP_PORT": {"PortChannel0": {"portfast": "true", "root_guard": "true",)"
+       R"( "link_type": "auto", "enabled": "true"},
                         "PortChannel10": {"edge_port": "true", "NULL": "NULL", "x": ["1", "2"]}},
            "MCLAG_DOMAIN": {"1": {"source_ip": "10.0.0.1", "peer_ip": ""}}})",
        "spanning-tree runs\ntrunk: false\ndomains:\n  - {id: \"1\", source: \"10.0.0.1\"}\n"
@@ -160,9 +169,11 @@ TEST(Capture, BecomesAStateFile) {
        "parameters:\n  stp-mode: rapid-pvst\n  stp-endis: \"2,9\"\n"},
       {R"({"DEVICE_METADATA": {"localhost": {"mac": "00:11", "hostname": "\"yes\\ \u202e叶"}},
            "STP": {"GLOBAL": {"mode": "mst"}}, "STP_MST": {"GLOBAL": {"revision": "7"}},
-           "MCLAG_DOMAIN": {"1": {"peer_link": "PortChannel1", "mclag_system_id": "x", "peer_ip": "::1"}},
+           "MCLAG_DOMAIN": {"1": {"peer_link": "PortChannel1", "mclag_system_id": "x",)"
+       R"( "peer_ip": "::1"}},
            "STP_MST_INST": {"MST_INSTANCE|1": {"vlan_list": ["10 - 12", "Vlan14-Vlan15"]}, "2": {},
-                            "0": {"vlan_list": "1-4094"}, "MST_INSTANCE:INSTANCE3": {"vlan_list": "Vlan1, 4094"}}})",
+                            "0": {"vlan_list": "1-4094"}, "MST_INSTANCE:INSTANCE3": {)"
+       R"("vlan_list": "Vlan1, 4094"}}})",
        "name: \"\\\"yes\\\\ \\u202e叶\"\naddress: \"00:11\"\nspanning-tree runs\ntrunk: true\n"
        "domains:\n  - {id: \"1\", system-id: \"x\", peer: \"::1\"}\n"
        "user-vlans: none\nparameters:\n  stp-mode: mst\n  mst-region-name: \"00:11\"\n"
@@ -194,26 +205,36 @@ TEST(Capture, WritesTheConfigurationDigest) {
 TEST(Capture, HasOneMeaningInEveryForm) {
   const std::string expected =
       state_file(dump_of(R"({"VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP": {"GLOBAL": {"mode": "mst"}},
-                  "STP_MST": {"GLOBAL": {"name": "x"}}, "STP_MST_INST": {"1": {"vlan_list": ["1", "2"]}},
-                  "STP_PORT": {"PortChannel1": {"enabled": "true", "type": "y"}}, "MCLAG_INTERFACE": {"1|PortChannel1": {}}})")
+                  "STP_MST": {"GLOBAL": {"name": "x"}}, "STP_MST_INST": {"1": {"vlan_list": [)"
+                         R"("1", "2"]}},
+                  "STP_PORT": {"PortChannel1": {"enabled": "true", "type": "y"}},)"
+                         R"( "MCLAG_INTERFACE": {"1|PortChannel1": {}}})")
                      .settings);
   const struct {
     const char *dump;
     const char *name_space;
   } rows[] = {
-      {R"({"VLAN|Vlan1": {"type": "hash", "value": {"NULL": "NULL"}}, "CONFIG_DB_INITIALIZED": {"type": "string", "value": "1"},
-           "VLAN|Vlan2": {"expireat": 1.5, "ttl": -0.001, "value": {"vlanid": "2"}, "type": "hash"}, "VLAN|Vlan3": {"type": "set", "value": ["x"]},
-           "STP|GLOBAL": {"type": "hash", "value": {"mode": "mst"}}, "STP_MST|GLOBAL": {"type": "hash", "value": {"name": "x"}},
-           "STP_MST_INST|1": {"type": "hash", "value": {"vlan_list@": "1,2"}}, "MCLAG_INTERFACE|1|PortChannel1": {"type": "hash", "value": {}},
+      {R"({"VLAN|Vlan1": {"type": "hash", "value": {"NULL": "NULL"}}, "CONFIG_DB_INITIALIZED": {)"
+       R"("type": "string", "value": "1"},
+           "VLAN|Vlan2": {"expireat": 1.5, "ttl": -0.001, "value": {"vlanid": "2"},)"
+       R"( "type": "hash"}, "VLAN|Vlan3": {"type": "set", "value": ["x"]},
+           "STP|GLOBAL": {"type": "hash", "value": {"mode": "mst"}}, "STP_MST|GLOBAL": {)"
+       R"("type": "hash", "value": {"name": "x"}},
+           "STP_MST_INST|1": {"type": "hash", "value": {"vlan_list@": "1,2"}},)"
+       R"( "MCLAG_INTERFACE|1|PortChannel1": {"type": "hash", "value": {}},
            "STP_PORT|PortChannel1": {"type": "hash", "value": {"enabled": "true", "type": "y"}}})",
        ""},
       {"\xEF\xBB\xBF"
-       R"({"CONFIG_DB_INITIALIZED": "1", "VLAN|Vlan1": {"NULL": "NULL"}, "VLAN|Vlan2": {}, "STP|GLOBAL": {"mode": "mst"}, "PORT": {},
-           "STP_MST|GLOBAL": {"name": "x"}, "STP_MST_INST|1": {"vlan_list@": "1,2"}, "MCLAG_INTERFACE|1|PortChannel1": {},
+       R"({"CONFIG_DB_INITIALIZED": "1", "VLAN|Vlan1": {"NULL": "NULL"}, "VLAN|Vlan2": {},)"
+       R"( "STP|GLOBAL": {"mode": "mst"}, "PORT": {},
+           "STP_MST|GLOBAL": {"name": "x"}, "STP_MST_INST|1": {"vlan_list@": "1,2"},)"
+       R"( "MCLAG_INTERFACE|1|PortChannel1": {},
            "STP_PORT|PortChannel1": {"type": "y", "enabled": "true"}})",
        ""},
-      {R"({"localhost": {"VLAN": 5}, "asic0": {"VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP": {"GLOBAL": {"mode": "mst"}}, "STP_MST": {"GLOBAL": {"name": "x"}},
-           "STP_MST_INST": {"1": {"vlan_list@": ["1", "2"]}}, "STP_PORT": {"PortChannel1": {"enabled": "true", "type": "y"}},
+      {R"({"localhost": {"VLAN": 5}, "asic0": {"VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP": {)"
+       R"("GLOBAL": {"mode": "mst"}}, "STP_MST": {"GLOBAL": {"name": "x"}},
+           "STP_MST_INST": {"1": {"vlan_list@": ["1", "2"]}}, "STP_PORT": {"PortChannel1": {)"
+       R"("enabled": "true", "type": "y"}},
            "MCLAG_INTERFACE": {"1|PortChannel1": {}}}})",
        "asic0"},
   };

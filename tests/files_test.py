@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What mcec-lab reads and writes besides plain files, and that a signal ends it wherever it waits.
+"""What mcec-lab reads and writes other than plain files, and that a signal ends it wherever it waits.
 
   tests/files_test.py MCEC-LAB FOLDER
 """
@@ -61,9 +61,9 @@ def check_interruption():
                 expect(False, title, "does not end")
                 lab.kill()
                 lab.wait()
-            said = lab.stderr.read()
-            expect(lab.returncode == status, title, f"status {lab.returncode}: {said!r}")
-            expect(said.endswith(b"interrupted\n") == (status == 2), title, said)
+            output = lab.stderr.read()
+            expect(lab.returncode == status, title, f"status {lab.returncode}: {output!r}")
+            expect(output.endswith(b"interrupted\n") == (status == 2), title, output)
             if "--metrics" in arguments:
                 metrics = pathlib.Path(arguments[2]).read_text()
                 expect('side="left"} 0' in metrics, title, metrics)
@@ -113,10 +113,10 @@ def check_inputs_and_outputs():
             ('"$0" run secret', 2, "secret:1:1: found no mapping; expected a scenario, a mapping\n"),
             ('"$0" run from.yaml', 2, "in secret:1:1: found no mapping; expected a state file")]:
         ended = run(command)
-        said = ended.stdout.decode()
-        expect((ended.returncode == status or status == 0) and word in said, command,
-               f"status {ended.returncode}: {said[:400]}")
-        expect("$y$hash" not in said, command, said)
+        output = ended.stdout.decode()
+        expect((ended.returncode == status or status == 0) and word in output, command,
+               f"status {ended.returncode}: {output[:400]}")
+        expect("$y$hash" not in output, command, output)
     expect(pathlib.Path("victim").read_text() == "old", "a hard link", "is written to")
     expect(stat.S_IMODE(os.stat("kept.html").st_mode) == 0o600, "the mode", oct(os.stat("kept.html").st_mode))
     left = [name for name in os.listdir() if name.startswith(".")]

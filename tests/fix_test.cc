@@ -36,13 +36,18 @@ TEST(Capture, NotesWhatIsWorthALook) {
        "spanning-tree-off switch: Spanning tree is off on both switches: nothing runs.\n"},
       {"{" + channel +
            R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "1", "peer_ip": "2"}},
-           "VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP_PORT": {"PortChannel1": {"edge_port": "true", "bpdu_guard": "false", "link_type": "x"}},
-           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}, "Vlan2|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "mst"}},
+           "VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP_PORT": {"PortChannel1": {)"
+           R"("edge_port": "true", "bpdu_guard": "false", "link_type": "x"}},
+           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}, "Vlan2|PortChannel1": {}}, "STP": {)"
+           R"("GLOBAL": {"mode": "mst"}},
            "STP_MST": {"GLOBAL": {"name": "x", "max_hops": "9", "max_age": "20"}}})",
        "{" + channel +
-           R"("MCLAG_DOMAIN": {"1": {"source_ip": "2", "mclag_system_id": "x"}}, "VLAN": {"Vlan1": {}, "Vlan3": {}},
-           "STP_PORT": {"PortChannel1": {"portfast": "true", "enabled": "true"}}, "STP_MST": {"GLOBAL": {"name": "x"}},
-           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}, "Vlan3|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "mst", "max_age": "7"}}})",
+           R"("MCLAG_DOMAIN": {"1": {"source_ip": "2", "mclag_system_id": "x"}}, "VLAN": {)"
+           R"("Vlan1": {}, "Vlan3": {}},
+           "STP_PORT": {"PortChannel1": {"portfast": "true", "enabled": "true"}}, "STP_MST": {)"
+           R"("GLOBAL": {"name": "x"}},
+           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}, "Vlan3|PortChannel1": {}}, "STP": {)"
+           R"("GLOBAL": {"mode": "mst", "max_age": "7"}}})",
        "spanning-tree-on-one-half PortChannel1: Spanning tree is enabled on right only.\n"
        "vlan-on-one-half PortChannel1: Only left carries VLAN 2, and only right VLAN 3.\n"
        "port-setting PortChannel1: The ports differ in what no parameter covers: link_type (x on "
@@ -54,10 +59,14 @@ TEST(Capture, NotesWhatIsWorthALook) {
        "2 on right), peer (2 on left, not set on right).\n"
        "no-peer-link switch: The right switch has multi-chassis channels and no peer link.\n"},
       {"{" + channel +
-           R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "1", "peer_ip": "2"}}, "VLAN": {"Vlan1": {}},
-           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "pvst", "hello_time": "1"}}, "STP_VLAN": {"Vlan1": {"max_age": "6"}, "Vlan9": {"max_age": "6"}}})",
+           R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "1", "peer_ip": "2"}},)"
+           R"( "VLAN": {"Vlan1": {}},
+           "VLAN_MEMBER": {"Vlan1|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "pvst",)"
+           R"( "hello_time": "1"}}, "STP_VLAN": {"Vlan1": {"max_age": "6"}, "Vlan9": {)"
+           R"("max_age": "6"}}})",
        "{" + channel +
-           R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "2", "peer_ip": "1"}}, "VLAN": {"Vlan1": {}},
+           R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "2", "peer_ip": "1"}},)"
+           R"( "VLAN": {"Vlan1": {}},
            "VLAN_MEMBER": {"Vlan1|PortChannel1": {}}, "STP": {"GLOBAL": {"mode": "pvst"}}})",
        "spanning-tree-off-on-channel PortChannel1: Spanning tree is enabled on neither half.\n"
        "vlan-timer switch: Timers of twin VLANs differ: max-age of VLAN 1 (6 on left, not set on "
@@ -97,9 +106,9 @@ TEST(Capture, IsFixed) {
     std::string text;
     const char *patches[2];
   } rows[] = {
-      {inside(
-           named + ports +
-           R"("STP_PORT": {"PortChannel1": {"edge_port": "true"}, "PortChannel2": {"edge_port": "true", "root_guard": "true"}})"),
+      {inside(named + ports +
+              R"("STP_PORT": {"PortChannel1": {"edge_port": "true"}, "PortChannel2": {)"
+              R"("edge_port": "true", "root_guard": "true"}})"),
        inside(named + ports + R"("VLAN": {})"),
        "PortChannel1",
        STP_MCEC_TYPE1_IFI_PORT_TYPE,
@@ -113,11 +122,12 @@ TEST(Capture, IsFixed) {
        STP_MCEC_TYPE1_STP_ENDIS,
        "STP_VLAN enabled: VLAN 1 true on right, or false on left; VLAN 2 false on right, or true "
        "on left",
-       {R"([{"op":"replace","path":"/STP_VLAN/Vlan1/enabled","value":"false"},{"op":"add","path":"/STP_VLAN/Vlan2","value":{"enabled":"true"}}])",
-        R"([{"op":"add","path":"/STP_VLAN/Vlan1/enabled","value":"true"},{"op":"replace","path":"/STP_VLAN/Vlan2/enabled","value":"false"}])"}},
-      {inside(
-           named +
-           R"("STP_MST_INST": {"MST_INSTANCE|1": {"vlan_list": ["Vlan1-Vlan4"], "bridge_priority": "0"}, "MST_INSTANCE|3": {"vlan_list": "9"}})"),
+       {R"([{"op":"replace","path":"/STP_VLAN/Vlan1/enabled","value":"false"},{"op":"add",)"
+        R"("path":"/STP_VLAN/Vlan2","value":{"enabled":"true"}}])",
+        R"([{"op":"add","path":"/STP_VLAN/Vlan1/enabled","value":"true"},{"op":"replace",)"
+        R"("path":"/STP_VLAN/Vlan2/enabled","value":"false"}])"}},
+      {inside(named + R"("STP_MST_INST": {"MST_INSTANCE|1": {"vlan_list": ["Vlan1-Vlan4"],)"
+                      R"( "bridge_priority": "0"}, "MST_INSTANCE|3": {"vlan_list": "9"}})"),
        inside(named + R"("STP_MST_INST": {"2": {"vlan_list": "1,2"}, "3": {"vlan_list": "9,8"}})"),
        "",
        STP_MCEC_TYPE1_MST_REGION_VI_MAP,
@@ -125,15 +135,20 @@ TEST(Capture, IsFixed) {
        "in "
        "instance 1 on right, or in instance 0 on left; VLANs 1-2 in instance 1 on right, or in "
        "instance 2 on left",
-       {R"([{"op":"remove","path":"/STP_MST_INST/MST_INSTANCE|1/vlan_list"},{"op":"add","path":"/STP_MST_INST/MST_INSTANCE|2","value":{"vlan_list":"1-2"}},{"op":"replace","path":"/STP_MST_INST/MST_INSTANCE|3/vlan_list","value":"8-9"}])",
-        R"([{"op":"add","path":"/STP_MST_INST/1","value":{"vlan_list":"1-4"}},{"op":"remove","path":"/STP_MST_INST/2/vlan_list"},{"op":"replace","path":"/STP_MST_INST/3/vlan_list","value":"9"}])"}},
+       {R"([{"op":"remove","path":"/STP_MST_INST/MST_INSTANCE|1/vlan_list"},{"op":"add",)"
+        R"("path":"/STP_MST_INST/MST_INSTANCE|2","value":{"vlan_list":"1-2"}},{"op":"replace",)"
+        R"("path":"/STP_MST_INST/MST_INSTANCE|3/vlan_list","value":"8-9"}])",
+        R"([{"op":"add","path":"/STP_MST_INST/1","value":{"vlan_list":"1-4"}},{"op":"remove",)"
+        R"("path":"/STP_MST_INST/2/vlan_list"},{"op":"replace",)"
+        R"("path":"/STP_MST_INST/3/vlan_list","value":"9"}])"}},
       {inside(named + R"("VLAN": {})"),
        inside(R"("VLAN": {})", "pvst"),
        "",
        STP_MCEC_TYPE1_STP_MODE,
        "STP|GLOBAL mode: mst, STP_MST|GLOBAL name: x on right, or STP|GLOBAL mode: pvst on left",
        {R"([{"op":"replace","path":"/STP/GLOBAL/mode","value":"pvst"}])",
-        R"([{"op":"replace","path":"/STP/GLOBAL/mode","value":"mst"},{"op":"add","path":"/STP_MST","value":{"GLOBAL":{"name":"x"}}}])"}},
+        R"([{"op":"replace","path":"/STP/GLOBAL/mode","value":"mst"},{"op":"add",)"
+        R"("path":"/STP_MST","value":{"GLOBAL":{"name":"x"}}}])"}},
       {inside(named + R"("VLAN": {})"),
        inside(R"("STP_MST": {"GLOBAL": {"name": "x", "revision": "3"}})"),
        "",

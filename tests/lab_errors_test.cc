@@ -96,7 +96,7 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "8:40: found 'a-name-that-is-longer-than-a-name-is'; expected a region name of at most 32 "
        "bytes; it has 36\n"
        "8:101: found 'zz'; expected a value: bytes in hexadecimal, for instance 00 00 00 05\n"
-       "9:19: found 'export' besides 'check'; expected one thing to do in a step\n"
+       "9:19: found 'export' together with 'check'; expected one thing to do in a step\n"
        "9:19: unknown key 'export' in a 'check' step; expected expect, check, note or "
        "twin-vlans\n"},
       {"switches:\n  left: {parameters: {mst-region-name: \"a\\0\"}, "

@@ -23,11 +23,11 @@ struct Report : LibraryTest {
     if (block == nullptr) return "null";
     EXPECT_EQ(standin_block_type(block), 4U);
     EXPECT_EQ(standin_block_size(block), 4 + 312 * entries.size());
-    auto *told = static_cast<mcecm_app_info_report_t *>(block);
-    EXPECT_EQ(told->count, entries.size());
+    auto *records = static_cast<mcecm_app_info_report_t *>(block);
+    EXPECT_EQ(records->count, entries.size());
     std::string text;
-    for (uint32_t i = 0; i < told->count; ++i) {
-      const mcecm_app_info_t &record = told->records[i];
+    for (uint32_t i = 0; i < records->count; ++i) {
+      const mcecm_app_info_t &record = records->records[i];
       EXPECT_EQ(record.app_code, record.param_type != 0 ? 171U : 0U);
       EXPECT_EQ(record.reserved, 0U);
       EXPECT_STREQ(record.component, record.param_type != 0 ? "STP" : "");
@@ -136,7 +136,8 @@ TEST_F(Report, FailuresLeaveWhatWasFilled) {
   EXPECT_EQ(result, uint32_t{STP_MCEC_ERR_INVALID_ARG});
   log();
   ON_STANDIN_ONLY();
-  // An array of so many empty entries that their records have no 32-bit size: no block is asked for.
+  // An array of so many empty entries that their records have no 32-bit size: no block is asked
+  // for.
   const uint32_t most = (UINT32_MAX - 4) / 312;
   for (const uint32_t count : {most, most + 1}) {
     Bytes many(4 + std::size_t{count} * tlv_aligned_data_size_get(0));

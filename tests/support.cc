@@ -200,7 +200,7 @@ std::string extract(void *msg) {
     text << " null";
   } else if (tlvs != &no_array) {
     text << " type " << standin_block_type(tlvs) << ' ' << entries_of(tlvs);
-    // The region's array has room for all three parameters, whichever are in it.
+    // The region's array has the size for all three parameters, whichever are in it.
     EXPECT_EQ(standin_block_size(tlvs), standin_block_type(tlvs) == 8
                                             ? stp_mcec_get_mst_region_cfg_tlv_payld_size()
                                             : standin_tlv_array_bytes(tlvs));

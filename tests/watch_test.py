@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""mcec-lab watch beside real redis servers: every line is held against what the databases hold.
+"""mcec-lab watch with real redis servers: every line is compared with the contents of the databases.
 
   tests/watch_test.py MCEC-LAB
 
@@ -95,7 +95,7 @@ def run(*arguments, **variables):
 
 
 class Watch:
-    """A running watch; whatever it says of the pair is held against what compare says of it."""
+    """A running watch; whatever it reports of the pair is compared with what compare reports."""
 
     def __init__(self, left, right, *options, **variables):
         self.sources = {"left": left, "right": right}
@@ -113,7 +113,7 @@ class Watch:
         self.events.put({"event": "end"})
 
     def next(self, kind, agree="?", still=True, **wanted):
-        """The next event, of this kind; `still`: nothing changes any more, so it can be held against compare."""
+        """The next event, of this kind; `still`: nothing changes any more, so it can be compared with compare."""
         event = self.events.get(timeout=PATIENCE)
         while event["event"] == "note" != kind:
             event = self.events.get(timeout=PATIENCE)
@@ -122,27 +122,27 @@ class Watch:
         assert agree in ("?", event["agree"]), event
         for key, value in wanted.items():
             assert event[key] == value, event
-        told = (event.get("comparison") or event)
+        reported = (event.get("comparison") or event)
         if event["agree"] is not None:
             if "comparison" in event:
                 self.checks.clear()
-            self.checks.update((check["scope"], check) for check in told["checks"])
+            self.checks.update((check["scope"], check) for check in reported["checks"])
             for scope in event.get("gone", []):
                 del self.checks[scope]
         if still:
-            self.hold(event)
+            self.compare(event)
         return event
 
-    def hold(self, event):
+    def compare(self, event):
         if event["agree"] is not None:
-            said = json.loads(run("compare", "--json", *self.urls, **self.variables).stdout)
-            assert event["agree"] == said["agree"], event
-            assert self.checks == {check["scope"]: check for check in said["checks"]}, event
-            assert event.get("comparison", said) == said, event
+            output = json.loads(run("compare", "--json", *self.urls, **self.variables).stdout)
+            assert event["agree"] == output["agree"], event
+            assert self.checks == {check["scope"]: check for check in output["checks"]}, event
+            assert event.get("comparison", output) == output, event
         for row in event.get("rows", []):
-            held = self.sources[row["side"]].row(row["row"])
-            assert (row["after"] is None) == (held is None), row
-            assert (row["after"] or {}).items() <= (held or {}).items(), (row, held)
+            stored = self.sources[row["side"]].row(row["row"])
+            assert (row["after"] is None) == (stored is None), row
+            assert (row["after"] or {}).items() <= (stored or {}).items(), (row, stored)
 
     def changed(self, agree, *rows, scopes=None, kind="changed"):
         event = self.next(kind, agree)
@@ -187,7 +187,7 @@ def test_changes(folder):
         (right, [["HSET", PORT, "bpdu_guard", "true"]], True, [guard], []),
         (left, [["HSET", MODE, "mode", "none"]], False, [f"left {MODE}"], []),
         (left, [["HSET", MODE, "mode", "mst"]], True, [f"left {MODE}"], both),
-        # What is passed over is not told: the next thing told is the next row.
+        # What is passed over is not reported: the next event is the next row.
         (right, [["HSET", "PORT|Ethernet0", "speed", "1"], ["HSET", "VLAN|Vlan10", "note", "x"]], None, [], []),
         (right, [["MULTI"], *(["HSET", f"VLAN|Vlan{v}", "vlanid", str(v)] for v in range(100, 150)), ["EXEC"]],
          True, sorted(f"right VLAN|Vlan{v}" for v in range(100, 150)), []),
@@ -205,18 +205,18 @@ def test_changes(folder):
     watch.changed(False, guard)
     assert f'differing{label},parameter="ifi-port-guard"}} 1\n' in metrics.read_text()
 
-    # A burst that does not end is told in pieces; and the last change has the last word.
+    # A burst that does not end is reported in pieces; the last change is reported last.
     ends, changes = time.monotonic() + PATIENCE, 0
     while watch.events.qsize() < 2:
-        assert time.monotonic() < ends, "nothing was told while rows changed"
+        assert time.monotonic() < ends, "nothing was reported while rows changed"
         changes += 1
         right.do(["HSET", PORT, GUARD, "true" if changes % 2 else "false", EDGE, "true" if changes % 3 else "false"])
         time.sleep(0.02)
     right.do(*words_of({PORT: ROWS[PORT], VLAN: {"vlanid": "30"}}))
-    told = []
-    while not told or VLAN not in [row["row"] for row in told[-1]["rows"]]:
-        told.append(watch.next("changed", still=False))
-    watch.hold(told[-1])
+    reported = []
+    while not reported or VLAN not in [row["row"] for row in reported[-1]["rows"]]:
+        reported.append(watch.next("changed", still=False))
+    watch.compare(reported[-1])
     right.do(["DEL", VLAN])
     watch.changed(True, f"right {VLAN}", scopes=[])
 
@@ -226,8 +226,8 @@ def test_changes(folder):
                       (["SET", VLAN, "x"], ["DEL", VLAN])]:
         right.do(bad)
         event = watch.next("error", None, side="right", still=False)
-        mistake, = event["errors"]
-        assert mistake["source"] == right.url and mistake["where"].startswith(bad[1]), event
+        error, = event["errors"]
+        assert error["source"] == right.url and error["where"].startswith(bad[1]), event
         assert [row["row"] for row in event["rows"]] == [bad[1]], event
         assert f"mcec_pair_agrees{label}}} NaN\n" in metrics.read_text()
         right.do(mend)
@@ -236,8 +236,8 @@ def test_changes(folder):
     watch.end()
     assert f"mcec_pair_agrees{label}}} NaN\n" in metrics.read_text()
     assert not [name for name in os.listdir(folder) if name.startswith("pair.prom.")]
-    said = left.do(["INFO", "commandstats"]) + left.do(["ACL", "LOG"])
-    assert "reason" not in said, said
+    output = left.do(["INFO", "commandstats"]) + left.do(["ACL", "LOG"])
+    assert "reason" not in output, output
 
 
 def test_losses(folder):
@@ -249,9 +249,9 @@ def test_losses(folder):
     right.do(*words_of(ROWS), ["HSET", PORT, GUARD, "false"], ["DEL", "VLAN|Vlan10"], database=7)
     right.do(["SWAPDB", "4", "7"])
     events = [watch.events.get(timeout=PATIENCE) for _ in range(2)]
-    mistake, = (event for event in events if event["event"] == "error")
+    error, = (event for event in events if event["event"] == "error")
     changed, = (event for event in events if event["event"] == "changed")
-    assert mistake["agree"] is None and mistake["side"] == "left", mistake
+    assert error["agree"] is None and error["side"] == "left", error
     assert [row["row"] for row in changed["rows"]] == [PORT, "VLAN|Vlan10"], changed
     left.do(*words_of(ROWS))
     watch.next("changed", False)
@@ -307,9 +307,9 @@ def test_starts(folder):
         (["--timeout", "1", "--metrics", folder], [left.url, left.url], {}, 2, "found"),
     ]:
         ended = run("watch", "--json", *options, *sources, **variables)
-        said = ended.stdout + ended.stderr
-        assert ended.returncode == status and says in said, (options, sources, ended)
-        assert "s3cret" not in said and "wr0ng" not in said and "s3/cret" not in said, said
+        output = ended.stdout + ended.stderr
+        assert ended.returncode == status and says in output, (options, sources, ended)
+        assert "s3cret" not in output and "wr0ng" not in output and "s3/cret" not in output, output
 
     # No notifications: it is asked again and again. It comes late, and is found all the same.
     late = Server(folder, "g", "--notify-keyspace-events", "")
@@ -347,8 +347,8 @@ def test_starts(folder):
         (lambda: path.write_text(dump("false")), r"right is connected: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
     ]:
         write()
-        said = person.stdout.readline()
-        assert re.match(r"\d\d:\d\d:\d\d " + (line if "\\" in line or ".*" in line else re.escape(line)), said), (said, line)
+        output = person.stdout.readline()
+        assert re.match(r"\d\d:\d\d:\d\d " + (line if "\\" in line or ".*" in line else re.escape(line)), output), (output, line)
     person.terminate()
     assert person.wait(PATIENCE) == 0
 

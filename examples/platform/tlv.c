@@ -129,7 +129,7 @@ const char *syserr2str(uint32_t code) {
   static char other[32];
   switch (code) {
     case tlv_no_room:
-      return "no room in the TLV array";
+      return "no space in the TLV array";
     case tlv_too_long:
       return "value too long for a TLV";
     case tlv_unreadable:

@@ -11,8 +11,8 @@
 
 namespace lab {
 
-// Sources are relative to `folder`, which ends with a slash or is empty. Errors show nothing of a line,
-// since it may be a password.
+// Sources are relative to `folder`, which ends with a slash or is empty. Errors show nothing of a
+// line, since it may be a password.
 std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &folder,
                                       InputErrors &errors);
 

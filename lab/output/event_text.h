@@ -7,8 +7,8 @@
 
 namespace lab {
 
-// The lines of an event, each with its time, as this locale can show them. Of many rows the first are
-// named.
+// The lines of an event, each with its time, as this locale can show them. Of many rows the first
+// are named.
 std::string describe_event(const Event &event);
 
 }  // namespace lab

@@ -52,7 +52,8 @@ struct Cell {
 void put_table(const std::vector<std::string> &heading, const std::vector<std::vector<Cell>> &rows,
                const Layout &layout);
 
-// Is all that was printed written? When not, `why` says what is in the way, unless it does so already.
+// Is all that was printed written? When not, `why` says what is in the way, unless it does so
+// already.
 bool all_written(std::string &why);
 
 }  // namespace lab

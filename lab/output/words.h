@@ -18,8 +18,8 @@ std::string describe_code(const ScopeReport &scope, std::size_t side,
 // "switch", "port 0x1000 (pod)", "channel 20: 0x1000 on the left, 0x2000 on the right".
 std::string describe_scope(const ScopeReport &scope, const SideNames &names = switch_names);
 
-// How a parameter compares. Where the switches see it differently, each is named; of a parameter that
-// one of them lacks, the other's view counts.
+// How a parameter compares. Where the switches see it differently, each is named; of a parameter
+// that one of them lacks, the other's view counts.
 std::string describe_states(const ParameterReport &parameter,
                             const SideNames &names = switch_names);
 

@@ -1,5 +1,5 @@
 // The comparison of two arrays as a person wants it: every parameter with both values and what the
-// library says of it alone, besides the library's verdict on the whole.
+// library finds about it alone, in addition to its verdict on the whole.
 #pragma once
 
 #include "pair/protocol.h"

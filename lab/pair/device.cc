@@ -270,9 +270,9 @@ Reply answered(const Request &request, const ToPeer &peer) {
     std::visit(
         [&](const auto &asked) {
           if constexpr (std::is_same_v<decltype(asked), const Check &>) {
-            reply.said = perform_check(asked, peer);
+            reply.answer = perform_check(asked, peer);
           } else {
-            reply.said = perform(asked);
+            reply.answer = perform(asked);
           }
         },
         request.asked);

@@ -18,7 +18,7 @@
 namespace lab {
 namespace {
 
-// A switch that is stopped, or that says nothing for so long, is given up.
+// A switch that is stopped, or that does not answer for so long, is given up.
 constexpr int stopped_patience = 2000;
 constexpr int longest_patience = 120000;
 
@@ -90,7 +90,7 @@ std::string switch_name(std::size_t which) {
   return std::string("the ") + switch_names[which] + " switch";
 }
 
-// While a switch says nothing: is one of the two stopped? A switch may wait for the other.
+// While a switch does not answer: is one of the two stopped? A switch may wait for the other.
 void look_at(const Pair &pair, std::size_t which, int waited) {
   for (std::size_t i = 0; i < pair.switches.size(); ++i) {
     if (waited >= stopped_patience && is_stopped(pair.switches[i].process.pid)) {
@@ -106,11 +106,11 @@ bool answers(const Reply &reply, const Request &request) {
   return std::visit(
       [&](const auto &asked) {
         using Asked = std::decay_t<decltype(asked)>;
-        const auto *said = std::get_if<typename Asked::Answer>(&reply.said);
+        const auto *answer = std::get_if<typename Asked::Answer>(&reply.answer);
         if constexpr (std::is_same_v<Asked, Check>) {
-          return said != nullptr && said->views.size() == asked.scopes.size();
+          return answer != nullptr && answer->views.size() == asked.scopes.size();
         } else {
-          return said != nullptr;
+          return answer != nullptr;
         }
       },
       request.asked);
@@ -151,7 +151,7 @@ Replies ask(Pair &pair, const Requests &requests) {
   Replies replies;
   std::string died;
   std::string failed;
-  const auto tell = [](std::string &problems, const std::string &text) {
+  const auto add_line = [](std::string &problems, const std::string &text) {
     problems += (problems.empty() ? "" : "\n") + text;
   };
   for (std::size_t i = 0; i < requests.size(); ++i) {
@@ -173,13 +173,13 @@ Replies ask(Pair &pair, const Requests &requests) {
       throw SwitchFailed(switch_name(i) + ": " + garbled.what());
     }
     if (!replies[i]) {
-      tell(died, switch_name(i) + " " + how_it_ended(answering.process) +
-                     last_words(*answering.last_lines));
+      add_line(died, switch_name(i) + " " + how_it_ended(answering.process) +
+                         last_words(*answering.last_lines));
     } else if (!replies[i]->problem.empty()) {
-      tell(failed, switch_name(i) + ": " + replies[i]->problem);
+      add_line(failed, switch_name(i) + ": " + replies[i]->problem);
     }
   }
-  // A switch that misses the other one has nothing to tell besides its death.
+  // A switch that misses the other one reports nothing but its end.
   if (!died.empty() || !failed.empty()) throw SwitchFailed(died.empty() ? failed : died);
   return replies;
 }

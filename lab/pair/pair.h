@@ -50,7 +50,7 @@ template <class Asked>
 typename Asked::Answer ask(Pair &pair, std::size_t which, Asked asked) {
   Requests requests;
   requests[which] = Request{false, std::move(asked)};
-  return std::get<typename Asked::Answer>(ask(pair, requests)[which]->said);
+  return std::get<typename Asked::Answer>(ask(pair, requests)[which]->answer);
 }
 
 }  // namespace lab

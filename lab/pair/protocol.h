@@ -20,7 +20,7 @@ struct Scope {
 
 // --- answers ---
 
-// There is nothing to say.
+// An answer without content.
 struct Done {};
 
 // The result of an operation.
@@ -63,7 +63,7 @@ struct Reported {
   std::vector<Record> records;
 };
 
-// What the library says of a parameter alone.
+// What the library finds about a parameter alone.
 enum class State : uint8_t {
   same,             // it compares it, and it agrees
   different,        // it compares it, and it does not
@@ -179,7 +179,7 @@ struct Check {
   struct Compared {
     Scope scope;
     bool present = true;           // false: this switch has no such channel, it has nothing to send
-    std::vector<uint32_t> others;  // ports of the channel besides the one that speaks for it
+    std::vector<uint32_t> others;  // ports of the channel without the one that stands for it
   };
   std::vector<Compared> scopes;
   std::optional<Vlans> twins;  // nothing: disabled VLANs are left out
@@ -193,9 +193,9 @@ struct Request {
 };
 
 struct Reply {
-  std::string problem;  // not empty: it could not be done, and nothing is said
+  std::string problem;  // not empty: it could not be done, and there is no answer
   std::vector<std::string> log;
-  std::variant<Done, Result, Extracted, Exported, Reported, Checked> said;
+  std::variant<Done, Result, Extracted, Exported, Reported, Checked> answer;
 };
 
 }  // namespace lab

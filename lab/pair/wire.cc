@@ -60,7 +60,7 @@ LAB_FIELDS(Crash, it.signal)
 LAB_FIELDS(Check::Compared, it.scope, it.present, it.others)
 LAB_FIELDS(Check, it.scopes, it.twins)
 LAB_FIELDS(Request, it.log, it.asked)
-LAB_FIELDS(Reply, it.problem, it.log, it.said)
+LAB_FIELDS(Reply, it.problem, it.log, it.answer)
 #undef LAB_FIELDS
 
 template <class Archive>

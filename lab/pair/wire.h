@@ -23,7 +23,7 @@ using Waiting = std::function<void(int waited)>;
 // false: the other end is gone. Throws Interrupted, and what `waiting` throws.
 bool write_frame(int socket, const Bytes &frame, const Waiting &waiting = nullptr);
 
-// Nothing: the other end is gone. Throws Garbled besides.
+// Nothing: the other end is gone. Also throws Garbled.
 std::optional<Bytes> read_frame(int socket, const Waiting &waiting = nullptr);
 
 Bytes encode(const Request &request);

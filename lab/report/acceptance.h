@@ -1,4 +1,4 @@
-// Accepted differences: what a file says may differ, and its effect on a report.
+// Accepted differences: what may differ according to a file, and its effect on a report.
 #pragma once
 
 #include <array>
@@ -30,7 +30,7 @@ struct AcceptEntry {
 
 struct ReadAcceptList {
   std::vector<AcceptEntry> entries;
-  InputErrors errors;  // in the order of the file; with some, the entries are of no use
+  InputErrors errors;  // in the order of the file; with some, the entries are not usable
 };
 
 // Reads the text of a file.
@@ -39,8 +39,8 @@ ReadAcceptList read_accept_list(const std::string &text);
 // "2026-11-24", local time.
 std::string format_today();
 
-// Marks what the entries accept, and adds a note for each that has expired, matches nothing or still has
-// the reason TODO. Returns which entries have matched.
+// Marks what the entries accept, and adds a note for each that has expired, matches nothing or
+// still has the reason TODO. Returns which entries have matched.
 std::vector<bool> accept_differences(const std::vector<AcceptEntry> &entries,
                                      const std::string &today, PairReport &report);
 

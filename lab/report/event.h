@@ -10,8 +10,8 @@
 
 namespace lab {
 
-// A row before and after a change; nothing: there was or is none. Where both are nothing, only that it
-// changed is known.
+// A row before and after a change; nothing: there was or is none. Where both are nothing, only that
+// it changed is known.
 struct RowChange {
   std::size_t side = 0;
   std::string row;  // "TABLE|key", or the source

@@ -60,8 +60,8 @@ struct Note {
   bool operator==(const Note &) const = default;
 };
 
-// All notes but those on accepted differences, in the order of their kinds. With an intended state on
-// the left, addresses and peers of two switches are not compared.
+// All notes but those on accepted differences, in the order of their kinds. With an intended state
+// on the left, addresses and peers of two switches are not compared.
 std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended);
 
 }  // namespace lab

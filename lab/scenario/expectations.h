@@ -1,5 +1,5 @@
-// What can be expected of a step: a row for each kind, with its key, the steps that it is for, how it
-// is read, and how it is checked against the report of the step.
+// What can be expected of a step: a row for each kind, with its key, the steps that it is for, how
+// it is read, and how it is checked against the report of the step.
 #pragma once
 
 #include <string>

@@ -172,7 +172,7 @@ void read_crash(StepReader &reader, const YAML::Node &, const YAML::Node &value,
 
 struct StepKind {
   const char *action;
-  std::vector<std::string> keys;  // besides the action's own, "on", "note" and "expect"
+  std::vector<std::string> keys;  // in addition to the action's own, "on", "note" and "expect"
   void (*read)(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step);
   bool always_on_both = false;
 };
@@ -210,9 +210,10 @@ const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::No
     if (known == nullptr) {
       others.push_back(scalar_text(pair.first));
     } else if (kind != nullptr && kind != known) {
-      reader.add_error(pair.first,
-                       std::string("found '") + known->action + "' besides '" + kind->action + "'",
-                       "one thing to do in a step");
+      reader.add_error(
+          pair.first,
+          std::string("found '") + known->action + "' together with '" + kind->action + "'",
+          "one thing to do in a step");
     } else if (kind == nullptr) {
       kind = known;
       value.reset(pair.second);

@@ -29,7 +29,8 @@ struct ReadRow {
 // An answer to HGETALL.
 ReadRow read_row(const std::string &name, const redisReply &reply, const ReadLimits &limits);
 
-// An answer to CONFIG GET notify-keyspace-events: does the server notify of all that happens to rows?
+// An answer to CONFIG GET notify-keyspace-events: does the server notify of all that happens to
+// rows?
 bool has_notifications(const redisReply &reply);
 
 // The row that a notification names, nothing when it is an answer. `channel` is what every channel

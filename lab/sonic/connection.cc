@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 const std::string protocol_error = "protocol error: ";
 
-// A connection on which nothing is said is asked for a sign of life.
+// A connection without traffic is asked for a sign of life.
 constexpr auto beat = 1s;
 // Reads of a socket before the other source has its turn.
 constexpr int reads_at_once = 64;
@@ -86,9 +86,10 @@ void read_available(Connection &connection) {
     throw ConnectionLost{error_of(connection)};
   }
   connection.unfinished_bytes += reader->len - before;
-  constexpr std::size_t telling = 8;
-  if (connection.first_bytes.size() < telling && reader->len > 0) {
-    connection.first_bytes.append(reader->buf + before, std::min(reader->len - before, telling));
+  constexpr std::size_t greeting_size = 8;
+  if (connection.first_bytes.size() < greeting_size && reader->len > 0) {
+    connection.first_bytes.append(reader->buf + before,
+                                  std::min(reader->len - before, greeting_size));
   }
 }
 
@@ -163,8 +164,8 @@ Connection adopt_socket(int socket, const std::string &place, const ReadLimits &
   return connection_of(redisConnectFd(socket), place, limits);
 }
 
-void say(Connection &connection, TimePoint now, Asked asked,
-         const std::vector<std::string> &words) {
+void send_request(Connection &connection, TimePoint now, Asked asked,
+                  const std::vector<std::string> &words) {
   std::vector<const char *> texts;
   std::vector<std::size_t> lengths;
   for (const std::string &word : words) {
@@ -185,7 +186,7 @@ void log_in(const Source &source, Connection &connection, TimePoint now) {
   std::vector<std::string> words = {"AUTH"};
   if (!source.user.empty()) words.push_back(source.user);
   words.push_back(source.password);
-  say(connection, now, {Ask::login, ""}, words);
+  send_request(connection, now, {Ask::login, ""}, words);
 }
 
 Asked next_awaited(Connection &connection, TimePoint now) {
@@ -245,7 +246,7 @@ void look_after(Connection &connection, TimePoint now) {
                          seconds_text(connection.limits.answer_time)};
   }
   if (connection.awaited.empty() && quiet >= beat)
-    say(connection, now, {Ask::sign_of_life, ""}, {"PING"});
+    send_request(connection, now, {Ask::sign_of_life, ""}, {"PING"});
 }
 
 TimePoint due(const Connection &connection) {

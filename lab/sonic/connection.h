@@ -1,4 +1,5 @@
-// A connection to a redis-server: requests are sent and answers come in their order, and nothing waits.
+// A connection to a redis-server: requests are sent and answers come in their order, and nothing
+// waits.
 #pragma once
 
 #include <hiredis/hiredis.h>
@@ -59,7 +60,8 @@ Connection connect_to(const Source &source, const std::string &address, const Re
 // The same over a socket that is connected already, which the connection closes.
 Connection adopt_socket(int socket, const std::string &place, const ReadLimits &limits);
 
-void say(Connection &connection, TimePoint now, Asked asked, const std::vector<std::string> &words);
+void send_request(Connection &connection, TimePoint now, Asked asked,
+                  const std::vector<std::string> &words);
 void log_in(const Source &source, Connection &connection, TimePoint now);
 
 // What the answer that has come is the answer to.

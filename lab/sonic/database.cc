@@ -2,13 +2,9 @@
 
 #include <algorithm>
 #include <csignal>
-#include <deque>
-#include <set>
 #include <utility>
 
-#include "sonic/connection.h"
-#include "sonic/reading.h"
-#include "sonic/resolver.h"
+#include "sonic/database_state.h"
 #include "text/text.h"
 #include "text/wait.h"
 
@@ -21,57 +17,13 @@ using namespace std::chrono_literals;
 constexpr auto anew_after = 10s;
 constexpr auto first_pause = 250ms;
 constexpr auto longest_pause = 30s;
-// Keys that the server looks at in one go, and rows that are asked for before the first is answered.
-constexpr const char *keys_at_once = "5000";
-constexpr std::size_t rows_at_once = 512;
 // Where no notifications come, a reading that differs from the last may have met a change in the
 // middle. It is done again, this often at most.
 constexpr int most_repeats = 2;
 // How often changes that come while changes are brought in are brought in, too.
 constexpr int most_rounds = 3;
 
-}  // namespace
-
-struct Database {
-  Source source;
-  Clock::duration interval{};
-  ReadLimits limits;
-  std::array<int, 2> sockets = {-1, -1};  // adopted ones, in place of a source
-  Snapshot snapshot;
-  std::size_t memory = 0;  // of its rows
-
-  std::vector<std::string> addresses;  // that have not been tried yet
-  std::unique_ptr<Resolver> resolver;
-  TimePoint resolving_since;
-  Connection rows;
-  Connection changes;   // without a context: the server lets nobody subscribe
-  bool silent = false;  // the server does not say whether it notifies
-
-  std::optional<Reading> reading;
-  bool read_once = false;
-  int repeats = 0;
-  TimePoint read_next;
-
-  // Rows of which the server has said that they changed, and that are not asked for yet.
-  std::set<std::string> changed;
-  bool has_missed = false;   // there were too many of them: all rows are to be read
-  std::size_t settling = 0;  // answers that are awaited before the next round
-  int rounds = 0;
-  // Until all rows have been read, or those that changed have been brought in.
-  std::optional<TimePoint> deadline;
-
-  bool away = true;  // there are no connections; they are tried again
-  Clock::duration pause{};
-  TimePoint try_next;
-};
-
-namespace {
-
 // --- the connections ---
-
-std::string channel_of(const Database &database, const std::string &row) {
-  return "__keyspace@" + std::to_string(database.source.database) + "__:" + row;
-}
 
 Connection connect(Database &database, std::size_t which, const std::string &address) {
   int &socket = database.sockets[which];
@@ -89,18 +41,18 @@ void open_connections(Database &database, TimePoint now) {
   database.rows = connect(database, 0, address);
   database.changes = connect(database, 1, address);
   log_in(source, database.rows, now);
-  say(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(source.database)});
+  send_request(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(source.database)});
   log_in(source, database.changes, now);
-  // One by one: before a login a server takes no more than a few words at once, and says nothing of a
-  // password then.
+  // One by one: before a login a server takes no more than a few words at once, and says nothing of
+  // a password then.
   for (const std::string &table : tables_read()) {
-    say(database.changes, now, {Ask::subscribe, ""},
-        {"PSUBSCRIBE", channel_of(database, table + "|*")});
+    send_request(database.changes, now, {Ask::subscribe, ""},
+                 {"PSUBSCRIBE", channel_of(database, table + "|*")});
   }
 }
 
-void hear_resolver(Database &database, TimePoint now) {
-  const std::optional<Resolved> resolved = hear(*database.resolver);
+void take_addresses(Database &database, TimePoint now) {
+  const std::optional<Resolved> resolved = poll_resolver(*database.resolver);
   if (resolved) {
     database.resolver.reset();
     if (!resolved->problem.empty()) throw ConnectionLost{resolved->problem};
@@ -136,108 +88,6 @@ void close_connections(Database &database) {
   database.memory = 0;
   database.settling = 0;
   database.rounds = 0;
-}
-
-// --- what is asked, and what is answered ---
-
-void scan(Database &database, const std::string &cursor, TimePoint now) {
-  say(database.rows, now, {Ask::scan, ""}, {"SCAN", cursor, "COUNT", keys_at_once});
-}
-
-void set_deadline(Database &database, TimePoint now) {
-  if (!database.deadline) database.deadline = now + database.limits.reading_time;
-}
-
-void begin_reading(Database &database, TimePoint now) {
-  set_deadline(database, now);
-  database.reading.emplace();
-  if (std::exchange(database.has_missed, false)) {
-    database.changed.clear();
-    database.reading->is_settling = true;
-  }
-  if (!database.silent) {
-    say(database.rows, now, {Ask::config, ""}, {"CONFIG", "GET", "notify-keyspace-events"});
-  }
-  scan(database, "0", now);
-}
-
-void ask_rows(Database &database, TimePoint now) {
-  Reading &reading = *database.reading;
-  while (!reading.to_ask.empty() && reading.asked < rows_at_once) {
-    const std::string &name = *reading.to_ask.front();
-    say(database.rows, now, {Ask::row, name}, {"HGETALL", name});
-    reading.to_ask.pop_front();
-    ++reading.asked;
-  }
-}
-
-void take_config(Database &database, const redisReply &reply) {
-  database.silent = reply.type == REDIS_REPLY_ERROR;
-  database.snapshot.notifications = database.changes.context != nullptr && has_notifications(reply);
-}
-
-void take_keys(Database &database, const redisReply &reply, TimePoint now) {
-  FoundKeys found = read_keys(reply, database.limits);
-  const std::string cursor = found.cursor;
-  add_keys(*database.reading, std::move(found), database.limits);
-  if (!database.reading->scanned) scan(database, cursor, now);
-}
-
-// A row of a reading, or one that has changed; that stands in a reading that goes on, too.
-void take_row(Database &database, const Asked &asked, const redisReply &reply, TimePoint now) {
-  const ReadLimits &limits = database.limits;
-  ReadRow read = read_row(asked.row, reply, limits);
-  if (asked.what == Ask::row) --database.reading->asked;
-  if (database.reading) {
-    Reading &reading = *database.reading;
-    keep_errors(reading.errors, asked.row, read.errors, limits);
-    count_memory(reading.memory, reading.rows, asked.row, read.row, limits);
-    set_row(reading.rows, asked.row, read.row);
-  }
-  if (asked.what == Ask::row) return;
-  keep_errors(database.snapshot.errors, asked.row, std::move(read.errors), limits);
-  count_memory(database.memory, database.snapshot.rows, asked.row, read.row, limits);
-  if (read.row) database.snapshot.errors.erase("");  // no longer empty
-  change_row(database.snapshot, asked.row, std::move(read.row));
-  if (--database.settling == 0 && database.changes.context != nullptr) {
-    // Whatever changed before these rows were read is said before this is answered.
-    say(database.changes, now, {Ask::fence, ""}, {"PING"});
-    database.settling = 1;
-  }
-}
-
-void take_answer(Database &database, const redisReply &reply, TimePoint now) {
-  const Asked asked = next_awaited(database.rows, now);
-  const std::string error(reply.type == REDIS_REPLY_ERROR ? text_of(reply) : "");
-  const bool is_row = asked.what == Ask::row || asked.what == Ask::changed_row;
-  if (!error.empty() && !(is_row && error.starts_with("WRONGTYPE")) &&
-      !(asked.what == Ask::config && !error.starts_with("LOADING"))) {
-    refuse(asked, error, database.limits);
-  }
-  if (asked.what == Ask::config) take_config(database, reply);
-  if (asked.what == Ask::scan) take_keys(database, reply, now);
-  if (is_row) take_row(database, asked, reply, now);
-}
-
-void note_changed(Database &database, std::string row, TimePoint now) {
-  notice_change(database.snapshot, now);
-  database.changed.insert(std::move(row));
-  if (database.changed.size() <= database.limits.changed_rows) return;
-  database.changed.clear();
-  database.has_missed = true;
-}
-
-void take_notice(Database &database, const redisReply &reply, TimePoint now) {
-  auto row = notified_row(reply, channel_of(database, ""), database.limits);
-  if (row) return note_changed(database, std::move(*row), now);
-  const Asked asked = next_awaited(database.changes, now);
-  if (asked.what == Ask::fence) --database.settling;
-  if (reply.type != REDIS_REPLY_ERROR) return;
-  const std::string error(text_of(reply));
-  if (asked.what != Ask::subscribe || !error.starts_with("NOPERM")) {
-    refuse(asked, error, database.limits);
-  }
-  database.changes = Connection{};
 }
 
 // --- a step ---
@@ -289,7 +139,7 @@ bool settle_changes(Database &database, TimePoint now) {
   }
   database.settling = database.changed.size();
   for (const std::string &row : database.changed) {
-    say(database.rows, now, {Ask::changed_row, row}, {"HGETALL", row});
+    send_request(database.rows, now, {Ask::changed_row, row}, {"HGETALL", row});
   }
   database.changed.clear();
   return false;
@@ -309,7 +159,7 @@ void work(Database &database, TimePoint now) {
     if (now < database.try_next) return;
     open(database, now);
   }
-  if (database.resolver != nullptr) hear_resolver(database, now);
+  if (database.resolver != nullptr) take_addresses(database, now);
   if (database.resolver != nullptr) return;
   if (database.rows.context == nullptr) open_connections(database, now);
   move(database.rows, [&](const redisReply &reply) { take_answer(database, reply, now); });

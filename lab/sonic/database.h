@@ -1,9 +1,9 @@
-// A switch's configuration database, read and stayed beside.
+// A switch's configuration database, read and watched.
 //
-// Two connections: on one the server says which rows change, on the other rows are asked for. First
-// comes the subscription, then the first reading, so that no change is missed between the two. What
-// sends no notification of its rows (a flushed or swapped database) is found by reading all of them
-// anew. Nothing is ever written.
+// Two connections: one gets notifications of the rows that change, on the other rows are read.
+// First comes the subscription, then the first reading, so that no change is missed between the
+// two. What sends no notification of its rows (a flushed or swapped database) is found by reading
+// all of them anew. Nothing is ever written.
 #pragma once
 
 #include <poll.h>
@@ -26,13 +26,13 @@ struct CloseDatabase {
 
 using OpenDatabase = std::unique_ptr<Database, CloseDatabase>;
 
-// `interval`: between two readings where the server sends no notifications. The process ignores SIGPIPE
-// from then on.
+// `interval`: between two readings where the server sends no notifications. The process ignores
+// SIGPIPE from then on.
 OpenDatabase open_database(const Source &source, Clock::duration interval, TimePoint now,
                            const ReadLimits &limits);
 
-// The same over sockets that are connected already, for rows and for changes; for tests. When it loses
-// them it has no source to try again.
+// The same over sockets that are connected already, for rows and for changes; for tests. When it
+// loses them it has no source to try again.
 OpenDatabase adopt_database(const std::array<int, 2> &sockets, Clock::duration interval,
                             TimePoint now);
 
@@ -43,8 +43,8 @@ void step(Database &database, TimePoint now);
 TimePoint due(const Database &database);
 void add_sockets(const Database &database, std::vector<pollfd> &sockets);
 
-// Bring in the rows of which the server has said that they changed. Call it after every step, until it
-// is true: what is snapshot is then what the server snapshot at one time. A lost source is always settled.
+// Read the rows of which notifications have come. Call it after every step, until it returns true:
+// the snapshot is then what the server had at one time. A lost source is always settled.
 bool settle(Database &database, TimePoint now);
 
 }  // namespace lab

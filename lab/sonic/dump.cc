@@ -163,7 +163,7 @@ struct DumpParser : DumpReader {
       not_json(json.size(), "found the end of the text inside the JSON: the dump is cut off");
       return false;
     }
-    // "[...] parse error at line 1, column 6: syntax error while ... - invalid literal; last read: ..."
+    // "[...] parse error at line 1, column 6: syntax error ... - invalid literal; last read: ..."
     const std::string_view whole = problem.what();
     const std::size_t dash = whole.find(" - ");
     const std::string_view text =

@@ -59,8 +59,8 @@ Changes mode_changes(const Half &half, const Field &field) {
   return changes;
 }
 
-// The twin VLANs on which spanning tree runs on one side only: all of them, and those on which it is
-// this side.
+// The twin VLANs on which spanning tree runs on one side only: all of them, and those on which it
+// is this side.
 std::pair<Vlans, Vlans> differing_vlans(const Settings &own, const Settings &other) {
   const Vlans ours = vlans_of_record(value_in(own, STP_MCEC_TYPE1_STP_ENDIS));
   const Vlans theirs = vlans_of_record(value_in(other, STP_MCEC_TYPE1_STP_ENDIS));

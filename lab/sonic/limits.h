@@ -9,8 +9,8 @@
 
 namespace lab {
 
-// docs/reliability.md lists these. Together they keep a process below 200 MB whatever its two servers
-// send.
+// docs/reliability.md lists these. Together they keep a process below 200 MB whatever its two
+// servers send.
 struct ReadLimits {
   std::chrono::milliseconds answer_time{5000};    // until an answer is complete
   std::chrono::milliseconds reading_time{10000};  // until all rows have been read

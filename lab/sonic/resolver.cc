@@ -48,16 +48,16 @@ std::unique_ptr<Resolver> start_resolver(const std::string &host) {
   return resolver;
 }
 
-std::optional<Resolved> hear(Resolver &resolver) {
+std::optional<Resolved> poll_resolver(Resolver &resolver) {
   if (!read_output(resolver.process)) return std::nullopt;
   Resolved resolved;
-  std::string_view said = resolver.process.text;
-  if (said.starts_with(problem_mark)) {
-    resolved.problem = "the host is not known: " + printable(said.substr(1));
+  std::string_view output = resolver.process.text;
+  if (output.starts_with(problem_mark)) {
+    resolved.problem = "the host is not known: " + printable(output.substr(1));
     return resolved;
   }
-  if (said.ends_with('\n')) said.remove_suffix(1);
-  for (const std::string_view line : split(said, '\n')) {
+  if (output.ends_with('\n')) output.remove_suffix(1);
+  for (const std::string_view line : split(output, '\n')) {
     if (!line.empty()) resolved.addresses.emplace_back(line);
   }
   if (resolved.addresses.empty()) resolved.problem = "the host has no address";

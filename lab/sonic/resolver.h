@@ -26,6 +26,6 @@ bool is_address(const std::string &host);
 std::unique_ptr<Resolver> start_resolver(const std::string &host);
 
 // Nothing: it is not known yet.
-std::optional<Resolved> hear(Resolver &resolver);
+std::optional<Resolved> poll_resolver(Resolver &resolver);
 
 }  // namespace lab

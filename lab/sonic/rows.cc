@@ -13,7 +13,7 @@
 namespace lab {
 namespace {
 
-// A channel's id is its number, unless that leaves no room in the index of its port.
+// A channel's id is its number, unless that is too large for the index of its port.
 constexpr uint32_t last_id = 0x00FFFFFF;
 
 // What a port is set to.

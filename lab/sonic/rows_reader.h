@@ -11,8 +11,8 @@
 
 namespace lab {
 
-// Every row is read, whatever the others say, so that all errors are reported at once. `of_table` and
-// `key` name the row in an error.
+// Every row is read, whatever the others say, so that all errors are reported at once. `of_table`
+// and `key` name the row in an error.
 struct RowsReader {
   const Rows &rows;
   InputErrors errors;

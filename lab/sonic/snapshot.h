@@ -1,4 +1,4 @@
-// What a source that the lab stays beside holds now, and what changed in it.
+// The contents of a watched source now, and what changed in it.
 #pragma once
 
 #include <map>
@@ -14,18 +14,18 @@ namespace lab {
 enum class SourceState {
   opening,  // it is asked for the first time
   here,
-  lost,  // nothing is known of what it holds
+  lost,  // its contents are not known
 };
 
 struct Snapshot {
   SourceState state = SourceState::opening;
   std::string reason;          // of a loss
-  bool refused = false;        // it is lost because it does not let the lab in
-  bool notifications = false;  // it says itself what changes
+  bool refused = false;        // it is lost because it refuses access
+  bool notifications = false;  // it notifies of changes
   TimePoint checked;           // when all of it was last read
 
   Rows rows;
-  std::optional<Settings> settings;           // of a source that says them without rows
+  std::optional<Settings> settings;           // of a source without rows
   std::map<std::string, InputErrors> errors;  // of reading, by row; "": the whole source
 
   // Rows that changed, "TABLE|key", as they were when this was last emptied; "": the whole source.
@@ -50,7 +50,7 @@ void notice_change(Snapshot &snapshot, TimePoint now);
 // A row has become another one.
 void change_row(Snapshot &snapshot, const std::string &name, std::optional<Row> row);
 
-// Forget what the source snapshot.
+// Forget the contents of the source.
 void lose(Snapshot &snapshot, std::string reason, bool refused);
 
 }  // namespace lab

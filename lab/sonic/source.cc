@@ -46,7 +46,7 @@ std::string decoded(std::string_view text, ParsedSource &parsed) {
   return out;
 }
 
-// What is found is not told: it may be the end of a password.
+// The text is not printed: it may be the end of a password.
 uint32_t number(std::string_view text, const std::string &what, uint32_t least, uint32_t most,
                 ParsedSource &parsed) {
   const bool decimal = text.find_first_not_of("0123456789") == text.npos;

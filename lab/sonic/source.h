@@ -23,7 +23,7 @@ struct Source {
 
 struct ParsedSource {
   Source source;
-  InputErrors errors;  // with some, only `shown` is of use
+  InputErrors errors;  // with some, only `shown` is set
 };
 
 /*

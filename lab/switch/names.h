@@ -44,8 +44,8 @@ const std::vector<Parameter> &parameters();
 const Parameter *find_parameter(std::string_view key);
 const Parameter *find_parameter(uint32_t type);
 
-// Does the library compare a parameter? `mode`: the cached one (STP_MCEC_STP_MODE_*), nothing without
-// one; `on_pod`: on a pod port; `has_twins`: twin VLANs are given.
+// Does the library compare a parameter? `mode`: the cached one (STP_MCEC_STP_MODE_*), nothing
+// without one; `on_pod`: on a pod port; `has_twins`: twin VLANs are given.
 bool is_compared(const Parameter &parameter, std::optional<uint32_t> mode, bool on_pod,
                  bool has_twins);
 
@@ -66,7 +66,7 @@ std::string result_name(uint32_t code);
 // The code of a name, with or without "STP_MCEC_ERR_", in any case, or of a number.
 std::optional<uint32_t> find_result(std::string_view name);
 
-// The parameter of whose mismatch a code tells, nullptr when it tells something else.
+// The parameter whose mismatch a code reports, nullptr when it reports something else.
 const Parameter *parameter_of_mismatch(uint32_t code);
 
 std::vector<std::string> parameter_keys();

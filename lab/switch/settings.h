@@ -1,5 +1,5 @@
-// What a switch is set to: one record, wherever it comes from (a scenario, a state file, a dump or a
-// database), and all that the lab needs to bring a switch up and to compare a pair.
+// What a switch is set to: one record, wherever it comes from (a scenario, a state file, a dump or
+// a database), and all that the lab needs to bring a switch up and to compare a pair.
 #pragma once
 
 #include <array>

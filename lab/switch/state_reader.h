@@ -15,8 +15,8 @@
 
 namespace lab {
 
-// The parameters of a mapping, {stp-mode: mst, ...}; `global`: those of the switch only, or those of
-// an interface only.
+// The parameters of a mapping, {stp-mode: mst, ...}; `global`: those of the switch only, or those
+// of an interface only.
 std::vector<Entry> read_parameters(Reader &reader, const YAML::Node &node, const std::string &what,
                                    std::optional<bool> global = std::nullopt);
 

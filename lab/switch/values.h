@@ -1,5 +1,5 @@
 // The values of parameters: the kinds that there are, each read from YAML, written for a person,
-// compared as text, told apart and offered as help in one place. Texts come from the library.
+// compared as text, distinguished and offered as help in one place. Texts come from the library.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,8 @@ std::string title(const Parameter &parameter);
 // What a scenario says for a parameter; {bytes: ...} gives any parameter any bytes.
 Bytes read_value(Reader &reader, const Parameter &parameter, const YAML::Node &node);
 
-// What the library displays for a value, except that a VLAN list is whole and a VLAN map is told.
+// What the library displays for a value, except that a VLAN list is whole and a VLAN map is
+// described.
 std::string display(uint32_t type, const Bytes &value);
 
 // How a scenario or a state file writes a value, in YAML, so that reading it gives the same bytes:

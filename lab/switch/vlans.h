@@ -55,7 +55,7 @@ void set_instance(Bytes &map, uint32_t vlan, uint32_t instance);
 // The VLANs of every instance but 0.
 std::map<uint32_t, Vlans> instances_of(const Bytes &map);
 
-// "1: 10-20; 2: 30". VLANs in instance 0 are not told.
+// "1: 10-20; 2: 30". VLANs in instance 0 are left out.
 std::string vlan_map_text(const Bytes &map);
 
 }  // namespace lab

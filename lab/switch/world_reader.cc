@@ -100,7 +100,7 @@ void check_ports_of_group(Reader &reader, const YAML::Node &node, PortGroup &gro
     reader.add_error(node["index"], "found 'index' with 'ports'", "'port', a name");
   }
   if (node["channel"] && node["member"]) {
-    reader.add_error(node["member"], "found 'member' besides 'channel'", "one of them");
+    reader.add_error(node["member"], "found 'member' together with 'channel'", "one of them");
   }
 }
 

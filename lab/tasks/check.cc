@@ -74,8 +74,8 @@ std::vector<ScopeReport> check_scopes(const Asker &ask, const std::vector<PairSc
       requests[side] = Request{false, std::move(check)};
     }
     const Replies replies = ask(requests);
-    const auto &left = std::get<Checked>(replies[0]->said).views;
-    const auto &right = std::get<Checked>(replies[1]->said).views;
+    const auto &left = std::get<Checked>(replies[0]->answer).views;
+    const auto &right = std::get<Checked>(replies[1]->answer).views;
     for (std::size_t i = at; i < end; ++i) {
       checks.push_back(report_scope(scopes[i], {&left.at(i - at), &right.at(i - at)}));
     }

@@ -37,8 +37,8 @@ struct Patches {
   std::vector<std::pair<const ScopeReport *, const ParameterReport *>> unfixed;
 };
 
-// The patches that bring a pair into agreement where one side changes, or both: what one side can do
-// alone is then left to the right one. The sides that change have rows.
+// The patches that bring a pair into agreement where one side changes, or both: what one side can
+// do alone is then left to the right one. The sides that change have rows.
 Patches collect_patches(const Sides &sides, const PairReport &report,
                         const std::array<bool, 2> &changes);
 

@@ -36,8 +36,8 @@ using SnapshotPair = std::array<Snapshot *, 2>;
 // A pair of which nothing has been reported.
 PairState make_pair_state(const std::array<std::string, 2> &sources, const CompareOptions &options);
 
-// What has become known since the last call. Call it with settled sources, whose memory of changes it
-// clears. Throws SwitchFailed and Interrupted.
+// What has become known since the last call. Call it with settled sources, whose memory of changes
+// it clears. Throws SwitchFailed and Interrupted.
 std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshots);
 
 // The sources that have become disconnected.

@@ -17,9 +17,9 @@ struct PairEntry {
   std::string name_space;  // of dumps of several ASICs
 };
 
-// Compare all pairs; the listener gets the results in the order in which they are found. A comparison
-// that does not end in three times the time of a reading is given up. Throws Interrupted, and
-// std::system_error where no process can be made.
+// Compare all pairs; the listener gets the results in the order in which they are found. A
+// comparison that does not end in three times the time of a reading is given up. Throws
+// Interrupted, and std::system_error where no process can be made.
 void compare_all(const std::vector<PairEntry> &pairs, const CompareOptions &options,
                  const ReadLimits &limits, const std::function<void(const PairResult &)> &listener);
 

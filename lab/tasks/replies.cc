@@ -90,7 +90,7 @@ void add_reply(const Request &request, const Reply &reply, const Settings &setti
                SwitchReport &report) {
   const ReplyContext context{request, settings};
   report.is_command = report.is_command || std::holds_alternative<Command>(request.asked);
-  std::visit([&](const auto &said) { add_answer(said, context, report); }, reply.said);
+  std::visit([&](const auto &answer) { add_answer(answer, context, report); }, reply.answer);
   report.log.insert(report.log.end(), reply.log.begin(), reply.log.end());
 }
 

@@ -125,7 +125,7 @@ void run_requests(Runner &runner, const Step &step,
       if (!switches[i]) switches[i].emplace();
       add_reply(*requests[i], *replies[i], runner.now[i], *switches[i]);
       if (!step.saved_as.empty()) {
-        runner.saved[i][step.saved_as] = std::get<Exported>(replies[i]->said).array;
+        runner.saved[i][step.saved_as] = std::get<Exported>(replies[i]->answer).array;
       }
     }
     count_work(runner, 1);
@@ -199,8 +199,8 @@ RunReport run_until(const Scenario &scenario, const RunOptions &options, std::si
 
 // --- what if ---
 
-// What a step would do on one switch: on another pair that has run as far, so that a failure that was
-// injected occurs there as it would here.
+// What a step would do on one switch: on another pair that has run as far, so that a failure that
+// was injected occurs there as it would here.
 WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t side,
                     const RunOptions &options, const std::vector<ScopeReport> &now) {
   Step step = scenario.steps[position];

@@ -14,12 +14,12 @@ struct RunOptions {
   std::function<void(std::size_t done, std::size_t all)> on_work;  // after each piece of work
 };
 
-// Run a whole scenario. When a switch fails or the run is interrupted, the report has a failure, and
-// the steps before it have been handed to on_step.
+// Run a whole scenario. When a switch fails or the run is interrupted, the report has a failure,
+// and the steps before it have been handed to on_step.
 RunReport run(const Scenario &scenario, const RunOptions &options);
 
-// Run the steps before `position` (from 0), then find out what that step would change; in what_if of
-// the report unless there is a failure.
+// Run the steps before `position` (from 0), then find out what that step would change; in what_if
+// of the report unless there is a failure.
 RunReport what_if(const Scenario &scenario, std::size_t position, const RunOptions &options);
 
 }  // namespace lab

@@ -28,19 +28,19 @@ ReadText read_text(const std::string &bytes, Format format, const std::string &n
 
 struct ReadSide {
   Side side;
-  InputErrors errors;  // with some, the settings are of no use
+  InputErrors errors;  // with some, the settings are not usable
 };
 
-// A source as it was given, and whose password the environment has for it: that of the left (0), the
-// right (1) or neither.
+// A source as it was given, and whose password the environment has for it: that of the left (0),
+// the right (1) or neither.
 struct GivenSource {
   std::string text;
   std::optional<std::size_t> password_of;
   std::string name_space;  // of a dump of several ASICs; empty: the only one
 };
 
-// The switches that sources say: state files or dumps ("-" is standard input), or databases, which are
-// read at the same time. Throws Interrupted.
+// The switches that sources say: state files or dumps ("-" is standard input), or databases, which
+// are read at the same time. Throws Interrupted.
 std::vector<ReadSide> read_sides(const std::vector<GivenSource> &sources, Format format,
                                  const ReadLimits &limits);
 

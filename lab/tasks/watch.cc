@@ -107,7 +107,7 @@ void leave(Watch &watch) {
   update_metrics(watch);
 }
 
-// What is told, and what follows from it for the watch.
+// What is reported, and what follows from it for the watch.
 void hear(Watch &watch, const std::vector<Event> &events, bool is_wrong) {
   // A verdict holds as long as everything that is read says the same.
   std::array<TimePoint, 2> checked{};

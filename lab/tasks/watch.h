@@ -21,20 +21,21 @@ struct WatchOptions {
   Clock::duration interval = std::chrono::seconds(1);  // of looking where nothing is notified
   bool once_agreed = false;
   std::optional<Clock::duration> timeout;
-  // Called with what is known of the pair when that changes or is confirmed. What is wrong, "" when it
-  // was written.
+  // Called with what is known of the pair when that changes or is confirmed. What is wrong, "" when
+  // it was written.
   std::function<std::string(const PairStatus &)> write_metrics;
   TextReader reader;  // of files
 };
 
-// Is given each event; `is_wrong`: because of it the watch ends with 2. false: nobody listens any more.
+// Is given each event; `is_wrong`: because of it the watch ends with 2. Returns false when there is
+// no reader any more.
 using Listener = std::function<bool(const Event &event, bool is_wrong)>;
 
 /*
- * Watches until a signal comes, nobody listens, or the options say so. The exit status: 0; 1 where
- * agreement was waited for and has not come, or the time is up; 2 where a source says something wrong
- * at the start, or lets nobody in. Throws SwitchFailed, and std::runtime_error for the file of metrics
- * at the start.
+ * Watches until a signal comes, the listener returns false, or the options say so. The exit status:
+ * 0; 1 where agreement was waited for and has not come, or the time is up; 2 where a source has an
+ * error at the start, or refuses access. Throws SwitchFailed, and std::runtime_error for the file
+ * of metrics at the start.
  */
 int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
           const Listener &listener);

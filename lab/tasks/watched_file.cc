@@ -53,7 +53,7 @@ void take(WatchedFile &file, ReadText read, TimePoint now) {
   bool differs = errors != read.errors;
   errors = std::move(read.errors);
   if (!errors.empty() && (!read.rows || read.rows->empty())) {
-    // What it said is kept: what it says when it is mended is snapshot against that.
+    // Its last contents are kept: what it has when it is readable again is compared with them.
   } else if (!read.rows) {
     differs = differs || snapshot.settings != read.settings;
     if (differs) snapshot.before.try_emplace("");

@@ -9,7 +9,7 @@
 namespace lab {
 namespace {
 
-// Of more names than these, only the nearest is told.
+// Of more names than these, only the nearest is printed.
 constexpr std::size_t names_told = 9;
 
 // How many letters must be changed, added, left out or swapped with the next.

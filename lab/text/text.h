@@ -49,7 +49,7 @@ std::string listed(const std::vector<std::string> &names, const char *before_las
 std::string one_of(const std::vector<std::string> &names);
 
 // The same, where `given` was found instead: what is most like it comes first, and of many names
-// only that one is told, and how many others there are.
+// only that one is printed, and how many others there are.
 std::string one_of(const std::vector<std::string> &names, std::string_view given);
 
 // In the order that people expect of names with numbers: PortChannel2 before PortChannel10.

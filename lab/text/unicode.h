@@ -37,8 +37,8 @@ std::string escaped_bytes(std::string_view bytes);
 std::string printable(std::string_view text);
 std::string printable_lines(std::string_view text);  // line feeds stay
 
-// The same text where all of it can be seen; else in quotation marks, with what cannot be seen escaped:
-// blanks at the ends, other white space, and characters without a shape.
+// The same text where all of it can be seen; else in quotation marks, with what cannot be seen
+// escaped: blanks at the ends, other white space, and characters without a shape.
 std::string visible(std::string_view text);
 
 }  // namespace lab

@@ -1,5 +1,5 @@
 // Reading YAML for people: whatever is not as it must be becomes an error with its place, and
-// reading goes on, so that all errors of a file are told at once.
+// reading goes on, so that all errors of a file are reported at once.
 #pragma once
 
 #include <yaml-cpp/yaml.h>

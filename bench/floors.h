@@ -1,0 +1,35 @@
+// What the library's calls are compared with: the same calls of the platform, the same lines by
+// vsnprintf, the same bytes read and written, and nothing else. And the parameters that both get.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <vector>
+
+#include "draimiofaf/types.h"
+#include "mcecm.h"
+#include "mts.h"
+
+namespace bench {
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr uint32_t parameter_count = 9;
+
+Bytes vlans(std::initializer_list<unsigned> set);
+
+// An array of the first parameters of a switch.
+Bytes array_of(uint32_t count);
+
+// Cache the first parameters of a switch in a mode, and nothing else.
+void cache(uint32_t count, uint32_t mode);
+
+uint32_t check_floor(const void *local, const void *remote, uint32_t mode);
+uint32_t export_floor(void **out);
+uint32_t report_floor(const void *array, void **out);
+uint32_t command_floor(mts_msg_t *msg, uint8_t **array, uint32_t *count, uint32_t *is_cmd,
+                       mcecm_app_cmd_extract_info_t **records);
+uint32_t twins_floor(const uint8_t *local, const uint8_t *remote, const uint8_t *twins,
+                     bmp4096_t *pass, bmp4096_t *fail);
+
+}  // namespace bench

@@ -1,0 +1,76 @@
+// Files of accepted differences: what they accept in a report, or what is wrong with them.
+
+#include "report/acceptance.h"
+#include "texts.h"
+
+namespace {
+
+constexpr const char *today = "2026-06-15";
+
+// Every parameter differs, a channel is missing, and there is a note of each kind.
+lab::PairReport make_report() {
+  lab::PairReport report;
+  report.name = "east";
+  lab::ScopeReport &scope = report.checks.emplace_back();
+  scope.codes = {0x40DD003B, 0x40DD003B};
+  for (uint16_t type = 1; type <= 12; ++type) {
+    lab::ParameterReport &parameter = scope.parameters.emplace_back();
+    parameter.type = type;
+    parameter.values[0] = lab::Bytes{0, 0, 0, 4};
+    parameter.states = {lab::State::missing_at_peer, lab::State::only_at_peer};
+  }
+  lab::ScopeReport &missing = report.checks.emplace_back();
+  missing.scope.kind = lab::PairScope::Kind::of_channel;
+  missing.scope.name = "PortChannel10";
+  missing.scope.ends[1].present = false;
+  for (const lab::NoteRule &rule : lab::note_rules()) {
+    report.notes.emplace_back().note.kind = rule.kind;
+  }
+  report.incomplete = {{lab::Incomplete::no_channels, {}}, {lab::Incomplete::no_twin_vlans, {}}};
+  return report;
+}
+
+std::size_t count_accepted(const lab::PairReport &report) {
+  const auto is_accepted = [](const auto &row) { return row.accepted.has_value(); };
+  std::size_t count = 0;
+  for (const lab::ScopeReport &scope : report.checks) {
+    count += is_accepted(scope);
+    count += std::size_t(std::ranges::count_if(scope.parameters, is_accepted));
+  }
+  return count + std::size_t(std::ranges::count_if(report.incomplete, is_accepted)) +
+         std::size_t(std::ranges::count_if(report.notes, is_accepted));
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+  const std::string text(text_of(data, size));
+  const lab::ReadAcceptList read = lab::read_accept_list(text);
+  check_errors(read.errors, text);
+  for (const lab::InputError &error : read.errors) must(error.line > 0, "an error has a line");
+  if (!read.errors.empty()) return 0;
+
+  std::size_t can_accept = 0;
+  for (const lab::AcceptEntry &entry : read.entries) {
+    must(entry.line > 0 && !entry.acceptance.reason.empty(), "an entry has a line and a reason");
+    must((entry.kind == lab::AcceptEntry::Kind::parameter) == (entry.type != 0),
+         "an entry about a parameter names it");
+    can_accept += entry.acceptance.until.empty() || entry.acceptance.until >= today;
+  }
+  lab::PairReport report = make_report();
+  const std::size_t notes = report.notes.size();
+  const std::vector<bool> matched = lab::accept_differences(read.entries, today, report);
+  must(matched.size() == read.entries.size(), "each entry matches or does not");
+  must(can_accept > 0 || count_accepted(report) == 0, "an expired entry accepts nothing");
+  must(report.notes.size() <= notes + matched.size(), "an entry has at most one problem");
+  const lab::ReadAcceptList again = lab::read_accept_list(lab::format_accept_list(report));
+  must(again.errors.empty(), "a file that is written can be read");
+  lab::accept_differences(again.entries, today, report);
+  for (const lab::ScopeReport &scope : report.checks) {
+    must(scope.accepted || !lab::missing_side(scope), "the written file accepts a missing channel");
+    for (const lab::ParameterReport &parameter : scope.parameters) {
+      must(scope.accepted || parameter.accepted, "the written file accepts every difference");
+    }
+  }
+  return 0;
+}

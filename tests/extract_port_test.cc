@@ -1,0 +1,226 @@
+// Extraction of what belongs to ports: interface commands and update messages.
+
+#include "extract.h"
+
+#include "mts.h"
+#include "syserr.h"
+
+namespace {
+
+using namespace test;
+
+TEST_F(Extract, InterfaceValuesComeFromFormAndAttributes) {
+  const auto attribute = [](uint32_t id, uint32_t value) {
+    return Attribute{id, host_words({value})};
+  };
+  const struct {
+    uint32_t id;
+    bool positive;
+    std::vector<Attribute> attributes;
+    int type;
+    int value;  // -1: refused
+    const char *line = "";
+  } rows[] = {
+      {13, true, {}, 10, 1},
+      {13, false, {attribute(0x2020036, 9)}, 10, 0},
+      {13, true, {attribute(0x2020036, 2)}, 10, 2},
+      {13, true, {attribute(0x202003C, 5)}, 10, 1},
+      {13, true, {attribute(0x202003F, 4)}, 10, 1},
+      {13, true, {attribute(0x2020036, 3), attribute(0x202003C, 4)}, 10, 4},
+      {13,
+       true,
+       {attribute(0x2020036, 3), attribute(0x2020036, 1)},
+       10,
+       -1,
+       "Portfast mode unknown!!"},
+      {13, true, {cut(attribute(0x2020036, 1), 3)}, 10, 1},
+      {47, true, {attribute(0x2020048, 3)}, 10, 3},
+      {47, true, {attribute(0x202003F, 6)}, 10, -1, "Portfast mode unknown!!"},
+      {47, true, {}, 10, 1},
+      {48, true, {attribute(0x2020036, 9)}, 10, 3},
+      {48, true, {attribute(0, 9)}, 10, 3},
+      {48, false, {}, 10, 0},
+      {17, true, {}, 11, 0},
+      {17, true, {attribute(0x2020065, 1)}, 11, 1},
+      {17, true, {attribute(0x2020068, 3)}, 11, 3},
+      {17, true, {attribute(0x2020068, 4)}, 11, -1, "guard type unknown!!"},
+      {17, true, {attribute(0x2020065, 0)}, 11, -1, "guard type unknown!!"},
+      {50, true, {}, 12, 1},
+      {50, true, {{0x202008B, {}}}, 12, 2},
+      {50, true, {attribute(0x2020091, 77)}, 12, 2},
+      {50, false, {attribute(0x202008B, 0)}, 12, 0},
+  };
+  for (const auto &row : rows) {
+    std::vector<Attribute> attributes = row.attributes;
+    attributes.insert(attributes.begin(), ports({0x1000, 0x1001}));
+    stp_mcec_type1_cfg_delete_cache_node(uint16_t(row.type), 0x1001);
+    const std::string outcome = command(row.id, row.positive, attributes);
+    const std::string type = std::to_string(row.type);
+    const std::string value = "0000000" + std::to_string(row.value);
+    EXPECT_EQ(outcome, row.value < 0
+                           ? "40dd0003 | internal error: Failed to get param val\n | count 0 | |"
+                           : "0 | ok | cmd 1 count 1 | type 19 " + type + ",1,0,4097 | type 12 " +
+                                 type + ":" + value)
+        << row.id;
+    EXPECT_EQ(cached(0x1001, uint16_t(row.type)), row.value < 0 ? "-" : value);
+    const Lines lines = log();
+    if (row.value < 0) {
+      EXPECT_EQ(lines.back(), std::string("stp_mcec_extract_if_param_val(): ") + row.line);
+    }
+  }
+}
+
+TEST_F(Extract, EveryMemberPortIsARecord) {
+  const std::string op = "stp_mcec_extract_if_params: ";
+  standin_set_void_member(0x1002, 12);
+  cache(0x1001, 11, {9});
+  EXPECT_EQ(command(17, true,
+                    {ports({0x1003, 0x1003, 0x1002, 0x1000, 0x1000, 0x1002}),
+                     {STP_MCEC_ATTR_IF_GUARD, host_words({2})}}),
+            "0 | ok | cmd 1 count 2 | type 19 11,1,0,4099 11,1,0,4097 | type 12 11:00000002");
+  EXPECT_EQ(cached(0x1003, 11), "00000002");
+  EXPECT_EQ(cached(0x1001, 11), "00");
+  EXPECT_EQ(cached(0x1002, 11), "-");
+  const Lines lines = log();
+  EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
+            (Lines{op + "extract interface params",
+                   "stp_mcec_extract_if_param_val: extract interface params",
+                   op + "param_val=2, param_type=11", op + "total_if_count=2",
+                   op + "port 0x1003 is MCEC (ID 13)", op + "created avl node",
+                   op + "port 0x1001 is MCEC (ID 11)", op + "found avl node"}));
+  for (const auto &none : {ports({}), ports({0x1000, 0x1000}), ports({0x1003, 0x1001})}) {
+    EXPECT_EQ(command(17, true, {none}), "0 | ok | count 0 | |");
+    EXPECT_EQ(log().back(), op + "total_if_count=0");
+  }
+}
+
+TEST_F(Extract, PodPortsOnInternalChannelsAreNotChecked) {
+  standin_set_pod_port(0x1001, 1);
+  const auto both = ports({0x1001, 0x1001, 0x1003, 0x1003});
+  EXPECT_EQ(command(48, true, {both}).substr(0, 23), "0 | ok | cmd 1 count 2 ");
+  empty_cache();
+  log();
+  standin_set_internal(11, 1);
+  EXPECT_EQ(command(48, true, {both}), "0 | ok | count 0 | |");
+  EXPECT_EQ(log().back(), "No Type-1 checks for HIF ports\\");
+  EXPECT_EQ(cached(0x1003, 10), "-");
+  // Only the first port is asked about; one that is no member is on no channel.
+  standin_set_pod_port(0x1000, 1);
+  EXPECT_EQ(command(48, true, {ports({0x1000, 0x1001})}).substr(0, 23), "0 | ok | cmd 1 count 1 ");
+  EXPECT_EQ(command(48, true, {ports({0x1003, 0x1003, 0x1001, 0x1001})}).substr(0, 23),
+            "0 | ok | cmd 1 count 2 ");
+}
+
+TEST_F(Extract, MembershipMayChangeBetweenThePasses) {
+  ON_STANDIN_ONLY();
+  const auto all = ports({0x1000, 0x1003});
+  // Four questions to count, four to fill: which of them find no member?
+  const struct {
+    uint32_t first, times;
+    const char *outcome;
+  } rows[] = {
+      {6, 1, "0 | ok | cmd 1 count 2 | type 19 10,1,0,4099 0,0,0,0 | type 12 10:00000003"},
+      {5, 4, "41b70016 | | cmd 1 count 2 | type 19 0,0,0,0 0,0,0,0 | null"},
+      {2, 1, "0 | ok | cmd 1 count 1 | type 19 10,1,0,4097 | type 12 10:00000003"},
+  };
+  for (const auto &row : rows) {
+    empty_cache();
+    standin_fail(STANDIN_MEMBERSHIP, row.first, row.times);
+    EXPECT_EQ(command(48, true, {all}), row.outcome);
+    log();
+  }
+  // A member beyond the counted ones ends the pass: it is not cached, and no port behind it asked.
+  EXPECT_EQ(cached(0x1001, 10), "00000003");
+  EXPECT_EQ(cached(0x1003, 10), "-");
+  const uint32_t before = standin_calls(STANDIN_MEMBERSHIP);
+  standin_fail(STANDIN_MEMBERSHIP, 2, 1);
+  command(48, true, {ports({0x1000, 0x1003, 0x1000, 0x1000})});
+  EXPECT_EQ(standin_calls(STANDIN_MEMBERSHIP) - before, 5U + 4U);
+}
+
+TEST_F(Extract, FiveThousandPortsAreOneEntry) {
+  standin_add_ports(0x10000, 0x10000 + 4999, 26, 2);
+  for (uint32_t port = 0x10000; port < 0x10000 + 5000; ++port) standin_set_member(port, 9);
+  const std::string outcome = command(48, true, {ports({0x10000, 0x10000 + 4999})});
+  EXPECT_TRUE(
+      outcome.starts_with("0 | ok | cmd 1 count 5000 | type 19 10,1,0,65536 10,1,0,65537 "));
+  EXPECT_TRUE(outcome.ends_with(" 10,1,0,70535 | type 12 10:00000003"));
+  for (uint32_t port = 0x10000; port < 0x10000 + 5000; ++port) {
+    stp_mcec_type1_cfg_delete_cache_node(10, port);
+  }
+}
+
+// --- update messages ---
+
+const std::string update_op = "stp_mcec_param_extractor_from_stp_type1_upd: ";
+
+TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
+  cache(7, 11, {9, 9, 9, 9, 9, 9});
+  EXPECT_EQ(update(3, 7, {{10, word(0)}, {11, word(2)}, {13, {}}}),
+            "0 | | cmd 0 count 3 | type 20 10,1,3,7 11,1,3,7 13,1,3,7 | "
+            "type 13 10:00000000 11:00000002 13:");
+  EXPECT_EQ(cached(7, 10), "00000000");
+  EXPECT_EQ(cached(7, 11), "000000020000");
+  EXPECT_EQ(log(), (Lines{entry_op + "type-1 param extractor",
+                          entry_op + "type-1 (" + mts_opc_name_get(STP_MCEC_MTS_OPC_TYPE1_UPD) +
+                              ") param extractor",
+                          update_op + "updating type=10, len=4 (is_default=1)",
+                          update_op + "updating type=11, len=4 (is_default=0)",
+                          update_op + "updating type=13, len=0 (is_default=0)"}));
+  // A value that is shorter than what its default test reads is not the default.
+  EXPECT_EQ(
+      update(1, 0,
+             {{6, {0}}, {4, {0, 0, 0}}, {3, {}}, {3, Bytes(1)}, {2, Bytes(515)}, {5, Bytes(8192)}})
+          .substr(0, 26),
+      "0 | | cmd 0 count 6 | type");
+  const Lines lines = log();
+  EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
+            (Lines{update_op + "updating type=6, len=1 (is_default=0)",
+                   update_op + "updating type=4, len=3 (is_default=0)",
+                   update_op + "updating type=3, len=0 (is_default=0)",
+                   update_op + "updating type=3, len=1 (is_default=1)",
+                   update_op + "updating type=2, len=515 (is_default=0)",
+                   update_op + "updating type=5, len=8192 (is_default=1)"}));
+}
+
+TEST_F(Extract, UpdatesWithoutParametersAreRefused) {
+  const struct {
+    Bytes payload;
+    Lines lines;
+  } rows[] = {
+      {update_payload(1, 0, 0, array({{1, word(5)}})), {update_op + "Invalid param len=0"}},
+      {update_payload(1, 0, 4, array({})), {}},
+  };
+  for (const auto &row : rows) {
+    const Message message(
+        standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, row.payload.data(), row.payload.size()));
+    EXPECT_EQ(extract(message.msg), "40dd0003 | | | |");
+    const Lines lines = log();
+    EXPECT_EQ(Lines(lines.begin() + 2, lines.end()), row.lines);
+  }
+  const Message bare(standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, nullptr, 0));
+  EXPECT_EQ(extract(bare.msg), "40dd0003 | | | |");
+  EXPECT_EQ(log().back(), update_op + "null payload");
+}
+
+TEST_F(Extract, UpdateEndsWhereItsHeaderSays) {
+  const Bytes made = array({{6, word(1)}, {7, word(2)}});
+  const uint32_t one = 4 + tlv_aligned_data_size_get(4);
+  for (auto length = uint32_t(made.size() - 1); length >= 4; --length) {
+    const Bytes payload = update_payload(1, 0, length, made);
+    const Message message(
+        standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, payload.data(), payload.size()));
+    const bool first_lies_within = length >= one;
+    EXPECT_EQ(extract(message.msg), first_lies_within
+                                        ? "40dd0003 | | cmd 0 count 2 | type 20 6,1,1,0 0,0,0,0 |"
+                                        : "40dd0003 | | cmd 0 count 2 | type 20 0,0,0,0 0,0,0,0 |")
+        << length;
+    EXPECT_EQ(log().back(), update_op + "Failed (rc=0x40dd0003, " +
+                                syserr2str(STP_MCEC_ERR_INVALID_ARG) + ") to retrieve tlv");
+    EXPECT_EQ(cached(0, 6), first_lies_within ? "00000001" : "-");
+    EXPECT_EQ(cached(0, 7), "-");
+    empty_cache();
+  }
+}
+
+}  // namespace

@@ -1,0 +1,349 @@
+#include "operations.h"
+
+#include <cstring>
+#include <sstream>
+
+namespace test {
+namespace {
+
+std::string in_hex(uint32_t code) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%x", code);
+  return text;
+}
+
+// An array, in a block of the platform as one from the peer, that must stay as it is.
+struct Given {
+  Bytes bytes;
+  explicit Given(const Entries &entries) : bytes(array(entries)), before(bytes) {}
+  ~Given() { EXPECT_EQ(bytes, before); }
+
+ private:
+  Bytes before;
+};
+
+std::string cache_update(bool is_deleted, int32_t gbl, uint32_t if_index) {
+  const Given given({{1, word(5)}, {11, word(2)}});
+  const Bytes payload = update_payload(0, 0, 0, given.bytes);
+  const Message message(standin_message(0, payload.data(), payload.size()));
+  return in_hex(stp_mcec_type1_cfg_cache_update(is_deleted ? 1 : 0, gbl, if_index, message.msg));
+}
+
+std::string rebuild() {
+  Given given({{1, word(5)}, {6, word(1)}});
+  return in_hex(stp_mcec_type1_cfg_cache_rebuild(given.bytes.data(), 0, 0));
+}
+
+std::string exported(int32_t gbl, uint32_t if_index) {
+  void *out = nullptr;
+  const uint32_t result = stp_mcec_type1_cfg_get_params(gbl, if_index, &out);
+  const std::string text =
+      in_hex(result) + " |" + (out != nullptr ? " " + entries_of(out) : " null");
+  if (out != nullptr) mtrack_free(out);
+  return text;
+}
+
+std::string report() {
+  Given given({{6, word(1)}, {2, vlans("3")}});
+  void *block = nullptr;
+  const uint32_t result = stp_mcec_type1_cfg_get_param_info(given.bytes.data(), &block);
+  if (block == nullptr) return in_hex(result) + " | null";
+  const auto *records = static_cast<mcecm_app_info_report_t *>(block);
+  uint32_t filled = 0;
+  while (filled < records->count && records->records[filled].param_value[0] != 0) ++filled;
+  mtrack_free(block);
+  return in_hex(result) + " | " + std::to_string(filled) + " records";
+}
+
+using Check = uint32_t (*)(void *local, void *remote, void *twins, void *pass, void *fail);
+
+std::string verdict(Check check) {
+  Given local({{6, word(1)}, {3, name("east")}, {2, vlans("10,20")}});
+  Given remote({{2, vlans("10")}, {3, name("east")}, {6, word(1)}});
+  Bytes twins = vlans("10,20");
+  bmp4096_t pass{};
+  bmp4096_t fail{};
+  const uint32_t code = check(local.bytes.data(), remote.bytes.data(), twins.data(), &pass, &fail);
+  const std::string passed = vlans_of(pass);
+  return in_hex(code) + " | " + passed + " | " + vlans_of(fail);
+}
+
+std::string set_one_port(uint32_t id, bool positive, uint32_t attribute) {
+  return command(id, positive,
+                 {{STP_MCEC_ATTR_IFINDEX, host_words({0, 1, 0, 0, 0x1000, 0x1003})},
+                  {attribute, host_words({2})}});
+}
+
+// --- what comes of failures ---
+
+// A command: without an entry, records, an array or a TLV.
+constexpr char no_entry[] = "40dd0002 | internal error: Failed malloc | count 0 | |";
+constexpr char no_records[] = "1 | internal error: Failed malloc | count 0 | null |";
+constexpr char no_array[] = "1 | internal error: Failed malloc |{counts} |{records} |";
+constexpr char no_tlv[] = "40aa00ff | internal error: Failed TLV add |{counts} |{records} |";
+// A reset of the region counts its records last.
+constexpr char no_region_array[] = "1 | internal error: Failed malloc | count 0 |{records 0} |";
+// A command for ports: without the entry of the first or the second port.
+constexpr char no_port_entry[] =
+    "40dd0002 | internal error: Failed malloc |{counts} |{records 0} |";
+constexpr char one_port_entry[] =
+    "40dd0002 | internal error: Failed malloc |{counts} |{records 1} |";
+constexpr char some_ports[] = "0 | ok | cmd 1 {any}";
+
+// An update message: nothing handed out; no entry, or no reading, of the first or the second TLV.
+constexpr char no_update[] = "1 | | | null |";
+constexpr char no_update_entry[] = "40dd0002 | |{counts} |{records 0} |";
+constexpr char one_update_entry[] = "40dd0002 | |{counts} |{records 1} |";
+constexpr char unread_update[] = "40aa00ff | |{counts} |{records 0} |";
+constexpr char half_read_update[] = "40aa00ff | |{counts} |{records 1} |";
+
+constexpr char same[] = "{same}";
+constexpr char no_memory[] = "40dd0002";
+constexpr char no_reading[] = "40aa00ff";
+constexpr char no_block[] = "1 | null";
+constexpr char no_report_records[] = "40aa00ff | 0 records";
+constexpr char one_report_record[] = "40aa00ff | 1 records";
+constexpr char unread_check[] = "40aa00ff |  | ";
+constexpr char failed_check[] = "40dd0001 |  | ";
+constexpr char no_channel[] = "41b70016";
+constexpr char no_layer_mode[] = "0";
+constexpr char without_entry[] = "{without entry}";
+
+using Operations = std::vector<Operation>;
+using FailuresOf = std::map<standin_operation_t, Failures>;
+
+void add(Operations &operations, const std::string &name, const std::function<std::string()> &act,
+         const FailuresOf &when_empty, const FailuresOf &when_full) {
+  operations.push_back({name, Stage::empty, act, when_empty});
+  operations.push_back({name, Stage::full, act, when_full});
+}
+
+void add_command(Operations &operations, uint32_t id, bool positive,
+                 const std::vector<Attribute> &attributes = {}, bool is_logged = false) {
+  const Failures of_alloc = {{no_entry, 0, true},
+                             {no_entry, 0, true},
+                             {no_records, 1, is_logged},
+                             {no_array, 1, is_logged}};
+  const Failures of_full_alloc = {{no_records, 0, is_logged}, {no_array, 0, is_logged}};
+  add(operations, std::to_string(id) + (positive ? "" : " no"),
+      [=] { return command(id, positive, attributes); },
+      {{STANDIN_ALLOC, of_alloc}, {STANDIN_TLV_ADD, {{no_tlv, 1, is_logged}}}},
+      {{STANDIN_ALLOC, of_full_alloc}, {STANDIN_TLV_ADD, {{no_tlv, 0, is_logged}}}});
+}
+
+void add_commands(Operations &operations, bool positive) {
+  const std::string no = positive ? "" : " no";
+  add_command(operations, 1, positive, {{STP_MCEC_ATTR_STP_MODE, host_words({4})}}, true);
+  add_command(operations, 2, positive, {{STP_MCEC_ATTR_VLAN_LIST, host_words({0, 1, 15, 30})}});
+  for (const uint32_t id : {18U, 19U, 20U, 45U, 21U, 46U, 49U}) {
+    add_command(operations, id, positive);
+  }
+  add(operations, "43" + no, [=] { return command(43, positive); }, {},
+      {{STANDIN_ALLOC, {{no_records, 0, true}, {no_region_array}}},
+       {STANDIN_TLV_ADD, {{no_tlv}, {no_tlv}, {no_tlv}}}});
+  add(operations, "62" + no, [=] { return command(62, positive); }, {}, {});
+}
+
+void add_interface_commands(Operations &operations, bool positive) {
+  const struct {
+    uint32_t id, attribute;
+  } rows[] = {{13, 0x2020036}, {17, 0x2020065}, {47, 0x202003F}, {48, 1}, {50, 0x202008B}};
+  const Failures of_alloc = {{no_records, 0, true},     {no_port_entry, 0, true},
+                             {no_port_entry, 0, true},  {one_port_entry, 1, true},
+                             {one_port_entry, 1, true}, {no_array, 2}};
+  // A port whose channel is not found is left out, in the pass that counts or in the one that fills.
+  const Failure one = {some_ports, 1};
+  const Failure two = {some_ports, 2};
+  for (const auto &row : rows) {
+    add(operations, std::to_string(row.id) + (positive ? "" : " no"),
+        [=] { return set_one_port(row.id, positive, row.attribute); },
+        {{STANDIN_ALLOC, of_alloc},
+         {STANDIN_TLV_ADD, {{no_tlv, 2}}},
+         {STANDIN_MEMBERSHIP, {two, one, two, one, two, one, two, one}}},
+        {{STANDIN_ALLOC, {{no_records, 0, true}, {no_array}}},
+         {STANDIN_TLV_ADD, {{no_tlv}}},
+         {STANDIN_MEMBERSHIP, Failures(8, {some_ports})}});
+  }
+}
+
+void add_updates(Operations &operations) {
+  const auto update_port = [] { return update(0, 0x1001, {{10, word(3)}, {11, word(2)}}); };
+  const Failures of_update = {{no_update, 0, true},        {no_update, 0, true},
+                              {no_update_entry, 0, true},  {no_update_entry, 0, true},
+                              {one_update_entry, 1, true}, {one_update_entry, 1, true}};
+  const Failures of_entries = {
+      {no_memory, 0, true}, {no_memory, 0, true}, {no_memory, 1, true}, {no_memory, 1, true}};
+  const Failures of_reading = {{no_reading, 0, true}, {no_reading, 1, true}};
+  add(operations, "update message", update_port,
+      {{STANDIN_ALLOC, of_update},
+       {STANDIN_TLV_NEXT, {{unread_update, 0, true}, {half_read_update, 1, true}}}},
+      {{STANDIN_ALLOC, {{no_update, 0, true}, {no_update, 0, true}}},
+       {STANDIN_TLV_NEXT, {{unread_update, 0, true}, {half_read_update, 0, true}}}});
+  operations.insert(
+      operations.end(),
+      {{"cache update",
+        Stage::empty,
+        [] { return cache_update(false, 1, 0); },
+        {{STANDIN_ALLOC, of_entries}, {STANDIN_TLV_NEXT, of_reading}}},
+       {"cache update",
+        Stage::full,
+        [] { return cache_update(false, 0, 0x1001); },
+        {{STANDIN_ALLOC, {{no_memory, 0, true}, {no_memory, 0, true}}},
+         {STANDIN_TLV_NEXT, of_reading}}},
+       {"delete the switch", Stage::full, [] { return cache_update(true, 1, 0); }, {}},
+       {"delete a port", Stage::full, [] { return cache_update(true, 0, 0x1001); }, {}},
+       {"rebuild",
+        Stage::empty,
+        rebuild,
+        {{STANDIN_ALLOC, of_entries}, {STANDIN_TLV_NEXT, of_reading}}}});
+}
+
+void add_exports(Operations &operations) {
+  const Failures of_block = {{no_block}};
+  operations.insert(
+      operations.end(),
+      {{"export the switch",
+        Stage::full,
+        [] { return exported(1, 0); },
+        {{STANDIN_ALLOC, of_block}, {STANDIN_TLV_ADD, Failures(9, {without_entry})}}},
+       {"export a port",
+        Stage::full,
+        [] { return exported(0, 0x1003); },
+        {{STANDIN_ALLOC, of_block}, {STANDIN_TLV_ADD, Failures(3, {without_entry})}}},
+       {"export nothing", Stage::empty, [] { return exported(1, 0); }, {{STANDIN_ALLOC, of_block}}},
+       {"report",
+        Stage::full,
+        report,
+        {{STANDIN_ALLOC, of_block},
+         {STANDIN_TLV_NEXT, {{no_report_records}, {one_report_record}}}}}});
+}
+
+void add_checks(Operations &operations) {
+  const Failure unread = {unread_check, 0, true};
+  const Failure failed = {failed_check, 0, true};
+  // The walk over what counts in every mode may end early: the check of the mode goes on.
+  const FailuresOf of_check = {{STANDIN_TLV_NEXT, {{same}, {same}, {same}, unread, unread, unread}},
+                               {STANDIN_TLV_FIND, {failed, failed}}};
+  const FailuresOf of_mode = {{STANDIN_TLV_NEXT, {unread, unread, unread}},
+                              {STANDIN_TLV_FIND, {failed}}};
+  const struct {
+    const char *name;
+    Stage stage;
+    Check check;
+    FailuresOf failures;
+  } rows[] = {
+      {"check in MST", Stage::mst,
+       [](void *local, void *remote, void *twins, void *pass, void *fail) {
+         return stp_mcec_type1_cfg_compat_check(0, local, remote, 1, twins, pass, fail);
+       },
+       of_check},
+      {"check of a port in Rapid-PVST", Stage::rapid_pvst,
+       [](void *local, void *remote, void *twins, void *pass, void *fail) {
+         return stp_mcec_type1_cfg_compat_check_with_ifindex(0x1000, 0, local, remote, 1, twins,
+                                                             pass, fail);
+       },
+       of_check},
+      {"check without a mode",
+       Stage::empty,
+       [](void *local, void *remote, void *twins, void *pass, void *fail) {
+         return stp_mcec_type1_cfg_compat_check_common(1, 0, local, remote, 1, twins, pass, fail);
+       },
+       {}},
+      {"check of MST", Stage::empty,
+       [](void *local, void *remote, void *, void *, void *) {
+         return stp_mcec_mst_type1_cfg_compat_check(0, 0, local, remote);
+       },
+       of_mode},
+      {"check of Rapid-PVST", Stage::empty,
+       [](void *local, void *remote, void *twins, void *pass, void *fail) {
+         return stp_mcec_pvrst_type1_cfg_compat_check(0, 0, local, remote, 1, twins, pass, fail);
+       },
+       of_mode},
+  };
+  for (const auto &row : rows) {
+    const auto act = [check = row.check] { return verdict(check); };
+    operations.push_back({row.name, row.stage, act, row.failures});
+  }
+}
+
+void add_queries(Operations &operations) {
+  const auto find_channel = [] {
+    uint32_t id = 99;
+    const uint32_t result = stp_mcec_lib_get_mcec_id(0x1001, &id);
+    EXPECT_EQ(id, result == 0 ? 11U : 99U);
+    return in_hex(result);
+  };
+  operations.insert(
+      operations.end(),
+      {{"channel of a port", Stage::empty, find_channel, {{STANDIN_MEMBERSHIP, {{no_channel}}}}},
+       {"trunk", Stage::empty, [] { return in_hex(stp_mcec_lib_mct_exists()); }, {}},
+       {"validity",
+        Stage::empty,
+        [] { return in_hex(stp_valid_if_index(0x1000)); },
+        {{STANDIN_LAYER_MODE, {{no_layer_mode}}}}}});
+}
+
+// --- texts ---
+
+// The fields of an outcome.
+std::vector<std::string> fields_of(const std::string &outcome) {
+  std::vector<std::string> fields;
+  for (std::size_t at = 0; at <= outcome.size();) {
+    const std::size_t end = std::min(outcome.find(" |", at), outcome.size());
+    fields.push_back(outcome.substr(at, end - at));
+    at = end + 2;
+  }
+  return fields;
+}
+
+// Of " type 19 r r r" the first n records, the others empty.
+std::string keep_records(const std::string &records, std::size_t kept) {
+  std::istringstream in(records);
+  std::string text;
+  std::string part;
+  for (std::size_t i = 0; in >> part; ++i) text += " " + (i < kept + 2 ? part : "0,0,0,0");
+  return text;
+}
+
+// An exported array without its nth entry.
+std::string drop_entry(const std::string &clean, uint32_t nth) {
+  std::istringstream in(clean);
+  std::string text;
+  std::string part;
+  for (uint32_t i = 0; in >> part; ++i) {
+    if (i != nth + 1) text += (i > 0 ? " " : "") + part;
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string expand_outcome(const std::string &outcome, const std::string &clean, uint32_t nth) {
+  const std::vector<std::string> fields = fields_of(clean);
+  if (outcome == same) return clean;
+  if (outcome == without_entry) return drop_entry(clean, nth);
+  std::string text = outcome;
+  for (std::size_t at; (at = text.find('{')) != text.npos;) {
+    const std::size_t end = text.find('}', at);
+    const std::string name = text.substr(at + 1, end - at - 1);
+    std::string field = fields.at(name == "counts" ? 2 : 3);
+    if (name.starts_with("records ")) field = keep_records(field, std::stoul(name.substr(8)));
+    text.replace(at, end + 1 - at, field);
+  }
+  return text;
+}
+
+std::vector<Operation> make_operations() {
+  std::vector<Operation> operations;
+  for (const bool positive : {true, false}) {
+    add_commands(operations, positive);
+    add_interface_commands(operations, positive);
+  }
+  add_updates(operations);
+  add_exports(operations);
+  add_checks(operations);
+  add_queries(operations);
+  return operations;
+}
+
+}  // namespace test

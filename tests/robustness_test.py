@@ -1,0 +1,168 @@
+#!/usr/bin/env python3
+"""mcec-lab with switches that die, stop or send nonsense, and without memory, descriptors or disk space.
+
+  tests/robustness_test.py MCEC-LAB FOLDER
+
+In every case the lab ends soon, with a message and status 2 (0 or 1 where it did not need what was
+missing), and leaves no process and no file.
+"""
+import ctypes
+import os
+import pathlib
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+LAB = os.path.abspath(sys.argv[1])
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+CAPTURES = [str(ROOT / "captures" / f"vlans-{side}.json") for side in ("left", "right")]
+IS_INSTRUMENTED = any(mark in pathlib.Path(LAB).read_bytes() for mark in (b"__asan_init", b"__gcov_"))
+LIBC = ctypes.CDLL(None, use_errno=True)
+PIDFD_GETFD = 438
+faults = []
+
+
+def expect(holds, name, found):
+    if not holds:
+        faults.append(name)
+        print(f"{name}: {found}", file=sys.stderr)
+
+
+def ended(name, lab, folder, before, words, statuses=(2,)):
+    """Wait for a lab and check its status, its output and what it left."""
+    try:
+        output = lab.communicate(timeout=60)[0].decode(errors="replace")
+    except subprocess.TimeoutExpired:
+        os.killpg(lab.pid, signal.SIGKILL)
+        output = lab.communicate()[0].decode(errors="replace")
+        expect(False, name, "does not end")
+    expect(lab.returncode in statuses, name, f"status {lab.returncode}: {output}")
+    expect(lab.returncode != 2 or any(word in output for word in words), name, f"output {output!r}")
+    expect("LOST" not in output, name, output)
+    for _ in range(100):  # what the kernel still puts away
+        left = subprocess.run(["pgrep", "-g", str(lab.pid)], stdout=subprocess.PIPE).stdout
+        if not left:
+            break
+        time.sleep(0.05)
+    expect(not left, name, f"left the processes {left!r}")
+    expect(sorted(os.listdir(folder)) == before, name, f"left {os.listdir(folder)}")
+
+
+def start(folder, *arguments, limit="true"):
+    return subprocess.Popen(["bash", "-c", f"{limit} && exec \"$0\" \"$@\"", LAB, *arguments], cwd=folder,
+                            start_new_session=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                            stderr=subprocess.STDOUT)
+
+
+def switches_of(lab):
+    """The left and the right switch, once both are there."""
+    for _ in range(600):
+        found = subprocess.run(["pgrep", "-P", str(lab.pid)], stdout=subprocess.PIPE).stdout.split()
+        if len(found) == 2:
+            return sorted(map(int, found))
+        time.sleep(0.05)
+    raise RuntimeError("the lab has no two switches")
+
+
+def sockets_of(pid):
+    """Copies of the sockets of a switch: its line to the lab, and to the other switch."""
+    numbers = [int(entry.name) for entry in pathlib.Path(f"/proc/{pid}/fd").iterdir()
+               if os.readlink(entry).startswith("socket:")]
+    pidfd = os.pidfd_open(pid)
+    copies = [LIBC.syscall(PIDFD_GETFD, pidfd, number, 0) for number in sorted(numbers)]
+    os.close(pidfd)
+    if -1 in copies or len(copies) != 2:
+        raise RuntimeError(f"the sockets of {pid}: {os.strerror(ctypes.get_errno())}")
+    return [socket.socket(fileno=copy) for copy in copies]
+
+
+def send(data):
+    return lambda pid: [line.sendall(data, socket.MSG_DONTWAIT) for line in sockets_of(pid)]
+
+
+def hang_up(pid):
+    for line in sockets_of(pid):
+        line.shutdown(socket.SHUT_RDWR)
+
+
+def frame(body):
+    return len(body).to_bytes(4, sys.byteorder) + body
+
+
+def break_switches(folder):
+    ports = ", ".join(f"{{ports: {port}, channel: {port}, parameters: {{ifi-port-type: edge}}}}"
+                      for port in range(1, 60))
+    pathlib.Path(folder, "long.yaml").write_text(
+        f"switches: {{left: &it {{parameters: {{stp-mode: mst}}, ports: [{ports}]}}, right: *it}}\n"
+        "steps:\n" + "- {check: all}\n" * 2000)
+    nonsense = ["does not speak as a switch does", "switch is gone", "of another length than it says",
+                "ended with status", "does not answer"]
+    for name, attack, words in [
+            ("killed", lambda pid: os.kill(pid, signal.SIGKILL), ["switch died of SIGKILL (Killed)"]),
+            ("stopped", lambda pid: os.kill(pid, signal.SIGSTOP), ["switch is stopped by a signal"]),
+            ("a frame too long", send(b"\xff" * 64), nonsense),
+            ("a frame of nothing", send(frame(b"") * 2), nonsense),
+            ("a frame of noise", send(frame(b"\x07" + b"\xfe" * 4000)), nonsense),
+            ("hung up", hang_up, ["switch ended with status", "switch is gone"])]:
+        for side in (0, 1):
+            before = sorted(os.listdir(folder))
+            lab = start(folder, "run", "--quiet", "long.yaml")
+            attacked = switches_of(lab)[side]
+            began = time.monotonic()
+            attack(attacked)
+            title = f"the {('left', 'right')[side]} switch: {name}"
+            named = [f"the {('left', 'right')[side]} {word}" for word in words] if len(words) == 1 else words
+            ended(title, lab, folder, before, named)
+            expect(time.monotonic() - began < 30, title, "takes too long to report")
+
+
+def limit_machine(folder):
+    shutil.copy(ROOT / "scenarios" / "every-command.yaml", folder)
+    pathlib.Path(folder, "pairs").write_text("\t".join(["one", *CAPTURES]) + "\n")
+    commands = [["run", "every-command.yaml"], ["compare", *CAPTURES], ["compare", "--pairs", "pairs"],
+                ["watch", "--once-agreed", "--timeout", "0.2", *CAPTURES]]
+    limits = [f"ulimit -n {count}" for count in (4, 5, 6, 7, 8, 9, 10, 12)]
+    if not IS_INSTRUMENTED:  # the sanitizers take address space without end, counters end without a message
+        limits += [f"ulimit -v {size}" for size in range(14000, 34000, 1700)]
+    before = sorted(os.listdir(folder))
+    words = ["mcec-lab: ", "NOT COMPARED: ", "cannot be read: ", " for a switch: ", " switch ended with "]
+    for command in commands:
+        for limit in limits:
+            # Where the loader itself has no memory, the lab does not start.
+            lab = start(folder, *command, limit=limit)
+            ended(f"{' '.join(command)}, {limit}", lab, folder, before, words, (0, 1, 2, 127))
+
+
+def fill_disk(folder):
+    """Files that do not fit, in a file system of 8 KiB where one can be mounted."""
+    full = pathlib.Path(folder, "full")
+    full.mkdir()
+    if subprocess.run(["unshare", "-rm", "true"], stderr=subprocess.DEVNULL).returncode != 0:
+        print("a full disk cannot be made here")
+        return
+    begin = ("mount -t tmpfs -o size=8k none full && head -c 4096 /dev/zero >full/other && "
+             "echo old >full/kept.html; \"$0\" \"$@\"; status=$?; "
+             "test \"$(ls full)\" = \"$(printf 'kept.html\\nother')\" && grep -qx old full/kept.html || "
+             "echo LOST: full/*; exit $status")
+    for options in (["--html", "full/kept.html"], ["--html", "full/new.html"],
+                    ["--patch", "both", "full/new.json", "--html", "/dev/full"]):
+        lab = subprocess.Popen(["unshare", "-rm", "bash", "-c", begin, LAB, "compare", *options, *CAPTURES],
+                               cwd=folder, start_new_session=True, stdout=subprocess.PIPE,
+                               stderr=subprocess.STDOUT)
+        ended(" ".join(options), lab, folder, sorted(os.listdir(folder)), ["No space left on device\n"])
+
+
+def main():
+    with tempfile.TemporaryDirectory() as folder:
+        for test in (break_switches, limit_machine, fill_disk):
+            test(folder)
+    print(f"{len(faults)} faults")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,147 @@
+// The stand-in keeps to the contract of the platform and enforces it.
+
+#include <algorithm>
+#include <fstream>
+
+#include "avl.h"
+#include "cmd_req.h"
+#include "if_index.h"
+#include "im.h"
+#include "mcecm.h"
+#include "sdwrap.h"
+#include "support.h"
+
+namespace {
+
+using namespace test;
+
+struct Standin : LibraryTest {};
+
+TEST_F(Standin, ReadersEndWithTheArray) {
+  ON_STANDIN_ONLY();
+  Bytes made = array({{1, word(5)}, {6, word(1)}});
+  uint16_t type = 0;
+  uint16_t length = 0;
+  void *value = nullptr;
+  for (std::size_t end = 4; end <= made.size(); ++end) {
+    // A block of exactly this size: the address sanitizer sees a byte too far.
+    Bytes cut(made.begin(), made.begin() + std::ptrdiff_t(end));
+    cut.shrink_to_fit();
+    const auto announced = uint32_t(end - 4);
+    std::copy_n(word(announced).begin(), 4, cut.begin());
+    uint32_t cursor = 0;
+    uint32_t read = 0;
+    const uint32_t count = tlv_aligned_array_get_num_tlvs(cut.data(), 1);
+    while (read < count &&
+           tlv_aligned_array_get_next_tlv(cut.data(), &type, &length, &value, 1, &cursor) == 0) {
+      ++read;
+    }
+    EXPECT_EQ(count, announced == 0 ? 0 : announced <= (made.size() - 4) / 2 ? 1 : 2) << end;
+    EXPECT_EQ(read, announced / ((made.size() - 4) / 2)) << end;
+  }
+}
+
+std::string misuse;
+
+// What the library passes to each operation of the platform keeps to its contract.
+TEST_F(Standin, RefusesMisuse) {
+  ON_STANDIN_ONLY();
+  standin_on_misuse([](const char *what) { misuse = what; });
+  static const Message request(standin_command(1, 1, nullptr, 0));
+  static void *const handle = standin_handle(request.msg);
+  alignas(16) static uint8_t aligned[1024] = {};
+  static uint32_t number = 0;
+  static void *value = nullptr;
+  static uint16_t length = 0;
+  const struct {
+    void (*act)();
+    const char *what;
+  } rows[] = {
+      {[] {
+         void *block = mtrack_alloc(633, 6, 8);
+         mtrack_free(block);
+         mtrack_free(block);
+       },
+       "no live block"},
+      {[] { EXPECT_EQ(mtrack_alloc(633, 21, 8), nullptr); }, "service 633 has no memory type 21"},
+      {[] {
+         const uint32_t record[] = {1, 0x41414141};
+         sdwrap_his_log_event_for_uuid_inst(633, 0x730000, 0, 0, 8, record);
+       },
+       "does not end"},
+      {[] {
+         const uint32_t record[] = {2, 0};
+         sdwrap_his_log_event_for_uuid_inst(633, 0x730000, 0, 0, 5, record);
+       },
+       "the flag 2"},
+      {[] { sdwrap_hist_init_for_uuid(633, 0x1000); }, "no history of 4096 bytes"},
+      {[] { sdwrap_his_log_event_for_uuid_inst(633, 0x730000, 0, 7, 5, aligned); },
+       "0x730000, 0, 7"},
+      {[] { mtrack_init("", 633, nullptr, 0); }, "registered already"},
+      {[] { mtrack_uninit(634); }, "634 is not registered"},
+      {[] { avl_destroy(avl_create(stp_mcec_type1_cfg_avl_cmp_func, 1), nullptr); }, "0x1"},
+      {[] {
+         static type1_cfg_avl_node_t node{};
+         avl_tree_t *tree = avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
+         avl_delete(tree, &node);
+         avl_destroy(tree, nullptr);
+       },
+       "not in the tree"},
+      {[] {
+         static type1_cfg_avl_node_t nodes[2] = {};
+         avl_tree_t *tree = avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
+         avl_insert(tree, nodes);
+         avl_insert(tree, nodes + 1);
+         avl_destroy(tree, [](void *) {});
+       },
+       "in the tree already"},
+      {[] { tlv_aligned_array_add_tlv(aligned, 16, 1, 0, nullptr, 0); }, "the flag 0"},
+      {[] { tlv_aligned_array_get_num_tlvs(aligned, 2); }, "the flag 2"},
+      {[] { tlv_aligned_array_get_next_tlv(aligned, &length, &length, &value, 3, &number); },
+       "the flag 3"},
+      {[] { tlv_aligned_array_find_tlv(aligned, 1, &length, &value, 4); }, "the flag 4"},
+      {[] {
+         void *block = mtrack_alloc(633, 6, 8);
+         tlv_aligned_array_add_tlv(block, 9, 1, 0, nullptr, 1);
+         mtrack_free(block);
+       },
+       "a block of 8 bytes is passed with a size of 9"},
+      {[] { cmd_req_handle_get_2(static_cast<mts_msg_t *>(request.msg), aligned + 8); },
+       "a handle at "},
+      {[] { cmd_req_handle_get_1(nullptr); }, "of no message"},
+      {[] {
+         cmd_req_cmdId_getnext(static_cast<cmd_req_t *>(handle));
+         cmd_req_cmdId_getnext(static_cast<cmd_req_t *>(handle));
+       },
+       "asked for again"},
+      {[] { cmd_rsp_send_nok(static_cast<cmd_req_t *>(handle), 7, "no"); }, "a refusal with 7"},
+      {[] { cmd_rsp_send_ok(static_cast<cmd_req_t *>(handle)); }, "answered already"},
+      {[] { mcecm_sdb_generate_if_key(1, aligned + 4); }, "a key at "},
+      {[] {
+         number = 5;
+         if_index_get_num_ports_in_if_index_range(1, 2, &number);
+       },
+       "5 is where an answer goes"},
+      {[] {
+         number = 0;
+         if_index_get_if_index_in_range(1, 2, &number, 3);
+       },
+       "no port at position 3"},
+      {[] {
+         aligned[4] = 1;
+         im_get_ifindex_layermode_list(aligned, 1);
+       },
+       "is not empty"},
+  };
+  for (const auto &row : rows) {
+    misuse.clear();
+    row.act();
+    EXPECT_NE(misuse.find(row.what), std::string::npos) << misuse << "; expected " << row.what;
+  }
+  standin_on_misuse(nullptr);
+  standin_handle_free(handle);
+  Bytes full = array({{1, word(5)}});
+  EXPECT_NE(tlv_aligned_array_add_tlv(full.data(), uint32_t(full.size()), 2, 0, nullptr, 1), 0U);
+}
+
+}  // namespace
