@@ -23,6 +23,7 @@ lab::PairReport make_report() {
   missing.scope.kind = lab::PairScope::Kind::of_channel;
   missing.scope.name = "PortChannel10";
   missing.scope.ends[1].present = false;
+  missing.codes = {0x40DD0001, 0x40DD0001};
   for (const lab::NoteRule &rule : lab::note_rules()) {
     report.notes.emplace_back().note.kind = rule.kind;
   }

@@ -151,7 +151,7 @@ void add_interface_commands(Operations &operations, bool positive) {
   const Failures of_alloc = {{no_records, 0, true},     {no_port_entry, 0, true},
                              {no_port_entry, 0, true},  {one_port_entry, 1, true},
                              {one_port_entry, 1, true}, {no_array, 2}};
-  // A port whose channel is not found is left out, in the pass that counts or in the one that fills.
+  // A port whose channel is not found is left out, in the pass that counts or the one that fills.
   const Failure one = {some_ports, 1};
   const Failure two = {some_ports, 2};
   for (const auto &row : rows) {
