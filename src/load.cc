@@ -1,5 +1,4 @@
-// Loading and unloading: the library makes itself known to the memory tracker and owns its cache
-// from the first to the second.
+// Loading and unloading: registration with the memory tracker, and the life of the cache.
 
 #include "avl.h"
 #include "draimiofaf/cache.h"

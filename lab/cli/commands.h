@@ -105,8 +105,8 @@ Status compare_pairs(const CompareArguments &arguments);
 
 ReadLimits limits_of(double read_timeout);
 
-// The entries of a file of accepted differences, none without a path. Its errors are printed, and added
-// to those of the sources.
+// The entries of a file of accepted differences, none without a path. Its errors are printed, and
+// added to those of the sources.
 std::vector<AcceptEntry> read_accept_file(const std::string &path,
                                           std::vector<SourceErrors> &source_errors);
 

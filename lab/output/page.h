@@ -7,8 +7,8 @@
 
 namespace lab {
 
-// The page of a comparison. It needs no other file and loads none. What comes from the switches is only
-// ever text in it, and its policy lets the browser run nothing but its own script.
+// The page of a comparison. It needs no other file and loads none. What comes from the switches is
+// only ever text in it, and its policy lets the browser run nothing but its own script.
 std::string write_page(const PairReport &report);
 
 }  // namespace lab

@@ -45,8 +45,8 @@ bool is_compared(State state) {
   return state == State::same || state == State::different || state == State::same_on_twins;
 }
 
-// The VLANs of both switches, by the parameter that they compare; where they send different ones, each
-// by its own.
+// The VLANs of both switches, by the parameter that they compare; where they send different ones,
+// each by its own.
 struct VlanComparison {
   std::array<VlanFacts, 2> facts = {VlanFacts(vlan_count, not_sent),
                                     VlanFacts(vlan_count, not_sent)};
@@ -168,7 +168,7 @@ std::string write_vlan_section(const PairReport &report) {
                       R"(aria-readonly="true"></div></div>
 <ul id="legend" aria-label="Legend of the grid"></ul>
 </figure>
-<noscript><p>The picture of the VLANs needs a script; the tables have the same content.</p></noscript>
+<noscript><p>The picture of the VLANs needs a script; the tables have the content.</p></noscript>
 )",
                       names[0], names[1]);
   return html + write_vlan_table("VLANs that differ between the switches", unequal, false, names) +

@@ -25,6 +25,9 @@ std::vector<std::string> command_step_keys();
 
 // --- what steps and expectations name ---
 
+// Before the number or the name of a channel.
+inline constexpr std::string_view channel_word = "channel ";
+
 // The index of a port on each side; nothing: that side has no port of its name.
 using PortOfPair = std::array<std::optional<uint32_t>, 2>;
 
