@@ -95,7 +95,7 @@ TEST_F(Lab, WritesAStateFileThatItReads) {
             file + ":1:7: found '\\xff'; expected the switch's name in UTF-8\n");
 }
 
-TEST_F(Lab, BrokenExpectationsAreTold) {
+TEST_F(Lab, UnmetExpectationsArePrinted) {
   const Outcome outcome = run(std::string(region) +
                                   "- check: switch\n"
                                   "  expect: {left: agree, differ: [mst-region-name]}\n"
@@ -149,16 +149,16 @@ TEST_F(Lab, WhatIfLooksAtEverythingAndChangesNothing) {
   EXPECT_EQ(none.out, file + ": step 4 is no command and no update; expected one of 1, 2, 3\n");
 }
 
-TEST_F(Lab, JsonTellsTheSteps) {
+TEST_F(Lab, JsonHasTheSteps) {
   const Outcome outcome =
       run(std::string(region) + "- check: switch\n- {export: switch, as: it}\n", "--json --log");
-  const Json told = Json::parse(outcome.out);
-  EXPECT_EQ(told["met"], true);
-  EXPECT_EQ(told["steps"][0]["checks"][0]["verdicts"]["right"]["code"], 0x40DD003D);
-  EXPECT_EQ(told["steps"][0]["checks"][0]["parameters"][2]["left"], "east");
-  const std::string line = told["steps"][0]["switches"]["left"]["log"].back();
+  const Json document = Json::parse(outcome.out);
+  EXPECT_EQ(document["met"], true);
+  EXPECT_EQ(document["steps"][0]["checks"][0]["verdicts"]["right"]["code"], 0x40DD003D);
+  EXPECT_EQ(document["steps"][0]["checks"][0]["parameters"][2]["left"], "east");
+  const std::string line = document["steps"][0]["switches"]["left"]["log"].back();
   EXPECT_NE(line.find("3 type-1 compat check failed"), line.npos);
-  EXPECT_EQ(told["steps"][1]["switches"]["left"]["parameters"][0]["bytes"], "00000004");
+  EXPECT_EQ(document["steps"][1]["switches"]["left"]["parameters"][0]["bytes"], "00000004");
 }
 
 TEST_F(Lab, LongValuesAreWrappedWithinTheWidth) {
@@ -180,7 +180,7 @@ TEST_F(Lab, LongValuesAreWrappedWithinTheWidth) {
 }
 
 TEST_F(Lab, FailuresOnOrderAreForTheLibraryOnly) {
-  const Json told =
+  const Json document =
       Json::parse(run(std::string(region) + "- {fail: tlv-add, on: left}\n"
                                             "- {update: {loop-guard: enabled}, on: left}\n"
                                             "- {command: gbl-loopguard, on: left}\n"
@@ -191,13 +191,13 @@ TEST_F(Lab, FailuresOnOrderAreForTheLibraryOnly) {
                       "--json")
                       .out);
   // The message of an update is the lab's to build, the tables of a check are its own questions.
-  EXPECT_EQ(told["steps"][1]["switches"]["left"]["result"]["code"], 0);
-  EXPECT_EQ(told["steps"][2]["switches"]["left"]["answer"], "internal error: Failed TLV add");
-  const Json &first = told["steps"][4]["checks"][0];
+  EXPECT_EQ(document["steps"][1]["switches"]["left"]["result"]["code"], 0);
+  EXPECT_EQ(document["steps"][2]["switches"]["left"]["answer"], "internal error: Failed TLV add");
+  const Json &first = document["steps"][4]["checks"][0];
   EXPECT_EQ(first["verdicts"]["left"]["name"], "STP_MCEC_ERR_FAILURE");
   EXPECT_EQ(first["parameters"][0]["states"]["left"], "same");
   // A switch that has no array to send is checked without one.
-  const Json &second = told["steps"][6]["checks"][0];
+  const Json &second = document["steps"][6]["checks"][0];
   EXPECT_EQ(second["verdicts"]["left"]["name"], "STP_MCEC_ERR_TYPE1_PARAM_NULL");
   EXPECT_EQ(second["verdicts"]["right"]["name"], "STP_MCEC_ERR_TYPE1_PARAM_NULL");
 }

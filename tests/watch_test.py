@@ -192,7 +192,7 @@ def test_changes(folder):
         (right, [["MULTI"], *(["HSET", f"VLAN|Vlan{v}", "vlanid", str(v)] for v in range(100, 150)), ["EXEC"]],
          True, sorted(f"right VLAN|Vlan{v}" for v in range(100, 150)), []),
         (right, [["HSET", PORT, GUARD, "false"], ["PEXPIRE", PORT, "3000"]], False, [guard], channel),
-        (right, [], False, [guard], channel),  # it has expired; what cures the pair is another thing now
+        (right, [], False, [guard], channel),  # it has expired; another difference remains
         (right, words_of({PORT: ROWS[PORT]}), True, [guard], channel),
     ]:
         server.do(*commands)
