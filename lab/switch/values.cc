@@ -293,11 +293,11 @@ std::string display(uint32_t type, const Bytes &value) {
 
 std::string written(const Entry &entry) {
   const Parameter *parameter = find_parameter(uint32_t{entry.type});
-  std::optional<std::string> text;
+  std::optional<std::string> value;
   if (parameter != nullptr && entry.value.size() == parameter->length) {
-    text = kind_of(*parameter).write(*parameter, entry.value);
+    value = kind_of(*parameter).write(*parameter, entry.value);
   }
-  return text ? *text : "{bytes: " + yaml_text(hex(entry.value)) + "}";
+  return value ? *value : "{bytes: " + yaml_text(hex(entry.value)) + "}";
 }
 
 std::string value_help(const Parameter &parameter) {
