@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "text/text.h"
 
@@ -249,12 +250,13 @@ void put_table(const std::vector<std::string> &heading, const std::vector<std::v
   std::vector<std::size_t> widths(heading.size());
   std::vector<std::vector<Lines>> lines;
   for (auto &row : cells) {
-    std::vector<Lines> &of_row = lines.emplace_back();
+    std::vector<Lines> of_row;
     for (std::size_t i = 0; i < row.size(); ++i) {
       row[i].text = wrapped(row[i].text, most[i]);
       of_row.push_back(split(row[i].text, '\n'));
       for (const std::string_view line : of_row[i]) widths[i] = std::max(widths[i], width_of(line));
     }
+    lines.push_back(std::move(of_row));
   }
   std::string out;
   for (std::size_t k = 0; k < cells.size(); ++k) {
