@@ -1,4 +1,4 @@
-// mcec-lab: two switches on one desk.
+// mcec-lab: check whether the type-1 spanning-tree parameters of two switches agree.
 
 #include <fcntl.h>
 #include <fmt/core.h>

@@ -16,7 +16,7 @@ namespace lab {
 namespace {
 
 struct Parser {
-  CLI::App app{"Two switches on one desk: would their type-1 spanning-tree parameters agree?",
+  CLI::App app{"Check whether the type-1 spanning-tree parameters of two switches agree",
                "mcec-lab"};
   Arguments arguments;
 };
