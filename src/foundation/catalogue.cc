@@ -49,12 +49,12 @@ STP_MCEC_TYPE1_NAMES(MCEC_NAMES)
 
 constexpr Parameter catalogue[] = {
 #define MCEC_ROW(ID, TYPE, SCOPE, LENGTH, CODE, KIND, DEFAULT, MODES, POD)        \
-  {.type = TYPE,                                                                  \
+  {.type = (TYPE),                                                                \
    .scope = Scope::SCOPE,                                                         \
-   .length = LENGTH,                                                              \
-   .mismatch = CODE,                                                              \
+   .length = (LENGTH),                                                            \
+   .mismatch = (CODE),                                                            \
    .kind = STP_MCEC_KIND_##KIND,                                                  \
-   .default_word = DEFAULT,                                                       \
+   .default_word = (DEFAULT),                                                     \
    .compared = STP_MCEC_COMPARED_##MODES,                                         \
    .is_compared_on_pod = STP_MCEC_COMPARED_##POD != STP_MCEC_COMPARED_NOT_ON_POD, \
    .name = names_##ID[0],                                                         \
