@@ -11,7 +11,7 @@ const std::string mst = "stp_mcec_mst_type1_cfg_compat_check: ";
 const std::string pvrst = "stp_mcec_pvrst_type1_cfg_compat_check: ";
 const std::string twin = "stp_mcec_pvrst_endis_check_for_twin_vlans: ";
 
-constexpr uint32_t failure = STP_MCEC_ERR_FAILURE;
+constexpr uint32_t check_failed = STP_MCEC_ERR_FAILURE;
 
 struct Vlans {
   bmp4096_t pass{77, {0xAA}};
@@ -87,7 +87,7 @@ TEST_F(Check, MissingArraysEndEveryCheck) {
 }
 
 TEST_F(Check, ModeComesFromTheCache) {
-  EXPECT_EQ(check({}, {}), failure);
+  EXPECT_EQ(check({}, {}), check_failed);
   EXPECT_EQ(log(), (Lines{"stp_mcec_type1_cfg_compat_check: Regular Interface type-1 compat check",
                           common + "type-1 compat check", common + "STP mode not found in cache"}));
   const struct {
@@ -96,9 +96,9 @@ TEST_F(Check, ModeComesFromTheCache) {
     const char *name;
     Lines rest;
   } rows[] = {
-      {word(1), failure, "MST", {}},
-      {{}, failure, "MST", {}},
-      {{0, 0, 0}, failure, "MST", {}},
+      {word(1), check_failed, "MST", {}},
+      {{}, check_failed, "MST", {}},
+      {{0, 0, 0}, check_failed, "MST", {}},
       {word(4),
        0,
        "MST",
@@ -149,7 +149,7 @@ TEST_F(Check, EachParameterCountsInItsModeOnly) {
       const uint32_t expected = mode == 4 ? row.in_mst : row.in_pvst;
       const Entries local = {{row.type, word(1)}};
       EXPECT_EQ(check(local, {{row.type, word(2)}}), expected) << mode << ' ' << row.type;
-      EXPECT_EQ(check(local, {}), expected != 0 ? failure : 0) << mode << ' ' << row.type;
+      EXPECT_EQ(check(local, {}), expected != 0 ? check_failed : 0) << mode << ' ' << row.type;
       EXPECT_EQ(check(local, {{0, word(9)}, {row.type, word(1)}}), 0U) << mode << ' ' << row.type;
       EXPECT_EQ(check({}, local), 0U);
     }
@@ -240,7 +240,7 @@ TEST_F(Check, PortTypeMayDifferOnPodPorts) {
                    common + "type-1 compat check failed type=10, len=4, lcl_value=1, rmt_value=2",
                    common + "local port type 1 remote port type 2 type-1 compat check ignored"}));
   EXPECT_EQ(check_port(0x1000, local, {{10, word(2)}, {11, word(2)}}), 0x40DD0044U);
-  EXPECT_EQ(check_port(0x1000, local, {{11, word(1)}}), failure);
+  EXPECT_EQ(check_port(0x1000, local, {{11, word(1)}}), check_failed);
   log();
   EXPECT_EQ(check_port(0x1001, local, {{10, word(2)}, {11, word(1)}}), 0x40DD0043U);
   EXPECT_EQ(log().front(),
@@ -266,7 +266,7 @@ TEST_F(Check, UnreadableEntriesEndTheCheckOfTheMode) {
     log();
   }
   standin_fail(STANDIN_TLV_FIND, 1, 1);
-  EXPECT_EQ(check({{6, word(1)}}, {{6, word(1)}}), failure);
+  EXPECT_EQ(check({{6, word(1)}}, {{6, word(1)}}), check_failed);
   EXPECT_EQ(log().back(), common + unread);
 }
 
@@ -300,7 +300,7 @@ TEST_F(Check, DisabledVlansThatAreNotComparedLeaveTheResultAlone) {
   EXPECT_TRUE(result.untouched());
   const Lines lines = log();
   EXPECT_EQ(lines.at(lines.size() - 2), pvrst + "PVRST type-1 compat check passed");
-  EXPECT_EQ(check(local, {}, "10"), failure);
+  EXPECT_EQ(check(local, {}, "10"), check_failed);
   EXPECT_TRUE(result.untouched());
   // Values that are no whole bitmap record differ without a look at their VLANs.
   for (const std::size_t size : {515U, 4U, 1U}) {

@@ -152,7 +152,7 @@ TEST_F(Extract, FiveThousandPortsAreOneEntry) {
 
 // --- update messages ---
 
-const std::string update_op = "stp_mcec_param_extractor_from_stp_type1_upd: ";
+const std::string upd_op = "stp_mcec_param_extractor_from_stp_type1_upd: ";
 
 TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
   cache(7, 11, {9, 9, 9, 9, 9, 9});
@@ -164,9 +164,9 @@ TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
   EXPECT_EQ(log(), (Lines{entry_op + "type-1 param extractor",
                           entry_op + "type-1 (" + mts_opc_name_get(STP_MCEC_MTS_OPC_TYPE1_UPD) +
                               ") param extractor",
-                          update_op + "updating type=10, len=4 (is_default=1)",
-                          update_op + "updating type=11, len=4 (is_default=0)",
-                          update_op + "updating type=13, len=0 (is_default=0)"}));
+                          upd_op + "updating type=10, len=4 (is_default=1)",
+                          upd_op + "updating type=11, len=4 (is_default=0)",
+                          upd_op + "updating type=13, len=0 (is_default=0)"}));
   // A value that is shorter than what its default test reads is not the default.
   EXPECT_EQ(
       update(1, 0,
@@ -175,12 +175,12 @@ TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
       "0 | | cmd 0 count 6 | type");
   const Lines lines = log();
   EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
-            (Lines{update_op + "updating type=6, len=1 (is_default=0)",
-                   update_op + "updating type=4, len=3 (is_default=0)",
-                   update_op + "updating type=3, len=0 (is_default=0)",
-                   update_op + "updating type=3, len=1 (is_default=1)",
-                   update_op + "updating type=2, len=515 (is_default=0)",
-                   update_op + "updating type=5, len=8192 (is_default=1)"}));
+            (Lines{upd_op + "updating type=6, len=1 (is_default=0)",
+                   upd_op + "updating type=4, len=3 (is_default=0)",
+                   upd_op + "updating type=3, len=0 (is_default=0)",
+                   upd_op + "updating type=3, len=1 (is_default=1)",
+                   upd_op + "updating type=2, len=515 (is_default=0)",
+                   upd_op + "updating type=5, len=8192 (is_default=1)"}));
 }
 
 TEST_F(Extract, UpdatesWithoutParametersAreRefused) {
@@ -188,7 +188,7 @@ TEST_F(Extract, UpdatesWithoutParametersAreRefused) {
     Bytes payload;
     Lines lines;
   } rows[] = {
-      {update_payload(1, 0, 0, array({{1, word(5)}})), {update_op + "Invalid param len=0"}},
+      {update_payload(1, 0, 0, array({{1, word(5)}})), {upd_op + "Invalid param len=0"}},
       {update_payload(1, 0, 4, array({})), {}},
   };
   for (const auto &row : rows) {
@@ -200,7 +200,7 @@ TEST_F(Extract, UpdatesWithoutParametersAreRefused) {
   }
   const Message bare(standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, nullptr, 0));
   EXPECT_EQ(extract(bare.msg), "40dd0003 | | | |");
-  EXPECT_EQ(log().back(), update_op + "null payload");
+  EXPECT_EQ(log().back(), upd_op + "null payload");
 }
 
 TEST_F(Extract, UpdateEndsWhereItsHeaderSays) {
@@ -215,7 +215,7 @@ TEST_F(Extract, UpdateEndsWhereItsHeaderSays) {
                                         ? "40dd0003 | | cmd 0 count 2 | type 20 6,1,1,0 0,0,0,0 |"
                                         : "40dd0003 | | cmd 0 count 2 | type 20 0,0,0,0 0,0,0,0 |")
         << length;
-    EXPECT_EQ(log().back(), update_op + "Failed (rc=0x40dd0003, " +
+    EXPECT_EQ(log().back(), upd_op + "Failed (rc=0x40dd0003, " +
                                 syserr2str(STP_MCEC_ERR_INVALID_ARG) + ") to retrieve tlv");
     EXPECT_EQ(cached(0, 6), first_lies_within ? "00000001" : "-");
     EXPECT_EQ(cached(0, 7), "-");

@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t most_rows = 10;
 constexpr std::size_t most_scopes = 4;
 constexpr std::size_t most_parameters = 12;
-constexpr std::size_t longest_value = 60;
+constexpr std::size_t longest_field = 60;
 
 std::string format_hour(const Event &event) {
   return format_time(event.time).substr(std::string_view("2024-01-01T").size(), 8);
@@ -96,8 +96,8 @@ std::string describe_field(const std::optional<Row> &row, const std::string &nam
     text = printable(join(std::get<std::vector<std::string>>(found->second), ","));
   }
   if (text.empty()) return "''";
-  if (text.size() <= longest_value) return visible(text);
-  return visible(whole_characters(text, longest_value)) + "...";
+  if (text.size() <= longest_field) return visible(text);
+  return visible(whole_characters(text, longest_field)) + "...";
 }
 
 std::vector<std::string> find_changed_fields(const RowChange &change) {

@@ -60,7 +60,7 @@ void DumpReader::name_row(const std::string &name) {
   if (first_row.empty() && open.back() == Open::dump) first_row = table + '|' + name;
   if (open.back() == Open::table && repeats_table(name)) {
     add_error("found a key that begins with the name of a table",
-              quoted(name.substr(name.find('|') + 1)));
+              quote(name.substr(name.find('|') + 1)));
     slot = Slot::unknown;
   } else if (!rows[table].try_emplace(name).second) {
     repeated();
@@ -151,16 +151,15 @@ void DumpReader::check_form() {
   if (is_empty) {
     of_whole("found an empty object", a_dump);
   } else if (!name_space.empty() && selected == 0) {
-    of_whole("found no namespace " + quoted(name_space),
+    of_whole("found no namespace " + quote(name_space),
              known.empty() ? "a dump of several ASICs" : one_of(known));
   } else if (!first_table.empty() && !first_row.empty()) {
-    of_whole("found the table " + quoted(first_table) + " and the row " + quoted(first_row),
+    of_whole("found the table " + quote(first_table) + " and the row " + quote(first_row),
              "tables of rows, or rows with the names of their tables");
   } else if (rows.empty() && errors.empty() && name_space.empty() && !known.empty()) {
     of_whole("found a dump of several ASICs: " + listed(known), "the namespace of one of them");
   } else if (rows.empty() && errors.empty() && !misplaced.empty()) {
-    of_whole("found rows with the names of their tables in " + quoted(misplaced),
-             "them at the top");
+    of_whole("found rows with the names of their tables in " + quote(misplaced), "them at the top");
   }
 }
 

@@ -11,10 +11,10 @@ namespace {
 
 void check_name(RowsReader &reader, const std::string &where, const std::string &name) {
   if (has_controls(name)) {
-    reader.add_error(where, "found " + quoted(name), "a region name without control characters");
+    reader.add_error(where, "found " + quote(name), "a region name without control characters");
   }
   if (name.size() > region_name_bytes) {
-    reader.add_error(where, "found " + quoted(name) + ", " + std::to_string(name.size()) + " bytes",
+    reader.add_error(where, "found " + quote(name) + ", " + std::to_string(name.size()) + " bytes",
                      "a region name of at most 32 bytes");
   }
 }
@@ -37,7 +37,7 @@ Vlans vlans_of_list(RowsReader &reader, const std::string &key, const Row &field
     read |= vlans_of(parsed.ranges);
     if (parsed.fault == RangeFault::none) continue;
     reader.add_error(
-        RowsReader::place("STP_MST_INST", key, "vlan_list"), "found " + quoted(member),
+        RowsReader::place("STP_MST_INST", key, "vlan_list"), "found " + quote(member),
         parsed.fault == RangeFault::reversed    ? "a range from the lower to the higher VLAN"
         : parsed.fault == RangeFault::too_great ? "VLANs from 1 to 4094"
                                                 : "VLANs like 10, 10-20, Vlan10 or Vlan10-Vlan20");
@@ -77,7 +77,7 @@ Bytes region_map(RowsReader &reader) {
     const Vlans vlans = vlans_of_list(reader, key, fields);
     if (!number || *number > last_instance) {
       reader.add_error(RowsReader::place("STP_MST_INST", key, nullptr),
-                       "found the key " + quoted(key),
+                       "found the key " + quote(key),
                        number ? "an instance from 0 to 4094" : "a key like MST_INSTANCE|1");
       continue;
     }
@@ -86,7 +86,7 @@ Bytes region_map(RowsReader &reader) {
     if (!is_new) {
       reader.add_error(RowsReader::place("STP_MST_INST", key, nullptr),
                        "found instance " + std::to_string(*number) + " again, which is " +
-                           quoted(at->second.key) + " too",
+                           quote(at->second.key) + " too",
                        "an instance in one spelling");
     }
   }
@@ -106,7 +106,7 @@ Bytes region_map(RowsReader &reader) {
     for (const auto &[other, both] : taken) {
       reader.add_error(
           RowsReader::place("STP_MST_INST", instance.key, "vlan_list"),
-          "found " + vlan_words(both) + ", which " + quoted(instances[other].key) + " has too",
+          "found " + vlan_words(both) + ", which " + quote(instances[other].key) + " has too",
           "each VLAN in one instance");
     }
   }

@@ -87,7 +87,7 @@ struct SettingsReader : RowsReader {
       if (is_channel(both[1])) {
         names.emplace(both[1]);
       } else {
-        add_error(place("MCLAG_INTERFACE", key, nullptr), "found " + quoted(both[1]), expected);
+        add_error(place("MCLAG_INTERFACE", key, nullptr), "found " + quote(both[1]), expected);
       }
     }
     std::vector<std::string> read(names.begin(), names.end());
@@ -112,7 +112,7 @@ struct SettingsReader : RowsReader {
     settings.name = text("DEVICE_METADATA", "localhost", fields, "hostname").value_or("");
     settings.address = text("DEVICE_METADATA", "localhost", fields, "mac").value_or("");
     if (has_controls(settings.name)) {
-      add_error(place("DEVICE_METADATA", "localhost", "hostname"), "found " + quoted(settings.name),
+      add_error(place("DEVICE_METADATA", "localhost", "hostname"), "found " + quote(settings.name),
                 "a name without control characters");
     }
   }

@@ -53,7 +53,7 @@ std::optional<Bytes> RowsReader::value(const char *of_table, const std::string &
   if (!written) return std::nullopt;
   const Field &known = *find_field(of_table, field);
   auto parsed = known.parse(*written);
-  if (!parsed) add_error(place(of_table, key, field), "found " + quoted(*written), known.expected);
+  if (!parsed) add_error(place(of_table, key, field), "found " + quote(*written), known.expected);
   return parsed;
 }
 
@@ -78,7 +78,7 @@ std::vector<std::string_view> RowsReader::parts(const char *of_table, const std:
   const bool is_whole =
       std::none_of(read.begin(), read.end(), [](auto part) { return part.empty(); });
   if (read.size() == count && is_whole) return read;
-  add_error(place(of_table, key, nullptr), "found the key " + quoted(key), expected);
+  add_error(place(of_table, key, nullptr), "found the key " + quote(key), expected);
   return {};
 }
 
@@ -86,7 +86,7 @@ std::optional<uint32_t> RowsReader::vlan(const char *of_table, const std::string
                                          std::string_view name, const char *expected) {
   const auto number = vlan_of(name);
   if (number && *number >= first_vlan && *number <= last_vlan) return number;
-  add_error(place(of_table, key, nullptr), "found " + quoted(name),
+  add_error(place(of_table, key, nullptr), "found " + quote(name),
             number ? "a VLAN from 1 to 4094" : expected);
   return std::nullopt;
 }

@@ -103,7 +103,7 @@ std::string shown(std::string_view text) {
   return printable(cut(text, 64));
 }
 
-std::string quoted(std::string_view text) {
+std::string quote(std::string_view text) {
   return '\'' + shown(text) + '\'';
 }
 

@@ -43,6 +43,6 @@ ParsedRanges parse_member(std::string_view member);
 
 // A text from outside as an error shows it: fit for a terminal, and not too long for one.
 std::string shown(std::string_view text);
-std::string quoted(std::string_view text);  // in quotation marks
+std::string quote(std::string_view text);  // in quotation marks
 
 }  // namespace lab

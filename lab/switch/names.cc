@@ -11,12 +11,6 @@ namespace {
 
 constexpr std::string_view prefix = "STP_MCEC_";
 
-template <class Named, class Match>
-const Named *find_in(const std::vector<Named> &all, Match match) {
-  const auto found = std::find_if(all.begin(), all.end(), match);
-  return found != all.end() ? &*found : nullptr;
-}
-
 template <class Named>
 const Named *find_key(const std::vector<Named> &all, std::string_view name) {
   const std::string key = key_of(name);

@@ -20,12 +20,6 @@ auto channel_place(auto &channels, std::string_view name) {
                           });
 }
 
-template <class Named, class Match>
-const Named *find_in(const std::vector<Named> &all, Match match) {
-  const auto found = std::find_if(all.begin(), all.end(), match);
-  return found != all.end() ? &*found : nullptr;
-}
-
 }  // namespace
 
 const Port *find_port(const Settings &settings, uint32_t index) {

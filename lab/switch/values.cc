@@ -232,28 +232,28 @@ struct Kind {
   Difference (*difference)(const Bytes &, const Bytes &) = nullptr;
 };
 
-constexpr Kind choice = {read_choice, write_choice, library_text, choice_help, true};
-constexpr Kind number = {read_number, write_number, library_text, number_help};
-constexpr Kind flags = {read_flags, write_flags, library_text, flags_help};
-constexpr Kind text = {read_text, write_text, library_text, text_help, false, true};
-constexpr Kind vlans = {read_vlans, write_vlans, show_vlans,      vlans_help,
-                        false,      false,       vlans_difference};
-constexpr Kind map = {read_map, write_map, show_map, map_help, false, false, map_difference};
+constexpr Kind choice_kind = {read_choice, write_choice, library_text, choice_help, true};
+constexpr Kind number_kind = {read_number, write_number, library_text, number_help};
+constexpr Kind flags_kind = {read_flags, write_flags, library_text, flags_help};
+constexpr Kind text_kind = {read_text, write_text, library_text, text_help, false, true};
+constexpr Kind vlans_kind = {read_vlans, write_vlans, show_vlans,      vlans_help,
+                             false,      false,       vlans_difference};
+constexpr Kind map_kind = {read_map, write_map, show_map, map_help, false, false, map_difference};
 
 const Kind &kind_of(const Parameter &parameter) {
   switch (parameter.kind) {
     case STP_MCEC_KIND_NUMBER:
-      return number;
+      return number_kind;
     case STP_MCEC_KIND_FLAGS:
-      return flags;
+      return flags_kind;
     case STP_MCEC_KIND_TEXT:
-      return text;
+      return text_kind;
     case STP_MCEC_KIND_VLANS:
-      return vlans;
+      return vlans_kind;
     case STP_MCEC_KIND_MAP:
-      return map;
+      return map_kind;
     default:
-      return choice;
+      return choice_kind;
   }
 }
 

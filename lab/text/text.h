@@ -1,6 +1,7 @@
 // Text, numbers and bytes as people write and read them.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -51,6 +52,13 @@ std::string one_of(const std::vector<std::string> &names);
 // The same, where `given` was found instead: what is most like it comes first, and of many names
 // only that one is printed, and how many others there are.
 std::string one_of(const std::vector<std::string> &names, std::string_view given);
+
+// The first that matches; null when there is none.
+template <class Item, class Match>
+const Item *find_in(const std::vector<Item> &all, Match match) {
+  const auto found = std::find_if(all.begin(), all.end(), match);
+  return found != all.end() ? &*found : nullptr;
+}
 
 // In the order that people expect of names with numbers: PortChannel2 before PortChannel10.
 bool natural_less(std::string_view a, std::string_view b);
