@@ -1,19 +1,27 @@
-// What is known of a watched pair now.
+// What is known of watched pairs now.
 #pragma once
 
 #include <chrono>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "report/verdict.h"
 
 namespace lab {
 
 struct PairStatus {
+  std::string name;  // of one of many pairs
   std::array<std::string, 2> sources;
   std::optional<Outcome> outcome;                  // nothing: not known
+  std::string problem;                             // why it is not known
   std::shared_ptr<const PairReport> comparison;    // the last
   std::array<bool, 2> connected = {};              // each source
   std::chrono::system_clock::time_point compared;  // when `outcome` was last confirmed; 0: never
+  std::chrono::system_clock::time_point changed;   // since when `outcome` is what it is
 };
+
+// All pairs that are watched, in the order of their list.
+using FleetStatus = std::vector<PairStatus>;
 
 }  // namespace lab

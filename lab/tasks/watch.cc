@@ -83,10 +83,13 @@ struct Watch {
 // What is wrong, "" when it is written, or need not be.
 std::string write_metrics(const Watch &watch) {
   if (!watch.options.write_metrics) return "";
-  PairStatus status{.sources = {watch.state.sides[0].source, watch.state.sides[1].source},
+  PairStatus status{.name = "",
+                    .sources = {watch.state.sides[0].source, watch.state.sides[1].source},
                     .outcome = watch.state.outcome,
+                    .problem = "",
                     .comparison = watch.state.comparison,
-                    .compared = watch.compared};
+                    .compared = watch.compared,
+                    .changed = {}};
   for (std::size_t i = 0; i < status.connected.size(); ++i) {
     status.connected[i] = watch.snapshot[i]->state == SourceState::here;
   }
