@@ -145,9 +145,19 @@ void add_watch(Parser &parser) {
   CLI::App *watch = nullptr;
   auto &record = add_command<WatchArguments>(
       parser, "watch", "Watch two switches, and report what changes do", watch);
-  watch->add_option("LEFT", record.left, "a database, or a file")->required();
-  watch->add_option("RIGHT", record.right, "a database, or a file")->required();
+  CLI::Option *left = watch->add_option("LEFT", record.left, "a database, or a file");
+  CLI::Option *right = watch->add_option("RIGHT", record.right, "a database, or a file");
+  watch
+      ->add_option("--pairs", record.pairs,
+                   "watch many pairs: a file as for compare, which is read again on SIGHUP")
+      ->excludes(left, right);
   watch->add_flag("--json", record.json, "a JSON document on each line");
+  watch->add_flag("--only-changes", record.only_changes, "print events that change a verdict only");
+  watch
+      ->add_option("--summary", record.summary,
+                   "seconds between two summaries of all pairs; one is printed on SIGUSR1, too")
+      ->check(CLI::Range(0.1, 1e9))
+      ->check(refuse_nan);
   watch
       ->add_option("--interval", record.interval,
                    "seconds between two readings where nothing is notified; 1 by default")

@@ -64,8 +64,10 @@ struct CaptureArguments {
 struct WatchArguments {
   std::string left;
   std::string right;
+  std::string pairs;
   double interval = 1;
   double timeout = 0;  // 0: none
+  double summary = 0;  // 0: none
   double read_timeout = 10;
   std::string metrics;
   std::string accept;
@@ -73,6 +75,7 @@ struct WatchArguments {
   bool strict = false;
   bool json = false;
   bool once_agreed = false;
+  bool only_changes = false;
   std::string color = "auto";
 };
 
