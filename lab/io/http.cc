@@ -139,8 +139,8 @@ constexpr HttpHeader common_headers[] = {
     {MHD_HTTP_HEADER_CACHE_CONTROL, "no-store"},
     {MHD_HTTP_HEADER_CONNECTION, "close"},
     {"Content-Security-Policy",
-     "default-src 'none'; style-src 'unsafe-inline'; script-src 'unsafe-inline'; base-uri 'none'; "
-     "form-action 'self'; frame-ancestors 'none'"},
+     "default-src 'none'; style-src 'unsafe-inline'; script-src 'unsafe-inline'; "
+     "connect-src 'self'; base-uri 'none'; form-action 'self'; frame-ancestors 'none'"},
     {"Referrer-Policy", "no-referrer"},
     {"X-Content-Type-Options", "nosniff"}};
 
