@@ -199,7 +199,7 @@ def test_changes(folder):
         if rows:
             watch.changed(agree, *rows, scopes=scopes)
     text = metrics.read_text()
-    label = f'{{left="{left.url}",right="{right.url}"'
+    label = f'{{pair="{left.url} {right.url}"'
     assert f"mcec_pair_agrees{label}}} 1\n" in text and f'{label},side="right"}} 1\n' in text, text
     right.do(["HSET", PORT, GUARD, "false"])
     watch.changed(False, guard)
