@@ -105,9 +105,11 @@ TEST_F(ProgramTest, StartsInAUsualProcess) {
 }
 
 TEST_F(ProgramTest, ReportsFailures) {
-  use(R"(read -r event; eval "$event")", {.at_once = 8, .time = 300ms});
+  use(R"(read -r event; eval "$event")");
   program->run("a", "exit 3\n");
   program->run("b", "kill -TERM $$\n");
+  wait_for_all();
+  program->limits.time = 200ms;
   program->run("c", "sleep 60 & sleep 60\n");
   wait_for_all();
   fs::remove(folder / "program");
@@ -118,7 +120,7 @@ TEST_F(ProgramTest, ReportsFailures) {
             (std::vector<std::string>{path + " cannot be started: No such file or directory",
                                       "a: " + path + " ended with status 3",
                                       "b: " + path + " was ended by Terminated",
-                                      "c: " + path + " did not end within 0.3 s"}));
+                                      "c: " + path + " did not end within 0.2 s"}));
   EXPECT_EQ(find_program_problem(path), "No such file or directory");
   EXPECT_EQ(find_program_problem(folder), "it is not a file");
   EXPECT_EQ(find_program_problem(write("x", "", 0600)), "it is not executable");
