@@ -61,6 +61,7 @@ Status compare_pairs(const CompareArguments &arguments) {
   std::vector<PairEntry> pairs = read_pairs_file(arguments.pairs, errors);
   const std::size_t list_errors = errors.size();
   const auto accept = read_accept_file(arguments.accept, errors);
+  const Credentials credentials = read_credentials_file(arguments.credentials, errors);
   if (!errors.empty() && arguments.json) fmt::print("{}", format_errors(errors, JsonForm::line));
   if (errors.size() > list_errors || pairs.empty()) return wrong;
   PairsPrinter printer{.arguments = arguments,
@@ -71,7 +72,8 @@ Status compare_pairs(const CompareArguments &arguments) {
     if (pair.name_space.empty()) pair.name_space = arguments.name_space;
   }
   compare_all(
-      pairs, {.name = "", .is_one_of_many = true, .is_strict = arguments.strict, .accept = &accept},
+      pairs, credentials,
+      {.name = "", .is_one_of_many = true, .is_strict = arguments.strict, .accept = &accept},
       limits_of(arguments.read_timeout), [&](const PairResult &result) { printer.print(result); });
   print_unmatched(accept, printer.matched, arguments.accept);
   if (!arguments.json && !arguments.quiet) print_pair_counts(printer.counts);

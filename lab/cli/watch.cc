@@ -5,6 +5,7 @@
 #include "output/error_json.h"
 #include "output/event_json.h"
 #include "output/event_text.h"
+#include "output/fleet_answer.h"
 #include "output/metrics.h"
 #include "tasks/watch.h"
 #include "text/file.h"
@@ -31,7 +32,7 @@ ParsedSource read_source(const WatchArguments &arguments, const std::string &tex
 
 // The passwords of the environment are for the two sources of one pair.
 WatchEntry read_entry(const WatchArguments &arguments, const PairEntry &pair,
-                      std::vector<SourceErrors> &errors) {
+                      const Credentials &credentials, std::vector<SourceErrors> &errors) {
   WatchEntry entry{.name = pair.name, .sources = {}, .name_space = pair.name_space};
   for (std::size_t i = 0; i < entry.sources.size(); ++i) {
     ParsedSource parsed = read_source(arguments, pair.sources[i],
@@ -39,6 +40,7 @@ WatchEntry read_entry(const WatchArguments &arguments, const PairEntry &pair,
     print_errors(parsed.source.shown, parsed.errors);
     if (!parsed.errors.empty()) errors.push_back({parsed.source.shown, parsed.errors});
     entry.sources[i] = std::move(parsed.source);
+    apply_credentials(credentials, entry.sources[i]);
   }
   return entry;
 }
@@ -48,10 +50,11 @@ std::vector<WatchEntry> read_entries(const WatchArguments &arguments,
   std::vector<PairEntry> pairs = {
       {.name = "", .sources = {arguments.left, arguments.right}, .name_space = {}}};
   if (!arguments.pairs.empty()) pairs = read_pairs_file(arguments.pairs, errors);
+  const Credentials credentials = read_credentials_file(arguments.credentials, errors);
   std::vector<WatchEntry> entries;
   for (PairEntry &pair : pairs) {
     if (pair.name_space.empty()) pair.name_space = arguments.name_space;
-    entries.push_back(read_entry(arguments, pair, errors));
+    entries.push_back(read_entry(arguments, pair, credentials, errors));
   }
   return entries;
 }
@@ -85,17 +88,26 @@ Status execute(const WatchArguments &arguments) {
   options.compare.accept = &accept;
   if (arguments.timeout > 0) options.timeout = seconds(arguments.timeout);
   if (arguments.summary > 0) options.summary = seconds(arguments.summary);
+  options.listen = arguments.listen;
+  options.answer = answer_request;
+  options.on_change = arguments.on_change;
+  options.format = format_event;
+  options.is_left_out = [&](const Event &event) {
+    return arguments.only_changes && !event.changes_outcome && event.kind != Event::Kind::summary;
+  };
   options.listener = [&](const Event &event, bool is_fatal) {
-    const bool is_left_out = arguments.only_changes && !event.changes_outcome && !is_fatal &&
-                             event.kind != Event::Kind::summary;
-    return is_left_out || print_event(event, is_fatal, arguments.json);
+    return print_event(event, is_fatal, arguments.json);
   };
   if (!arguments.metrics.empty()) {
     options.write_metrics = [path = arguments.metrics](const FleetStatus &fleet) {
-      return write_metrics(path, fleet[0]);
+      return write_metrics(path, fleet);
     };
     const std::string problem = find_problem_of_metrics(arguments.metrics);
     if (!problem.empty()) throw std::runtime_error(arguments.metrics + ": " + problem);
+  }
+  if (!arguments.on_change.empty()) {
+    const std::string problem = find_program_problem(arguments.on_change);
+    if (!problem.empty()) throw std::runtime_error("--on-change: " + problem);
   }
   if (!arguments.pairs.empty()) {
     options.read_pairs = [&]() -> std::optional<std::vector<WatchEntry>> {

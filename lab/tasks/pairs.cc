@@ -27,6 +27,7 @@ struct PairTask {
 
 struct PairsRun {
   const std::vector<PairEntry> &pairs;
+  const Credentials &credentials;
   const CompareOptions &options;
   const ReadLimits &limits;
   const std::function<void(const PairResult &)> &listener;
@@ -101,6 +102,7 @@ void begin(PairsRun &run, const PairEntry &pair) {
     if (parsed.source.kind == Source::Kind::file) {
       std::tie(side.path, side.name_space) = split_namespace(parsed.source.place, pair.name_space);
     } else {
+      apply_credentials(run.credentials, parsed.source);
       task->feeds[i].emplace(run.admission, parsed.source, ReadIntervals{}, run.limits,
                              [&run, task, i] { take_rows(run, task, i); });
     }
@@ -117,11 +119,11 @@ void begin_pairs(PairsRun &run) {
 
 }  // namespace
 
-void compare_all(const std::vector<PairEntry> &pairs, const CompareOptions &options,
-                 const ReadLimits &limits,
+void compare_all(const std::vector<PairEntry> &pairs, const Credentials &credentials,
+                 const CompareOptions &options, const ReadLimits &limits,
                  const std::function<void(const PairResult &)> &listener) {
   raise_file_limit();
-  PairsRun run{pairs, options, limits, listener};
+  PairsRun run{pairs, credentials, options, limits, listener};
   begin_pairs(run);
   run.loop.run();
 }

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "io/program.h"
 #include "text/file.h"
 #include "text/signals.h"
 
@@ -52,6 +53,8 @@ struct Watch {
   std::optional<FileWatch> output = {};
   std::optional<SignalWatch> hang_up = {};
   std::optional<SignalWatch> summary_signal = {};
+  std::optional<HttpServer> server = {};
+  std::optional<ChangeProgram> program = {};
 
   Watch(const std::vector<WatchEntry> &entries, const WatchOptions &options);
 };
@@ -109,6 +112,8 @@ void mark_unwatched(Watch &watch) {
 // --- events ---
 
 void report(Watch &watch, const Event &event, bool is_wrong) {
+  if (!is_wrong && watch.options.is_left_out(event)) return;
+  if (watch.program) watch.program->run(event.pair, watch.options.format(event));
   if (!watch.options.listener(event, is_wrong)) leave(watch);
 }
 
@@ -221,6 +226,17 @@ int watch(const std::vector<WatchEntry> &entries, const WatchOptions &options) {
   watch.summary_signal.emplace(watch.loop, SIGUSR1, [&watch] { summarize_pairs(watch); });
   if (options.read_pairs) {
     watch.hang_up.emplace(watch.loop, SIGHUP, [&watch] { read_pairs_again(watch); });
+  }
+  if (!options.listen.empty()) {
+    watch.server.emplace(watch.loop, options.listen, [&watch](std::string_view target) {
+      return watch.options.answer(target, find_fleet_status(watch),
+                                  std::chrono::system_clock::now());
+    });
+  }
+  if (!options.on_change.empty()) {
+    watch.program.emplace(
+        watch.loop, options.on_change, ProgramLimits{},
+        [](const std::string &problem) { fmt::print(stderr, "{}\n", as_shown(problem)); });
   }
   if (options.timeout) watch.end_timer.set_after(*options.timeout);
   if (options.summary) watch.summary_timer.set_after(*options.summary);

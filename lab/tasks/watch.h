@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "io/http.h"
 #include "tasks/pair_watch.h"
 
 namespace lab {
@@ -18,9 +19,18 @@ struct WatchOptions {
   std::optional<Clock::duration> timeout;
   std::optional<Clock::duration> summary;  // between two summaries
 
-  // Each event; because of one that `is_wrong` the watch ends with 2. Returns false when there is no
+  // Each event that is not left out; because of one that `is_wrong` the watch ends with 2. Returns false when there is no
   // reader any more.
   std::function<bool(const Event &event, bool is_wrong)> listener;
+  std::function<bool(const Event &event)> is_left_out;
+  // A program that is run on each of these events, with its text; empty: none.
+  std::string on_change;
+  std::function<std::string(const Event &event)> format;
+  // Where requests for pages are answered, and with what; empty: nowhere.
+  std::string listen;
+  std::function<std::optional<HttpReply>(std::string_view target, const FleetStatus &fleet,
+                                         std::chrono::system_clock::time_point now)>
+      answer;
   // What is known of the pairs, when that has changed or is confirmed. What is wrong, "" when it is
   // written.
   std::function<std::string(const FleetStatus &)> write_metrics;
