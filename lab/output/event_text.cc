@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <string_view>
 
@@ -199,6 +200,23 @@ std::string describe_notes(const Event &event, const std::string &time) {
   return text;
 }
 
+std::string describe_fleet(const FleetStatus &fleet, const std::string &time) {
+  std::map<std::string, std::size_t> counts;
+  std::string text;
+  for (const PairStatus &pair : fleet) {
+    ++counts[pair.outcome ? outcome_name(*pair.outcome) : "unknown"];
+    if (pair.outcome == Outcome::agree) continue;
+    text += fmt::format("{} {}{}\n", time, pair.name.empty() ? "" : pair.name + ": ",
+                        pair.outcome           ? describe_verdict(*pair.comparison)
+                        : pair.problem.empty() ? "the verdict is not known"
+                                               : "the verdict is not known: " + pair.problem);
+  }
+  return fmt::format("{} {} pairs: {} agree, {} disagree, {} incomplete, {} not known\n", time,
+                     fleet.size(), counts["agree"], counts["disagree"], counts["incomplete"],
+                     counts["unknown"]) +
+         text;
+}
+
 std::string describe_plainly(const Event &event) {
   const std::string time = format_hour(event);
   const std::string start = time + " " + switch_names[event.side];
@@ -215,6 +233,8 @@ std::string describe_plainly(const Event &event) {
       return describe_change(event, time);
     case Event::Kind::note:
       return describe_notes(event, time);
+    case Event::Kind::summary:
+      return describe_fleet(event.fleet, time);
   }
   return "";
 }
@@ -248,7 +268,16 @@ std::string describe_causes(const PairReport &report) {
 }
 
 std::string describe_event(const Event &event) {
-  return as_shown(describe_plainly(event));
+  std::string text = describe_plainly(event);
+  if (!event.pair.empty()) {
+    const std::vector<std::string_view> lines = split(text, '\n');  // the last one is empty
+    std::string named;
+    for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
+      named += fmt::format("{} {}\n", event.pair, lines[i]);
+    }
+    text = std::move(named);
+  }
+  return as_shown(text);
 }
 
 }  // namespace lab

@@ -29,4 +29,7 @@ inline std::string pair_name(const PairStatus &status) {
 // All pairs that are watched, in the order of their list.
 using FleetStatus = std::vector<PairStatus>;
 
+// The worst verdict of all pairs; nothing: none is worse than one that is not known.
+std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet);
+
 }  // namespace lab
