@@ -211,7 +211,7 @@ def test_access_and_metrics(folder):
     left.url = left.url.replace("//", "//watcher@")
     metrics = pathlib.Path(folder, "pair.prom")
     watch = Watch(left, right, "--metrics", str(metrics), MCEC_LEFT_PASSWORD="s3cret")
-    label = f'{{left="{left.url}",right="{right.url}"'
+    label = f'{{pair="{left.url} {right.url}"'
 
     def check_metrics(*lines):
         within(lambda: all(line in metrics.read_text() for line in lines))

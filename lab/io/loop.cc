@@ -1,5 +1,7 @@
 #include "io/loop.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -17,6 +19,11 @@ struct FileHandle {
   uv_poll_t raw;
   Callback callback;
   int events = 0;
+};
+
+struct SignalHandle {
+  uv_signal_t raw;
+  Callback callback;
 };
 
 namespace {
@@ -80,6 +87,10 @@ void CloseHandle::operator()(FileHandle *handle) const {
   close_handle(handle);
 }
 
+void CloseHandle::operator()(SignalHandle *handle) const {
+  close_handle(handle);
+}
+
 Timer::Timer(Loop &loop, Callback callback) : handle(new TimerHandle{{}, std::move(callback)}) {
   uv_timer_init(&loop.raw, &handle->raw);
   handle->raw.data = &handle->callback;
@@ -112,6 +123,21 @@ void FileWatch::wait_for(int events) {
   const auto ready = [](uv_poll_t *raw, int, int) { call_back(raw); };
   check_uv(events == 0 ? uv_poll_stop(&handle->raw) : uv_poll_start(&handle->raw, events, ready),
            "a file cannot be watched");
+}
+
+SignalWatch::SignalWatch(Loop &loop, int number, Callback callback)
+    : handle(new SignalHandle{{}, std::move(callback)}) {
+  uv_signal_init(&loop.raw, &handle->raw);
+  handle->raw.data = &handle->callback;
+  const auto take = [](uv_signal_t *raw, int) { call_back(raw); };
+  check_uv(uv_signal_start(&handle->raw, take, number), "a signal cannot be watched");
+}
+
+void raise_file_limit() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 }  // namespace lab

@@ -31,10 +31,12 @@ struct Loop {
 
 struct TimerHandle;
 struct FileHandle;
+struct SignalHandle;
 
 struct CloseHandle {
   void operator()(TimerHandle *handle) const;
   void operator()(FileHandle *handle) const;
+  void operator()(SignalHandle *handle) const;
 };
 
 // Calls back at a time point, once each time that it is set.
@@ -55,5 +57,15 @@ struct FileWatch {
 
   std::unique_ptr<FileHandle, CloseHandle> handle;
 };
+
+// Calls back when the process gets a signal, which then does nothing else.
+struct SignalWatch {
+  SignalWatch(Loop &loop, int number, Callback callback);
+
+  std::unique_ptr<SignalHandle, CloseHandle> handle;
+};
+
+// Let the process have as many open files as it may.
+void raise_file_limit();
 
 }  // namespace lab

@@ -21,7 +21,15 @@ struct PairStatus {
   std::chrono::system_clock::time_point changed;   // since when `outcome` is what it is
 };
 
+// What the pair is called where many are: one that is watched alone has no name but its sources.
+inline std::string pair_name(const PairStatus &status) {
+  return status.name.empty() ? status.sources[0] + " " + status.sources[1] : status.name;
+}
+
 // All pairs that are watched, in the order of their list.
 using FleetStatus = std::vector<PairStatus>;
+
+// The worst verdict of all pairs; nothing: none is worse than one that is not known.
+std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet);
 
 }  // namespace lab

@@ -1,5 +1,7 @@
 #include "report/verdict.h"
 
+#include "report/status.h"
+
 #include <algorithm>
 #include <set>
 
@@ -92,6 +94,16 @@ Status worst_status(Status a, Status b) {
   constexpr Status order[] = {wrong, disagreed, incomplete, agreed};
   return *std::find_if(std::begin(order), std::end(order),
                        [=](Status status) { return status == a || status == b; });
+}
+
+std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet) {
+  const auto has = [&](std::optional<Outcome> outcome) {
+    return std::any_of(fleet.begin(), fleet.end(),
+                       [&](const PairStatus &pair) { return pair.outcome == outcome; });
+  };
+  if (has(Outcome::disagree)) return Outcome::disagree;
+  if (has(std::nullopt)) return std::nullopt;
+  return has(Outcome::incomplete) ? Outcome::incomplete : Outcome::agree;
 }
 
 }  // namespace lab

@@ -71,6 +71,8 @@ void leave_signals_to_the_lab() {
   std::signal(SIGALRM, SIG_DFL);
   std::signal(SIGINT, SIG_IGN);
   std::signal(SIGHUP, SIG_IGN);
+  std::signal(SIGUSR1, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);
   std::signal(SIGTERM, SIG_DFL);
   stop_signal = 0;
   if (signal_file >= 0) close(std::exchange(signal_file, -1));
