@@ -367,22 +367,22 @@ def test_files(folder):
 
     path = pathlib.Path(folder, "right.json")
 
-    def write(text):  # at once: half a file would be reported, too
+    def replace(text):  # at once: half a file would be reported, too
         path.with_suffix(".new").write_text(text)
         path.with_suffix(".new").rename(path)
 
-    write(dump("true"))
+    replace(dump("true"))
     person = start([LAB, "watch", "--interval", "0.2", left.url, str(path)], text=True,
                               stdout=subprocess.PIPE, env={**os.environ, "LC_ALL": "C"})
     for write, line in [
         (lambda: None, "the pair agrees"),
-        (lambda: write(dump("false")), f"right {PORT} root_guard true->false: PortChannel10 no longer agrees "
+        (lambda: replace(dump("false")), f"right {PORT} root_guard true->false: PortChannel10 no longer agrees "
          "(ifi-port-guard); the pair does not agree"),
-        (lambda: write(dump("true")[:99]), r"right .*: the dump is cut off"),
+        (lambda: replace(dump("true")[:99]), r"right .*: the dump is cut off"),
         (lambda: None, "right: the verdict is not known"),
-        (lambda: write(dump("true")), r"right STP_PORT.* false->true: PortChannel10 now agrees; the pair agrees"),
+        (lambda: replace(dump("true")), r"right STP_PORT.* false->true: PortChannel10 now agrees; the pair agrees"),
         (path.unlink, "right is disconnected: No such file or directory"),
-        (lambda: write(dump("false")), r"right is connected: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
+        (lambda: replace(dump("false")), r"right is connected: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
     ]:
         write()
         output = person.stdout.readline()

@@ -176,7 +176,8 @@ void add_watch(Parser &parser) {
   CLI::Option *left = watch->add_option("LEFT", record.left, "A database, or a file");
   CLI::Option *right = watch->add_option("RIGHT", record.right, "A database, or a file");
   add_option(watch, "--pairs", record.pairs, "FILE",
-    X
+             "Watch many pairs: a file as for compare --pairs, which is read again on SIGHUP")
+      ->excludes(left, right);
   add_credentials(watch, record.credentials);
   watch->add_flag("--json", record.json, "Print a JSON document on each line");
   watch->add_flag("--only-changes", record.only_changes,

@@ -2,6 +2,7 @@
 
 #include "cli/commands.h"
 #include "cli/pair_list.h"
+#include "io/program.h"
 #include "output/error_json.h"
 #include "output/event_json.h"
 #include "output/event_text.h"
@@ -90,6 +91,7 @@ Status execute(const WatchArguments &arguments) {
   if (arguments.summary > 0) options.summary = seconds(arguments.summary);
   options.listen = arguments.listen;
   options.answer = answer_request;
+  options.print_problem = print_error;
   options.on_change = arguments.on_change;
   options.format = format_event;
   options.is_left_out = [&](const Event &event) {

@@ -1,6 +1,5 @@
 #include "tasks/watch.h"
 
-#include <fmt/core.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -86,7 +85,7 @@ std::string write_metrics(Watch &watch, const FleetStatus &fleet) {
 // A disk that is full now is no reason to end the watch; it is reported once.
 void update_metrics(Watch &watch) {
   const std::string problem = write_metrics(watch, find_fleet_status(watch));
-  if (!problem.empty() && problem != watch.metrics_problem) fmt::print(stderr, "{}\n", problem);
+  if (!problem.empty() && problem != watch.metrics_problem) watch.options.print_problem(problem);
   watch.metrics_problem = problem;
 }
 
@@ -234,9 +233,7 @@ int watch(const std::vector<WatchEntry> &entries, const WatchOptions &options) {
     });
   }
   if (!options.on_change.empty()) {
-    watch.program.emplace(
-        watch.loop, options.on_change, ProgramLimits{},
-        [](const std::string &problem) { fmt::print(stderr, "{}\n", as_shown(problem)); });
+    watch.program.emplace(watch.loop, options.on_change, ProgramLimits{}, options.print_problem);
   }
   if (options.timeout) watch.end_timer.set_after(*options.timeout);
   if (options.summary) watch.summary_timer.set_after(*options.summary);

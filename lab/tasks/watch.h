@@ -31,6 +31,8 @@ struct WatchOptions {
   std::function<std::optional<HttpReply>(std::string_view target, const FleetStatus &fleet,
                                          std::chrono::system_clock::time_point now)>
       answer;
+  // What goes wrong and does not end the watch.
+  std::function<void(const std::string &problem)> print_problem;
   // What is known of the pairs, when that has changed or is confirmed. What is wrong, "" when it is
   // written.
   std::function<std::string(const FleetStatus &)> write_metrics;
