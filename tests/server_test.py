@@ -42,8 +42,8 @@ def scan(*keys, cursor=b"0"):
 ROWS = {b"STP|GLOBAL": (b"mode", b"mst"), b"STP_MST|GLOBAL": (b"name", b"campus"),
         b"MCLAG_DOMAIN|1": (b"peer_link", b"PortChannel1"),
         b"MCLAG_INTERFACE|1|PortChannel2": (b"NULL", b"NULL")}
-ANSWERS = {b"DBSIZE": b":1\r\n", 
-    b"AUTH": b"+OK\r\n", b"SELECT": b"+OK\r\n", b"PING": b"+PONG\r\n",
+ANSWERS = {
+    b"DBSIZE": b":1\r\n", b"AUTH": b"+OK\r\n", b"SELECT": b"+OK\r\n", b"PING": b"+PONG\r\n",
     b"PSUBSCRIBE": lambda words: array(bulk(b"psubscribe"), bulk(words[1]), b":1\r\n"),
     b"CONFIG": texts(b"notify-keyspace-events", b"KEA"),
     b"SCAN": scan(*ROWS), b"HGETALL": lambda words: texts(*ROWS.get(words[1], (b"NULL", b"NULL"))),

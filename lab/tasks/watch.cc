@@ -246,7 +246,11 @@ int watch(const std::vector<WatchEntry> &entries, const WatchOptions &options) {
     mark_unwatched(watch);
     throw;
   }
-  if (!(options.once_agreed && watch.status == 0)) mark_unwatched(watch);
+  if (options.once_agreed && watch.status == 0) {
+    update_metrics(watch);
+  } else {
+    mark_unwatched(watch);
+  }
   return *watch.status;
 }
 
