@@ -1,7 +1,7 @@
 #include "scenario/scenario.h"
 
 #include "scenario/steps.h"
-#include "switch/state_reader.h"
+#include "switch/state_file.h"
 #include "text/file.h"
 
 namespace lab {

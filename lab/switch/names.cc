@@ -131,11 +131,10 @@ std::string result_name(uint32_t code) {
 std::optional<uint32_t> find_result(std::string_view name) {
   const std::string key = key_of(name);
   if (key == "agree" || key == "ok") return 0;
-  for (const auto &[full, code] : results()) {
-    const std::string known = key_of(full);
-    for (const std::string_view before : {"", "stp-mcec-", "stp-mcec-err-", "stp-mcec-result-"}) {
-      if (known.starts_with(before) && known.substr(before.size()) == key) return code;
-    }
+  for (const std::string before : {"", "stp-mcec-", "stp-mcec-err-", "stp-mcec-result-"}) {
+    const auto *known =
+        find_in(results(), [&](const ResultInfo &r) { return key_of(r.name) == before + key; });
+    if (known != nullptr) return known->code;
   }
   return parse_number(name);
 }

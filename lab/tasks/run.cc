@@ -4,8 +4,6 @@
 #include <map>
 
 #include "report/verdict.h"
-#include "scenario/expectations.h"
-#include "switch/state_reader.h"
 #include "tasks/check.h"
 #include "tasks/replies.h"
 #include "text/signals.h"
@@ -115,7 +113,8 @@ void run_requests(Runner &runner, const Step &step,
       if (!requests[i]) continue;
       fill_in(runner, step, i, *requests[i]);
       if (const auto *change = std::get_if<ChangeWorld>(&requests[i]->asked)) {
-        apply(change->change, runner.now[i]);
+        runner.now[i].channels = change->change.channels;
+        for (const Port &port : change->change.ports) port_at(runner.now[i], port.index) = port;
         runner.channels.reset();
       }
     }
