@@ -1,5 +1,4 @@
-// What can be expected of a step: a row for each kind, how it is read, and how what corresponds to
-// it is taken from the report of the step.
+// What can be expected of a step: how it is read, and how it is taken from the step's report.
 
 #include <algorithm>
 #include <set>
@@ -131,9 +130,7 @@ Finding take_result(const StepReport &report, const Expected &, std::size_t side
 }
 
 Finding take_answer(const StepReport &report, const Expected &, std::size_t side) {
-  const auto answer = answer_of(report, side).answer;
-  if (!answer) return std::string("none");
-  return answer->is_accepted ? std::string("accepted") : answer->text;
+  return describe_answer(answer_of(report, side));
 }
 
 Finding take_records(const StepReport &report, const Expected &, std::size_t side) {
@@ -180,10 +177,9 @@ bool has_subject(const ScopeReport &report, const std::string &name) {
   const PairScope &scope = report.scope;
   if (scope.name == name) return true;
   if (scope.kind != PairScope::Kind::of_channel) return false;
-  return std::any_of(scope.ends.begin(), scope.ends.end(), [&](const PairScope::End &end) {
+  return std::ranges::any_of(scope.ends, [&](const PairScope::End &end) {
     return (end.present && end.port_name == name) ||
-           std::any_of(end.others.begin(), end.others.end(),
-                       [&](const PairScope::Member &member) { return member.name == name; });
+           std::ranges::count(end.others, name, &PairScope::Member::name) > 0;
   });
 }
 
@@ -281,7 +277,7 @@ std::string find_contradiction(const std::vector<Expected> &expected) {
        "'verdict' is that of both switches, and 'right' says something else"},
       {agrees && differ && !differ->empty(), "a pair that agrees differs in nothing"},
       {agrees && fail && fail->any(), "no VLAN fails when the pair agrees"},
-      {named && differ && std::find(differ->begin(), differ->end(), named->type) == differ->end(),
+      {named && differ && std::ranges::count(*differ, named->type) == 0,
        "the verdict names a parameter that 'differ' does not"},
   };
   for (const auto &[is_found, why] : contradictions) {
@@ -304,10 +300,7 @@ bool is_met(const Finding &expected, const Finding &found) {
 std::vector<std::string> expectation_keys(const std::string &action) {
   std::vector<std::string> keys;
   for (const ExpectationKind &kind : expectation_kinds()) {
-    const auto &actions = kind.actions;
-    if (std::find(actions.begin(), actions.end(), action) != actions.end()) {
-      keys.emplace_back(kind.key);
-    }
+    if (std::ranges::count(kind.actions, action) > 0) keys.emplace_back(kind.key);
   }
   return keys;
 }
@@ -321,7 +314,7 @@ std::vector<Expected> read_expectations(StepReader &reader, const YAML::Node &no
   const std::size_t errors = reader.errors.size();
   for (const auto &pair : node) {
     const std::string key = scalar_text(pair.first);
-    if (std::find(keys.begin(), keys.end(), key) == keys.end()) continue;
+    if (std::ranges::count(keys, key) == 0) continue;
     const ExpectationKind *kind =
         find_in(expectation_kinds(), [&](const ExpectationKind &one) { return key == one.key; });
     for (Expected &one : kind->read(reader, pair.second)) {

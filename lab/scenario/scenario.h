@@ -28,17 +28,12 @@ struct Expected {
 struct CheckPlan {
   bool of_switch = false;
   bool all_channels = false;
-  std::vector<std::string> channels;  // by name
+  std::string channel;  // the name of one
   std::vector<PairScope> ports;
   std::optional<Vlans> twins;  // nothing: disabled VLANs are left out
 };
 
-struct Step {
-  int line = 0;
-  std::string action;   // the step's key: "command", "check", ...
-  std::string summary;  // for a person: "no stp-mode"
-  std::string note;
-  std::array<bool, 2> on = {true, true};
+struct Step : StepHead {
   std::vector<Requests> requests;  // for the switches, in order
   std::optional<CheckPlan> check;
   std::string saved_as;      // the name of the array that is exported

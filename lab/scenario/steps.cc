@@ -101,7 +101,7 @@ void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &va
   plan.all_channels = given == "all";
   plan.of_switch = given == "switch" || plan.all_channels;
   if (given.starts_with(channel_word)) {
-    plan.channels = {read_channel_name(reader, value, given.substr(channel_word.size()))};
+    plan.channel = read_channel_name(reader, value, given.substr(channel_word.size()));
   } else if (given.empty()) {
     reader.expected(value, what);
   } else if (!plan.of_switch) {

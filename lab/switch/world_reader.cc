@@ -21,6 +21,7 @@ struct WorldReader {
   // Who has the ids and indexes that were given.
   std::map<uint32_t, std::string> channels = {};
   std::map<uint32_t, std::string> ports = {};
+  Reader collisions = {};  // of these, after all other errors
   std::set<uint32_t> changed_ports = {};
 };
 
@@ -62,7 +63,7 @@ void add_channel(WorldReader &world, const ChannelRef &ref, std::optional<bool> 
   if (ref.id != 0) {
     const auto [at, is_new] = world.channels.try_emplace(ref.id, ref.name);
     if (!is_new && at->second != ref.name) {
-      world.reader.add_error(
+      world.collisions.add_error(
           world.node["channels"],
           "found " + at->second + " and " + ref.name + " with the id " + std::to_string(ref.id),
           "an id for each channel");
@@ -183,7 +184,7 @@ void add_ports(WorldReader &world, const PortGroup &group) {
     const uint32_t index = ranges[0].first;
     const auto [at, is_new] = world.ports.try_emplace(index, group.name);
     if (!is_new && at->second != group.name) {
-      world.reader.add_error(
+      world.collisions.add_error(
           world.node["ports"],
           "found " + at->second + " and " + group.name + " with the index " + port_text(index),
           "an index for each port");
@@ -235,6 +236,8 @@ WorldChange read_world(Reader &reader, const YAML::Node &node, Settings &setting
     change.ports.push_back(*find_port(settings, index));
   }
   change.channels = settings.channels;
+  const InputErrors &collisions = world.collisions.errors;
+  reader.errors.insert(reader.errors.end(), collisions.begin(), collisions.end());
   return change;
 }
 
