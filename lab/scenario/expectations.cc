@@ -44,7 +44,6 @@ std::string read_answer(StepReader &reader, const YAML::Node &node) {
   return reader.text(node, "an answer: accepted, none, or the message of a refusal");
 }
 
-// {stp-mode: MST, ...}
 TextsByType read_texts(StepReader &reader, const YAML::Node &node) {
   TextsByType texts;
   read_mapping(reader, node, "parameters and texts, for instance {stp-mode: MST}",
@@ -79,7 +78,6 @@ std::vector<Expected> read_verdict(StepReader &reader, const YAML::Node &node) {
   return {Expected{.side = {side...}, .value = CheckCode{read_code(reader, node)}}};
 }
 
-// {0x1000: agree}
 std::vector<Expected> read_ports_verdicts(StepReader &reader, const YAML::Node &node) {
   std::vector<Expected> all;
   read_mapping(reader, node, "ports and verdicts, for instance {0x1000: agree}",
@@ -94,7 +92,6 @@ std::vector<Expected> read_ports_verdicts(StepReader &reader, const YAML::Node &
   return all;
 }
 
-// {10: agree}
 std::vector<Expected> read_channels_verdicts(StepReader &reader, const YAML::Node &node) {
   std::vector<Expected> all;
   read_mapping(reader, node, "channels and verdicts, for instance {10: agree}",

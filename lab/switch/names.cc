@@ -1,7 +1,8 @@
 #include "switch/names.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <cstdio>
 
 #include "draimiofaf/types.h"
 #include "text/text.h"
@@ -122,10 +123,7 @@ std::string parameter_key(uint32_t type) {
 std::string result_name(uint32_t code) {
   if (code == 0) return "agree";
   const auto *known = find_in(results(), [=](const ResultInfo &r) { return r.code == code; });
-  if (known != nullptr) return known->name;
-  char text[16];
-  std::snprintf(text, sizeof text, "0x%08X", code);
-  return text;
+  return known != nullptr ? known->name : fmt::format("0x{:08X}", code);
 }
 
 std::optional<uint32_t> find_result(std::string_view name) {
