@@ -11,7 +11,6 @@
 #include "output/check_json.h"
 #include "output/error_json.h"
 #include "sonic/fields.h"
-#include "switch/digest.h"
 #include "switch/values.h"
 
 namespace lab {
