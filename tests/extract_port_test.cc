@@ -183,26 +183,6 @@ TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
                    upd_op + "updating type=5, len=8192 (is_default=1)"}));
 }
 
-TEST_F(Extract, UpdatesWithoutParametersAreRefused) {
-  const struct {
-    Bytes payload;
-    Lines lines;
-  } rows[] = {
-      {update_payload(1, 0, 0, array({{1, word(5)}})), {upd_op + "Invalid param len=0"}},
-      {update_payload(1, 0, 4, array({})), {}},
-  };
-  for (const auto &row : rows) {
-    const Message message(
-        standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, row.payload.data(), row.payload.size()));
-    EXPECT_EQ(extract(message.msg), "40dd0003 | | | |");
-    const Lines lines = log();
-    EXPECT_EQ(Lines(lines.begin() + 2, lines.end()), row.lines);
-  }
-  const Message bare(standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, nullptr, 0));
-  EXPECT_EQ(extract(bare.msg), "40dd0003 | | | |");
-  EXPECT_EQ(log().back(), upd_op + "null payload");
-}
-
 TEST_F(Extract, UpdateEndsWhereItsHeaderSays) {
   const Bytes made = array({{6, word(1)}, {7, word(2)}});
   const uint32_t one = 4 + tlv_aligned_data_size_get(4);

@@ -11,22 +11,6 @@ namespace {
 
 using namespace test;
 
-// --- entry and dispatch ---
-
-TEST_F(Extract, UnknownMessagesAndCommandsAreNotAnswered) {
-  const Message other(standin_message(5, "x", 1));
-  EXPECT_EQ(extract(other.msg), "40dd0003 | | | |");
-  EXPECT_EQ(log(), Lines{entry_op + "type-1 param extractor"});
-  const Message no_request(standin_message(7682, "x", 1));
-  EXPECT_EQ(extract(no_request.msg), "40dd0003 | | | |");
-  EXPECT_EQ(log(), (Lines{entry_op + "type-1 param extractor",
-                          entry_op + "Failed to get CMI (TLV) request handle"}));
-  for (const uint32_t id : {0U, 3U, 14U, 44U, 51U, 63U, 0xFFFFFFFFU}) {
-    EXPECT_EQ(command(id, true), "40dd0003 | | count 0 | |") << id;
-    EXPECT_EQ(log(), (Lines{entry_op + "type-1 param extractor", cli_op + "CLI extractor"}));
-  }
-}
-
 TEST_F(Extract, HandlesAboveTheLimitAreNotBuilt) {
   ON_STANDIN_ONLY();
   standin_handle_size(64 * 1024);
@@ -138,9 +122,6 @@ TEST_F(Extract, ListsThatReachPastTheirAttributeCountAsMissing) {
   cache(0, 2, vlans("10"));
   const std::string no_vlans = "40dd0003 | internal error: Failed to get vlan | count 0 | |";
   const std::string no_ports = "40dd0003 | internal error: Failed to get IFINDEX | count 0 | |";
-  EXPECT_EQ(command(2, false), no_vlans);
-  EXPECT_EQ(log().back(), "stp_mcec_extract_stp_endis_param: Invalid arg");
-  EXPECT_EQ(command(13, true), no_ports);
   const Attribute list = vlan_list({20, 30, 40, 50});
   const Attribute range_list = ports({0x1000, 0x1001, 0x1003, 0x1003});
   for (std::size_t length = 0; length < list.value.size(); ++length) {
@@ -209,8 +190,6 @@ TEST_F(Extract, GlobalSettingsAreOnOrOff) {
                                                       (positive ? "True" : "False")}));
     }
   }
-  EXPECT_EQ(command(62, true), "40dd0003 | Invalid command ID 62 | count 0 | |");
-  EXPECT_EQ(log().back(), op + "Invalid cmd id 62");
 }
 
 TEST_F(Extract, GlobalPortTypeChangesOneFlag) {
@@ -250,41 +229,6 @@ TEST_F(Extract, GlobalPortTypeChangesOneFlag) {
   EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
             (Lines{op + "extract gbl port type", op + "Global port type before change to 0x8000000",
                    op + "Global port type changed to 0x8000001"}));
-}
-
-// --- sub-extractors called directly ---
-
-TEST_F(Extract, SubExtractorsRefuseCommandsOfOthers) {
-  using Extractor = uint32_t (*)(void *, uint32_t, uint8_t **, uint32_t *, uint32_t *,
-                                 mcecm_app_cmd_extract_info_t **);
-  const struct {
-    Extractor extractor;
-    const char *answer;  // nullptr: none
-    const char *line;
-  } rows[] = {
-      {stp_mcec_extract_stp_mode_param, "Invalid cmd id 9\n", "Invalid cmd id 9"},
-      {stp_mcec_extract_stp_endis_param, "Invalid Command ID 9", "Invalid cmd id 9"},
-      {stp_mcec_extract_reset_mst_region_cfg, nullptr, "Invalid cmd id 9"},
-      {stp_mcec_extract_gbl_params, "Invalid command ID 9", "Invalid cmd id 9"},
-      {stp_mcec_extract_gbl_port_type_param, "Invalid command ID 9", "Invalid cmd id 9"},
-      {stp_mcec_extract_if_params, "internal error: Failed to get param val\n",
-       "extract interface params"},
-  };
-  for (const auto &row : rows) {
-    const Message message(standin_command(9, 1, nullptr, 0));
-    void *handle = standin_handle(message.msg);
-    standin_answers_clear();
-    uint32_t count = 3;
-    EXPECT_EQ(row.extractor(handle, 9, nullptr, &count, nullptr, nullptr),
-              uint32_t{STP_MCEC_ERR_INVALID_ARG});
-    EXPECT_EQ(count, 3U);
-    EXPECT_EQ(standin_answer_count(), row.answer != nullptr ? 1U : 0U);
-    if (row.answer != nullptr) {
-      EXPECT_STREQ(standin_answer_at(0).text, row.answer);
-    }
-    EXPECT_TRUE(log().back().ends_with(std::string(": ") + row.line));
-    standin_handle_free(handle);
-  }
 }
 
 TEST_F(Extract, InterfaceValueTellsTheNegatingForm) {

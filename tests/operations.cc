@@ -6,12 +6,6 @@
 namespace test {
 namespace {
 
-std::string in_hex(uint32_t code) {
-  char text[16];
-  std::snprintf(text, sizeof text, "%x", code);
-  return text;
-}
-
 // An array, in a block of the platform as one from the peer, that must stay as it is.
 struct Given {
   Bytes bytes;

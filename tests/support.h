@@ -40,6 +40,7 @@ Bytes name(const std::string &text);            // 32 bytes
 Bytes vlans(const std::string &ranges);         // a bitmap record, size in network order
 Bytes host_words(std::vector<uint32_t> words);  // as command attributes have them
 std::string hex(const Bytes &bytes);
+std::string in_hex(uint32_t code);
 std::string vlans_of(const bmp4096_t &record);
 
 Bytes array(const Entries &entries);
