@@ -28,17 +28,17 @@ std::vector<ReadDatabase> read_databases(const std::vector<Source> &sources,
     if (!is_opening) break;
     wait(sockets, until);
   }
-  std::vector<ReadDatabase> all;
+  std::vector<ReadDatabase> results;
   for (const OpenDatabase &database : databases) {
     Snapshot &is = snapshot(*database);
-    ReadDatabase &read = all.emplace_back();
+    ReadDatabase &read = results.emplace_back();
     read.rows = std::move(is.rows);
     read.lost = std::move(is.reason);
     for (const auto &[row, errors] : is.errors) {
       read.errors.insert(read.errors.end(), errors.begin(), errors.end());
     }
   }
-  return all;
+  return results;
 }
 
 }  // namespace lab
