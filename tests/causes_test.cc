@@ -166,7 +166,7 @@ std::vector<Cause> causes_of_commands() {
   };
   const auto with_ports = [](uint32_t id, uint32_t attribute, uint32_t value) {
     return [=] {
-      return command(id, true, {ports({0x1001, 0x1001}), {attribute, host_words({value})}});
+      return command(id, set_form, {ports({0x1001, 0x1001}), {attribute, host_words({value})}});
     };
   };
   static constexpr char other[] = "Invalid cmd id *";
@@ -179,9 +179,9 @@ std::vector<Cause> causes_of_commands() {
        "No usable request in the message, or its handle is larger than 64 KiB.", "40dd0003 | | | |",
        [] { return extract_message(STP_MCEC_MTS_OPC_CMD_REQ, "x", 1); }},
       {commanded, "CLI extractor", "The command is not in `STP_MCEC_COMMANDS`.",
-       "40dd0003 | | count 0 | |", [] { return command(3, true); }},
+       "40dd0003 | | count 0 | |", [] { return command(3, set_form); }},
       {commanded, other, other_command, "40dd0003 | Invalid command ID 62 | count 0 | |",
-       [] { return command(62, true); }},
+       [] { return command(routed_command, set_form); }},
       {commanded, other, other_command, "40dd0003 | Invalid cmd id 9\n",
        extractor(stp_mcec_extract_stp_mode_param)},
       {commanded, other, other_command, "40dd0003 | Invalid Command ID 9",
@@ -192,7 +192,7 @@ std::vector<Cause> causes_of_commands() {
        extractor(stp_mcec_extract_gbl_port_type_param)},
       {commanded, "Invalid arg", vlans_missing,
        "40dd0003 | internal error: Failed to get vlan | count 0 | |",
-       [] { return command(STP_MCEC_CMD_STP_ENDIS, true); }},
+       [] { return command(STP_MCEC_CMD_STP_ENDIS, set_form); }},
       {commanded, values, "The command is not one for interfaces.", no_value,
        extractor(stp_mcec_extract_if_params)},
       {commanded, "Portfast mode unknown!!", "The value of the port mode or port type is unknown.",
@@ -203,7 +203,7 @@ std::vector<Cause> causes_of_commands() {
        with_ports(STP_MCEC_CMD_IF_GUARD, STP_MCEC_ATTR_IF_GUARD, 0)},
       {commanded, "param_val=*, param_type=*", ports_missing,
        "40dd0003 | internal error: Failed to get IFINDEX | count 0 | |",
-       [] { return command(STP_MCEC_CMD_IF_PORT_MODE, true); }},
+       [] { return command(STP_MCEC_CMD_IF_PORT_MODE, set_form); }},
   };
 }
 

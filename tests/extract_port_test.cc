@@ -74,7 +74,7 @@ TEST_F(Extract, EveryMemberPortIsARecord) {
   const std::string op = "stp_mcec_extract_if_params: ";
   standin_set_void_member(0x1002, 12);
   cache(0x1001, 11, {9});
-  EXPECT_EQ(command(17, true,
+  EXPECT_EQ(command(STP_MCEC_CMD_IF_GUARD, set_form,
                     {ports({0x1003, 0x1003, 0x1002, 0x1000, 0x1000, 0x1002}),
                      {STP_MCEC_ATTR_IF_GUARD, host_words({2})}}),
             "0 | ok | cmd 1 count 2 | type 19 11,1,0,4099 11,1,0,4097 | type 12 11:00000002");
@@ -89,7 +89,7 @@ TEST_F(Extract, EveryMemberPortIsARecord) {
                    op + "port 0x1003 is MCEC (ID 13)", op + "created avl node",
                    op + "port 0x1001 is MCEC (ID 11)", op + "found avl node"}));
   for (const auto &none : {ports({}), ports({0x1000, 0x1000}), ports({0x1003, 0x1001})}) {
-    EXPECT_EQ(command(17, true, {none}), "0 | ok | count 0 | |");
+    EXPECT_EQ(command(STP_MCEC_CMD_IF_GUARD, set_form, {none}), "0 | ok | count 0 | |");
     EXPECT_EQ(log().back(), op + "total_if_count=0");
   }
 }
@@ -97,17 +97,20 @@ TEST_F(Extract, EveryMemberPortIsARecord) {
 TEST_F(Extract, PodPortsOnInternalChannelsAreNotChecked) {
   standin_set_pod_port(0x1001, 1);
   const auto both = ports({0x1001, 0x1001, 0x1003, 0x1003});
-  EXPECT_EQ(command(48, true, {both}).substr(0, 23), "0 | ok | cmd 1 count 2 ");
+  EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {both}).substr(0, 23),
+            "0 | ok | cmd 1 count 2 ");
   empty_cache();
   log();
   standin_set_internal(11, 1);
-  EXPECT_EQ(command(48, true, {both}), "0 | ok | count 0 | |");
+  EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {both}), "0 | ok | count 0 | |");
   EXPECT_EQ(log().back(), "No Type-1 checks for HIF ports\\");
   EXPECT_EQ(cached(0x1003, 10), "-");
   // Only the first port is asked about; one that is no member is on no channel.
   standin_set_pod_port(0x1000, 1);
-  EXPECT_EQ(command(48, true, {ports({0x1000, 0x1001})}).substr(0, 23), "0 | ok | cmd 1 count 1 ");
-  EXPECT_EQ(command(48, true, {ports({0x1003, 0x1003, 0x1001, 0x1001})}).substr(0, 23),
+  EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {ports({0x1000, 0x1001})}).substr(0, 23),
+            "0 | ok | cmd 1 count 1 ");
+  EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {ports({0x1003, 0x1003, 0x1001, 0x1001})})
+                .substr(0, 23),
             "0 | ok | cmd 1 count 2 ");
 }
 
@@ -126,7 +129,7 @@ TEST_F(Extract, MembershipMayChangeBetweenThePasses) {
   for (const auto &row : rows) {
     empty_cache();
     standin_fail(STANDIN_MEMBERSHIP, row.first, row.times);
-    EXPECT_EQ(command(48, true, {all}), row.outcome);
+    EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {all}), row.outcome);
     log();
   }
   // A member beyond the counted ones ends the pass: it is not cached, and no port behind it asked.
@@ -134,14 +137,15 @@ TEST_F(Extract, MembershipMayChangeBetweenThePasses) {
   EXPECT_EQ(cached(0x1003, 10), "-");
   const uint32_t before = standin_calls(STANDIN_MEMBERSHIP);
   standin_fail(STANDIN_MEMBERSHIP, 2, 1);
-  command(48, true, {ports({0x1000, 0x1003, 0x1000, 0x1000})});
+  command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {ports({0x1000, 0x1003, 0x1000, 0x1000})});
   EXPECT_EQ(standin_calls(STANDIN_MEMBERSHIP) - before, 5U + 4U);
 }
 
 TEST_F(Extract, FiveThousandPortsAreOneEntry) {
   standin_add_ports(0x10000, 0x10000 + 4999, 26, 2);
   for (uint32_t port = 0x10000; port < 0x10000 + 5000; ++port) standin_set_member(port, 9);
-  const std::string outcome = command(48, true, {ports({0x10000, 0x10000 + 4999})});
+  const std::string outcome =
+      command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {ports({0x10000, 0x10000 + 4999})});
   EXPECT_TRUE(
       outcome.starts_with("0 | ok | cmd 1 count 5000 | type 19 10,1,0,65536 10,1,0,65537 "));
   EXPECT_TRUE(outcome.ends_with(" 10,1,0,70535 | type 12 10:00000003"));

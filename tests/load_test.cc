@@ -32,7 +32,7 @@ TEST(Load, RegistersAndReleasesEachTime) {
         reinterpret_cast<Extract>(dlsym(library, "stp_mcec_type1_cfg_param_extractor"));
     ASSERT_NE(extract, nullptr);
     standin_set_trunk(1);
-    void *message = standin_command(21, 1, nullptr, 0);
+    void *message = standin_command(STP_MCEC_CMD_GBL_LOOPGUARD, 1, nullptr, 0);
     standin_fail(STANDIN_ALLOC, 4, 1);  // the entry is cached, the array is not handed out
     uint8_t *array = nullptr;
     uint32_t count = 0;

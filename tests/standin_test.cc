@@ -47,7 +47,7 @@ std::string misuse;
 TEST_F(Standin, RefusesMisuse) {
   ON_STANDIN_ONLY();
   standin_on_misuse([](const char *what) { misuse = what; });
-  static const Message request(standin_command(1, 1, nullptr, 0));
+  static const Message request(standin_command(STP_MCEC_CMD_STP_MODE, 1, nullptr, 0));
   static void *const handle = standin_handle(request.msg);
   alignas(16) static uint8_t aligned[1024] = {};
   static uint32_t number = 0;

@@ -72,6 +72,9 @@ struct Attribute {
 // What an extraction made of a message, released: "0 | ok | cmd 1 | 1,1,1,0 | 1:00000004": result,
 // answers, is_cmd, records, array; "-" for what was left alone, "null" for an array set to NULL.
 std::string extract(void *msg);
+constexpr bool set_form = true;
+constexpr bool no_form = false;
+constexpr uint32_t routed_command = 62;  // no command, but routed to an extractor
 std::string command(uint32_t id, bool positive, const std::vector<Attribute> &attributes = {});
 std::string update(uint32_t global, uint32_t if_index, const Entries &entries);
 
