@@ -152,7 +152,6 @@ TEST_F(Cache, ExportLogsItsStepsAndGoesOnWithoutAnEntry) {
   const std::string size = "stp_mcec_params_tlv_size_add: finding type ";
   const std::string add = "stp_mcec_params_tlv_add: ";
   void *out = nullptr;
-  ON_STANDIN_ONLY();
   standin_fail(STANDIN_TLV_ADD, 1, 1);
   EXPECT_EQ(stp_mcec_type1_cfg_get_params(0, 0x1000, &out), 0U);
   EXPECT_EQ(entries_of(out), "12:00000002");

@@ -204,7 +204,6 @@ TEST_F(Check, PortTypeMayDifferOnPodPorts) {
 }
 
 TEST_F(Check, UnreadableEntriesEndTheCheckOfTheMode) {
-  ON_STANDIN_ONLY();
   const std::string unread = "failed (rc=0x40aa00ff, system error 0x40AA00FF) get_next_tlv";
   for (const uint32_t mode : {4U, 5U}) {
     stp_mcec_type1_cfg_delete_cache_node(1, 0);

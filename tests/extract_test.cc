@@ -12,7 +12,6 @@ namespace {
 using namespace test;
 
 TEST_F(Extract, HandlesAboveTheLimitAreNotBuilt) {
-  ON_STANDIN_ONLY();
   standin_handle_size(64 * 1024);
   EXPECT_EQ(command(STP_MCEC_CMD_GBL_LOOPGUARD, set_form), set_one(6, 18, 11, "00000001"));
   standin_handle_size(64 * 1024 + 1);

@@ -19,11 +19,6 @@
 #include "standin.h"
 #include "tlv.h"
 
-// At the start of a test that asks for controls that the stand-in alone has: failures on order,
-// misuse, counted calls, handles of any size.
-#define ON_STANDIN_ONLY() \
-  if (!ON_STANDIN) GTEST_SKIP() << "asks for the stand-in's own controls"
-
 namespace test {
 
 using Bytes = std::vector<uint8_t>;
