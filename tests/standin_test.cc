@@ -1,7 +1,5 @@
 // The stand-in keeps to the contract of the platform and enforces it.
 
-#include <algorithm>
-#include <fstream>
 
 #include "avl.h"
 #include "cmd_req.h"
