@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "draimiofaf/commands.h"
 #include "standin.h"
 
 namespace {
