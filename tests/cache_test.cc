@@ -107,10 +107,8 @@ TEST_F(Cache, RebuildKeepsTheFirstOfATypeAndTheCached) {
                           rebuild_op + "type = 1, tlen=4", rebuild_op + "type = 1, tlen=4",
                           rebuild_op + "type = 6, tlen=4"}));
   EXPECT_EQ(cached(0, 1), "00000004");
-  EXPECT_EQ(stp_mcec_type1_cfg_cache_rebuild(nullptr, 0, 0), uint32_t{STP_MCEC_ERR_INVALID_ARG});
   EXPECT_EQ(rebuild(0, {}), 0U);
-  EXPECT_EQ(log(), (Lines{rebuild_op + "rebuilding type-1 cache",
-                          rebuild_op + "rebuilding type-1 cache", rebuild_op + "num_tlvs = 0"}));
+  EXPECT_EQ(log(), (Lines{rebuild_op + "rebuilding type-1 cache", rebuild_op + "num_tlvs = 0"}));
 }
 
 TEST_F(Cache, ExportHoldsWhatIsCachedOfTheScope) {
@@ -154,7 +152,6 @@ TEST_F(Cache, ExportLogsItsStepsAndGoesOnWithoutAnEntry) {
   const std::string size = "stp_mcec_params_tlv_size_add: finding type ";
   const std::string add = "stp_mcec_params_tlv_add: ";
   void *out = nullptr;
-  ON_STANDIN_ONLY();
   standin_fail(STANDIN_TLV_ADD, 1, 1);
   EXPECT_EQ(stp_mcec_type1_cfg_get_params(0, 0x1000, &out), 0U);
   EXPECT_EQ(entries_of(out), "12:00000002");

@@ -10,12 +10,7 @@
 #include <random>
 #include <sstream>
 
-#include "avl.h"
-#include "cmd_req.h"
-#include "if_index.h"
-#include "im.h"
 #include "mcecm.h"
-#include "sdwrap.h"
 #include "support.h"
 
 namespace {
@@ -184,18 +179,6 @@ TEST_F(Foundation, MemoryTypesHaveNames) {
     EXPECT_STREQ(standin_mem_type_name(633, type), __stp_mcec_lib_mem_type_t_find(type));
   }
   EXPECT_STREQ(standin_service_name(633), "STP MCEC Type-1 CFG LIB");
-}
-
-TEST_F(Foundation, HistoryIsInitialisedByTheFirstLineThatCan) {
-  ON_STANDIN_ONLY();
-  stp_mcec_lib_sdwrap_init_done = 0;
-  standin_fail(STANDIN_HISTORY_INIT, 1, 2);
-  for (int line = 0; line < 3; ++line) stp_mcec_type1_cfg_cache_rebuild(nullptr, 0, 0);
-  EXPECT_EQ(standin_calls(STANDIN_HISTORY_INIT), 3U);
-  EXPECT_EQ(stp_mcec_lib_sdwrap_init_done, 1);
-  stp_mcec_type1_cfg_cache_rebuild(nullptr, 0, 0);
-  EXPECT_EQ(standin_calls(STANDIN_HISTORY_INIT), 3U);
-  EXPECT_EQ(log(), Lines(4, "stp_mcec_type1_cfg_cache_rebuild: rebuilding type-1 cache"));
 }
 
 TEST_F(Foundation, LongLinesAreCut) {

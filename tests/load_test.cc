@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "draimiofaf/extract.h"
 #include "standin.h"
 
 namespace {
@@ -27,17 +28,16 @@ TEST(Load, RegistersAndReleasesEachTime) {
     EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), 0U);
     standin_fail(failing, 0, 0);
 
-    using Extract = uint32_t (*)(void *, uint8_t **, uint32_t *, uint32_t *, void **);
-    const auto extract =
-        reinterpret_cast<Extract>(dlsym(library, "stp_mcec_type1_cfg_param_extractor"));
+    const auto extract = reinterpret_cast<decltype(&stp_mcec_type1_cfg_param_extractor)>(
+        dlsym(library, "stp_mcec_type1_cfg_param_extractor"));
     ASSERT_NE(extract, nullptr);
     standin_set_trunk(1);
-    void *message = standin_command(21, 1, nullptr, 0);
+    void *message = standin_command(STP_MCEC_CMD_GBL_LOOPGUARD, 1, nullptr, 0);
     standin_fail(STANDIN_ALLOC, 4, 1);  // the entry is cached, the array is not handed out
     uint8_t *array = nullptr;
     uint32_t count = 0;
     uint32_t is_cmd = 0;
-    void *records = nullptr;
+    mcecm_app_cmd_extract_info_t *records = nullptr;
     EXPECT_EQ(extract(message, &array, &count, &is_cmd, &records), 1U);
     standin_message_free(message);
     standin_reset();

@@ -6,12 +6,6 @@
 namespace test {
 namespace {
 
-std::string in_hex(uint32_t code) {
-  char text[16];
-  std::snprintf(text, sizeof text, "%x", code);
-  return text;
-}
-
 // An array, in a block of the platform as one from the peer, that must stay as it is.
 struct Given {
   Bytes bytes;
@@ -133,21 +127,30 @@ void add_command(Operations &operations, uint32_t id, bool positive,
 
 void add_commands(Operations &operations, bool positive) {
   const std::string no = positive ? "" : " no";
-  add_command(operations, 1, positive, {{STP_MCEC_ATTR_STP_MODE, host_words({4})}}, true);
-  add_command(operations, 2, positive, {{STP_MCEC_ATTR_VLAN_LIST, host_words({0, 1, 15, 30})}});
-  for (const uint32_t id : {18U, 19U, 20U, 45U, 21U, 46U, 49U}) {
+  add_command(operations, STP_MCEC_CMD_STP_MODE, positive,
+              {{STP_MCEC_ATTR_STP_MODE, host_words({4})}}, true);
+  add_command(operations, STP_MCEC_CMD_STP_ENDIS, positive,
+              {{STP_MCEC_ATTR_VLAN_LIST, host_words({0, 1, 15, 30})}});
+  for (const uint32_t id : std::initializer_list<uint32_t>{
+           STP_MCEC_CMD_GBL_EDGE, STP_MCEC_CMD_GBL_EDGE_BPDUGUARD, STP_MCEC_CMD_GBL_EDGE_BPDUFILTER,
+           STP_MCEC_CMD_GBL_NETWORK, STP_MCEC_CMD_GBL_LOOPGUARD, STP_MCEC_CMD_GBL_BRIDGE_ASSURANCE,
+           STP_MCEC_CMD_GBL_MST_SIMULATE_PVST}) {
     add_command(operations, id, positive);
   }
-  add(operations, "43" + no, [=] { return command(43, positive); }, {},
+  add(operations, "43" + no, [=] { return command(STP_MCEC_CMD_MST_REGION_RESET, positive); }, {},
       {{STANDIN_ALLOC, {{no_records, 0, true}, {no_region_array}}},
        {STANDIN_TLV_ADD, {{no_tlv}, {no_tlv}, {no_tlv}}}});
-  add(operations, "62" + no, [=] { return command(62, positive); }, {}, {});
+  add(operations, "62" + no, [=] { return command(routed_command, positive); }, {}, {});
 }
 
 void add_interface_commands(Operations &operations, bool positive) {
   const struct {
     uint32_t id, attribute;
-  } rows[] = {{13, 0x2020036}, {17, 0x2020065}, {47, 0x202003F}, {48, 1}, {50, 0x202008B}};
+  } rows[] = {{STP_MCEC_CMD_IF_PORT_MODE, STP_MCEC_ATTR_IF_PORT_MODE},
+              {STP_MCEC_CMD_IF_GUARD, STP_MCEC_ATTR_IF_GUARD},
+              {STP_MCEC_CMD_IF_PORT_TYPE, STP_MCEC_ATTR_IF_PORT_TYPE},
+              {STP_MCEC_CMD_IF_EDGE_TRUNK, 1},
+              {STP_MCEC_CMD_IF_MST_SIMULATE_PVST, STP_MCEC_ATTR_IF_MST_SIMULATE_PVST}};
   const Failures of_alloc = {{no_records, 0, true},     {no_port_entry, 0, true},
                              {no_port_entry, 0, true},  {one_port_entry, 1, true},
                              {one_port_entry, 1, true}, {no_array, 2}};

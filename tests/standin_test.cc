@@ -1,7 +1,5 @@
 // The stand-in keeps to the contract of the platform and enforces it.
 
-#include <algorithm>
-#include <fstream>
 
 #include "avl.h"
 #include "cmd_req.h"
@@ -17,37 +15,12 @@ using namespace test;
 
 struct Standin : LibraryTest {};
 
-TEST_F(Standin, ReadersEndWithTheArray) {
-  ON_STANDIN_ONLY();
-  Bytes made = array({{1, word(5)}, {6, word(1)}});
-  uint16_t type = 0;
-  uint16_t length = 0;
-  void *value = nullptr;
-  for (std::size_t end = 4; end <= made.size(); ++end) {
-    // A block of exactly this size: the address sanitizer sees a byte too far.
-    Bytes cut(made.begin(), made.begin() + std::ptrdiff_t(end));
-    cut.shrink_to_fit();
-    const auto announced = uint32_t(end - 4);
-    std::copy_n(word(announced).begin(), 4, cut.begin());
-    uint32_t cursor = 0;
-    uint32_t read = 0;
-    const uint32_t count = tlv_aligned_array_get_num_tlvs(cut.data(), 1);
-    while (read < count &&
-           tlv_aligned_array_get_next_tlv(cut.data(), &type, &length, &value, 1, &cursor) == 0) {
-      ++read;
-    }
-    EXPECT_EQ(count, announced == 0 ? 0 : announced <= (made.size() - 4) / 2 ? 1 : 2) << end;
-    EXPECT_EQ(read, announced / ((made.size() - 4) / 2)) << end;
-  }
-}
-
 std::string misuse;
 
 // What the library passes to each operation of the platform keeps to its contract.
 TEST_F(Standin, RefusesMisuse) {
-  ON_STANDIN_ONLY();
   standin_on_misuse([](const char *what) { misuse = what; });
-  static const Message request(standin_command(1, 1, nullptr, 0));
+  static const Message request(standin_command(STP_MCEC_CMD_STP_MODE, 1, nullptr, 0));
   static void *const handle = standin_handle(request.msg);
   alignas(16) static uint8_t aligned[1024] = {};
   static uint32_t number = 0;

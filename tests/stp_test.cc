@@ -68,7 +68,6 @@ TEST_F(Stp, InterfacesAreValidByTypeAndLayerMode) {
     EXPECT_EQ(stp_valid_if_index(5), accepted ? 1U : 0U) << type;
   }
   standin_add_ports(5, 5, 26, 2);
-  ON_STANDIN_ONLY();
   standin_fail(STANDIN_LAYER_MODE, 1, 1);
   EXPECT_EQ(stp_valid_if_index(5), 0U);
   standin_add_ports(5, 5, 26, 3);

@@ -95,6 +95,12 @@ std::string hex(const Bytes &bytes) {
   return text;
 }
 
+std::string in_hex(uint32_t code) {
+  std::ostringstream text;
+  text << std::hex << code;
+  return text.str();
+}
+
 std::string vlans_of(const bmp4096_t &record) {
   return stp_mcec_lib_bmp4096_to_str(&record);
 }

@@ -19,11 +19,6 @@
 #include "standin.h"
 #include "tlv.h"
 
-// At the start of a test that asks for controls that the stand-in alone has: failures on order,
-// misuse, counted calls, handles of any size.
-#define ON_STANDIN_ONLY() \
-  if (!ON_STANDIN) GTEST_SKIP() << "asks for the stand-in's own controls"
-
 namespace test {
 
 using Bytes = std::vector<uint8_t>;
@@ -40,6 +35,7 @@ Bytes name(const std::string &text);            // 32 bytes
 Bytes vlans(const std::string &ranges);         // a bitmap record, size in network order
 Bytes host_words(std::vector<uint32_t> words);  // as command attributes have them
 std::string hex(const Bytes &bytes);
+std::string in_hex(uint32_t code);
 std::string vlans_of(const bmp4096_t &record);
 
 Bytes array(const Entries &entries);
@@ -71,6 +67,9 @@ struct Attribute {
 // What an extraction made of a message, released: "0 | ok | cmd 1 | 1,1,1,0 | 1:00000004": result,
 // answers, is_cmd, records, array; "-" for what was left alone, "null" for an array set to NULL.
 std::string extract(void *msg);
+constexpr bool set_form = true;
+constexpr bool no_form = false;
+constexpr uint32_t routed_command = 62;  // no command, but routed to an extractor
 std::string command(uint32_t id, bool positive, const std::vector<Attribute> &attributes = {});
 std::string update(uint32_t global, uint32_t if_index, const Entries &entries);
 
