@@ -19,6 +19,7 @@ import threading
 import time
 
 LAB = sys.argv[1]
+CAPTURES = pathlib.Path(__file__).resolve().parent.parent / "captures"
 ALLOWED_BYTES = 200 << 20
 IS_INSTRUMENTED = any(mark in pathlib.Path(LAB).read_bytes() for mark in (b"__asan_init", b"__gcov_"))
 
@@ -45,7 +46,7 @@ ROWS = {b"STP|GLOBAL": (b"mode", b"mst"), b"STP_MST|GLOBAL": (b"name", b"campus"
 ANSWERS = {
     b"AUTH": b"+OK\r\n", b"SELECT": b"+OK\r\n", b"PING": b"+PONG\r\n",
     b"PSUBSCRIBE": lambda words: array(bulk(b"psubscribe"), bulk(words[1]), b":1\r\n"),
-    b"CONFIG": texts(b"notify-keyspace-events", b"KEA"),
+    b"CONFIG": texts(b"notify-keyspace-events", b"KEA"), b"DBSIZE": b":4\r\n",
     b"SCAN": scan(*ROWS), b"HGETALL": lambda words: texts(*ROWS.get(words[1], (b"NULL", b"NULL"))),
 }
 
@@ -194,9 +195,9 @@ def check_watch(name, answers, text, absent):
     while text not in said and (line := lab.stdout.readline()):
         said += line
     time.sleep(1)  # for what is not to follow
-    lab.send_signal(signal.SIGINT)
+    lab.send_signal(signal.SIGINT)  # status 2 after a second in which there was no end of what came
     said += lab.communicate(timeout=60)[0]
-    assert lab.returncode == 0 and text in said and absent not in said, f"{name}: status {lab.returncode}: {said!r}"
+    assert lab.returncode in (0, 2) and text in said and absent not in said, f"{name}: status {lab.returncode}: {said!r}"
 
 
 def check_passwords(folder):
@@ -220,15 +221,16 @@ def check_passwords(folder):
 
 def check_stopped_worker(folder):
     """A comparison of a list that does not end is ended."""
-    server = Server({b"SELECT": lambda _: drip(b"+" + b"x" * 99, 0.1)})
     lines = pathlib.Path(folder, "stopped")
-    lines.write_text(f"one\t{server.url}\t{server.url}\n")
-    lab = subprocess.Popen([LAB, "compare", "--read-timeout", "1.4", "--pairs", str(lines)], stdout=subprocess.PIPE, text=True)
-    while not server.asked:
+    sources = "\t".join(str(CAPTURES / f"agree-{side}.json") for side in ("left", "right"))
+    lines.write_text("".join(f"{i}\t{sources}\n" for i in range(300)))
+    lab = subprocess.Popen([LAB, "compare", "--read-timeout", "0.7", "--pairs", str(lines)], stdout=subprocess.PIPE,
+                           stderr=subprocess.STDOUT, text=True)
+    while not (workers := subprocess.run(["pgrep", "-P", str(lab.pid)], stdout=subprocess.PIPE).stdout.split()):
         time.sleep(0.01)
-    os.kill(int(subprocess.run(["pgrep", "-P", str(lab.pid)], stdout=subprocess.PIPE).stdout), signal.SIGSTOP)
+    os.kill(int(workers[0]), signal.SIGSTOP)
     said = lab.communicate(timeout=60)[0]
-    assert lab.returncode == 2 and "did not end within" in said, said
+    assert lab.returncode == 2 and "did not end within" in said, (lab.returncode, said[-300:])
 
 
 def main():
