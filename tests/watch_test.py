@@ -22,7 +22,7 @@ import traceback
 
 LAB = sys.argv[1]
 PATIENCE = 30  # seconds until an event is missed; a loaded machine is slow
-MAY = "~* &* -@all +ping +select +scan +hgetall +psubscribe +config|get +dbsize"  # as docs/watch.md has it
+MAY = "~* &* -@all +ping +dbsize +select +scan +hgetall +psubscribe +config|get"  # as docs/watch.md has it
 EDGE, GUARD = "edge_port", "root_guard"
 ROWS = {
     "DEVICE_METADATA|localhost": {"mac": "02:00:00:00:00:01", "hostname": "leaf"},

@@ -11,7 +11,6 @@
 #include "output/check_json.h"
 #include "output/error_json.h"
 #include "sonic/fields.h"
-#include "switch/digest.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -211,16 +210,16 @@ std::optional<uint32_t> bare_code(const std::string &what) {
 
 // The parameters of the fields that an operator means by a word, and the fields of none.
 void explain_fields(const std::vector<const Field *> &found, const Layout &layout) {
-  std::set<uint16_t> types;
+  std::set<uint16_t> meant;
   for (const Field *field : found) {
-    if (field->type != 0) types.insert(field->type);
+    if (field->type != 0) meant.insert(field->type);
   }
   for (const Field *field : found) {
     if (field->type != 0) continue;
     print_item("field", describe_field_place(*field), layout);
     print_item("means", field_meaning(*field), layout);
   }
-  for (const uint16_t type : types) {
+  for (const uint16_t type : meant) {
     put_line("");
     explain_parameter(*find_parameter(uint32_t{type}), layout);
   }

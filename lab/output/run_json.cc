@@ -1,10 +1,9 @@
-#include "output/run_json.h"
+#include "output/run.h"
 
 #include <nlohmann/json.hpp>
 
 #include "output/check_json.h"
 #include "output/error_json.h"
-#include "output/run_words.h"
 #include "switch/names.h"
 #include "switch/values.h"
 
@@ -75,40 +74,31 @@ Json switch_to_json(const SwitchReport &report) {
 
 // --- expectations ---
 
-struct FindingToJson {
-  Json operator()(std::monostate) const { return nullptr; }
-  Json operator()(const ResultCode &result) const { return code_name(result); }
-  Json operator()(const CheckCode &result) const { return code_name(result); }
-  Json operator()(const std::string &text) const { return text; }
-  Json operator()(const Vlans &vlans) const { return vlan_text(vlans); }
-
-  Json operator()(const std::vector<uint16_t> &types) const {
-    Json json = Json::array();
-    for (const uint16_t type : types) json.push_back(parameter_key(type));
-    return json;
-  }
-
-  Json operator()(const std::vector<ParameterRecord> &records) const {
-    Json json = Json::array();
-    for (const ParameterRecord &record : records) json.push_back(describe_record(record));
-    return json;
-  }
-
-  Json operator()(const TextsByType &texts) const {
-    Json json = Json::object();
-    for (const auto &[type, text] : texts) {
-      json[parameter_key(type)] = text ? Json(*text) : Json();
-    }
-    return json;
-  }
-};
+Json finding_to_json(const Finding &finding) {
+  return std::visit(
+      [](const auto &found) -> Json {
+        using Found = std::decay_t<decltype(found)>;
+        if constexpr (std::is_same_v<Found, std::monostate>) {
+          return nullptr;
+        } else if constexpr (std::is_same_v<Found, TextsByType>) {
+          Json json = Json::object();
+          for (const auto &[type, text] : found) {
+            json[parameter_key(type)] = text ? Json(*text) : Json();
+          }
+          return json;
+        } else {
+          return describe_found(found);
+        }
+      },
+      finding);
+}
 
 Json expectations_to_json(const std::vector<ExpectationReport> &expectations) {
   Json json = Json::array();
   for (const ExpectationReport &expectation : expectations) {
     json.push_back({{"what", describe_subject(expectation)},
-                    {"expected", std::visit(FindingToJson{}, expectation.expected)},
-                    {"found", std::visit(FindingToJson{}, expectation.found)},
+                    {"expected", finding_to_json(expectation.expected)},
+                    {"found", finding_to_json(expectation.found)},
                     {"met", expectation.is_met}});
   }
   return json;
@@ -151,21 +141,15 @@ Json step_to_json(const StepReport &step) {
 
 }  // namespace
 
-std::shared_ptr<Json> make_step_list() {
-  return std::make_shared<Json>(Json::array());
-}
-
-void add_step(const StepReport &step, Json &steps) {
-  steps.push_back(step_to_json(step));
-}
-
-std::string format_run(const RunReport &report, Json &steps) {
+std::string format_run(const RunReport &report, const std::vector<StepReport> &steps) {
+  Json list = Json::array();
+  for (const StepReport &step : steps) list.push_back(step_to_json(step));
   Json json = {{"version", 1},
                {"scenario", report.path},
                {"title", report.title},
                {"about", report.about},
                {"agree", report.agree ? Json(*report.agree) : Json()},
-               {"steps", std::move(steps)}};
+               {"steps", std::move(list)}};
   if (report.what_if) json["what_if"] = what_if_to_json(*report.what_if);
   if (report.failure) json["failed"] = failure_to_json(*report.failure);
   json["met"] = is_as_expected(report);

@@ -1,11 +1,10 @@
-#include "output/run_text.h"
+#include "output/run.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
 
 #include "output/check_text.h"
-#include "output/run_words.h"
 #include "output/words.h"
 #include "switch/names.h"
 #include "switch/values.h"
@@ -95,6 +94,22 @@ void print_log(const SwitchReport &report, std::size_t side) {
   }
 }
 
+// --- expectations ---
+
+std::string describe_finding(const Finding &finding) {
+  const std::string text = std::visit(
+      [](const auto &found) {
+        const auto words = describe_found(found);
+        if constexpr (std::is_same_v<decltype(words), const std::string>) {
+          return words;
+        } else {
+          return join(words);
+        }
+      },
+      finding);
+  return text.empty() ? "nothing" : text;
+}
+
 // --- steps ---
 
 bool has_unmet_expectation(const StepReport &step) {
@@ -125,6 +140,55 @@ void print_head(const StepHead &head, bool is_check, const Style &style) {
 }
 
 }  // namespace
+
+std::string describe_subject(const ExpectationReport &expectation) {
+  return (expectation.side ? std::string(switch_names[*expectation.side]) + " " : "") +
+         expectation.key + (expectation.subject.empty() ? "" : " of " + expectation.subject);
+}
+
+std::string describe_found(const ResultCode &result) {
+  return result.code == 0 ? "ok" : result_name(result.code);
+}
+
+std::string describe_found(const CheckCode &result) {
+  return result_name(result.code);
+}
+
+std::string describe_found(const std::string &text) {
+  return text;
+}
+
+std::string describe_found(const Vlans &vlans) {
+  return vlan_text(vlans);
+}
+
+std::vector<std::string> describe_found(const std::vector<uint16_t> &types) {
+  std::vector<std::string> keys;
+  for (const uint16_t type : types) keys.push_back(parameter_key(type));
+  return keys;
+}
+
+// stp-mode, ifi-port-type@0x1000
+std::vector<std::string> describe_found(const std::vector<ParameterRecord> &records) {
+  std::vector<std::string> texts;
+  for (const auto &[type, port, is_valid] : records) {
+    texts.push_back(parameter_key(type) + (port.empty() ? "" : "@" + port));
+  }
+  return texts;
+}
+
+// "stp-mode: MST, loop-guard: Enabled".
+std::vector<std::string> describe_found(const TextsByType &texts) {
+  std::vector<std::string> items;
+  for (const auto &[type, text] : texts) {
+    items.push_back(parameter_key(type) + ": " + (text && !text->empty() ? *text : "nothing"));
+  }
+  return items;
+}
+
+std::string describe_found(std::monostate) {
+  return "";
+}
 
 void print_title(const std::string &path, const std::string &title, const std::string &about,
                  const Style &style) {

@@ -2,7 +2,7 @@
 #include <ctime>
 
 #include "report/acceptance.h"
-#include "switch/state_reader.h"
+#include "switch/state_file.h"
 #include "text/yaml.h"
 
 namespace lab {
