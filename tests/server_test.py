@@ -194,9 +194,9 @@ def check_watch(name, answers, text, absent):
     while text not in said and (line := lab.stdout.readline()):
         said += line
     time.sleep(1)  # for what is not to follow
-    lab.send_signal(signal.SIGINT)
+    lab.send_signal(signal.SIGINT)  # status 2 after a second in which there was no end of what came
     said += lab.communicate(timeout=60)[0]
-    assert lab.returncode == 0 and text in said and absent not in said, f"{name}: status {lab.returncode}: {said!r}"
+    assert lab.returncode in (0, 2) and text in said and absent not in said, f"{name}: status {lab.returncode}: {said!r}"
 
 
 def check_passwords(folder):
