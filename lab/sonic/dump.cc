@@ -1,158 +1,132 @@
-// Reads dumps as they come, piece by piece: no depth of nesting and no size of what is passed over
-// costs more than the reading itself.
+// Reads dumps: the parser makes a tree of their values, and the rows are read from the tree.
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
 
-#include "sonic/dump_reader.h"
-#include "sonic/dump_text.h"
+#include "sonic/rows.h"
 #include "sonic/spelling.h"
 
 namespace lab {
 namespace {
 
-using Parser = nlohmann::ordered_json;
+constexpr char a_dump[] = "a dump of a configuration database, a JSON object of tables";
+constexpr std::string_view a_text = "a text";
+constexpr std::string_view a_list = "a list";
+constexpr std::string_view an_object = "an object";
+
+// --- text that is no JSON ---
+
+// "line 3, column 1".
+std::string place_in_text(std::string_view text, std::size_t at) {
+  const std::string_view before = text.substr(0, at);
+  const std::string_view line = before.substr(before.rfind('\n') + 1);  // the only one: npos + 1
+  const auto starts_character = [](char c) { return (c & 0xC0) != 0x80; };
+  return fmt::format("line {}, column {}", 1 + std::count(before.begin(), before.end(), '\n'),
+                     1 + std::count_if(line.begin(), line.end(), starts_character));
+}
+
+// Nothing, gzip, UTF-16, or lines before the JSON; nothing is returned of what may be JSON.
+std::optional<InputError> find_other_text(std::string_view text) {
+  const auto error = [](const std::string &found, const std::string &where = "") {
+    return InputError{0, 0, where, found, a_dump};
+  };
+  if (text.starts_with("\x1F\x8B")) return error("found data that gzip compressed");
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ||
+      (text.size() >= 2 && (text[0] == '\0') != (text[1] == '\0'))) {
+    return error("found UTF-16, not UTF-8");
+  }
+  text = without_byte_order_mark(text);
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == text.npos) {
+    return error(text.empty() ? "found nothing: it is empty" : "found nothing but blanks");
+  }
+  if (text[first] == '{' || text[first] == '[') return std::nullopt;
+  int number = 0;
+  for (std::string_view line : split(text, '\n')) {
+    ++number;
+    line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
+    if (!line.starts_with('{')) continue;
+    return error(fmt::format("found other lines before the JSON, which begins at line {}", number),
+                 place_in_text(text, first));
+  }
+  return std::nullopt;
+}
+
+// --- from text to a tree ---
+
+struct Node {
+  std::string name;       // in the object around it
+  std::string_view what;  // "a text", "null"
+  std::string text;
+  std::vector<Node> members;  // of an object or a list
+};
 
 // The parser calls a function for each piece of the dump; one that returns false ends the reading.
-struct DumpParser : DumpReader {
-  std::string_view json = {};
-  std::size_t passed = 0;  // objects and lists that are open in a value that is passed over
-  std::vector<std::string> list = {};
+struct TreeParser {
+  // A namespace, a table, a row and a list of one of its fields lie in the dump's object. What lies
+  // deeper is no part of a row: no depth of nesting takes memory.
+  static constexpr std::size_t most_open = 5;
 
-  // --- errors ---
+  std::string_view json;
+  Node root = {};
+  InputErrors errors = {};
+  std::vector<Node *> open = {};  // objects and lists
+  std::size_t passed = 0;         // that are open further down
+  std::string name = {};
 
   void not_json(std::size_t at, const std::string &problem) {
-    rows.clear();
     errors = {{0, 0, place_in_text(json, at), problem, a_dump}};
   }
 
-  // --- values ---
-
-  // A value that cannot stand where it does.
-  bool misfit(const std::string &what) {
-    switch (slot) {
-      case Slot::whole:
-        errors.push_back({0, 0, "", "found " + what, a_dump});
-        return false;
-      case Slot::name_space:
-        add_error("found " + what, "a dump, an object of tables");
-        break;
-      case Slot::table:
-        add_error("found " + what, "a table, an object of rows");
-        break;
-      case Slot::row:
-        add_error("found " + what, "a row, an object of fields");
-        break;
-      case Slot::member:
-        slot = Slot::field;
-        [[fallthrough]];
-      case Slot::field:
-        row->erase(field);
-        if (known() != nullptr && known()->use == FieldUse::read) {
-          add_error("found " + what, takes_list() ? "a text, or a list of texts" : "a text");
-        }
-        break;
-      default:
-        break;
+  bool add(std::string_view what, std::string text = "") {
+    if (passed > 0) return true;
+    Node node = {std::move(name), what, std::move(text), {}};
+    if (open.empty()) {
+      root = std::move(node);
+      return what == an_object;
     }
-    slot = Slot::unknown;
+    std::vector<Node> &members = open.back()->members;
+    // A list with something else than a text is wrong, whatever follows.
+    const bool is_wrong =
+        open.back()->what == a_list && !members.empty() && members.back().what != a_text;
+    if (!is_wrong) members.push_back(std::move(node));
     return true;
   }
 
-  bool scalar(const char *what) { return passed > 0 || misfit(what); }
+  bool begin(std::string_view what) {
+    if (!add(what)) return false;
+    if (passed > 0 || open.size() == most_open) {
+      ++passed;
+    } else {
+      open.push_back(open.empty() ? &root : &open.back()->members.back());
+    }
+    return true;
+  }
 
-  // Passes over a value that is an object or a list.
-  bool pass(const char *what) {
-    passed = 1;
-    return misfit(what);
+  bool end() {
+    if (passed > 0) return --passed, true;
+    open.pop_back();
+    return true;
   }
 
   // --- what the parser calls ---
 
-  bool null() { return scalar("null"); }
-  bool boolean(bool value) { return scalar(value ? "a bare true" : "a bare false"); }
-  bool number_integer(int64_t) { return scalar("a number"); }
-  bool number_unsigned(uint64_t) { return scalar("a number"); }
-  bool number_float(double, const std::string &) { return scalar("a number"); }
-  bool binary(Parser::binary_t &) { return scalar("bytes"); }
+  bool null() { return add("null"); }
+  bool boolean(bool value) { return add(value ? "a bare true" : "a bare false"); }
+  bool number_integer(int64_t) { return add("a number"); }
+  bool number_unsigned(uint64_t) { return add("a number"); }
+  bool number_float(double, const std::string &) { return add("a number"); }
+  bool binary(nlohmann::json::binary_t &) { return add("bytes"); }
+  bool string(std::string &text) { return add(a_text, std::move(text)); }
+  bool start_object(std::size_t) { return begin(an_object); }
+  bool end_object() { return end(); }
+  bool start_array(std::size_t) { return begin(a_list); }
+  bool end_array() { return end(); }
 
-  bool string(std::string &text) {
-    if (passed > 0) return true;
-    const bool is_outside = envelope && !open.empty() && open.back() == Open::row;
-    if (is_outside && field == "type") envelope->type = text;
-    if (slot == Slot::member) {
-      list.push_back(std::move(text));
-    } else if (slot == Slot::hash) {
-      slot = Slot::unknown;  // of another type than a hash, or a field of that name
-    } else if (slot == Slot::field && is_list && !takes_list()) {
-      return misfit("a list");
-    } else if (slot == Slot::field && is_list) {
-      row->emplace(field, members_of(FieldValue(std::move(text))));
-    } else if (slot == Slot::field) {
-      row->emplace(field, std::move(text));
-    } else {
-      return misfit("a text");
-    }
-    return true;
-  }
-
-  bool start_object(std::size_t) {
-    if (passed > 0) return ++passed > 0;
-    switch (slot) {
-      case Slot::whole:
-        open.push_back(name_space.empty() ? Open::dump : Open::namespaces);
-        break;
-      case Slot::name_space:
-        open.push_back(Open::dump);
-        break;
-      case Slot::table:
-        open.push_back(Open::table);
-        break;
-      case Slot::row:
-        begin_row();
-        break;
-      case Slot::hash:
-        begin_hash();
-        break;
-      case Slot::unknown_row:
-        if (first_row.empty()) first_row = table + '|' + key_name;
-        return pass("an object");
-      case Slot::unknown:
-        if (open.back() != Open::dump) return pass("an object");
-        open.push_back(Open::unknown_table);
-        break;
-      default:
-        return pass("an object");
-    }
-    return true;
-  }
-
-  bool end_object() {
-    if (passed > 0) return --passed, true;
-    const Open ended = open.back();
-    open.pop_back();
-    if (ended == Open::row) end_row();
-    return true;
-  }
-
-  bool start_array(std::size_t) {
-    if (passed > 0) return ++passed > 0;
-    if (slot == Slot::hash) slot = Slot::unknown;
-    if (slot != Slot::field || !takes_list()) return pass("a list");
-    list.clear();
-    open.push_back(Open::list);
-    slot = Slot::member;
-    return true;
-  }
-
-  bool end_array() {
-    if (passed > 0) return --passed, true;
-    open.pop_back();
-    if (slot == Slot::member) row->emplace(field, std::move(list));
-    return true;
-  }
-
-  bool key(std::string &name) {
-    if (passed == 0) name_next(name);
+  bool key(std::string &key) {
+    name = std::move(key);
     return true;
   }
 
@@ -174,20 +148,215 @@ struct DumpParser : DumpReader {
   }
 };
 
+// --- from the tree to rows ---
+
+// "localhost" and "asic0", the parts of a switch of several ASICs.
+bool is_namespace(std::string_view name) {
+  constexpr std::string_view asic = "asic";
+  return name == "localhost" || (name.starts_with(asic) && decimal(name.substr(asic.size())));
+}
+
+// Does a key begin with the name of a table and a bar?
+bool repeats_table(const std::string &key) {
+  const std::size_t bar = key.find('|');
+  return bar != key.npos && tables_read().contains(key.substr(0, bar));
+}
+
+// The name of a field without the '@' of lists.
+std::string name_of_field(const Node &value) {
+  return value.name.substr(0, value.name.size() - (value.name.ends_with('@') ? 1 : 0));
+}
+
+// What a flat row contains beside its fields, when these lie in an envelope.
+struct Envelope {
+  bool is_one = false;
+  std::string type;
+  const Node *hash = nullptr;
+};
+
+Envelope find_envelope(const Node &row) {
+  static const std::set<std::string> usual = {"expireat", "ttl", "type", "value"};
+  Envelope envelope;
+  std::set<std::string> names;
+  for (const Node &value : row.members) {
+    const std::string name = name_of_field(value);
+    if (name == "type" && value.what == a_text) envelope.type = value.text;
+    if (name == "value" && value.what == an_object && !envelope.hash) envelope.hash = &value;
+    names.insert(name);
+  }
+  envelope.is_one =
+      envelope.hash != nullptr ||
+      (names.contains("type") && (names.contains("value") || envelope.type == "hash") &&
+       std::includes(usual.begin(), usual.end(), names.begin(), names.end()));
+  return envelope;
+}
+
+struct DumpReader {
+  Rows rows = {};
+  InputErrors errors = {};
+
+  // What shows the form of the dump.
+  std::string first_table = {}, first_row = {}, misplaced = {};
+  std::set<std::string> namespaces = {};
+
+  void add_error(const std::string &where, const std::string &found, const std::string &expected) {
+    errors.push_back({0, 0, where, found, expected});
+  }
+
+  void expected(const std::string &where, std::string_view found, const std::string &what) {
+    add_error(where, "found " + std::string(found), what);
+  }
+
+  void repeated(const std::string &where) { add_error(where, "this key stands twice", "it once"); }
+
+  void read_field(const std::string &where, const Field *field, const Node &value, Row &row) {
+    const bool takes_list = field == nullptr || field->takes_list;
+    std::string_view found = value.what;
+    if (value.what == a_text && !value.name.ends_with('@')) {
+      row.emplace(value.name, value.text);
+      return;
+    }
+    if (value.what == a_text && !takes_list) found = a_list;
+    if ((value.what == a_text || value.what == a_list) && takes_list) {
+      std::vector<std::string> list;
+      if (value.what == a_text) list = members_of(value.text);
+      for (const Node &member : value.members) list.push_back(member.text);
+      if (value.members.empty() || value.members.back().what == a_text) {
+        row.emplace(name_of_field(value), list);
+        return;
+      }
+      found = value.members.back().what;
+    }
+    if (field == nullptr || field->use != FieldUse::read) return;
+    expected(where, found, takes_list ? "a text, or a list of texts" : "a text");
+  }
+
+  void read_fields(const std::string &table, const std::string &key, const Node &object, Row &row,
+                   bool has_value = true) {
+    std::set<std::string> names;
+    for (const Node &value : object.members) {
+      const std::string name = name_of_field(value);
+      if (!is_read(table, name) || name == "NULL" || (name == "value" && !has_value)) continue;
+      const std::string where = row_place(table, key, name);
+      if (names.insert(name).second) {
+        read_field(where, find_field(table, name), value, row);
+      } else {
+        repeated(where);
+      }
+    }
+  }
+
+  void read_row(const std::string &table, const std::string &key, const Node &value, bool is_flat) {
+    const std::string where = row_place(table, key);
+    const auto [place, is_new] = rows[table].try_emplace(key);
+    Row &row = place->second;
+    if (!is_new) return repeated(where);
+    if (value.what != an_object) return expected(where, value.what, "a row, an object of fields");
+    if (!is_flat) return read_fields(table, key, value, row);
+    const Envelope envelope = find_envelope(value);
+    if (!envelope.is_one) return read_fields(table, key, value, row, false);
+    const bool is_hash = envelope.type == "hash";
+    if (is_hash && envelope.hash != nullptr) return read_fields(table, key, *envelope.hash, row);
+    rows[table].erase(place);
+    if (rows[table].empty()) rows.erase(table);
+    if (is_hash) expected(where, "a hash without fields", "fields under 'value'");
+  }
+
+  void read_table(const std::string &table, const Node &value) {
+    if (first_table.empty()) first_table = table;
+    if (!rows.try_emplace(table).second) return repeated(table);
+    if (value.what != an_object) return expected(table, value.what, "a table, an object of rows");
+    for (const Node &row : value.members) {
+      if (repeats_table(row.name)) {
+        add_error(row_place(table, row.name), "found a key that begins with the name of a table",
+                  quote(row.name.substr(row.name.find('|') + 1)));
+      } else {
+        read_row(table, row.name, row, false);
+      }
+    }
+  }
+
+  void read_tables(const Node &dump) {
+    for (const Node &value : dump.members) {
+      const std::size_t bar = value.name.find('|');
+      const std::string table = value.name.substr(0, bar);
+      const bool is_known = tables_read().contains(table);
+      if (bar != value.name.npos) {
+        if (first_row.empty() && (is_known || value.what == an_object)) first_row = value.name;
+        if (is_known) read_row(table, value.name.substr(bar + 1), value, true);
+      } else if (is_known) {
+        read_table(table, value);
+      } else {
+        if (is_namespace(table)) namespaces.insert(table);
+        const bool has_rows =
+            value.what == an_object &&
+            std::any_of(value.members.begin(), value.members.end(),
+                        [](const Node &member) { return repeats_table(member.name); });
+        if (has_rows && misplaced.empty()) misplaced = table;
+      }
+    }
+  }
+
+  // What is wrong with the dump as a whole comes first.
+  void check_form(const Node &root, const std::string &name_space, bool is_selected) {
+    const auto of_whole = [this](const std::string &found, const std::string &expected) {
+      errors.insert(errors.begin(), InputError{0, 0, "", found, expected});
+    };
+    const bool is_blank = rows.empty() && errors.empty();
+    const std::vector<std::string> known(namespaces.begin(), namespaces.end());
+    if (root.members.empty()) {
+      of_whole("found an empty object", a_dump);
+    } else if (!name_space.empty() && !is_selected) {
+      of_whole("found no namespace " + quote(name_space),
+               known.empty() ? "a dump of several ASICs" : one_of(known));
+    } else if (!first_table.empty() && !first_row.empty()) {
+      of_whole("found the table " + quote(first_table) + " and the row " + quote(first_row),
+               "tables of rows, or rows with the names of their tables");
+    } else if (is_blank && name_space.empty() && !known.empty()) {
+      of_whole("found a dump of several ASICs: " + listed(known), "the namespace of one of them");
+    } else if (is_blank && !misplaced.empty()) {
+      of_whole("found rows with the names of their tables in " + quote(misplaced),
+               "them at the top");
+    }
+  }
+
+  void read(const Node &root, const std::string &name_space) {
+    bool is_selected = false;
+    if (name_space.empty()) read_tables(root);
+    for (const Node &value : root.members) {
+      if (name_space.empty()) break;
+      if (is_namespace(value.name)) namespaces.insert(value.name);
+      if (value.name != name_space) continue;
+      const std::string where = shown(value.name);
+      if (std::exchange(is_selected, true)) repeated(where);
+      if (value.what != an_object) {
+        expected(where, value.what, "a dump, an object of tables");
+      } else {
+        read_tables(value);
+      }
+    }
+    check_form(root, name_space, is_selected);
+  }
+};
+
 }  // namespace
 
 ReadRows read_dump(std::string_view json, std::string_view name_space) {
-  if (auto problem = text_that_is_no_json(json)) return {{}, {std::move(*problem)}};
-  DumpParser reader;
-  reader.json = without_byte_order_mark(json);
-  reader.name_space = name_space;
-  const std::string_view text = reader.json;
-  if (Parser::sax_parse(text.begin(), text.end(), &reader)) {
-    reader.check_form();
+  if (auto problem = find_other_text(json)) return {{}, {std::move(*problem)}};
+  TreeParser parser{without_byte_order_mark(json)};
+  const std::string_view text = parser.json;
+  if (nlohmann::json::sax_parse(text.begin(), text.end(), &parser)) {
     // The parser takes a NUL for the end.
     if (const std::size_t nul = text.find('\0'); nul != text.npos) {
-      reader.not_json(nul, "no JSON here: a NUL byte");
+      parser.not_json(nul, "no JSON here: a NUL byte");
     }
+  }
+  if (!parser.errors.empty()) return {{}, std::move(parser.errors)};
+  DumpReader reader;
+  if (parser.root.what == an_object) {
+    reader.read(parser.root, std::string(name_space));
+  } else {
+    reader.expected("", parser.root.what, a_dump);
   }
   return {std::move(reader.rows), std::move(reader.errors)};
 }

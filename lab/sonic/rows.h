@@ -9,7 +9,6 @@
 
 #include "sonic/fields.h"
 #include "switch/settings.h"
-#include "text/error.h"
 
 namespace lab {
 
@@ -22,6 +21,9 @@ using Row = std::map<std::string, FieldValue>;
 // Row by key ("1|PortChannel10"), and table by name.
 using Table = std::map<std::string, Row>;
 using Rows = std::map<std::string, Table>;
+
+// Empty: there is none of that name.
+const Table &table_of(const Rows &rows, const std::string &name);
 
 struct ReadRows {
   Rows rows;  // of the tables that are read

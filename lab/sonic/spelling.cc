@@ -60,10 +60,6 @@ std::optional<uint32_t> instance_of_key(std::string_view key) {
   return std::nullopt;
 }
 
-std::vector<std::string_view> parts_of(std::string_view key) {
-  return split(key, '|');
-}
-
 std::vector<std::string> members_of(const FieldValue &list) {
   std::vector<std::string> members;
   if (const auto *text = std::get_if<std::string>(&list)) {
@@ -105,6 +101,10 @@ std::string shown(std::string_view text) {
 
 std::string quote(std::string_view text) {
   return '\'' + shown(text) + '\'';
+}
+
+std::string row_place(const std::string &table, std::string_view key, std::string_view field) {
+  return table + '|' + shown(key) + (field.empty() ? "" : ' ' + shown(field));
 }
 
 }  // namespace lab

@@ -29,9 +29,6 @@ bool is_channel(std::string_view name);
 // "MST_INSTANCE|1", "MST_INSTANCE:INSTANCE1" and "1", whether there can be such an instance or not.
 std::optional<uint32_t> instance_of_key(std::string_view key);
 
-// The parts of a key, at its bars.
-std::vector<std::string_view> parts_of(std::string_view key);
-
 // A list of VLANs by its members, whichever way it is written.
 std::vector<std::string> members_of(const FieldValue &list);
 
@@ -44,5 +41,8 @@ ParsedRanges parse_member(std::string_view member);
 // A text from outside as an error shows it: fit for a terminal, and not too long for one.
 std::string shown(std::string_view text);
 std::string quote(std::string_view text);  // in quotation marks
+
+// "STP_PORT|PortChannel10 root_guard"; without a field the row.
+std::string row_place(const std::string &table, std::string_view key, std::string_view field = "");
 
 }  // namespace lab
