@@ -10,7 +10,7 @@
 
 #include "cli/arguments.h"
 #include "standin.h"
-#include "text/signals.h"
+#include "text/wait.h"
 #include "text/text.h"
 
 namespace {

@@ -14,7 +14,6 @@
 #include <cerrno>
 #include <sstream>
 
-#include "text/signals.h"
 #include "text/wait.h"
 
 namespace lab {

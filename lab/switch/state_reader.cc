@@ -5,7 +5,7 @@
 #include "switch/names.h"
 #include "switch/values.h"
 #include "switch/world.h"
-#include "text/key_rules.h"
+#include "text/yaml.h"
 
 namespace lab {
 namespace {

@@ -1,6 +1,6 @@
 #include "switch/state_reader.h"
 #include "switch/world.h"
-#include "text/key_rules.h"
+#include "text/yaml.h"
 
 namespace lab {
 namespace {

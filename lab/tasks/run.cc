@@ -8,7 +8,7 @@
 #include "switch/state_reader.h"
 #include "tasks/check.h"
 #include "tasks/replies.h"
-#include "text/signals.h"
+#include "text/wait.h"
 
 namespace lab {
 namespace {

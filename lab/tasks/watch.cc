@@ -14,7 +14,6 @@
 #include "sonic/database.h"
 #include "tasks/events.h"
 #include "text/file.h"
-#include "text/signals.h"
 #include "text/wait.h"
 
 namespace lab {
