@@ -6,7 +6,6 @@
 #include <set>
 
 #include "sonic/rows.h"
-#include "sonic/spelling.h"
 
 namespace lab {
 namespace {
@@ -15,17 +14,6 @@ constexpr char a_dump[] = "a dump of a configuration database, a JSON object of 
 constexpr std::string_view a_text = "a text";
 constexpr std::string_view a_list = "a list";
 constexpr std::string_view an_object = "an object";
-
-// --- text that is no JSON ---
-
-// "line 3, column 1".
-std::string place_in_text(std::string_view text, std::size_t at) {
-  const std::string_view before = text.substr(0, at);
-  const std::string_view line = before.substr(before.rfind('\n') + 1);  // the only one: npos + 1
-  const auto starts_character = [](char c) { return (c & 0xC0) != 0x80; };
-  return fmt::format("line {}, column {}", 1 + std::count(before.begin(), before.end(), '\n'),
-                     1 + std::count_if(line.begin(), line.end(), starts_character));
-}
 
 // Nothing, gzip, UTF-16, or lines before the JSON; nothing is returned of what may be JSON.
 std::optional<InputError> find_other_text(std::string_view text) {
@@ -43,18 +31,17 @@ std::optional<InputError> find_other_text(std::string_view text) {
     return error(text.empty() ? "found nothing: it is empty" : "found nothing but blanks");
   }
   if (text[first] == '{' || text[first] == '[') return std::nullopt;
-  int number = 0;
-  for (std::string_view line : split(text, '\n')) {
-    ++number;
-    line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
-    if (!line.starts_with('{')) continue;
-    return error(fmt::format("found other lines before the JSON, which begins at line {}", number),
-                 place_in_text(text, first));
+  int number = 1;
+  for (std::string_view rest = text;; ++number) {
+    const std::size_t begin = rest.find_first_not_of(" \t\r");
+    if (begin != rest.npos && rest[begin] == '{') break;
+    const std::size_t end = rest.find('\n');
+    if (end == rest.npos) return std::nullopt;
+    rest.remove_prefix(end + 1);
   }
-  return std::nullopt;
+  return error(fmt::format("found other lines before the JSON, which begins at line {}", number),
+               place_in_text(text, first));
 }
-
-// --- from text to a tree ---
 
 struct Node {
   std::string name;       // in the object around it
@@ -63,13 +50,24 @@ struct Node {
   std::vector<Node> members;  // of an object or a list
 };
 
+// Does a name begin with that of a table that is read?
+bool names_table(const std::string &name) {
+  return tables_read().contains(name.substr(0, name.find('|')));
+}
+
+// Does a key begin with the name of a table and a bar?
+bool repeats_table(const std::string &key) {
+  return key.find('|') != key.npos && names_table(key);
+}
+
 // The parser calls a function for each piece of the dump; one that returns false ends the reading.
+// What is of no use is passed over: neither its depth nor its size takes memory.
 struct TreeParser {
-  // A namespace, a table, a row and a list of one of its fields lie in the dump's object. What lies
-  // deeper is no part of a row: no depth of nesting takes memory.
+  // A namespace, a table, a row and a list of one of its fields lie in the dump's object.
   static constexpr std::size_t most_open = 5;
 
   std::string_view json;
+  std::string name_space;
   Node root = {};
   InputErrors errors = {};
   std::vector<Node *> open = {};  // objects and lists
@@ -80,50 +78,53 @@ struct TreeParser {
     errors = {{0, 0, place_in_text(json, at), problem, a_dump}};
   }
 
-  bool add(std::string_view what, std::string text = "") {
-    if (passed > 0) return true;
+  // Other namespaces, other tables but for misplaced rows, and a list behind what is no text.
+  bool is_of_use() const {
+    const Node &around = *open.back();
+    const std::size_t tables = name_space.empty() ? 1 : 2;
+    if (open.size() == tables && around.name != name_space) return false;
+    if (open.size() == tables + 1 && !names_table(around.name)) return repeats_table(name);
+    return around.what != a_list || around.members.empty() || around.members.back().what == a_text;
+  }
+
+  Node *add(std::string_view what, std::string text = "") {
+    if (passed > 0 || (!open.empty() && !is_of_use())) return nullptr;
     Node node = {std::move(name), what, std::move(text), {}};
-    if (open.empty()) {
-      root = std::move(node);
-      return what == an_object;
-    }
-    std::vector<Node> &members = open.back()->members;
-    // A list with something else than a text is wrong, whatever follows.
-    const bool is_wrong =
-        open.back()->what == a_list && !members.empty() && members.back().what != a_text;
-    if (!is_wrong) members.push_back(std::move(node));
-    return true;
+    if (open.empty()) return &(root = std::move(node));
+    return &open.back()->members.emplace_back(std::move(node));
+  }
+
+  bool scalar(std::string_view what, std::string text = "") {
+    add(what, std::move(text));
+    return root.what == an_object;
   }
 
   bool begin(std::string_view what) {
-    if (!add(what)) return false;
-    if (passed > 0 || open.size() == most_open) {
+    Node *node = add(what);
+    if (node == nullptr || open.size() == most_open) {
       ++passed;
     } else {
-      open.push_back(open.empty() ? &root : &open.back()->members.back());
+      open.push_back(node);
     }
-    return true;
+    return root.what == an_object;
   }
 
-  bool end() {
+  bool end_object() {
     if (passed > 0) return --passed, true;
     open.pop_back();
     return true;
   }
 
-  // --- what the parser calls ---
-
-  bool null() { return add("null"); }
-  bool boolean(bool value) { return add(value ? "a bare true" : "a bare false"); }
-  bool number_integer(int64_t) { return add("a number"); }
-  bool number_unsigned(uint64_t) { return add("a number"); }
-  bool number_float(double, const std::string &) { return add("a number"); }
-  bool binary(nlohmann::json::binary_t &) { return add("bytes"); }
-  bool string(std::string &text) { return add(a_text, std::move(text)); }
+  bool null() { return scalar("null"); }
+  bool boolean(bool value) { return scalar(value ? "a bare true" : "a bare false"); }
+  bool number_integer(int64_t) { return scalar("a number"); }
+  bool number_unsigned(uint64_t) { return scalar("a number"); }
+  bool number_float(double, const std::string &) { return scalar("a number"); }
+  bool binary(nlohmann::json::binary_t &) { return scalar("bytes"); }
+  bool string(std::string &text) { return scalar(a_text, std::move(text)); }
   bool start_object(std::size_t) { return begin(an_object); }
-  bool end_object() { return end(); }
   bool start_array(std::size_t) { return begin(a_list); }
-  bool end_array() { return end(); }
+  bool end_array() { return end_object(); }
 
   bool key(std::string &key) {
     name = std::move(key);
@@ -148,47 +149,35 @@ struct TreeParser {
   }
 };
 
-// --- from the tree to rows ---
-
 // "localhost" and "asic0", the parts of a switch of several ASICs.
 bool is_namespace(std::string_view name) {
-  constexpr std::string_view asic = "asic";
-  return name == "localhost" || (name.starts_with(asic) && decimal(name.substr(asic.size())));
-}
-
-// Does a key begin with the name of a table and a bar?
-bool repeats_table(const std::string &key) {
-  const std::size_t bar = key.find('|');
-  return bar != key.npos && tables_read().contains(key.substr(0, bar));
+  return name == "localhost" || (name.starts_with("asic") && decimal(name.substr(4)));
 }
 
 // The name of a field without the '@' of lists.
 std::string name_of_field(const Node &value) {
-  return value.name.substr(0, value.name.size() - (value.name.ends_with('@') ? 1 : 0));
+  return value.name.substr(0, value.name.size() - value.name.ends_with('@'));
 }
 
 // What a flat row contains beside its fields, when these lie in an envelope.
 struct Envelope {
-  bool is_one = false;
   std::string type;
   const Node *hash = nullptr;
 };
 
-Envelope find_envelope(const Node &row) {
+std::optional<Envelope> find_envelope(const Node &row) {
   static const std::set<std::string> usual = {"expireat", "ttl", "type", "value"};
   Envelope envelope;
   std::set<std::string> names;
   for (const Node &value : row.members) {
-    const std::string name = name_of_field(value);
+    const std::string &name = *names.insert(name_of_field(value)).first;
     if (name == "type" && value.what == a_text) envelope.type = value.text;
     if (name == "value" && value.what == an_object && !envelope.hash) envelope.hash = &value;
-    names.insert(name);
   }
-  envelope.is_one =
-      envelope.hash != nullptr ||
-      (names.contains("type") && (names.contains("value") || envelope.type == "hash") &&
-       std::includes(usual.begin(), usual.end(), names.begin(), names.end()));
-  return envelope;
+  const bool is_envelope = names.contains("type") &&
+                           (names.contains("value") || envelope.type == "hash") &&
+                           std::includes(usual.begin(), usual.end(), names.begin(), names.end());
+  return is_envelope || envelope.hash ? std::optional(envelope) : std::nullopt;
 }
 
 struct DumpReader {
@@ -199,36 +188,35 @@ struct DumpReader {
   std::string first_table = {}, first_row = {}, misplaced = {};
   std::set<std::string> namespaces = {};
 
-  void add_error(const std::string &where, const std::string &found, const std::string &expected) {
-    errors.push_back({0, 0, where, found, expected});
+  void add_error(const std::string &where, std::string_view found, const std::string &expected) {
+    errors.push_back({0, 0, where, "found " + std::string(found), expected});
   }
 
-  void expected(const std::string &where, std::string_view found, const std::string &what) {
-    add_error(where, "found " + std::string(found), what);
+  void repeated(const std::string &where) {
+    errors.push_back({0, 0, where, "this key stands twice", "it once"});
   }
-
-  void repeated(const std::string &where) { add_error(where, "this key stands twice", "it once"); }
 
   void read_field(const std::string &where, const Field *field, const Node &value, Row &row) {
+    const std::string name = name_of_field(value);
     const bool takes_list = field == nullptr || field->takes_list;
-    std::string_view found = value.what;
-    if (value.what == a_text && !value.name.ends_with('@')) {
-      row.emplace(value.name, value.text);
-      return;
-    }
-    if (value.what == a_text && !takes_list) found = a_list;
-    if ((value.what == a_text || value.what == a_list) && takes_list) {
+    const bool is_joined = value.what == a_text && name != value.name;
+    const bool has_other = !value.members.empty() && value.members.back().what != a_text;
+    if (value.what == a_text && !is_joined) {
+      row.emplace(name, value.text);
+    } else if (is_joined && takes_list) {
+      row.emplace(name, members_of(value.text));
+    } else if (value.what == a_list && takes_list && !has_other) {
       std::vector<std::string> list;
-      if (value.what == a_text) list = members_of(value.text);
       for (const Node &member : value.members) list.push_back(member.text);
-      if (value.members.empty() || value.members.back().what == a_text) {
-        row.emplace(name_of_field(value), list);
-        return;
-      }
-      found = value.members.back().what;
+      row.emplace(name, std::move(list));
+    } else if (field != nullptr && field->use == FieldUse::read) {
+      const bool is_list = value.what == a_list && takes_list;
+      add_error(where,
+                is_joined ? a_list
+                : is_list ? value.members.back().what
+                          : value.what,
+                takes_list ? "a text, or a list of texts" : "a text");
     }
-    if (field == nullptr || field->use != FieldUse::read) return;
-    expected(where, found, takes_list ? "a text, or a list of texts" : "a text");
   }
 
   void read_fields(const std::string &table, const std::string &key, const Node &object, Row &row,
@@ -251,24 +239,24 @@ struct DumpReader {
     const auto [place, is_new] = rows[table].try_emplace(key);
     Row &row = place->second;
     if (!is_new) return repeated(where);
-    if (value.what != an_object) return expected(where, value.what, "a row, an object of fields");
+    if (value.what != an_object) return add_error(where, value.what, "a row, an object of fields");
     if (!is_flat) return read_fields(table, key, value, row);
-    const Envelope envelope = find_envelope(value);
-    if (!envelope.is_one) return read_fields(table, key, value, row, false);
-    const bool is_hash = envelope.type == "hash";
-    if (is_hash && envelope.hash != nullptr) return read_fields(table, key, *envelope.hash, row);
+    const auto envelope = find_envelope(value);
+    if (!envelope) return read_fields(table, key, value, row, false);
+    const bool is_hash = envelope->type == "hash";
+    if (is_hash && envelope->hash) return read_fields(table, key, *envelope->hash, row);
     rows[table].erase(place);
     if (rows[table].empty()) rows.erase(table);
-    if (is_hash) expected(where, "a hash without fields", "fields under 'value'");
+    if (is_hash) add_error(where, "a hash without fields", "fields under 'value'");
   }
 
   void read_table(const std::string &table, const Node &value) {
     if (first_table.empty()) first_table = table;
     if (!rows.try_emplace(table).second) return repeated(table);
-    if (value.what != an_object) return expected(table, value.what, "a table, an object of rows");
+    if (value.what != an_object) return add_error(table, value.what, "a table, an object of rows");
     for (const Node &row : value.members) {
       if (repeats_table(row.name)) {
-        add_error(row_place(table, row.name), "found a key that begins with the name of a table",
+        add_error(row_place(table, row.name), "a key that begins with the name of a table",
                   quote(row.name.substr(row.name.find('|') + 1)));
       } else {
         read_row(table, row.name, row, false);
@@ -280,19 +268,17 @@ struct DumpReader {
     for (const Node &value : dump.members) {
       const std::size_t bar = value.name.find('|');
       const std::string table = value.name.substr(0, bar);
-      const bool is_known = tables_read().contains(table);
+      const bool is_known = names_table(table);
+      const bool is_object = value.what == an_object;
       if (bar != value.name.npos) {
-        if (first_row.empty() && (is_known || value.what == an_object)) first_row = value.name;
+        if (first_row.empty() && (is_known || is_object)) first_row = value.name;
         if (is_known) read_row(table, value.name.substr(bar + 1), value, true);
       } else if (is_known) {
         read_table(table, value);
       } else {
         if (is_namespace(table)) namespaces.insert(table);
-        const bool has_rows =
-            value.what == an_object &&
-            std::any_of(value.members.begin(), value.members.end(),
-                        [](const Node &member) { return repeats_table(member.name); });
-        if (has_rows && misplaced.empty()) misplaced = table;
+        // Of such a table the tree has misplaced rows only.
+        if (misplaced.empty() && is_object && !value.members.empty()) misplaced = table;
       }
     }
   }
@@ -300,23 +286,22 @@ struct DumpReader {
   // What is wrong with the dump as a whole comes first.
   void check_form(const Node &root, const std::string &name_space, bool is_selected) {
     const auto of_whole = [this](const std::string &found, const std::string &expected) {
-      errors.insert(errors.begin(), InputError{0, 0, "", found, expected});
+      errors.insert(errors.begin(), InputError{0, 0, "", "found " + found, expected});
     };
     const bool is_blank = rows.empty() && errors.empty();
     const std::vector<std::string> known(namespaces.begin(), namespaces.end());
     if (root.members.empty()) {
-      of_whole("found an empty object", a_dump);
+      of_whole("an empty object", a_dump);
     } else if (!name_space.empty() && !is_selected) {
-      of_whole("found no namespace " + quote(name_space),
+      of_whole("no namespace " + quote(name_space),
                known.empty() ? "a dump of several ASICs" : one_of(known));
     } else if (!first_table.empty() && !first_row.empty()) {
-      of_whole("found the table " + quote(first_table) + " and the row " + quote(first_row),
+      of_whole("the table " + quote(first_table) + " and the row " + quote(first_row),
                "tables of rows, or rows with the names of their tables");
     } else if (is_blank && name_space.empty() && !known.empty()) {
-      of_whole("found a dump of several ASICs: " + listed(known), "the namespace of one of them");
+      of_whole("a dump of several ASICs: " + listed(known), "the namespace of one of them");
     } else if (is_blank && !misplaced.empty()) {
-      of_whole("found rows with the names of their tables in " + quote(misplaced),
-               "them at the top");
+      of_whole("rows with the names of their tables in " + quote(misplaced), "them at the top");
     }
   }
 
@@ -324,15 +309,13 @@ struct DumpReader {
     bool is_selected = false;
     if (name_space.empty()) read_tables(root);
     for (const Node &value : root.members) {
-      if (name_space.empty()) break;
-      if (is_namespace(value.name)) namespaces.insert(value.name);
-      if (value.name != name_space) continue;
-      const std::string where = shown(value.name);
-      if (std::exchange(is_selected, true)) repeated(where);
-      if (value.what != an_object) {
-        expected(where, value.what, "a dump, an object of tables");
-      } else {
+      if (!name_space.empty() && is_namespace(value.name)) namespaces.insert(value.name);
+      if (name_space.empty() || value.name != name_space) continue;
+      if (std::exchange(is_selected, true)) repeated(shown(name_space));
+      if (value.what == an_object) {
         read_tables(value);
+      } else {
+        add_error(shown(name_space), value.what, "a dump, an object of tables");
       }
     }
     check_form(root, name_space, is_selected);
@@ -343,7 +326,7 @@ struct DumpReader {
 
 ReadRows read_dump(std::string_view json, std::string_view name_space) {
   if (auto problem = find_other_text(json)) return {{}, {std::move(*problem)}};
-  TreeParser parser{without_byte_order_mark(json)};
+  TreeParser parser{without_byte_order_mark(json), std::string(name_space)};
   const std::string_view text = parser.json;
   if (nlohmann::json::sax_parse(text.begin(), text.end(), &parser)) {
     // The parser takes a NUL for the end.
@@ -354,9 +337,9 @@ ReadRows read_dump(std::string_view json, std::string_view name_space) {
   if (!parser.errors.empty()) return {{}, std::move(parser.errors)};
   DumpReader reader;
   if (parser.root.what == an_object) {
-    reader.read(parser.root, std::string(name_space));
+    reader.read(parser.root, parser.name_space);
   } else {
-    reader.expected("", parser.root.what, a_dump);
+    reader.add_error("", parser.root.what, a_dump);
   }
   return {std::move(reader.rows), std::move(reader.errors)};
 }

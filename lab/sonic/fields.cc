@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "draimiofaf/types.h"
-#include "sonic/spelling.h"
+#include "sonic/rows.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -126,18 +126,15 @@ std::span<const Field> fields() {
 }
 
 const Field *find_field(std::string_view table, std::string_view name) {
-  const auto *found =
-      std::find_if(std::begin(field_table), std::end(field_table),
-                   [=](const Field &field) { return field.table == table && field.name == name; });
-  return found != std::end(field_table) && !name.empty() ? found : nullptr;
+  if (name.empty()) return nullptr;
+  return find_in(field_table,
+                 [=](const Field &field) { return field.table == table && field.name == name; });
 }
 
 const Field *field_of_parameter(uint16_t type, uint32_t mode) {
-  const auto *found =
-      std::find_if(std::begin(field_table), std::end(field_table), [=](const Field &field) {
-        return field.type == type && type != 0 && (field.mode == 0 || field.mode == mode);
-      });
-  return found != std::end(field_table) ? found : nullptr;
+  return find_in(field_table, [=](const Field &field) {
+    return field.type == type && type != 0 && (field.mode == 0 || field.mode == mode);
+  });
 }
 
 std::vector<const Field *> find_fields(std::string_view word) {

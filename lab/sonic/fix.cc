@@ -4,7 +4,6 @@
 
 #include "draimiofaf/types.h"
 #include "pair/scopes.h"
-#include "sonic/spelling.h"
 #include "switch/values.h"
 
 namespace lab {

@@ -1,12 +1,9 @@
 #include "sonic/rows.h"
 
-#include <fmt/core.h>
-
 #include <algorithm>
 #include <set>
 
 #include "draimiofaf/types.h"
-#include "sonic/spelling.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -22,11 +19,6 @@ struct NamedRow {
   const char *table;
   std::string key;
   const Row &fields;
-
-  bool has(const char *field) const {
-    const auto found = fields.find(field);
-    return found != fields.end() && found->second == FieldValue("true");
-  }
 };
 
 // Every row is read, whatever the others say, so that all errors are reported at once.
@@ -54,8 +46,7 @@ struct RowsReader {
     return {table, key, found != all.end() ? found->second : none};
   }
 
-  // --- fields and keys; nothing: there is none, or it is an error ---
-
+  // Nothing: there is no such field, or it is an error.
   std::optional<std::string> text(const NamedRow &row, const char *field) {
     const auto found = row.fields.find(field);
     if (found == row.fields.end()) return std::nullopt;
@@ -72,11 +63,6 @@ struct RowsReader {
     auto parsed = form.parse(*written);
     if (!parsed) add_error(row, field, quote(*written), form.expected);
     return parsed;
-  }
-
-  bool is_true(const NamedRow &row, const char *field) {
-    const auto read = value(row, field);
-    return read && word_of(*read) != 0;
   }
 
   static Timers timers(const NamedRow &row) {
@@ -103,8 +89,6 @@ struct RowsReader {
     return std::nullopt;
   }
 
-  // --- the MST region ---
-
   void check_name(const NamedRow &row, const char *field, const std::string &name) {
     if (has_controls(name)) {
       add_error(row, field, quote(name), "a region name without control characters");
@@ -115,15 +99,6 @@ struct RowsReader {
     }
   }
 
-  // Is there an error where the region can have its name from?
-  bool is_name_in_doubt() const {
-    static const std::set<std::string> places = {
-        "DEVICE_METADATA", "DEVICE_METADATA|localhost", "DEVICE_METADATA|localhost mac", "STP_MST",
-        "STP_MST|GLOBAL",  "STP_MST|GLOBAL name"};
-    return std::any_of(errors.begin(), errors.end(),
-                       [](const InputError &error) { return places.contains(error.where); });
-  }
-
   // `is_needed`: the switch runs MST, and without a name the region has the switch's address.
   std::string region_name(bool is_needed, const std::string &address) {
     const NamedRow row = row_of("STP_MST", "GLOBAL");
@@ -131,7 +106,11 @@ struct RowsReader {
     check_name(row, "name", name);
     if (!name.empty() || !is_needed) return name;
     check_name(row_of("DEVICE_METADATA", "localhost"), "mac", address);
-    if (address.empty() && !is_name_in_doubt()) {
+    static const std::set<std::string> places = {
+        "DEVICE_METADATA", "DEVICE_METADATA|localhost", "DEVICE_METADATA|localhost mac", "STP_MST",
+        "STP_MST|GLOBAL",  "STP_MST|GLOBAL name"};
+    const auto is_in_doubt = [](const InputError &error) { return places.contains(error.where); };
+    if (address.empty() && find_in(errors, is_in_doubt) == nullptr) {
       add_error(row, "name", "neither a name of the region nor an address of the switch",
                 "one of them in mst");
     }
@@ -141,7 +120,7 @@ struct RowsReader {
   Vlans vlans_of_list(const NamedRow &row) {
     Vlans read;
     const auto list = row.fields.find("vlan_list");
-    if (list == row.fields.end()) return read;
+    if (list == row.fields.end()) return {};
     for (const std::string &member : members_of(list->second)) {
       const ParsedRanges parsed = parse_member(member);
       read |= vlans_of(parsed.ranges);
@@ -155,13 +134,8 @@ struct RowsReader {
     return read;
   }
 
-  struct Instance {
-    NamedRow row;
-    Vlans vlans;
-  };
-
-  std::map<uint32_t, Instance> instances() {
-    std::map<uint32_t, Instance> read;
+  std::map<uint32_t, std::pair<NamedRow, Vlans>> instances() {
+    std::map<uint32_t, std::pair<NamedRow, Vlans>> read;
     for (const NamedRow &row : rows_of("STP_MST_INST")) {
       const auto number = instance_of_key(row.key);
       const Vlans vlans = vlans_of_list(row);
@@ -170,13 +144,13 @@ struct RowsReader {
                   number ? "an instance from 0 to 4094" : "a key like MST_INSTANCE|1");
         continue;
       }
-      const auto [at, is_new] = read.try_emplace(*number, Instance{row, {}});
-      at->second.vlans |= vlans;
+      const auto [at, is_new] = read.try_emplace(*number, row, Vlans{});
+      at->second.second |= vlans;
       if (is_new) continue;
-      add_error(
-          row, "",
-          fmt::format("instance {} again, which is {} too", *number, quote(at->second.row.key)),
-          "an instance in one spelling");
+      add_error(row, "",
+                "instance " + std::to_string(*number) + " again, which is " +
+                    quote(at->second.first.key) + " too",
+                "an instance in one spelling");
     }
     read.erase(0);  // what it lists says nothing: it has what the others leave
     return read;
@@ -184,28 +158,28 @@ struct RowsReader {
 
   Bytes region_map() {
     Bytes map(std::size_t{2} * vlan_count);
-    auto all = instances();
     Vlans taken;
+    auto all = instances();
     for (auto &[number, instance] : all) {
-      const Vlans twice = instance.vlans & taken;
-      instance.vlans &= ~taken;
-      taken |= instance.vlans;
+      auto &[row, vlans] = instance;
+      const Vlans twice = vlans & taken;
+      vlans &= ~taken;
+      taken |= vlans;
       for (uint32_t vlan = first_vlan; vlan <= last_vlan; ++vlan) {
-        if (instance.vlans[vlan]) set_instance(map, vlan, number);
+        if (vlans[vlan]) set_instance(map, vlan, number);
       }
       if (twice.none()) continue;
       for (const auto &[other, before] : all) {
-        const Vlans both = twice & before.vlans;
+        if (other == number) break;
+        const Vlans both = twice & before.second;
         if (both.none()) continue;
-        add_error(instance.row, "vlan_list",
-                  vlan_words(both) + ", which " + quote(before.row.key) + " has too",
+        add_error(row, "vlan_list",
+                  vlan_words(both) + ", which " + quote(before.first.key) + " has too",
                   "each VLAN in one instance");
       }
     }
     return map;
   }
-
-  // --- the switch and its VLANs ---
 
   void read_device(Settings &settings) {
     const NamedRow row = row_of("DEVICE_METADATA", "localhost");
@@ -224,14 +198,14 @@ struct RowsReader {
   }
 
   // The VLANs on which spanning tree is enabled, and their timers.
-  Vlans enabled(std::map<uint32_t, Timers> &vlan_timers) {
+  Vlans read_spanning_tree_vlans(Settings &settings) {
     Vlans read;
     for (const NamedRow &row : rows_of("STP_VLAN")) {
       const auto number = vlan(row, row.key, "a key like Vlan10");
-      const bool is_enabled = is_true(row, "enabled");
+      const auto is_enabled = value(row, "enabled");
       if (!number) continue;
-      read[*number] = is_enabled;
-      if (const Timers set = timers(row); !set.empty()) vlan_timers[*number] = set;
+      read[*number] = is_enabled && word_of(*is_enabled) != 0;
+      if (const Timers set = timers(row); !set.empty()) settings.vlan_timers[*number] = set;
     }
     return read;
   }
@@ -247,28 +221,16 @@ struct RowsReader {
     }
   }
 
-  // --- channels ---
-
   std::map<std::string, Vlans, std::less<>> carried() {
     constexpr char expected[] = "a key like Vlan10|PortChannel10";
     std::map<std::string, Vlans, std::less<>> read;
     for (const NamedRow &row : rows_of("VLAN_MEMBER")) {
       const auto names = parts(row, 2, expected);
       if (names.empty()) continue;
-      if (const auto number = vlan(row, names[0], expected)) {
-        read[std::string(names[1])].set(*number);
-      }
+      const auto number = vlan(row, names[0], expected);
+      if (number) read[std::string(names[1])].set(*number);
     }
     return read;
-  }
-
-  void check_ports() {
-    for (const NamedRow &row : rows_of("STP_PORT")) {
-      parts(row, 1, "the name of an interface");
-      for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"}) {
-        value(row, field);
-      }
-    }
   }
 
   auto channels() {
@@ -289,11 +251,15 @@ struct RowsReader {
   // The port that stands for a channel.
   Port port_of(const Channel &channel, std::optional<uint32_t> runs) const {
     const NamedRow row = row_of("STP_PORT", channel.name);
+    const auto is_set = [&row](const char *field) {
+      const auto found = row.fields.find(field);
+      return found != row.fields.end() && found->second == FieldValue("true");
+    };
     Port port;
     port.index = first_channel_index + channel.id;
     port.name = channel.name;
     port.channel = channel.id;
-    port.spanning_tree = row.has("enabled");
+    port.spanning_tree = is_set("enabled");
     for (const auto &[field, written] : row.fields) {
       const std::string all = joined(written);
       // What is not set is so, or off.
@@ -302,8 +268,8 @@ struct RowsReader {
     }
     for (const uint16_t type : {STP_MCEC_TYPE1_IFI_PORT_TYPE, STP_MCEC_TYPE1_IFI_PORT_GUARD}) {
       if (!runs) continue;
-      const bool is_set = row.has(field_of_parameter(type, *runs)->name);
-      port.parameters.push_back({type, word(is_set ? 1 : 0)});
+      const char *field = field_of_parameter(type, *runs)->name;
+      port.parameters.push_back({type, word(is_set(field) ? 1 : 0)});
     }
     return port;
   }
@@ -311,7 +277,11 @@ struct RowsReader {
   // The channels with the VLANs that they carry, and a port each.
   void read_channels(Settings &settings, std::optional<uint32_t> runs) {
     auto members = carried();
-    check_ports();
+    for (const NamedRow &row : rows_of("STP_PORT")) {
+      parts(row, 1, "the name of an interface");
+      for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"})
+        value(row, field);
+    }
     std::set<uint32_t> ids;
     for (const std::string &name : channels()) {
       Channel channel{name, 0, false, members[name] & settings.user_vlans};
@@ -338,23 +308,24 @@ struct RowsReader {
     const auto runs = mode && !mode->empty() ? std::optional(word_of(*mode)) : std::nullopt;
     read.spanning_tree = runs.has_value();
     read_vlans(read);
-    std::map<uint32_t, Timers> vlan_timers;
-    const Vlans with_spanning_tree = enabled(vlan_timers);
+    const Vlans with_spanning_tree = read_spanning_tree_vlans(read);
     const std::string region = region_name(runs == STP_MCEC_STP_MODE_MST, read.address);
     const auto revision = value(row_of("STP_MST", "GLOBAL"), "revision");
     const Bytes map = region_map();
-    if (runs) read.parameters.push_back({STP_MCEC_TYPE1_STP_MODE, word(*runs)});
     if (runs == STP_MCEC_STP_MODE_RAPID_PVST) {
-      read.parameters.push_back(
-          {STP_MCEC_TYPE1_STP_ENDIS, vlan_record(read.user_vlans & ~with_spanning_tree)});
+      const Vlans disabled = read.user_vlans & ~with_spanning_tree;
+      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode},
+                         {STP_MCEC_TYPE1_STP_ENDIS, vlan_record(disabled)}};
       read.timers = timers(row_of("STP", "GLOBAL"));
-      read.vlan_timers = vlan_timers;
+    } else {
+      read.vlan_timers.clear();
     }
     if (runs == STP_MCEC_STP_MODE_MST) {
       const auto name = find_field("STP_MST", "name")->form->parse(region);
-      read.parameters.push_back({STP_MCEC_TYPE1_MST_REGION_NAME, name.value_or(Bytes{})});
-      read.parameters.push_back({STP_MCEC_TYPE1_MST_REGION_REVISION, revision.value_or(word(0))});
-      read.parameters.push_back({STP_MCEC_TYPE1_MST_REGION_VI_MAP, map});
+      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode},
+                         {STP_MCEC_TYPE1_MST_REGION_NAME, name.value_or(Bytes{})},
+                         {STP_MCEC_TYPE1_MST_REGION_REVISION, revision.value_or(word(0))},
+                         {STP_MCEC_TYPE1_MST_REGION_VI_MAP, map}};
       read.timers = timers(row_of("STP_MST", "GLOBAL"));
     }
     read_domains(read);
@@ -364,12 +335,6 @@ struct RowsReader {
 };
 
 }  // namespace
-
-const Table &table_of(const Rows &rows, const std::string &name) {
-  static const Table none;
-  const auto found = rows.find(name);
-  return found != rows.end() ? found->second : none;
-}
 
 ReadSettings settings_of(const Rows &rows, const InputErrors &reading) {
   if (rows.empty()) {

@@ -1,7 +1,8 @@
-#include "sonic/spelling.h"
-
+// Rows, and how a configuration database spells what they contain.
 #include <algorithm>
 #include <charconv>
+
+#include "sonic/rows.h"
 
 namespace lab {
 namespace {
@@ -31,6 +32,12 @@ std::optional<std::string> without_blanks(std::string_view text) {
 }
 
 }  // namespace
+
+const Table &table_of(const Rows &rows, const std::string &name) {
+  static const Table none;
+  const auto found = rows.find(name);
+  return found != rows.end() ? found->second : none;
+}
 
 std::optional<uint32_t> decimal(std::string_view text) {
   if (text.empty() || !std::all_of(text.begin(), text.end(), is_digit)) return std::nullopt;

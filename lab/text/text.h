@@ -94,6 +94,9 @@ std::string_view whole_characters(std::string_view text, std::size_t bytes);
 // line of this text may break; 0: there is none.
 std::size_t last_line_break(std::string_view text, std::size_t most);
 
+// "line 3, column 1".
+std::string place_in_text(std::string_view text, std::size_t at);
+
 // --- lists ---
 
 // "a,b," has three parts, the last of them empty; "" has one.
@@ -109,10 +112,10 @@ std::string one_of(const std::vector<std::string> &names);
 std::string one_of(const std::vector<std::string> &names, std::string_view given);
 
 // The first that matches; null when there is none.
-template <class Item, class Match>
-const Item *find_in(const std::vector<Item> &all, Match match) {
-  const auto found = std::find_if(all.begin(), all.end(), match);
-  return found != all.end() ? &*found : nullptr;
+template <class Items, class Match>
+auto find_in(const Items &all, Match match) {
+  const auto found = std::find_if(std::begin(all), std::end(all), match);
+  return found != std::end(all) ? &*found : nullptr;
 }
 
 // In the order that people expect of names with numbers: PortChannel2 before PortChannel10.

@@ -116,4 +116,12 @@ std::string visible(std::string_view text) {
   return is_seen ? out : '"' + out + '"';
 }
 
+std::string place_in_text(std::string_view text, std::size_t at) {
+  const std::string_view before = text.substr(0, at);
+  const std::string_view line = before.substr(before.rfind('\n') + 1);  // the only one: npos + 1
+  const auto starts_character = [](char c) { return (c & 0xC0) != 0x80; };
+  return fmt::format("line {}, column {}", 1 + std::count(before.begin(), before.end(), '\n'),
+                     1 + std::count_if(line.begin(), line.end(), starts_character));
+}
+
 }  // namespace lab
