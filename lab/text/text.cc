@@ -33,19 +33,22 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return all.back().back();
 }
 
-// A text whose numbers compare as texts: without leading zeros, and with their length before them.
-std::string natural_key(std::string_view text) {
-  std::string key;
+// A text that compares as people expect: its numbers have their length, without leading zeros,
+// before their digits.
+std::u32string natural_key(std::string_view text) {
+  std::u32string key;
   while (!text.empty()) {
     std::string_view number = text.substr(0, text.find_first_not_of("0123456789"));
     if (number.empty()) {
-      key += text[0];
+      key += static_cast<unsigned char>(text[0]);
       text.remove_prefix(1);
       continue;
     }
     text.remove_prefix(number.size());
     number.remove_prefix(std::min(number.find_first_not_of('0'), number.size()));
-    key += fmt::format("{:010}{}", number.size(), number);
+    key += U'0';
+    key += static_cast<char32_t>(number.size());
+    key.append(number.begin(), number.end());
   }
   return key;
 }
