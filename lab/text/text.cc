@@ -33,24 +33,11 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return all.back().back();
 }
 
-// A text that compares as people expect: its numbers have their length, without leading zeros,
-// before their digits.
-std::u32string natural_key(std::string_view text) {
-  std::u32string key;
-  while (!text.empty()) {
-    std::string_view number = text.substr(0, text.find_first_not_of("0123456789"));
-    if (number.empty()) {
-      key += static_cast<unsigned char>(text[0]);
-      text.remove_prefix(1);
-      continue;
-    }
-    text.remove_prefix(number.size());
-    number.remove_prefix(std::min(number.find_first_not_of('0'), number.size()));
-    key += U'0';
-    key += static_cast<char32_t>(number.size());
-    key.append(number.begin(), number.end());
-  }
-  return key;
+// The number that a text begins with, which it loses, without leading zeros.
+std::string_view take_number(std::string_view &text) {
+  const std::string_view digits = text.substr(0, text.find_first_not_of("0123456789"));
+  text.remove_prefix(digits.size());
+  return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
 }
 
 }  // namespace
@@ -172,7 +159,24 @@ std::string one_of(const std::vector<std::string> &names, std::string_view given
 }
 
 bool natural_less(std::string_view a, std::string_view b) {
-  return std::pair(natural_key(a), a) < std::pair(natural_key(b), b);
+  const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
+  std::string_view left = a;
+  std::string_view right = b;
+  while (!left.empty() && !right.empty()) {
+    if (is_digit(left[0]) && is_digit(right[0])) {
+      const std::string_view number = take_number(left);
+      const std::string_view other = take_number(right);
+      if (number.size() != other.size()) return number.size() < other.size();
+      if (number != other) return number < other;
+    } else if (left[0] != right[0]) {
+      return left < right;
+    } else {
+      left.remove_prefix(1);
+      right.remove_prefix(1);
+    }
+  }
+  if (left.empty() != right.empty()) return left.empty();
+  return a < b;  // the same but for leading zeros
 }
 
 }  // namespace lab
