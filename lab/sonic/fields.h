@@ -21,7 +21,7 @@ enum class FieldUse : uint8_t {
   noted,  // for notes only, which take any value
 };
 
-// How a value is written that one field gives. Values are those of parameters, in network byte order.
+// How a value is written that one field gives: a parameter's, in network byte order.
 struct Form {
   const char *expected;  // in the error of a text that cannot be parsed
   std::optional<Bytes> (*parse)(std::string_view text);

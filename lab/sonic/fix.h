@@ -1,4 +1,4 @@
-// What would bring two switches into line: changes of configurations, and the patches that make them.
+// What would bring two switches into line: changes of configurations, and their patches.
 #pragma once
 
 #include <array>

@@ -248,7 +248,6 @@ struct RowsReader {
     return names;
   }
 
-  // The port that stands for a channel.
   Port port_of(const Channel &channel, std::optional<uint32_t> runs) const {
     const NamedRow row = row_of("STP_PORT", channel.name);
     const auto is_set = [&row](const char *field) {
