@@ -10,8 +10,8 @@
 
 #include "cli/arguments.h"
 #include "standin.h"
-#include "text/signals.h"
 #include "text/text.h"
+#include "text/wait.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "sonic/source.h"
 #include "tasks/run.h"
 #include "tasks/side.h"
-#include "text/signals.h"
+#include "text/wait.h"
 
 namespace lab {
 namespace {

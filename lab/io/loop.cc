@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "text/signals.h"
+#include "text/wait.h"
 
 namespace lab {
 

@@ -9,7 +9,7 @@
 #include <functional>
 #include <memory>
 
-#include "text/time.h"
+#include "text/wait.h"
 
 namespace lab {
 

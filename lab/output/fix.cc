@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "draimiofaf/types.h"
-#include "sonic/spelling.h"
 #include "switch/names.h"
 #include "switch/values.h"
 

@@ -10,7 +10,7 @@
 #include "output/fleet_words.h"
 #include "output/page_parts.h"
 #include "output/page_text.h"
-#include "text/hash.h"
+#include "text/text.h"
 #include "text/url.h"
 
 namespace lab {

@@ -180,14 +180,7 @@ std::string coloured(const std::string &text, Colour colour, const Layout &layou
 }
 
 std::string as_shown(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  while (!text.empty()) {
-    const std::string_view character = first_character(text);
-    out += columns_here(character) >= 0 ? std::string(character) : escaped_bytes(character);
-    text.remove_prefix(character.size());
-  }
-  return out;
+  return escape(text, [](std::string_view character) { return columns_here(character) >= 0; });
 }
 
 std::size_t width_of(std::string_view text) {

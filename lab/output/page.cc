@@ -17,7 +17,6 @@
 #include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
-#include "text/hash.h"
 
 namespace lab {
 namespace {

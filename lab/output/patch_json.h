@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "output/json.h"
-#include "sonic/patch.h"
+#include "sonic/fix.h"
 
 namespace lab {
 

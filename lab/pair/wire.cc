@@ -7,7 +7,6 @@
 #include <cerrno>
 
 #include "pair/fields.h"
-#include "text/signals.h"
 #include "text/wait.h"
 
 namespace lab {

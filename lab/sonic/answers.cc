@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "sonic/spelling.h"
-
 namespace lab {
 namespace {
 

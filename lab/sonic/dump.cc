@@ -1,158 +1,133 @@
-// Reads dumps as they come, piece by piece: no depth of nesting and no size of what is passed over
-// costs more than the reading itself.
+// Reads dumps: the parser makes a tree of their values, and the rows are read from the tree.
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
 
-#include "sonic/dump_reader.h"
-#include "sonic/dump_text.h"
-#include "sonic/spelling.h"
+#include "sonic/rows.h"
 
 namespace lab {
 namespace {
 
-using Parser = nlohmann::ordered_json;
+constexpr char a_dump[] = "a dump of a configuration database, a JSON object of tables";
+constexpr std::string_view a_text = "a text";
+constexpr std::string_view a_list = "a list";
+constexpr std::string_view an_object = "an object";
+
+// Nothing, gzip, UTF-16, or lines before the JSON; nothing is returned of what may be JSON.
+std::optional<InputError> find_other_text(std::string_view text) {
+  const auto error = [](const std::string &found, const std::string &where = "") {
+    return InputError{0, 0, where, found, a_dump};
+  };
+  if (text.starts_with("\x1F\x8B")) return error("found data that gzip compressed");
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ||
+      (text.size() >= 2 && (text[0] == '\0') != (text[1] == '\0'))) {
+    return error("found UTF-16, not UTF-8");
+  }
+  text = without_byte_order_mark(text);
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == text.npos) {
+    return error(text.empty() ? "found nothing: it is empty" : "found nothing but blanks");
+  }
+  if (text[first] == '{' || text[first] == '[') return std::nullopt;
+  int number = 1;
+  for (std::string_view rest = text;; ++number) {
+    const std::size_t begin = rest.find_first_not_of(" \t\r");
+    if (begin != rest.npos && rest[begin] == '{') break;
+    const std::size_t end = rest.find('\n');
+    if (end == rest.npos) return std::nullopt;
+    rest.remove_prefix(end + 1);
+  }
+  return error(fmt::format("found other lines before the JSON, which begins at line {}", number),
+               place_in_text(text, first));
+}
+
+struct Node {
+  std::string name;       // in the object around it
+  std::string_view what;  // "a text", "null"
+  std::string text;
+  std::vector<Node> members;  // of an object or a list
+};
+
+// Does a name begin with that of a table that is read?
+bool names_table(const std::string &name) {
+  return tables_read().contains(name.substr(0, name.find('|')));
+}
+
+// Does a key begin with the name of a table and a bar?
+bool repeats_table(const std::string &key) {
+  return key.find('|') != key.npos && names_table(key);
+}
 
 // The parser calls a function for each piece of the dump; one that returns false ends the reading.
-struct DumpParser : DumpReader {
-  std::string_view json = {};
-  std::size_t passed = 0;  // objects and lists that are open in a value that is passed over
-  std::vector<std::string> list = {};
+// What is of no use is passed over: neither its depth nor its size takes memory.
+struct TreeParser {
+  // A namespace, a table, a row and a list of one of its fields lie in the dump's object.
+  static constexpr std::size_t most_open = 5;
 
-  // --- errors ---
+  std::string_view json;
+  std::string name_space;
+  Node root = {};
+  InputErrors errors = {};
+  std::vector<Node *> open = {};  // objects and lists
+  std::size_t passed = 0;         // that are open further down
+  std::string name = {};
 
   void not_json(std::size_t at, const std::string &problem) {
-    rows.clear();
     errors = {{0, 0, place_in_text(json, at), problem, a_dump}};
   }
 
-  // --- values ---
+  // Other namespaces, other tables but for misplaced rows, and a list behind what is no text.
+  bool is_of_use() const {
+    const Node &around = *open.back();
+    const std::size_t tables = name_space.empty() ? 1 : 2;
+    if (open.size() == tables && around.name != name_space) return false;
+    if (open.size() == tables + 1 && !names_table(around.name)) return repeats_table(name);
+    return around.what != a_list || around.members.empty() || around.members.back().what == a_text;
+  }
 
-  // A value that cannot stand where it does.
-  bool misfit(const std::string &what) {
-    switch (slot) {
-      case Slot::whole:
-        errors.push_back({0, 0, "", "found " + what, a_dump});
-        return false;
-      case Slot::name_space:
-        add_error("found " + what, "a dump, an object of tables");
-        break;
-      case Slot::table:
-        add_error("found " + what, "a table, an object of rows");
-        break;
-      case Slot::row:
-        add_error("found " + what, "a row, an object of fields");
-        break;
-      case Slot::member:
-        slot = Slot::field;
-        [[fallthrough]];
-      case Slot::field:
-        row->erase(field);
-        if (known() != nullptr && known()->use == FieldUse::read) {
-          add_error("found " + what, takes_list() ? "a text, or a list of texts" : "a text");
-        }
-        break;
-      default:
-        break;
+  Node *add(std::string_view what, std::string text = "") {
+    if (passed > 0 || (!open.empty() && !is_of_use())) return nullptr;
+    Node node = {std::move(name), what, std::move(text), {}};
+    if (open.empty()) return &(root = std::move(node));
+    return &open.back()->members.emplace_back(std::move(node));
+  }
+
+  bool scalar(std::string_view what, std::string text = "") {
+    add(what, std::move(text));
+    return root.what == an_object;
+  }
+
+  bool begin(std::string_view what) {
+    Node *node = add(what);
+    if (node == nullptr || open.size() == most_open) {
+      ++passed;
+    } else {
+      open.push_back(node);
     }
-    slot = Slot::unknown;
+    return root.what == an_object;
+  }
+
+  bool end_object() {
+    if (passed > 0) return --passed, true;
+    open.pop_back();
     return true;
   }
-
-  bool scalar(const char *what) { return passed > 0 || misfit(what); }
-
-  // Passes over a value that is an object or a list.
-  bool pass(const char *what) {
-    passed = 1;
-    return misfit(what);
-  }
-
-  // --- what the parser calls ---
 
   bool null() { return scalar("null"); }
   bool boolean(bool value) { return scalar(value ? "a bare true" : "a bare false"); }
   bool number_integer(int64_t) { return scalar("a number"); }
   bool number_unsigned(uint64_t) { return scalar("a number"); }
   bool number_float(double, const std::string &) { return scalar("a number"); }
-  bool binary(Parser::binary_t &) { return scalar("bytes"); }
+  bool binary(nlohmann::json::binary_t &) { return scalar("bytes"); }
+  bool string(std::string &text) { return scalar(a_text, std::move(text)); }
+  bool start_object(std::size_t) { return begin(an_object); }
+  bool start_array(std::size_t) { return begin(a_list); }
+  bool end_array() { return end_object(); }
 
-  bool string(std::string &text) {
-    if (passed > 0) return true;
-    const bool is_outside = envelope && !open.empty() && open.back() == Open::row;
-    if (is_outside && field == "type") envelope->type = text;
-    if (slot == Slot::member) {
-      list.push_back(std::move(text));
-    } else if (slot == Slot::hash) {
-      slot = Slot::unknown;  // of another type than a hash, or a field of that name
-    } else if (slot == Slot::field && is_list && !takes_list()) {
-      return misfit("a list");
-    } else if (slot == Slot::field && is_list) {
-      row->emplace(field, members_of(FieldValue(std::move(text))));
-    } else if (slot == Slot::field) {
-      row->emplace(field, std::move(text));
-    } else {
-      return misfit("a text");
-    }
-    return true;
-  }
-
-  bool start_object(std::size_t) {
-    if (passed > 0) return ++passed > 0;
-    switch (slot) {
-      case Slot::whole:
-        open.push_back(name_space.empty() ? Open::dump : Open::namespaces);
-        break;
-      case Slot::name_space:
-        open.push_back(Open::dump);
-        break;
-      case Slot::table:
-        open.push_back(Open::table);
-        break;
-      case Slot::row:
-        begin_row();
-        break;
-      case Slot::hash:
-        begin_hash();
-        break;
-      case Slot::unknown_row:
-        if (first_row.empty()) first_row = table + '|' + key_name;
-        return pass("an object");
-      case Slot::unknown:
-        if (open.back() != Open::dump) return pass("an object");
-        open.push_back(Open::unknown_table);
-        break;
-      default:
-        return pass("an object");
-    }
-    return true;
-  }
-
-  bool end_object() {
-    if (passed > 0) return --passed, true;
-    const Open ended = open.back();
-    open.pop_back();
-    if (ended == Open::row) end_row();
-    return true;
-  }
-
-  bool start_array(std::size_t) {
-    if (passed > 0) return ++passed > 0;
-    if (slot == Slot::hash) slot = Slot::unknown;
-    if (slot != Slot::field || !takes_list()) return pass("a list");
-    list.clear();
-    open.push_back(Open::list);
-    slot = Slot::member;
-    return true;
-  }
-
-  bool end_array() {
-    if (passed > 0) return --passed, true;
-    open.pop_back();
-    if (slot == Slot::member) row->emplace(field, std::move(list));
-    return true;
-  }
-
-  bool key(std::string &name) {
-    if (passed == 0) name_next(name);
+  bool key(std::string &key) {
+    name = std::move(key);
     return true;
   }
 
@@ -174,20 +149,197 @@ struct DumpParser : DumpReader {
   }
 };
 
+// "localhost" and "asic0", the parts of a switch of several ASICs.
+bool is_namespace(std::string_view name) {
+  return name == "localhost" || (name.starts_with("asic") && decimal(name.substr(4)));
+}
+
+// The name of a field without the '@' of lists.
+std::string name_of_field(const Node &value) {
+  return value.name.substr(0, value.name.size() - value.name.ends_with('@'));
+}
+
+// What a flat row contains beside its fields, when these lie in an envelope.
+struct Envelope {
+  std::string type;
+  const Node *hash = nullptr;
+};
+
+std::optional<Envelope> find_envelope(const Node &row) {
+  static const std::set<std::string> usual = {"expireat", "ttl", "type", "value"};
+  Envelope envelope;
+  std::set<std::string> names;
+  for (const Node &value : row.members) {
+    const std::string &name = *names.insert(name_of_field(value)).first;
+    if (name == "type" && value.what == a_text) envelope.type = value.text;
+    if (name == "value" && value.what == an_object && !envelope.hash) envelope.hash = &value;
+  }
+  const bool is_envelope = names.contains("type") &&
+                           (names.contains("value") || envelope.type == "hash") &&
+                           std::includes(usual.begin(), usual.end(), names.begin(), names.end());
+  return is_envelope || envelope.hash ? std::optional(envelope) : std::nullopt;
+}
+
+struct DumpReader {
+  Rows rows = {};
+  InputErrors errors = {};
+
+  // What shows the form of the dump.
+  std::string first_table = {}, first_row = {}, misplaced = {};
+  std::set<std::string> namespaces = {};
+
+  void add_error(const std::string &where, std::string_view found, const std::string &expected) {
+    errors.push_back({0, 0, where, "found " + std::string(found), expected});
+  }
+
+  void repeated(const std::string &where) {
+    errors.push_back({0, 0, where, "this key stands twice", "it once"});
+  }
+
+  void read_field(const std::string &where, const Field *field, const Node &value, Row &row) {
+    const std::string name = name_of_field(value);
+    const bool takes_list = field == nullptr || field->takes_list;
+    const bool is_joined = value.what == a_text && name != value.name;
+    const bool has_other = !value.members.empty() && value.members.back().what != a_text;
+    if (value.what == a_text && !is_joined) {
+      row.emplace(name, value.text);
+    } else if (is_joined && takes_list) {
+      row.emplace(name, members_of(value.text));
+    } else if (value.what == a_list && takes_list && !has_other) {
+      std::vector<std::string> list;
+      for (const Node &member : value.members) list.push_back(member.text);
+      row.emplace(name, std::move(list));
+    } else if (field != nullptr && field->use == FieldUse::read) {
+      const bool is_list = value.what == a_list && takes_list;
+      add_error(where,
+                is_joined ? a_list
+                : is_list ? value.members.back().what
+                          : value.what,
+                takes_list ? "a text, or a list of texts" : "a text");
+    }
+  }
+
+  void read_fields(const std::string &table, const std::string &key, const Node &object, Row &row,
+                   bool has_value = true) {
+    std::set<std::string> names;
+    for (const Node &value : object.members) {
+      const std::string name = name_of_field(value);
+      if (!is_read(table, name) || name == "NULL" || (name == "value" && !has_value)) continue;
+      const std::string where = row_place(table, key, name);
+      if (names.insert(name).second) {
+        read_field(where, find_field(table, name), value, row);
+      } else {
+        repeated(where);
+      }
+    }
+  }
+
+  void read_row(const std::string &table, const std::string &key, const Node &value, bool is_flat) {
+    const std::string where = row_place(table, key);
+    const auto [place, is_new] = rows[table].try_emplace(key);
+    Row &row = place->second;
+    if (!is_new) return repeated(where);
+    if (value.what != an_object) return add_error(where, value.what, "a row, an object of fields");
+    if (!is_flat) return read_fields(table, key, value, row);
+    const auto envelope = find_envelope(value);
+    if (!envelope) return read_fields(table, key, value, row, false);
+    const bool is_hash = envelope->type == "hash";
+    if (is_hash && envelope->hash) return read_fields(table, key, *envelope->hash, row);
+    rows[table].erase(place);
+    if (rows[table].empty()) rows.erase(table);
+    if (is_hash) add_error(where, "a hash without fields", "fields under 'value'");
+  }
+
+  void read_table(const std::string &table, const Node &value) {
+    if (first_table.empty()) first_table = table;
+    if (!rows.try_emplace(table).second) return repeated(table);
+    if (value.what != an_object) return add_error(table, value.what, "a table, an object of rows");
+    for (const Node &row : value.members) {
+      if (repeats_table(row.name)) {
+        add_error(row_place(table, row.name), "a key that begins with the name of a table",
+                  quote(row.name.substr(row.name.find('|') + 1)));
+      } else {
+        read_row(table, row.name, row, false);
+      }
+    }
+  }
+
+  void read_tables(const Node &dump) {
+    for (const Node &value : dump.members) {
+      const std::size_t bar = value.name.find('|');
+      const std::string table = value.name.substr(0, bar);
+      const bool is_known = names_table(table);
+      const bool is_object = value.what == an_object;
+      if (bar != value.name.npos) {
+        if (first_row.empty() && (is_known || is_object)) first_row = value.name;
+        if (is_known) read_row(table, value.name.substr(bar + 1), value, true);
+      } else if (is_known) {
+        read_table(table, value);
+      } else {
+        if (is_namespace(table)) namespaces.insert(table);
+        // Of such a table the tree has misplaced rows only.
+        if (misplaced.empty() && is_object && !value.members.empty()) misplaced = table;
+      }
+    }
+  }
+
+  // What is wrong with the dump as a whole comes first.
+  void check_form(const Node &root, const std::string &name_space, bool is_selected) {
+    const auto of_whole = [this](const std::string &found, const std::string &expected) {
+      errors.insert(errors.begin(), InputError{0, 0, "", "found " + found, expected});
+    };
+    const bool is_blank = rows.empty() && errors.empty();
+    const std::vector<std::string> known(namespaces.begin(), namespaces.end());
+    if (root.members.empty()) {
+      of_whole("an empty object", a_dump);
+    } else if (!name_space.empty() && !is_selected) {
+      of_whole("no namespace " + quote(name_space),
+               known.empty() ? "a dump of several ASICs" : one_of(known));
+    } else if (!first_table.empty() && !first_row.empty()) {
+      of_whole("the table " + quote(first_table) + " and the row " + quote(first_row),
+               "tables of rows, or rows with the names of their tables");
+    } else if (is_blank && name_space.empty() && !known.empty()) {
+      of_whole("a dump of several ASICs: " + listed(known), "the namespace of one of them");
+    } else if (is_blank && !misplaced.empty()) {
+      of_whole("rows with the names of their tables in " + quote(misplaced), "them at the top");
+    }
+  }
+
+  void read(const Node &root, const std::string &name_space) {
+    bool is_selected = false;
+    if (name_space.empty()) read_tables(root);
+    for (const Node &value : root.members) {
+      if (!name_space.empty() && is_namespace(value.name)) namespaces.insert(value.name);
+      if (name_space.empty() || value.name != name_space) continue;
+      if (std::exchange(is_selected, true)) repeated(shown(name_space));
+      if (value.what == an_object) {
+        read_tables(value);
+      } else {
+        add_error(shown(name_space), value.what, "a dump, an object of tables");
+      }
+    }
+    check_form(root, name_space, is_selected);
+  }
+};
+
 }  // namespace
 
 ReadRows read_dump(std::string_view json, std::string_view name_space) {
-  if (auto problem = text_that_is_no_json(json)) return {{}, {std::move(*problem)}};
-  DumpParser reader;
-  reader.json = without_byte_order_mark(json);
-  reader.name_space = name_space;
-  const std::string_view text = reader.json;
-  if (Parser::sax_parse(text.begin(), text.end(), &reader)) {
-    reader.check_form();
+  if (auto problem = find_other_text(json)) return {{}, {std::move(*problem)}};
+  TreeParser parser{without_byte_order_mark(json), std::string(name_space)};
+  const std::string_view text = parser.json;
+  if (nlohmann::json::sax_parse(text.begin(), text.end(), &parser)) {
     // The parser takes a NUL for the end.
     if (const std::size_t nul = text.find('\0'); nul != text.npos) {
-      reader.not_json(nul, "no JSON here: a NUL byte");
+      parser.not_json(nul, "no JSON here: a NUL byte");
     }
+  }
+  if (!parser.errors.empty()) return {{}, std::move(parser.errors)};
+  DumpReader reader;
+  if (parser.root.what == an_object) {
+    reader.read(parser.root, parser.name_space);
+  } else {
+    reader.add_error("", parser.root.what, a_dump);
   }
   return {std::move(reader.rows), std::move(reader.errors)};
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "draimiofaf/types.h"
-#include "sonic/spelling.h"
+#include "sonic/rows.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -15,35 +15,6 @@ constexpr uint32_t mst = STP_MCEC_STP_MODE_MST;
 
 // --- how values are written ---
 
-// Of "none", spanning tree is off: a value without bytes.
-std::optional<Bytes> parse_mode(std::string_view text) {
-  if (text == "none") return Bytes{};
-  if (text != "pvst" && text != "mst") return std::nullopt;
-  return word(text == "mst" ? mst : pvst);
-}
-
-std::string print_mode(const Bytes &value) {
-  return word_of(value) == mst ? "mst" : "pvst";
-}
-
-std::optional<Bytes> parse_boolean(std::string_view text) {
-  if (text != "true" && text != "false") return std::nullopt;
-  return word(text == "true" ? 1 : 0);
-}
-
-std::string print_boolean(const Bytes &value) {
-  return word_of(value) != 0 ? "true" : "false";
-}
-
-std::optional<Bytes> parse_revision(std::string_view text) {
-  const auto number = decimal(text);
-  return number && *number <= last_revision ? std::optional(word(*number)) : std::nullopt;
-}
-
-std::string print_revision(const Bytes &value) {
-  return std::to_string(word_of(value));
-}
-
 std::optional<Bytes> parse_region(std::string_view text) {
   if (text.size() > region_name_bytes) return std::nullopt;
   Bytes value(text.begin(), text.end());
@@ -51,21 +22,44 @@ std::optional<Bytes> parse_region(std::string_view text) {
   return value;
 }
 
-std::string print_region(const Bytes &value) {
-  return {value.begin(), std::find(value.begin(), value.end(), 0)};
+std::optional<Bytes> parse_revision(std::string_view text) {
+  const auto number = decimal(text);
+  return number && *number <= last_revision ? std::optional(word(*number)) : std::nullopt;
 }
 
-// --- the table ---
+constexpr Form mode_form = {.expected = "pvst, mst or none",
+                            // Of "none", spanning tree is off: a value without bytes.
+                            .parse = [](std::string_view text) -> std::optional<Bytes> {
+                              if (text == "none") return Bytes{};
+                              if (text != "pvst" && text != "mst") return std::nullopt;
+                              return word(text == "mst" ? mst : pvst);
+                            },
+                            .print = [](const Bytes &value) -> std::string {
+                              return word_of(value) == mst ? "mst" : "pvst";
+                            }};
 
-struct Form {
-  const char *expected;
-  std::optional<Bytes> (*parse)(std::string_view);
-  std::string (*print)(const Bytes &);
-};
-constexpr Form mode_form = {"pvst, mst or none", parse_mode, print_mode};
-constexpr Form boolean_form = {"true or false", parse_boolean, print_boolean};
-constexpr Form revision_form = {"a number from 0 to 65535", parse_revision, print_revision};
-constexpr Form region_form = {"a region name of at most 32 bytes", parse_region, print_region};
+constexpr Form boolean_form = {.expected = "true or false",
+                               .parse = [](std::string_view text) -> std::optional<Bytes> {
+                                 if (text != "true" && text != "false") return std::nullopt;
+                                 return word(text == "true" ? 1 : 0);
+                               },
+                               .print = [](const Bytes &value) -> std::string {
+                                 return word_of(value) != 0 ? "true" : "false";
+                               }};
+
+constexpr Form revision_form = {
+    .expected = "a number from 0 to 65535",
+    .parse = parse_revision,
+    .print = [](const Bytes &value) { return std::to_string(word_of(value)); }};
+
+constexpr Form region_form = {.expected = "a region name of at most 32 bytes",
+                              .parse = parse_region,
+                              .print = [](const Bytes &value) {
+                                return std::string(value.begin(),
+                                                   std::find(value.begin(), value.end(), 0));
+                              }};
+
+// --- the table ---
 
 constexpr Field row_of(const char *table, const char *key) {
   return {.table = table, .key = key, .name = "", .use = FieldUse::row};
@@ -82,17 +76,10 @@ constexpr Field noted(const char *table, const char *key, const char *name) {
 // Of a parameter, in one mode or in every (0).
 constexpr Field value_of(uint16_t type, uint32_t mode, const char *table, const char *key,
                          const char *name, const Form &form) {
-  return {.table = table,
-          .key = key,
-          .name = name,
-          .type = type,
-          .mode = mode,
-          .expected = form.expected,
-          .parse = form.parse,
-          .print = form.print};
+  return {.table = table, .key = key, .name = name, .type = type, .mode = mode, .form = &form};
 }
 
-constexpr Field all[] = {
+constexpr Field field_table[] = {
     text_in("DEVICE_METADATA", "localhost", "mac"),
     text_in("DEVICE_METADATA", "localhost", "hostname"),
     value_of(STP_MCEC_TYPE1_STP_MODE, 0, "STP", "GLOBAL", "mode", mode_form),
@@ -135,27 +122,25 @@ constexpr Field all[] = {
 }  // namespace
 
 std::span<const Field> fields() {
-  return all;
+  return field_table;
 }
 
 const Field *find_field(std::string_view table, std::string_view name) {
-  const auto *found = std::find_if(std::begin(all), std::end(all), [=](const Field &field) {
-    return field.table == table && field.name == name;
-  });
-  return found != std::end(all) && !name.empty() ? found : nullptr;
+  if (name.empty()) return nullptr;
+  return find_in(field_table,
+                 [=](const Field &field) { return field.table == table && field.name == name; });
 }
 
 const Field *field_of_parameter(uint16_t type, uint32_t mode) {
-  const auto *found = std::find_if(std::begin(all), std::end(all), [=](const Field &field) {
+  return find_in(field_table, [=](const Field &field) {
     return field.type == type && type != 0 && (field.mode == 0 || field.mode == mode);
   });
-  return found != std::end(all) ? found : nullptr;
 }
 
 std::vector<const Field *> find_fields(std::string_view word) {
   const std::string key = key_of(word);
   std::vector<const Field *> found;
-  for (const Field &field : all) {
+  for (const Field &field : field_table) {
     const std::string table = key_of(field.table);
     const std::string name = key_of(field.name);
     if (key == table || (key == name && !name.empty()) || key == table + '|' + name) {
@@ -168,7 +153,7 @@ std::vector<const Field *> find_fields(std::string_view word) {
 const std::set<std::string> &tables_read() {
   static const std::set<std::string> tables = [] {
     std::set<std::string> names;
-    for (const Field &field : all) names.insert(field.table);
+    for (const Field &field : field_table) names.insert(field.table);
     return names;
   }();
   return tables;

@@ -21,18 +21,22 @@ enum class FieldUse : uint8_t {
   noted,  // for notes only, which take any value
 };
 
+// How a value is written that one field gives: a parameter's, in network byte order.
+struct Form {
+  const char *expected;  // in the error of a text that cannot be parsed
+  std::optional<Bytes> (*parse)(std::string_view text);
+  std::string (*print)(const Bytes &value);
+};
+
 struct Field {
   const char *table;
   const char *key;   // as a person writes it: "GLOBAL", "VlanN"
   const char *name;  // empty: the row itself
   FieldUse use = FieldUse::read;
   bool takes_list = false;
-  uint16_t type = 0;          // of the parameter that it gives, alone or with other rows; 0: none
-  uint32_t mode = 0;          // in which it gives it (STP_MCEC_STP_MODE_*); 0: in every mode
-  const char *expected = "";  // in the error of a value that cannot be parsed
-  // Of a text and of the parameter's value, network byte order, where one field gives it all.
-  std::optional<Bytes> (*parse)(std::string_view text) = nullptr;
-  std::string (*print)(const Bytes &value) = nullptr;
+  uint16_t type = 0;           // of the parameter that it gives, alone or with other rows; 0: none
+  uint32_t mode = 0;           // in which it gives it (STP_MCEC_STP_MODE_*); 0: in every mode
+  const Form *form = nullptr;  // where it alone gives a value
 };
 
 std::span<const Field> fields();

@@ -4,11 +4,12 @@
 
 #include "draimiofaf/types.h"
 #include "pair/scopes.h"
-#include "sonic/spelling.h"
 #include "switch/values.h"
 
 namespace lab {
 namespace {
+
+using Op = PatchOperation::Op;
 
 // The name of a region whose two switches have none of their own.
 constexpr char common_region[] = "region1";
@@ -20,15 +21,9 @@ const Entry *find_sent(const Settings &settings, const std::string &channel, uin
   return port != nullptr ? find_entry(port->parameters, type) : nullptr;
 }
 
-Bytes value_in(const Settings &settings, uint16_t type) {
-  const Entry *entry = find_entry(settings.parameters, type);
+Bytes value_in(const Settings &settings, uint16_t type, const std::string &channel = "") {
+  const Entry *entry = find_sent(settings, channel, type);
   return entry != nullptr ? entry->value : Bytes{};
-}
-
-const Table &table_of(const Rows &rows, const std::string &name) {
-  static const Table none;
-  const auto found = rows.find(name);
-  return found != rows.end() ? found->second : none;
 }
 
 // --- what has to change on one side ---
@@ -42,40 +37,30 @@ struct Half {
 };
 
 // A change of one field, to what the other side has.
-Change follow_field(const Half &half, const Field &field, const std::string &key,
-                    const std::string &channel, uint16_t type) {
-  const Entry *sent = find_sent(half.other, channel, type);
-  return {field.table, key, field.name, field.print(sent != nullptr ? sent->value : Bytes{})};
+Change follow_field(const Half &half, const Field &field, const std::string &channel = "") {
+  return {field.table, channel.empty() ? field.key : channel, field.name,
+          field.form->print(value_in(half.other, field.type, channel))};
 }
 
 Changes mode_changes(const Half &half, const Field &field) {
-  Changes changes = {follow_field(half, field, field.key, "", field.type)};
+  Changes changes = {follow_field(half, field)};
   // In mst a region must have a name, which this side may never have needed.
   if (!settings_of(apply_changes(half.rows, changes)).errors.empty()) {
-    const uint16_t name = STP_MCEC_TYPE1_MST_REGION_NAME;
-    const Field &region = *field_of_parameter(name, STP_MCEC_STP_MODE_MST);
-    changes.push_back(follow_field(half, region, region.key, "", name));
+    changes.push_back(follow_field(
+        half, *field_of_parameter(STP_MCEC_TYPE1_MST_REGION_NAME, STP_MCEC_STP_MODE_MST)));
   }
   return changes;
 }
 
-// The twin VLANs on which spanning tree runs on one side only: all of them, and those on which it
-// is this side.
-std::pair<Vlans, Vlans> differing_vlans(const Settings &own, const Settings &other) {
-  const Vlans ours = vlans_of_record(value_in(own, STP_MCEC_TYPE1_STP_ENDIS));
-  const Vlans theirs = vlans_of_record(value_in(other, STP_MCEC_TYPE1_STP_ENDIS));
-  const Vlans differ = (ours ^ theirs) & twin_vlans({&own, &other});
-  return {differ, differ & theirs};
-}
-
 Changes vlan_changes(const Half &half, const Field &field) {
+  const Vlans ours = vlans_of_record(value_in(half.own, field.type));
+  const Vlans theirs = vlans_of_record(value_in(half.other, field.type));
+  const Vlans differ = (ours ^ theirs) & twin_vlans({&half.own, &half.other});
   Changes changes;
-  const auto [differ, disabled] = differing_vlans(half.own, half.other);
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
     if (!differ[vlan]) continue;
-    const bool enable = !disabled[vlan];
-    changes.push_back(
-        {field.table, vlan_name(vlan), field.name, field.print(word(enable ? 1 : 0))});
+    const Bytes is_enabled = word(theirs[vlan] ? 0 : 1);
+    changes.push_back({field.table, vlan_name(vlan), field.name, field.form->print(is_enabled)});
   }
   return changes;
 }
@@ -118,21 +103,18 @@ FieldValue list_of(const Vlans &vlans, const Spelling &spelling) {
 }
 
 Changes map_changes(const Half &half, const Field &field) {
-  const auto own = instances_of(value_in(half.own, STP_MCEC_TYPE1_MST_REGION_VI_MAP));
-  const auto other = instances_of(value_in(half.other, STP_MCEC_TYPE1_MST_REGION_VI_MAP));
+  const auto own = instances_of(value_in(half.own, field.type));
+  const auto other = instances_of(value_in(half.other, field.type));
   const Table &rows = table_of(half.rows, field.table);
   // A side without instances learns to spell from the other.
-  const Spelling usual =
-      spelling_of(rows.empty() ? table_of(half.other_rows, field.table) : rows, field);
+  Spelling usual = spelling_of(rows.empty() ? table_of(half.other_rows, field.table) : rows, field);
   const auto key_of_instance = [&usual](uint32_t instance) {
-    const auto known = usual.keys.find(instance);
-    return known != usual.keys.end() ? known->second : usual.prefix + std::to_string(instance);
+    return usual.keys.try_emplace(instance, usual.prefix + std::to_string(instance)).first->second;
   };
   Changes changes;
   for (const auto &[instance, vlans] : own) {
-    if (!other.contains(instance)) {
-      changes.push_back({field.table, key_of_instance(instance), field.name, std::nullopt});
-    }
+    if (other.contains(instance)) continue;
+    changes.push_back({field.table, key_of_instance(instance), field.name, std::nullopt});
   }
   for (const auto &[instance, vlans] : other) {
     const auto ours = own.find(instance);
@@ -146,28 +128,16 @@ Changes map_changes(const Half &half, const Field &field) {
 }
 
 // Nothing: the field cannot have the value of the other side.
-std::optional<Changes> field_changes(const Half &half, const Field &field,
-                                     const std::string &channel) {
-  const Change change =
-      follow_field(half, field, channel.empty() ? field.key : channel, channel, field.type);
-  const Entry *sent = find_sent(half.other, channel, field.type);
-  const auto read = field.parse(std::get<std::string>(*change.value));
-  if (sent == nullptr || !read || *read != sent->value) return std::nullopt;
-  return Changes{change};
-}
-
 std::optional<Changes> changes_of(const Half &half, const Field &field,
                                   const std::string &channel) {
-  switch (field.type) {
-    case STP_MCEC_TYPE1_STP_MODE:
-      return mode_changes(half, field);
-    case STP_MCEC_TYPE1_STP_ENDIS:
-      return vlan_changes(half, field);
-    case STP_MCEC_TYPE1_MST_REGION_VI_MAP:
-      return map_changes(half, field);
-    default:
-      return field_changes(half, field, channel);
-  }
+  if (field.type == STP_MCEC_TYPE1_STP_MODE) return mode_changes(half, field);
+  if (field.type == STP_MCEC_TYPE1_STP_ENDIS) return vlan_changes(half, field);
+  if (field.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) return map_changes(half, field);
+  const Change change = follow_field(half, field, channel);
+  const Entry *sent = find_sent(half.other, channel, field.type);
+  const auto read = field.form->parse(std::get<std::string>(*change.value));
+  if (sent == nullptr || !read || *read != sent->value) return std::nullopt;
+  return Changes{change};
 }
 
 bool is_named_after_switch(const Settings &settings) {
@@ -175,34 +145,84 @@ bool is_named_after_switch(const Settings &settings) {
   return std::string(name.begin(), std::find(name.begin(), name.end(), 0)) == settings.address;
 }
 
-// --- what differs ---
-
-std::vector<VlanGroup> vlan_groups(const PairOfSettings &settings) {
-  const auto [differ, disabled_on_right] = differing_vlans(*settings[0], *settings[1]);
-  std::vector<VlanGroup> groups;
-  if (disabled_on_right.any()) groups.push_back({disabled_on_right, {0, 1}});
-  const Vlans disabled_on_left = differ & ~disabled_on_right;
-  if (disabled_on_left.any()) groups.push_back({disabled_on_left, {1, 0}});
-  return groups;
+// The VLANs that both sides have elsewhere, by where they have them.
+std::vector<VlanGroup> find_groups(const PairOfSettings &settings, uint16_t type) {
+  const bool is_map = type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
+  if (!is_map && type != STP_MCEC_TYPE1_STP_ENDIS) return {};
+  const Vlans twins = twin_vlans(settings);
+  std::array<Bytes, 2> values;
+  std::array<Vlans, 2> disabled;
+  for (std::size_t side = 0; side < settings.size(); ++side) {
+    values[side] = value_in(*settings[side], type);
+    if (!is_map) disabled[side] = vlans_of_record(values[side]) & twins;
+  }
+  const auto word_in = [&](std::size_t side, uint32_t vlan) {
+    return is_map ? instance_of(values[side], vlan) : uint32_t{disabled[side][vlan]};
+  };
+  std::map<std::array<uint32_t, 2>, Vlans> groups;
+  for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
+    const std::array<uint32_t, 2> words = {word_in(0, vlan), word_in(1, vlan)};
+    if (words[0] != words[1]) groups[words].set(vlan);
+  }
+  std::vector<VlanGroup> list;
+  for (const auto &[words, vlans] : groups) list.push_back({vlans, words});
+  return list;
 }
 
-std::vector<VlanGroup> instance_groups(const PairOfSettings &settings) {
-  const Bytes left = value_in(*settings[0], STP_MCEC_TYPE1_MST_REGION_VI_MAP);
-  const Bytes right = value_in(*settings[1], STP_MCEC_TYPE1_MST_REGION_VI_MAP);
-  std::map<std::array<uint32_t, 2>, Vlans> moves;
-  for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
-    const std::array<uint32_t, 2> words = {instance_of(left, vlan), instance_of(right, vlan)};
-    if (words[0] != words[1]) moves[words].set(vlan);
+// From one row to the other, field by field.
+void patch_row(const std::string &table, const std::string &key, const Row &before,
+               const Row &after, std::vector<PatchOperation> &patch) {
+  for (const auto &[field, value] : before) {
+    if (!after.contains(field)) patch.push_back({Op::remove, {table, key, field}, {}});
   }
-  std::vector<VlanGroup> groups;
-  for (const auto &[words, vlans] : moves) groups.push_back({vlans, words});
-  return groups;
+  for (const auto &[field, value] : after) {
+    const auto old = before.find(field);
+    if (old != before.end() && old->second == value) continue;
+    patch.push_back({old == before.end() ? Op::add : Op::replace, {table, key, field}, value});
+  }
 }
 
 }  // namespace
 
+Rows apply_changes(Rows rows, const Changes &changes) {
+  for (const auto &[table, key, field, value] : changes) {
+    Row &row = rows[table][key];
+    row.erase(field);
+    if (value) row.emplace(field, *value);
+  }
+  return rows;
+}
+
+std::vector<PatchOperation> make_patch(const Rows &rows, const Changes &changes) {
+  Rows touched;
+  for (const Change &change : changes) {
+    const Table &table = table_of(rows, change.table);
+    const auto row = table.find(change.key);
+    if (row != table.end()) touched[change.table].insert(*row);
+  }
+  // Tables and rows that are missing are added whole.
+  std::vector<PatchOperation> patch;
+  for (const auto &[table, rows_after] : apply_changes(std::move(touched), changes)) {
+    const Table &before = table_of(rows, table);
+    if (!rows.contains(table)) {
+      patch.push_back({Op::add, {table}, rows_after});
+      continue;
+    }
+    for (const auto &[key, row] : rows_after) {
+      const auto row_before = before.find(key);
+      if (row_before == before.end()) {
+        patch.push_back({Op::add, {table, key}, row});
+      } else {
+        patch_row(table, key, row_before->second, row, patch);
+      }
+    }
+  }
+  return patch;
+}
+
 Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &rows,
              const std::string &channel, uint16_t type, bool is_intended) {
+  static const Rows no_rows;
   Fix fix;
   fix.type = type;
   fix.channel = channel;
@@ -211,10 +231,7 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
     if (sent != nullptr) fix.values[side] = sent->value;
   }
   const bool is_sent_by_both = fix.values[0] && fix.values[1];
-  if (is_sent_by_both && type == STP_MCEC_TYPE1_STP_ENDIS) fix.groups = vlan_groups(settings);
-  if (is_sent_by_both && type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
-    fix.groups = instance_groups(settings);
-  }
+  if (is_sent_by_both) fix.groups = find_groups(settings, type);
   if (rows[0] == nullptr && rows[1] == nullptr) return fix;
   if (!is_sent_by_both) {
     fix.kind = Fix::Kind::with_mode;
@@ -230,7 +247,6 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
     fix.both = {named, named};
     return fix;
   }
-  static const Rows no_rows;
   for (std::size_t side = 0; side < settings.size(); ++side) {
     if (rows[side] == nullptr || (is_intended && side == 0)) continue;
     const Settings &own = *settings[side];

@@ -1,13 +1,9 @@
 #include "sonic/rows.h"
 
 #include <algorithm>
-#include <array>
-#include <optional>
 #include <set>
 
 #include "draimiofaf/types.h"
-#include "sonic/rows_reader.h"
-#include "sonic/spelling.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -16,179 +12,323 @@ namespace {
 // A channel's id is its number, unless that is too large for the index of its port.
 constexpr uint32_t last_id = 0x00FFFFFF;
 
-// What a port is set to.
-struct PortRow {
-  std::set<std::string> flags;  // fields that are true
-  std::map<std::string, std::string> uncovered;
+// Of a source; each takes memory, and rows of a hostile server may have any number.
+constexpr std::size_t most_errors = 10000;
 
-  bool has(const std::string &flag) const { return flags.contains(flag); }
+struct NamedRow {
+  const char *table;
+  std::string key;
+  const Row &fields;
 };
 
-struct SettingsReader : RowsReader {
-  Vlans vlans() {
-    Vlans read;
-    for (const auto &[key, fields] : table("VLAN")) {
-      if (const auto number = vlan("VLAN", key, key, "a key like Vlan10")) read.set(*number);
+// Every row is read, whatever the others say, so that all errors are reported at once.
+struct RowsReader {
+  const Rows &rows;
+  InputErrors errors;
+
+  void add_error(const NamedRow &row, const char *field, const std::string &found,
+                 const std::string &expected) {
+    if (errors.size() >= most_errors) return;
+    errors.push_back({0, 0, row_place(row.table, row.key, field), "found " + found, expected});
+  }
+
+  std::vector<NamedRow> rows_of(const char *table) const {
+    std::vector<NamedRow> all;
+    for (const auto &[key, fields] : table_of(rows, table)) all.push_back({table, key, fields});
+    return all;
+  }
+
+  // Without fields where there is none.
+  NamedRow row_of(const char *table, const std::string &key) const {
+    static const Row none;
+    const Table &all = table_of(rows, table);
+    const auto found = all.find(key);
+    return {table, key, found != all.end() ? found->second : none};
+  }
+
+  // Nothing: there is no such field, or it is an error.
+  std::optional<std::string> text(const NamedRow &row, const char *field) {
+    const auto found = row.fields.find(field);
+    if (found == row.fields.end()) return std::nullopt;
+    const auto *value = std::get_if<std::string>(&found->second);
+    if (value == nullptr) add_error(row, field, "a list", "a text");
+    return value != nullptr ? std::optional(*value) : std::nullopt;
+  }
+
+  // What the table of fields makes of the text.
+  std::optional<Bytes> value(const NamedRow &row, const char *field) {
+    const auto written = text(row, field);
+    if (!written) return std::nullopt;
+    const Form &form = *find_field(row.table, field)->form;
+    auto parsed = form.parse(*written);
+    if (!parsed) add_error(row, field, quote(*written), form.expected);
+    return parsed;
+  }
+
+  static Timers timers(const NamedRow &row) {
+    Timers read;
+    for (const auto &[field, written] : row.fields) {
+      const Field *known = find_field(row.table, field);
+      if (known != nullptr && known->use == FieldUse::noted) read[key_of(field)] = joined(written);
     }
     return read;
+  }
+
+  std::vector<std::string_view> parts(const NamedRow &row, std::size_t count,
+                                      const char *expected) {
+    std::vector<std::string_view> read = split(row.key, '|');
+    if (read.size() == count && std::find(read.begin(), read.end(), "") == read.end()) return read;
+    add_error(row, "", "the key " + quote(row.key), expected);
+    return {};
+  }
+
+  std::optional<uint32_t> vlan(const NamedRow &row, std::string_view name, const char *expected) {
+    const auto number = vlan_of(name);
+    if (number && *number >= first_vlan && *number <= last_vlan) return number;
+    add_error(row, "", quote(name), number ? "a VLAN from 1 to 4094" : expected);
+    return std::nullopt;
+  }
+
+  void check_name(const NamedRow &row, const char *field, const std::string &name) {
+    if (has_controls(name)) {
+      add_error(row, field, quote(name), "a region name without control characters");
+    }
+    if (name.size() > region_name_bytes) {
+      add_error(row, field, quote(name) + ", " + std::to_string(name.size()) + " bytes",
+                "a region name of at most 32 bytes");
+    }
+  }
+
+  // `is_needed`: the switch runs MST, and without a name the region has the switch's address.
+  std::string region_name(bool is_needed, const std::string &address) {
+    const NamedRow row = row_of("STP_MST", "GLOBAL");
+    std::string name = text(row, "name").value_or("");
+    check_name(row, "name", name);
+    if (!name.empty() || !is_needed) return name;
+    check_name(row_of("DEVICE_METADATA", "localhost"), "mac", address);
+    static const std::set<std::string> places = {
+        "DEVICE_METADATA", "DEVICE_METADATA|localhost", "DEVICE_METADATA|localhost mac", "STP_MST",
+        "STP_MST|GLOBAL",  "STP_MST|GLOBAL name"};
+    const auto is_in_doubt = [](const InputError &error) { return places.contains(error.where); };
+    if (address.empty() && find_in(errors, is_in_doubt) == nullptr) {
+      add_error(row, "name", "neither a name of the region nor an address of the switch",
+                "one of them in mst");
+    }
+    return address;
+  }
+
+  Vlans vlans_of_list(const NamedRow &row) {
+    Vlans read;
+    const auto list = row.fields.find("vlan_list");
+    if (list == row.fields.end()) return {};
+    for (const std::string &member : members_of(list->second)) {
+      const ParsedRanges parsed = parse_member(member);
+      read |= vlans_of(parsed.ranges);
+      if (parsed.fault == RangeFault::none) continue;
+      add_error(row, "vlan_list", quote(member),
+                parsed.fault == RangeFault::reversed ? "a range from the lower to the higher VLAN"
+                : parsed.fault == RangeFault::too_great ? "VLANs from 1 to 4094"
+                                                        : "VLANs like 10, 10-20, Vlan10 or "
+                                                          "Vlan10-Vlan20");
+    }
+    return read;
+  }
+
+  std::map<uint32_t, std::pair<NamedRow, Vlans>> instances() {
+    std::map<uint32_t, std::pair<NamedRow, Vlans>> read;
+    for (const NamedRow &row : rows_of("STP_MST_INST")) {
+      const auto number = instance_of_key(row.key);
+      const Vlans vlans = vlans_of_list(row);
+      if (!number || *number > last_instance) {
+        add_error(row, "", "the key " + quote(row.key),
+                  number ? "an instance from 0 to 4094" : "a key like MST_INSTANCE|1");
+        continue;
+      }
+      const auto [at, is_new] = read.try_emplace(*number, row, Vlans{});
+      at->second.second |= vlans;
+      if (is_new) continue;
+      add_error(row, "",
+                "instance " + std::to_string(*number) + " again, which is " +
+                    quote(at->second.first.key) + " too",
+                "an instance in one spelling");
+    }
+    read.erase(0);  // what it lists says nothing: it has what the others leave
+    return read;
+  }
+
+  Bytes region_map() {
+    Bytes map(std::size_t{2} * vlan_count);
+    Vlans taken;
+    auto all = instances();
+    for (auto &[number, instance] : all) {
+      auto &[row, vlans] = instance;
+      const Vlans twice = vlans & taken;
+      vlans &= ~taken;
+      taken |= vlans;
+      for (uint32_t vlan = first_vlan; vlan <= last_vlan; ++vlan) {
+        if (vlans[vlan]) set_instance(map, vlan, number);
+      }
+      if (twice.none()) continue;
+      for (const auto &[other, before] : all) {
+        if (other == number) break;
+        const Vlans both = twice & before.second;
+        if (both.none()) continue;
+        add_error(row, "vlan_list",
+                  vlan_words(both) + ", which " + quote(before.first.key) + " has too",
+                  "each VLAN in one instance");
+      }
+    }
+    return map;
+  }
+
+  void read_device(Settings &settings) {
+    const NamedRow row = row_of("DEVICE_METADATA", "localhost");
+    settings.name = text(row, "hostname").value_or("");
+    settings.address = text(row, "mac").value_or("");
+    if (has_controls(settings.name)) {
+      add_error(row, "hostname", quote(settings.name), "a name without control characters");
+    }
+  }
+
+  void read_vlans(Settings &settings) {
+    for (const NamedRow &row : rows_of("VLAN")) {
+      const auto number = vlan(row, row.key, "a key like Vlan10");
+      if (number) settings.user_vlans.set(*number);
+    }
+  }
+
+  // The VLANs on which spanning tree is enabled, and their timers.
+  Vlans read_spanning_tree_vlans(Settings &settings) {
+    Vlans read;
+    for (const NamedRow &row : rows_of("STP_VLAN")) {
+      const auto number = vlan(row, row.key, "a key like Vlan10");
+      const auto is_enabled = value(row, "enabled");
+      if (!number) continue;
+      read[*number] = is_enabled && word_of(*is_enabled) != 0;
+      if (const Timers set = timers(row); !set.empty()) settings.vlan_timers[*number] = set;
+    }
+    return read;
+  }
+
+  void read_domains(Settings &settings) {
+    settings.trunk = false;
+    for (const NamedRow &row : rows_of("MCLAG_DOMAIN")) {
+      parts(row, 1, "the number of a domain");
+      if (!text(row, "peer_link").value_or("").empty()) settings.trunk = true;
+      settings.domains.push_back({row.key, text(row, "mclag_system_id"),
+                                  text(row, "source_ip").value_or(""),
+                                  text(row, "peer_ip").value_or("")});
+    }
   }
 
   std::map<std::string, Vlans, std::less<>> carried() {
     constexpr char expected[] = "a key like Vlan10|PortChannel10";
     std::map<std::string, Vlans, std::less<>> read;
-    for (const auto &[key, fields] : table("VLAN_MEMBER")) {
-      const auto names = parts("VLAN_MEMBER", key, 2, expected);
+    for (const NamedRow &row : rows_of("VLAN_MEMBER")) {
+      const auto names = parts(row, 2, expected);
       if (names.empty()) continue;
-      const auto number = vlan("VLAN_MEMBER", key, names[0], expected);
+      const auto number = vlan(row, names[0], expected);
       if (number) read[std::string(names[1])].set(*number);
     }
     return read;
   }
 
-  // The VLANs on which spanning tree is enabled, and their timers.
-  std::pair<Vlans, std::map<uint32_t, Timers>> enabled() {
-    std::pair<Vlans, std::map<uint32_t, Timers>> read;
-    for (const auto &[key, fields] : table("STP_VLAN")) {
-      const auto number = vlan("STP_VLAN", key, key, "a key like Vlan10");
-      const bool is_enabled = boolean("STP_VLAN", key, fields, "enabled");
-      if (!number) continue;
-      read.first[*number] = is_enabled;
-      const Timers set = timers("STP_VLAN", fields);
-      if (!set.empty()) read.second[*number] = set;
-    }
-    return read;
-  }
-
-  std::map<std::string, PortRow> ports() {
-    std::map<std::string, PortRow> read;
-    for (const auto &[key, fields] : table("STP_PORT")) {
-      parts("STP_PORT", key, 1, "the name of an interface");
-      PortRow port;
-      for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"}) {
-        if (boolean("STP_PORT", key, fields, field)) port.flags.insert(field);
-      }
-      for (const auto &[field, written] : fields) {
-        const std::string text = joined(written);
-        // What is not set is so, or off.
-        const bool is_usual = text == (field == "link_type" ? "auto" : "false");
-        if (find_field("STP_PORT", field) == nullptr && !is_usual) port.uncovered[field] = text;
-      }
-      read[key] = port;
-    }
-    return read;
-  }
-
-  std::vector<std::string> channels() {
+  auto channels() {
     constexpr char expected[] = "a key like 1|PortChannel10";
-    std::set<std::string> names;
-    for (const auto &[key, fields] : table("MCLAG_INTERFACE")) {
-      const auto both = parts("MCLAG_INTERFACE", key, 2, expected);
+    std::set<std::string, decltype(&natural_less)> names(natural_less);
+    for (const NamedRow &row : rows_of("MCLAG_INTERFACE")) {
+      const auto both = parts(row, 2, expected);
       if (both.empty()) continue;
       if (is_channel(both[1])) {
         names.emplace(both[1]);
       } else {
-        add_error(place("MCLAG_INTERFACE", key, nullptr), "found " + quote(both[1]), expected);
+        add_error(row, "", quote(both[1]), expected);
       }
     }
-    std::vector<std::string> read(names.begin(), names.end());
-    std::sort(read.begin(), read.end(), natural_less);
-    return read;
+    return names;
   }
 
-  void domain(Settings &settings) {
-    settings.trunk = false;
-    for (const auto &[key, fields] : table("MCLAG_DOMAIN")) {
-      parts("MCLAG_DOMAIN", key, 1, "the number of a domain");
-      const auto link = text("MCLAG_DOMAIN", key, fields, "peer_link");
-      settings.trunk = settings.trunk || !link.value_or("").empty();
-      settings.domains.push_back({key, text("MCLAG_DOMAIN", key, fields, "mclag_system_id"),
-                                  text("MCLAG_DOMAIN", key, fields, "source_ip").value_or(""),
-                                  text("MCLAG_DOMAIN", key, fields, "peer_ip").value_or("")});
+  Port port_of(const Channel &channel, std::optional<uint32_t> runs) const {
+    const NamedRow row = row_of("STP_PORT", channel.name);
+    const auto is_set = [&row](const char *field) {
+      const auto found = row.fields.find(field);
+      return found != row.fields.end() && found->second == FieldValue("true");
+    };
+    Port port;
+    port.index = first_channel_index + channel.id;
+    port.name = channel.name;
+    port.channel = channel.id;
+    port.spanning_tree = is_set("enabled");
+    for (const auto &[field, written] : row.fields) {
+      const std::string all = joined(written);
+      // What is not set is so, or off.
+      const bool is_usual = all == (field == "link_type" ? "auto" : "false");
+      if (find_field(row.table, field) == nullptr && !is_usual) port.uncovered[field] = all;
     }
-  }
-
-  void device(Settings &settings) {
-    const Row &fields = row("DEVICE_METADATA", "localhost");
-    settings.name = text("DEVICE_METADATA", "localhost", fields, "hostname").value_or("");
-    settings.address = text("DEVICE_METADATA", "localhost", fields, "mac").value_or("");
-    if (has_controls(settings.name)) {
-      add_error(place("DEVICE_METADATA", "localhost", "hostname"), "found " + quote(settings.name),
-                "a name without control characters");
+    for (const uint16_t type : {STP_MCEC_TYPE1_IFI_PORT_TYPE, STP_MCEC_TYPE1_IFI_PORT_GUARD}) {
+      if (!runs) continue;
+      const char *field = field_of_parameter(type, *runs)->name;
+      port.parameters.push_back({type, word(is_set(field) ? 1 : 0)});
     }
-  }
-
-  // Nothing: spanning tree is off, or after an error.
-  std::optional<uint32_t> mode() {
-    const auto read = value("STP", "GLOBAL", row("STP", "GLOBAL"), "mode");
-    return read && !read->empty() ? std::optional(word_of(*read)) : std::nullopt;
+    return port;
   }
 
   // The channels with the VLANs that they carry, and a port each.
-  void add_channels(Settings &settings, std::optional<uint32_t> runs) {
-    const auto members = carried();
-    const auto port_rows = ports();
+  void read_channels(Settings &settings, std::optional<uint32_t> runs) {
+    auto members = carried();
+    for (const NamedRow &row : rows_of("STP_PORT")) {
+      parts(row, 1, "the name of an interface");
+      for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"})
+        value(row, field);
+    }
     std::set<uint32_t> ids;
     for (const std::string &name : channels()) {
-      Channel channel{name, 0, false, {}};
+      Channel channel{name, 0, false, members[name] & settings.user_vlans};
       const uint32_t number = *decimal(name.substr(std::string_view("PortChannel").size()));
       const bool is_usual = name == "PortChannel" + std::to_string(number);
       if (is_usual && number > 0 && number <= last_id) ids.insert(channel.id = number);
-      if (const auto found = members.find(name); found != members.end()) {
-        channel.vlans = found->second & settings.user_vlans;
-      }
       settings.channels.push_back(channel);
     }
     uint32_t free_id = 1;
     for (Channel &channel : settings.channels) {
-      if (channel.id == 0) {
-        while (!ids.insert(free_id).second) ++free_id;
-        channel.id = free_id;
+      while (channel.id == 0) {
+        if (ids.insert(free_id).second) channel.id = free_id;
+        ++free_id;
       }
-      const auto found = port_rows.find(channel.name);
-      const PortRow set = found != port_rows.end() ? found->second : PortRow{};
-      Port port;
-      port.index = first_channel_index + channel.id;
-      port.name = channel.name;
-      port.channel = channel.id;
-      port.spanning_tree = set.has("enabled");
-      port.uncovered = set.uncovered;
-      for (const uint16_t type : {STP_MCEC_TYPE1_IFI_PORT_TYPE, STP_MCEC_TYPE1_IFI_PORT_GUARD}) {
-        if (!runs) continue;
-        const bool is_set = set.has(field_of_parameter(type, *runs)->name);
-        port.parameters.push_back({type, word(is_set ? 1 : 0)});
-      }
-      settings.ports.push_back(port);
+      port_at(settings, first_channel_index + channel.id) = port_of(channel, runs);
     }
-    std::sort(settings.ports.begin(), settings.ports.end(),
-              [](const Port &a, const Port &b) { return a.index < b.index; });
   }
 
   Settings settings() {
     Settings read;
-    device(read);
-    const std::optional<uint32_t> runs = mode();
+    read_device(read);
+    // Without bytes, spanning tree is off.
+    const auto mode = value(row_of("STP", "GLOBAL"), "mode");
+    const auto runs = mode && !mode->empty() ? std::optional(word_of(*mode)) : std::nullopt;
     read.spanning_tree = runs.has_value();
-    read.user_vlans = vlans();
-    const auto [with_spanning_tree, vlan_timers] = enabled();
-    const std::string region = region_name(*this, runs == STP_MCEC_STP_MODE_MST, read.address);
-    const Bytes revision = region_revision(*this);
-    const Bytes map = region_map(*this);
-    if (runs) read.parameters.push_back({STP_MCEC_TYPE1_STP_MODE, word(*runs)});
+    read_vlans(read);
+    const Vlans with_spanning_tree = read_spanning_tree_vlans(read);
+    const std::string region = region_name(runs == STP_MCEC_STP_MODE_MST, read.address);
+    const auto revision = value(row_of("STP_MST", "GLOBAL"), "revision");
+    const Bytes map = region_map();
     if (runs == STP_MCEC_STP_MODE_RAPID_PVST) {
-      read.parameters.push_back(
-          {STP_MCEC_TYPE1_STP_ENDIS, vlan_record(read.user_vlans & ~with_spanning_tree)});
-      read.timers = timers("STP", row("STP", "GLOBAL"));
-      read.vlan_timers = vlan_timers;
+      const Vlans disabled = read.user_vlans & ~with_spanning_tree;
+      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode},
+                         {STP_MCEC_TYPE1_STP_ENDIS, vlan_record(disabled)}};
+      read.timers = timers(row_of("STP", "GLOBAL"));
+    } else {
+      read.vlan_timers.clear();
     }
     if (runs == STP_MCEC_STP_MODE_MST) {
-      const auto name = find_field("STP_MST", "name")->parse(region);
-      read.parameters.push_back({STP_MCEC_TYPE1_MST_REGION_NAME, name.value_or(Bytes{})});
-      read.parameters.push_back({STP_MCEC_TYPE1_MST_REGION_REVISION, revision});
-      read.parameters.push_back({STP_MCEC_TYPE1_MST_REGION_VI_MAP, map});
-      read.timers = timers("STP_MST", row("STP_MST", "GLOBAL"));
+      const auto name = find_field("STP_MST", "name")->form->parse(region);
+      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode},
+                         {STP_MCEC_TYPE1_MST_REGION_NAME, name.value_or(Bytes{})},
+                         {STP_MCEC_TYPE1_MST_REGION_REVISION, revision.value_or(word(0))},
+                         {STP_MCEC_TYPE1_MST_REGION_VI_MAP, map}};
+      read.timers = timers(row_of("STP_MST", "GLOBAL"));
     }
-    domain(read);
-    add_channels(read, runs);
+    read_domains(read);
+    read_channels(read, runs);
     return read;
   }
 };
@@ -201,7 +341,7 @@ ReadSettings settings_of(const Rows &rows, const InputErrors &reading) {
     const std::vector<std::string> tables(tables_read().begin(), tables_read().end());
     return {{}, {{0, 0, "", "found none of the tables that are read", one_of(tables)}}};
   }
-  SettingsReader reader{{rows, reading}};
+  RowsReader reader{rows, reading};
   Settings settings = reader.settings();
   return {std::move(settings), std::move(reader.errors)};
 }

@@ -7,7 +7,7 @@
 
 #include "sonic/rows.h"
 #include "text/error.h"
-#include "text/time.h"
+#include "text/wait.h"
 
 namespace lab {
 

@@ -4,11 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdlib>
 #include <optional>
 
-#include "text/text.h"
+#include "sonic/rows.h"
 
 namespace lab {
 namespace {
@@ -49,8 +48,7 @@ std::string decoded(std::string_view text, ParsedSource &parsed) {
 // The text is not printed: it may be the end of a password.
 uint32_t number(std::string_view text, const std::string &what, uint32_t least, uint32_t most,
                 ParsedSource &parsed) {
-  const bool decimal = text.find_first_not_of("0123456789") == text.npos;
-  const auto value = decimal ? parse_number(text) : std::nullopt;
+  const auto value = decimal(text);
   if (value && *value >= least && *value <= most) return *value;
   add_error(parsed, "found a " + what + " that is none",
             "a number from " + std::to_string(least) + " to " + std::to_string(most));
@@ -127,21 +125,14 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
   }
 }
 
-std::string in_lower_case(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return lower;
-}
-
 bool begins_url(std::string_view text) {
-  const std::string lower = in_lower_case(text.substr(0, text.find(':') + 1));
+  const std::string lower = key_of(text.substr(0, text.find(':') + 1));
   return std::find(url_begins.begin(), url_begins.end(), lower) != url_begins.end();
 }
 
 // The colon behind the first scheme of a text; npos: there is none.
 std::size_t find_scheme_end(std::string_view text) {
-  const std::string lower = in_lower_case(text);
+  const std::string lower = key_of(text);  // every character in its place
   std::size_t end = lower.find("://");
   for (const std::string_view begin : url_begins) {
     const std::size_t at = lower.find(begin);
@@ -156,15 +147,6 @@ std::string without_login(std::string_view text, std::size_t colon) {
   const std::size_t last = text.rfind('@');
   if (colon == text.npos || last == text.npos || last < begin) return printable(text);
   return printable(text.substr(0, begin)) + "..." + printable(text.substr(last));
-}
-
-void check_scheme(std::string_view scheme, ParsedSource &parsed) {
-  if (scheme == tls_scheme) {
-    add_error(parsed, "found 'rediss://', and TLS is not supported",
-              "redis:// or unix:// through ssh -L or stunnel, which encrypt");
-  } else if (scheme != redis_scheme && scheme != unix_scheme) {
-    add_error(parsed, "found '" + printable(scheme) + "'", source_form);
-  }
 }
 
 }  // namespace
@@ -182,8 +164,14 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
     return parsed;
   }
   const std::string_view scheme = text.substr(0, colon + 3);
-  check_scheme(scheme, parsed);
-  if (parsed.errors.empty()) parse_url(scheme, text.substr(scheme.size()), parsed);
+  if (scheme == tls_scheme) {
+    add_error(parsed, "found 'rediss://', and TLS is not supported",
+              "redis:// or unix:// through ssh -L or stunnel, which encrypt");
+  } else if (scheme != redis_scheme && scheme != unix_scheme) {
+    add_error(parsed, "found '" + printable(scheme) + "'", source_form);
+  } else {
+    parse_url(scheme, text.substr(scheme.size()), parsed);
+  }
   // What is wrong may be a part of the password, and stand anywhere.
   if (!parsed.errors.empty()) source.shown = printable(scheme) + "...";
   const char *password = side ? std::getenv(password_variables.at(*side)) : nullptr;

@@ -1,7 +1,8 @@
-#include "sonic/spelling.h"
-
+// Rows, and how a configuration database spells what they contain.
 #include <algorithm>
 #include <charconv>
+
+#include "sonic/rows.h"
 
 namespace lab {
 namespace {
@@ -32,6 +33,12 @@ std::optional<std::string> without_blanks(std::string_view text) {
 
 }  // namespace
 
+const Table &table_of(const Rows &rows, const std::string &name) {
+  static const Table none;
+  const auto found = rows.find(name);
+  return found != rows.end() ? found->second : none;
+}
+
 std::optional<uint32_t> decimal(std::string_view text) {
   if (text.empty() || !std::all_of(text.begin(), text.end(), is_digit)) return std::nullopt;
   uint32_t value = 0;
@@ -58,10 +65,6 @@ std::optional<uint32_t> instance_of_key(std::string_view key) {
     if (const auto instance = behind(word, key)) return instance;
   }
   return std::nullopt;
-}
-
-std::vector<std::string_view> parts_of(std::string_view key) {
-  return split(key, '|');
 }
 
 std::vector<std::string> members_of(const FieldValue &list) {
@@ -105,6 +108,10 @@ std::string shown(std::string_view text) {
 
 std::string quote(std::string_view text) {
   return '\'' + shown(text) + '\'';
+}
+
+std::string row_place(const std::string &table, std::string_view key, std::string_view field) {
+  return table + '|' + shown(key) + (field.empty() ? "" : ' ' + shown(field));
 }
 
 }  // namespace lab

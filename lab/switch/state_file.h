@@ -35,13 +35,6 @@ inline const std::vector<std::string> world_keys = {"trunk", "user-vlans", "chan
                                                     "internal-channels", "ports"};
 WorldChange read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change);
 
-// Each entry of a list, if there is one.
-template <class Read>
-void read_list(Reader &reader, const YAML::Node &node, const std::string &what, Read read) {
-  if (!node || !reader.sequence(node, what)) return;
-  for (const auto &entry : node) read(entry);
-}
-
 // Does a text look like YAML, and nothing else?
 bool is_state_file(std::string_view text);
 

@@ -8,7 +8,6 @@
 #include <string>
 #include <string_view>
 
-#include "text/ranges.h"
 #include "text/text.h"
 
 namespace YAML {

@@ -1,10 +1,4 @@
-// What is around the library on a switch, as it is read from YAML.
-
-#include <algorithm>
-#include <set>
-
-#include "switch/state_file.h"
-#include "switch/values.h"
+#include "text/yaml.h"
 
 namespace lab {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "report/verdict.h"
 #include "tasks/check.h"
-#include "text/signals.h"
+#include "text/wait.h"
 
 namespace lab {
 namespace {

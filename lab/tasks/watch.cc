@@ -12,7 +12,7 @@
 
 #include "io/program.h"
 #include "text/file.h"
-#include "text/signals.h"
+#include "text/wait.h"
 
 namespace lab {
 namespace {

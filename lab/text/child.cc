@@ -1,52 +1,29 @@
 #include "text/child.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <exception>
 #include <system_error>
-#include <utility>
 
-#include "text/file.h"
-#include "text/signals.h"
+#include "text/wait.h"
 
 namespace lab {
-namespace {
-
-void close_output(ChildProcess &child) {
-  if (child.output >= 0) close(std::exchange(child.output, -1));
-}
-
-void end(ChildProcess &child) {
-  close_output(child);
-  if (child.pid <= 0) return;
-  kill(child.pid, SIGKILL);
-  reap(child);
-}
-
-}  // namespace
-
-ChildProcess::ChildProcess(ChildProcess &&other) noexcept
-    : pid(std::exchange(other.pid, -1)),
-      output(std::exchange(other.output, -1)),
-      text(std::move(other.text)) {}
 
 ChildProcess &ChildProcess::operator=(ChildProcess &&other) noexcept {
-  if (this == &other) return *this;
-  end(*this);
-  pid = std::exchange(other.pid, -1);
-  output = std::exchange(other.output, -1);
-  text = std::move(other.text);
+  std::swap(pid, other.pid);
+  std::swap(output, other.output);
+  std::swap(text, other.text);
   return *this;
 }
 
 ChildProcess::~ChildProcess() {
-  end(*this);
+  if (pid <= 0) return;
+  kill(pid, SIGKILL);
+  reap(*this);
 }
 
 ChildProcess start_child(const std::function<void()> &life) {
@@ -74,18 +51,13 @@ ChildProcess start_writer(const std::function<std::string()> &work) {
   if (pipe2(ends, O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "no pipe can be made");
   }
-  ChildProcess child;
-  try {
-    child = start_child([&] {
-      close(ends[0]);
-      if (!write_all(ends[1], work()).empty()) _exit(1);
-    });
-  } catch (...) {
-    for (const int file : ends) close(file);
-    throw;
-  }
-  close(ends[1]);
-  child.output = ends[0];
+  Descriptor reading(ends[0]);
+  const Descriptor writing(ends[1]);
+  ChildProcess child = start_child([&] {
+    reading.close();
+    if (!write_all(writing, work()).empty()) _exit(1);
+  });
+  child.output = std::move(reading);
   return child;
 }
 
@@ -99,7 +71,7 @@ bool read_output(ChildProcess &child) {
     if (got > 0) {
       child.text.append(buffer, static_cast<std::size_t>(got));
     } else {
-      close_output(child);
+      child.output.close();
       reap(child);
     }
   }

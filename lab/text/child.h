@@ -6,16 +6,18 @@
 #include <functional>
 #include <string>
 
+#include "text/file.h"
+
 namespace lab {
 
 // A process that ends with this record, and with the lab.
 struct ChildProcess {
   pid_t pid = -1;
-  int output = -1;   // of one that writes; ready when there is something to read
-  std::string text;  // that has been read
+  Descriptor output;  // of one that writes; ready when there is something to read
+  std::string text;   // that has been read
 
   ChildProcess() = default;
-  ChildProcess(ChildProcess &&other) noexcept;
+  ChildProcess(ChildProcess &&other) noexcept { *this = std::move(other); }
   ChildProcess &operator=(ChildProcess &&other) noexcept;
   ~ChildProcess();
 };

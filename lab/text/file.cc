@@ -1,7 +1,6 @@
 #include "text/file.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,10 +8,9 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <optional>
-#include <utility>
 
-#include "text/signals.h"
 #include "text/text.h"
 #include "text/wait.h"
 
@@ -27,29 +25,6 @@ constexpr std::size_t piece = 65536;
 constexpr std::size_t pipe_piece = 4096;
 // As many links as the kernel follows.
 constexpr int most_links = 40;
-
-struct Descriptor {
-  int number;
-
-  explicit Descriptor(int opened) : number(opened) {}
-  Descriptor(const Descriptor &) = delete;
-  Descriptor &operator=(const Descriptor &) = delete;
-  ~Descriptor() {
-    if (number >= 0) ::close(number);
-  }
-
-  bool close() { return ::close(std::exchange(number, -1)) == 0; }
-};
-
-// A file that nobody knows yet; it goes with this record unless it has got its name.
-struct UnfinishedFile {
-  std::string path;
-  Descriptor file{-1};
-
-  ~UnfinishedFile() {
-    if (!path.empty()) unlink(path.c_str());
-  }
-};
 
 // A call that a signal ended without asking the lab to stop is made again.
 bool is_to_be_tried_again() {
@@ -109,29 +84,39 @@ std::string read_path(const std::string &path, std::string &text) {
   if (path == "-") return read_all(STDIN_FILENO, text);
   if (is_device(path)) return "it is a device";
   const Descriptor file(open_file(path, O_RDONLY));
-  return file.number >= 0 ? read_all(file.number, text) : std::strerror(errno);
+  return file >= 0 ? read_all(file, text) : std::strerror(errno);
 }
 
-// Make a file beside another one, with its mode.
-std::string create_beside(const fs::path &path, UnfinishedFile &unfinished) {
-  struct stat before {};
-  const bool exists = stat(path.c_str(), &before) == 0;
-  do {
-    uint64_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != sizeof number) return std::strerror(errno);
-    char name[40];
-    std::snprintf(name, sizeof name, ".mcec-lab-%016llx", static_cast<unsigned long long>(number));
-    unfinished.path = (path.parent_path() / name).string();
-    unfinished.file.number =
-        open(unfinished.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-             exists ? 0600 : 0666);
-  } while (unfinished.file.number < 0 && errno == EEXIST);
-  const bool is_made = unfinished.file.number >= 0 &&
-                       (!exists || fchmod(unfinished.file.number, before.st_mode & 0777) == 0);
-  return is_made ? "" : std::strerror(errno);
+// The mode of a file, or of one that is new.
+mode_t mode_of(const fs::path &path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) == 0) return status.st_mode & 0777;
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
+// What stood there is replaced at the end; whatever ends this before, the new file goes.
+std::string replace_file(const fs::path &path, std::string_view text) {
+  std::string name = (path.parent_path() / ".mcec-lab-XXXXXX").string();
+  const mode_t mode = mode_of(path);
+  Descriptor file(mkostemp(name.data(), O_CLOEXEC));
+  if (file < 0) return std::strerror(errno);
+  const auto remove = [](const std::string *unfinished) { unlink(unfinished->c_str()); };
+  std::unique_ptr<const std::string, decltype(remove)> unfinished(&name, remove);
+  if (fchmod(file, mode) != 0) return std::strerror(errno);
+  const std::string problem = write_all(file, text);
+  if (!problem.empty()) return problem;
+  if (!file.close() || rename(name.c_str(), path.c_str()) != 0) return std::strerror(errno);
+  [[maybe_unused]] const std::string *finished = unfinished.release();
+  return "";
 }
 
 }  // namespace
+
+bool Descriptor::close() {
+  return number < 0 || ::close(std::exchange(number, -1)) == 0;
+}
 
 std::string read_all(int file, std::string &text) {
   char buffer[piece];
@@ -179,32 +164,22 @@ std::string read_file(const std::string &path, InputErrors &errors) {
 std::string write_file_atomically(const std::string &path, std::string_view text) {
   if (const auto number = named_descriptor(path)) {
     const Descriptor file(fcntl(*number, F_DUPFD_CLOEXEC, 0));
-    return write_to(file.number, text);
+    return write_to(file, text);
   }
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (fs::exists(status) && !fs::is_regular_file(status)) {
     const Descriptor file(open_file(path, O_WRONLY));
-    return write_to(file.number, text);
+    return write_to(file, text);
   }
-  const fs::path target = without_links(path);
-  UnfinishedFile unfinished;
-  std::string problem = create_beside(target, unfinished);
-  if (problem.empty()) problem = write_all(unfinished.file.number, text);
-  if (!problem.empty()) return problem;
-  if (!unfinished.file.close() || rename(unfinished.path.c_str(), target.c_str()) != 0) {
-    return std::strerror(errno);
-  }
-  unfinished.path.clear();
-  return "";
+  return replace_file(without_links(path), text);
 }
 
 bool is_same_file(const std::string &a, const std::string &b) {
   struct stat first {};
   struct stat second {};
   const bool has_first = stat(a.c_str(), &first) == 0;
-  const bool has_second = stat(b.c_str(), &second) == 0;
-  if (has_first != has_second) return false;
+  if (has_first != (stat(b.c_str(), &second) == 0)) return false;
   if (has_first) {
     const bool is_kept = S_ISCHR(first.st_mode);  // /dev/null can be written twice
     return first.st_dev == second.st_dev && first.st_ino == second.st_ino && !is_kept;

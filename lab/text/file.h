@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "text/error.h"
 
@@ -10,6 +11,22 @@ namespace lab {
 
 // No file that the lab reads is larger.
 constexpr std::size_t most_mebibytes = 64;
+
+// An open file, which is closed with this record.
+struct Descriptor {
+  int number = -1;
+
+  explicit Descriptor(int opened = -1) : number(opened) {}
+  Descriptor(Descriptor &&other) noexcept : number(std::exchange(other.number, -1)) {}
+  Descriptor &operator=(Descriptor &&other) noexcept {
+    std::swap(number, other.number);
+    return *this;
+  }
+  ~Descriptor() { close(); }
+
+  operator int() const { return number; }
+  bool close();
+};
 
 // The text of a file, of a pipe, or of standard input when the path is "-"; an error says why it
 // cannot be read. A device is refused: its reading may never end, or change it. Throws Interrupted.

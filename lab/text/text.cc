@@ -1,10 +1,12 @@
 #include "text/text.h"
 
-#include <algorithm>
+#include <fmt/format.h>
+#include <nettle/base64.h>
+#include <nettle/sha2.h>
+
+#include <array>
 #include <cctype>
 #include <charconv>
-#include <cstdio>
-#include <numeric>
 
 namespace lab {
 namespace {
@@ -14,22 +16,28 @@ constexpr std::size_t names_told = 9;
 
 // How many letters must be changed, added, left out or swapped with the next.
 std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> before;
-  std::vector<std::size_t> last(b.size() + 1);
-  std::iota(last.begin(), last.end(), std::size_t{0});
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::vector<std::size_t> now(b.size() + 1, i);
-    for (std::size_t k = 1; k <= b.size(); ++k) {
-      now[k] =
-          std::min({last[k] + 1, now[k - 1] + 1, last[k - 1] + (a[i - 1] != b[k - 1] ? 1 : 0)});
+  std::vector all(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+  for (std::size_t i = 0; i <= a.size(); ++i) {
+    for (std::size_t k = 0; k <= b.size(); ++k) {
+      if (i == 0 || k == 0) {
+        all[i][k] = i + k;
+        continue;
+      }
+      all[i][k] = std::min({all[i - 1][k] + 1, all[i][k - 1] + 1,
+                            all[i - 1][k - 1] + (a[i - 1] != b[k - 1] ? 1 : 0)});
       if (i > 1 && k > 1 && a[i - 1] == b[k - 2] && a[i - 2] == b[k - 1]) {
-        now[k] = std::min(now[k], before[k - 2] + 1);
+        all[i][k] = std::min(all[i][k], all[i - 2][k - 2] + 1);
       }
     }
-    before = std::move(last);
-    last = std::move(now);
   }
-  return last.back();
+  return all.back().back();
+}
+
+// The number that a text begins with, which it loses, without leading zeros.
+std::string_view take_number(std::string_view &text) {
+  const std::string_view digits = text.substr(0, text.find_first_not_of("0123456789"));
+  text.remove_prefix(digits.size());
+  return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
 }
 
 }  // namespace
@@ -59,32 +67,48 @@ std::optional<uint32_t> parse_number(std::string_view text) {
 }
 
 std::string hex(const Bytes &bytes) {
-  static constexpr char digits[] = "0123456789abcdef";
-  std::string text;
-  text.reserve(bytes.size() * 2);
-  for (const uint8_t byte : bytes) {
-    text += digits[byte >> 4];
-    text += digits[byte & 15];
-  }
-  return text;
+  return fmt::format("{:02x}", fmt::join(bytes, ""));
 }
 
 Bytes unhex(std::string_view text) {
-  const auto digit = [](char c) {
-    return unsigned(c <= '9' ? c - '0' : std::tolower(static_cast<unsigned char>(c)) - 'a' + 10);
-  };
-  Bytes bytes;
-  bytes.reserve(text.size() / 2);
-  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
-    bytes.push_back(uint8_t(digit(text[i]) << 4 | digit(text[i + 1])));
+  Bytes bytes(text.size() / 2);
+  const char *at = text.data();
+  for (uint8_t &byte : bytes) {
+    std::from_chars(at, at + 2, byte, 16);
+    at += 2;
   }
   return bytes;
 }
 
 std::string port_text(uint32_t if_index) {
-  char text[16];
-  std::snprintf(text, sizeof text, "0x%x", if_index);
-  return text;
+  return fmt::format("{:#x}", if_index);
+}
+
+std::string hash_text(std::string_view text) {
+  std::array<uint8_t, SHA256_DIGEST_SIZE> digest{};
+  sha256_ctx context;
+  sha256_init(&context);
+  sha256_update(&context, text.size(), reinterpret_cast<const uint8_t *>(text.data()));
+  sha256_digest(&context, digest.size(), digest.data());
+  std::string encoded(BASE64_ENCODE_RAW_LENGTH(digest.size()), '\0');
+  base64_encode_raw(encoded.data(), digest.size(), digest.data());
+  return encoded;
+}
+
+ParsedRanges parse_ranges(std::string_view text, uint32_t most) {
+  ParsedRanges parsed;
+  std::string rest(text);
+  std::erase(rest, ' ');
+  for (const std::string_view part : split(rest, ',')) {
+    const std::size_t dash = part.find('-');
+    const auto first = parse_number(part.substr(0, dash));
+    const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
+    if (!first || !last) return {{}, RangeFault::no_list};
+    if (*first > most || *last > most) return {{}, RangeFault::too_great};
+    if (*first > *last) return {{}, RangeFault::reversed};
+    parsed.ranges.emplace_back(*first, *last);
+  }
+  return parsed;
 }
 
 std::string cut(std::string_view text, std::size_t most) {
@@ -108,12 +132,7 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
 }
 
 std::string join(const std::vector<std::string> &parts, std::string_view separator) {
-  std::string text;
-  for (std::size_t i = 0; i < parts.size(); ++i) {
-    if (i > 0) text += separator;
-    text += parts[i];
-  }
-  return text;
+  return fmt::format("{}", fmt::join(parts, separator));
 }
 
 std::string listed(const std::vector<std::string> &names, const char *before_last) {
@@ -141,28 +160,22 @@ std::string one_of(const std::vector<std::string> &names, std::string_view given
 
 bool natural_less(std::string_view a, std::string_view b) {
   const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
-  std::size_t i = 0;
-  std::size_t k = 0;
-  while (i < a.size() && k < b.size()) {
-    if (is_digit(a[i]) && is_digit(b[k])) {
-      const auto number = [&](std::string_view text, std::size_t &at) {
-        while (at < text.size() && text[at] == '0') ++at;
-        const std::size_t start = at;
-        while (at < text.size() && is_digit(text[at])) ++at;
-        return text.substr(start, at - start);
-      };
-      const std::string_view left = number(a, i);
-      const std::string_view right = number(b, k);
-      if (left.size() != right.size()) return left.size() < right.size();
-      if (left != right) return left < right;
-    } else if (a[i] != b[k]) {
-      return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[k]);
+  std::string_view left = a;
+  std::string_view right = b;
+  while (!left.empty() && !right.empty()) {
+    if (is_digit(left[0]) && is_digit(right[0])) {
+      const std::string_view number = take_number(left);
+      const std::string_view other = take_number(right);
+      if (number.size() != other.size()) return number.size() < other.size();
+      if (number != other) return number < other;
+    } else if (left[0] != right[0]) {
+      return left < right;
     } else {
-      ++i;
-      ++k;
+      left.remove_prefix(1);
+      right.remove_prefix(1);
     }
   }
-  if (a.size() - i != b.size() - k) return a.size() - i < b.size() - k;
+  if (left.empty() != right.empty()) return left.empty();
   return a < b;  // the same but for leading zeros
 }
 

@@ -1,12 +1,11 @@
-#include "text/unicode.h"
-
+// Characters of UTF-8: what is one, how wide it is, what a terminal must not see.
+#include <fmt/core.h>
 #include <unictype.h>
 #include <unilbrk.h>
 #include <unistr.h>
 #include <uniwidth.h>
 
-#include <algorithm>
-#include <vector>
+#include "text/text.h"
 
 namespace lab {
 namespace {
@@ -31,10 +30,11 @@ Character character_at(std::string_view text) {
                     : Character{replacement, 0};
 }
 
-bool is_printable(const Character &character) {
+bool is_printable(std::string_view character) {
   constexpr uint32_t unseen = UC_CATEGORY_MASK_Cc | UC_CATEGORY_MASK_Zl | UC_CATEGORY_MASK_Zp;
-  return character.length > 0 && !uc_is_general_category_withtable(character.point, unseen) &&
-         !uc_is_property_bidi_control(character.point) && character.point != byte_order_mark;
+  const auto [point, length] = character_at(character);
+  return length > 0 && !uc_is_general_category_withtable(point, unseen) &&
+         !uc_is_property_bidi_control(point) && point != byte_order_mark;
 }
 
 }  // namespace
@@ -76,63 +76,52 @@ std::size_t last_line_break(std::string_view text, std::size_t most) {
 }
 
 bool has_controls(std::string_view text) {
-  while (!text.empty()) {
-    const Character character = character_at(text);
-    if (character.length == 0 || uc_is_cntrl(character.point)) return true;
-    text.remove_prefix(character.length);
-  }
-  return false;
+  return !is_utf8(text) || escape(text, [](std::string_view character) {
+                             return !uc_is_cntrl(code_point(character));
+                           }) != text;
 }
 
-std::string escaped_bytes(std::string_view bytes) {
-  static constexpr char digits[] = "0123456789abcdef";
+std::string escape(std::string_view text,
+                   const std::function<bool(std::string_view character)> &is_accepted) {
   std::string out;
-  for (const char byte : bytes) {
-    const auto value = static_cast<unsigned char>(byte);
-    out += {'\\', 'x', digits[value >> 4], digits[value & 15]};
-  }
-  return out;
-}
-
-std::string printable(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
   while (!text.empty()) {
     const std::string_view character = first_character(text);
-    if (is_printable(character_at(text))) {
+    if (is_accepted(character)) {
       out += character;
     } else {
-      out += escaped_bytes(character);
+      for (const char byte : character) out += fmt::format("\\x{:02x}", uint8_t(byte));
     }
     text.remove_prefix(character.size());
   }
   return out;
 }
 
+std::string printable(std::string_view text) {
+  return escape(text, is_printable);
+}
+
 std::string printable_lines(std::string_view text) {
-  std::string out;
-  while (true) {
-    const std::size_t end = text.find('\n');
-    out += printable(text.substr(0, end));
-    if (end == text.npos) return out;
-    out += '\n';
-    text.remove_prefix(end + 1);
-  }
+  return escape(text, [](std::string_view character) {
+    return character == "\n" || is_printable(character);
+  });
 }
 
 std::string visible(std::string_view text) {
-  bool has_unseen = text.starts_with(' ') || text.ends_with(' ');
-  std::string out;
-  for (std::string_view rest = text; !rest.empty();) {
-    const std::string_view character = first_character(rest);
+  const std::string out = escape(text, [](std::string_view character) {
     const uint32_t point = code_point(character);
-    const bool is_unseen = uc_is_property_default_ignorable_code_point(point) ||
-                           (uc_is_property_white_space(point) && point != ' ');
-    out += is_unseen ? escaped_bytes(character) : std::string(character);
-    has_unseen = has_unseen || is_unseen;
-    rest.remove_prefix(character.size());
-  }
-  return has_unseen ? '"' + out + '"' : std::string(text);
+    return !uc_is_property_default_ignorable_code_point(point) &&
+           (!uc_is_property_white_space(point) || point == ' ');
+  });
+  const bool is_seen = out == text && !text.starts_with(' ') && !text.ends_with(' ');
+  return is_seen ? out : '"' + out + '"';
+}
+
+std::string place_in_text(std::string_view text, std::size_t at) {
+  const std::string_view before = text.substr(0, at);
+  const std::string_view line = before.substr(before.rfind('\n') + 1);  // the only one: npos + 1
+  const auto starts_character = [](char c) { return (c & 0xC0) != 0x80; };
+  return fmt::format("line {}, column {}", 1 + std::count(before.begin(), before.end(), '\n'),
+                     1 + std::count_if(line.begin(), line.end(), starts_character));
 }
 
 }  // namespace lab

@@ -1,11 +1,10 @@
 #include "text/yaml.h"
 
+#include <fmt/core.h>
 #include <yaml-cpp/eventhandler.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <set>
 #include <sstream>
 #include <tuple>
@@ -13,22 +12,16 @@
 namespace lab {
 namespace {
 
-std::string found_text(const YAML::Node &node) {
-  if (!node.IsDefined() || node.IsNull()) return "found nothing";
-  if (node.IsMap()) return "found a mapping";
-  if (node.IsSequence()) return "found a list";
-  return "found '" + scalar_text(node) + "'";
+std::string describe(const YAML::Node &node) {
+  if (!node.IsDefined() || node.IsNull()) return "nothing";
+  if (node.IsMap()) return "a mapping";
+  if (node.IsSequence()) return "a list";
+  return "'" + scalar_text(node) + "'";
 }
 
 // A key of a mapping as text; keys that are no scalars are called by what they are.
 std::string key_text(const YAML::Node &key) {
-  return key.IsScalar() ? key.Scalar() : found_text(key).substr(std::strlen("found "));
-}
-
-std::vector<std::string> keys_of(const Words &words) {
-  std::vector<std::string> keys;
-  for (const auto &[key, value] : words) keys.push_back(key);
-  return keys;
+  return key.IsScalar() ? key.Scalar() : describe(key);
 }
 
 // "{vlans: 1,2}" is a key 'vlans' and a key '2' without a value.
@@ -108,7 +101,7 @@ void Reader::add_error(const YAML::Node &node, const std::string &found,
 }
 
 void Reader::expected(const YAML::Node &node, const std::string &what) {
-  add_error(node, found_text(node), what);
+  add_error(node, "found " + describe(node), what);
 }
 
 bool Reader::entries(const YAML::Node &node, const std::string &what,
@@ -197,32 +190,28 @@ uint32_t Reader::word(const YAML::Node &node, const std::string &what, const Wor
                       bool numbers) {
   const std::string given = node.IsScalar() ? node.Scalar() : "";
   const std::string key = key_of(given);
-  constexpr std::string_view suffix = "-port";  // "edge" for "edge-port", and the other way round
-  std::vector<std::string> spellings = {given, key, key + std::string(suffix)};
-  if (key.ends_with(suffix)) spellings.push_back(key.substr(0, key.size() - suffix.size()));
-  for (const std::string &spelling : spellings) {
+  const std::string suffix = "-port";  // "edge" for "edge-port", and the other way round
+  const std::string stem = key.substr(0, key.size() - (key.ends_with(suffix) ? suffix.size() : 0));
+  for (const std::string &spelling : {given, key, key + suffix, stem}) {
     if (const auto known = words.find(spelling); known != words.end()) return known->second;
   }
   if (numbers) {
     if (const auto value = parse_number(given)) return *value;
   }
-  expected(node, what + ": " + one_of(keys_of(words), given) + (numbers ? ", or a number" : ""));
+  std::vector<std::string> keys;
+  for (const auto &[known, value] : words) keys.push_back(known);
+  expected(node, what + ": " + one_of(keys, given) + (numbers ? ", or a number" : ""));
   return 0;
 }
 
 Ranges Reader::ranges(const YAML::Node &node, const std::string &what, uint32_t most,
                       const std::string &example) {
-  if (!node.IsScalar()) {
-    expected(node, what + ", for instance " + example);
-    return {};
-  }
-  const std::string &given = node.Scalar();
-  ParsedRanges parsed = parse_ranges(given, most);
-  if (parsed.fault == RangeFault::reversed) {
-    expected(node,
-             what + ": each range from the lower number to the higher, for instance " + example);
-  } else if (parsed.fault != RangeFault::none) {
-    expected(node, what + ", for instance " + example);
+  ParsedRanges parsed{{}, RangeFault::no_list};
+  if (node.IsScalar()) parsed = parse_ranges(node.Scalar(), most);
+  const bool is_reversed = parsed.fault == RangeFault::reversed;
+  if (parsed.fault != RangeFault::none) {
+    expected(node, what + (is_reversed ? ": each range from the lower number to the higher" : "") +
+                       ", for instance " + example);
   }
   return parsed.ranges;
 }
@@ -249,11 +238,10 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
         read(root);
       } else {
         // Not a file of ours: what it contains may be a secret.
-        const char *found = root.IsSequence() ? "found a list"
-                            : root.IsMap()    ? "found a mapping"
-                            : is_list         ? "found no list"
-                                              : "found no mapping";
-        reader.add_error(root, found, what + (is_list ? ", a list" : ", a mapping"));
+        const std::string wanted = is_list ? "list" : "mapping";
+        const bool is_scalar = !root.IsSequence() && !root.IsMap();
+        reader.add_error(root, "found " + (is_scalar ? "no " + wanted : describe(root)),
+                         what + ", a " + wanted);
       }
     }
     if (!second.mark.is_null()) {
@@ -271,11 +259,8 @@ std::string yaml_text(std::string_view text) {
   std::string out = "\"";
   while (!text.empty()) {
     const std::string_view character = first_character(text);
-    const bool is_escaped = printable(character) != character;
-    if (is_escaped) {
-      char code[16];
-      std::snprintf(code, sizeof code, "\\u%04x", unsigned(code_point(character)));
-      out += code;
+    if (printable(character) != character) {
+      out += fmt::format("\\u{:04x}", code_point(character));
     } else {
       if (character == "\"" || character == "\\") out += '\\';
       out += character;
@@ -286,17 +271,12 @@ std::string yaml_text(std::string_view text) {
 }
 
 void sort_errors(InputErrors &errors) {
-  const auto place = [](const InputError &error) {
-    return std::tie(error.line, error.column, error.where, error.found, error.expected);
-  };
   std::stable_sort(errors.begin(), errors.end(),
                    [](const InputError &a, const InputError &b) { return a.line < b.line; });
-  std::set<decltype(place(errors.front()))> seen;
-  InputErrors once;
-  for (const InputError &error : errors) {
-    if (seen.insert(place(error)).second) once.push_back(error);
-  }
-  errors = std::move(once);
+  std::set<std::tuple<int, int, std::string, std::string, std::string>> seen;
+  std::erase_if(errors, [&seen](const InputError &error) {
+    return !seen.emplace(error.line, error.column, error.where, error.found, error.expected).second;
+  });
 }
 
 }  // namespace lab

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "text/error.h"
-#include "text/ranges.h"
 #include "text/text.h"
 
 namespace lab {
@@ -77,6 +76,15 @@ struct Reader {
 
 // A scalar as text that can be shown; "" of anything else.
 std::string scalar_text(const YAML::Node &node);
+
+// --- mappings that are read by a table ---
+
+// Each entry of a list, if there is one.
+template <class Read>
+void read_list(Reader &reader, const YAML::Node &node, const std::string &what, Read read) {
+  if (!node || !reader.sequence(node, what)) return;
+  for (const auto &entry : node) read(entry);
+}
 
 // --- writing ---
 
