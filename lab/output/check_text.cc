@@ -8,7 +8,6 @@
 #include "output/fix.h"
 #include "output/words.h"
 #include "report/groups.h"
-#include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
 #include "switch/values.h"
@@ -157,14 +156,14 @@ void print_accepted(const std::string &what, const std::optional<Acceptance> &ac
 }
 
 // What to do about a group of scopes, once for all of them.
-void print_fixes(const ScopeReport &scope, const std::string &group, const Style &style) {
+void print_fixes(const ScopeReport &scope, const ScopeGroup &group, const Style &style) {
   print_accepted("", scope.accepted, style);
   for (const ParameterReport &parameter : scope.parameters) {
     print_accepted(parameter_key(parameter.type) + ": ", parameter.accepted, style);
     if (!parameter.fix || parameter.accepted) continue;
     const Fix &fix = parameter.fix->fix;
-    put_wrapped(describe_fix(fix.channel.empty() ? fix : widen_fix(fix, group), style.sides),
-                style.layout, indent + 5, "    fix: ");
+    put_wrapped(describe_fix(widen_fix(fix, group), style.sides), style.layout, indent + 5,
+                "    fix: ");
     if (parameter.type == STP_MCEC_TYPE1_STP_MODE && (fix.alone[0] || fix.alone[1])) {
       put_wrapped("disable the old mode on the switch first, then enable the new one", style.layout,
                   indent + 5);
@@ -193,7 +192,7 @@ void print_group(const ScopeGroup &group, const Style &style) {
   if (style.quiet) return;
   print_parameters(first, style);
   print_twins(first, style);
-  print_fixes(first, group.name, style);
+  print_fixes(first, group, style);
   print_missing_rows(group, style);
 }
 
@@ -213,8 +212,8 @@ void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
   add("accepted", summary.accepted);
   const std::size_t count = summary.disagreeing;
   const std::string text =
-      fmt::format("looked at {} scope{}; {} differ{}{}{}", summary.scopes,
-                  summary.scopes == 1 ? "" : "s", count == 0 ? "none" : std::to_string(count),
+      fmt::format("looked at {} scope{}; {} differ{}{}{}", checks.size(),
+                  checks.size() == 1 ? "" : "s", count == 0 ? "none" : std::to_string(count),
                   count <= 1 ? "s" : "", causes.empty() ? "" : ": ", join(causes));
   put_wrapped(coloured(text, count == 0 ? Colour::green : Colour::red, style.layout), style.layout,
               indent);

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 
-#include "report/summary.h"
 #include "switch/names.h"
 #include "text/file.h"
 #include "text/text.h"

@@ -83,7 +83,7 @@ std::string describe_note(const NoteReport &report, const SideNames &names) {
 }
 
 const char *severity_name(NoteKind kind) {
-  return rule_of(kind).severity == Severity::warning ? "warning" : "info";
+  return has_severity_of_warning(kind) ? "warning" : "info";
 }
 
 }  // namespace lab

@@ -14,7 +14,6 @@
 #include "output/pair_text.h"
 #include "output/words.h"
 #include "report/groups.h"
-#include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
 #include "text/hash.h"
@@ -45,7 +44,7 @@ std::string describe_difference(const PairReport &report) {
   if (summary.missing[0] + summary.missing[1] > 0) causes.emplace_back("channels on one side only");
   if (summary.inconsistent > 0) causes.emplace_back("inconsistent ports");
   const std::string text =
-      fmt::format("{} of {} {}: {}.", different.size(), count_of(summary.scopes, "scope"),
+      fmt::format("{} of {} {}: {}.", different.size(), count_of(report.checks.size(), "scope"),
                   different.size() == 1 ? "differs" : "differ", link_scopes(different, report));
   return causes.empty() ? text : text + " What differs: " + listed(causes) + ".";
 }

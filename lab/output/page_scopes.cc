@@ -7,7 +7,6 @@
 #include "output/page_text.h"
 #include "output/words.h"
 #include "report/groups.h"
-#include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
 #include "switch/values.h"
@@ -93,8 +92,7 @@ std::string write_fix_row(const ParameterReport &parameter, const ScopeGroup &gr
                           const SideNames &names) {
   if (!parameter.fix || parameter.accepted) return "";
   const Fix &fix = parameter.fix->fix;
-  std::string html =
-      "Fix: " + folded(describe_fix(fix.channel.empty() ? fix : widen_fix(fix, group.name), names));
+  std::string html = "Fix: " + folded(describe_fix(widen_fix(fix, group), names));
   if (parameter.type == STP_MCEC_TYPE1_STP_MODE && (fix.alone[0] || fix.alone[1])) {
     html += ". Disable the old mode on the switch first, then enable the new one.";
   }

@@ -32,7 +32,7 @@ const char *outcome_name(Outcome outcome) {
 
 Json note_to_json(const NoteReport &note, const SideNames &names) {
   const std::string &channel = note.note.channel;
-  Json json = {{"kind", rule_of(note.note.kind).key},
+  Json json = {{"kind", note_key(note.note.kind)},
                {"severity", severity_name(note.note.kind)},
                {"scope", channel.empty() ? PairScope{}.name : printable(channel)},
                {"text", describe_note(note, names)}};

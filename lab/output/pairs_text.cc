@@ -5,7 +5,6 @@
 #include "output/notes.h"
 #include "output/words.h"
 #include "report/groups.h"
-#include "report/summary.h"
 #include "report/verdict.h"
 #include "switch/names.h"
 #include "text/text.h"
