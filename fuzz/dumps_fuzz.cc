@@ -1,8 +1,7 @@
 // Dumps: from their bytes to what is written of them, to a pair, and to its fixes.
 
-#include "output/fix.h"
-#include "output/notes.h"
-#include "output/patch_json.h"
+#include "output/advice.h"
+#include "output/json.h"
 #include "texts.h"
 
 namespace {

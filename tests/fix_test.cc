@@ -6,9 +6,8 @@
 
 #include "draimiofaf/types.h"
 #include "dump.h"
-#include "output/fix.h"
-#include "output/notes.h"
-#include "output/patch_json.h"
+#include "output/advice.h"
+#include "output/json.h"
 #include "pair/scopes.h"
 
 namespace lab {

@@ -4,9 +4,8 @@
 #include <chrono>
 
 #include "cli/commands.h"
-#include "output/error_json.h"
-#include "output/run_json.h"
-#include "output/run_text.h"
+#include "output/json.h"
+#include "output/print.h"
 #include "sonic/source.h"
 #include "tasks/run.h"
 #include "tasks/side.h"
@@ -65,14 +64,14 @@ Status run_file(const std::string &file, const RunArguments &arguments) {
                     .only_different = arguments.only_different};
   if (!arguments.json) print_title(scenario.path, scenario.title, scenario.about, style);
   Progress progress;
-  const auto steps = make_step_list();
+  Json steps = Json::array();
   const RunReport report =
       run(scenario, {.log = arguments.log,
                      .on_step =
                          [&](const StepReport &step) {
                            progress.clear();
                            if (arguments.json) {
-                             add_step(step, *steps);
+                             add_step(step, steps);
                            } else {
                              print_step(step, style);
                            }
@@ -80,7 +79,7 @@ Status run_file(const std::string &file, const RunArguments &arguments) {
                      .on_work = [&](auto done, auto all) { progress.print(done, all); }});
   progress.clear();
   if (arguments.json) {
-    fmt::print("{}", format_run(report, *steps));
+    fmt::print("{}", format_run(report, std::move(steps)));
   } else if (!report.failure) {
     print_end(report, style);
   }
@@ -127,7 +126,7 @@ Status execute(const WhatIfArguments &arguments) {
   }
   const Style style{.layout = standard_layout(arguments.color)};
   Progress progress;
-  const auto steps = make_step_list();
+  Json steps = Json::array();
   std::vector<StepReport> reports;
   const RunReport report =
       what_if(scenario, arguments.step - 1,
@@ -136,8 +135,8 @@ Status execute(const WhatIfArguments &arguments) {
                .on_work = [&](auto done, auto all) { progress.print(done, all); }});
   progress.clear();
   if (arguments.json) {
-    for (const StepReport &step : reports) add_step(step, *steps);
-    fmt::print("{}", format_run(report, *steps));
+    for (const StepReport &step : reports) add_step(step, steps);
+    fmt::print("{}", format_run(report, std::move(steps)));
   } else if (!report.failure) {
     for (const StepReport &step : reports) print_unmet_step(step, style);
     print_what_if(*report.what_if, style);

@@ -3,9 +3,9 @@
 #include <iostream>
 
 #include "cli/commands.h"
-#include "output/error_json.h"
 #include "output/event_json.h"
 #include "output/event_text.h"
+#include "output/json.h"
 #include "output/metrics.h"
 #include "tasks/side.h"
 #include "tasks/watch.h"

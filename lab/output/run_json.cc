@@ -1,11 +1,4 @@
-#include "output/run_json.h"
-
-#include <nlohmann/json.hpp>
-
-#include "output/check_json.h"
-#include "output/error_json.h"
-#include "output/run_words.h"
-#include "switch/names.h"
+#include "output/json.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -25,39 +18,26 @@ Json head_to_json(const StepHead &head) {
   return json;
 }
 
-Json records_to_json(const std::vector<ParameterRecord> &records) {
-  Json json = Json::array();
-  for (const ParameterRecord &record : records) {
-    json.push_back({{"parameter", parameter_key(record.type)}, {"type", record.type}});
-    json.back()["port"] = record.port.empty() ? Json() : Json(record.port);
-    if (!record.is_valid) json.back()["valid"] = false;
-  }
+Json record_to_json(const ParameterRecord &record) {
+  Json json = {{"parameter", parameter_key(record.type)},
+               {"type", record.type},
+               {"port", record.port.empty() ? Json() : Json(record.port)}};
+  if (!record.is_valid) json["valid"] = false;
   return json;
 }
 
-Json values_to_json(const std::vector<Entry> &entries) {
-  Json json = Json::array();
-  for (const Entry &entry : entries) {
-    json.push_back({{"parameter", parameter_key(entry.type)},
-                    {"type", entry.type},
-                    {"length", entry.value.size()},
-                    {"text", display(entry.type, entry.value)},
-                    {"bytes", hex(entry.value)}});
-  }
-  return json;
+Json entry_to_json(const Entry &entry) {
+  return {{"parameter", parameter_key(entry.type)},
+          {"type", entry.type},
+          {"length", entry.value.size()},
+          {"text", display(entry.type, entry.value)},
+          {"bytes", hex(entry.value)}};
 }
 
-Json display_to_json(const std::vector<DisplayRecord> &records) {
-  Json json = Json::array();
-  for (const DisplayRecord &record : records) {
-    json.push_back({{"scope", record.scope},
-                    {"parameter", parameter_key(record.type)},
-                    {"type", record.type},
-                    {"component", record.component},
-                    {"name", record.name},
-                    {"value", record.value}});
-  }
-  return json;
+Json display_to_json(const DisplayRecord &record) {
+  return {{"scope", record.scope}, {"parameter", parameter_key(record.type)},
+          {"type", record.type},   {"component", record.component},
+          {"name", record.name},   {"value", record.value}};
 }
 
 Json switch_to_json(const SwitchReport &report) {
@@ -65,15 +45,13 @@ Json switch_to_json(const SwitchReport &report) {
   if (report.result) json["result"] = code_to_json(*report.result, "ok");
   if (report.is_command) json["answer"] = describe_answer(report);
   if (report.answer) json["accepted"] = report.answer->is_accepted;
-  if (report.records) json["records"] = records_to_json(*report.records);
-  if (report.values) json["values"] = values_to_json(*report.values);
-  if (report.parameters) json["parameters"] = values_to_json(*report.parameters);
-  if (report.display) json["report"] = display_to_json(*report.display);
+  if (report.records) json["records"] = list_json(*report.records, record_to_json);
+  if (report.values) json["values"] = list_json(*report.values, entry_to_json);
+  if (report.parameters) json["parameters"] = list_json(*report.parameters, entry_to_json);
+  if (report.display) json["report"] = list_json(*report.display, display_to_json);
   if (!report.log.empty()) json["log"] = report.log;
   return json;
 }
-
-// --- expectations ---
 
 struct FindingToJson {
   Json operator()(std::monostate) const { return nullptr; }
@@ -81,19 +59,10 @@ struct FindingToJson {
   Json operator()(const CheckCode &result) const { return code_name(result); }
   Json operator()(const std::string &text) const { return text; }
   Json operator()(const Vlans &vlans) const { return vlan_text(vlans); }
-
-  Json operator()(const std::vector<uint16_t> &types) const {
-    Json json = Json::array();
-    for (const uint16_t type : types) json.push_back(parameter_key(type));
-    return json;
-  }
-
+  Json operator()(const std::vector<uint16_t> &types) const { return list_keys(types); }
   Json operator()(const std::vector<ParameterRecord> &records) const {
-    Json json = Json::array();
-    for (const ParameterRecord &record : records) json.push_back(describe_record(record));
-    return json;
+    return list_json(records, describe_record);
   }
-
   Json operator()(const TextsByType &texts) const {
     Json json = Json::object();
     for (const auto &[type, text] : texts) {
@@ -103,15 +72,11 @@ struct FindingToJson {
   }
 };
 
-Json expectations_to_json(const std::vector<ExpectationReport> &expectations) {
-  Json json = Json::array();
-  for (const ExpectationReport &expectation : expectations) {
-    json.push_back({{"what", describe_subject(expectation)},
-                    {"expected", std::visit(FindingToJson{}, expectation.expected)},
-                    {"found", std::visit(FindingToJson{}, expectation.found)},
-                    {"met", expectation.is_met}});
-  }
-  return json;
+Json expectation_to_json(const ExpectationReport &expectation) {
+  return {{"what", describe_subject(expectation)},
+          {"expected", std::visit(FindingToJson{}, expectation.expected)},
+          {"found", std::visit(FindingToJson{}, expectation.found)},
+          {"met", expectation.is_met}};
 }
 
 Json what_if_to_json(const WhatIfReport &report) {
@@ -137,29 +102,22 @@ Json failure_to_json(const RunFailure &failure) {
   return json;
 }
 
-Json step_to_json(const StepReport &step) {
-  Json json = head_to_json(step.head);
+}  // namespace
+
+void add_step(const StepReport &step, Json &steps) {
+  Json &json = steps.emplace_back(head_to_json(step.head));
   if (step.checks) json["checks"] = checks_to_json(*step.checks);
   if (!step.checks) json["switches"] = Json::object();
   for (std::size_t side = 0; side < step.switches.size(); ++side) {
     if (!step.switches[side]) continue;
     json["switches"][switch_names[side]] = switch_to_json(*step.switches[side]);
   }
-  if (!step.expectations.empty()) json["expectations"] = expectations_to_json(step.expectations);
-  return json;
+  if (!step.expectations.empty()) {
+    json["expectations"] = list_json(step.expectations, expectation_to_json);
+  }
 }
 
-}  // namespace
-
-std::shared_ptr<Json> make_step_list() {
-  return std::make_shared<Json>(Json::array());
-}
-
-void add_step(const StepReport &step, Json &steps) {
-  steps.push_back(step_to_json(step));
-}
-
-std::string format_run(const RunReport &report, Json &steps) {
+std::string format_run(const RunReport &report, Json steps) {
   Json json = {{"version", 1},
                {"scenario", report.path},
                {"title", report.title},
