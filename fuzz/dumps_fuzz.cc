@@ -1,6 +1,5 @@
 // Dumps: from their bytes to what is written of them, to a pair, and to its fixes.
 
-#include "output/advice.h"
 #include "output/json.h"
 #include "texts.h"
 

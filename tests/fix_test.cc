@@ -6,7 +6,6 @@
 
 #include "draimiofaf/types.h"
 #include "dump.h"
-#include "output/advice.h"
 #include "output/json.h"
 #include "pair/scopes.h"
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "cli/commands.h"
-#include "output/advice.h"
 #include "output/json.h"
 #include "output/page.h"
 #include "output/print.h"

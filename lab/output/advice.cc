@@ -1,10 +1,9 @@
-#include "output/advice.h"
-
 #include <fmt/core.h>
 
 #include <algorithm>
 
 #include "draimiofaf/types.h"
+#include "output/words.h"
 #include "sonic/spelling.h"
 #include "switch/values.h"
 

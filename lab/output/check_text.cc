@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "draimiofaf/types.h"
-#include "output/advice.h"
 #include "output/print.h"
 #include "report/verdict.h"
 #include "switch/values.h"

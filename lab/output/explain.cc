@@ -1,12 +1,10 @@
-#include "output/explain.h"
-
 #include <fmt/core.h>
 
 #include <set>
 
 #include "draimiofaf/foundation.h"
-#include "output/advice.h"
 #include "output/json.h"
+#include "output/print.h"
 #include "switch/digest.h"
 #include "switch/values.h"
 

@@ -62,6 +62,9 @@ std::string format_pair_result(const PairResult &result);
 std::string format_patch(const Patch &patch);
 std::string format_patches(const std::array<Patch, 2> &patches);
 
+// The tables of the library.
+std::string format_list();
+
 // A run: its steps are added to a list, which is moved into the document.
 void add_step(const StepReport &step, Json &steps);
 std::string format_run(const RunReport &report, Json steps);

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <numeric>
 
 #include "text/text.h"
 
@@ -102,35 +103,41 @@ Lines wrap(const std::string &text, std::size_t width) {
   return lines;
 }
 
-// Columns as wide as their widest text; what is too much is taken from the widest first, and words
-// are cut only when the table does not fit otherwise. The first row is the heading.
+// Takes what does not fit into the room from the widest columns first, down to the least widths.
+void narrow(std::vector<std::size_t> &widths, const std::vector<std::size_t> &least,
+            std::size_t room) {
+  std::size_t total = std::accumulate(widths.begin(), widths.end(), std::size_t{0});
+  for (; total > room; --total) {
+    std::size_t widest = widths.size();
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      if (widths[i] > least[i] && (widest == widths.size() || widths[i] > widths[widest])) {
+        widest = i;
+      }
+    }
+    if (widest == widths.size()) return;
+    --widths[widest];
+  }
+}
+
+// Columns as wide as their widest text; words are cut only when the table does not fit otherwise.
+// The first row is the heading.
 std::vector<std::size_t> column_widths(const std::vector<std::vector<Cell>> &rows,
                                        std::size_t room) {
-  std::vector<std::size_t> widths(rows[0].size());
-  std::vector<std::size_t> least(rows[0].size());
-  std::size_t total = column_gap * (widths.size() - 1);
-  for (std::size_t i = 0; i < widths.size(); ++i) {
-    least[i] = width_of(rows[0][i].text);
-    for (const auto &row : rows) {
-      widths[i] = std::max(widths[i], width_of(row[i].text));
-      if (&row != &rows[0]) least[i] = std::max(least[i], least_width(row[i].text));
-    }
-    total += widths[i];
-  }
-  for (const bool cut_words : {false, true}) {
-    while (total > room) {
-      std::size_t widest = widths.size();
-      for (std::size_t i = 0; i < widths.size(); ++i) {
-        const std::size_t enough =
-            cut_words ? std::max(width_of(rows[0][i].text), least_column) : least[i];
-        if (widths[i] <= enough) continue;
-        if (widest == widths.size() || widths[i] > widths[widest]) widest = i;
-      }
-      if (widest == widths.size()) break;
-      --widths[widest];
-      --total;
+  std::vector<std::size_t> titles;
+  for (const Cell &title : rows[0]) titles.push_back(width_of(title.text));
+  std::vector<std::size_t> widths = titles;
+  std::vector<std::size_t> least = titles;
+  for (auto row = rows.begin() + 1; row != rows.end(); ++row) {
+    for (std::size_t i = 0; i < titles.size(); ++i) {
+      widths[i] = std::max(widths[i], width_of((*row)[i].text));
+      least[i] = std::max(least[i], least_width((*row)[i].text));
     }
   }
+  const std::size_t gaps = column_gap * (titles.size() - 1);
+  room -= std::min(room, gaps);
+  narrow(widths, least, room);
+  for (std::size_t &title : titles) title = std::max(title, least_column);
+  narrow(widths, titles, room);
   return widths;
 }
 

@@ -93,10 +93,14 @@ const drawGrid = (grid) => {
 
   let active = Math.max(0, cells.findIndex((cell) => cell.matches(".different, .fail")));
   cells[active].tabIndex = 0;
-  const name = (cell) => { named.textContent = (cell ?? document.activeElement.closest("#grid .cell"))?.ariaLabel ?? hint; };
+  const name = (cell = document.activeElement.closest("#grid .cell")) => {
+    named.textContent = cell?.ariaLabel ?? hint;
+  };
   // A pointer that rests while the page scrolls below it does not move.
-  grid.addEventListener("mousemove", (event) => {
-    if (event.movementX || event.movementY) name(event.target.closest(".cell"));
+  let pointer = "";
+  grid.addEventListener("mousemove", ({ screenX, screenY, target }) => {
+    if (pointer !== `${screenX},${screenY}`) name(target.closest(".cell") ?? undefined);
+    pointer = `${screenX},${screenY}`;
   });
   grid.addEventListener("mouseleave", () => name());
   grid.addEventListener("focusout", () => { named.textContent = hint; });

@@ -1,8 +1,8 @@
 #include <fmt/core.h>
 
 #include "draimiofaf/types.h"
-#include "output/advice.h"
 #include "output/page.h"
+#include "output/words.h"
 #include "switch/values.h"
 
 namespace lab {

@@ -17,49 +17,40 @@ std::string describe_fact(int fact) {
   return fact < 0 ? words[fact - not_sent] : fmt::format("instance {}", fact);
 }
 
-// The VLANs of both switches, by the parameter that they compare; where they send different ones,
-// each by its own.
-struct VlanComparison {
-  std::array<std::vector<int>, 2> facts = {std::vector<int>(vlan_count, not_sent),
-                                           std::vector<int>(vlan_count, not_sent)};
-  const ParameterReport *sent = nullptr;  // by a switch
-  const ParameterReport *both = nullptr;  // sent by both; nullptr: none is
-  bool counts = false;                    // in the verdict
-};
-
-void add_facts(const ParameterReport &parameter, VlanComparison &compared) {
-  for (std::size_t side = 0; side < parameter.values.size(); ++side) {
-    if (!parameter.values[side]) continue;
-    const Bytes &value = *parameter.values[side];
-    const Vlans off = vlans_of_record(value);
-    for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
-      compared.facts[side][vlan] = parameter.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP
-                                       ? int(instance_of(value, vlan))
-                                   : off[vlan] ? disabled
-                                               : enabled;
-    }
+// The facts of a side by a parameter; nullptr: none is sent.
+std::vector<int> find_facts(const ParameterReport *parameter, std::size_t side) {
+  std::vector<int> facts(vlan_count, not_sent);
+  if (parameter == nullptr) return facts;
+  const Bytes &value = *parameter->values[side];
+  const Vlans off = vlans_of_record(value);
+  const bool is_map = parameter->type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
+  for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
+    facts[vlan] = is_map ? int(instance_of(value, vlan)) : off[vlan] ? disabled : enabled;
   }
+  return facts;
 }
 
-VlanComparison compare_vlans(const ScopeReport &scope) {
-  VlanComparison compared;
+bool is_compared_by_library(const ParameterReport &parameter) {
+  const State state = parameter.states[0];
+  return state == State::same || state == State::different || state == State::same_on_twins;
+}
+
+// The parameter that has the VLANs of left and right: one that both send, rather one that counts
+// in the verdict; where they send different ones, each its own.
+std::array<const ParameterReport *, 2> find_vlan_parameters(const ScopeReport &scope) {
+  std::array<const ParameterReport *, 2> found = {};
   for (const ParameterReport &parameter : scope.parameters) {
-    if (parameter.type != STP_MCEC_TYPE1_MST_REGION_VI_MAP &&
-        parameter.type != STP_MCEC_TYPE1_STP_ENDIS) {
-      continue;
-    }
-    add_facts(parameter, compared);
-    compared.sent = &parameter;
-    const State state = parameter.states[0];
-    const bool counts =
-        state == State::same || state == State::different || state == State::same_on_twins;
-    if (parameter.values[0] && parameter.values[1] && (compared.both == nullptr || counts)) {
-      compared.both = &parameter;
-      compared.counts = counts;
+    const bool has_vlans = parameter.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP ||
+                           parameter.type == STP_MCEC_TYPE1_STP_ENDIS;
+    const bool has_both = found[0] != nullptr && found[0] == found[1];
+    const bool is_better =
+        parameter.values[0] && parameter.values[1] && is_compared_by_library(parameter);
+    if (!has_vlans || (has_both && !is_better)) continue;
+    for (std::size_t side = 0; side < found.size(); ++side) {
+      if (parameter.values[side]) found[side] = &parameter;
     }
   }
-  if (compared.both != nullptr) add_facts(*compared.both, compared);
-  return compared;
+  return found;
 }
 
 // Those that an operator looks for come first.
@@ -77,19 +68,21 @@ constexpr struct {
 // The VLANs with the same state, and the same facts on left and right.
 using VlanGroups = std::map<std::tuple<VlanState, int, int>, Vlans>;
 
-VlanGroups group_vlans(const ScopeReport &scope, const VlanComparison &compared) {
+VlanGroups group_vlans(const ScopeReport &scope) {
+  const auto [of_left, of_right] = find_vlan_parameters(scope);
+  if (of_left == nullptr && of_right == nullptr) return {};
+  const auto left = find_facts(of_left, 0);
+  const auto right = find_facts(of_right, 1);
   VlanGroups groups;
   for (std::size_t vlan = 0; vlan < vlan_count; ++vlan) {
-    const int left = compared.facts[0][vlan];
-    const int right = compared.facts[1][vlan];
-    const bool is_map = left >= 0 && right >= 0;
-    const VlanState state = scope.fail && (*scope.fail)[vlan]   ? fail
-                            : scope.pass && (*scope.pass)[vlan] ? pass
-                            : compared.both == nullptr          ? unlike
-                            : left == right                     ? same
-                            : is_map && compared.counts         ? different
-                                                                : apart;
-    groups[{state, left, right}].set(vlan);
+    const bool is_map = left[vlan] >= 0 && right[vlan] >= 0;
+    const VlanState state = scope.fail && (*scope.fail)[vlan]            ? fail
+                            : scope.pass && (*scope.pass)[vlan]          ? pass
+                            : of_left != of_right                        ? unlike
+                            : left[vlan] == right[vlan]                  ? same
+                            : is_map && is_compared_by_library(*of_left) ? different
+                                                                         : apart;
+    groups[{state, left[vlan], right[vlan]}].set(vlan);
   }
   return groups;
 }
@@ -140,9 +133,8 @@ std::string write_vlan_section(const PairReport &report) {
     add("Twin VLANs that fail", *scope.fail);
   }
   html += "</dl>\n";
-  const VlanComparison compared = compare_vlans(scope);
-  if (compared.sent == nullptr) return html;
-  const VlanGroups groups = group_vlans(scope, compared);
+  const VlanGroups groups = group_vlans(scope);
+  if (groups.empty()) return html;
   const SideNames &names = side_names(report);
   return html +
          fmt::format(R"(<figure id="picture" data-left="{}" data-right="{}" hidden>

@@ -40,6 +40,14 @@ void count_result(const PairResult &result, PairCounts &counts);
 void print_pair_result(const PairResult &result, const Layout &layout, bool with_notes);
 void print_pair_counts(const PairCounts &counts);
 
+// --- the tables of the library ---
+
+// A result code, parameter or command, by name, number or key. false: nothing of that name.
+bool explain(const std::string &what, const Layout &layout);
+
+// The parameters, the commands, or both.
+void list(const std::string &what, const Layout &layout);
+
 // --- runs ---
 
 void print_title(const std::string &path, const std::string &title, const std::string &about,

@@ -260,7 +260,7 @@ std::string describe_notes(const NoteGroup &group, const SideNames &names) {
 }
 
 const char *severity_name(NoteKind kind) {
-  return has_severity_of_warning(kind) ? "warning" : "info";
+  return is_warning_kind(kind) ? "warning" : "info";
 }
 
 std::string describe_answer(const SwitchReport &report) {

@@ -48,7 +48,7 @@ void read_subject(Reader &reader, const YAML::Node &node, AcceptEntry &entry) {
   }
   if (const YAML::Node note = node["note"]) {
     entry.kind = AcceptKind::note;
-    const std::vector<std::string> keys = note_keys();
+    const std::vector<std::string> &keys = note_keys();
     const auto key = std::ranges::find(keys, scalar_text(note));
     if (key == keys.end()) {
       reader.expected(note, "a kind of note: " + one_of(keys, scalar_text(note)));

@@ -9,21 +9,6 @@ namespace {
 
 using enum NoteKind;
 
-// In the order of the kinds.
-constexpr const char *keys_of_notes[] = {"spanning-tree-on-one-half",
-                                         "vlan-on-one-half",
-                                         "port-setting",
-                                         "spanning-tree-off-on-channel",
-                                         "vlan-timer",
-                                         "timer",
-                                         "domain",
-                                         "peers-do-not-cross",
-                                         "same-address",
-                                         "no-peer-link",
-                                         "spanning-tree-off",
-                                         "acceptance"};
-static_assert(std::size(keys_of_notes) == std::size_t(acceptance) + 1);
-
 using TextMap = std::map<std::string, std::string>;
 
 std::optional<std::string> value_in(const TextMap &texts, const std::string &name) {
@@ -188,16 +173,24 @@ void add_switch_notes(const PairOfSettings &settings, bool is_intended, std::vec
 
 }  // namespace
 
-std::string note_key(NoteKind kind) {
-  return keys_of_notes[std::size_t(kind)];
+const std::vector<std::string> &note_keys() {
+  static const std::vector<std::string> keys = {"spanning-tree-on-one-half",
+                                                "vlan-on-one-half",
+                                                "port-setting",
+                                                "spanning-tree-off-on-channel",
+                                                "vlan-timer",
+                                                "timer",
+                                                "domain",
+                                                "peers-do-not-cross",
+                                                "same-address",
+                                                "no-peer-link",
+                                                "spanning-tree-off",
+                                                "acceptance"};
+  return keys;
 }
 
-std::vector<std::string> note_keys() {
-  return {std::begin(keys_of_notes), std::end(keys_of_notes)};
-}
-
-bool has_severity_of_warning(NoteKind kind) {
-  return kind != spanning_tree_off;
+const std::string &note_key(NoteKind kind) {
+  return note_keys().at(std::size_t(kind));
 }
 
 std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended) {

@@ -49,11 +49,13 @@ enum class NoteKind : uint8_t {
 };
 
 // "vlan-on-one-half", and the keys of all kinds in their order.
-std::string note_key(NoteKind kind);
-std::vector<std::string> note_keys();
+const std::string &note_key(NoteKind kind);
+const std::vector<std::string> &note_keys();
 
 // The others are for information.
-bool has_severity_of_warning(NoteKind kind);
+inline bool is_warning_kind(NoteKind kind) {
+  return kind != NoteKind::spanning_tree_off;
+}
 
 // A setting that differs, with the value of each side; nothing: not set.
 struct NoteField {

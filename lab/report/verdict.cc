@@ -71,7 +71,7 @@ Verdict find_verdict(const PairReport &report) {
 }
 
 bool is_warning(const NoteReport &note) {
-  return has_severity_of_warning(note.note.kind) && !note.accepted;
+  return is_warning_kind(note.note.kind) && !note.accepted;
 }
 
 Status find_status(const PairReport &report) {
