@@ -32,7 +32,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
 
   const lab::PairOfSettings pair = {&left.is.settings, &right.is.settings};
   for (const lab::Note &note : lab::find_notes(pair, false)) {
-    const std::string text = lab::describe_note({.note = note, .accepted = {}, .until = {}});
+    const std::string text = lab::describe_note({.note = note});
     must(!text.empty() && lab::printable(text) == text, "a note has a text");
   }
   std::vector<std::string> scopes = {""};

@@ -1,6 +1,7 @@
-// Lists of pairs: their lines and sources, or what is wrong with them.
+// Lists of pairs, and of credentials: their lines and sources, or what is wrong with them.
 
 #include "cli/pair_list.h"
+#include "sonic/credentials.h"
 #include "sources.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
@@ -15,6 +16,15 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   for (const lab::PairEntry &pair : pairs) {
     must(!pair.name.empty() && lab::printable(pair.name) == pair.name, "a name can be shown");
     for (const std::string &source : pair.sources) look_at_source(source);
+  }
+  lab::InputErrors refused;
+  const lab::Credentials credentials = lab::read_credentials(text, refused);
+  check_errors(refused, text);
+  for (const lab::InputError &error : refused) {
+    must(error.line > 0 && error.found.size() < 100, "an error shows nothing of a line");
+  }
+  for (const auto &[databases, login] : credentials) {
+    must(!login.password.empty(), "a login has a password");
   }
   return 0;
 }

@@ -35,8 +35,8 @@ Status parse_and_execute(int argc, char **argv) {
       line.arguments);
 }
 
-// What is opened must not come to stand where a closed standard file was; what is written to one
-// fails.
+// So that a file that is opened does not get the descriptor of a closed standard file. Writing to such
+// a standard file fails.
 void keep_standard_files() {
   for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(file, F_GETFD) < 0) open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY);

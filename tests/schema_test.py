@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Compare the JSON documents of mcec-lab with docs/documents.schema.json.
+"""Compare the JSON documents of mcec-lab with packaging/documents.schema.json.
 
   tests/schema_test.py MCEC-LAB FOLDER
 
@@ -15,7 +15,7 @@ import jsonschema
 
 lab, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
 root = pathlib.Path(__file__).resolve().parent.parent
-schema = json.loads((root / "docs/documents.schema.json").read_text())
+schema = json.loads((root / "packaging/documents.schema.json").read_text())
 jsonschema.Draft202012Validator.check_schema(schema)
 checked = bad = 0
 

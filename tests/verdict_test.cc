@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "draimiofaf/types.h"
 #include "output/event_json.h"
@@ -132,16 +130,13 @@ std::string printed(const std::function<void()> &print) {
 }
 
 std::string metrics_of(const PairReport &report, Outcome outcome) {
-  const std::string path = testing::TempDir() + "verdict.prom";
-  EXPECT_EQ(write_metrics(path, {.sources = {"a", "b"},
-                                 .outcome = outcome,
-                                 .comparison = std::make_shared<PairReport>(report),
-                                 .compared = {}}),
-            "");
-  std::stringstream text;
-  text << std::ifstream(path).rdbuf();
-  std::remove(path.c_str());
-  return text.str();
+  return format_metrics({{.name = "",
+                          .sources = {"a", "b"},
+                          .outcome = outcome,
+                          .problem = "",
+                          .comparison = std::make_shared<PairReport>(report),
+                          .compared = {},
+                          .changed = {}}});
 }
 
 TEST(Verdict, IsTheSameInEveryOutput) {
@@ -175,7 +170,7 @@ TEST(Verdict, IsTheSameInEveryOutput) {
                 outcome);
     const std::string metrics = metrics_of(report, outcome);
     const auto has = [&](const char *name, bool value) {
-      const std::string sample = std::string(name) + "{left=\"a\",right=\"b\"} ";
+      const std::string sample = std::string(name) + "{pair=\"a b\"} ";
       return metrics.find(sample + (value ? "1\n" : "0\n")) != metrics.npos;
     };
     EXPECT_TRUE(has("mcec_pair_agrees", outcome == Outcome::agree)) << metrics;

@@ -6,6 +6,7 @@
 The servers listen on Unix sockets in a temporary folder. They end with the test, however it ends.
 """
 import concurrent.futures
+import itertools
 import json
 import os
 import pathlib
@@ -37,7 +38,7 @@ ROWS = {
 }
 
 
-started = []
+started, numbers = [], itertools.count()
 
 
 def start(command, **options):
@@ -52,8 +53,8 @@ def words_of(rows):
 class Server:
     """A redis-server with the rows of a switch."""
 
-    def __init__(self, folder, name, *options):
-        self.path = f"{folder}/{name}.sock"
+    def __init__(self, folder, *options):
+        self.path = f"{folder}/{next(numbers)}.sock"
         self.url = f"unix://{self.path}"
         self.command = ["setpriv", "--pdeathsig", "KILL", "redis-server", "--port", "0", "--unixsocket",
                         self.path, "--save", "", "--dir", folder, "--notify-keyspace-events", "KEA", *options]
@@ -151,61 +152,96 @@ class Watch:
             assert [check["scope"] for check in event["checks"]] == scopes, event
         return event
 
-    def quiet(self):
-        assert self.events.empty(), self.events.get()
-
-    def end(self, status=0):
+    def end(self):
+        left = [event for event in list(self.events.queue) if event["event"] != "note"]
+        assert not left, left
         self.process.send_signal(signal.SIGINT)
-        assert self.process.wait(PATIENCE) == status, self.process.returncode
+        assert self.process.wait(PATIENCE) == 0, self.process.returncode
+
+
+def watch_agreeing(folder, *options):
+    watch = Watch(Server(folder), Server(folder), *options)
+    watch.next("compared", True)
+    return watch, *watch.sources.values()
 
 
 PORT, VLAN, MODE = "STP_PORT|PortChannel10", "VLAN|Vlan30", "STP|GLOBAL"
+SWITCH, CHANNEL, BOTH = ["switch"], ["PortChannel10"], ["switch", "PortChannel10"]
+REGION, INSTANCE = "STP_MST|GLOBAL", "STP_MST_INST|MST_INSTANCE|1"
+BURST = [f"VLAN|Vlan{v}" for v in range(100, 108)]
+CHANGES = [  # side, commands, verdict, rows, scopes
+    ("right", [["HSET", PORT, GUARD, "false"]], False, [PORT], CHANNEL),
+    ("right", [["HSET", PORT, GUARD, "true"]], True, [PORT], CHANNEL),
+    ("right", [["DEL", PORT]], False, [PORT], CHANNEL),
+    ("right", [["HSET", "other", EDGE, "false", GUARD, "true"], ["RENAME", "other", PORT]], True, [PORT], CHANNEL),
+    ("left", [["HSET", REGION, "name", "Z\u00fcrich"]], False, [REGION], SWITCH),
+    ("left", [["HSET", REGION, "name", "campus"]], True, [REGION], SWITCH),
+    ("right", [["HSET", INSTANCE, "vlan_list@", "10"]], False, [INSTANCE], SWITCH),
+    ("right", [["HSET", INSTANCE, "vlan_list@", "20-29,10"]], True, [INSTANCE], SWITCH),
+], [
+    ("right", [["HSET", PORT, "bpdu_guard", "true"]], True, [PORT], []),
+    ("left", [["HSET", MODE, "mode", "none"]], False, [MODE], []),
+    ("left", [["HSET", MODE, "mode", "mst"]], True, [MODE], BOTH),
+    # What is passed over is not reported: the next event is the next row.
+    ("right", [["HSET", "PORT|Ethernet0", "speed", "1"], ["HSET", "VLAN|Vlan10", "note", "x"]], None, [], []),
+    ("right", [["MULTI"], *(["HSET", row, "vlanid", row[9:]] for row in BURST), ["EXEC"]], True, BURST, []),
+    ("right", [["HSET", PORT, GUARD, "false"], ["PEXPIRE", PORT, "1500"]], False, [PORT], CHANNEL),
+    ("right", [], False, [PORT], CHANNEL),  # it has expired; another difference remains
+    ("right", words_of({PORT: ROWS[PORT]}), True, [PORT], CHANNEL),
+]
+# Rows that make no sense, and what mends them.
+ERRORS = [(["HSET", PORT, GUARD, "yes"], ["HSET", PORT, GUARD, "true"]),
+          (["HSET", "VLAN|Vlan5000", "a", "b"], ["DEL", "VLAN|Vlan5000"]),
+          (["SET", VLAN, "x"], ["DEL", VLAN])]
 
 
-def test_changes(folder):
-    left = Server(folder, "a", "--user", "watcher", "on", ">s3cret", *MAY.split(), "--user", "default",
+def test_changes(folder, rows):
+    watch, *_ = watch_agreeing(folder)
+    for side, commands, agree, names, scopes in rows:
+        watch.sources[side].do(*commands)
+        if names:
+            watch.changed(agree, *(f"{side} {name}" for name in names), scopes=scopes)
+    watch.end()
+
+
+def test_access_and_metrics(folder):
+    left = Server(folder, "--user", "watcher", "on", ">s3cret", *MAY.split(), "--user", "default",
                   "on", "nopass", "~*", "&*", "+@all")
-    right = Server(folder, "b")
+    right = Server(folder)
     left.url = left.url.replace("//", "//watcher@")
     metrics = pathlib.Path(folder, "pair.prom")
     watch = Watch(left, right, "--metrics", str(metrics), MCEC_LEFT_PASSWORD="s3cret")
-    watch.next("compared", True, notifications={"left": True, "right": True})
-    switch, channel = ["switch"], ["PortChannel10"]
-    both = switch + channel
-    guard = f"right {PORT}"
-    for server, commands, agree, rows, scopes in [
-        (right, [["HSET", PORT, GUARD, "false"]], False, [guard], channel),
-        (right, [["HSET", PORT, GUARD, "true"]], True, [guard], channel),
-        (right, [["DEL", PORT]], False, [guard], channel),
-        (right, [["HSET", "other", EDGE, "false", GUARD, "true"], ["RENAME", "other", PORT]], True, [guard], channel),
-        (left, [["HSET", "STP_MST|GLOBAL", "name", "Z\u00fcrich"]], False, ["left STP_MST|GLOBAL"], switch),
-        (left, [["HSET", "STP_MST|GLOBAL", "name", "campus"]], True, ["left STP_MST|GLOBAL"], switch),
-        (right, [["HSET", "STP_MST_INST|MST_INSTANCE|1", "vlan_list@", "10"]], False,
-         ["right STP_MST_INST|MST_INSTANCE|1"], switch),
-        (right, [["HSET", "STP_MST_INST|MST_INSTANCE|1", "vlan_list@", "20-29,10"]], True,
-         ["right STP_MST_INST|MST_INSTANCE|1"], switch),
-        (right, [["HSET", PORT, "bpdu_guard", "true"]], True, [guard], []),
-        (left, [["HSET", MODE, "mode", "none"]], False, [f"left {MODE}"], []),
-        (left, [["HSET", MODE, "mode", "mst"]], True, [f"left {MODE}"], both),
-        # What is passed over is not reported: the next event is the next row.
-        (right, [["HSET", "PORT|Ethernet0", "speed", "1"], ["HSET", "VLAN|Vlan10", "note", "x"]], None, [], []),
-        (right, [["MULTI"], *(["HSET", f"VLAN|Vlan{v}", "vlanid", str(v)] for v in range(100, 150)), ["EXEC"]],
-         True, sorted(f"right VLAN|Vlan{v}" for v in range(100, 150)), []),
-        (right, [["HSET", PORT, GUARD, "false"], ["PEXPIRE", PORT, "3000"]], False, [guard], channel),
-        (right, [], False, [guard], channel),  # it has expired; another difference remains
-        (right, words_of({PORT: ROWS[PORT]}), True, [guard], channel),
-    ]:
-        server.do(*commands)
-        if rows:
-            watch.changed(agree, *rows, scopes=scopes)
-    text = metrics.read_text()
-    label = f'{{left="{left.url}",right="{right.url}"'
-    assert f"mcec_pair_agrees{label}}} 1\n" in text and f'{label},side="right"}} 1\n' in text, text
-    right.do(["HSET", PORT, GUARD, "false"])
-    watch.changed(False, guard)
-    assert f'differing{label},parameter="ifi-port-guard"}} 1\n' in metrics.read_text()
+    label = f'{{pair="{left.url} {right.url}"'
 
-    # A burst that does not end is reported in pieces; the last change is reported last.
+    def check_metrics(*lines):
+        within(lambda: all(line in metrics.read_text() for line in lines))
+
+    watch.next("compared", True, notifications={"left": True, "right": True})
+    check_metrics(f"mcec_pair_agrees{label}}} 1\n", f'{label},side="right"}} 1\n')
+    right.do(["HSET", PORT, GUARD, "false"])
+    watch.changed(False, f"right {PORT}")
+    check_metrics(f"mcec_pair_agrees{label}}} 0\n", f'differing{label},parameter="ifi-port-guard"}} 1\n')
+    right.do(["HSET", PORT, GUARD, "true"])
+    watch.changed(True, f"right {PORT}")
+    for bad, mend in ERRORS:
+        right.do(bad)
+        event = watch.next("error", None, side="right", still=False)
+        error, = event["errors"]
+        assert error["source"] == right.url and error["where"].startswith(bad[1]), event
+        assert [row["row"] for row in event["rows"]] == [bad[1]], event
+        check_metrics(f"mcec_pair_agrees{label}}} NaN\n")
+        right.do(mend)
+        watch.changed(True, f"right {bad[1]}", scopes=[])
+    watch.end()
+    check_metrics(f"mcec_pair_agrees{label}}} NaN\n")
+    assert not [name for name in os.listdir(folder) if name.startswith("pair.prom.")]
+    output = left.do(["INFO", "commandstats"]) + left.do(["ACL", "LOG"])
+    assert "reason" not in output, output
+
+
+def test_endless_burst(folder):
+    """It is reported in pieces; the last change is reported last."""
+    watch, _, right = watch_agreeing(folder)
     ends, changes = time.monotonic() + PATIENCE, 0
     while watch.events.qsize() < 2:
         assert time.monotonic() < ends, "nothing was reported while rows changed"
@@ -219,32 +255,12 @@ def test_changes(folder):
     watch.compare(reported[-1])
     right.do(["DEL", VLAN])
     watch.changed(True, f"right {VLAN}", scopes=[])
-
-    # Rows that make no sense, and are mended.
-    for bad, mend in [(["HSET", PORT, GUARD, "yes"], ["HSET", PORT, GUARD, "true"]),
-                      (["HSET", "VLAN|Vlan5000", "a", "b"], ["DEL", "VLAN|Vlan5000"]),
-                      (["SET", VLAN, "x"], ["DEL", VLAN])]:
-        right.do(bad)
-        event = watch.next("error", None, side="right", still=False)
-        error, = event["errors"]
-        assert error["source"] == right.url and error["where"].startswith(bad[1]), event
-        assert [row["row"] for row in event["rows"]] == [bad[1]], event
-        assert f"mcec_pair_agrees{label}}} NaN\n" in metrics.read_text()
-        right.do(mend)
-        watch.changed(True, f"right {bad[1]}", scopes=[])
-    watch.quiet()
     watch.end()
-    assert f"mcec_pair_agrees{label}}} NaN\n" in metrics.read_text()
-    assert not [name for name in os.listdir(folder) if name.startswith("pair.prom.")]
-    output = left.do(["INFO", "commandstats"]) + left.do(["ACL", "LOG"])
-    assert "reason" not in output, output
 
 
-def test_losses(folder):
-    left, right = Server(folder, "c"), Server(folder, "d")
-    watch = Watch(left, right)
-    watch.next("compared", True)
-    # These send no notification of their rows.
+def test_silent_changes(folder):
+    """A flushed and a swapped database send no notification of their rows."""
+    watch, left, right = watch_agreeing(folder)
     left.do(["FLUSHDB"])
     right.do(*words_of(ROWS), ["HSET", PORT, GUARD, "false"], ["DEL", "VLAN|Vlan10"], database=7)
     right.do(["SWAPDB", "4", "7"])
@@ -255,42 +271,55 @@ def test_losses(folder):
     assert [row["row"] for row in changed["rows"]] == [PORT, "VLAN|Vlan10"], changed
     left.do(*words_of(ROWS))
     watch.next("changed", False)
+    watch.end()
 
-    for stop, go_on, reason in [
-        (right.stop, right.start, "closed"),
-        (lambda: right.process.send_signal(signal.SIGSTOP), lambda: right.process.send_signal(signal.SIGCONT), "no complete answer"),
-        (lambda: right.do(["CONFIG", "SET", "requirepass", "s3cret"], ["CLIENT", "KILL", "SKIPME", "yes", "TYPE", "normal"]),
-         lambda: subprocess.run(["redis-cli", "-s", right.path, "CONFIG", "SET", "requirepass", ""], check=True,
-                                env={**os.environ, "REDISCLI_AUTH": "s3cret"}, capture_output=True), ""),
-    ]:
-        stop()
-        lost = watch.next("disconnected", None, side="right")
-        assert reason in lost["reason"], lost
-        left.do(["HSET", PORT, GUARD, "false"])  # this is known, what it means for the pair is not
+
+def redis_cli(server, *words, password=""):
+    subprocess.run(["redis-cli", "-s", server.path, "-n", "4", *words], check=True, capture_output=True,
+                   env={**os.environ, "REDISCLI_AUTH": password})
+
+
+LOSSES = [  # how the server goes away, and comes back; why
+    (Server.stop, Server.start, "closed"),
+    (lambda server: server.process.send_signal(signal.SIGSTOP),
+     lambda server: server.process.send_signal(signal.SIGCONT), "no complete answer"),
+    (lambda server: server.do(["CONFIG", "SET", "requirepass", "s3cret"],
+                              ["CLIENT", "KILL", "SKIPME", "yes", "TYPE", "normal"]),
+     lambda server: redis_cli(server, "CONFIG", "SET", "requirepass", "", password="s3cret"), ""),
+]
+
+
+def test_loss(folder, stop, go_on, reason):
+    watch, left, right = watch_agreeing(folder, "--read-timeout", "4")
+    stop(right)
+    lost = watch.next("disconnected", None, side="right")
+    assert reason in lost["reason"], lost
+    for guard in ["false", "true"]:  # this is known, what it means for the pair is not
+        left.do(["HSET", PORT, GUARD, guard])
         watch.changed(None, f"left {PORT}", scopes=[])
-        left.do(["HSET", PORT, GUARD, "true"])
-        watch.changed(None, f"left {PORT}", scopes=[])
-        go_on()
-        watch.next("connected", side="right")
+    go_on(right)
+    watch.next("connected", side="right")
     left.do(["HSET", PORT, GUARD, "false"])
     watch.changed(False, f"left {PORT}", scopes=["PortChannel10"])
-    watch.quiet()
     watch.end()
 
 
 def test_starts(folder):
-    left, right = Server(folder, "e"), Server(folder, "f", "--requirepass", "s3cret")
+    left, right = Server(folder), Server(folder)
+    redis_cli(right, "CONFIG", "SET", "requirepass", "s3cret")
     closed = f"unix://{folder}/closed.sock"
     protected = right.url.replace("//", "//:s3cret@")
     wrong = right.url.replace("//", "//:wr0ng@")
     nothing = pathlib.Path(folder, "nothing.json")
     nothing.write_text('{"VLAN": {"Vlan5000": {}}}')
-    right.do = lambda *commands: subprocess.run(  # the password is for the server
-        ["redis-cli", "-s", right.path, "-n", "4", *commands[0]], check=True, capture_output=True, text=True,
-        env={**os.environ, "REDISCLI_AUTH": "s3cret"}).stdout
-    for words in words_of(ROWS):
-        right.do(words)
-    for options, sources, variables, status, says in [
+
+    def check(options, sources, variables, status, says):
+        ended = run("watch", "--json", *options, *sources, **variables)
+        output = ended.stdout + ended.stderr
+        assert ended.returncode == status and says in output, (options, sources, ended)
+        assert "s3cret" not in output and "wr0ng" not in output and "s3/cret" not in output, output
+
+    rows = [
         (["--once-agreed"], [left.url, protected], {}, 0, "compared"),
         (["--once-agreed"], [left.url, right.url], {"MCEC_RIGHT_PASSWORD": "s3cret"}, 0, "compared"),
         (["--once-agreed"], [left.url, protected], {"MCEC_RIGHT_PASSWORD": "wr0ng"}, 0, "compared"),
@@ -305,17 +334,17 @@ def test_starts(folder):
         (["--timeout", "1", "--once-agreed"], [left.url, closed], {}, 1, '"disconnected"'),
         (["--timeout", "1"], ["redis://localhost:1", "redis://no.such.host.invalid"], {}, 1, '"disconnected"'),
         (["--timeout", "1", "--metrics", folder], [left.url, left.url], {}, 2, "found"),
-    ]:
-        ended = run("watch", "--json", *options, *sources, **variables)
-        output = ended.stdout + ended.stderr
-        assert ended.returncode == status and says in output, (options, sources, ended)
-        assert "s3cret" not in output and "wr0ng" not in output and "s3/cret" not in output, output
+    ]
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        list(pool.map(lambda row: check(*row), rows))
 
-    # No notifications: it is asked again and again. It comes late, and is found all the same.
-    late = Server(folder, "g", "--notify-keyspace-events", "")
+
+def test_late_without_notifications(folder):
+    """It comes late, and is asked again and again."""
+    late = Server(folder, "--notify-keyspace-events", "")
     late.stop()
     os.remove(late.path)
-    watch = Watch(left, late, "--interval", "0.2")
+    watch = Watch(Server(folder), late, "--interval", "0.2")
     watch.next("disconnected", None, side="right")
     late.start()
     watch.next("connected", True, notifications={"left": True, "right": False})
@@ -323,7 +352,11 @@ def test_starts(folder):
     watch.changed(False, f"right {PORT}", scopes=["PortChannel10"])
     watch.end()
 
-    # Files, whole and cut off, gone and there again; and what a person reads, whose terminal knows ASCII.
+
+def test_files(folder):
+    """Whole and cut off, gone and there again; and what a person reads, whose terminal knows ASCII."""
+    left = Server(folder)
+
     def dump(guard):
         rows = {}
         for name, fields in {**ROWS, PORT: {GUARD: guard}}.items():
@@ -352,9 +385,12 @@ def test_starts(folder):
     person.terminate()
     assert person.wait(PATIENCE) == 0
 
-    # Nobody reads any more what it says: it ends, though nothing happens.
+
+def test_reader_goes_away(folder):
+    """It ends, though nothing happens."""
+    source = Server(folder).url
     reader, writer = os.pipe()
-    unheard = start([LAB, "watch", left.url, left.url], stdout=writer)
+    unheard = start([LAB, "watch", source, source], stdout=writer)
     os.close(writer)
     os.read(reader, 1)
     os.close(reader)
@@ -362,11 +398,13 @@ def test_starts(folder):
 
 
 signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
-tests = [test_changes, test_losses, test_starts]
+tests = [(test_access_and_metrics,), (test_endless_burst,), (test_silent_changes,), (test_starts,),
+         (test_late_without_notifications,), (test_files,), (test_reader_goes_away,),
+         *((test_changes, rows) for rows in CHANGES), *((test_loss, *row) for row in LOSSES)]
 failures = 0
 with tempfile.TemporaryDirectory() as temporary, concurrent.futures.ThreadPoolExecutor(len(tests)) as pool:
     try:
-        running = {pool.submit(test, temporary): test.__name__ for test in tests}
+        running = {pool.submit(test, temporary, *arguments): test.__name__ for test, *arguments in tests}
         for ended in concurrent.futures.as_completed(running):
             if ended.exception():
                 failures += 1

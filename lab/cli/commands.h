@@ -10,6 +10,7 @@
 #include "report/acceptance.h"
 #include "report/pairs.h"
 #include "report/verdict.h"
+#include "sonic/credentials.h"
 #include "sonic/limits.h"
 #include "text/error.h"
 
@@ -38,6 +39,7 @@ struct CompareArguments {
   std::string right;
   std::string intended;
   std::string pairs;
+  std::string credentials;
   std::string format;
   std::string name_space;
   std::pair<std::string, std::string> patch;  // a side, and a file
@@ -64,8 +66,13 @@ struct CaptureArguments {
 struct WatchArguments {
   std::string left;
   std::string right;
+  std::string pairs;
+  std::string credentials;
+  std::string on_change;  // a program
+  std::string listen;
   double interval = 1;
   double timeout = 0;  // 0: none
+  double summary = 0;  // 0: none
   double read_timeout = 10;
   std::string metrics;
   std::string accept;
@@ -73,6 +80,7 @@ struct WatchArguments {
   bool strict = false;
   bool json = false;
   bool once_agreed = false;
+  bool only_changes = false;
   std::string color = "auto";
 };
 
@@ -109,6 +117,10 @@ ReadLimits limits_of(double read_timeout);
 // added to those of the sources.
 std::vector<AcceptEntry> read_accept_file(const std::string &path,
                                           std::vector<SourceErrors> &source_errors);
+
+// The logins of a file, none without a path. Errors as above.
+Credentials read_credentials_file(const std::string &path,
+                                  std::vector<SourceErrors> &source_errors);
 
 // A line on the standard error output.
 void print_error(const std::string &text);

@@ -62,6 +62,16 @@ std::vector<AcceptEntry> read_accept_file(const std::string &path,
   return std::move(read.entries);
 }
 
+Credentials read_credentials_file(const std::string &path,
+                                  std::vector<SourceErrors> &source_errors) {
+  if (path.empty()) return {};
+  InputErrors errors;
+  Credentials credentials = load_credentials(path, errors);
+  print_errors(printable(path), errors);
+  if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
+  return credentials;
+}
+
 void write_file(const std::string &path, const std::string &text) {
   if (path == "-") return fmt::print("{}", text);
   const std::string problem = write_file_atomically(path, text);

@@ -185,10 +185,12 @@ Status execute(const CompareArguments &given) {
     print_error("mcec-lab compare: " + error);
     return wrong;
   }
-  const PairReport report = compare(sides, {.name = "",
-                                            .is_intended = is_intended,
-                                            .is_strict = arguments.strict,
-                                            .accept = &accept})
+  Pair pair;
+  const PairReport report = compare(pair, sides,
+                                    {.name = "",
+                                     .is_intended = is_intended,
+                                     .is_strict = arguments.strict,
+                                     .accept = &accept})
                                 .report;
   write_outputs(arguments, sides, report);
   return find_status(report);

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <set>
 
+#include "cli/commands.h"
+#include "sonic/source.h"
+#include "text/file.h"
 #include "text/text.h"
 
 namespace lab {
@@ -51,6 +54,18 @@ std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &
   if (pairs.empty() && errors.empty()) {
     errors.push_back({1, 1, "", "found no pair", std::string("lines of ") + line_form});
   }
+  return pairs;
+}
+
+std::vector<PairEntry> read_pairs_file(const std::string &path,
+                                       std::vector<SourceErrors> &source_errors) {
+  InputErrors errors;
+  const std::string text = read_file(path, errors);
+  std::vector<PairEntry> pairs;
+  if (errors.empty()) pairs = read_pair_list(text, path.substr(0, path.rfind('/') + 1), errors);
+  const std::string shown = hide_login(path);
+  print_errors(shown, errors);
+  if (!errors.empty()) source_errors.push_back({shown, std::move(errors)});
   return pairs;
 }
 

@@ -16,4 +16,8 @@ namespace lab {
 std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &folder,
                                       InputErrors &errors);
 
+// Those of a file. Its errors are printed, and added to those of the sources.
+std::vector<PairEntry> read_pairs_file(const std::string &path,
+                                       std::vector<SourceErrors> &source_errors);
+
 }  // namespace lab

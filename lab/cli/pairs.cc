@@ -9,9 +9,7 @@
 #include "cli/pair_list.h"
 #include "output/json.h"
 #include "output/print.h"
-#include "sonic/source.h"
 #include "tasks/pairs.h"
-#include "text/file.h"
 #include "text/text.h"
 
 namespace lab {
@@ -57,19 +55,13 @@ struct PairsPrinter {
 }  // namespace
 
 Status compare_pairs(const CompareArguments &arguments) {
-  const std::string &path = arguments.pairs;
-  const std::string source = hide_login(path);
-  InputErrors errors;
-  const std::string text = read_file(path, errors);
-  std::vector<PairEntry> pairs;
-  if (errors.empty()) pairs = read_pair_list(text, path.substr(0, path.rfind('/') + 1), errors);
-  print_errors(source, errors);
-  std::vector<SourceErrors> all;
-  const auto accept = read_accept_file(arguments.accept, all);
-  const bool can_compare = all.empty() && !pairs.empty();
-  if (!errors.empty()) all.push_back({source, errors});
-  if (!all.empty() && arguments.json) fmt::print("{}", format_errors(all, JsonForm::line));
-  if (!can_compare) return wrong;
+  std::vector<SourceErrors> errors;
+  std::vector<PairEntry> pairs = read_pairs_file(arguments.pairs, errors);
+  const std::size_t list_errors = errors.size();
+  const auto accept = read_accept_file(arguments.accept, errors);
+  const Credentials credentials = read_credentials_file(arguments.credentials, errors);
+  if (!errors.empty() && arguments.json) fmt::print("{}", format_errors(errors, JsonForm::line));
+  if (errors.size() > list_errors || pairs.empty()) return wrong;
   PairsPrinter printer{.arguments = arguments,
                        .layout = standard_layout(arguments.color),
                        .status = errors.empty() ? agreed : wrong,
@@ -78,7 +70,8 @@ Status compare_pairs(const CompareArguments &arguments) {
     if (pair.name_space.empty()) pair.name_space = arguments.name_space;
   }
   compare_all(
-      pairs, {.name = "", .is_one_of_many = true, .is_strict = arguments.strict, .accept = &accept},
+      pairs, credentials,
+      {.name = "", .is_one_of_many = true, .is_strict = arguments.strict, .accept = &accept},
       limits_of(arguments.read_timeout), [&](const PairResult &result) { printer.print(result); });
   print_unmatched(accept, printer.matched, arguments.accept);
   if (!arguments.json && !arguments.quiet) print_pair_counts(printer.counts);

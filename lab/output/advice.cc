@@ -11,7 +11,7 @@ namespace lab {
 namespace {
 
 // Where a configuration dump has the parameter, the fix is in its words, else in those of commands.
-constexpr Advice advice[] = {
+constexpr Advice advice_table[] = {
     {STP_MCEC_TYPE1_STP_MODE,
      "The two halves of a channel send different BPDUs, so the device behind it hears two bridges "
      "where it should hear one. Between the switches themselves only one common tree is left.",
@@ -71,9 +71,10 @@ constexpr Advice advice[] = {
 
 // Sorted by type, with a row for each.
 #define LAB_TYPE(name, type, ...) type,
-constexpr uint16_t types[] = {STP_MCEC_TYPE1_PARAMETERS(LAB_TYPE)};
+constexpr uint16_t advised_types[] = {STP_MCEC_TYPE1_PARAMETERS(LAB_TYPE)};
 #undef LAB_TYPE
-static_assert(std::equal(std::begin(advice), std::end(advice), std::begin(types), std::end(types),
+static_assert(std::equal(std::begin(advice_table), std::end(advice_table),
+                         std::begin(advised_types), std::end(advised_types),
                          [](const Advice &row, uint16_t type) { return row.type == type; }));
 
 struct FieldMeaning {
@@ -168,7 +169,7 @@ std::string describe_settings(const Fix &fix, const SideNames &names) {
 }  // namespace
 
 const Advice &advice_on(uint16_t type) {
-  return *std::find_if(std::begin(advice), std::end(advice),
+  return *std::find_if(std::begin(advice_table), std::end(advice_table),
                        [=](const Advice &row) { return row.type == type; });
 }
 

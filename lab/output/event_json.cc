@@ -7,8 +7,8 @@
 namespace lab {
 namespace {
 
-constexpr const char *event_names[] = {"compared",  "changed", "disconnected",
-                                       "connected", "error",   "note"};
+constexpr const char *event_names[] = {"compared", "changed", "disconnected", "connected",
+                                       "error",    "note",    "summary"};
 
 void add_outcome(const std::optional<Outcome> &outcome, Json &json) {
   json["agree"] = outcome ? Json(*outcome == Outcome::agree) : Json();
@@ -70,6 +70,25 @@ void add_effect(const Event &event, Json &json) {
   if (!event.effect.gone.empty()) json["gone"] = event.effect.gone;
 }
 
+// The pairs that do not agree are listed.
+void add_summary(const FleetStatus &fleet, Json &json) {
+  Json counts = {{"agree", 0}, {"disagree", 0}, {"incomplete", 0}, {"unknown", 0}};
+  Json pairs = Json::array();
+  for (const PairStatus &pair : fleet) {
+    const std::string verdict = pair.outcome ? outcome_name(*pair.outcome) : "unknown";
+    counts[verdict] = counts[verdict].get<int>() + 1;
+    if (pair.outcome == Outcome::agree) continue;
+    Json &listed = pairs.emplace_back();
+    if (!pair.name.empty()) listed["pair"] = pair.name;
+    add_outcome(pair.outcome, listed);
+    listed["since"] =
+        pair.changed == decltype(pair.changed){} ? Json() : Json(format_time(pair.changed));
+    if (!pair.problem.empty()) listed["problem"] = pair.problem;
+  }
+  json["counts"] = std::move(counts);
+  json["pairs"] = std::move(pairs);
+}
+
 }  // namespace
 
 std::string format_time(std::chrono::system_clock::time_point time) {
@@ -88,6 +107,7 @@ std::string format_time(std::chrono::system_clock::time_point time) {
 
 std::string format_event(const Event &event) {
   Json json = {{"event", event_names[std::size_t(event.kind)]}, {"time", format_time(event.time)}};
+  if (!event.pair.empty()) json["pair"] = event.pair;
   add_outcome(event.outcome, json);
   switch (event.kind) {
     case Event::Kind::compared:
@@ -110,6 +130,9 @@ std::string format_event(const Event &event) {
     case Event::Kind::note:
       json["appeared"] = notes_to_json(event.appeared);
       json["gone"] = notes_to_json(event.gone_notes);
+      break;
+    case Event::Kind::summary:
+      add_summary(event.fleet, json);
       break;
     case Event::Kind::changed:
       json["rows"] = rows_to_json(event.rows);

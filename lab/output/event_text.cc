@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <string_view>
 
@@ -46,39 +47,15 @@ std::string describe_reasons(const ScopeReport &scope) {
   return list_first(texts, most_parameters);
 }
 
-const char *describe_outcome(Outcome outcome) {
+std::string describe_outcome(Outcome outcome) {
   constexpr const char *texts[] = {"the pair agrees", "the pair does not agree",
                                    "the pair was not compared"};
   return texts[std::size_t(outcome)];
 }
 
 std::string describe_verdict(const PairReport &report) {
-  const Verdict verdict = find_verdict(report);
-  const auto is_off = [&](std::size_t side) {
-    return report.sides[side].spanning_tree == SpanningTree::off;
-  };
-  if (verdict.outcome == Outcome::incomplete) {
-    return std::string(describe_outcome(verdict.outcome)) + ": " +
-           describe_incomplete(report.incomplete.front().reason);
-  }
-  if (verdict.outcome == Outcome::agree) {
-    return is_off(0) ? "the pair agrees: spanning tree is off on both" : "the pair agrees";
-  }
-  std::vector<std::string> causes;
-  for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    if (is_off(side)) {
-      causes.push_back(std::string("spanning tree is off on ") + switch_names[side]);
-    }
-  }
-  for (const ScopeReport &scope : report.checks) {
-    if (is_agreed(find_verdict(scope))) continue;
-    causes.push_back(name_scope(scope.scope.name) + " (" + describe_reasons(scope) + ")");
-  }
-  if (std::find(verdict.reasons.begin(), verdict.reasons.end(), Reason::warnings) !=
-      verdict.reasons.end()) {
-    causes.emplace_back("warnings remain");
-  }
-  return "the pair does not agree: " + list_first(causes, most_scopes, "; ");
+  const std::string causes = describe_causes(report);
+  return describe_outcome(find_verdict(report).outcome) + (causes.empty() ? "" : ": " + causes);
 }
 
 // --- a change ---
@@ -154,7 +131,7 @@ std::string describe_effect(const Event &event) {
   }
   std::string text = list_first(effects, most_scopes, "; ");
   if (event.outcome != event.outcome_before) {
-    text += (text.empty() ? "" : "; ") + std::string(describe_outcome(*event.outcome));
+    text += (text.empty() ? "" : "; ") + describe_outcome(*event.outcome);
   }
   return text.empty() ? "no verdict changes" : text;
 }
@@ -220,6 +197,23 @@ std::string describe_notes(const Event &event, const std::string &time) {
   return text;
 }
 
+std::string describe_fleet(const FleetStatus &fleet, const std::string &time) {
+  std::map<std::string, std::size_t> counts;
+  std::string text;
+  for (const PairStatus &pair : fleet) {
+    ++counts[pair.outcome ? outcome_name(*pair.outcome) : "unknown"];
+    if (pair.outcome == Outcome::agree) continue;
+    text += fmt::format("{} {}{}\n", time, pair.name.empty() ? "" : pair.name + ": ",
+                        pair.outcome           ? describe_verdict(*pair.comparison)
+                        : pair.problem.empty() ? "the verdict is not known"
+                                               : "the verdict is not known: " + pair.problem);
+  }
+  return fmt::format("{} {} pairs: {} agree, {} disagree, {} incomplete, {} not known\n", time,
+                     fleet.size(), counts["agree"], counts["disagree"], counts["incomplete"],
+                     counts["unknown"]) +
+         text;
+}
+
 std::string describe_plainly(const Event &event) {
   const std::string time = format_hour(event);
   const std::string start = time + " " + switch_names[event.side];
@@ -236,14 +230,51 @@ std::string describe_plainly(const Event &event) {
       return describe_change(event, time);
     case Event::Kind::note:
       return describe_notes(event, time);
+    case Event::Kind::summary:
+      return describe_fleet(event.fleet, time);
   }
   return "";
 }
 
 }  // namespace
 
+std::string describe_causes(const PairReport &report) {
+  const Verdict verdict = find_verdict(report);
+  const auto is_off = [&](std::size_t side) {
+    return report.sides[side].spanning_tree == SpanningTree::off;
+  };
+  if (verdict.outcome == Outcome::incomplete) {
+    return describe_incomplete(report.incomplete.front().reason);
+  }
+  if (verdict.outcome == Outcome::agree) return is_off(0) ? "spanning tree is off on both" : "";
+  std::vector<std::string> causes;
+  for (std::size_t side = 0; side < switch_names.size(); ++side) {
+    if (is_off(side)) {
+      causes.push_back(std::string("spanning tree is off on ") + switch_names[side]);
+    }
+  }
+  for (const ScopeReport &scope : report.checks) {
+    if (is_agreed(find_verdict(scope))) continue;
+    causes.push_back(name_scope(scope.scope.name) + " (" + describe_reasons(scope) + ")");
+  }
+  if (std::find(verdict.reasons.begin(), verdict.reasons.end(), Reason::warnings) !=
+      verdict.reasons.end()) {
+    causes.emplace_back("warnings remain");
+  }
+  return list_first(causes, most_scopes, "; ");
+}
+
 std::string describe_event(const Event &event) {
-  return as_shown(describe_plainly(event));
+  std::string text = describe_plainly(event);
+  if (!event.pair.empty()) {
+    const std::vector<std::string_view> lines = split(text, '\n');  // the last one is empty
+    std::string named;
+    for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
+      named += fmt::format("{} {}\n", event.pair, lines[i]);
+    }
+    text = std::move(named);
+  }
+  return as_shown(text);
 }
 
 }  // namespace lab

@@ -11,4 +11,8 @@ namespace lab {
 // are named.
 std::string describe_event(const Event &event);
 
+// Why the verdict is what it is: "PortChannel10 (ifi-port-guard); PortChannel20 (on left only)". "":
+// the pair agrees.
+std::string describe_causes(const PairReport &report);
+
 }  // namespace lab

@@ -37,15 +37,15 @@ std::string pointer_text(const std::vector<std::string> &path) {
   return text;
 }
 
-Json value_to_json(const FieldValue &value) {
+Json patch_value_to_json(const FieldValue &value) {
   return std::visit([](const auto &texts) { return Json(texts); }, value);
 }
 
 // Rows and tables. Their keys are new, and need no looking up.
 template <class Value>
-Json value_to_json(const std::map<std::string, Value> &members) {
+Json patch_value_to_json(const std::map<std::string, Value> &members) {
   Json::object_t object;
-  for (const auto &[name, value] : members) object.emplace_back(name, value_to_json(value));
+  for (const auto &[name, value] : members) object.emplace_back(name, patch_value_to_json(value));
   return object;
 }
 
@@ -147,7 +147,8 @@ Json patch_to_json(const Patch &patch) {
                  {"path", pointer_text(operation.path)}};
     std::visit(
         [&](const auto &value) {
-          if constexpr (requires { value_to_json(value); }) json["value"] = value_to_json(value);
+          if constexpr (requires { patch_value_to_json(value); })
+            json["value"] = patch_value_to_json(value);
         },
         operation.value);
     return json;
@@ -170,11 +171,6 @@ Json note_to_json(const NoteReport &note, const SideNames &names) {
                {"text", describe_note(note, names)}};
   if (note.accepted) json["accepted"] = acceptance_to_json(*note.accepted);
   return json;
-}
-
-const char *outcome_name(Outcome outcome) {
-  constexpr const char *names[] = {"agree", "disagree", "incomplete"};
-  return names[std::size_t(outcome)];
 }
 
 Json comparison_to_json(const PairReport &report) {

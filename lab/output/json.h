@@ -44,9 +44,6 @@ Json comparison_to_json(const PairReport &report);
 // RFC 6902.
 Json patch_to_json(const Patch &patch);
 
-// "agree", "disagree", "incomplete".
-const char *outcome_name(Outcome outcome);
-
 // --- documents ---
 
 // Errors only; those of a scenario that cannot be run.

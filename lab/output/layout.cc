@@ -87,8 +87,6 @@ std::size_t line_end(std::string_view text, std::size_t width) {
   return end > 0 ? end : fits;
 }
 
-// A text as lines. A word wider than the width is cut where it must be. Lines of the text stay
-// lines.
 Lines wrap(const std::string &text, std::size_t width) {
   Lines lines;
   for (std::string_view rest : split(text, '\n')) {
@@ -204,6 +202,10 @@ std::string as_shown(std::string_view text) {
     text.remove_prefix(character.size());
   }
   return out;
+}
+
+std::string wrapped(const std::string &text, std::size_t width) {
+  return join(wrap(text, width), "\n");
 }
 
 void put_line(const std::string &text, std::size_t indent) {

@@ -36,13 +36,16 @@ bool takes_utf8();
 // A text as this locale can show it: what it has no letters for is escaped.
 std::string as_shown(std::string_view text);
 
+// Text wrapped at blanks and commas; a word wider than the width is cut where it must be, and goes
+// on in the next line. Lines of the text stay lines.
+std::string wrapped(const std::string &text, std::size_t width);
+
 // --- printing: everything that a person reads goes through these ---
 
 // A line behind some blanks, as wide as it is.
 void put_line(const std::string &text, std::size_t indent = 0);
 
-// Lines wrapped behind some blanks, at blanks and commas; the first may have a heading in their
-// place.
+// Lines wrapped behind some blanks; the first may have a heading in their place.
 void put_wrapped(const Cell &text, const Layout &layout, std::size_t indent = 0,
                  const std::string &heading = "");
 

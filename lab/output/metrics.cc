@@ -2,8 +2,10 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <filesystem>
 
+#include "output/fleet_words.h"
 #include "switch/names.h"
 #include "text/file.h"
 #include "text/text.h"
@@ -21,55 +23,113 @@ std::string label(const char *name, const std::string &value) {
   return text + '"';
 }
 
-struct MetricWriter {
-  std::string pair;  // the labels that every line has
-  std::string text;
-
-  void metric(const char *name, const char *help) {
-    text += fmt::format("# HELP {} {}\n# TYPE {} gauge\n", name, help, name);
-  }
-
-  void sample(const char *name, const std::string &value, const std::string &labels = "") {
-    text += fmt::format("{}{{{}{}{}}} {}\n", name, pair, labels.empty() ? "" : ",", labels, value);
-  }
+// One of the pairs, with what its metrics are made of.
+struct MeasuredPair {
+  const PairStatus &status;
+  std::string label;
+  std::optional<Summary> summary;  // of what is known
 };
 
-std::string format_metrics(const PairStatus &status) {
-  MetricWriter writer;
-  writer.pair = label("left", status.sources[0]) + "," + label("right", status.sources[1]);
-  writer.metric("mcec_pair_agrees", "Does the pair agree? NaN: that is not known.");
-  writer.sample("mcec_pair_agrees", !status.outcome                     ? "NaN"
-                                    : *status.outcome == Outcome::agree ? "1"
-                                                                        : "0");
-  writer.metric("mcec_pair_incomplete", "Could something that the verdict needs not be compared?");
-  writer.sample("mcec_pair_incomplete", status.outcome == Outcome::incomplete ? "1" : "0");
+struct MetricWriter {
+  std::vector<MeasuredPair> pairs;
+  std::string text;
+};
 
-  // What is not known is left out, rather than as it was.
-  if (status.outcome) {
-    const Summary summary = summarize(status.comparison->checks);
-    writer.metric("mcec_pair_scopes_disagreeing", "Scopes that do not agree.");
-    writer.sample("mcec_pair_scopes_disagreeing", std::to_string(summary.disagreeing));
-    writer.metric("mcec_pair_scopes_differing", "Scopes in which a parameter differs.");
-    for (const auto &[type, count] : summary.parameters) {
-      writer.sample("mcec_pair_scopes_differing", std::to_string(count.differ.size()),
-                    label("parameter", parameter_key(type)));
+void add_metric(MetricWriter &writer, const char *name, const char *help) {
+  writer.text += fmt::format("# HELP {} {}\n# TYPE {} gauge\n", name, help, name);
+}
+
+void add_sample(MetricWriter &writer, const char *name, const std::string &labels,
+                const std::string &value) {
+  writer.text += fmt::format("{}{{{}}} {}\n", name, labels, value);
+}
+
+std::string format_seconds(std::chrono::system_clock::time_point time) {
+  if (time == std::chrono::system_clock::time_point{}) return "";
+  return fmt::format("{:.3f}", std::chrono::duration<double>(time.time_since_epoch()).count());
+}
+
+// Metrics with one sample for each pair. What is not known has none, rather than what it was.
+struct PairMetric {
+  const char *name;
+  const char *help;
+  std::string (*value)(const MeasuredPair &pair);
+};
+constexpr PairMetric pair_metrics[] = {
+    {"mcec_pair_agrees", "Does the pair agree? NaN: that is not known.",
+     [](const MeasuredPair &pair) -> std::string {
+       if (!pair.status.outcome) return "NaN";
+       return *pair.status.outcome == Outcome::agree ? "1" : "0";
+     }},
+    {"mcec_pair_incomplete", "Could something that the verdict needs not be compared?",
+     [](const MeasuredPair &pair) -> std::string {
+       return pair.status.outcome == Outcome::incomplete ? "1" : "0";
+     }},
+    {"mcec_pair_scopes_disagreeing", "Scopes that do not agree.",
+     [](const MeasuredPair &pair) {
+       return pair.summary ? std::to_string(pair.summary->disagreeing) : "";
+     }},
+    {"mcec_pair_compared_timestamp_seconds", "When the verdict was last known to hold.",
+     [](const MeasuredPair &pair) { return format_seconds(pair.status.compared); }},
+    {"mcec_pair_changed_timestamp_seconds", "Since when the verdict is what it is.",
+     [](const MeasuredPair &pair) { return format_seconds(pair.status.changed); }},
+};
+
+void add_counts(MetricWriter &writer) {
+  add_metric(writer, "mcec_pairs", "How many pairs have a verdict.");
+  for (const auto &outcome : all_outcomes) {
+    const auto count =
+        std::count_if(writer.pairs.begin(), writer.pairs.end(),
+                      [&](const MeasuredPair &pair) { return pair.status.outcome == outcome; });
+    add_sample(writer, "mcec_pairs", label("verdict", outcome_word(outcome)),
+               std::to_string(count));
+  }
+}
+
+void add_details(MetricWriter &writer) {
+  add_metric(writer, "mcec_pair_info", "The sources of the pair.");
+  for (const auto &[status, pair, summary] : writer.pairs) {
+    const auto &[left, right] = status.sources;
+    add_sample(writer, "mcec_pair_info",
+               pair + "," + label("left", left) + "," + label("right", right), "1");
+  }
+  add_metric(writer, "mcec_pair_scopes_differing", "Scopes in which a parameter differs.");
+  for (const auto &[status, pair, summary] : writer.pairs) {
+    if (!summary) continue;
+    for (const auto &[type, count] : summary->parameters) {
+      add_sample(writer, "mcec_pair_scopes_differing",
+                 pair + "," + label("parameter", parameter_key(type)),
+                 std::to_string(count.differ.size()));
     }
   }
-  if (status.compared != std::chrono::system_clock::time_point{}) {
-    const auto since = std::chrono::duration<double>(status.compared.time_since_epoch()).count();
-    writer.metric("mcec_pair_compared_timestamp_seconds",
-                  "When the verdict was last known to hold.");
-    writer.sample("mcec_pair_compared_timestamp_seconds", fmt::format("{:.3f}", since));
+  add_metric(writer, "mcec_source_connected", "Is the source of a switch's settings there?");
+  for (const auto &[status, pair, summary] : writer.pairs) {
+    for (std::size_t side = 0; side < status.connected.size(); ++side) {
+      add_sample(writer, "mcec_source_connected", pair + "," + label("side", switch_names[side]),
+                 status.connected[side] ? "1" : "0");
+    }
   }
-  writer.metric("mcec_source_connected", "Is the source of a switch's settings there?");
-  for (std::size_t i = 0; i < status.connected.size(); ++i) {
-    writer.sample("mcec_source_connected", status.connected[i] ? "1" : "0",
-                  label("side", switch_names[i]));
-  }
-  return writer.text;
 }
 
 }  // namespace
+
+std::string format_metrics(const FleetStatus &fleet) {
+  MetricWriter writer;
+  for (const PairStatus &status : fleet) {
+    writer.pairs.push_back({status, label("pair", pair_name(status)), {}});
+    if (status.outcome) writer.pairs.back().summary = summarize(status.comparison->checks);
+  }
+  add_counts(writer);
+  for (const PairMetric &metric : pair_metrics) {
+    add_metric(writer, metric.name, metric.help);
+    for (const MeasuredPair &pair : writer.pairs) {
+      const std::string value = metric.value(pair);
+      if (!value.empty()) add_sample(writer, metric.name, pair.label, value);
+    }
+  }
+  add_details(writer);
+  return writer.text;
+}
 
 std::string find_problem_of_metrics(const std::string &path) {
   std::error_code error;
@@ -78,9 +138,9 @@ std::string find_problem_of_metrics(const std::string &path) {
   return "found something that is no file; expected a file of metrics, or nothing";
 }
 
-std::string write_metrics(const std::string &path, const PairStatus &status) {
+std::string write_metrics(const std::string &path, const FleetStatus &fleet) {
   // The collector passes over names that do not end with .prom, as that of an unfinished file.
-  const std::string problem = write_file_atomically(path, format_metrics(status));
+  const std::string problem = write_file_atomically(path, format_metrics(fleet));
   return problem.empty() ? "" : path + ": " + problem;
 }
 

@@ -159,8 +159,9 @@ std::string_view beginning_of(std::string_view text) {
   return item == beginning.npos || item == 0 ? beginning : beginning.substr(0, item);
 }
 
-// A text from outside, safe in an element.
-std::string escape(std::string_view text, const char *comma = ",") {
+}  // namespace
+
+std::string escaped(std::string_view text, const char *comma) {
   const std::pair<char, const char *> entities[] = {{'&', "&amp;"},  {'<', "&lt;"},   {'>', "&gt;"},
                                                     {'"', "&quot;"}, {'\'', "&#39;"}, {',', comma}};
   std::string html;
@@ -171,10 +172,8 @@ std::string escape(std::string_view text, const char *comma = ",") {
   return html;
 }
 
-}  // namespace
-
 std::string isolated(std::string_view text) {
-  return "<bdi>" + escape(text, ",<wbr>") + "</bdi>";
+  return "<bdi>" + escaped(text, ",<wbr>") + "</bdi>";
 }
 
 std::string folded(const std::string &text, const std::string &what) {
@@ -222,8 +221,8 @@ std::string write_page(const PairReport &report) {
 </body>
 </html>
 )",
-      hash_text(page_style), hash_text(page_script), heading, escape(name_side(report.sides[0])),
-      escape(name_side(report.sides[1])), page_style, look.name,
+      hash_text(page_style), hash_text(page_script), heading, escaped(name_side(report.sides[0])),
+      escaped(name_side(report.sides[1])), page_style, look.name,
       report.is_intended ? "a switch, compared with its intended state" : "two switches",
       describe_time(std::time(nullptr)), LAB_VERSION, look.sign, heading,
       describe_page_verdict(report), write_pair_table(report), write_sections(report), page_script);

@@ -11,8 +11,10 @@ std::string write_page(const PairReport &report);
 
 // --- parts of the page ---
 
-// A text from outside, safe in an element and in quotation marks, in a direction of writing of its
-// own. Long lists may break at commas.
+// A text from outside, safe in an element and in quotation marks.
+std::string escaped(std::string_view text, const char *comma = ",");
+
+// The same in a direction of writing of its own. Long lists may break at commas.
 std::string isolated(std::string_view text);
 
 // A long text is folded behind its beginning, and behind what it is.

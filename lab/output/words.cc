@@ -199,6 +199,11 @@ const char *describe_incomplete(Incomplete reason) {
                "were not compared";
 }
 
+const char *outcome_name(Outcome outcome) {
+  constexpr const char *names[] = {"agree", "disagree", "incomplete"};
+  return names[std::size_t(outcome)];
+}
+
 const char *spanning_tree_name(SpanningTree spanning_tree) {
   constexpr const char *names[] = {"off", "rapid-pvst", "mst", "unknown"};
   return names[std::size_t(spanning_tree)];

@@ -59,6 +59,9 @@ std::string describe_acceptance(const Acceptance &acceptance);
 // What is wrong, in the first line of a comparison: "neither switch has a multi-chassis channel".
 const char *describe_incomplete(Incomplete reason);
 
+// "agree", "disagree", "incomplete".
+const char *outcome_name(Outcome outcome);
+
 // "rapid-pvst", "mst", "off", "unknown".
 const char *spanning_tree_name(SpanningTree spanning_tree);
 

@@ -44,6 +44,12 @@ struct ToPeer {
   bool speaks_first;
 };
 
+void reset_platform() {
+  standin_reset();
+  standin_on_history(keep_line);
+  standin_suspend_failures(1);
+}
+
 int32_t is_global(const Scope &scope) {
   return scope.global ? 1 : 0;
 }
@@ -195,8 +201,18 @@ Done perform(const ChangeWorld &asked) {
   return {};
 }
 
+// Forget the switch that this process was before, if any.
+void clear_switch(const std::vector<Port> &ports) {
+  perform(Delete{});
+  for (const Port &port : ports) perform(Delete{{false, port.index}});
+  reset_platform();
+}
+
 Done perform(const SetUp &set_up) {
+  static std::optional<std::vector<Port>> ports;  // of the switch that was set up last
+  if (ports) clear_switch(*ports);
   const Settings &settings = set_up.settings;
+  ports = settings.ports;
   perform(ChangeWorld{{settings.trunk, settings.user_vlans, settings.channels, settings.ports}});
   for (const Port &port : settings.ports) {
     if (!port.parameters.empty()) perform(CacheUpdate{{false, port.index}, port.parameters});
@@ -289,9 +305,7 @@ Reply answered(const Request &request, const ToPeer &peer) {
 
 void serve(int control, int peer, bool speaks_first, LastLines &last_lines) {
   last_lines_of_process = &last_lines;
-  standin_reset();
-  standin_on_history(keep_line);
-  standin_suspend_failures(1);
+  reset_platform();
   while (const std::optional<Bytes> frame = read_frame(control)) {
     const Reply reply = answered(decode_request(*frame), {peer, speaks_first});
     if (!write_frame(control, encode(reply))) return;

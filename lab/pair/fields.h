@@ -10,9 +10,40 @@
 #include <cereal/types/utility.hpp>
 #include <cereal/types/variant.hpp>
 #include <cereal/types/vector.hpp>
+#include <sstream>
+
+#include "pair/wire.h"
 
 #define LAB_FIELDS(Record, ...)                  \
   template <class Archive>                       \
   void serialize(Archive &archive, Record &it) { \
     archive(__VA_ARGS__);                        \
   }
+
+namespace lab {
+
+template <class Record>
+Bytes encode_record(const Record &record) {
+  std::ostringstream stream;
+  cereal::BinaryOutputArchive archive(stream);
+  archive(record);
+  const std::string text = std::move(stream).str();
+  return {text.begin(), text.end()};
+}
+
+// Throws Garbled. Lengths inside a frame are believed as far as memory lasts: frames come from the
+// lab's own processes, and one that is garbage ends in an exception.
+template <class Record>
+Record decode_record(const Bytes &frame) {
+  try {
+    std::istringstream stream({frame.begin(), frame.end()});
+    cereal::BinaryInputArchive archive(stream);
+    Record record;
+    archive(record);
+    return record;
+  } catch (const std::exception &problem) {
+    throw Garbled(problem.what());
+  }
+}
+
+}  // namespace lab

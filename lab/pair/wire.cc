@@ -4,27 +4,14 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cereal/archives/binary.hpp>
-#include <cereal/types/bitset.hpp>
-#include <cereal/types/map.hpp>
-#include <cereal/types/optional.hpp>
-#include <cereal/types/string.hpp>
-#include <cereal/types/variant.hpp>
-#include <cereal/types/vector.hpp>
 #include <cerrno>
-#include <sstream>
 
+#include "pair/fields.h"
 #include "text/signals.h"
 #include "text/wait.h"
 
 namespace lab {
 
-// The fields of each record, in the order in which they travel.
-#define LAB_FIELDS(Record, ...)                  \
-  template <class Archive>                       \
-  void serialize(Archive &archive, Record &it) { \
-    archive(__VA_ARGS__);                        \
-  }
 LAB_FIELDS(Entry, it.type, it.value)
 LAB_FIELDS(Channel, it.name, it.id, it.internal, it.vlans)
 LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.parameters, it.spanning_tree,
@@ -61,7 +48,6 @@ LAB_FIELDS(Check::Compared, it.scope, it.present, it.others)
 LAB_FIELDS(Check, it.scopes, it.twins)
 LAB_FIELDS(Request, it.log, it.asked)
 LAB_FIELDS(Reply, it.problem, it.log, it.answer)
-#undef LAB_FIELDS
 
 template <class Archive>
 void serialize(Archive &, Done &) {}
@@ -115,30 +101,6 @@ bool send_all(int socket, const Waiting &waiting, const void *data, std::size_t 
   });
 }
 
-template <class Record>
-Bytes encoded(const Record &record) {
-  std::ostringstream stream;
-  cereal::BinaryOutputArchive archive(stream);
-  archive(record);
-  const std::string text = std::move(stream).str();
-  return {text.begin(), text.end()};
-}
-
-// Lengths inside a frame are believed as far as memory lasts: frames come from the lab's own
-// processes, and one that is garbage ends in an exception.
-template <class Record>
-Record decoded(const Bytes &frame) {
-  try {
-    std::istringstream stream({frame.begin(), frame.end()});
-    cereal::BinaryInputArchive archive(stream);
-    Record record;
-    archive(record);
-    return record;
-  } catch (const std::exception &problem) {
-    throw Garbled(problem.what());
-  }
-}
-
 }  // namespace
 
 bool write_frame(int socket, const Bytes &frame, const Waiting &waiting) {
@@ -157,19 +119,19 @@ std::optional<Bytes> read_frame(int socket, const Waiting &waiting) {
 }
 
 Bytes encode(const Request &request) {
-  return encoded(request);
+  return encode_record(request);
 }
 
 Bytes encode(const Reply &reply) {
-  return encoded(reply);
+  return encode_record(reply);
 }
 
 Request decode_request(const Bytes &frame) {
-  return decoded<Request>(frame);
+  return decode_record<Request>(frame);
 }
 
 Reply decode_reply(const Bytes &frame) {
-  return decoded<Reply>(frame);
+  return decode_record<Reply>(frame);
 }
 
 }  // namespace lab

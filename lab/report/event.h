@@ -4,7 +4,7 @@
 #include <chrono>
 #include <memory>
 
-#include "report/verdict.h"
+#include "report/status.h"
 #include "sonic/rows.h"
 #include "text/error.h"
 
@@ -27,11 +27,13 @@ struct ChangeEffect {
 };
 
 struct Event {
-  enum class Kind : uint8_t { compared, changed, disconnected, connected, error, note };
+  enum class Kind : uint8_t { compared, changed, disconnected, connected, error, note, summary };
 
   Kind kind = Kind::compared;
   std::chrono::system_clock::time_point time;
+  std::string pair;                              // its name, of one of many
   std::optional<Outcome> outcome;                // nothing: not known
+  bool changes_outcome = false;                  // the event before had another one
   std::shared_ptr<const PairReport> comparison;  // compared, connected
   std::array<bool, 2> notifications = {};  // compared, connected: whether each source sends them
   std::size_t side = 0;                    // disconnected, connected, error
@@ -43,6 +45,7 @@ struct Event {
   InputErrors errors;                      // error
   std::vector<NoteReport> appeared;        // note: warnings that were not there before
   std::vector<NoteReport> gone_notes;      // note: warnings that are there no more
+  FleetStatus fleet;                       // summary
 };
 
 }  // namespace lab

@@ -1,5 +1,7 @@
 #include "report/verdict.h"
 
+#include "report/status.h"
+
 #include <algorithm>
 #include <set>
 
@@ -104,6 +106,16 @@ Summary summarize(const std::vector<ScopeReport> &checks) {
     }
   }
   return summary;
+}
+
+std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet) {
+  const auto has = [&](std::optional<Outcome> outcome) {
+    return std::any_of(fleet.begin(), fleet.end(),
+                       [&](const PairStatus &pair) { return pair.outcome == outcome; });
+  };
+  if (has(Outcome::disagree)) return Outcome::disagree;
+  if (has(std::nullopt)) return std::nullopt;
+  return has(Outcome::incomplete) ? Outcome::incomplete : Outcome::agree;
 }
 
 }  // namespace lab

@@ -12,12 +12,8 @@
 namespace lab {
 namespace {
 
-using namespace std::chrono_literals;
-
 const std::string protocol_error = "protocol error: ";
 
-// A connection without traffic is asked for a sign of life.
-constexpr auto beat = 1s;
 // Reads of a socket before the other source has its turn.
 constexpr int reads_at_once = 64;
 
@@ -130,8 +126,10 @@ void take_answers(Connection &connection, const std::function<void(const redisRe
 }
 
 Connection connection_of(redisContext *context, std::string place, const ReadLimits &limits) {
+  static uint64_t connections = 0;
   Connection connection;
   connection.context.reset(context);
+  connection.id = ++connections;
   connection.place = std::move(place);
   connection.limits = limits;
   connection.elements_left = std::make_unique<std::size_t>(limits.answer_elements);
@@ -238,19 +236,21 @@ void move(Connection &connection, const std::function<void(const redisReply &)> 
   }
 }
 
-void look_after(Connection &connection, TimePoint now) {
-  if (connection.context == nullptr) return;
-  const auto quiet = now - connection.answered;
-  if (!connection.awaited.empty() && quiet >= connection.limits.answer_time) {
-    throw ConnectionLost{"no complete answer within " +
-                         seconds_text(connection.limits.answer_time)};
+void check_answer_time(const Connection &connection, TimePoint now) {
+  if (connection.awaited.empty() || now - connection.answered < connection.limits.answer_time) {
+    return;
   }
-  if (connection.awaited.empty() && quiet >= beat)
-    send_request(connection, now, {Ask::sign_of_life, ""}, {"PING"});
+  throw ConnectionLost{"no complete answer within " + seconds_text(connection.limits.answer_time)};
 }
 
-TimePoint due(const Connection &connection) {
-  return connection.answered + (connection.awaited.empty() ? beat : connection.limits.answer_time);
+bool is_quiet(const Connection &connection, TimePoint now, Clock::duration time) {
+  return connection.context != nullptr && connection.awaited.empty() &&
+         now - connection.answered >= time;
+}
+
+TimePoint due(const Connection &connection, Clock::duration sign_of_life) {
+  return connection.answered +
+         (connection.awaited.empty() ? sign_of_life : connection.limits.answer_time);
 }
 
 }  // namespace lab

@@ -5,6 +5,7 @@
 #include <hiredis/hiredis.h>
 #include <poll.h>
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -23,7 +24,18 @@ struct FreeContext {
 };
 
 // What an answer is the answer to.
-enum class Ask { login, select, subscribe, config, scan, row, changed_row, sign_of_life, fence };
+enum class Ask {
+  login,
+  select,
+  subscribe,
+  config,
+  scan,
+  row,
+  changed_row,
+  size,
+  sign_of_life,
+  fence,
+};
 
 struct Asked {
   Ask what;
@@ -32,6 +44,7 @@ struct Asked {
 
 struct Connection {
   std::unique_ptr<redisContext, FreeContext> context;
+  uint64_t id = 0;    // of this context
   std::string place;  // "host:port" or a path
   ReadLimits limits;
   bool connected = false;
@@ -75,9 +88,13 @@ std::string_view text_of(const redisReply &reply);
 // Read and write what can be without waiting. `take` may drop the connection.
 void move(Connection &connection, const std::function<void(const redisReply &)> &take);
 
-// Does it live? Call it after every move, and when it is due.
-void look_after(Connection &connection, TimePoint now);
-TimePoint due(const Connection &connection);
+// Throws when an answer is not complete in time.
+void check_answer_time(const Connection &connection, TimePoint now);
+
+// Is nothing awaited, and has nothing come for so long?
+bool is_quiet(const Connection &connection, TimePoint now, Clock::duration time);
+
+TimePoint due(const Connection &connection, Clock::duration sign_of_life);
 pollfd socket_of(const Connection &connection);
 
 }  // namespace lab

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <random>
 #include <utility>
 
 #include "sonic/database_state.h"
@@ -13,10 +14,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Between two readings of everything, where notifications come.
-constexpr auto anew_after = 10s;
 constexpr auto first_pause = 250ms;
-constexpr auto longest_pause = 30s;
+constexpr auto longest_pause = 5s;
+constexpr auto longest_refused_pause = 30s;
 // Where no notifications come, a reading that differs from the last may have met a change in the
 // middle. It is done again, this often at most.
 constexpr int most_repeats = 2;
@@ -86,6 +86,7 @@ void close_connections(Database &database) {
   database.changed.clear();
   database.has_missed = false;
   database.memory = 0;
+  database.keys.reset();
   database.settling = 0;
   database.rounds = 0;
 }
@@ -116,11 +117,13 @@ void end_reading(Database &database, TimePoint now) {
   snapshot.checked = now;
   database.memory = memory_of(snapshot.rows);
   database.read_once = true;
+  database.keys.reset();
   if (differs) notice_change(snapshot, now);
   const bool repeat = differs && !snapshot.notifications && database.repeats < most_repeats;
   database.repeats = repeat ? database.repeats + 1 : 0;
-  database.read_next =
-      repeat ? now : now + (snapshot.notifications ? anew_after : database.interval);
+  database.read_next = repeat ? now
+                              : now + (snapshot.notifications ? database.intervals.notified
+                                                              : database.intervals.unnotified);
 }
 
 bool settle_changes(Database &database, TimePoint now) {
@@ -151,6 +154,21 @@ void check_deadline(Database &database, TimePoint now) {
   } else if (database.deadline && now >= *database.deadline) {
     throw ConnectionLost{"the database is not read within " +
                          seconds_text(database.limits.reading_time)};
+  }
+}
+
+// A database without traffic is asked for a sign of life. A flush or a swap, of which nothing
+// notifies, shows in its size, mostly.
+void look_for_life(Database &database, TimePoint now) {
+  for (Connection *connection : {&database.rows, &database.changes}) {
+    check_answer_time(*connection, now);
+    const bool asks_size = connection == &database.rows && database.snapshot.notifications &&
+                           database.answers_size && database.read_once;
+    const bool has_size = !asks_size || database.keys;
+    const auto pause = has_size ? database.intervals.sign_of_life : Clock::duration{};
+    if (!is_quiet(*connection, now, pause)) continue;
+    send_request(*connection, now, {asks_size ? Ask::size : Ask::sign_of_life, ""},
+                 {asks_size ? "DBSIZE" : "PING"});
   }
 }
 
@@ -186,8 +204,7 @@ void work(Database &database, TimePoint now) {
     database.pause = {};
   }
   check_deadline(database, now);
-  look_after(database.rows, now);
-  look_after(database.changes, now);
+  look_for_life(database, now);
 }
 
 void close_after(Database &database, const ConnectionLost &lost, TimePoint now) {
@@ -195,8 +212,12 @@ void close_after(Database &database, const ConnectionLost &lost, TimePoint now) 
   close_connections(database);
   if (elsewhere) return;  // at the host's next address
   database.away = true;
-  database.pause = std::clamp<Clock::duration>(database.pause * 2, first_pause, longest_pause);
-  database.try_next = now + database.pause;
+  database.pause = std::clamp<Clock::duration>(
+      database.pause * 2, first_pause, lost.refused ? longest_refused_pause : longest_pause);
+  // Those who lost a server at one time do not come back at one time.
+  static std::minstd_rand random(std::random_device{}());
+  const double part = std::uniform_real_distribution(0.5, 1.0)(random);
+  database.try_next = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
   lose(database.snapshot, lost.reason, lost.refused);
 }
 
@@ -206,22 +227,22 @@ void CloseDatabase::operator()(Database *database) const {
   delete database;
 }
 
-OpenDatabase open_database(const Source &source, Clock::duration interval, TimePoint now,
+OpenDatabase open_database(const Source &source, const ReadIntervals &intervals, TimePoint now,
                            const ReadLimits &limits) {
   std::signal(SIGPIPE, SIG_IGN);
   OpenDatabase database(new Database);
   database->source = source;
-  database->interval = interval;
+  database->intervals = intervals;
   database->limits = limits;
   database->try_next = now;
   return database;
 }
 
-OpenDatabase adopt_database(const std::array<int, 2> &sockets, Clock::duration interval,
+OpenDatabase adopt_database(const std::array<int, 2> &sockets, const ReadIntervals &intervals,
                             TimePoint now) {
   Source none;
   none.kind = Source::Kind::unix_socket;
-  OpenDatabase database = open_database(none, interval, now, {});
+  OpenDatabase database = open_database(none, intervals, now, {});
   database->sockets = sockets;
   return database;
 }
@@ -245,17 +266,26 @@ TimePoint due(const Database &database) {
   TimePoint first = database.deadline.value_or(TimePoint::max());
   if (database.read_once && !database.reading) first = std::min(first, database.read_next);
   for (const Connection *connection : {&database.rows, &database.changes}) {
-    if (connection->context != nullptr) first = std::min(first, due(*connection));
+    if (connection->context == nullptr) continue;
+    first = std::min(first, due(*connection, database.intervals.sign_of_life));
   }
   return first;
 }
 
-void add_sockets(const Database &database, std::vector<pollfd> &sockets) {
-  if (database.resolver != nullptr)
-    sockets.push_back({database.resolver->process.output, POLLIN, 0});
-  for (const Connection *connection : {&database.rows, &database.changes}) {
-    if (connection->context != nullptr) sockets.push_back(socket_of(*connection));
+bool is_away(const Database &database) {
+  return database.away;
+}
+
+std::array<AwaitedFile, 3> files_of(const Database &database) {
+  std::array<AwaitedFile, 3> files;
+  if (database.resolver != nullptr) files[0] = {database.resolver->process.output, POLLIN, 0};
+  for (const auto &[connection, file] :
+       {std::pair{&database.rows, &files[1]}, {&database.changes, &files[2]}}) {
+    if (connection->context == nullptr) continue;
+    const pollfd socket = socket_of(*connection);
+    *file = {socket.fd, socket.events, connection->id};
   }
+  return files;
 }
 
 bool settle(Database &database, TimePoint now) {

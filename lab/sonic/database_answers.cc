@@ -41,11 +41,32 @@ void take_row(Database &database, const Asked &asked, const redisReply &reply, T
   keep_errors(database.snapshot.errors, asked.row, std::move(read.errors), limits);
   count_memory(database.memory, database.snapshot.rows, asked.row, read.row, limits);
   if (read.row) database.snapshot.errors.erase("");  // no longer empty
+  const bool was_there = find_row(database.snapshot.rows, asked.row) != nullptr;
+  if (database.keys) *database.keys += int{read.row.has_value()} - int{was_there};
   change_row(database.snapshot, asked.row, std::move(read.row));
   if (--database.settling == 0 && database.changes.context != nullptr) {
     // Whatever changed before these rows were read is notified before this is answered.
     send_request(database.changes, now, {Ask::fence, ""}, {"PING"});
     database.settling = 1;
+  }
+}
+
+// All rows are read again where keys came or went without a notification.
+void take_size(Database &database, const redisReply &reply, TimePoint now) {
+  if (reply.type == REDIS_REPLY_ERROR) {  // it is not allowed
+    database.answers_size = false;
+    return;
+  }
+  if (reply.type != REDIS_REPLY_INTEGER) {
+    refuse_answer("an answer to DBSIZE that is not a number");
+  }
+  const bool is_settled = database.changed.empty() && database.settling == 0 && !database.reading;
+  if (!database.keys || !is_settled) {
+    database.keys = reply.integer;
+  } else if (*database.keys != reply.integer) {
+    database.read_next = now;
+  } else {
+    database.snapshot.checked = now;
   }
 }
 
@@ -96,11 +117,12 @@ void take_answer(Database &database, const redisReply &reply, TimePoint now) {
   const std::string error(reply.type == REDIS_REPLY_ERROR ? text_of(reply) : "");
   const bool is_row = asked.what == Ask::row || asked.what == Ask::changed_row;
   if (!error.empty() && !(is_row && error.starts_with("WRONGTYPE")) &&
-      !(asked.what == Ask::config && !error.starts_with("LOADING"))) {
+      !((asked.what == Ask::config || asked.what == Ask::size) && !error.starts_with("LOADING"))) {
     refuse(asked, error, database.limits);
   }
   if (asked.what == Ask::config) take_config(database, reply);
   if (asked.what == Ask::scan) take_keys(database, reply, now);
+  if (asked.what == Ask::size) take_size(database, reply, now);
   if (is_row) take_row(database, asked, reply, now);
 }
 

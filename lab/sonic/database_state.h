@@ -1,6 +1,7 @@
 // What the files of the database reader share: its state, and what is asked and answered.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,7 +15,7 @@ namespace lab {
 
 struct Database {
   Source source;
-  Clock::duration interval{};
+  ReadIntervals intervals;
   ReadLimits limits;
   std::array<int, 2> sockets = {-1, -1};  // adopted ones, in place of a source
   Snapshot snapshot;
@@ -26,6 +27,10 @@ struct Database {
   Connection rows;
   Connection changes;   // without a context: the server lets nobody subscribe
   bool silent = false;  // the server does not say whether it notifies
+
+  // Keys of all tables, by DBSIZE, corrected by the rows that came and went since.
+  std::optional<int64_t> keys;
+  bool answers_size = true;
 
   std::optional<Reading> reading;
   bool read_once = false;

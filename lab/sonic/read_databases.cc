@@ -2,42 +2,35 @@
 
 #include <algorithm>
 
-#include "sonic/database.h"
-#include "text/wait.h"
+#include "sonic/feed.h"
 
 namespace lab {
 
+ReadDatabase take_reading(Snapshot &snapshot) {
+  ReadDatabase read{.rows = std::move(snapshot.rows), .errors = {}, .lost = snapshot.reason};
+  for (const auto &[row, errors] : snapshot.errors) {
+    read.errors.insert(read.errors.end(), errors.begin(), errors.end());
+  }
+  return read;
+}
+
 std::vector<ReadDatabase> read_databases(const std::vector<Source> &sources,
                                          const ReadLimits &limits) {
-  std::vector<OpenDatabase> databases;
+  if (sources.empty()) return {};
+  Loop loop;
+  Admission admission(loop);
+  std::deque<DatabaseFeed> feeds;
+  const auto is_opening = [](const DatabaseFeed &feed) {
+    return snapshot(*feed.database).state == SourceState::opening;
+  };
   for (const Source &source : sources) {
-    databases.push_back(open_database(source, limits.reading_time, Clock::now(), limits));
+    feeds.emplace_back(admission, source, ReadIntervals{}, limits, [&] {
+      if (std::none_of(feeds.begin(), feeds.end(), is_opening)) loop.stop();
+    });
   }
-  while (true) {
-    std::vector<pollfd> sockets;
-    TimePoint until = TimePoint::max();
-    bool is_opening = false;
-    for (const OpenDatabase &database : databases) {
-      if (snapshot(*database).state != SourceState::opening) continue;
-      step(*database, Clock::now());
-      if (snapshot(*database).state != SourceState::opening) continue;
-      is_opening = true;
-      add_sockets(*database, sockets);
-      until = std::min(until, due(*database));
-    }
-    if (!is_opening) break;
-    wait(sockets, until);
-  }
+  loop.run();
   std::vector<ReadDatabase> all;
-  for (const OpenDatabase &database : databases) {
-    Snapshot &is = snapshot(*database);
-    ReadDatabase &read = all.emplace_back();
-    read.rows = std::move(is.rows);
-    read.lost = std::move(is.reason);
-    for (const auto &[row, errors] : is.errors) {
-      read.errors.insert(read.errors.end(), errors.begin(), errors.end());
-    }
-  }
+  for (DatabaseFeed &feed : feeds) all.push_back(take_reading(snapshot(*feed.database)));
   return all;
 }
 

@@ -6,6 +6,7 @@
 
 #include "sonic/limits.h"
 #include "sonic/rows.h"
+#include "sonic/snapshot.h"
 #include "sonic/source.h"
 
 namespace lab {
@@ -16,6 +17,9 @@ struct ReadDatabase {
   InputErrors errors;
   std::string lost;
 };
+
+// What a database has that has been read, or is lost.
+ReadDatabase take_reading(Snapshot &snapshot);
 
 // Of each source, in their order. Waits until all have been read, or their time is up. Throws
 // Interrupted.

@@ -68,10 +68,10 @@ struct SettingsReader : RowsReader {
         if (boolean("STP_PORT", key, fields, field)) port.flags.insert(field);
       }
       for (const auto &[field, written] : fields) {
-        const std::string all = joined(written);
+        const std::string text = joined(written);
         // What is not set is so, or off.
-        const bool is_usual = all == (field == "link_type" ? "auto" : "false");
-        if (find_field("STP_PORT", field) == nullptr && !is_usual) port.uncovered[field] = all;
+        const bool is_usual = text == (field == "link_type" ? "auto" : "false");
+        if (find_field("STP_PORT", field) == nullptr && !is_usual) port.uncovered[field] = text;
       }
       read[key] = port;
     }

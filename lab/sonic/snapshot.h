@@ -25,7 +25,7 @@ struct Snapshot {
   TimePoint checked;           // when all of it was last read
 
   Rows rows;
-  std::optional<Settings> settings;           // of a source without rows
+  std::string state_text;                     // of a state file, which has no rows
   std::map<std::string, InputErrors> errors;  // of reading, by row; "": the whole source
 
   // Rows that changed, "TABLE|key", as they were when this was last emptied; "": the whole source.

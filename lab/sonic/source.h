@@ -19,6 +19,8 @@ struct Source {
   uint32_t database = 4;
   std::string user;  // empty: the server's default one
   std::string password;
+
+  bool operator==(const Source &) const = default;
 };
 
 struct ParsedSource {

@@ -6,7 +6,7 @@
 namespace lab {
 namespace {
 
-constexpr uint32_t flag = 1;
+constexpr uint32_t array_flag = 1;
 
 }  // namespace
 
@@ -18,7 +18,7 @@ Bytes build_array(const std::vector<Entry> &entries) {
   Bytes array(size);
   for (const Entry &entry : entries) {
     tlv_aligned_array_add_tlv(array.data(), size, entry.type, uint16_t(entry.value.size()),
-                              entry.value.data(), flag);
+                              entry.value.data(), array_flag);
   }
   return array;
 }
@@ -27,11 +27,12 @@ std::vector<Entry> entries_of(const Bytes &array) {
   std::vector<Entry> entries;
   if (array.empty()) return entries;
   uint32_t cursor = 0;
-  for (uint32_t left = tlv_aligned_array_get_num_tlvs(array.data(), flag); left > 0; --left) {
+  for (uint32_t left = tlv_aligned_array_get_num_tlvs(array.data(), array_flag); left > 0; --left) {
     uint16_t type = 0;
     uint16_t length = 0;
     void *value = nullptr;
-    if (tlv_aligned_array_get_next_tlv(array.data(), &type, &length, &value, flag, &cursor) != 0) {
+    if (tlv_aligned_array_get_next_tlv(array.data(), &type, &length, &value, array_flag, &cursor) !=
+        0) {
       break;
     }
     const auto *bytes = static_cast<const uint8_t *>(value);

@@ -27,8 +27,7 @@ SideReport report_side(const Side &side) {
 }
 
 // The switches of a pair, set up with their settings, check everything.
-std::vector<ScopeReport> check_pair(const PairOfSettings &settings) {
-  Pair pair;
+std::vector<ScopeReport> check_pair(Pair &pair, const PairOfSettings &settings) {
   Requests set_up;
   for (std::size_t i = 0; i < settings.size(); ++i) set_up[i] = Request{false, SetUp{*settings[i]}};
   ask(pair, set_up);
@@ -100,7 +99,7 @@ PairOfSettings settings_of(const Sides &sides) {
   return {&sides[0].settings, &sides[1].settings};
 }
 
-Comparison compare(const Sides &sides, const CompareOptions &options) {
+Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options) {
   const PairOfSettings settings = settings_of(sides);
   Comparison comparison;
   PairReport &report = comparison.report;
@@ -117,7 +116,7 @@ Comparison compare(const Sides &sides, const CompareOptions &options) {
     report.notes.push_back({.note = std::move(note)});
   }
   if (settings[0]->spanning_tree && settings[1]->spanning_tree) {
-    report.checks = check_pair(settings);
+    report.checks = check_pair(pair, settings);
     report.incomplete = find_incomplete(report, settings);
     for (ScopeReport &scope : report.checks) {
       add_digests(scope);

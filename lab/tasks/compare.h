@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "pair/pair.h"
 #include "report/acceptance.h"
 #include "report/pair.h"
 #include "tasks/side.h"
@@ -27,8 +28,8 @@ struct Comparison {
   std::vector<bool> matched;  // which entries of accepted differences match
 };
 
-// Throws SwitchFailed and Interrupted.
-Comparison compare(const Sides &sides, const CompareOptions &options);
+// The switches may have been set up before. Throws SwitchFailed and Interrupted.
+Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options);
 
 struct Patches {
   std::array<Patch, 2> of_side;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "switch/names.h"
+
 namespace lab {
 namespace {
 
@@ -34,7 +36,7 @@ std::vector<RowChange> find_changed_rows(const PairState &state, std::size_t sid
                     .before = before,
                     .after = std::move(after)});
   }
-  const auto &known = state.states[side].reading;
+  const auto &known = state.sides[side].reading;
   for (const auto &[these, others] :
        {std::pair{&known, &snapshot.errors}, {&snapshot.errors, &known}}) {
     for (const auto &[name, errors] : *these) {
@@ -45,69 +47,6 @@ std::vector<RowChange> find_changed_rows(const PairState &state, std::size_t sid
     }
   }
   return rows;
-}
-
-// --- the two sides ---
-
-// The settings of a side from its snapshot; its errors.
-InputErrors read_snapshot(Side &side, SideState &state, const Snapshot &snapshot) {
-  InputErrors reading;
-  for (const auto &[row, errors] : snapshot.errors) {
-    reading.insert(reading.end(), errors.begin(), errors.end());
-  }
-  state.reading = snapshot.errors;
-  if (snapshot.settings) {
-    side.settings = *snapshot.settings;
-    return reading;
-  }
-  // All that is wrong with a file, with its rows too, is known from its reading.
-  if (snapshot.errors.contains("")) return reading;
-  ReadSettings read = settings_of(snapshot.rows, reading);
-  side.settings = std::move(read.settings);
-  return std::move(read.errors);
-}
-
-// The comparison borrows the rows of the snapshots.
-PairReport compare_snapshots(PairState &state, const SnapshotPair &snapshots) {
-  for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    state.sides[i].rows.reset();
-    if (!snapshots[i]->settings) state.sides[i].rows = std::move(snapshots[i]->rows);
-  }
-  PairReport report = compare(state.sides, state.options).report;
-  for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    if (state.sides[i].rows) snapshots[i]->rows = std::move(*state.sides[i].rows);
-    state.sides[i].rows.reset();
-  }
-  return report;
-}
-
-// What is new on either side.
-struct News {
-  std::array<std::vector<RowChange>, 2> rows;
-  std::array<bool, 2> has_connected = {};
-  std::array<bool, 2> has_new_errors = {};
-
-  bool is_empty() const {
-    return rows[0].empty() && rows[1].empty() && !has_connected[0] && !has_connected[1] &&
-           !has_new_errors[0] && !has_new_errors[1];
-  }
-};
-
-News take_news(PairState &state, const SnapshotPair &snapshots) {
-  News news;
-  for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    SideState &side = state.states[i];
-    if (snapshots[i]->state != SourceState::here) continue;
-    news.has_connected[i] = !side.connected;
-    if (side.connected) news.rows[i] = find_changed_rows(state, i, *snapshots[i]);
-    snapshots[i]->before.clear();
-    if (side.connected && news.rows[i].empty() && side.reading == snapshots[i]->errors) continue;
-    InputErrors errors = read_snapshot(state.sides[i], side, *snapshots[i]);
-    side.connected = true;
-    news.has_new_errors[i] = !errors.empty() && errors != side.errors;
-    side.errors = std::move(errors);
-  }
-  return news;
 }
 
 // --- checks ---
@@ -141,11 +80,11 @@ void set_comparison(Event &event, const PairState &state, const SnapshotPair &sn
 }
 
 std::vector<Event> report_connections(PairState &state, const SnapshotPair &snapshots,
-                                      const News &news, bool is_compared) {
+                                      const PairNews &news, bool is_compared) {
   std::vector<Event> events;
   for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    if (!news.has_connected[i] || !state.states[i].disconnected) continue;
-    state.states[i].disconnected = false;
+    if (!news[i] || !news[i]->has_connected || !state.sides[i].disconnected) continue;
+    state.sides[i].disconnected = false;
     Event event = make_event(Event::Kind::connected, state);
     event.side = i;
     set_comparison(event, state, snapshots, is_compared);
@@ -181,49 +120,74 @@ void add_note_event(const PairReport &before, const PairState &state, std::vecto
 
 }  // namespace
 
-PairState make_pair_state(const std::array<std::string, 2> &sources,
-                          const CompareOptions &options) {
-  PairState state;
-  state.options = options;
-  for (std::size_t i = 0; i < sources.size(); ++i) state.sides[i].source = sources[i];
-  return state;
+SideNews take_news(PairState &state, std::size_t side, Snapshot &snapshot) {
+  SideState &known = state.sides[side];
+  SideNews news{.has_connected = !known.connected,
+                .has_new_reading = known.reading != snapshot.errors,
+                .rows = {},
+                .losses = known.losses};
+  if (known.connected) news.rows = find_changed_rows(state, side, snapshot);
+  snapshot.before.clear();
+  known.reading = snapshot.errors;
+  return news;
 }
 
 std::vector<Event> report_disconnections(PairState &state, const SnapshotPair &snapshots) {
   std::vector<Event> events;
   for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    SideState &side = state.states[i];
+    SideState &side = state.sides[i];
     if (snapshots[i]->state != SourceState::lost || side.disconnected) continue;
-    side = SideState{};
-    side.disconnected = true;
+    side = {.source = side.source,
+            .disconnected = true,
+            .reading = {},
+            .errors = {},
+            .losses = side.losses + 1};
     state.outcome.reset();
+    state.problem = std::string(switch_names[i]) + " is disconnected: " + snapshots[i]->reason;
     Event event = make_event(Event::Kind::disconnected, state);
     event.side = i;
-    event.source = state.sides[i].source;
+    event.source = side.source;
     event.reason = snapshots[i]->reason;
     events.push_back(std::move(event));
   }
   return events;
 }
 
-std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshots) {
-  News news = take_news(state, snapshots);
-  if (news.is_empty()) return {};
+std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshots, PairNews news,
+                                  CompareAnswer answer) {
+  bool is_new = false;
+  bool is_compared = answer.comparison.has_value();
+  for (std::size_t i = 0; i < news.size(); ++i) {
+    SideState &side = state.sides[i];
+    // The source may have been lost since.
+    if (news[i] && news[i]->losses != side.losses) news[i].reset();
+    is_compared = is_compared && news[i];
+    if (!news[i]) continue;
+    side.connected = true;
+    news[i]->has_new_errors = !answer.errors[i].empty() && answer.errors[i] != side.errors;
+    side.errors = std::move(answer.errors[i]);
+    is_new = is_new || !news[i]->is_empty();
+  }
+  if (!is_new) return {};
 
+  for (std::size_t i = news.size(); i-- > 0;) {
+    if (state.sides[i].errors.empty()) continue;
+    const InputError &error = state.sides[i].errors.front();
+    state.problem = std::string(switch_names[i]) + ": " + place_of(error) + " " + text_of(error);
+  }
   const auto before = state.comparison;
   const auto outcome_before = std::exchange(state.outcome, std::nullopt);
-  const bool is_compared =
-      std::all_of(state.states.begin(), state.states.end(),
-                  [](const SideState &side) { return side.connected && side.errors.empty(); });
   if (is_compared) {
-    state.comparison = std::make_shared<const PairReport>(compare_snapshots(state, snapshots));
+    state.comparison = std::make_shared<const PairReport>(std::move(answer.comparison->report));
     state.outcome = find_verdict(*state.comparison).outcome;
+    state.problem.clear();
   }
   std::vector<Event> events = report_connections(state, snapshots, news, is_compared);
   Event changed = make_event(Event::Kind::changed, state);
-  for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    std::vector<RowChange> &rows = news.rows[i];
-    if (!news.has_new_errors[i]) {
+  for (std::size_t i = 0; i < news.size(); ++i) {
+    if (!news[i]) continue;
+    std::vector<RowChange> &rows = news[i]->rows;
+    if (!news[i]->has_new_errors) {
       std::move(rows.begin(), rows.end(), std::back_inserter(changed.rows));
       continue;
     }
@@ -231,7 +195,7 @@ std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshot
     event.side = i;
     event.source = state.sides[i].source;
     event.rows = std::move(rows);
-    event.errors = state.states[i].errors;
+    event.errors = state.sides[i].errors;
     events.push_back(std::move(event));
   }
   if (!changed.rows.empty()) {

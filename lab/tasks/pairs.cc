@@ -1,104 +1,131 @@
 #include "tasks/pairs.h"
 
 #include <algorithm>
-#include <thread>
+#include <list>
+#include <tuple>
 
-#include "report/transport.h"
-#include "tasks/compare.h"
-#include "text/child.h"
-#include "text/wait.h"
+#include "sonic/feed.h"
+#include "sonic/read_databases.h"
+#include "tasks/pool.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {
 
-// Of a comparison, in times of a reading.
-constexpr int readings_of_comparison = 3;
+// Pairs that are compared at once; nearly all may wait for servers that do not answer.
+constexpr std::size_t most_pairs = 256;
 
 // A comparison under way.
-struct PairJob {
-  const PairEntry *pair;
-  TimePoint deadline;
-  ChildProcess process;
+struct PairTask {
+  explicit PairTask(const PairEntry &of) : pair(of) {}
+
+  const PairEntry &pair;
+  std::array<SideJob, 2> sides = {};
+  std::array<InputErrors, 2> errors = {};  // of a source that cannot be read
+  std::array<std::optional<DatabaseFeed>, 2> feeds = {};
 };
 
-// The passwords of the environment are for two servers, and a list may name any: none is sent.
-PairResult compare_entry(const PairEntry &pair, CompareOptions options, const ReadLimits &limits) {
-  PairResult result{.name = pair.name, .errors = {}, .report = {}, .matched = {}};
-  std::vector<ReadSide> both =
-      read_sides({{pair.sources[0], {}, pair.name_space}, {pair.sources[1], {}, pair.name_space}},
-                 Format::by_content, limits);
-  Sides sides;
-  for (std::size_t i = 0; i < sides.size(); ++i) {
-    ReadSide &read = both[i];
-    if (!read.errors.empty()) result.errors.push_back({read.side.source, std::move(read.errors)});
-    sides[i] = std::move(read.side);
+struct PairsRun {
+  const std::vector<PairEntry> &pairs;
+  const Credentials &credentials;
+  const CompareOptions &options;
+  const ReadLimits &limits;
+  const std::function<void(const PairResult &)> &listener;
+  std::size_t begun = 0;
+  Loop loop = {};
+  Admission admission{loop};
+  Pool pool{loop, limits, options.accept};
+  std::list<PairTask> tasks = {};
+};
+
+void begin_pairs(PairsRun &run);
+
+void report(PairsRun &run, std::list<PairTask>::iterator task, CompareAnswer answer) {
+  PairResult result{.name = task->pair.name, .errors = {}, .report = {}, .matched = {}};
+  if (!answer.problem.empty()) {
+    InputError error;
+    error.found = answer.problem;
+    result.errors.push_back({task->pair.name, {error}});
   }
-  if (!result.errors.empty()) return result;
-  options.name = pair.name;
-  Comparison comparison = compare(sides, options);
-  result.report = std::move(comparison.report);
-  result.matched = std::move(comparison.matched);
-  return result;
+  for (std::size_t i = 0; i < task->sides.size(); ++i) {
+    InputErrors &errors = task->errors[i].empty() ? answer.errors[i] : task->errors[i];
+    if (!errors.empty()) result.errors.push_back({task->sides[i].source, std::move(errors)});
+  }
+  if (answer.comparison) {
+    result.report = std::move(answer.comparison->report);
+    result.matched = std::move(answer.comparison->matched);
+  }
+  run.tasks.erase(task);
+  run.listener(result);
+  begin_pairs(run);
 }
 
-PairResult make_failure(const PairEntry &pair, const std::string &problem) {
-  InputError error;
-  error.found = problem;
-  return {.name = pair.name, .errors = {{pair.name, {error}}}, .report = {}, .matched = {}};
-}
-
-PairResult compare_or_fail(const PairEntry &pair, const CompareOptions &options,
-                           const ReadLimits &limits) {
-  try {
-    return compare_entry(pair, options, limits);
-  } catch (const std::bad_alloc &) {
-    return make_failure(pair, "there is not enough memory");
-  } catch (const std::exception &problem) {
-    return make_failure(pair, printable(problem.what()));
-  }
-}
-
-// Take the results of the comparisons that have ended, or whose time is up.
-void take_results(std::vector<PairJob> &jobs, const ReadLimits &limits,
-                  const std::function<void(const PairResult &)> &listener) {
-  std::vector<pollfd> ready;
-  TimePoint until = TimePoint::max();
-  for (const PairJob &job : jobs) {
-    ready.push_back({job.process.output, POLLIN, 0});
-    until = std::min(until, job.deadline);
-  }
-  wait(ready, until);
-  for (std::size_t i = jobs.size(); i-- > 0;) {
-    PairJob &job = jobs[i];
-    if (ready[i].revents != 0 && read_output(job.process)) {
-      const auto result = decode_result(job.process.text);
-      listener(result ? *result : make_failure(*job.pair, "the comparison died"));
-    } else if (Clock::now() >= job.deadline) {
-      const auto time = readings_of_comparison * limits.reading_time;
-      listener(make_failure(*job.pair, "the comparison did not end within " + seconds_text(time)));
-    } else {
-      continue;
+// Both sides are read, or cannot be.
+void compare(PairsRun &run, std::list<PairTask>::iterator task) {
+  const auto make = [&run, task]() -> std::optional<CompareJob> {
+    CompareJob job{.sides = {}, .options = run.options};
+    job.options.name = task->pair.name;
+    for (std::size_t i = 0; i < job.sides.size(); ++i) {
+      if (task->errors[i].empty()) job.sides[i] = task->sides[i];
     }
-    jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(i));
+    return job;
+  };
+  run.pool.add(
+      {make, [&run, task](CompareAnswer answer) { report(run, task, std::move(answer)); }});
+}
+
+// A database has taken a step.
+void take_rows(PairsRun &run, std::list<PairTask>::iterator task, std::size_t side) {
+  Snapshot &contents = snapshot(*task->feeds[side]->database);
+  if (contents.state == SourceState::opening || task->sides[side].rows) return;
+  ReadDatabase read = take_reading(contents);
+  task->sides[side].rows = std::move(read.rows);
+  task->sides[side].errors = std::move(read.errors);
+  if (!read.lost.empty()) {
+    task->errors[side] = {{0, 0, "", read.lost, "a configuration database"}};
   }
+  for (std::size_t i = 0; i < task->feeds.size(); ++i) {
+    if (task->feeds[i] && !task->sides[i].rows) return;
+  }
+  compare(run, task);
+}
+
+// The passwords of the environment are for two servers, and a list may name any: none is sent.
+void begin(PairsRun &run, const PairEntry &pair) {
+  const auto task = run.tasks.emplace(run.tasks.end(), pair);
+  for (std::size_t i = 0; i < task->sides.size(); ++i) {
+    ParsedSource parsed = parse_source(pair.sources[i], {});
+    SideJob &side = task->sides[i];
+    side.source = printable(parsed.source.shown);
+    task->errors[i] = std::move(parsed.errors);
+    if (!task->errors[i].empty()) continue;
+    if (parsed.source.kind == Source::Kind::file) {
+      std::tie(side.path, side.name_space) = split_namespace(parsed.source.place, pair.name_space);
+    } else {
+      apply_credentials(run.credentials, parsed.source);
+      task->feeds[i].emplace(run.admission, parsed.source, ReadIntervals{}, run.limits,
+                             [&run, task, i] { take_rows(run, task, i); });
+    }
+  }
+  if (!task->feeds[0] && !task->feeds[1]) compare(run, task);
+}
+
+void begin_pairs(PairsRun &run) {
+  while (run.begun < run.pairs.size() && run.tasks.size() < most_pairs) {
+    begin(run, run.pairs[run.begun++]);
+  }
+  if (run.tasks.empty()) run.loop.stop();
 }
 
 }  // namespace
 
-void compare_all(const std::vector<PairEntry> &pairs, const CompareOptions &options,
-                 const ReadLimits &limits,
+void compare_all(const std::vector<PairEntry> &pairs, const Credentials &credentials,
+                 const CompareOptions &options, const ReadLimits &limits,
                  const std::function<void(const PairResult &)> &listener) {
-  const std::size_t at_once = std::max(1U, std::thread::hardware_concurrency());
-  std::vector<PairJob> jobs;
-  for (auto next = pairs.begin(); next != pairs.end() || !jobs.empty();) {
-    for (; next != pairs.end() && jobs.size() < at_once; ++next) {
-      const PairEntry &pair = *next;
-      jobs.push_back(
-          {&pair, Clock::now() + readings_of_comparison * limits.reading_time,
-           start_writer([&] { return encode_result(compare_or_fail(pair, options, limits)); })});
-    }
-    take_results(jobs, limits, listener);
-  }
+  raise_file_limit();
+  PairsRun run{pairs, credentials, options, limits, listener};
+  begin_pairs(run);
+  run.loop.run();
 }
 
 }  // namespace lab

@@ -1,4 +1,4 @@
-// Comparisons of many pairs: a process for each, as many at a time as there are processors.
+// Comparisons of many pairs.
 #pragma once
 
 #include <array>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "report/pairs.h"
+#include "sonic/credentials.h"
 #include "tasks/compare.h"
 
 namespace lab {
@@ -20,7 +21,8 @@ struct PairEntry {
 // Compare all pairs; the listener gets the results in the order in which they are found. A
 // comparison that does not end in three times the time of a reading is given up. Throws
 // Interrupted, and std::system_error where no process can be made.
-void compare_all(const std::vector<PairEntry> &pairs, const CompareOptions &options,
-                 const ReadLimits &limits, const std::function<void(const PairResult &)> &listener);
+void compare_all(const std::vector<PairEntry> &pairs, const Credentials &credentials,
+                 const CompareOptions &options, const ReadLimits &limits,
+                 const std::function<void(const PairResult &)> &listener);
 
 }  // namespace lab

@@ -1,7 +1,11 @@
 #include "tasks/side.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "sonic/read_databases.h"
@@ -11,23 +15,6 @@
 
 namespace lab {
 namespace {
-
-std::optional<std::time_t> find_modified(const std::string &path) {
-  struct stat status {};
-  const bool is_file = stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-  return is_file ? std::optional(status.st_mtime) : std::nullopt;
-}
-
-// "dump.json#asic0" is a namespace of a dump, unless a file has that name.
-std::pair<std::string, std::string> split_namespace(const std::string &path,
-                                                    const std::string &name_space) {
-  const std::size_t mark = path.rfind('#');
-  std::error_code error;
-  if (mark == path.npos || mark == 0 || std::filesystem::exists(path, error)) {
-    return {path, name_space};
-  }
-  return {path.substr(0, mark), path.substr(mark + 1)};
-}
 
 void read_settings_file(const std::string &given, const std::string &name_space, Format format,
                         ReadSide &read) {
@@ -53,6 +40,38 @@ void take_rows(ReadDatabase database, ReadSide &read) {
 }
 
 }  // namespace
+
+std::optional<std::time_t> find_modified(const std::string &path) {
+  struct stat status {};
+  const bool is_file = stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  return is_file ? std::optional(status.st_mtime) : std::nullopt;
+}
+
+std::pair<std::string, std::string> split_namespace(const std::string &path,
+                                                    const std::string &name_space) {
+  const std::size_t mark = path.rfind('#');
+  std::error_code error;
+  if (mark == path.npos || mark == 0 || std::filesystem::exists(path, error)) {
+    return {path, name_space};
+  }
+  return {path.substr(0, mark), path.substr(mark + 1)};
+}
+
+std::string read_regular_file(const std::string &path, std::string &bytes) {
+  const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return std::strerror(errno);
+  struct stat status {};
+  std::string problem;
+  if (fstat(file, &status) != 0) {
+    problem = std::strerror(errno);
+  } else if (!S_ISREG(status.st_mode)) {
+    problem = "this is no regular file";
+  } else {
+    problem = read_all(file, bytes);
+  }
+  close(file);
+  return problem;
+}
 
 ReadText read_text(const std::string &bytes, Format format, const std::string &name_space) {
   ReadText text;

@@ -9,9 +9,15 @@
 #include "sonic/limits.h"
 #include "sonic/rows.h"
 #include "switch/state_reader.h"
-#include "tasks/watched_file.h"
 
 namespace lab {
+
+// What the bytes of a file say.
+struct ReadText {
+  std::optional<Rows> rows;  // of a dump
+  Settings settings;
+  InputErrors errors;  // all of them; with some, the settings are of no use
+};
 
 struct Side {
   std::string source;  // as it is shown: without a password
@@ -25,6 +31,16 @@ enum class Format { by_content, state, dump };
 
 // What the bytes of a file say. `name_space` selects an ASIC in a dump of several.
 ReadText read_text(const std::string &bytes, Format format, const std::string &name_space = "");
+
+// "dump.json#asic0" is a namespace of a dump, unless a file has that name: path and namespace.
+std::pair<std::string, std::string> split_namespace(const std::string &path,
+                                                    const std::string &name_space);
+
+// Of a file; nothing: it is none.
+std::optional<std::time_t> find_modified(const std::string &path);
+
+// Why a file cannot be read, or is no regular one; "": it is read.
+std::string read_regular_file(const std::string &path, std::string &bytes);
 
 struct ReadSide {
   Side side;

@@ -1,218 +1,252 @@
 #include "tasks/watch.h"
 
-#include <fmt/core.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <list>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
-#include <variant>
 
-#include "sonic/database.h"
-#include "tasks/events.h"
+#include "io/program.h"
+#include "output/layout.h"
 #include "text/file.h"
 #include "text/signals.h"
-#include "text/wait.h"
 
 namespace lab {
 namespace {
 
 using namespace std::chrono_literals;
 
-// A burst is compared this long after its last change, and after its first.
-constexpr auto quiet_after = 200ms;
-constexpr auto at_latest = 400ms;
+// Since metrics were written last, when something changes, and when sources are only confirmed.
+constexpr auto metrics_pause = 500ms;
+constexpr auto longest_metrics_pause = 10s;
+// What the process does for sources that do not change grows with their number no further.
+constexpr auto signs_of_life_apart = 5ms;
+constexpr auto readings_apart = 500ms;
 
-using Feed = std::variant<OpenDatabase, WatchedFile>;
-
-Feed open_feed(const Source &source, const WatchOptions &options, TimePoint now) {
-  if (source.kind != Source::Kind::file) {
-    return open_database(source, options.interval, now, options.limits);
-  }
-  WatchedFile file;
-  file.source = source;
-  file.interval = options.interval;
-  file.reader = options.reader;
-  return file;
-}
-
-Snapshot &snapshot_of(Feed &feed) {
-  if (auto *database = std::get_if<OpenDatabase>(&feed)) return snapshot(**database);
-  return std::get<WatchedFile>(feed).snapshot;
-}
-
-void step(Feed &feed, TimePoint now) {
-  if (auto *database = std::get_if<OpenDatabase>(&feed)) return step(**database, now);
-  step(std::get<WatchedFile>(feed), now);
-}
-
-bool settle(Feed &feed, TimePoint now) {
-  if (auto *database = std::get_if<OpenDatabase>(&feed)) return settle(**database, now);
-  return settle(std::get<WatchedFile>(feed), now);
-}
-
-TimePoint due(const Feed &feed) {
-  if (const auto *database = std::get_if<OpenDatabase>(&feed)) return due(**database);
-  return std::get<WatchedFile>(feed).look_next;
-}
-
-// When what has changed is to be compared.
-TimePoint due(const Snapshot &snapshot) {
-  if (!snapshot.first_change) return TimePoint::max();
-  return std::min(*snapshot.last_change + quiet_after, *snapshot.first_change + at_latest);
+ReadIntervals find_intervals(Clock::duration interval, std::size_t pairs) {
+  const auto sources = static_cast<int64_t>(2 * pairs);
+  ReadIntervals intervals;
+  intervals.unnotified = interval;
+  intervals.sign_of_life = std::clamp<Clock::duration>(sources * signs_of_life_apart, 1s, 10s);
+  intervals.notified = std::max<Clock::duration>(sources * readings_apart, 10s);
+  return intervals;
 }
 
 struct Watch {
   const WatchOptions &options;
-  const Listener &listener;
-  std::array<Feed, 2> feeds;
-  SnapshotPair snapshot{};
-  PairState state = {};
-  bool settling = false;
-  bool opened = false;  // each source has been reached once, or has not
+  Loop loop = {};
+  Admission admission{loop};
+  Pool pool;
+  WatchContext context;
+  std::list<PairWatch> pairs = {};
   std::optional<int> status = {};
-
-  std::array<TimePoint, 2> checked{};
-  std::chrono::system_clock::time_point compared = {};
+  Timer end_timer;
+  Timer metrics_timer;
+  Timer summary_timer;
+  TimePoint metrics_written = {};
+  TimePoint metrics_due = TimePoint::max();
   std::string metrics_problem = {};
+  std::optional<FileWatch> output = {};
+  std::optional<SignalWatch> hang_up = {};
+  std::optional<SignalWatch> summary_signal = {};
+  std::optional<HttpServer> server = {};
+  std::optional<ChangeProgram> program = {};
+
+  Watch(const std::vector<WatchEntry> &entries, const WatchOptions &options);
 };
 
-// What is wrong, "" when it is written, or need not be.
-std::string write_metrics(const Watch &watch) {
-  if (!watch.options.write_metrics) return "";
-  PairStatus status{.sources = {watch.state.sides[0].source, watch.state.sides[1].source},
-                    .outcome = watch.state.outcome,
-                    .comparison = watch.state.comparison,
-                    .compared = watch.compared};
-  for (std::size_t i = 0; i < status.connected.size(); ++i) {
-    status.connected[i] = watch.snapshot[i]->state == SourceState::here;
-  }
-  return watch.options.write_metrics(status);
+void end(Watch &watch, int status) {
+  if (!watch.status) watch.status = status;
+  watch.loop.stop();
+}
+
+// As nobody reads, or a signal asks for it.
+void leave(Watch &watch) {
+  end(watch, watch.options.once_agreed ? 1 : 0);
+}
+
+FleetStatus find_fleet_status(const Watch &watch) {
+  FleetStatus fleet;
+  for (const PairWatch &pair : watch.pairs) fleet.push_back(pair.status());
+  return fleet;
+}
+
+// --- metrics ---
+
+std::string write_metrics(Watch &watch, const FleetStatus &fleet) {
+  watch.metrics_written = Clock::now();
+  watch.metrics_due = TimePoint::max();
+  return watch.options.write_metrics ? watch.options.write_metrics(fleet) : "";
 }
 
 // A disk that is full now is no reason to end the watch; it is reported once.
 void update_metrics(Watch &watch) {
-  const std::string problem = write_metrics(watch);
-  if (!problem.empty() && problem != watch.metrics_problem) fmt::print(stderr, "{}\n", problem);
+  const std::string problem = write_metrics(watch, find_fleet_status(watch));
+  if (!problem.empty() && problem != watch.metrics_problem) watch.options.print_problem(problem);
   watch.metrics_problem = problem;
 }
 
-// Nobody looks at the pair any more.
-void leave(Watch &watch) {
-  for (Snapshot *snapshot : watch.snapshot) snapshot->state = SourceState::lost;
-  watch.state.outcome.reset();
-  update_metrics(watch);
+void plan_metrics(Watch &watch, bool is_change) {
+  const auto pause = is_change ? Clock::duration(metrics_pause) : longest_metrics_pause;
+  const TimePoint due = std::max(watch.metrics_written + pause, Clock::now());
+  if (!watch.options.write_metrics || due >= watch.metrics_due) return;
+  watch.metrics_due = due;
+  watch.metrics_timer.set(due);
 }
 
-// What is reported, and what follows from it for the watch.
-void hear(Watch &watch, const std::vector<Event> &events, bool is_wrong) {
-  // A verdict holds as long as everything that is read says the same.
-  std::array<TimePoint, 2> checked{};
-  for (std::size_t i = 0; i < checked.size(); ++i) checked[i] = watch.snapshot[i]->checked;
-  const bool confirmed = std::exchange(watch.checked, checked) != checked;
-  if (watch.state.outcome && (confirmed || !events.empty())) {
-    watch.compared = std::chrono::system_clock::now();
+// Nobody looks at the pairs any more.
+void mark_unwatched(Watch &watch) {
+  FleetStatus fleet = find_fleet_status(watch);
+  for (PairStatus &pair : fleet) {
+    pair.outcome.reset();
+    pair.problem = "it is not watched any more";
+    pair.connected = {};
   }
-  if (confirmed || !events.empty()) update_metrics(watch);
-  for (const Event &event : events) {
-    if (!watch.listener(event, is_wrong)) watch.status = watch.options.once_agreed ? 1 : 0;
+  write_metrics(watch, fleet);
+}
+
+// --- events ---
+
+void report(Watch &watch, const Event &event, bool is_wrong) {
+  if (!is_wrong && watch.options.is_left_out(event)) return;
+  if (watch.program) watch.program->run(event.pair, watch.options.format(event));
+  if (!watch.options.listener(event, is_wrong)) leave(watch);
+}
+
+// What has been reported of a pair, and what follows from it for the watch.
+void hear(Watch &watch, PairWatch &pair, std::vector<Event> events) {
+  std::array<TimePoint, 2> checked{};
+  for (std::size_t i = 0; i < checked.size(); ++i) checked[i] = pair.find_checked(i);
+  // A verdict holds as long as everything that is read says the same.
+  const bool is_confirmed = std::exchange(pair.checked, checked) != checked;
+  if (pair.state.outcome && (is_confirmed || !events.empty())) {
+    pair.confirmed = std::chrono::system_clock::now();
+  }
+  if (is_confirmed || !events.empty()) plan_metrics(watch, !events.empty());
+  const bool is_first = pair.is_open && !std::exchange(pair.has_started, pair.is_open);
+  const bool is_wrong = is_first && pair.entry.name.empty() && pair.starts_wrong();
+  for (Event &event : events) {
+    event.pair = pair.entry.name;
+    event.changes_outcome = std::exchange(pair.reported, event.outcome) != event.outcome;
+    if (event.changes_outcome || pair.changed == decltype(pair.changed){}) {
+      pair.changed = event.time;
+    }
+    report(watch, event, is_wrong);
     if (watch.status) return;
   }
-  if (watch.options.once_agreed && watch.state.outcome == Outcome::agree) watch.status = 0;
+  if (is_wrong) end(watch, 2);
+  if (!watch.options.once_agreed) return;
+  if (std::all_of(watch.pairs.begin(), watch.pairs.end(),
+                  [](const PairWatch &each) { return each.state.outcome == Outcome::agree; })) {
+    end(watch, 0);
+  }
 }
 
-// At the start a source that says something wrong, is not let in, or is no file ends the watch.
-bool starts_wrong(const Watch &watch) {
-  for (std::size_t i = 0; i < watch.snapshot.size(); ++i) {
-    const Snapshot &snapshot = *watch.snapshot[i];
-    const bool is_file = std::holds_alternative<WatchedFile>(watch.feeds[i]);
-    if (snapshot.state == SourceState::lost && (snapshot.refused || is_file)) return true;
-    if (!watch.state.states[i].errors.empty()) return true;
-  }
-  return false;
+void summarize_pairs(Watch &watch) {
+  Event event;
+  event.kind = Event::Kind::summary;
+  event.time = std::chrono::system_clock::now();
+  event.fleet = find_fleet_status(watch);
+  event.outcome = find_fleet_outcome(event.fleet);
+  report(watch, event, false);
+  if (watch.options.summary) watch.summary_timer.set_after(*watch.options.summary);
 }
 
-void advance(Watch &watch, TimePoint now) {
-  for (std::size_t i = 0; i < watch.feeds.size(); ++i) step(watch.feeds[i], now);
-  if (!watch.opened) {
-    if (std::any_of(watch.snapshot.begin(), watch.snapshot.end(), [](const Snapshot *snapshot) {
-          return snapshot->state == SourceState::opening;
-        })) {
-      return;
+// --- the list ---
+
+// Pairs of the list that are watched already go on.
+void set_pairs(Watch &watch, const std::vector<WatchEntry> &entries) {
+  watch.context.intervals = find_intervals(watch.options.interval, entries.size());
+  std::list<PairWatch> before;
+  before.swap(watch.pairs);
+  for (const WatchEntry &entry : entries) {
+    const auto same = std::find_if(before.begin(), before.end(),
+                                   [&](const PairWatch &pair) { return pair.entry == entry; });
+    if (same != before.end()) {
+      watch.pairs.splice(watch.pairs.end(), before, same);
+    } else {
+      watch.pairs.emplace_back(watch.context, entry);
     }
   }
-  std::vector<Event> events = report_disconnections(watch.state, watch.snapshot);
-  bool is_due = false;
-  for (std::size_t i = 0; i < watch.snapshot.size(); ++i) {
-    const bool is_here = watch.snapshot[i]->state == SourceState::here;
-    is_due =
-        is_due || (is_here && (!watch.state.states[i].connected || due(*watch.snapshot[i]) <= now));
-  }
-  watch.settling = watch.settling || is_due;
-  if (watch.settling) {
-    bool settled = true;
-    for (Feed &feed : watch.feeds) settled = settle(feed, now) && settled;
-    if (settled) {
-      watch.settling = false;
-      for (Event &event : report_disconnections(watch.state, watch.snapshot))
-        events.push_back(std::move(event));
-      for (Event &event : report_changes(watch.state, watch.snapshot))
-        events.push_back(std::move(event));
-    }
-  }
-  const bool is_wrong = !watch.opened && !watch.settling && starts_wrong(watch);
-  watch.opened = watch.opened || !watch.settling;
-  hear(watch, events, is_wrong);
-  if (is_wrong) watch.status = 2;
+  plan_metrics(watch, true);
 }
 
-void wait(Watch &watch, TimePoint until) {
-  // The output is looked at for one thing only: that its reader has gone.
-  std::vector<pollfd> sockets = {{STDOUT_FILENO, 0, 0}};
-  for (const Feed &feed : watch.feeds) {
-    until = std::min(until, due(feed));
-    if (const auto *database = std::get_if<OpenDatabase>(&feed)) add_sockets(**database, sockets);
+void read_pairs_again(Watch &watch) {
+  const auto entries = watch.options.read_pairs();
+  if (entries) set_pairs(watch, *entries);
+}
+
+Watch::Watch(const std::vector<WatchEntry> &entries, const WatchOptions &given)
+    : options(given),
+      pool(loop, given.limits, given.compare.accept),
+      context{loop,
+              admission,
+              pool,
+              given.compare,
+              given.limits,
+              {},
+              [this](PairWatch &pair, std::vector<Event> events) {
+                hear(*this, pair, std::move(events));
+              }},
+      end_timer(loop, [this] { end(*this, 1); }),
+      metrics_timer(loop, [this] { update_metrics(*this); }),
+      summary_timer(loop, [this] { summarize_pairs(*this); }) {
+  set_pairs(*this, entries);
+}
+
+// The output is looked at for one thing only: that its reader has gone. A file has none.
+void watch_output(Watch &watch) {
+  struct stat status {};
+  if (fstat(STDOUT_FILENO, &status) != 0 || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
+    return;
   }
-  for (const Snapshot *snapshot : watch.snapshot) {
-    if (watch.opened && !watch.settling && snapshot->state == SourceState::here) {
-      until = std::min(until, due(*snapshot));
-    }
+  try {
+    watch.output.emplace(watch.loop, STDOUT_FILENO, [&watch] { leave(watch); });
+    watch.output->wait_for(UV_DISCONNECT);
+  } catch (const std::system_error &) {
+    watch.output.reset();  // a device
   }
-  lab::wait(sockets, until);
-  if ((sockets[0].revents & POLLERR) != 0) watch.status = watch.options.once_agreed ? 1 : 0;
 }
 
 }  // namespace
 
-int watch(const std::array<Source, 2> &sources, const WatchOptions &options,
-          const Listener &listener) {
+int watch(const std::vector<WatchEntry> &entries, const WatchOptions &options) {
   std::signal(SIGPIPE, SIG_IGN);
-  const TimePoint started = Clock::now();
-  const TimePoint ends = options.timeout ? started + *options.timeout : TimePoint::max();
-  Watch watch{options,
-              listener,
-              {open_feed(sources[0], options, started), open_feed(sources[1], options, started)}};
-  for (std::size_t i = 0; i < sources.size(); ++i) watch.snapshot[i] = &snapshot_of(watch.feeds[i]);
-  watch.state = make_pair_state({sources[0].shown, sources[1].shown}, options.compare);
-  if (const std::string problem = write_metrics(watch); !problem.empty()) {
+  raise_file_limit();
+  Watch watch(entries, options);
+  if (const std::string problem = write_metrics(watch, find_fleet_status(watch));
+      !problem.empty()) {
     throw std::runtime_error(problem);
   }
+  watch_output(watch);
+  watch.summary_signal.emplace(watch.loop, SIGUSR1, [&watch] { summarize_pairs(watch); });
+  if (options.read_pairs) {
+    watch.hang_up.emplace(watch.loop, SIGHUP, [&watch] { read_pairs_again(watch); });
+  }
+  if (!options.listen.empty()) {
+    watch.server.emplace(watch.loop, options.listen, [&watch](std::string_view target) {
+      return watch.options.answer(target, find_fleet_status(watch),
+                                  std::chrono::system_clock::now());
+    });
+  }
+  if (!options.on_change.empty()) {
+    watch.program.emplace(watch.loop, options.on_change, ProgramLimits{}, options.print_problem);
+  }
+  if (options.timeout) watch.end_timer.set_after(*options.timeout);
+  if (options.summary) watch.summary_timer.set_after(*options.summary);
   try {
-    while (!watch.status) {
-      advance(watch, Clock::now());
-      if (!watch.status && Clock::now() >= ends) watch.status = 1;
-      if (!watch.status) wait(watch, ends);
-    }
+    watch.loop.run();
   } catch (const Interrupted &) {
-    watch.status = options.once_agreed ? 1 : 0;
-  } catch (...) {
     leave(watch);
+  } catch (...) {
+    mark_unwatched(watch);
     throw;
   }
-  if (!(options.once_agreed && watch.status == 0)) leave(watch);
+  if (!(options.once_agreed && watch.status == 0)) mark_unwatched(watch);
   return *watch.status;
 }
 

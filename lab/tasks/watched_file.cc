@@ -1,35 +1,19 @@
 #include "tasks/watched_file.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <tuple>
-
-#include "text/file.h"
+#include <utility>
 
 namespace lab {
 namespace {
 
 using namespace std::chrono_literals;
 
-// A change may leave a file as large and as old as it was; it is read anew after this all the same.
-constexpr auto anew_after = 10s;
+// Two changes within so much time may leave a file as large and as old as it was.
+constexpr auto time_of_a_tick = 1s;
 // Between two looks at a file that is being written.
 constexpr auto next_glance = 50ms;
-
-struct OpenFile {
-  int descriptor;
-
-  explicit OpenFile(const std::string &path)
-      : descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
-  OpenFile(const OpenFile &) = delete;
-  OpenFile &operator=(const OpenFile &) = delete;
-  ~OpenFile() {
-    if (descriptor >= 0) close(descriptor);
-  }
-};
 
 bool is_same(const struct stat &a, const struct stat &b) {
   const auto all_of = [](const struct stat &of) {
@@ -39,87 +23,79 @@ bool is_same(const struct stat &a, const struct stat &b) {
   return all_of(a) == all_of(b);
 }
 
-// What is wrong, "" when the file has been read.
-std::string read_bytes(const std::string &path, std::string &bytes, struct stat &read_as) {
-  const OpenFile file(path);
-  if (file.descriptor < 0 || fstat(file.descriptor, &read_as) != 0) return std::strerror(errno);
-  if (!S_ISREG(read_as.st_mode)) return "this is no regular file";
-  return read_all(file.descriptor, bytes);
-}
-
-void take(WatchedFile &file, ReadText read, TimePoint now) {
-  Snapshot &snapshot = file.snapshot;
-  InputErrors &errors = snapshot.errors[""];
-  bool differs = errors != read.errors;
-  errors = std::move(read.errors);
-  if (!errors.empty() && (!read.rows || read.rows->empty())) {
-    // Its last contents are kept: what it has when it is readable again is compared with them.
-  } else if (!read.rows) {
-    differs = differs || snapshot.settings != read.settings;
-    if (differs) snapshot.before.try_emplace("");
-    snapshot.rows.clear();
-    snapshot.settings = std::move(read.settings);
-  } else {
-    if (snapshot.settings) snapshot.before.try_emplace("");
-    snapshot.settings.reset();
-    for (const std::string &name : differing_rows(snapshot.rows, *read.rows)) {
-      const Row *row = find_row(*read.rows, name);
-      change_row(snapshot, name, row != nullptr ? std::optional<Row>(*row) : std::nullopt);
-      differs = true;
-    }
-  }
-  if (errors.empty()) snapshot.errors.clear();
-  if (differs) notice_change(snapshot, now);
-  snapshot.checked = now;
-}
-
-void read_now(WatchedFile &file, TimePoint now) {
-  std::string bytes;
-  const std::string problem = read_bytes(file.source.place, bytes, file.last_read);
-  file.last_seen = file.last_read;
-  file.changed = false;
-  file.read_next = now + anew_after;
-  if (!problem.empty()) return lose(file.snapshot, problem, false);
-  take(file, file.reader(bytes), now);
-  if (file.snapshot.state == SourceState::here) return;
-  file.snapshot.state = SourceState::here;
-  file.snapshot.reason.clear();
-  file.snapshot.before.clear();
-  file.snapshot.first_change.reset();
+void mark_changed(WatchedFile &file, TimePoint now) {
+  file.is_changed = true;
+  notice_change(file.snapshot, now);
 }
 
 }  // namespace
 
-void step(WatchedFile &file, TimePoint now) {
-  if (now < file.look_next) return;
-  Snapshot &snapshot = file.snapshot;
-  struct stat seen {};
-  if (snapshot.state == SourceState::opening) {
-    read_now(file, now);
-  } else if (stat(file.source.place.c_str(), &seen) != 0) {
-    lose(snapshot, std::strerror(errno), false);
-  } else if (snapshot.state == SourceState::lost) {
-    // Somebody may still be writing it.
-    if (is_same(seen, file.last_seen)) read_now(file, now);
-  } else if (!is_same(seen, file.last_seen)) {
-    file.changed = true;
-    notice_change(snapshot, now);
-  } else if (!file.changed && now >= file.read_next) {
-    read_now(file, now);
-  }
-  const bool stays =
-      snapshot.state == SourceState::here ? !file.changed : is_same(seen, file.last_seen);
-  if (snapshot.state != SourceState::here || file.changed) file.last_seen = seen;
-  file.look_next =
-      now + (stays ? file.interval : std::min<Clock::duration>(file.interval, next_glance));
+WatchedFile::WatchedFile(Loop &loop, std::string given, std::string selected, Clock::duration pause,
+                         Callback callback)
+    : path(std::move(given)),
+      name_space(std::move(selected)),
+      interval(pause),
+      on_look(std::move(callback)),
+      timer(loop, [this] { look(); }) {
+  timer.set(TimePoint{});
 }
 
-bool settle(WatchedFile &file, TimePoint now) {
-  if (file.snapshot.state != SourceState::here) return true;
-  if (file.changed) read_now(file, now);
+void WatchedFile::look() {
+  const TimePoint now = Clock::now();
+  const struct stat before = seen;
+  const SourceState state = snapshot.state;
+  seen = {};
+  if (stat(path.c_str(), &seen) != 0) {
+    if (state != SourceState::lost) lose(snapshot, std::strerror(errno), false);
+  } else if (state == SourceState::opening ||
+             (state == SourceState::lost && is_same(seen, before))) {  // nobody is writing it
+    snapshot = {};
+    snapshot.state = SourceState::here;
+    mark_changed(*this, now);
+  } else if (state == SourceState::here &&
+             (!is_same(seen, before) || (look_again && now >= *look_again))) {
+    look_again.reset();
+    mark_changed(*this, now);
+  }
+  if (state == SourceState::here && !is_changed) snapshot.checked = now;
+  const bool is_stable = is_same(seen, before);
+  timer.set(now + (is_stable ? interval : std::min<Clock::duration>(interval, next_glance)));
+  on_look();
+}
+
+void begin_reading(WatchedFile &file) {
+  file.is_changed = false;
   file.snapshot.first_change.reset();
   file.snapshot.last_change.reset();
-  return true;
+  const auto age = std::chrono::system_clock::now() -
+                   std::chrono::system_clock::from_time_t(file.seen.st_ctim.tv_sec);
+  if (age < 2 * time_of_a_tick) file.look_again = Clock::now() + time_of_a_tick;
+}
+
+void take_contents(WatchedFile &file, FileContents contents, const InputErrors &errors) {
+  Snapshot &snapshot = file.snapshot;
+  if (snapshot.state != SourceState::here) return;
+  if (!contents.lost.empty()) return lose(snapshot, contents.lost, false);
+  snapshot.checked = Clock::now();
+  snapshot.errors.clear();
+  if (!errors.empty()) snapshot.errors[""] = errors;
+  if (!errors.empty() && (!contents.rows || contents.rows->empty())) {
+    // Its last contents are kept: what it has when it is readable again is compared with them.
+    return;
+  }
+  const bool was_state = !snapshot.state_text.empty();
+  if (!contents.rows) {
+    if (snapshot.state_text != contents.state) snapshot.before.try_emplace("");
+    snapshot.rows.clear();
+    snapshot.state_text = std::move(contents.state);
+    return;
+  }
+  if (was_state) snapshot.before.try_emplace("");
+  snapshot.state_text.clear();
+  for (const std::string &name : differing_rows(snapshot.rows, *contents.rows)) {
+    const Row *row = find_row(*contents.rows, name);
+    change_row(snapshot, name, row != nullptr ? std::optional<Row>(*row) : std::nullopt);
+  }
 }
 
 }  // namespace lab

@@ -1,39 +1,38 @@
-// A file beside which the lab stays: looked at again and again, read when it is another one.
+// A file that is looked at again and again.
 #pragma once
 
 #include <sys/stat.h>
 
-#include <functional>
 #include <string>
 
+#include "io/loop.h"
 #include "sonic/snapshot.h"
-#include "sonic/source.h"
+#include "tasks/job.h"
 
 namespace lab {
 
-// What the bytes of a file say.
-struct ReadText {
-  std::optional<Rows> rows;  // of a dump
-  Settings settings;
-  InputErrors errors;  // all of them; with some, the settings are of no use
-};
-
-using TextReader = std::function<ReadText(const std::string &bytes)>;
-
 struct WatchedFile {
-  Source source;
-  Clock::duration interval{};
-  TextReader reader;
+  // `on_look` is called after each look, and must not end the record.
+  WatchedFile(Loop &loop, std::string path, std::string name_space, Clock::duration interval,
+              Callback on_look);
+
+  void look();
+
+  std::string path;
+  std::string name_space;  // of a dump of several ASICs
+  Clock::duration interval;
+  Callback on_look;
+  Timer timer;
   Snapshot snapshot;
-  struct stat last_read {};  // the file when it was read
-  struct stat last_seen {};
-  bool changed = false;  // since it was read
-  TimePoint look_next;
-  TimePoint read_next;
+  bool is_changed = false;              // since it was read
+  std::optional<TimePoint> look_again;  // at its contents, though nothing shows a change
+  struct stat seen {};
 };
 
-// See redis.h, which does the same for databases.
-void step(WatchedFile &file, TimePoint now);
-bool settle(WatchedFile &file, TimePoint now);
+// The file is about to be read.
+void begin_reading(WatchedFile &file);
+
+// It has been read.
+void take_contents(WatchedFile &file, FileContents contents, const InputErrors &errors);
 
 }  // namespace lab

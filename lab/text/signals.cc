@@ -1,7 +1,12 @@
 #include "text/signals.h"
 
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
+
+#include <cstdint>
+#include <system_error>
+#include <utility>
 
 namespace lab {
 namespace {
@@ -12,10 +17,15 @@ constexpr int status_of_interrupted = 2;
 
 volatile std::sig_atomic_t stop_signal = 0;
 
+int signal_file = -1;
+
 void note_signal(int number) {
   // A second signal does not put off the end.
   if (stop_signal == 0) alarm(longest_end);
   stop_signal = number;
+  constexpr uint64_t one = 1;
+  if (signal_file >= 0) [[maybe_unused]]
+    const ssize_t written = write(signal_file, &one, sizeof one);
 }
 
 // Only what a signal handler may call. Standard error can be a pipe that nobody reads, too.
@@ -61,8 +71,17 @@ void leave_signals_to_the_lab() {
   std::signal(SIGALRM, SIG_DFL);
   std::signal(SIGINT, SIG_IGN);
   std::signal(SIGHUP, SIG_IGN);
+  std::signal(SIGUSR1, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);
   std::signal(SIGTERM, SIG_DFL);
   stop_signal = 0;
+  if (signal_file >= 0) close(std::exchange(signal_file, -1));
+}
+
+int stop_signal_file() {
+  if (signal_file < 0) signal_file = eventfd(stop_signal != 0 ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (signal_file < 0) throw std::system_error(errno, std::generic_category(), "no event file");
+  return signal_file;
 }
 
 bool interrupted() {

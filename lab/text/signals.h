@@ -14,6 +14,9 @@ struct Interrupted {};
 void stop_on_signals();
 bool interrupted();
 
+// A file that is ready to be read when a signal has asked the lab to stop. Throws std::system_error.
+int stop_signal_file();
+
 // Of SIGINT, SIGTERM and SIGHUP, those that ask the lab to stop.
 sigset_t stop_signals();
 

@@ -1,0 +1,53 @@
+// Databases in an event loop.
+#pragma once
+
+#include <deque>
+#include <optional>
+
+#include "io/loop.h"
+#include "sonic/database.h"
+
+namespace lab {
+
+struct DatabaseFeed;
+
+// Lets so many databases connect, and be read for the first time, at once.
+struct Admission {
+  explicit Admission(Loop &loop);
+
+  void enter(DatabaseFeed &feed);  // it is started when there is room
+  void leave(DatabaseFeed &feed);
+
+  Loop &loop;
+  Timer timer;
+  std::deque<DatabaseFeed *> waiting;
+  std::size_t inside = 0;
+  TimePoint next;  // the start of the next one
+};
+
+// A database that takes its steps when a file is ready, or it is due.
+struct DatabaseFeed {
+  // `on_step` is called after each step, and must not end the record.
+  DatabaseFeed(Admission &admission, const Source &source, const ReadIntervals &intervals,
+               const ReadLimits &limits, Callback on_step);
+  DatabaseFeed(const DatabaseFeed &) = delete;
+  DatabaseFeed &operator=(const DatabaseFeed &) = delete;
+  ~DatabaseFeed();
+
+  bool settle();  // see database.h
+
+  void step();
+  void wait();  // for what is needed next
+
+  enum class Place { outside, waiting, inside };
+
+  Admission &admission;
+  OpenDatabase database;
+  Callback on_step;
+  Timer timer;
+  std::array<AwaitedFile, 3> files;
+  std::array<std::optional<FileWatch>, 3> watches;
+  Place place = Place::outside;  // of the admission
+};
+
+}  // namespace lab

@@ -1,0 +1,225 @@
+#include "tasks/pool.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "pair/wire.h"
+
+namespace lab {
+
+struct PoolWorker {
+  ChildProcess process = {};
+  int socket = -1;
+  std::optional<FileWatch> watch = {};
+  std::optional<Timer> deadline = {};
+  std::optional<PoolTask> task = {};
+  int attempts = 0;
+  Bytes output = {};  // the frame of the job
+  std::size_t written = 0;
+  Bytes input = {};
+
+  PoolWorker() = default;
+  PoolWorker(const PoolWorker &) = delete;
+  PoolWorker &operator=(const PoolWorker &) = delete;
+  ~PoolWorker() { end(); }
+
+  void end() {
+    watch.reset();
+    process = {};
+    if (socket >= 0) close(std::exchange(socket, -1));
+  }
+};
+
+namespace {
+
+// A process can be killed for something that the job has no part in.
+constexpr int most_attempts = 3;
+// Of a job, in times of a reading.
+constexpr int readings_of_job = 3;
+constexpr std::size_t read_at_once = std::size_t{64} << 10;
+
+CompareAnswer fail(const std::string &problem) {
+  CompareAnswer answer;
+  answer.problem = problem;
+  return answer;
+}
+
+// A switch that died is made anew, and the job done once more.
+CompareAnswer perform_or_fail(const CompareJob &job, const std::vector<AcceptEntry> &accept,
+                              std::unique_ptr<Pair> &pair) {
+  for (int attempt = 1;; ++attempt) {
+    try {
+      if (pair == nullptr) pair = std::make_unique<Pair>();
+      return perform(job, accept, *pair);
+    } catch (const SwitchFailed &failure) {
+      pair.reset();
+      if (attempt == most_attempts) return fail(failure.what());
+    } catch (const std::bad_alloc &) {
+      return fail("there is not enough memory");
+    } catch (const std::exception &problem) {
+      return fail(printable(problem.what()));
+    }
+  }
+}
+
+void serve_jobs(int socket, const std::vector<AcceptEntry> &accept) {
+  std::unique_ptr<Pair> pair;
+  while (const std::optional<Bytes> frame = read_frame(socket)) {
+    const CompareAnswer answer = perform_or_fail(decode_job(*frame), accept, pair);
+    if (!write_frame(socket, encode(answer))) return;
+  }
+}
+
+// Another end of a connection would keep it open. Of other files libuv has some, for its own use.
+void close_other_sockets(int kept) {
+  std::vector<int> sockets;
+  std::error_code error;
+  for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd", error)) {
+    const int file = std::stoi(entry.path().filename().string());
+    struct stat status {};
+    if (file > STDERR_FILENO && file != kept && fstat(file, &status) == 0 &&
+        S_ISSOCK(status.st_mode)) {
+      sockets.push_back(file);
+    }
+  }
+  for (const int file : sockets) close(file);
+}
+
+void start(PoolWorker &worker, const std::vector<AcceptEntry> &accept) {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+    throw std::system_error(errno, std::generic_category(), "no socket for a process");
+  }
+  worker.socket = ends[0];
+  try {
+    worker.process = start_child([&] {
+      close_other_sockets(ends[1]);
+      serve_jobs(ends[1], accept);
+    });
+  } catch (...) {
+    close(ends[1]);
+    throw;
+  }
+  close(ends[1]);
+}
+
+Bytes make_frame(const Bytes &content) {
+  const auto size = static_cast<uint32_t>(content.size());
+  Bytes frame(sizeof size);
+  std::memcpy(frame.data(), &size, sizeof size);
+  frame.insert(frame.end(), content.begin(), content.end());
+  return frame;
+}
+
+bool is_whole(const Bytes &frame) {
+  uint32_t size = 0;
+  if (frame.size() < sizeof size) return false;
+  std::memcpy(&size, frame.data(), sizeof size);
+  return frame.size() - sizeof size >= size;
+}
+
+// The worker is free before the task is done, which may add tasks.
+void finish(Pool &pool, PoolWorker &worker, CompareAnswer answer) {
+  worker.deadline->set(TimePoint::max());
+  worker.output = {};
+  worker.input = {};
+  const auto done = std::move(worker.task->done);
+  worker.task.reset();
+  if (!pool.tasks.empty()) pool.timer.set(TimePoint{});
+  done(std::move(answer));
+}
+
+void send_job(Pool &pool, PoolWorker &worker);
+
+// The process of a job has gone.
+void restart(Pool &pool, PoolWorker &worker) {
+  worker.end();
+  if (!worker.task) return;
+  if (worker.attempts == most_attempts) {
+    return finish(pool, worker, fail("the process of the comparison died"));
+  }
+  send_job(pool, worker);
+}
+
+void transfer(Pool &pool, PoolWorker &worker) {
+  if (worker.written < worker.output.size()) {
+    const ssize_t sent = send(worker.socket, worker.output.data() + worker.written,
+                              worker.output.size() - worker.written, MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent < 0 && errno != EAGAIN && errno != EINTR) return restart(pool, worker);
+    if (sent > 0) worker.written += static_cast<std::size_t>(sent);
+  }
+  uint8_t bytes[read_at_once];
+  const ssize_t got = recv(worker.socket, bytes, sizeof bytes, MSG_DONTWAIT);
+  if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR)) return restart(pool, worker);
+  if (got > 0) worker.input.insert(worker.input.end(), bytes, bytes + got);
+  worker.watch->wait_for(worker.written < worker.output.size() ? UV_READABLE | UV_WRITABLE
+                                                               : UV_READABLE);
+  if (!worker.task || !is_whole(worker.input)) return;
+  worker.input.erase(worker.input.begin(), worker.input.begin() + sizeof(uint32_t));
+  finish(pool, worker, decode_answer(worker.input));
+}
+
+void send_job(Pool &pool, PoolWorker &worker) {
+  ++worker.attempts;
+  worker.written = 0;
+  worker.input.clear();
+  if (worker.socket < 0) {
+    start(worker, pool.accept);
+    worker.watch.emplace(pool.loop, worker.socket, [&] { transfer(pool, worker); });
+  }
+  worker.watch->wait_for(UV_READABLE | UV_WRITABLE);
+}
+
+void give_up(Pool &pool, PoolWorker &worker) {
+  worker.end();
+  finish(pool, worker, fail("the comparison did not end within " + seconds_text(pool.longest)));
+}
+
+// Give the free processes something to do.
+void hand_out(Pool &pool) {
+  while (!pool.tasks.empty()) {
+    auto worker = pool.workers.begin();
+    while (worker != pool.workers.end() && worker->task) ++worker;
+    if (worker == pool.workers.end()) {
+      if (pool.workers.size() == pool.most_workers) return;
+      worker = pool.workers.emplace(pool.workers.end());
+      worker->deadline.emplace(pool.loop, [&pool, &made = *worker] { give_up(pool, made); });
+    }
+    PoolTask task = std::move(pool.tasks.front());
+    pool.tasks.pop_front();
+    const std::optional<CompareJob> job = task.make();
+    if (!job) continue;
+    worker->task = std::move(task);
+    worker->output = make_frame(encode(*job));
+    worker->attempts = 0;
+    worker->deadline->set_after(pool.longest);
+    send_job(pool, *worker);
+  }
+}
+
+}  // namespace
+
+Pool::Pool(Loop &of, const ReadLimits &limits, const std::vector<AcceptEntry> *accepted)
+    : loop(of),
+      most_workers(std::max(1U, std::thread::hardware_concurrency())),
+      accept(accepted != nullptr ? *accepted : std::vector<AcceptEntry>{}),
+      longest(readings_of_job * limits.reading_time),
+      timer(of, [this] { hand_out(*this); }) {}
+
+Pool::~Pool() = default;
+
+void Pool::add(PoolTask task) {
+  tasks.push_back(std::move(task));
+  timer.set(TimePoint{});
+}
+
+}  // namespace lab

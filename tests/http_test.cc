@@ -1,0 +1,152 @@
+// The HTTP server, seen through sockets.
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <list>
+#include <thread>
+
+#include "io/http.h"
+#include "io/loop.h"
+
+namespace lab {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto answer_in_time = 2s;  // of a server that nobody delays
+
+std::optional<HttpReply> answer_test(std::string_view target) {
+  if (target == "/none") return std::nullopt;
+  if (target == "/error") throw std::runtime_error("no memory");
+  return HttpReply{"text/plain", "target " + std::string(target)};
+}
+
+struct RunningServer {
+  Loop loop;
+  HttpServer server{loop, "127.0.0.1:0", answer_test};
+  std::atomic<bool> is_over = false;
+  Timer timer{loop, [this] {
+                if (is_over) return loop.stop();
+                timer.set_after(10ms);
+              }};
+  std::thread thread{[this] {
+    timer.set_after(10ms);
+    loop.run();
+  }};
+
+  ~RunningServer() {
+    is_over = true;
+    thread.join();
+  }
+};
+
+struct Client {
+  int file = socket(AF_INET, SOCK_STREAM, 0);
+
+  Client(const RunningServer &running, std::string_view text) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(running.server.port());
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const timeval patience = {20, 0};
+    setsockopt(file, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    EXPECT_EQ(connect(file, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    send_text(text);
+  }
+  Client(const Client &) = delete;
+  Client &operator=(const Client &) = delete;
+  ~Client() { close(file); }
+
+  bool send_text(std::string_view text) const {
+    return send(file, text.data(), text.size(), MSG_NOSIGNAL) == ssize_t(text.size());
+  }
+
+  // All until the server closes the connection.
+  std::string read_answer() const {
+    std::string text;
+    char part[4096];
+    for (ssize_t got; (got = recv(file, part, sizeof part, 0)) > 0;) text.append(part, size_t(got));
+    return text;
+  }
+};
+
+TEST(Http, RefusesWhatIsNoAddress) {
+  for (const char *address : {"127.0.0.1:0", "[::1]:8080", "0.0.0.0:65535"}) {
+    EXPECT_EQ(find_problem_of_address(address), "") << address;
+  }
+  for (const char *address : {"", "8080", ":80", "localhost:80", "127.0.0.1",
+                              "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:-1", "127.0.0.1:80x",
+                              "::1:80", "[::1]", "[::1:80", "[127.0.0.1]:80", "[::1]x:80"}) {
+    EXPECT_NE(find_problem_of_address(address).find("; expected a num"), std::string::npos)
+        << address << find_problem_of_address(address);
+  }
+}
+
+TEST(Http, AnswersRequests) {
+  const std::string end = "\r\nHost: localhost:80\r\n\r\n";
+  const std::string large(9000, 'x');
+  const struct {
+    std::string request;
+    const char *status;
+    const char *body;  // its end
+  } rows[] = {
+      {"GET /a%2Fb?c=%20+d HTTP/1.1" + end, "200", "\r\n\r\ntarget /a%2Fb?c=%20+d"},
+      {"GET / HTTP/1.0\r\n\r\n", "200", "target /"},
+      {"GET / HTTP/1.1\r\nHost: [::1]:80\r\n\r\n", "200", "target /"},
+      {"GET / HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n", "200", "target /"},
+      {"GET / HTTP/1.1\r\nHost: example.org\r\n\r\n", "403", "name of this machine\n"},
+      {"GET / HTTP/1.1\r\nHost: localhost.example.org\r\n\r\n", "403", "name of this machine\n"},
+      {"HEAD / HTTP/1.1" + end, "200", "\r\n\r\n"},
+      {"GET /none HTTP/1.1" + end, "404", "no such page\n"},
+      {"GET /error HTTP/1.1" + end, "500", "no memory\n"},
+      {"POST / HTTP/1.1\r\nContent-Length: 3" + end + "abc", "405", "GET and HEAD only\n"},
+      {"DELETE / HTTP/1.1" + end, "405", "GET and HEAD only\n"},
+      {"GET / HTTP/1.1\r\nContent-Length: 3" + end, "413", "no body\n"},
+      {"GET / HTTP/1.1\r\nTransfer-Encoding: chunked" + end, "413", "no body\n"},
+      {"GET / HTTP/1.1\r\nX: " + large + end, "431", ""},
+      {"GET /" + large + " HTTP/1.1" + end, "414", ""},
+  };
+  const RunningServer running;
+  for (const auto &row : rows) {
+    const Client client(running, row.request);
+    const std::string answer = client.read_answer();
+    EXPECT_EQ(answer.substr(0, 12), std::string("HTTP/1.1 ") + row.status)
+        << row.request.substr(0, 80);
+    EXPECT_TRUE(answer.ends_with(row.body)) << answer;
+    const bool is_refused = answer.find("\r\nAllow: GET, HEAD\r\n") != answer.npos;
+    EXPECT_EQ(is_refused, row.status == std::string("405")) << answer;
+  }
+}
+
+TEST(Http, SlowClientsDelayNobody) {
+  const RunningServer running;
+  const std::string request = "GET / HTTP/1.0\r\n\r\n";
+  const TimePoint start = Clock::now();
+  // One sends a byte now and then, the others half a request.
+  const Client slow(running, "GET / HTTP/1.0\r\nX: ");
+  std::list<Client> half;
+  for (int i = 0; i < 30; ++i) half.emplace_back(running, "GET");
+  EXPECT_NE(Client(running, request).read_answer(), "");
+  EXPECT_LT(Clock::now() - start, answer_in_time);
+
+  half.emplace_back(running, "GET");
+  const Client waits(running, request);  // the 33rd
+  char byte;
+  while (recv(slow.file, &byte, 1, MSG_DONTWAIT) < 0 && Clock::now() < start + 20s) {
+    slow.send_text("x");
+    std::this_thread::sleep_for(100ms);
+  }
+  const auto ends_after = Clock::now() - start;
+  EXPECT_GT(ends_after, 4s);
+  EXPECT_LT(ends_after, 5s + answer_in_time);
+  EXPECT_NE(waits.read_answer(), "");
+  EXPECT_GT(Clock::now() - start, 4s);
+  EXPECT_LT(Clock::now() - start, 5s + answer_in_time);
+}
+
+}  // namespace
+}  // namespace lab
