@@ -8,8 +8,7 @@
 #include "fuzz.h"
 #include "output/json.h"
 #include "sonic/rows.h"
-#include "switch/state_reader.h"
-#include "switch/state_writer.h"
+#include "switch/state_file.h"
 #include "text/text.h"
 
 inline std::string_view text_of(const uint8_t *data, std::size_t size) {
@@ -33,7 +32,7 @@ inline void check_errors(const lab::InputErrors &errors, std::string_view text) 
 
 // What is written can be read again, and is the same.
 inline void write_and_read(const lab::Settings &settings) {
-  const lab::ReadSettings again = lab::read_state(lab::state_file(settings));
+  const lab::ReadSettings again = lab::read_state(lab::write_state(settings));
   must(again.errors.empty() && again.settings == settings,
        "a state file is read as it was written");
 }

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "dump.h"
-#include "switch/digest.h"
-#include "switch/state_reader.h"
-#include "switch/state_writer.h"
+#include "switch/state_file.h"
 
 namespace lab {
 namespace {
@@ -184,7 +182,7 @@ TEST(Capture, BecomesAStateFile) {
     EXPECT_EQ(dump.errors, "");
     std::string file = row.file;
     if (const auto at = file.find("spanning-tree runs\n"); at != file.npos) file.erase(at, 19);
-    EXPECT_EQ(state_file(dump.settings), head + file);
+    EXPECT_EQ(write_state(dump.settings), head + file);
     const ReadSettings again = read_state(head + file);
     EXPECT_TRUE(again.errors.empty() && again.settings == dump.settings) << file;
   }
@@ -204,7 +202,7 @@ TEST(Capture, WritesTheConfigurationDigest) {
 
 TEST(Capture, HasOneMeaningInEveryForm) {
   const std::string expected =
-      state_file(dump_of(R"({"VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP": {"GLOBAL": {"mode": "mst"}},
+      write_state(dump_of(R"({"VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP": {"GLOBAL": {"mode": "mst"}},
                   "STP_MST": {"GLOBAL": {"name": "x"}}, "STP_MST_INST": {"1": {"vlan_list": [)"
                          R"("1", "2"]}},
                   "STP_PORT": {"PortChannel1": {"enabled": "true", "type": "y"}},)"
@@ -241,7 +239,7 @@ TEST(Capture, HasOneMeaningInEveryForm) {
   for (const auto &row : rows) {
     const Dump dump = dump_of(row.dump, row.name_space);
     EXPECT_EQ(dump.errors, "");
-    EXPECT_EQ(state_file(dump.settings), expected) << row.dump;
+    EXPECT_EQ(write_state(dump.settings), expected) << row.dump;
   }
 }
 

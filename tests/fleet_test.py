@@ -273,7 +273,7 @@ def main():
         fleet.compare()
 
         def last_run():
-            return {event["pair"]: event["agree"] for event in map(json.loads, ran.read_text().splitlines())}
+            return {event.get("pair"): event["agree"] for event in map(json.loads, ran.read_text().splitlines())}
         within(lambda: [name for name in fleet.names if last_run().get(name, "none") != fleet.expected(name)])
         fleet.end()
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Look at the pages of `mcec-lab compare --html` in a browser.
+"""Look at the pages of `mcec-lab compare --html` and of `watch --listen` in a browser.
 
   tests/page_test.py MCEC-LAB FOLDER
 
@@ -12,9 +12,11 @@ import os
 import pathlib
 import re
 import shutil
+import socket
 import subprocess
 import sys
 import tempfile
+import time
 
 try:
     from selenium import webdriver
@@ -160,6 +162,15 @@ def take_picture(driver, file):
     (folder / file).write_bytes(base64.b64decode(picture["data"]))
 
 
+def look_at_colours(driver, name):
+    for scheme in ("light", "dark"):
+        driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {
+            "features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        least = driver.execute_script(CONTRAST)
+        check(f"contrast of {least:.2f}, {scheme}, is enough", least >= 4.5, True)
+        take_picture(driver, f"{name}-{scheme}.png")
+
+
 def look_at_phone(driver, name, has_grid):
     driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
         "width": 380, "height": 800, "deviceScaleFactor": 1, "mobile": True})
@@ -241,12 +252,7 @@ def look_at(driver, name, heading, says, vlans):
             check("announced", driver.find_element("id", "named").text.split(":")[0], f"VLAN {then}")
         driver.execute_script("document.activeElement.blur()")
 
-    for scheme in ("light", "dark"):
-        driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {
-            "features": [{"name": "prefers-color-scheme", "value": scheme}]})
-        least = ask(CONTRAST)
-        check(f"contrast of {least:.2f}, {scheme}, is enough", least >= 4.5, True)
-        take_picture(driver, f"{name}-{scheme}.png")
+    look_at_colours(driver, name)
     look_at_phone(driver, name, bool(vlans))
     check("messages", driver.get_log("browser"), [])
 
@@ -261,6 +267,59 @@ def look_at(driver, name, heading, says, vlans):
         if "different" in expected and name != "many":
             check("without a script", f"{vlan} instance 1 instance 2 different" in body, True)
     driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": False})
+
+
+def within(what, condition, seconds=30):
+    ends = time.monotonic() + seconds
+    while not condition():
+        assert time.monotonic() < ends, what
+        time.sleep(0.1)
+
+
+def look_at_fleet(driver):
+    """All pairs, as one watch serves them; one of them changes."""
+    with socket.create_server(("127.0.0.1", 0)) as free:
+        port = free.getsockname()[1]
+    lines = [f"{name}\t{name}-left.json\t{name}-right.json\n" for name, *_ in PAIRS]
+    (folder / "pairs.tsv").write_text("".join(lines))
+    watch = subprocess.Popen([str(lab), "watch", "--pairs", "pairs.tsv", "--listen", f"127.0.0.1:{port}"],
+                             cwd=folder, stdout=subprocess.DEVNULL)
+    ask, page = driver.execute_script, f"http://127.0.0.1:{port}/"
+    heading = "return document.querySelector('h1').textContent.slice(2)"
+    caption = "return document.querySelector('caption').textContent"
+    try:
+        within("the server", lambda: socket.socket().connect_ex(("127.0.0.1", port)) == 0)
+        driver.get(page)
+        within("all verdicts", lambda: ask(heading) == f"Disagreement: 5 of {len(PAIRS)} pairs")
+        check("elements that names made", ask("return document.images.length"), 0)
+        look_at_colours(driver, "fleet")
+        look_at_phone(driver, "fleet", False)
+
+        ask("window.same = true; document.querySelector('a[href=\"pair/agree\"]').focus()")
+        shutil.copy(folder / "off-right.json", folder / "agree-right.json")
+        within("a change", lambda: ask(heading).startswith("Disagreement: 6 of"))
+        check("not loaded anew", ask("return window.same"), True)
+        check("focus", ask("return document.activeElement.getAttribute('href')"), "pair/agree")
+        driver.find_element("id", "name").send_keys("ONERROR")
+        within("the filter", lambda: ask(caption) == f"1 of {len(PAIRS)} pairs")
+        driver.find_element("css selector", "tbody a").click()
+        check("the pair's page", driver.title.startswith("The pair does not agree: "), True)
+
+        driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
+        driver.get(page + "?verdict=disagree")
+        time_of_page = driver.find_element("id", "time").text
+        within("refreshed without a script", lambda: driver.find_element("id", "time").text != time_of_page)
+        driver.find_element("id", "name").send_keys("vlans")
+        driver.find_element("tag name", "button").click()
+        check("filtered without a script", driver.find_element("tag name", "caption").text,
+              f"1 of {len(PAIRS)} pairs")
+        driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": False})
+        check("messages", driver.get_log("browser"), [])
+        driver.get(page)
+    finally:
+        watch.kill()
+        watch.wait()
+    within("the message that the watch is gone", lambda: driver.find_element("id", "lost").is_displayed())
 
 
 os.environ.update(NO_PROXY="localhost,127.0.0.1", TZ="UTC")
@@ -293,6 +352,7 @@ with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile:
                  if message["method"] == "Network.requestWillBeSent"]
         check("pages loaded", len(asked), 2 * len(PAIRS))
         check("other requests", [url for url in asked if not url.startswith("file://")], [])
+        look_at_fleet(driver)
     finally:
         driver.quit()
 print("the pages are as they must be" if bad == 0 else f"{bad} faults", "- look at", folder)

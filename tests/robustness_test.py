@@ -6,6 +6,7 @@
 In every case the lab ends soon, with a message and status 2 (0 or 1 where it did not need what was
 missing), and leaves no process and no file.
 """
+import concurrent.futures
 import ctypes
 import os
 import pathlib
@@ -101,23 +102,25 @@ def break_switches(folder):
         "steps:\n" + "- {check: all}\n" * 2000)
     nonsense = ["does not speak as a switch does", "switch is gone", "of another length than it says",
                 "ended with status", "does not answer"]
-    for name, attack, words in [
+
+    def break_one(name, attack, words, side):
+        before = sorted(os.listdir(folder))
+        lab = start(folder, "run", "--quiet", "long.yaml")
+        attacked = switches_of(lab)[side]
+        began = time.monotonic()
+        attack(attacked)
+        title = f"the {('left', 'right')[side]} switch: {name}"
+        named = [f"the {('left', 'right')[side]} {word}" for word in words] if len(words) == 1 else words
+        ended(title, lab, folder, before, named)
+        expect(time.monotonic() - began < 30, title, "takes too long to report")
+
+    return [(break_one, *row, side) for side in (0, 1) for row in [
             ("killed", lambda pid: os.kill(pid, signal.SIGKILL), ["switch died of SIGKILL (Killed)"]),
             ("stopped", lambda pid: os.kill(pid, signal.SIGSTOP), ["switch is stopped by a signal"]),
             ("a frame too long", send(b"\xff" * 64), nonsense),
             ("a frame of nothing", send(frame(b"") * 2), nonsense),
             ("a frame of noise", send(frame(b"\x07" + b"\xfe" * 4000)), nonsense),
-            ("hung up", hang_up, ["switch ended with status", "switch is gone"])]:
-        for side in (0, 1):
-            before = sorted(os.listdir(folder))
-            lab = start(folder, "run", "--quiet", "long.yaml")
-            attacked = switches_of(lab)[side]
-            began = time.monotonic()
-            attack(attacked)
-            title = f"the {('left', 'right')[side]} switch: {name}"
-            named = [f"the {('left', 'right')[side]} {word}" for word in words] if len(words) == 1 else words
-            ended(title, lab, folder, before, named)
-            expect(time.monotonic() - began < 30, title, "takes too long to report")
+            ("hung up", hang_up, ["switch ended with status", "switch is gone"])]]
 
 
 def limit_machine(folder):
@@ -130,11 +133,13 @@ def limit_machine(folder):
         limits += [f"ulimit -v {size}" for size in range(14000, 34000, 1700)]
     before = sorted(os.listdir(folder))
     words = ["mcec-lab: ", "NOT COMPARED: ", "cannot be read: ", " for a switch: ", " switch ended with "]
-    for command in commands:
-        for limit in limits:
-            # Where the loader itself has no memory, the lab does not start.
-            lab = start(folder, *command, limit=limit)
-            ended(f"{' '.join(command)}, {limit}", lab, folder, before, words, (0, 1, 2, 127))
+
+    def limit_one(command, limit):
+        # Where the loader itself has no memory, the lab does not start.
+        lab = start(folder, *command, limit=limit)
+        ended(f"{' '.join(command)}, {limit}", lab, folder, before, words, (0, 1, 2, 127))
+
+    return [(limit_one, command, limit) for command in commands for limit in limits]
 
 
 def fill_disk(folder):
@@ -158,8 +163,11 @@ def fill_disk(folder):
 
 def main():
     with tempfile.TemporaryDirectory() as folder:
-        for test in (break_switches, limit_machine, fill_disk):
-            test(folder)
+        for make_cases in (break_switches, limit_machine):
+            with concurrent.futures.ThreadPoolExecutor(2 * os.cpu_count()) as pool:
+                for running in [pool.submit(*case) for case in make_cases(folder)]:
+                    running.result()
+        fill_disk(folder)
     print(f"{len(faults)} faults")
     return 1 if faults else 0
 

@@ -8,6 +8,7 @@ left out of it. The validator is Debian's, hence its Python. State files stay in
 """
 import json
 import pathlib
+import signal
 import subprocess
 import sys
 
@@ -118,14 +119,18 @@ run("comparison", "compare", "--json", "--pairs", "pairs", count=len(pairs))
 (folder / "pairs").write_text("one\twrong\twrong\ntwo\n")
 run("errors", "compare", "--json", "--pairs", "pairs", count=2)
 
-# A file that changes, gets a warning, makes no sense, goes and comes back.
+# A file of a pair that changes, gets a warning, makes no sense, goes and comes back.
 watched, new = folder / "watched.json", folder / "new.json"
 watched.write_bytes(files[0].read_bytes())
-with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout", "60", watched,
-                       files[1]], stdout=subprocess.PIPE) as watch:
+(folder / "pairs").write_text(f"one\t{watched}\t{files[1]}\n")
+with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout", "60", "--pairs",
+                       folder / "pairs"], stdout=subprocess.PIPE) as watch:
     for event, text in (("compared", files[2].read_text()), ("changed", None),
                         ("note", "{"), ("error", None),
-                        ("disconnected", files[2].read_text()), ("connected", None)):
+                        ("disconnected", files[2].read_text()), ("connected", None),
+                        ("summary", None)):
+        if event == "summary":
+            watch.send_signal(signal.SIGUSR1)
         found = json.loads(watch.stdout.readline())
         check("event", [found] if found["event"] == event else [], 1, event)
         if text:

@@ -22,7 +22,7 @@ import traceback
 
 LAB = sys.argv[1]
 PATIENCE = 30  # seconds until an event is missed; a loaded machine is slow
-MAY = "~* &* -@all +ping +select +scan +hgetall +psubscribe +config|get"  # as docs/watch.md has it
+MAY = "~* &* -@all +ping +dbsize +select +scan +hgetall +psubscribe +config|get"  # as docs/watch.md has it
 EDGE, GUARD = "edge_port", "root_guard"
 ROWS = {
     "DEVICE_METADATA|localhost": {"mac": "02:00:00:00:00:01", "hostname": "leaf"},
@@ -366,18 +366,23 @@ def test_files(folder):
         return json.dumps(rows)
 
     path = pathlib.Path(folder, "right.json")
-    path.write_text(dump("true"))
+
+    def replace(text):  # at once: half a file would be reported, too
+        path.with_suffix(".new").write_text(text)
+        path.with_suffix(".new").rename(path)
+
+    replace(dump("true"))
     person = start([LAB, "watch", "--interval", "0.2", left.url, str(path)], text=True,
                               stdout=subprocess.PIPE, env={**os.environ, "LC_ALL": "C"})
     for write, line in [
         (lambda: None, "the pair agrees"),
-        (lambda: path.write_text(dump("false")), f"right {PORT} root_guard true->false: PortChannel10 no longer agrees "
+        (lambda: replace(dump("false")), f"right {PORT} root_guard true->false: PortChannel10 no longer agrees "
          "(ifi-port-guard); the pair does not agree"),
-        (lambda: path.write_text(dump("true")[:99]), r"right .*: the dump is cut off"),
+        (lambda: replace(dump("true")[:99]), r"right .*: the dump is cut off"),
         (lambda: None, "right: the verdict is not known"),
-        (lambda: path.write_text(dump("true")), r"right STP_PORT.* false->true: PortChannel10 now agrees; the pair agrees"),
+        (lambda: replace(dump("true")), r"right STP_PORT.* false->true: PortChannel10 now agrees; the pair agrees"),
         (path.unlink, "right is disconnected: No such file or directory"),
-        (lambda: path.write_text(dump("false")), r"right is connected: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
+        (lambda: replace(dump("false")), r"right is connected: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
     ]:
         write()
         output = person.stdout.readline()

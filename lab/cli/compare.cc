@@ -6,7 +6,6 @@
 #include "output/json.h"
 #include "output/page.h"
 #include "output/print.h"
-#include "switch/state_writer.h"
 #include "tasks/compare.h"
 #include "tasks/side.h"
 #include "text/file.h"
@@ -202,7 +201,7 @@ Status execute(const CaptureArguments &arguments) {
                            parse_format(arguments.format), limits_of(arguments.read_timeout))[0]);
   print_errors(read.side.source, read.errors);
   if (!read.errors.empty()) return wrong;
-  fmt::print("{}", state_file(read.side.settings));
+  fmt::print("{}", write_state(read.side.settings));
   return agreed;
 }
 

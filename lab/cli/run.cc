@@ -53,6 +53,16 @@ void print_failure(const RunReport &report) {
   print_error(report.path + ":" + where + failure.problem);
 }
 
+// What is left to print of a run, and its status.
+Status end_run(const RunReport &report, const std::vector<StepReport> &steps, bool json) {
+  if (json) fmt::print("{}", format_run(report, steps));
+  if (report.failure) {
+    print_failure(report);
+    return wrong;
+  }
+  return is_as_expected(report) ? agreed : disagreed;
+}
+
 Status run_file(const std::string &file, const RunArguments &arguments) {
   const ReadScenario read = read_scenario(file, settings_from);
   const Scenario &scenario = read.scenario;
@@ -64,31 +74,24 @@ Status run_file(const std::string &file, const RunArguments &arguments) {
                     .only_different = arguments.only_different};
   if (!arguments.json) print_title(scenario.path, scenario.title, scenario.about, style);
   Progress progress;
-  Json steps = Json::array();
+  std::vector<StepReport> steps;
+  const auto on_step = [&](const StepReport &step) {
+    progress.clear();
+    if (arguments.json) {
+      steps.push_back(step);
+    } else {
+      print_step(step, style);
+    }
+  };
   const RunReport report =
-      run(scenario, {.log = arguments.log,
-                     .on_step =
-                         [&](const StepReport &step) {
-                           progress.clear();
-                           if (arguments.json) {
-                             add_step(step, steps);
-                           } else {
-                             print_step(step, style);
-                           }
-                         },
-                     .on_work = [&](auto done, auto all) { progress.print(done, all); }});
+      run(scenario, {.log = arguments.log, .on_step = on_step, .on_work = [&](auto done, auto all) {
+                       progress.print(done, all);
+                     }});
   progress.clear();
-  if (arguments.json) {
-    fmt::print("{}", format_run(report, std::move(steps)));
-  } else if (!report.failure) {
-    print_end(report, style);
-  }
-  if (report.failure) {
-    print_failure(report);
-    return wrong;
-  }
+  if (!arguments.json && !report.failure) print_end(report, style);
+  const Status status = end_run(report, steps, arguments.json);
   const bool differs = arguments.fail_on_difference && report.agree == false;
-  return is_as_expected(report) && !differs ? agreed : disagreed;
+  return status == agreed && differs ? disagreed : status;
 }
 
 // The steps that what-if can be asked about.
@@ -126,26 +129,18 @@ Status execute(const WhatIfArguments &arguments) {
   }
   const Style style{.layout = standard_layout(arguments.color)};
   Progress progress;
-  Json steps = Json::array();
-  std::vector<StepReport> reports;
+  std::vector<StepReport> steps;
   const RunReport report =
       what_if(scenario, arguments.step - 1,
               {.log = arguments.log,
-               .on_step = [&](const StepReport &step) { reports.push_back(step); },
+               .on_step = [&](const StepReport &step) { steps.push_back(step); },
                .on_work = [&](auto done, auto all) { progress.print(done, all); }});
   progress.clear();
-  if (arguments.json) {
-    for (const StepReport &step : reports) add_step(step, steps);
-    fmt::print("{}", format_run(report, std::move(steps)));
-  } else if (!report.failure) {
-    for (const StepReport &step : reports) print_unmet_step(step, style);
+  if (!arguments.json && !report.failure) {
+    for (const StepReport &step : steps) print_unmet_step(step, style);
     print_what_if(*report.what_if, style);
   }
-  if (report.failure) {
-    print_failure(report);
-    return wrong;
-  }
-  return is_as_expected(report) ? agreed : disagreed;
+  return end_run(report, steps, arguments.json);
 }
 
 }  // namespace lab

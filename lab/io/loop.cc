@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <system_error>
 #include <utility>
 
@@ -56,6 +57,12 @@ void close_handle(Handle *handle) {
 }  // namespace
 
 Loop::Loop() : raw{} {
+  // Without files for its pipes libuv ends the process.
+  constexpr rlim_t least_files = 16;
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < least_files) {
+    check_uv(-EMFILE, "no event loop");
+  }
   check_uv(uv_loop_init(&raw), "no event loop");
   raw.data = this;
 }

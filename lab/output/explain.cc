@@ -5,7 +5,6 @@
 #include "draimiofaf/foundation.h"
 #include "output/json.h"
 #include "output/print.h"
-#include "switch/digest.h"
 #include "switch/values.h"
 
 namespace lab {

@@ -20,7 +20,7 @@ using WallTime = std::chrono::system_clock::time_point;
 
 // On top of the style of a comparison.
 constexpr char fleet_style[] = R"css(
-nav ul { padding: 0; margin-bottom: 0.75rem; }
+nav ul { padding: 0; margin: 0.5rem 0 0.75rem; }
 nav a[aria-current] { font-weight: 650; color: inherit; }
 form { display: flex; flex-wrap: wrap; gap: 0.5rem; align-items: center; }
 input, button { font: inherit; padding: 0.2rem 0.5rem; color: inherit; background: var(--page); border: 1px solid var(--faint); border-radius: 4px; }
@@ -32,7 +32,7 @@ input { flex: 0 1 20rem; min-width: 8rem; }
 @media screen and (max-width: 34rem) {
   .fleet tr { display: grid; grid-template-columns: 1fr 1fr; border-bottom: 1px solid var(--line); }
   .fleet tr > th:first-child, .fleet tr > :last-child { grid-column: 1 / -1; }
-  .fleet tr > * { border-bottom: none; }
+  .fleet tr > :nth-child(n) { width: auto; border-bottom: none; }
   .fleet thead th { position: static; box-shadow: none; }
 }
 )css";

@@ -62,8 +62,6 @@ std::string format_patches(const std::array<Patch, 2> &patches);
 // The tables of the library.
 std::string format_list();
 
-// A run: its steps are added to a list, which is moved into the document.
-void add_step(const StepReport &step, Json &steps);
-std::string format_run(const RunReport &report, Json steps);
+std::string format_run(const RunReport &report, const std::vector<StepReport> &steps);
 
 }  // namespace lab

@@ -15,8 +15,5 @@ std::string find_problem_of_metrics(const std::string &path);
 // For the textfile collector of the node exporter: whoever reads the file sees all of it or what was
 // there before. What is wrong, with the path; "" when it is written.
 std::string write_metrics(const std::string &path, const FleetStatus &fleet);
-inline std::string write_metrics(const std::string &path, const PairStatus &status) {
-  return write_metrics(path, FleetStatus{status});
-}
 
 }  // namespace lab

@@ -102,10 +102,8 @@ Json failure_to_json(const RunFailure &failure) {
   return json;
 }
 
-}  // namespace
-
-void add_step(const StepReport &step, Json &steps) {
-  Json &json = steps.emplace_back(head_to_json(step.head));
+Json step_to_json(const StepReport &step) {
+  Json json = head_to_json(step.head);
   if (step.checks) json["checks"] = checks_to_json(*step.checks);
   if (!step.checks) json["switches"] = Json::object();
   for (std::size_t side = 0; side < step.switches.size(); ++side) {
@@ -115,15 +113,18 @@ void add_step(const StepReport &step, Json &steps) {
   if (!step.expectations.empty()) {
     json["expectations"] = list_json(step.expectations, expectation_to_json);
   }
+  return json;
 }
 
-std::string format_run(const RunReport &report, Json steps) {
+}  // namespace
+
+std::string format_run(const RunReport &report, const std::vector<StepReport> &steps) {
   Json json = {{"version", 1},
                {"scenario", report.path},
                {"title", report.title},
                {"about", report.about},
                {"agree", report.agree ? Json(*report.agree) : Json()},
-               {"steps", std::move(steps)}};
+               {"steps", list_json(steps, step_to_json)}};
   if (report.what_if) json["what_if"] = what_if_to_json(*report.what_if);
   if (report.failure) json["failed"] = failure_to_json(*report.failure);
   json["met"] = is_as_expected(report);

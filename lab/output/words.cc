@@ -268,11 +268,6 @@ const char *severity_name(NoteKind kind) {
   return is_warning_kind(kind) ? "warning" : "info";
 }
 
-std::string describe_answer(const SwitchReport &report) {
-  if (!report.answer) return "none";
-  return report.answer->is_accepted ? "accepted" : report.answer->text;
-}
-
 std::string describe_record(const ParameterRecord &record) {
   return parameter_key(record.type) + (record.port.empty() ? "" : "@" + record.port);
 }

@@ -107,9 +107,6 @@ inline constexpr char mode_steps[] =
 
 // --- runs ---
 
-// "accepted", "none", or the message of a refusal.
-std::string describe_answer(const SwitchReport &report);
-
 // "stp-mode", "ifi-port-type@0x1000".
 std::string describe_record(const ParameterRecord &record);
 

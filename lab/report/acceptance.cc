@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "report/verdict.h"
-#include "switch/state_reader.h"
+#include "switch/state_file.h"
 
 namespace lab {
 namespace {

@@ -44,6 +44,12 @@ struct SwitchReport {
   std::vector<std::string> log;
 };
 
+// "accepted", "none", or the message of a refusal: what scenarios expect.
+inline std::string describe_answer(const SwitchReport &report) {
+  if (!report.answer) return "none";
+  return report.answer->is_accepted ? "accepted" : report.answer->text;
+}
+
 // --- expectations ---
 
 struct ResultCode {
@@ -78,10 +84,10 @@ struct ExpectationReport {
 struct StepHead {
   std::size_t number = 0;  // from 1
   int line = 0;
-  std::string action;
-  std::string summary;
+  std::string action;   // the step's key: "command", "check", ...
+  std::string summary;  // for a person: "no stp-mode"
   std::string note;
-  std::array<bool, 2> on = {};
+  std::array<bool, 2> on = {true, true};
 };
 
 struct StepReport {

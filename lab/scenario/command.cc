@@ -1,6 +1,5 @@
 // The step `command`: a configuration command, and the attributes that a scenario may give it.
 
-#include <algorithm>
 #include <cstring>
 
 #include "draimiofaf/types.h"
@@ -11,14 +10,6 @@ namespace lab {
 namespace {
 
 using Attribute = Command::Attribute;
-
-const Words port_type_words = {{"normal", STP_MCEC_IF_PORT_MODE_NORMAL},
-                               {"edge-trunk", STP_MCEC_IF_PORT_MODE_EDGE_TRUNK},
-                               {"network", STP_MCEC_IF_PORT_MODE_NETWORK},
-                               {"edge", STP_MCEC_IF_PORT_MODE_EDGE}};
-const Words guard_words = {{"root", STP_MCEC_IF_GUARD_ROOT},
-                           {"loop", STP_MCEC_IF_GUARD_LOOP},
-                           {"none", STP_MCEC_IF_GUARD_NONE}};
 
 // --- bytes of attributes: words in the byte order of the machine ---
 
@@ -39,58 +30,53 @@ Bytes range_list(const Ranges &ranges, std::size_t header_words) {
 // --- the keys that give a command an attribute ---
 
 struct AttributeKey {
-  const char *key;
+  std::string key;
   // The commands that take it, and the attribute that each takes it as.
   std::vector<std::pair<uint32_t, uint32_t>> commands;
-  Bytes (*read)(Reader &reader, const YAML::Node &node);
+  Words words;           // none: it is a list of VLANs
+  bool is_bare = false;  // its presence says all: it has no bytes
 };
 
-Bytes read_mode(Reader &reader, const YAML::Node &node) {
-  const Parameter &mode = *find_parameter(uint32_t{STP_MCEC_TYPE1_STP_MODE});
-  return host_words({reader.word(node, "mode", value_words(mode))});
+const std::vector<AttributeKey> &attribute_keys() {
+  static const std::vector<AttributeKey> keys = {
+      {"mode",
+       {{STP_MCEC_CMD_STP_MODE, STP_MCEC_ATTR_STP_MODE}},
+       value_words(*find_parameter(uint32_t{STP_MCEC_TYPE1_STP_MODE}))},
+      {"vlans", {{STP_MCEC_CMD_STP_ENDIS, STP_MCEC_ATTR_VLAN_LIST}}, {}},
+      {"port-type",
+       {{STP_MCEC_CMD_IF_PORT_MODE, STP_MCEC_ATTR_IF_PORT_MODE},
+        {STP_MCEC_CMD_IF_PORT_TYPE, STP_MCEC_ATTR_IF_PORT_TYPE}},
+       {{"normal", STP_MCEC_IF_PORT_MODE_NORMAL},
+        {"edge-trunk", STP_MCEC_IF_PORT_MODE_EDGE_TRUNK},
+        {"network", STP_MCEC_IF_PORT_MODE_NETWORK},
+        {"edge", STP_MCEC_IF_PORT_MODE_EDGE}}},
+      {"guard",
+       {{STP_MCEC_CMD_IF_GUARD, STP_MCEC_ATTR_IF_GUARD}},
+       {{"root", STP_MCEC_IF_GUARD_ROOT},
+        {"loop", STP_MCEC_IF_GUARD_LOOP},
+        {"none", STP_MCEC_IF_GUARD_NONE}}},
+      {"simulate-pvst",
+       {{STP_MCEC_CMD_IF_MST_SIMULATE_PVST, STP_MCEC_ATTR_IF_MST_SIMULATE_PVST}},
+       {{"disabled", 0}},
+       true},
+  };
+  return keys;
 }
 
-Bytes read_vlan_list(Reader &reader, const YAML::Node &node) {
-  constexpr std::size_t header_words = 2;
-  const bool is_list = node.IsScalar() && parse_vlans(node.Scalar()).fault == RangeFault::none;
-  // The ranges as they are written: the library is to see them so.
-  const Ranges ranges = is_list ? parse_vlans(node.Scalar()).ranges
-                                : ranges_of(read_vlan_list(reader, node, "vlans"));
-  return range_list(ranges, header_words);
+Bytes read_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &key) {
+  if (key.words.empty()) {
+    read_vlan_list(reader, node, key.key);
+    // The ranges as they are written: the library is to see them so.
+    return range_list(parse_vlans(scalar_text(node)).ranges, 2);
+  }
+  const uint32_t word = reader.word(node, key.key, key.words, !key.is_bare);
+  return key.is_bare ? Bytes{} : host_words({word});
 }
-
-Bytes read_port_type(Reader &reader, const YAML::Node &node) {
-  return host_words({reader.word(node, "port-type", port_type_words)});
-}
-
-Bytes read_guard(Reader &reader, const YAML::Node &node) {
-  return host_words({reader.word(node, "guard", guard_words)});
-}
-
-Bytes read_simulation(Reader &reader, const YAML::Node &node) {
-  reader.word(node, "simulate-pvst", {{"disabled", 0}}, false);
-  return {};
-}
-
-const std::vector<AttributeKey> attribute_keys = {
-    {"mode", {{STP_MCEC_CMD_STP_MODE, STP_MCEC_ATTR_STP_MODE}}, read_mode},
-    {"vlans", {{STP_MCEC_CMD_STP_ENDIS, STP_MCEC_ATTR_VLAN_LIST}}, read_vlan_list},
-    {"port-type",
-     {{STP_MCEC_CMD_IF_PORT_MODE, STP_MCEC_ATTR_IF_PORT_MODE},
-      {STP_MCEC_CMD_IF_PORT_TYPE, STP_MCEC_ATTR_IF_PORT_TYPE}},
-     read_port_type},
-    {"guard", {{STP_MCEC_CMD_IF_GUARD, STP_MCEC_ATTR_IF_GUARD}}, read_guard},
-    {"simulate-pvst",
-     {{STP_MCEC_CMD_IF_MST_SIMULATE_PVST, STP_MCEC_ATTR_IF_MST_SIMULATE_PVST}},
-     read_simulation},
-};
 
 // A command by its name or its identifier.
 uint32_t read_id(Reader &reader, const YAML::Node &value) {
   const std::string given = value.IsScalar() ? value.Scalar() : "";
-  if (const CommandInfo *known = find_command(std::string_view(given)); known != nullptr) {
-    return known->id;
-  }
+  if (const CommandInfo *known = find_command(std::string_view(given))) return known->id;
   const auto id = parse_number(given);
   if (!id) {
     reader.expected(value, "a command: " + one_of(command_keys(), given) + ", or an identifier");
@@ -107,13 +93,14 @@ void add_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &k
                    Command &command) {
   std::vector<std::string> takers;
   for (const auto &[taker, attribute] : key.commands) {
-    if (taker == command.id)
-      return command.attributes.push_back({attribute, key.read(reader, node)});
+    if (taker == command.id) {
+      command.attributes.push_back({attribute, read_attribute(reader, node, key)});
+      return;
+    }
     takers.push_back(command_text(taker));
   }
   if (command.id == 0) return;  // the command itself is an error
-  reader.add_error(node,
-                   std::string("'") + key.key + "' does not belong to " + command_text(command.id),
+  reader.add_error(node, "'" + key.key + "' does not belong to " + command_text(command.id),
                    "it with " + one_of(takers) + " only");
 }
 
@@ -134,19 +121,19 @@ std::vector<Attribute> read_raw_attributes(Reader &reader, const YAML::Node &nod
   return attributes;
 }
 
-// The ranges of an interface command. Indexes stay as they are written; of names, each side has its
-// own index.
-std::array<Bytes, 2> read_port_ranges(StepReader &reader, const YAML::Node &node) {
-  constexpr std::size_t header_words = 4;
+// The ranges of an interface command on each side. Indexes stay as they are written; of names, each
+// side has its own index.
+std::array<Attribute, 2> read_port_ranges(StepReader &reader, const YAML::Node &node) {
   const std::vector<PortOfPair> ports = read_ports(reader, node, "ports");
   const ParsedRanges written = parse_ranges(scalar_text(node), UINT32_MAX);
-  std::array<Bytes, 2> lists;
-  for (std::size_t i = 0; i < lists.size(); ++i) {
+  std::array<Attribute, 2> lists;
+  for (std::size_t side = 0; side < lists.size(); ++side) {
     Ranges ranges = written.ranges;
     for (const PortOfPair &port : ports) {
-      if (written.fault != RangeFault::none && port[i]) ranges.emplace_back(*port[i], *port[i]);
+      const auto index = written.fault != RangeFault::none ? port[side] : std::nullopt;
+      if (index) ranges.emplace_back(*index, *index);
     }
-    lists[i] = range_list(ranges, header_words);
+    lists[side] = {STP_MCEC_ATTR_IFINDEX, range_list(ranges, 4)};
   }
   return lists;
 }
@@ -155,7 +142,7 @@ std::array<Bytes, 2> read_port_ranges(StepReader &reader, const YAML::Node &node
 
 std::vector<std::string> command_step_keys() {
   std::vector<std::string> keys = {"form", "ports", "attributes"};
-  for (const AttributeKey &key : attribute_keys) keys.emplace_back(key.key);
+  for (const AttributeKey &key : attribute_keys()) keys.push_back(key.key);
   return keys;
 }
 
@@ -164,33 +151,28 @@ void read_command(StepReader &reader, const YAML::Node &node, const YAML::Node &
   if (node["form"]) {
     command.positive = reader.word(node["form"], "form", {{"no", 0}, {"set", 1}}, false) != 0;
   }
-  step.summary = (command.positive ? "" : "no ") +
-                 (find_command(command.id) != nullptr ? "" : std::string("command ")) +
-                 command_text(command.id);
-  const auto summarize = [&](const char *key) {
-    if (node[key].IsScalar()) step.summary += std::string(" ") + key + " " + scalar_text(node[key]);
+  step.summary = std::string(command.positive ? "" : "no ") +
+                 (find_command(command.id) != nullptr ? "" : "command ") + command_text(command.id);
+  const auto summarize = [&](const std::string &key) {
+    if (node[key].IsScalar()) step.summary += " " + key + " " + scalar_text(node[key]);
   };
-  for (const AttributeKey &key : attribute_keys) {
+  for (const AttributeKey &key : attribute_keys()) {
     if (!node[key.key]) continue;
     add_attribute(reader, node[key.key], key, command);
     summarize(key.key);
   }
-  std::optional<std::array<Bytes, 2>> ports;
+  std::array<Command, 2> asked = {command, command};
   if (node["ports"]) {
-    ports = read_port_ranges(reader, node["ports"]);
+    const std::array<Attribute, 2> ports = read_port_ranges(reader, node["ports"]);
+    for (std::size_t i = 0; i < asked.size(); ++i) asked[i].attributes.push_back(ports[i]);
     summarize("ports");
   }
-  std::vector<Attribute> raw;
-  if (node["attributes"]) raw = read_raw_attributes(reader, node["attributes"]);
-  Requests requests;
-  for (std::size_t i = 0; i < requests.size(); ++i) {
-    if (!step.on[i]) continue;
-    Command asked = command;
-    if (ports) asked.attributes.push_back({STP_MCEC_ATTR_IFINDEX, (*ports)[i]});
-    asked.attributes.insert(asked.attributes.end(), raw.begin(), raw.end());
-    requests[i] = Request{false, std::move(asked)};
+  if (node["attributes"]) {
+    for (const Attribute &raw : read_raw_attributes(reader, node["attributes"])) {
+      for (Command &one : asked) one.attributes.push_back(raw);
+    }
   }
-  step.requests.push_back(std::move(requests));
+  add_requests(step, {Request{false, asked[0]}, Request{false, asked[1]}});
 }
 
 }  // namespace lab

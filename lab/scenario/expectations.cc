@@ -1,95 +1,295 @@
-#include "scenario/expectations.h"
+// What can be expected of a step: how it is read, and how it is taken from the step's report.
 
 #include <algorithm>
+#include <set>
+
+#include "scenario/steps.h"
+#include "switch/values.h"
 
 namespace lab {
+
+struct ExpectationKind {
+  const char *key;
+  std::vector<std::string> actions;
+  std::vector<Expected> (*read)(StepReader &reader, const YAML::Node &node);
+  Finding (*take)(const StepReport &report, const Expected &expected, std::size_t side);
+  bool is_of_pair = false;  // both switches have it in common
+};
+
 namespace {
+
+// --- reading ---
+
+uint32_t read_code(StepReader &reader, const YAML::Node &node) {
+  const std::string given = node.IsScalar() ? node.Scalar() : "";
+  const auto code = find_result(given);
+  if (!code) {
+    reader.expected(node, "a result: " + one_of(result_keys(), given) + ", or a number");
+  }
+  return code.value_or(0);
+}
+
+// A mapping with at least one entry.
+template <class Each>
+void read_mapping(StepReader &reader, const YAML::Node &node, const std::string &what, Each each) {
+  reader.entries(node, what, each);
+  if (node.IsMap() && node.size() == 0) reader.expected(node, what);
+}
+
+ResultCode read_result(StepReader &reader, const YAML::Node &node) {
+  return {read_code(reader, node)};
+}
+
+std::string read_answer(StepReader &reader, const YAML::Node &node) {
+  return reader.text(node, "an answer: accepted, none, or the message of a refusal");
+}
+
+TextsByType read_texts(StepReader &reader, const YAML::Node &node) {
+  TextsByType texts;
+  read_mapping(reader, node, "parameters and texts, for instance {stp-mode: MST}",
+               [&](const YAML::Node &key, const YAML::Node &value) {
+                 if (const Parameter *name = read_parameter_name(reader, key)) {
+                   texts.emplace_back(name->type, reader.text(value, "a text"));
+                 }
+               });
+  return texts;
+}
+
+std::vector<uint16_t> read_types(StepReader &reader, const YAML::Node &node) {
+  std::set<uint16_t> types;
+  if (!reader.sequence(node, "a list of parameters, for instance [stp-mode]")) return {};
+  for (const auto &name : node) {
+    if (const Parameter *known = read_parameter_name(reader, name)) types.insert(known->type);
+  }
+  return {types.begin(), types.end()};
+}
+
+Vlans read_twins(StepReader &reader, const YAML::Node &node) {
+  return read_vlan_list(reader, node, "twin VLANs");
+}
+
+template <auto read>
+std::vector<Expected> read_one(StepReader &reader, const YAML::Node &node) {
+  return {Expected{.value = read(reader, node)}};
+}
+
+template <std::size_t... side>
+std::vector<Expected> read_verdict(StepReader &reader, const YAML::Node &node) {
+  return {Expected{.side = {side...}, .value = CheckCode{read_code(reader, node)}}};
+}
+
+std::vector<Expected> read_ports_verdicts(StepReader &reader, const YAML::Node &node) {
+  std::vector<Expected> all;
+  read_mapping(reader, node, "ports and verdicts, for instance {0x1000: agree}",
+               [&](const YAML::Node &key, const YAML::Node &value) {
+                 const std::vector<PortOfPair> ports = read_ports(reader, key, "a port");
+                 if (ports.size() > 1) reader.expected(key, "one port");
+                 for (const PortOfPair &port : ports) {
+                   all.push_back({.subject = scope_of(port, reader.now).name,
+                                  .value = CheckCode{read_code(reader, value)}});
+                 }
+               });
+  return all;
+}
+
+std::vector<Expected> read_channels_verdicts(StepReader &reader, const YAML::Node &node) {
+  std::vector<Expected> all;
+  read_mapping(reader, node, "channels and verdicts, for instance {10: agree}",
+               [&](const YAML::Node &key, const YAML::Node &value) {
+                 const std::string given = key.IsScalar() ? key.Scalar() : "";
+                 all.push_back({.subject = read_channel_name(reader, key, given),
+                                .value = CheckCode{read_code(reader, value)}});
+               });
+  return all;
+}
+
+// {left: [ifi-port-guard@0x1001]}
+std::vector<Expected> read_inconsistent(StepReader &reader, const YAML::Node &node) {
+  std::vector<Expected> all;
+  const std::vector<std::string> sides(switch_names.begin(), switch_names.end());
+  if (!reader.mapping(node, "inconsistent ports", sides)) return all;
+  for (std::size_t side = 0; side < sides.size(); ++side) {
+    const YAML::Node records = node[sides[side]];
+    if (records) all.push_back({.side = side, .value = read_records(reader, records)});
+  }
+  return all;
+}
+
+// --- what a report has of it ---
+
+SwitchReport answer_of(const StepReport &report, std::size_t side) {
+  return report.switches[side].value_or(SwitchReport{});
+}
+
+Finding take_result(const StepReport &report, const Expected &, std::size_t side) {
+  const auto result = answer_of(report, side).result;
+  return result ? Finding(ResultCode{*result}) : Finding();
+}
+
+Finding take_answer(const StepReport &report, const Expected &, std::size_t side) {
+  return describe_answer(answer_of(report, side));
+}
+
+Finding take_records(const StepReport &report, const Expected &, std::size_t side) {
+  auto records = answer_of(report, side).records.value_or(std::vector<ParameterRecord>{});
+  std::erase_if(records, [](const ParameterRecord &record) { return !record.is_valid; });
+  return records;
+}
+
+bool has_text(uint16_t type, const std::optional<std::string> &found, const std::string &expected) {
+  return found && same_text(parameter_key(type), *found, expected);
+}
+
+// Of each parameter that is named its text; of several ports, the first that is not as expected.
+Finding take_texts(const StepReport &report, const Expected &expected, std::size_t side) {
+  const SwitchReport answer = answer_of(report, side);
+  std::vector<std::pair<uint32_t, std::string>> texts;
+  for (const Entry &entry : answer.values.value_or(std::vector<Entry>{})) {
+    texts.emplace_back(entry.type, display(entry.type, entry.value));
+  }
+  for (const DisplayRecord &record : answer.display.value_or(std::vector<DisplayRecord>{})) {
+    texts.emplace_back(record.type, record.value);
+  }
+  TextsByType found;
+  for (const auto &[type, wanted] : std::get<TextsByType>(expected.value)) {
+    std::optional<std::string> &first = found.emplace_back(type, std::nullopt).second;
+    for (const auto &[of, text] : texts) {
+      if (of != type || (first && !has_text(type, first, *wanted))) continue;
+      first = text;
+    }
+  }
+  return found;
+}
+
+// 0, or the code of the first scope that does not agree; nothing: no scope was checked.
+Finding take_verdict(const StepReport &report, const Expected &, std::size_t side) {
+  for (const ScopeReport &scope : *report.checks) {
+    if (scope.codes[side] != 0) return CheckCode{scope.codes[side]};
+  }
+  return report.checks->empty() ? Finding() : CheckCode{0};
+}
+
+// Is a port or a channel of that name in a scope? All ports of a channel are.
+bool has_subject(const ScopeReport &report, const std::string &name) {
+  const PairScope &scope = report.scope;
+  if (scope.name == name) return true;
+  if (scope.kind != PairScope::Kind::of_channel) return false;
+  return std::ranges::any_of(scope.ends, [&](const PairScope::End &end) {
+    return (end.present && end.port_name == name) ||
+           std::ranges::count(end.others, name, &PairScope::Member::name) > 0;
+  });
+}
+
+Finding take_scope_verdict(const StepReport &report, const Expected &expected, std::size_t side) {
+  Finding found;
+  for (const ScopeReport &scope : *report.checks) {
+    if (has_subject(scope, expected.subject)) found = CheckCode{scope.codes[side]};
+  }
+  return found;
+}
+
+// Parameters that differ, in the order of their types, over all scopes of a check.
+Finding take_differing(const StepReport &report, const Expected &, std::size_t) {
+  std::set<uint16_t> types;
+  for (const ScopeReport &scope : *report.checks) {
+    for (const ParameterReport &parameter : scope.parameters) {
+      if (is_different(parameter)) types.insert(parameter.type);
+    }
+  }
+  if (report.checks->empty()) return {};
+  return std::vector<uint16_t>(types.begin(), types.end());
+}
+
+template <std::optional<Vlans> ScopeReport::*vlans>
+Finding take_twins(const StepReport &report, const Expected &, std::size_t) {
+  if (report.checks->empty() || !(report.checks->front().*vlans)) return {};
+  return *(report.checks->front().*vlans);
+}
+
+Finding take_inconsistent(const StepReport &report, const Expected &, std::size_t side) {
+  std::vector<ParameterRecord> found;
+  for (const ScopeReport &scope : *report.checks) {
+    for (const InconsistentPort &port : scope.inconsistent[side]) {
+      for (const uint16_t type : port.types) found.push_back({.type = type, .port = port.name});
+    }
+  }
+  return found;
+}
+
+// --- the kinds ---
 
 const std::vector<ExpectationKind> &expectation_kinds() {
   static const std::vector<ExpectationKind> kinds = {
-      {"answer", {"command"}, read_expected_answer, check_answer},
+      {"answer", {"command"}, read_one<read_answer>, take_answer},
       {"result",
        {"command", "update", "cache-update", "delete", "rebuild", "report"},
-       read_expected_result,
-       check_result},
-      {"records", {"command", "update"}, read_expected_records, check_records},
-      {"values", {"command", "update"}, read_expected_texts, check_values},
-      {"texts", {"report"}, read_expected_texts, check_display},
-      {"verdict", {"check"}, read_expected_code, check_verdict},
-      {"left", {"check"}, read_expected_code, check_verdict},
-      {"right", {"check"}, read_expected_code, check_verdict},
-      {"differ", {"check"}, read_expected_types, check_differing},
-      {"pass", {"check"}, read_expected_vlans, check_passing_vlans},
-      {"fail", {"check"}, read_expected_vlans, check_failing_vlans},
-      {"ports", {"check"}, read_expected_ports, check_scope_verdict},
-      {"channels", {"check"}, read_expected_channels, check_scope_verdict},
-      {"inconsistent", {"check"}, read_expected_inconsistent, check_inconsistent},
+       read_one<read_result>,
+       take_result},
+      {"records", {"command", "update"}, read_one<read_records>, take_records},
+      {"values", {"command", "update"}, read_one<read_texts>, take_texts},
+      {"texts", {"report"}, read_one<read_texts>, take_texts},
+      {"verdict", {"check"}, read_verdict<>, take_verdict},
+      {"left", {"check"}, read_verdict<0>, take_verdict},
+      {"right", {"check"}, read_verdict<1>, take_verdict},
+      {"differ", {"check"}, read_one<read_types>, take_differing, true},
+      {"pass", {"check"}, read_one<read_twins>, take_twins<&ScopeReport::pass>, true},
+      {"fail", {"check"}, read_one<read_twins>, take_twins<&ScopeReport::fail>, true},
+      {"ports", {"check"}, read_ports_verdicts, take_scope_verdict},
+      {"channels", {"check"}, read_channels_verdicts, take_scope_verdict},
+      {"inconsistent", {"check"}, read_inconsistent, take_inconsistent},
   };
   return kinds;
 }
 
-const ExpectationKind *find_expectation(const std::string &action, const std::string &key) {
-  for (const ExpectationKind &kind : expectation_kinds()) {
-    const bool is_for =
-        std::find(kind.actions.begin(), kind.actions.end(), action) != kind.actions.end();
-    if (is_for && key == kind.key) return &kind;
-  }
-  return nullptr;
-}
-
-// --- expectations that contradict each other ---
-
 // What is expected under a key; nullptr: nothing.
 template <class Value>
 const Value *find_expected(const std::vector<Expected> &expected, std::string_view key) {
-  for (const Expected &one : expected) {
-    if (key == one.kind->key) return &std::get<Value>(one.value);
-  }
-  return nullptr;
+  const auto *found = find_in(expected, [=](const Expected &one) { return key == one.kind->key; });
+  return found != nullptr ? &std::get<Value>(found->value) : nullptr;
 }
 
-// Why a check cannot come out so; empty: it can.
-std::string find_contradiction_of_check(const std::vector<Expected> &expected) {
+// Why a step cannot come out so; empty: it can.
+std::string find_contradiction(const std::vector<Expected> &expected) {
+  const auto *answer = find_expected<std::string>(expected, "answer");
+  const auto *result = find_expected<ResultCode>(expected, "result");
+  const auto *records = find_expected<std::vector<ParameterRecord>>(expected, "records");
+  const auto *values = find_expected<TextsByType>(expected, "values");
   const auto *verdict = find_expected<CheckCode>(expected, "verdict");
+  const auto *left = find_expected<CheckCode>(expected, "left");
+  const auto *right = find_expected<CheckCode>(expected, "right");
   const auto *differ = find_expected<std::vector<uint16_t>>(expected, "differ");
   const auto *pass = find_expected<Vlans>(expected, "pass");
   const auto *fail = find_expected<Vlans>(expected, "fail");
-  if (pass != nullptr && fail != nullptr && (*pass & *fail).any()) {
-    return "a VLAN passes or fails, not both";
-  }
-  if (verdict == nullptr) return "";
-  for (const char *side : switch_names) {
-    const auto *of_side = find_expected<CheckCode>(expected, side);
-    if (of_side != nullptr && *of_side != *verdict) {
-      return std::string("'verdict' is that of both switches, and '") + side +
-             "' says something else";
-    }
-  }
-  const bool agrees = verdict->code == 0;
-  if (agrees && differ != nullptr && !differ->empty()) {
-    return "a pair that agrees differs in nothing";
-  }
-  if (agrees && fail != nullptr && fail->any()) return "no VLAN fails when the pair agrees";
-  const Parameter *named = parameter_of_mismatch(verdict->code);
-  if (named != nullptr && differ != nullptr &&
-      std::find(differ->begin(), differ->end(), named->type) == differ->end()) {
-    return "the verdict names a parameter that 'differ' does not";
+  const bool agrees = verdict && verdict->code == 0;
+  const Parameter *named = verdict ? parameter_of_mismatch(verdict->code) : nullptr;
+  const std::pair<bool, const char *> contradictions[] = {
+      {answer && result && (*answer == "accepted") != (result->code == 0),
+       "a command is accepted exactly when its result is ok"},
+      {records && records->empty() && values && !values->empty(),
+       "values are handed out with records only"},
+      {pass && fail && (*pass & *fail).any(), "a VLAN passes or fails, not both"},
+      {verdict && left && *left != *verdict,
+       "'verdict' is that of both switches, and 'left' says something else"},
+      {verdict && right && *right != *verdict,
+       "'verdict' is that of both switches, and 'right' says something else"},
+      {agrees && differ && !differ->empty(), "a pair that agrees differs in nothing"},
+      {agrees && fail && fail->any(), "no VLAN fails when the pair agrees"},
+      {named && differ && std::ranges::count(*differ, named->type) == 0,
+       "the verdict names a parameter that 'differ' does not"},
+  };
+  for (const auto &[is_found, why] : contradictions) {
+    if (is_found) return why;
   }
   return "";
 }
 
-std::string find_contradiction(const std::vector<Expected> &expected) {
-  const auto *answer = find_expected<std::string>(expected, "answer");
-  const auto *result = find_expected<ResultCode>(expected, "result");
-  if (answer != nullptr && result != nullptr && (*answer == "accepted") != (result->code == 0)) {
-    return "a command is accepted exactly when its result is ok";
-  }
-  const auto *records = find_expected<std::vector<ParameterRecord>>(expected, "records");
-  const auto *values = find_expected<TextsByType>(expected, "values");
-  if (records != nullptr && records->empty() && values != nullptr && !values->empty()) {
-    return "values are handed out with records only";
-  }
-  return find_contradiction_of_check(expected);
+bool is_met(const Finding &expected, const Finding &found) {
+  const auto *wanted = std::get_if<TextsByType>(&expected);
+  if (wanted == nullptr) return found == expected;
+  const auto &texts = std::get<TextsByType>(found);
+  return std::equal(
+      wanted->begin(), wanted->end(), texts.begin(), texts.end(),
+      [](const auto &a, const auto &b) { return has_text(a.first, b.second, *a.second); });
 }
 
 }  // namespace
@@ -97,7 +297,7 @@ std::string find_contradiction(const std::vector<Expected> &expected) {
 std::vector<std::string> expectation_keys(const std::string &action) {
   std::vector<std::string> keys;
   for (const ExpectationKind &kind : expectation_kinds()) {
-    if (find_expectation(action, kind.key) != nullptr) keys.emplace_back(kind.key);
+    if (std::ranges::count(kind.actions, action) > 0) keys.emplace_back(kind.key);
   }
   return keys;
 }
@@ -110,21 +310,38 @@ std::vector<Expected> read_expectations(StepReader &reader, const YAML::Node &no
   if (node.size() == 0) reader.expected(node, "at least one of " + one_of(keys));
   const std::size_t errors = reader.errors.size();
   for (const auto &pair : node) {
-    const ExpectationKind *kind = find_expectation(action, scalar_text(pair.first));
-    if (kind != nullptr) kind->read(reader, pair.second, *kind, expected);
-  }
-  if (reader.errors.size() == errors) {
-    const std::string why = find_contradiction(expected);
-    if (!why.empty()) {
-      reader.add_error(node, "found expectations that cannot hold together: " + why,
-                       "what can be the outcome");
+    const std::string key = scalar_text(pair.first);
+    if (std::ranges::count(keys, key) == 0) continue;
+    const ExpectationKind *kind =
+        find_in(expectation_kinds(), [&](const ExpectationKind &one) { return key == one.key; });
+    for (Expected &one : kind->read(reader, pair.second)) {
+      one.kind = kind;
+      expected.push_back(std::move(one));
     }
+  }
+  const std::string why = reader.errors.size() == errors ? find_contradiction(expected) : "";
+  if (!why.empty()) {
+    reader.add_error(node, "found expectations that cannot hold together: " + why,
+                     "what can be the outcome");
   }
   return expected;
 }
 
 void check_expectations(const Step &step, StepReport &report) {
-  for (const Expected &expected : step.expected) expected.kind->check(expected, step, report);
+  for (const Expected &expected : step.expected) {
+    const ExpectationKind &kind = *expected.kind;
+    const bool is_verdict = std::holds_alternative<CheckCode>(expected.value);
+    for (std::size_t side = 0; side < (kind.is_of_pair ? 1 : step.on.size()); ++side) {
+      if (!step.on[side] || expected.side.value_or(side) != side) continue;
+      Finding found = kind.take(report, expected, side);
+      report.expectations.push_back({.key = is_verdict ? "verdict" : kind.key,
+                                     .side = kind.is_of_pair ? std::nullopt : std::optional(side),
+                                     .subject = expected.subject,
+                                     .expected = expected.value,
+                                     .found = found,
+                                     .is_met = is_met(expected.value, found)});
+    }
+  }
 }
 
 }  // namespace lab

@@ -1,25 +1,19 @@
 #include "scenario/scenario.h"
 
 #include "scenario/steps.h"
-#include "switch/state_reader.h"
+#include "switch/state_file.h"
 #include "text/file.h"
 
 namespace lab {
 namespace {
 
-constexpr const char *scenario_keys[] = {"title", "about", "twin-vlans", "switches", "steps"};
-
-std::string folder_of(const std::string &path) {
-  return path.substr(0, path.rfind('/') + 1);
-}
-
 void read_switches(StepReader &reader, const YAML::Node &node, const ReadFrom &read_from,
                    Scenario &scenario) {
   if (!node || node.IsNull()) return;
   if (!reader.mapping(node, "switches", {switch_names.begin(), switch_names.end()})) return;
+  const std::string folder = scenario.path.substr(0, scenario.path.rfind('/') + 1);
   for (std::size_t i = 0; i < switch_names.size(); ++i) {
-    scenario.settings[i] =
-        read_switch(reader, node[switch_names[i]], i, folder_of(scenario.path), read_from);
+    scenario.settings[i] = read_switch(reader, node[switch_names[i]], i, folder, read_from);
   }
 }
 
@@ -35,9 +29,8 @@ std::optional<Vlans> carried_twins(const SettingsPair &settings) {
 
 void read_root(StepReader &reader, const YAML::Node &root, const ReadFrom &read_from,
                Scenario &scenario) {
-  if (!reader.mapping(root, "a scenario", {std::begin(scenario_keys), std::end(scenario_keys)})) {
-    return;
-  }
+  const std::vector<std::string> keys = {"title", "about", "twin-vlans", "switches", "steps"};
+  if (!reader.mapping(root, "a scenario", keys)) return;
   if (root["title"]) scenario.title = reader.text(root["title"], "a title");
   if (root["about"]) scenario.about = reader.text(root["about"], "a text");
   read_switches(reader, root["switches"], read_from, scenario);
@@ -50,7 +43,10 @@ void read_root(StepReader &reader, const YAML::Node &root, const ReadFrom &read_
   }
   reader.now = scenario.settings;
   reader.twins = scenario.twins;
-  for (const auto &node : steps) scenario.steps.push_back(read_step(reader, node));
+  for (const auto &node : steps) {
+    scenario.steps.push_back(read_step(reader, node));
+    scenario.steps.back().number = scenario.steps.size();
+  }
 }
 
 }  // namespace

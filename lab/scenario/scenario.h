@@ -9,7 +9,7 @@
 #include "pair/pair.h"
 #include "pair/scopes.h"
 #include "report/run.h"
-#include "switch/state_reader.h"
+#include "switch/state_file.h"
 #include "text/error.h"
 
 namespace lab {
@@ -18,27 +18,22 @@ struct ExpectationKind;
 
 // What is expected of a step.
 struct Expected {
-  const ExpectationKind *kind;
-  std::string subject;              // a port or a channel; empty: the whole step
-  std::optional<std::size_t> side;  // nothing: each that the step is on
-  Finding value;
+  const ExpectationKind *kind = nullptr;
+  std::string subject = {};              // a port or a channel; empty: the whole step
+  std::optional<std::size_t> side = {};  // nothing: each that the step is on
+  Finding value = {};
 };
 
 // What a check looks at; the channels are those of the time when it is made.
 struct CheckPlan {
   bool of_switch = false;
   bool all_channels = false;
-  std::vector<std::string> channels;  // by name
+  std::string channel;  // the name of one
   std::vector<PairScope> ports;
   std::optional<Vlans> twins;  // nothing: disabled VLANs are left out
 };
 
-struct Step {
-  int line = 0;
-  std::string action;   // the step's key: "command", "check", ...
-  std::string summary;  // for a person: "no stp-mode"
-  std::string note;
-  std::array<bool, 2> on = {true, true};
+struct Step : StepHead {
   std::vector<Requests> requests;  // for the switches, in order
   std::optional<CheckPlan> check;
   std::string saved_as;      // the name of the array that is exported
@@ -69,5 +64,8 @@ ReadScenario read_scenario_text(const std::string &path, const std::string &text
 
 // Can what-if be asked about a step?
 bool changes_settings(const Step &step);
+
+// Check all that is expected of a step against its report, and add it there.
+void check_expectations(const Step &step, StepReport &report);
 
 }  // namespace lab

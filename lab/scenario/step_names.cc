@@ -1,15 +1,22 @@
-// The ports and channels that steps and expectations name.
+// The ports, channels and records that steps and expectations name.
 
-#include <algorithm>
+#include <set>
 
 #include "scenario/steps.h"
 
 namespace lab {
 namespace {
 
+constexpr char port_example[] = "0x1000-0x1003,0x2000";
+
 // Ports by their names, separated by commas.
 std::vector<PortOfPair> read_named_ports(StepReader &reader, const YAML::Node &node,
                                          const std::string &what) {
+  std::set<std::string> names;
+  for (const Settings &settings : reader.now) {
+    for (const Port &port : settings.ports) names.insert(port.name);
+  }
+  names.erase("");
   std::vector<PortOfPair> ports;
   const std::string text = scalar_text(node);
   for (const std::string_view part : split(text, ',')) {
@@ -17,39 +24,41 @@ std::vector<PortOfPair> read_named_ports(StepReader &reader, const YAML::Node &n
     name.erase(0, name.find_first_not_of(' '));
     name.erase(name.find_last_not_of(' ') + 1);
     PortOfPair port;
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < port.size(); ++i) {
-      if (const Port *known = find_port(reader.now[i], name); known != nullptr) {
-        port[i] = known->index;
-      }
-      for (const Port &known : reader.now[i].ports) {
-        if (!known.name.empty()) names.push_back(known.name);
-      }
+    for (std::size_t side = 0; side < port.size(); ++side) {
+      if (const Port *known = find_port(reader.now[side], name)) port[side] = known->index;
     }
     if (port[0] || port[1]) {
       ports.push_back(port);
-      continue;
+    } else {
+      reader.add_error(
+          node, "found '" + name + "'",
+          what + ": port indexes, for instance " + port_example +
+              (names.empty() ? "" : ", or names: " + one_of({names.begin(), names.end()}, name)));
     }
-    std::sort(names.begin(), names.end());
-    names.erase(std::unique(names.begin(), names.end()), names.end());
-    reader.add_error(node, "found '" + name + "'",
-                     what + ": port indexes, for instance 0x1000-0x1003,0x2000" +
-                         (names.empty() ? "" : ", or names: " + one_of(names, name)));
   }
   return ports;
+}
+
+// A port as reports call it, by its name or its index; "" where there is none such.
+std::string find_name_of_port(const StepReader &reader, const std::string &given) {
+  const auto index = parse_number(given);
+  for (const Settings &settings : reader.now) {
+    const Port *port = index ? find_port(settings, *index) : find_port(settings, given);
+    if (port != nullptr) return port_name(*port);
+  }
+  return index ? port_text(*index) : "";
 }
 
 }  // namespace
 
 std::vector<PortOfPair> read_ports(StepReader &reader, const YAML::Node &node,
                                    const std::string &what) {
-  const ParsedRanges parsed = parse_ranges(node.IsScalar() ? node.Scalar() : "-", UINT32_MAX);
-  if (node.IsScalar() && parsed.fault == RangeFault::no_list) {
+  if (node.IsScalar() && parse_ranges(node.Scalar(), UINT32_MAX).fault == RangeFault::no_list) {
     return read_named_ports(reader, node, what);
   }
   std::vector<PortOfPair> ports;
   for (const auto &[first, last] :
-       reader.ranges(node, what + ": port indexes", UINT32_MAX, "0x1000-0x1003,0x2000")) {
+       reader.ranges(node, what + ": port indexes", UINT32_MAX, port_example)) {
     std::set<uint32_t> indexes;
     for (const Settings &settings : reader.now) {
       for (const Port &port : ports_between(settings, first, last)) indexes.insert(port.index);
@@ -82,22 +91,41 @@ PairScope scope_of(const PortOfPair &port, const SettingsPair &now) {
 
 std::string read_channel_name(StepReader &reader, const YAML::Node &node,
                               const std::string &given) {
-  std::vector<std::string> names;
+  std::set<std::string> names;
   for (const Settings &settings : reader.now) {
     for (const std::string &name : {given, std::string(channel_word) + given}) {
       if (find_channel(settings, name) != nullptr) return name;
     }
     for (const Channel &channel : settings.channels) {
       const bool is_number = channel.name.starts_with(channel_word);
-      names.push_back(is_number ? channel.name.substr(channel_word.size()) : channel.name);
+      names.insert(is_number ? channel.name.substr(channel_word.size()) : channel.name);
     }
   }
-  std::sort(names.begin(), names.end());
-  names.erase(std::unique(names.begin(), names.end()), names.end());
   reader.add_error(node, "found channel '" + printable(given) + "'",
                    names.empty() ? "a channel, but no port belongs to one"
-                                 : "a channel of one of the switches: " + one_of(names, given));
+                                 : "a channel of one of the switches: " +
+                                       one_of({names.begin(), names.end()}, given));
   return "";
+}
+
+std::vector<ParameterRecord> read_records(StepReader &reader, const YAML::Node &node) {
+  std::vector<ParameterRecord> records;
+  const std::string example = "for instance [stp-mode, ifi-port-type@0x1000]";
+  if (!reader.sequence(node, "a list of records, " + example)) return records;
+  for (const auto &record : node) {
+    const std::string given = reader.text(record, "a record");
+    const std::size_t at = given.find('@');
+    const Parameter *known = find_parameter(std::string_view(given).substr(0, at));
+    const std::string port =
+        at == given.npos ? "" : find_name_of_port(reader, given.substr(at + 1));
+    if (known == nullptr || known->is_global != port.empty()) {
+      reader.expected(record,
+                      "a parameter of the switch, or one of an interface and its port, " + example);
+      continue;
+    }
+    records.push_back({.type = known->type, .port = port});
+  }
+  return records;
 }
 
 }  // namespace lab

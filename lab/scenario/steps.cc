@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <csignal>
 
-#include "scenario/expectations.h"
 #include "standin.h"
-#include "switch/state_reader.h"
+#include "switch/state_file.h"
 
 namespace lab {
 namespace {
@@ -19,56 +18,31 @@ const Words signal_words = {
 
 // --- what is asked ---
 
-// Let each switch that a step is on be asked for one scope.
+// The same of both switches.
 template <class Asked>
-void ask_of_switch(Step &step, Asked asked) {
-  asked.scope = {};
-  Requests requests;
-  for (std::size_t i = 0; i < requests.size(); ++i) {
-    if (step.on[i]) requests[i] = Request{false, asked};
-  }
-  step.requests.push_back(std::move(requests));
+void ask_both(Step &step, const Asked &asked) {
+  add_requests(step, {Request{false, asked}, Request{false, asked}});
 }
 
+// Of ports, one by one.
 template <class Asked>
-void ask_of_ports(Step &step, const std::vector<PortOfPair> &ports, Asked asked) {
+void ask_ports(Step &step, const std::vector<PortOfPair> &ports, Asked asked) {
   for (const PortOfPair &port : ports) {
     Requests requests;
-    for (std::size_t i = 0; i < requests.size(); ++i) {
-      if (!step.on[i] || !port[i]) continue;
-      asked.scope = {false, *port[i]};
-      requests[i] = Request{false, asked};
+    for (std::size_t side = 0; side < requests.size(); ++side) {
+      if (!port[side]) continue;
+      asked.scope = {false, *port[side]};
+      requests[side] = Request{false, asked};
     }
-    step.requests.push_back(std::move(requests));
+    add_requests(step, std::move(requests));
   }
-}
-
-// Of "switch", or of ports.
-template <class Asked>
-void ask_of(StepReader &reader, const YAML::Node &value, const std::string &what, Step &step,
-            Asked asked) {
-  if (scalar_text(value) == "switch") return ask_of_switch(step, asked);
-  if (!value.IsScalar() || value.Scalar().empty()) {
-    return reader.expected(value, what + ": switch, or ports");
-  }
-  ask_of_ports(step, read_ports(reader, value, what + " (switch, or ports)"), asked);
 }
 
 // Of the switch, unless the step has a key "port".
 template <class Asked>
 void ask_by_port(StepReader &reader, const YAML::Node &node, Step &step, Asked asked) {
-  if (!node["port"]) return ask_of_switch(step, asked);
-  ask_of_ports(step, read_ports(reader, node["port"], "port"), asked);
-}
-
-// The same of each switch, whatever it is about.
-template <class Asked>
-void ask_each(Step &step, const Asked &asked) {
-  Requests requests;
-  for (std::size_t i = 0; i < requests.size(); ++i) {
-    if (step.on[i]) requests[i] = Request{false, asked};
-  }
-  step.requests.push_back(std::move(requests));
+  if (!node["port"]) return ask_both(step, asked);
+  ask_ports(step, read_ports(reader, node["port"], "port"), std::move(asked));
 }
 
 std::string of_port(const YAML::Node &node) {
@@ -81,20 +55,21 @@ template <class Asked>
 void read_update(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
   Asked update;
   update.entries = read_parameters(reader, value, step.action);
-  std::string keys;
-  for (const Entry &entry : update.entries) {
-    keys += (keys.empty() ? " " : ", ") + parameter_key(entry.type);
-  }
-  step.summary = step.action + of_port(node) + ":" + keys;
+  std::vector<std::string> keys;
+  for (const Entry &entry : update.entries) keys.push_back(parameter_key(entry.type));
+  step.summary = step.action + of_port(node) + ":" + (keys.empty() ? "" : " ") + join(keys);
   ask_by_port(reader, node, step, std::move(update));
 }
 
-void read_delete(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
-  ask_of(reader, value, "what to delete", step, Delete{});
-}
-
-void read_report(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
-  ask_of(reader, value, "what to report", step, Report{});
+// Of "switch", or of ports.
+template <class Asked>
+void read_scopes(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
+  const std::string what = "what to " + step.action;
+  if (scalar_text(value) == "switch") return ask_both(step, Asked{});
+  if (!value.IsScalar() || value.Scalar().empty()) {
+    return reader.expected(value, what + ": switch, or ports");
+  }
+  ask_ports(step, read_ports(reader, value, what + " (switch, or ports)"), Asked{});
 }
 
 void read_export(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
@@ -102,18 +77,18 @@ void read_export(StepReader &reader, const YAML::Node &node, const YAML::Node &v
     step.saved_as = reader.text(node["as"], "a name for the array");
     reader.saved.insert(step.saved_as);
   }
-  ask_of(reader, value, "what to export", step, Export{});
+  read_scopes<Export>(reader, node, value, step);
   if (step.requests.size() > 1) reader.expected(value, "the switch or one port");
 }
 
 void read_rebuild(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
   step.rebuilt_from = reader.text(value, "the name of an exported array");
   if (!reader.saved.contains(step.rebuilt_from)) {
-    const std::vector<std::string> names(reader.saved.begin(), reader.saved.end());
+    const std::set<std::string> &names = reader.saved;
     reader.expected(value, names.empty()
                                ? "an array, but no step before has exported one 'as' a name"
                                : "an array that a step before has exported: " +
-                                     one_of(names, step.rebuilt_from));
+                                     one_of({names.begin(), names.end()}, step.rebuilt_from));
   }
   step.summary = "rebuild" + of_port(node) + " from " + step.rebuilt_from;
   ask_by_port(reader, node, step, Rebuild{});
@@ -123,15 +98,13 @@ void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &va
   CheckPlan plan;
   const std::string given = value.IsScalar() ? value.Scalar() : "";
   const std::string what = "what to check: all, switch, channel and its number or name, or ports";
-  if (given == "all") {
-    plan.of_switch = plan.all_channels = true;
-  } else if (given == "switch") {
-    plan.of_switch = true;
-  } else if (given.starts_with(channel_word)) {
-    plan.channels = {read_channel_name(reader, value, given.substr(channel_word.size()))};
+  plan.all_channels = given == "all";
+  plan.of_switch = given == "switch" || plan.all_channels;
+  if (given.starts_with(channel_word)) {
+    plan.channel = read_channel_name(reader, value, given.substr(channel_word.size()));
   } else if (given.empty()) {
     reader.expected(value, what);
-  } else {
+  } else if (!plan.of_switch) {
     for (const PortOfPair &port : read_ports(reader, value, what)) {
       plan.ports.push_back(scope_of(port, reader.now));
     }
@@ -142,10 +115,14 @@ void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &va
 }
 
 void read_change_step(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
-  const std::array<WorldChange, 2> changes = read_change(reader, value, step.on, reader.now);
   Requests requests;
-  for (std::size_t i = 0; i < requests.size(); ++i) {
-    if (step.on[i]) requests[i] = Request{false, ChangeWorld{changes[i]}};
+  for (std::size_t side = 0; side < requests.size(); ++side) {
+    if (!step.on[side]) continue;
+    // Of a value that is no mapping, nothing can be read. An error of both sides is reported once.
+    const WorldChange change = reader.mapping(value, "a change", world_keys)
+                                   ? read_world(reader, value, reader.now[side], true)
+                                   : WorldChange{};
+    requests[side] = Request{false, ChangeWorld{change}};
   }
   step.requests.push_back(std::move(requests));
   step.summary = "change";
@@ -159,17 +136,17 @@ void read_fail(StepReader &reader, const YAML::Node &node, const YAML::Node &val
   if (node["nth"]) fail.nth = reader.number(node["nth"], "nth", 1);
   if (node["times"]) fail.times = reader.number(node["times"], "times");
   step.summary = "fail " + scalar_text(value) + " " + std::to_string(fail.nth);
-  ask_each(step, fail);
+  ask_both(step, fail);
 }
 
 void read_crash(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
-  ask_each(step, Crash{int32_t(reader.word(value, "a signal", signal_words, false))});
+  ask_both(step, Crash{int32_t(reader.word(value, "a signal", signal_words, false))});
 }
 
 // --- the rows ---
 
 struct StepKind {
-  const char *action;
+  std::string action;
   std::vector<std::string> keys;  // in addition to the action's own, "on", "note" and "expect"
   void (*read)(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step);
   bool always_on_both = false;
@@ -180,11 +157,11 @@ const std::vector<StepKind> &step_kinds() {
       {"command", command_step_keys(), read_command},
       {"update", {"port"}, read_update<Update>},
       {"cache-update", {"port"}, read_update<CacheUpdate>},
-      {"delete", {}, read_delete},
+      {"delete", {}, read_scopes<Delete>},
       {"export", {"as"}, read_export},
       {"rebuild", {"port"}, read_rebuild},
       {"check", {"twin-vlans"}, read_check, true},
-      {"report", {}, read_report},
+      {"report", {}, read_scopes<Report>},
       {"change", {}, read_change_step},
       {"fail", {"nth", "times"}, read_fail},
       {"crash", {}, read_crash},
@@ -192,39 +169,33 @@ const std::vector<StepKind> &step_kinds() {
   return kinds;
 }
 
-const StepKind *kind_of(const YAML::Node &key) {
-  for (const StepKind &kind : step_kinds()) {
-    if (key.IsScalar() && key.Scalar() == kind.action) return &kind;
-  }
-  return nullptr;
-}
-
 // The action of a step, with its value; nullptr when it has none.
 const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::Node &value) {
   const StepKind *kind = nullptr;
-  std::vector<std::string> others;
+  std::optional<std::string> other;
   for (const auto &pair : node.IsMap() ? node : YAML::Node(YAML::NodeType::Map)) {
-    const StepKind *known = kind_of(pair.first);
+    const std::string key = scalar_text(pair.first);
+    const StepKind *known =
+        find_in(step_kinds(), [&](const StepKind &one) { return one.action == key; });
     if (known == nullptr) {
-      others.push_back(scalar_text(pair.first));
-    } else if (kind != nullptr && kind != known) {
-      reader.add_error(
-          pair.first,
-          std::string("found '") + known->action + "' together with '" + kind->action + "'",
-          "one thing to do in a step");
+      if (!other) other = key;
     } else if (kind == nullptr) {
       kind = known;
       value.reset(pair.second);
+    } else if (kind != known) {
+      reader.add_error(pair.first,
+                       "found '" + known->action + "' together with '" + kind->action + "'",
+                       "one thing to do in a step");
     }
   }
   if (kind != nullptr) return kind;
   std::vector<std::string> actions;
-  for (const StepKind &known : step_kinds()) actions.emplace_back(known.action);
-  if (others.empty()) {
+  for (const StepKind &known : step_kinds()) actions.push_back(known.action);
+  if (!other) {
     reader.expected(node, "a step with one of " + one_of(actions));
   } else {
-    reader.add_error(node, "found a step with '" + others.front() + "'",
-                     "a step with one of " + one_of(actions, others.front()));
+    reader.add_error(node, "found a step with '" + *other + "'",
+                     "a step with one of " + one_of(actions, *other));
   }
   return nullptr;
 }
@@ -239,6 +210,13 @@ void read_on(StepReader &reader, const YAML::Node &node, Step &step) {
 
 }  // namespace
 
+void add_requests(Step &step, Requests requests) {
+  for (std::size_t side = 0; side < requests.size(); ++side) {
+    if (!step.on[side]) requests[side].reset();
+  }
+  step.requests.push_back(std::move(requests));
+}
+
 Step read_step(StepReader &reader, const YAML::Node &node) {
   Step step;
   step.line = node.Mark().line + 1;
@@ -249,18 +227,18 @@ Step read_step(StepReader &reader, const YAML::Node &node) {
   step.summary = step.action + (value.IsScalar() ? " " + scalar_text(value) : "");
   std::vector<std::string> keys = {step.action, "note"};
   if (!kind->always_on_both) keys.emplace_back("on");
-  const std::vector<std::string> expected = expectation_keys(step.action);
-  if (!expected.empty()) keys.emplace_back("expect");
+  const bool is_expected = node["expect"].IsDefined();
+  const bool can_expect = !expectation_keys(step.action).empty();
+  if (can_expect || is_expected) keys.emplace_back("expect");
   keys.insert(keys.end(), kind->keys.begin(), kind->keys.end());
-  if (node["expect"] && expected.empty()) {
+  if (is_expected && !can_expect) {
     reader.add_error(node["expect"], "nothing can be expected of '" + step.action + "'");
-    keys.emplace_back("expect");
   }
   reader.mapping(node, "a '" + step.action + "' step", keys);
   if (node["on"] && !kind->always_on_both) read_on(reader, node["on"], step);
   if (node["note"]) step.note = reader.text(node["note"], "a note");
   kind->read(reader, node, value, step);
-  if (node["expect"] && !expected.empty()) {
+  if (is_expected && can_expect) {
     step.expected = read_expectations(reader, node["expect"], step.action);
   }
   return step;

@@ -19,9 +19,17 @@ struct StepReader : Reader {
 
 Step read_step(StepReader &reader, const YAML::Node &node);
 
+// Asks those switches that the step is on.
+void add_requests(Step &step, Requests requests);
+
 // The step `command`, whose attributes are rows of their own.
 void read_command(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step);
 std::vector<std::string> command_step_keys();
+
+// The keys of what can be expected of a step.
+std::vector<std::string> expectation_keys(const std::string &action);
+std::vector<Expected> read_expectations(StepReader &reader, const YAML::Node &node,
+                                        const std::string &action);
 
 // --- what steps and expectations name ---
 
@@ -40,5 +48,8 @@ PairScope scope_of(const PortOfPair &port, const SettingsPair &now);
 
 // A channel, by its number or its name, that one of the switches has; its name.
 std::string read_channel_name(StepReader &reader, const YAML::Node &node, const std::string &given);
+
+// [stp-mode, ifi-port-type@0x1000]
+std::vector<ParameterRecord> read_records(StepReader &reader, const YAML::Node &node);
 
 }  // namespace lab

@@ -1,7 +1,8 @@
 #include "switch/names.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <cstdio>
 
 #include "draimiofaf/types.h"
 #include "text/text.h"
@@ -122,20 +123,16 @@ std::string parameter_key(uint32_t type) {
 std::string result_name(uint32_t code) {
   if (code == 0) return "agree";
   const auto *known = find_in(results(), [=](const ResultInfo &r) { return r.code == code; });
-  if (known != nullptr) return known->name;
-  char text[16];
-  std::snprintf(text, sizeof text, "0x%08X", code);
-  return text;
+  return known != nullptr ? known->name : fmt::format("0x{:08X}", code);
 }
 
 std::optional<uint32_t> find_result(std::string_view name) {
   const std::string key = key_of(name);
   if (key == "agree" || key == "ok") return 0;
-  for (const auto &[full, code] : results()) {
-    const std::string known = key_of(full);
-    for (const std::string_view before : {"", "stp-mcec-", "stp-mcec-err-", "stp-mcec-result-"}) {
-      if (known.starts_with(before) && known.substr(before.size()) == key) return code;
-    }
+  for (const std::string before : {"", "stp-mcec-", "stp-mcec-err-", "stp-mcec-result-"}) {
+    const auto *known =
+        find_in(results(), [&](const ResultInfo &r) { return key_of(r.name) == before + key; });
+    if (known != nullptr) return known->code;
   }
   return parse_number(name);
 }

@@ -6,25 +6,16 @@
 #include "switch/values.h"
 
 namespace lab {
-namespace {
 
-auto port_place(auto &ports, uint32_t index) {
-  return std::lower_bound(ports.begin(), ports.end(), index,
-                          [](const Port &port, uint32_t wanted) { return port.index < wanted; });
+std::span<const Port> ports_between(const Settings &settings, uint32_t first, uint32_t last) {
+  const auto &ports = settings.ports;
+  return {std::ranges::lower_bound(ports, first, {}, &Port::index),
+          std::ranges::upper_bound(ports, last, {}, &Port::index)};
 }
-
-auto channel_place(auto &channels, std::string_view name) {
-  return std::lower_bound(channels.begin(), channels.end(), name,
-                          [](const Channel &channel, std::string_view wanted) {
-                            return natural_less(channel.name, wanted);
-                          });
-}
-
-}  // namespace
 
 const Port *find_port(const Settings &settings, uint32_t index) {
-  const auto at = port_place(settings.ports, index);
-  return at != settings.ports.end() && at->index == index ? &*at : nullptr;
+  const std::span<const Port> found = ports_between(settings, index, index);
+  return found.empty() ? nullptr : &found[0];
 }
 
 const Port *find_port(const Settings &settings, std::string_view name) {
@@ -36,8 +27,7 @@ const Channel *find_channel(const Settings &settings, uint32_t id) {
 }
 
 const Channel *find_channel(const Settings &settings, std::string_view name) {
-  const auto at = channel_place(settings.channels, name);
-  return at != settings.channels.end() && at->name == name ? &*at : nullptr;
+  return find_in(settings.channels, [=](const Channel &channel) { return channel.name == name; });
 }
 
 const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type) {
@@ -56,16 +46,8 @@ std::optional<uint32_t> running_mode(const Settings &settings) {
   return word_of(mode->value);
 }
 
-std::span<const Port> ports_between(const Settings &settings, uint32_t first, uint32_t last) {
-  const auto begin = port_place(settings.ports, first);
-  const auto end =
-      std::upper_bound(begin, settings.ports.end(), last,
-                       [](uint32_t wanted, const Port &port) { return wanted < port.index; });
-  return {begin, end};
-}
-
 Port &port_at(Settings &settings, uint32_t index) {
-  auto at = port_place(settings.ports, index);
+  auto at = std::ranges::lower_bound(settings.ports, index, {}, &Port::index);
   if (at == settings.ports.end() || at->index != index) {
     at = settings.ports.insert(at, Port{});
     at->index = index;
@@ -74,12 +56,17 @@ Port &port_at(Settings &settings, uint32_t index) {
 }
 
 Channel &channel_named(Settings &settings, const std::string &name) {
-  auto at = channel_place(settings.channels, name);
+  auto at = std::ranges::lower_bound(settings.channels, name, natural_less, &Channel::name);
   if (at == settings.channels.end() || at->name != name) {
     at = settings.channels.insert(at, Channel{});
     at->name = name;
   }
   return *at;
+}
+
+void put_entry(std::vector<Entry> &entries, const Entry &entry) {
+  std::erase_if(entries, [&](const Entry &before) { return before.type == entry.type; });
+  entries.push_back(entry);
 }
 
 std::string port_name(const Port &port) {

@@ -98,7 +98,7 @@ struct WorldChange {
   std::optional<bool> trunk;
   std::optional<Vlans> user_vlans;
   std::vector<Channel> channels;
-  std::vector<Port> ports;  // without their parameters
+  std::vector<Port> ports;
 };
 
 // Of both switches, left and right.
@@ -125,6 +125,9 @@ std::span<const Port> ports_between(const Settings &settings, uint32_t first, ui
 // returned before may have moved.
 Port &port_at(Settings &settings, uint32_t index);
 Channel &channel_named(Settings &settings, const std::string &name);
+
+// Adds a parameter, or replaces the one of its type.
+void put_entry(std::vector<Entry> &entries, const Entry &entry);
 
 // The name, or the index of a port that has none.
 std::string port_name(const Port &port);

@@ -1,27 +1,22 @@
-#include "switch/state_reader.h"
-
 #include <algorithm>
 
-#include "switch/names.h"
+#include "switch/state_file.h"
 #include "switch/values.h"
-#include "switch/world.h"
-#include "text/key_rules.h"
 
 namespace lab {
 namespace {
 
-constexpr KeyRule<Domain> domain_rules[] = {
-    {"id", [](Reader &reader, const YAML::Node &value,
-              Domain &domain) { domain.id = reader.verbatim(value, "the id of a domain"); }},
-    {"system-id",
-     [](Reader &reader, const YAML::Node &value, Domain &domain) {
-       domain.system_id = reader.verbatim(value, "the id of a system");
-     }},
-    {"source", [](Reader &reader, const YAML::Node &value,
-                  Domain &domain) { domain.source = reader.verbatim(value, "an address"); }},
-    {"peer", [](Reader &reader, const YAML::Node &value,
-                Domain &domain) { domain.peer = reader.verbatim(value, "an address"); }},
-};
+Domain read_domain(Reader &reader, const YAML::Node &node) {
+  Domain domain;
+  if (!reader.mapping(node, "a domain", {"id", "system-id", "source", "peer"})) return domain;
+  if (node["id"]) domain.id = reader.verbatim(node["id"], "the id of a domain");
+  if (node["system-id"]) {
+    domain.system_id = reader.verbatim(node["system-id"], "the id of a system");
+  }
+  if (node["source"]) domain.source = reader.verbatim(node["source"], "an address");
+  if (node["peer"]) domain.peer = reader.verbatim(node["peer"], "an address");
+  return domain;
+}
 
 std::vector<std::string> timer_keys() {
   std::vector<std::string> keys;
@@ -50,56 +45,36 @@ void read_vlan_timers(Reader &reader, const YAML::Node &node, Settings &settings
   }
 }
 
-constexpr KeyRule<Settings> switch_rules[] = {
-    {"name", [](Reader &reader, const YAML::Node &value,
-                Settings &settings) { settings.name = reader.name(value, "the switch's name"); }},
-    {"address",
-     [](Reader &reader, const YAML::Node &value, Settings &settings) {
-       settings.address = reader.verbatim(value, "the switch's address");
-     }},
-    {"spanning-tree",
-     [](Reader &reader, const YAML::Node &value, Settings &settings) {
-       settings.spanning_tree = reader.boolean(value, "spanning-tree");
-     }},
-    {"domains",
-     [](Reader &reader, const YAML::Node &value, Settings &settings) {
-       settings.domains.clear();
-       read_list(reader, value, "a list of domains", [&](const YAML::Node &domain) {
-         read_mapping<Domain>(reader, domain, "a domain", domain_rules,
-                              settings.domains.emplace_back());
-       });
-     }},
-    {"timers",
-     [](Reader &reader, const YAML::Node &value, Settings &settings) {
-       if (reader.mapping(value, "timers", timer_keys())) {
-         settings.timers = read_timers(reader, value);
-       }
-     }},
-    {"vlan-timers",
-     [](Reader &reader, const YAML::Node &value, Settings &settings) {
-       settings.vlan_timers.clear();
-       read_list(reader, value, "a list of timers of VLANs",
-                 [&](const YAML::Node &timers) { read_vlan_timers(reader, timers, settings); });
-     }},
-    {"parameters",
-     [](Reader &reader, const YAML::Node &value, Settings &settings) {
-       for (const Entry &entry : read_parameters(reader, value, "parameters", true)) {
-         put_entry(settings.parameters, entry);
-       }
-     }},
-};
-
-std::vector<std::string> keys_of_switch() {
-  std::vector<std::string> keys = world_keys();
-  add_keys<Settings>(keys, switch_rules);
+std::vector<std::string> switch_keys() {
+  std::vector<std::string> keys = world_keys;
+  keys.insert(keys.end(), {"name", "address", "spanning-tree", "domains", "timers", "vlan-timers",
+                           "parameters"});
   return keys;
 }
 
 void read_settings(Reader &reader, const YAML::Node &node, Settings &settings) {
-  const World world = read_world(reader, node, true);
-  check_collisions(reader, node, settings, world);
-  change_by(world, settings);
-  read_values<Settings>(reader, node, switch_rules, settings);
+  read_world(reader, node, settings, false);
+  if (node["name"]) settings.name = reader.name(node["name"], "the switch's name");
+  if (node["address"]) {
+    settings.address = reader.verbatim(node["address"], "the switch's address");
+  }
+  if (node["spanning-tree"]) {
+    settings.spanning_tree = reader.boolean(node["spanning-tree"], "spanning-tree");
+  }
+  if (node["domains"]) settings.domains.clear();
+  read_list(reader, node["domains"], "a list of domains", [&](const YAML::Node &domain) {
+    settings.domains.push_back(read_domain(reader, domain));
+  });
+  if (node["timers"] && reader.mapping(node["timers"], "timers", timer_keys())) {
+    settings.timers = read_timers(reader, node["timers"]);
+  }
+  if (node["vlan-timers"]) settings.vlan_timers.clear();
+  read_list(reader, node["vlan-timers"], "a list of timers of VLANs",
+            [&](const YAML::Node &timers) { read_vlan_timers(reader, timers, settings); });
+  if (!node["parameters"]) return;
+  for (const Entry &entry : read_parameters(reader, node["parameters"], "parameters", true)) {
+    put_entry(settings.parameters, entry);
+  }
 }
 
 // The settings of another file: a state file, or a dump.
@@ -153,7 +128,7 @@ Settings read_switch(Reader &reader, const YAML::Node &node, std::size_t side,
   Settings settings;
   if (!node.IsDefined() || node.IsNull()) return settings;
   const std::string what = std::string("switch ") + switch_names.at(side);
-  std::vector<std::string> keys = keys_of_switch();
+  std::vector<std::string> keys = switch_keys();
   keys.emplace_back("from");
   if (!reader.mapping(node, what, keys)) return settings;
   if (node["from"]) {
@@ -164,20 +139,15 @@ Settings read_switch(Reader &reader, const YAML::Node &node, std::size_t side,
 }
 
 bool is_state_file(std::string_view text) {
-  text = without_byte_order_mark(text);
   bool is_yaml = false;
-  for (std::size_t line = 0; line < text.size();) {
-    const std::size_t end = std::min(text.find('\n', line), text.size());
-    const std::string_view all = text.substr(line, end - line);
-    line = end + 1;
-    const std::size_t first = all.find_first_not_of(" \t\r");
-    if (first == all.npos) continue;
+  for (const std::string_view line : split(without_byte_order_mark(text), '\n')) {
+    const std::size_t first = line.find_first_not_of(" \t\r");
+    if (first == line.npos) continue;
     // JSON, at the beginning or behind lines of something else.
-    if (all[0] == '{') return false;
+    if (line[0] == '{') return false;
     if (is_yaml) continue;
-    const std::string_view word = all.substr(first, all.find_first_of(": \r", first) - first);
-    is_yaml = all[first] == '#' || all.starts_with("---") ||
-              all.substr(first + word.size()).starts_with(':');
+    const std::size_t end = std::min(line.find_first_of(": \r", first), line.size());
+    is_yaml = line[first] == '#' || line.starts_with("---") || line.substr(end).starts_with(':');
     if (!is_yaml) return false;
   }
   return is_yaml;
@@ -187,34 +157,13 @@ ReadSettings read_state(const std::string &text) {
   ReadSettings read;
   Reader reader;
   read_yaml(text, "a state file", reader, [&](const YAML::Node &root) {
-    if (reader.mapping(root, "a state file", keys_of_switch())) {
+    if (reader.mapping(root, "a state file", switch_keys())) {
       read_settings(reader, root, read.settings);
     }
   });
   read.errors = std::move(reader.errors);
   sort_errors(read.errors);
   return read;
-}
-
-std::array<WorldChange, 2> read_change(Reader &reader, const YAML::Node &node,
-                                       const std::array<bool, 2> &on, SettingsPair &now) {
-  std::array<WorldChange, 2> changes;
-  if (!reader.mapping(node, "a change", world_keys())) return changes;
-  const World world = read_world(reader, node, false);
-  for (std::size_t i = 0; i < on.size(); ++i) {
-    if (on[i]) check_collisions(reader, node, now[i], world);
-  }
-  for (std::size_t i = 0; i < on.size(); ++i) {
-    if (on[i]) changes[i] = change_by(world, now[i]);
-  }
-  return changes;
-}
-
-void apply(const WorldChange &change, Settings &settings) {
-  if (change.trunk) settings.trunk = *change.trunk;
-  if (change.user_vlans) settings.user_vlans = *change.user_vlans;
-  if (!change.channels.empty()) settings.channels = change.channels;
-  for (const Port &port : change.ports) port_at(settings, port.index) = port;
 }
 
 }  // namespace lab

@@ -1,5 +1,8 @@
 #include "switch/vlans.h"
 
+#include <fmt/format.h>
+#include <nettle/hmac.h>
+
 #include <algorithm>
 
 #include "draimiofaf/foundation.h"
@@ -68,11 +71,9 @@ Bytes vlan_record(const Vlans &vlans) {
 
 Vlans vlans_of_record(const Bytes &record) {
   Vlans vlans;
-  for (std::size_t at = offsetof(bmp4096_t, bmp); at < std::min(record.size(), sizeof(bmp4096_t));
-       ++at) {
-    for (uint32_t bit = 0; bit < 8; ++bit) {
-      if ((record[at] & 0x80U >> bit) != 0) vlans.set((at - offsetof(bmp4096_t, bmp)) * 8 + bit);
-    }
+  for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
+    const std::size_t at = offsetof(bmp4096_t, bmp) + vlan / 8;
+    vlans[vlan] = at < record.size() && (record[at] & 0x80U >> vlan % 8) != 0;
   }
   return vlans;
 }
@@ -97,14 +98,20 @@ std::map<uint32_t, Vlans> instances_of(const Bytes &map) {
   return instances;
 }
 
-std::string vlan_map_text(const Bytes &map) {
-  const std::map<uint32_t, Vlans> instances = instances_of(map);
-  if (instances.empty()) return "all VLANs in instance 0";
-  std::string text;
-  for (const auto &[instance, vlans] : instances) {
-    text += (text.empty() ? "" : "; ") + std::to_string(instance) + ": " + vlan_text(vlans);
-  }
-  return text;
+std::string region_digest(const Bytes &map) {
+  // The standard's key, the same in every bridge: the digest is a checksum, not a secret.
+  static constexpr uint8_t key[] = {0x13, 0xAC, 0x06, 0xA6, 0x2E, 0x47, 0xFD, 0x51,
+                                    0xF9, 0x5D, 0x2B, 0xA2, 0x43, 0xCD, 0x03, 0x46};
+  Bytes table = map;
+  table.resize(std::size_t{2} * vlan_count);
+  set_instance(table, 0, 0);
+  set_instance(table, vlan_count - 1, 0);
+  hmac_md5_ctx context;
+  hmac_md5_set_key(&context, sizeof key, key);
+  hmac_md5_update(&context, table.size(), table.data());
+  Bytes digest(MD5_DIGEST_SIZE);
+  hmac_md5_digest(&context, digest.size(), digest.data());
+  return fmt::format("{:02X}", fmt::join(digest, ""));
 }
 
 }  // namespace lab

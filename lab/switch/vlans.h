@@ -17,11 +17,9 @@ class Node;
 
 namespace lab {
 
-// --- VLANs ---
+struct Reader;
 
 constexpr uint32_t vlan_count = 4096;
-
-struct Reader;
 
 // The VLANs 0 to 4095.
 using Vlans = std::bitset<vlan_count>;
@@ -55,7 +53,9 @@ void set_instance(Bytes &map, uint32_t vlan, uint32_t instance);
 // The VLANs of every instance but 0.
 std::map<uint32_t, Vlans> instances_of(const Bytes &map);
 
-// "1: 10-20; 2: 30". VLANs in instance 0 are left out.
-std::string vlan_map_text(const Bytes &map);
+// The IEEE 802.1Q configuration digest, by which bridges compare their MST regions without showing
+// their VLAN maps: 32 hexadecimal digits in capitals. Of VLANs 0 and 4095, which no bridge maps, and
+// past the end of a short map, instance 0 is taken.
+std::string region_digest(const Bytes &map);
 
 }  // namespace lab

@@ -1,11 +1,37 @@
-#include "switch/state_reader.h"
-#include "switch/world.h"
-#include "text/key_rules.h"
+// What is around the library on a switch, as it is read from YAML.
+
+#include <algorithm>
+#include <set>
+
+#include "switch/state_file.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
 
 constexpr uint32_t most_ports = 100000;
+constexpr uint32_t first_channel_id_of_names = 0x10000;
+
+// Reads what a mapping says of the world around the library; what it does not give stays.
+struct WorldReader {
+  Reader &reader;
+  const YAML::Node &node;  // the mapping
+  Settings &settings;
+  bool is_change = false;  // its ports have no parameters
+  // Who has the ids and indexes that were given.
+  std::map<uint32_t, std::string> channels = {};
+  std::map<uint32_t, std::string> ports = {};
+  Reader collisions = {};  // of these, after all other errors
+  std::set<uint32_t> changed_ports = {};
+};
+
+// --- channels ---
+
+// What a mapping calls a channel: by its number or its name.
+struct ChannelRef {
+  std::string name;  // empty: no channel
+  uint32_t id = 0;   // 0: not given
+};
 
 ChannelRef read_channel(Reader &reader, const YAML::Node &node) {
   const std::string given = reader.name(node, "a channel: its number or its name");
@@ -17,78 +43,85 @@ ChannelRef read_channel(Reader &reader, const YAML::Node &node) {
   return {printable(given), 0};
 }
 
-constexpr KeyRule<ChannelGroup> channel_rules[] = {
-    {"channel", [](Reader &reader, const YAML::Node &value,
-                   ChannelGroup &group) { group.channel = read_channel(reader, value); }},
-    {"id", [](Reader &reader, const YAML::Node &value,
-              ChannelGroup &group) { group.channel.id = reader.number(value, "id", 1); }},
-    {"internal", [](Reader &reader, const YAML::Node &value,
-                    ChannelGroup &group) { group.internal = reader.boolean(value, "internal"); }},
-    {"vlans", [](Reader &reader, const YAML::Node &value,
-                 ChannelGroup &group) { group.vlans = read_vlan_list(reader, value, "vlans"); }},
-};
-
-ChannelGroup read_channel_group(Reader &reader, const YAML::Node &node) {
-  ChannelGroup group;
-  const char *const what = "a channel";
-  const bool is_read = read_mapping<ChannelGroup>(reader, node, what, channel_rules, group);
-  if (is_read) reader.required(node, "channel", what);
-  return group;
+// The channel that is meant, made where there is none; nullptr: none is.
+Channel *make_channel(Settings &settings, const ChannelRef &ref) {
+  if (ref.name.empty()) return nullptr;
+  Channel &channel = channel_named(settings, ref.name);
+  if (ref.id != 0) channel.id = ref.id;
+  if (channel.id == 0) {
+    const std::size_t digits = ref.name.find_last_not_of("0123456789") + 1;
+    uint32_t id = parse_number(std::string_view(ref.name).substr(digits)).value_or(0);
+    if (id == 0) id = first_channel_id_of_names;
+    while (find_channel(settings, id) != nullptr) id = std::max(id + 1, first_channel_id_of_names);
+    channel.id = id;
+  }
+  return &channel;
 }
 
-Ranges read_indexes(Reader &reader, const YAML::Node &node, const std::string &what) {
-  const std::string full = what + ": port indexes";
-  const std::string example = "0x1000-0x1003,0x2000";
-  Ranges ranges = reader.ranges(node, full, UINT32_MAX, example);
+void add_channel(WorldReader &world, const ChannelRef &ref, std::optional<bool> internal,
+                 const std::optional<Vlans> &vlans) {
+  if (ref.id != 0) {
+    const auto [at, is_new] = world.channels.try_emplace(ref.id, ref.name);
+    if (!is_new && at->second != ref.name) {
+      world.collisions.add_error(
+          world.node["channels"],
+          "found " + at->second + " and " + ref.name + " with the id " + std::to_string(ref.id),
+          "an id for each channel");
+    }
+  }
+  Channel *channel = make_channel(world.settings, ref);
+  if (channel != nullptr && internal) channel->internal = *internal;
+  if (channel != nullptr && vlans) channel->vlans = *vlans;
+}
+
+void read_channel_group(WorldReader &world, const YAML::Node &node) {
+  Reader &reader = world.reader;
+  const std::string what = "a channel";
+  if (!reader.mapping(node, what, {"channel", "id", "internal", "vlans"})) return;
+  ChannelRef ref;
+  std::optional<bool> internal;
+  std::optional<Vlans> vlans;
+  if (node["channel"]) ref = read_channel(reader, node["channel"]);
+  if (node["id"]) ref.id = reader.number(node["id"], "id", 1);
+  if (node["internal"]) internal = reader.boolean(node["internal"], "internal");
+  if (node["vlans"]) vlans = read_vlan_list(reader, node["vlans"], "vlans");
+  reader.required(node, "channel", what);
+  add_channel(world, ref, internal, vlans);
+}
+
+// --- ports ---
+
+// What a mapping says of some ports.
+struct PortGroup {
+  Ranges indexes = {};
+  std::string name = {};  // of the one port
+  std::optional<ChannelRef> channel = {};
+  std::optional<bool> pod = {};
+  std::optional<bool> spanning_tree = {};
+  std::vector<Entry> parameters = {};
+  std::map<std::string, std::string> uncovered = {};
+};
+
+Ranges read_indexes(Reader &reader, const YAML::Node &node) {
+  const std::string what = "ports: port indexes";
+  const Ranges ranges = reader.ranges(node, what, UINT32_MAX, "0x1000-0x1003,0x2000");
   uint64_t count = 0;
   for (const auto &[first, last] : ranges) count += uint64_t{last} - first + 1;
   if (count <= most_ports) return ranges;
-  reader.expected(node, full + ", at most " + std::to_string(most_ports) + " of them");
+  reader.expected(node, what + ", at most " + std::to_string(most_ports) + " of them");
   return {};
 }
 
-constexpr KeyRule<PortGroup> port_rules[] = {
-    {"ports", [](Reader &reader, const YAML::Node &value,
-                 PortGroup &group) { group.indexes = read_indexes(reader, value, "ports"); }},
-    {"port",
-     [](Reader &reader, const YAML::Node &value, PortGroup &group) {
-       group.name = printable(reader.name(value, "the name of a port"));
-       const bool is_list = parse_ranges(group.name, UINT32_MAX).fault != RangeFault::no_list;
-       if (is_list || group.name.empty()) {
-         reader.expected(value, "the name of a port; indexes go with 'ports'");
-       }
-     }},
-    {"index",
-     [](Reader &reader, const YAML::Node &value, PortGroup &group) {
-       const uint32_t index = reader.number(value, "index");
-       group.indexes = {{index, index}};
-     }},
-    {"channel", [](Reader &reader, const YAML::Node &value,
-                   PortGroup &group) { group.channel = read_channel(reader, value); }},
-    {"member", [](Reader &reader, const YAML::Node &value,
-                  PortGroup &group) { group.channel = read_channel(reader, value); }},
-    {"pod", [](Reader &reader, const YAML::Node &value,
-               PortGroup &group) { group.pod = reader.boolean(value, "pod"); }},
-    {"spanning-tree",
-     [](Reader &reader, const YAML::Node &value, PortGroup &group) {
-       group.spanning_tree = reader.boolean(value, "spanning-tree");
-     }},
-    {"uncovered",
-     [](Reader &reader, const YAML::Node &value, PortGroup &group) {
-       reader.entries(
-           value, "names and texts", [&](const YAML::Node &name, const YAML::Node &text) {
-             group.uncovered[reader.verbatim(name, "a name")] = reader.verbatim(text, "a text");
-           });
-     }},
-    // Last: a change has none.
-    {"parameters",
-     [](Reader &reader, const YAML::Node &value, PortGroup &group) {
-       group.parameters = read_parameters(reader, value, "parameters", false);
-     }},
-};
+std::string read_port_name(Reader &reader, const YAML::Node &node) {
+  const std::string name = printable(reader.name(node, "the name of a port"));
+  if (name.empty() || parse_ranges(name, UINT32_MAX).fault != RangeFault::no_list) {
+    reader.expected(node, "the name of a port; indexes go with 'ports'");
+  }
+  return name;
+}
 
 // The ports are given by their indexes, or one by its name.
-void check_ports_of_group(Reader &reader, const YAML::Node &node, PortGroup &group) {
+void check_port_keys(Reader &reader, const YAML::Node &node, PortGroup &group) {
   if (node["ports"].IsDefined() == node["port"].IsDefined()) {
     reader.add_error(node,
                      std::string("a group of ports") +
@@ -104,63 +137,108 @@ void check_ports_of_group(Reader &reader, const YAML::Node &node, PortGroup &gro
   }
 }
 
-PortGroup read_port_group(Reader &reader, const YAML::Node &node, bool with_parameters) {
+PortGroup read_port_group(WorldReader &world, const YAML::Node &node) {
+  Reader &reader = world.reader;
   PortGroup group;
-  const KeyRules<PortGroup> rules(port_rules);
-  if (read_mapping(reader, node, "a group of ports",
-                   with_parameters ? rules : rules.first(rules.size() - 1), group)) {
-    check_ports_of_group(reader, node, group);
+  std::vector<std::string> keys = {"ports",  "port", "index",         "channel",
+                                   "member", "pod",  "spanning-tree", "uncovered"};
+  if (!world.is_change) keys.emplace_back("parameters");
+  if (!reader.mapping(node, "a group of ports", keys)) return group;
+  if (node["ports"]) group.indexes = read_indexes(reader, node["ports"]);
+  if (node["port"]) group.name = read_port_name(reader, node["port"]);
+  if (node["index"]) {
+    const uint32_t index = reader.number(node["index"], "index");
+    group.indexes = {{index, index}};
   }
+  for (const char *key : {"channel", "member"}) {
+    if (node[key]) group.channel = read_channel(reader, node[key]);
+  }
+  if (node["pod"]) group.pod = reader.boolean(node["pod"], "pod");
+  if (node["spanning-tree"]) {
+    group.spanning_tree = reader.boolean(node["spanning-tree"], "spanning-tree");
+  }
+  if (node["uncovered"]) {
+    reader.entries(
+        node["uncovered"], "names and texts", [&](const YAML::Node &name, const YAML::Node &text) {
+          group.uncovered[reader.verbatim(name, "a name")] = reader.verbatim(text, "a text");
+        });
+  }
+  if (node["parameters"] && !world.is_change) {
+    group.parameters = read_parameters(reader, node["parameters"], "parameters", false);
+  }
+  check_port_keys(reader, node, group);
   return group;
 }
 
-template <bool with_parameters>
-void read_port_groups(Reader &reader, const YAML::Node &value, World &world) {
-  read_list(reader, value, "a list of groups of ports", [&](const YAML::Node &group) {
-    world.ports.push_back(read_port_group(reader, group, with_parameters));
-  });
+// The index of a port that is known by its name.
+uint32_t index_of_name(const Settings &settings, const std::string &name, uint32_t channel) {
+  if (const Port *known = find_port(settings, name)) return known->index;
+  uint32_t index = first_channel_index + channel;
+  while (find_port(settings, index) != nullptr) ++index;
+  return index;
 }
 
-constexpr KeyRule<World> world_rules[] = {
-    {"trunk", [](Reader &reader, const YAML::Node &value,
-                 World &world) { world.trunk = reader.boolean(value, "trunk"); }},
-    {"user-vlans",
-     [](Reader &reader, const YAML::Node &value, World &world) {
-       world.user_vlans = read_vlan_list(reader, value, "user-vlans");
-     }},
-    {"channels",
-     [](Reader &reader, const YAML::Node &value, World &world) {
-       read_list(reader, value, "a list of channels", [&](const YAML::Node &channel) {
-         world.channels.push_back(read_channel_group(reader, channel));
-       });
-     }},
-    {"internal-channels",
-     [](Reader &reader, const YAML::Node &value, World &world) {
-       read_list(reader, value, "a list of channels, for instance [10, 11]",
-                 [&](const YAML::Node &channel) {
-                   world.channels.push_back({read_channel(reader, channel), true, {}});
-                 });
-     }},
-};
-// Of a switch, and of a change, whose ports have no parameters.
-constexpr KeyRule<World> port_rule_of_switch[] = {{"ports", read_port_groups<true>}};
-constexpr KeyRule<World> port_rule_of_change[] = {{"ports", read_port_groups<false>}};
+void add_ports(WorldReader &world, const PortGroup &group) {
+  Ranges ranges = group.indexes;
+  if (!ranges.empty() && !group.name.empty()) {
+    const uint32_t index = ranges[0].first;
+    const auto [at, is_new] = world.ports.try_emplace(index, group.name);
+    if (!is_new && at->second != group.name) {
+      world.collisions.add_error(
+          world.node["ports"],
+          "found " + at->second + " and " + group.name + " with the index " + port_text(index),
+          "an index for each port");
+    }
+  }
+  const Channel *of = group.channel ? make_channel(world.settings, *group.channel) : nullptr;
+  const uint32_t channel = of != nullptr ? of->id : 0;
+  if (ranges.empty() && !group.name.empty()) {
+    const uint32_t index = index_of_name(world.settings, group.name, channel);
+    ranges = {{index, index}};
+  }
+  for (const auto &[first, last] : ranges) {
+    for (uint64_t index = first; index <= last; ++index) {
+      Port &port = port_at(world.settings, uint32_t(index));
+      world.changed_ports.insert(port.index);
+      if (!group.name.empty()) port.name = group.name;
+      if (group.channel) port.channel = channel;
+      port.pod = group.pod.value_or(port.pod);
+      port.spanning_tree = group.spanning_tree.value_or(port.spanning_tree);
+      for (const Entry &entry : group.parameters) put_entry(port.parameters, entry);
+      for (const auto &[field, value] : group.uncovered) port.uncovered[field] = value;
+    }
+  }
+}
 
 }  // namespace
 
-std::vector<std::string> world_keys() {
-  std::vector<std::string> keys;
-  add_keys<World>(keys, world_rules);
-  add_keys<World>(keys, port_rule_of_switch);
-  return keys;
-}
-
-World read_world(Reader &reader, const YAML::Node &node, bool with_parameters) {
-  World world;
-  read_values<World>(reader, node, world_rules, world);
-  read_values<World>(reader, node, with_parameters ? port_rule_of_switch : port_rule_of_change,
-                     world);
-  return world;
+WorldChange read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change) {
+  WorldReader world{reader, node, settings, is_change};
+  for (const Channel &channel : settings.channels) world.channels[channel.id] = channel.name;
+  for (const Port &port : settings.ports) {
+    if (!port.name.empty()) world.ports[port.index] = port.name;
+  }
+  WorldChange change;
+  if (node["trunk"]) change.trunk = settings.trunk = reader.boolean(node["trunk"], "trunk");
+  if (node["user-vlans"]) {
+    settings.user_vlans = read_vlan_list(reader, node["user-vlans"], "user-vlans");
+    change.user_vlans = settings.user_vlans;
+  }
+  read_list(reader, node["channels"], "a list of channels",
+            [&](const YAML::Node &group) { read_channel_group(world, group); });
+  read_list(reader, node["internal-channels"], "a list of channels, for instance [10, 11]",
+            [&](const YAML::Node &channel) {
+              add_channel(world, read_channel(reader, channel), true, std::nullopt);
+            });
+  read_list(reader, node["ports"], "a list of groups of ports",
+            [&](const YAML::Node &group) { add_ports(world, read_port_group(world, group)); });
+  for (const uint32_t index : world.changed_ports) {
+    change.ports.push_back(*find_port(settings, index));
+  }
+  change.channels = settings.channels;
+  const InputErrors &collisions = world.collisions.errors;
+  reader.errors.insert(reader.errors.end(), collisions.begin(), collisions.end());
+  return change;
 }
 
 }  // namespace lab

@@ -2,8 +2,12 @@
 
 #include <algorithm>
 
+#include "switch/arrays.h"
+
 namespace lab {
 namespace {
+
+// --- checks ---
 
 // Scopes in one request; progress is reported between two.
 constexpr std::size_t scopes_at_once = 128;
@@ -56,6 +60,55 @@ ScopeReport report_scope(const PairScope &scope, const std::array<const View *, 
   return report;
 }
 
+// --- other replies ---
+
+std::string find_port_name(uint32_t index, const Settings &settings) {
+  const Port *port = find_port(settings, index);
+  return port != nullptr ? port_name(*port) : port_text(index);
+}
+
+void add_result(uint32_t code, SwitchReport &report) {
+  if (report.result.value_or(0) == 0) report.result = code;
+}
+
+template <class List>
+List &make_list(std::optional<List> &list) {
+  return list ? *list : list.emplace();
+}
+
+void add_extracted(const Extracted &extracted, const Settings &settings, SwitchReport &report) {
+  add_result(extracted.result, report);
+  for (const Extracted::Response &response : extracted.responses) {
+    std::string text = printable_lines(response.text);
+    while (text.ends_with('\n')) text.pop_back();
+    report.answer = CommandAnswer{response.accepted, text};
+  }
+  for (const Extracted::Record &record : extracted.records) {
+    make_list(report.records)
+        .push_back({.type = record.type,
+                    .port = record.global ? "" : find_port_name(record.port, settings),
+                    .is_valid = record.valid == 1});
+  }
+  // The same update of several ports is reported once.
+  std::vector<Entry> &values = make_list(report.values);
+  for (const Entry &entry : extracted.values) {
+    if (std::find(values.begin(), values.end(), entry) == values.end()) values.push_back(entry);
+  }
+}
+
+void add_reported(const Reported &reported, const Scope &scope, const Settings &settings,
+                  SwitchReport &report) {
+  add_result(reported.result, report);
+  std::vector<DisplayRecord> &display = make_list(report.display);
+  for (const Reported::Record &record : reported.records) {
+    display.push_back({.scope = scope.global ? "switch" : find_port_name(scope.port, settings),
+                       .type = record.type,
+                       .component = printable(record.component),
+                       .name = printable(record.name),
+                       .value = printable(record.value)});
+  }
+}
+
 }  // namespace
 
 std::vector<ScopeReport> check_scopes(const Asker &ask, const std::vector<PairScope> &scopes,
@@ -79,6 +132,22 @@ std::vector<ScopeReport> check_scopes(const Asker &ask, const std::vector<PairSc
     if (listener) listener(requests, replies, end - at);
   }
   return checks;
+}
+
+void add_reply(const Request &request, const Reply &reply, const Settings &settings,
+               SwitchReport &report) {
+  report.is_command = report.is_command || std::holds_alternative<Command>(request.asked);
+  if (const auto *result = std::get_if<Result>(&reply.answer)) {
+    add_result(result->code, report);
+  } else if (const auto *extracted = std::get_if<Extracted>(&reply.answer)) {
+    add_extracted(*extracted, settings, report);
+  } else if (const auto *exported = std::get_if<Exported>(&reply.answer)) {
+    add_result(exported->result, report);
+    report.parameters = entries_of(exported->array);
+  } else if (const auto *reported = std::get_if<Reported>(&reply.answer)) {
+    add_reported(*reported, std::get<Report>(request.asked).scope, settings, report);
+  }
+  report.log.insert(report.log.end(), reply.log.begin(), reply.log.end());
 }
 
 }  // namespace lab

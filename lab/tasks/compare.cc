@@ -2,7 +2,6 @@
 
 #include "draimiofaf/types.h"
 #include "report/verdict.h"
-#include "switch/digest.h"
 #include "switch/values.h"
 #include "tasks/check.h"
 

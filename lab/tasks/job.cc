@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "pair/fields.h"
-#include "switch/state_writer.h"
+#include "switch/state_file.h"
 #include "text/file.h"
 
 namespace lab {
@@ -72,7 +72,7 @@ Side read_job_side(const SideJob &job, FileContents &contents, InputErrors &erro
   side.rows = std::move(text.rows);
   if (!job.is_watched) return side;
   contents.rows = side.rows;
-  if (!side.rows && errors.empty()) contents.state = state_file(side.settings);
+  if (!side.rows && errors.empty()) contents.state = write_state(side.settings);
   return side;
 }
 

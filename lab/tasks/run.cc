@@ -4,10 +4,7 @@
 #include <map>
 
 #include "report/verdict.h"
-#include "scenario/expectations.h"
-#include "switch/state_reader.h"
 #include "tasks/check.h"
-#include "tasks/replies.h"
 #include "text/signals.h"
 
 namespace lab {
@@ -18,13 +15,12 @@ struct Runner {
   const Scenario &scenario;
   const RunOptions &options;
   RunReport &report;
+  std::optional<StepHead> &at;  // the step under way
   Pair pair = {};
-  SettingsPair now = scenario.settings;                           // as the steps so far leave them
-  std::optional<std::vector<PairScope>> channels = std::nullopt;  // until a step changes them
-  std::array<std::map<std::string, Bytes>, 2> saved = {};         // exported arrays by name
+  SettingsPair now = scenario.settings;                    // as the steps so far leave them
+  std::array<std::map<std::string, Bytes>, 2> saved = {};  // exported arrays by name
   std::size_t done = 0;
   std::size_t work = 0;
-  std::optional<StepHead> at = std::nullopt;  // the step under way
 };
 
 void count_work(Runner &runner, std::size_t amount) {
@@ -41,33 +37,18 @@ Replies ask_pair(Runner &runner, Requests requests) {
   return ask(runner.pair, requests);
 }
 
-StepHead head_of(const Scenario &scenario, std::size_t position) {
-  const Step &step = scenario.steps[position];
-  return {.number = position + 1,
-          .line = step.line,
-          .action = step.action,
-          .summary = step.summary,
-          .note = step.note,
-          .on = step.on};
-}
-
 // --- checks ---
 
-const std::vector<PairScope> &find_channels(Runner &runner) {
-  if (!runner.channels) runner.channels = channel_scopes({&runner.now[0], &runner.now[1]});
-  return *runner.channels;
+std::vector<PairScope> find_channels(const Runner &runner) {
+  return channel_scopes({&runner.now[0], &runner.now[1]});
 }
 
-std::vector<PairScope> find_scopes(Runner &runner, const CheckPlan &plan) {
-  std::vector<PairScope> scopes;
+std::vector<PairScope> find_scopes(const Runner &runner, const CheckPlan &plan) {
+  std::vector<PairScope> scopes = plan.ports;
   if (plan.of_switch) scopes.emplace_back();
-  if (!plan.all_channels && plan.channels.empty()) {
-    scopes.insert(scopes.end(), plan.ports.begin(), plan.ports.end());
-    return scopes;
-  }
+  if (!plan.all_channels && plan.channel.empty()) return scopes;
   for (const PairScope &channel : find_channels(runner)) {
-    const auto named = std::find(plan.channels.begin(), plan.channels.end(), channel.name);
-    if (plan.all_channels || named != plan.channels.end()) scopes.push_back(channel);
+    if (plan.all_channels || channel.name == plan.channel) scopes.push_back(channel);
   }
   return scopes;
 }
@@ -115,8 +96,8 @@ void run_requests(Runner &runner, const Step &step,
       if (!requests[i]) continue;
       fill_in(runner, step, i, *requests[i]);
       if (const auto *change = std::get_if<ChangeWorld>(&requests[i]->asked)) {
-        apply(change->change, runner.now[i]);
-        runner.channels.reset();
+        runner.now[i].channels = change->change.channels;
+        for (const Port &port : change->change.ports) port_at(runner.now[i], port.index) = port;
       }
     }
     const Replies replies = ask_pair(runner, requests);
@@ -134,8 +115,8 @@ void run_requests(Runner &runner, const Step &step,
 
 StepReport run_step(Runner &runner, std::size_t position) {
   const Step &step = runner.scenario.steps[position];
-  runner.at = head_of(runner.scenario, position);
-  StepReport report{.head = *runner.at, .switches = {}, .checks = {}, .expectations = {}};
+  runner.at = step;
+  StepReport report{.head = step, .switches = {}, .checks = {}, .expectations = {}};
   if (step.check) {
     run_check(runner, step, report);
   } else {
@@ -180,19 +161,16 @@ RunReport run_until(const Scenario &scenario, const RunOptions &options, std::si
                    .agree = {},
                    .what_if = {},
                    .failure = {}};
+  std::optional<StepHead> at;
   try {
-    Runner runner{scenario, options, report};
+    Runner runner{scenario, options, report, at};
     runner.work = estimate_work(scenario, count);
-    try {
-      run_steps(runner, count);
-      finish(runner);
-    } catch (const Interrupted &) {
-      report.failure = {"interrupted", runner.at};
-    } catch (const SwitchFailed &failure) {
-      report.failure = {failure.what(), runner.at};
-    }
+    run_steps(runner, count);
+    finish(runner);
+  } catch (const Interrupted &) {
+    report.failure = {"interrupted", at};
   } catch (const SwitchFailed &failure) {
-    report.failure = {failure.what(), std::nullopt};
+    report.failure = {failure.what(), at};
   }
   return report;
 }
@@ -208,7 +186,8 @@ WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t 
   for (Requests &requests : step.requests) requests[1 - side].reset();
   const RunOptions unseen{.log = options.log, .on_step = nullptr, .on_work = nullptr};
   RunReport report;
-  Runner runner{scenario, unseen, report};
+  std::optional<StepHead> at;
+  Runner runner{scenario, unseen, report, at};
   run_steps(runner, position);
   std::array<std::optional<SwitchReport>, 2> switches;
   run_requests(runner, step, switches);
@@ -224,7 +203,7 @@ WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t 
 }
 
 void try_on_each_side(Runner &runner, std::size_t position) {
-  runner.at = head_of(runner.scenario, position);
+  runner.at = runner.scenario.steps[position];
   WhatIfReport report{.head = *runner.at, .sides = {}};
   const std::vector<ScopeReport> now = check_all(runner);
   for (std::size_t side = 0; side < report.sides.size(); ++side) {

@@ -10,7 +10,7 @@
 
 #include "sonic/read_databases.h"
 #include "sonic/source.h"
-#include "switch/state_reader.h"
+#include "switch/state_file.h"
 #include "text/file.h"
 
 namespace lab {

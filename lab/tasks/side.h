@@ -8,7 +8,7 @@
 
 #include "sonic/limits.h"
 #include "sonic/rows.h"
-#include "switch/state_reader.h"
+#include "switch/state_file.h"
 
 namespace lab {
 

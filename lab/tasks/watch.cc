@@ -113,7 +113,8 @@ void mark_unwatched(Watch &watch) {
 
 void report(Watch &watch, const Event &event, bool is_wrong) {
   if (!is_wrong && watch.options.is_left_out(event)) return;
-  if (watch.program) watch.program->run(event.pair, watch.options.format(event));
+  const bool is_of_pair = event.kind != Event::Kind::summary;
+  if (watch.program && is_of_pair) watch.program->run(event.pair, watch.options.format(event));
   if (!watch.options.listener(event, is_wrong)) leave(watch);
 }
 
@@ -246,7 +247,11 @@ int watch(const std::vector<WatchEntry> &entries, const WatchOptions &options) {
     mark_unwatched(watch);
     throw;
   }
-  if (!(options.once_agreed && watch.status == 0)) mark_unwatched(watch);
+  if (options.once_agreed && watch.status == 0) {
+    update_metrics(watch);
+  } else {
+    mark_unwatched(watch);
+  }
   return *watch.status;
 }
 

@@ -2,7 +2,6 @@
 // changes around it.
 #pragma once
 
-#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -30,17 +29,23 @@ using ReadFrom = std::function<ReadSettings(const std::string &source, std::size
 Settings read_switch(Reader &reader, const YAML::Node &node, std::size_t side,
                      const std::string &folder, const ReadFrom &read_from);
 
+// What a mapping with these keys says of the world around the library. The settings become what it
+// makes them; returns what it changes. The ports of a change, in a scenario, have no parameters.
+inline const std::vector<std::string> world_keys = {"trunk", "user-vlans", "channels",
+                                                    "internal-channels", "ports"};
+WorldChange read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change);
+
+// Each entry of a list, if there is one.
+template <class Read>
+void read_list(Reader &reader, const YAML::Node &node, const std::string &what, Read read) {
+  if (!node || !reader.sequence(node, what)) return;
+  for (const auto &entry : node) read(entry);
+}
+
 // Does a text look like YAML, and nothing else?
 bool is_state_file(std::string_view text);
 
-// A state file.
 ReadSettings read_state(const std::string &text);
-
-// What a `change` says, made of what the switches are by now; they become what it makes them.
-std::array<WorldChange, 2> read_change(Reader &reader, const YAML::Node &node,
-                                       const std::array<bool, 2> &on, SettingsPair &now);
-
-// A switch after a change.
-void apply(const WorldChange &change, Settings &settings);
+std::string write_state(const Settings &settings);
 
 }  // namespace lab
