@@ -1,8 +1,6 @@
 // Dumps: from their bytes to what is written of them, to a pair, and to its fixes.
 
-#include "output/fix.h"
-#include "output/notes.h"
-#include "output/patch_json.h"
+#include "output/json.h"
 #include "texts.h"
 
 namespace {
@@ -34,7 +32,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
 
   const lab::PairOfSettings pair = {&left.is.settings, &right.is.settings};
   for (const lab::Note &note : lab::find_notes(pair, false)) {
-    const std::string text = lab::describe_note({.note = note, .accepted = {}, .until = {}});
+    const std::string text = lab::describe_note({.note = note});
     must(!text.empty() && lab::printable(text) == text, "a note has a text");
   }
   std::vector<std::string> scopes = {""};

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "fuzz.h"
-#include "output/error_json.h"
+#include "output/json.h"
 #include "sonic/rows.h"
 #include "switch/state_file.h"
 #include "text/text.h"

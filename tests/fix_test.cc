@@ -6,9 +6,7 @@
 
 #include "draimiofaf/types.h"
 #include "dump.h"
-#include "output/fix.h"
-#include "output/notes.h"
-#include "output/patch_json.h"
+#include "output/json.h"
 #include "pair/scopes.h"
 
 namespace lab {
@@ -79,8 +77,8 @@ TEST(Capture, NotesWhatIsWorthALook) {
     EXPECT_EQ(left.errors + right.errors, "");
     std::string notes;
     for (const Note &note : find_notes({&left.settings, &right.settings}, false)) {
-      notes += rule_of(note.kind).key + (' ' + (note.channel.empty() ? "switch" : note.channel)) +
-               ": " + describe_note({.note = note, .accepted = {}, .until = {}}) + "\n";
+      notes += note_key(note.kind) + (' ' + (note.channel.empty() ? "switch" : note.channel)) +
+               ": " + describe_note({.note = note}) + "\n";
     }
     EXPECT_EQ(notes, row.notes);
     for (const Note &note : find_notes({&left.settings, &right.settings}, true)) {

@@ -8,12 +8,10 @@
 #include "draimiofaf/types.h"
 #include "output/event_json.h"
 #include "output/event_text.h"
+#include "output/json.h"
 #include "output/metrics.h"
 #include "output/page.h"
-#include "output/pair_json.h"
-#include "output/pair_text.h"
-#include "output/pairs_text.h"
-#include "report/verdict.h"
+#include "output/print.h"
 #include "switch/values.h"
 
 namespace lab {

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "output/style.h"
+#include "output/layout.h"
 #include "report/acceptance.h"
 #include "report/pairs.h"
 #include "report/verdict.h"

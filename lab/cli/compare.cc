@@ -3,14 +3,9 @@
 #include <algorithm>
 
 #include "cli/commands.h"
-#include "output/error_json.h"
-#include "output/fix.h"
+#include "output/json.h"
 #include "output/page.h"
-#include "output/pair_json.h"
-#include "output/pair_text.h"
-#include "output/patch_json.h"
-#include "report/verdict.h"
-#include "switch/names.h"
+#include "output/print.h"
 #include "tasks/compare.h"
 #include "tasks/side.h"
 #include "text/file.h"
@@ -62,7 +57,9 @@ void write_patches(const Sides &sides, const PairReport &report,
   for (std::size_t i = 0; i < changes.size(); ++i) {
     if (!changes[i]) continue;
     is_empty = is_empty && patches.of_side[i].empty();
-    if (has_mode_change(patches.of_side[i])) print_error(mode_advice);
+    if (has_mode_change(patches.of_side[i])) {
+      print_error(std::string("the patch changes the mode of spanning tree: ") + mode_steps);
+    }
     if (which == "both" && path == "-") continue;
     write_file(which == "both" ? insert_side(path, switch_names[i]) : path,
                format_patch(patches.of_side[i]));

@@ -1,7 +1,8 @@
 #include <fmt/core.h>
 
 #include "cli/commands.h"
-#include "output/explain.h"
+#include "output/json.h"
+#include "output/print.h"
 #include "switch/names.h"
 #include "text/text.h"
 

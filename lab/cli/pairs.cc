@@ -7,10 +7,8 @@
 
 #include "cli/commands.h"
 #include "cli/pair_list.h"
-#include "output/error_json.h"
-#include "output/pair_json.h"
-#include "output/pairs_text.h"
-#include "report/verdict.h"
+#include "output/json.h"
+#include "output/print.h"
 #include "tasks/pairs.h"
 #include "text/text.h"
 

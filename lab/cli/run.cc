@@ -4,8 +4,8 @@
 #include <chrono>
 
 #include "cli/commands.h"
-#include "output/error_json.h"
-#include "output/run.h"
+#include "output/json.h"
+#include "output/print.h"
 #include "sonic/source.h"
 #include "tasks/run.h"
 #include "tasks/side.h"

@@ -1,16 +1,17 @@
-#include "output/advice.h"
+#include <fmt/core.h>
 
 #include <algorithm>
-#include <iterator>
-#include <string_view>
 
 #include "draimiofaf/types.h"
+#include "output/words.h"
+#include "sonic/rows.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
 
 // Where a configuration dump has the parameter, the fix is in its words, else in those of commands.
-constexpr Advice advice[] = {
+constexpr Advice advice_table[] = {
     {STP_MCEC_TYPE1_STP_MODE,
      "The two halves of a channel send different BPDUs, so the device behind it hears two bridges "
      "where it should hear one. Between the switches themselves only one common tree is left.",
@@ -54,28 +55,26 @@ constexpr Advice advice[] = {
      "Switch it on on both, or off: the command gbl-mst-simulate-pvst. Dumps say nothing of it."},
     {STP_MCEC_TYPE1_IFI_PORT_TYPE,
      "One half of the channel forwards at once, the other waits for the tree. What is wired "
-     "wrongly "
-     "behind the channel loops through the edge half until the first BPDU comes.",
+     "wrongly behind the channel loops through the edge half until the first BPDU comes.",
      "Give both halves one type: STP_PORT|PortChannelN edge_port in mst, portfast in pvst, true or "
      "false on both; or the command if-port-type."},
     {STP_MCEC_TYPE1_IFI_PORT_GUARD,
      "When a better bridge appears behind the channel, the half with root guard is blocked, and "
-     "the "
-     "other takes that bridge for the root: what is sent over the blocked half is lost.",
+     "the other takes that bridge for the root: what is sent over the blocked half is lost.",
      "Guard both halves, or none: STP_PORT|PortChannelN root_guard, true or false on both; or the "
      "command if-guard."},
     {STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST,
      "Where the device behind the channel runs Rapid-PVST, the half with the simulation talks to "
-     "it "
-     "and the other half is blocked.",
+     "it and the other half is blocked.",
      "Set both halves alike: the command if-mst-simulate-pvst. Dumps say nothing of it."},
 };
 
 // Sorted by type, with a row for each.
 #define LAB_TYPE(name, type, ...) type,
-constexpr uint16_t types[] = {STP_MCEC_TYPE1_PARAMETERS(LAB_TYPE)};
+constexpr uint16_t advised_types[] = {STP_MCEC_TYPE1_PARAMETERS(LAB_TYPE)};
 #undef LAB_TYPE
-static_assert(std::equal(std::begin(advice), std::end(advice), std::begin(types), std::end(types),
+static_assert(std::equal(std::begin(advice_table), std::end(advice_table),
+                         std::begin(advised_types), std::end(advised_types),
                          [](const Advice &row, uint16_t type) { return row.type == type; }));
 
 struct FieldMeaning {
@@ -90,22 +89,87 @@ constexpr FieldMeaning field_meanings[] = {
     {"VLAN", "", "The VLAN exists."},
     {"VLAN_MEMBER", "",
      "The interface carries the VLAN. A VLAN that a multi-chassis channel carries on both switches "
-     "is "
-     "a twin: spanning tree must run on it on both, or on neither."},
+     "is a twin: spanning tree must run on it on both, or on neither."},
     {"STP_PORT", "enabled", "Spanning tree runs on the interface; a difference is noted."},
     {"MCLAG_DOMAIN", "peer_link", "The peer link: without one, a multi-chassis channel is noted."},
     {"MCLAG_DOMAIN", "", "Names the peers of the domain; a difference is noted."},
     {"MCLAG_INTERFACE", "",
      "The channel is multi-chassis, and the channel of the same name on the peer is its other "
-     "half. "
-     "Where one switch lacks the row, add it there, or remove it from the other."},
+     "half. Where one switch lacks the row, add it there, or remove it from the other."},
     {"", "", "A timer; a difference is noted."},
 };
+
+// --- fixes ---
+
+// Right, then left: a fix names first what brings the right side into line.
+constexpr std::size_t right_then_left[] = {1, 0};
+
+std::string place_text(const Change &change) {
+  return change.table + '|' + change.key + ' ' + change.field;
+}
+
+// "STP_PORT|PortChannel10 root_guard: true on right, or false on left".
+std::string describe_changes(const std::array<std::optional<Changes>, 2> &changes,
+                             const SideNames &names) {
+  std::vector<std::string> sides;
+  std::string last_place;
+  for (const std::size_t side : right_then_left) {
+    if (!changes[side]) continue;
+    std::vector<std::string> texts;
+    for (const Change &change : *changes[side]) {
+      const std::string place = place_text(change);
+      texts.push_back((place != last_place ? place + ": " : "") +
+                      (change.value ? visible(shown(joined(*change.value))) : "nothing"));
+      last_place = place;
+    }
+    sides.push_back(join(texts) + " on " + names[side]);
+  }
+  return join(sides, ", or ");
+}
+
+// How a side would have the VLANs of a group.
+std::string word_text(const Fix &fix, uint32_t word) {
+  if (fix.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) return "in instance " + std::to_string(word);
+  if (fix.field != nullptr) return word != 0 ? "false" : "true";
+  return word != 0 ? "listed" : "not listed";
+}
+
+std::string describe_vlan_groups(const Fix &fix, const SideNames &names) {
+  constexpr std::size_t most_groups = 4;
+  // A side of two that cannot be patched is left out.
+  const bool is_any = !fix.alone[0] && !fix.alone[1];
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < std::min(fix.groups.size(), most_groups); ++i) {
+    const auto &[vlans, words] = fix.groups[i];
+    std::vector<std::string> sides;
+    for (const std::size_t side : right_then_left) {
+      if (!is_any && !fix.alone[side]) continue;
+      sides.push_back(word_text(fix, words[1 - side]) + " on " + names[side]);
+    }
+    texts.push_back(vlan_words(vlans) + " " + join(sides, ", or "));
+  }
+  if (fix.groups.size() > most_groups) {
+    texts.push_back(fmt::format("and {} more groups of VLANs", fix.groups.size() - most_groups));
+  }
+  return (fix.field != nullptr ? fmt::format("{} {}", fix.field->table, fix.field->name)
+                               : parameter_key(fix.type)) +
+         ": " + join(texts, "; ");
+}
+
+// "ifi-port-guard of PortChannel10: root on right, or none on left".
+std::string describe_settings(const Fix &fix, const SideNames &names) {
+  const auto value = [&](std::size_t side) {
+    return fix.values[side] ? written({fix.type, *fix.values[side]}) : "nothing";
+  };
+  return fmt::format("{}{}: {} on {}, or {} on {}", parameter_key(fix.type),
+                     fix.channel.empty() ? "" : " of " + printable(fix.channel), value(0), names[1],
+                     value(1), names[0]);
+}
 
 }  // namespace
 
 const Advice &advice_on(uint16_t type) {
-  return *std::find_if(std::begin(advice), std::end(advice),
+  return *std::find_if(std::begin(advice_table), std::end(advice_table),
                        [=](const Advice &row) { return row.type == type; });
 }
 
@@ -117,6 +181,39 @@ const char *field_meaning(const Field &field) {
                       (row.table == field.table && (row.field.empty() || row.field == field.name));
              })
       ->meaning;
+}
+
+std::string describe_fix(const Fix &fix, const SideNames &names) {
+  if (!fix.groups.empty()) return describe_vlan_groups(fix, names);
+  if (fix.kind == Fix::Kind::with_mode) {
+    return fmt::format("it goes with {}|{} {}", fix.field->table, fix.field->key, fix.field->name);
+  }
+  if (fix.kind == Fix::Kind::common_name) {
+    const Change &named = (*fix.both)[0][0];
+    return place_text(named) + ": one name on both, for instance " + joined(*named.value);
+  }
+  if (!fix.alone[0] && !fix.alone[1]) return describe_settings(fix, names);
+  return describe_changes(fix.alone, names);
+}
+
+std::string describe_missing_row(const ScopeGroup &group, const SideNames &names) {
+  const ScopeReport &first = *group.scopes.front();
+  if (first.missing_row.empty() || first.accepted) return "";
+  return fmt::format("add {} on {}", widen_missing_row(group), names[*missing_side(first)]);
+}
+
+bool has_mode_change(const Patch &patch) {
+  const Field &mode = *field_of_parameter(STP_MCEC_TYPE1_STP_MODE, 0);
+  const std::vector<std::string> path = {mode.table, mode.key, mode.name};
+  return std::ranges::any_of(patch, [&](const PatchOperation &operation) {
+    return std::equal(operation.path.begin(), operation.path.end(), path.begin(),
+                      path.begin() + std::ptrdiff_t(operation.path.size()));
+  });
+}
+
+bool has_mode_change(const ParameterReport &parameter) {
+  return parameter.type == STP_MCEC_TYPE1_STP_MODE && parameter.fix &&
+         (parameter.fix->fix.alone[0] || parameter.fix->fix.alone[1]);
 }
 
 }  // namespace lab

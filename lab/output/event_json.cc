@@ -1,12 +1,8 @@
 #include "output/event_json.h"
 
 #include <ctime>
-#include <nlohmann/json.hpp>
 
-#include "output/check_json.h"
-#include "output/error_json.h"
-#include "output/pair_json.h"
-#include "switch/names.h"
+#include "output/json.h"
 
 namespace lab {
 namespace {

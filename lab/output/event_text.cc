@@ -9,10 +9,7 @@
 
 #include "output/event_json.h"
 #include "output/layout.h"
-#include "output/notes.h"
 #include "output/words.h"
-#include "report/groups.h"
-#include "switch/names.h"
 
 namespace lab {
 namespace {

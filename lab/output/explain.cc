@@ -1,22 +1,17 @@
-#include "output/explain.h"
-
 #include <fmt/core.h>
 
-#include <algorithm>
-#include <nlohmann/json.hpp>
 #include <set>
 
 #include "draimiofaf/foundation.h"
-#include "output/advice.h"
-#include "output/check_json.h"
-#include "output/error_json.h"
-#include "sonic/fields.h"
+#include "output/json.h"
+#include "output/print.h"
 #include "switch/values.h"
 
 namespace lab {
 namespace {
 
-// --- the tables ---
+// Headings and texts; both empty: a line between two explanations.
+using Items = std::vector<std::pair<const char *, std::string>>;
 
 const char *scope_of(const Parameter &parameter) {
   return parameter.is_global ? "switch" : "interface";
@@ -33,36 +28,6 @@ std::vector<std::string> keys_set_by(const CommandInfo &command) {
   }
   return keys;
 }
-
-Json commands_to_json() {
-  Json list = Json::array();
-  for (const CommandInfo &command : commands()) {
-    list.push_back({{"command", command.key},
-                    {"id", command.id},
-                    {"name", command.enumerator},
-                    {"extractor", command.extractor},
-                    {"gated", command.is_gated},
-                    {"sets", keys_set_by(command)}});
-  }
-  return list;
-}
-
-Json parameters_to_json() {
-  Json list = Json::array();
-  for (const Parameter &parameter : parameters()) {
-    list.push_back({{"parameter", parameter.key},
-                    {"type", parameter.type},
-                    {"name", parameter.enumerator},
-                    {"display", stp_mcec_type1_cfg_type_to_str(parameter.type)},
-                    {"scope", scope_of(parameter)},
-                    {"length", parameter.length},
-                    {"default", describe_default(parameter)},
-                    {"mismatch", code_to_json(parameter.mismatch, "")}});
-  }
-  return list;
-}
-
-// --- results in words ---
 
 struct Explanation {
   uint32_t code;
@@ -99,107 +64,86 @@ constexpr Explanation explanations[] = {
      "The membership of the ports that the command names."},
 };
 
-void print_item(const char *heading, const std::string &text, const Layout &layout) {
-  put_wrapped(text, layout, 12, heading);
-}
-
-void print_code(uint32_t code, const Layout &layout) {
-  print_item("result",
-             fmt::format("{} (0x{:08X})", code == 0 ? "success" : result_name(code), code), layout);
-}
+constexpr Explanation foreign_code = {
+    0, "No code of this library: it passes on those of the platform's TLV library.",
+    "whatever reads or writes an array", "The line before it in the event history, and the array."};
 
 // "STP_PORT|PortChannelN portfast, in Rapid-PVST".
 std::string describe_field_place(const Field &field) {
   const char *mode = field.mode == STP_MCEC_STP_MODE_MST          ? ", in MST"
                      : field.mode == STP_MCEC_STP_MODE_RAPID_PVST ? ", in Rapid-PVST"
                                                                   : "";
-  return std::string(field.table) + '|' + field.key + (field.name[0] != '\0' ? " " : "") +
-         field.name + mode;
+  return fmt::format("{}|{}{}{}{}", field.table, field.key, field.name[0] != '\0' ? " " : "",
+                     field.name, mode);
 }
 
-void explain_parameter(const Parameter &parameter, const Layout &layout) {
-  print_item("parameter",
-             fmt::format("{} (type {}, {})", parameter.key, parameter.type, parameter.enumerator),
-             layout);
-  print_item("called",
-             fmt::format("\"{}\", in reports \"{}\"",
-                         stp_mcec_type1_cfg_type_to_str(parameter.type), title(parameter)),
-             layout);
-  print_item("scope", scope_of(parameter), layout);
-  print_item("length", std::to_string(parameter.length) + " bytes", layout);
-  print_item("default", describe_default(parameter), layout);
-  print_item("values", value_help(parameter), layout);
+void explain_parameter(const Parameter &parameter, Items &items) {
+  const std::string display_name = stp_mcec_type1_cfg_type_to_str(parameter.type);
+  items.insert(
+      items.end(),
+      {{"parameter",
+        fmt::format("{} (type {}, {})", parameter.key, parameter.type, parameter.enumerator)},
+       {"called", fmt::format("\"{}\", in reports \"{}\"", display_name, title(parameter))},
+       {"scope", scope_of(parameter)},
+       {"length", std::to_string(parameter.length) + " bytes"},
+       {"default", describe_default(parameter)},
+       {"values", value_help(parameter)}});
   if (parameter.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
-    print_item(
-        "digest",
-        fmt::format("Bridges do not show the map itself, but its IEEE 802.1Q configuration digest; "
-                    "that of the default is {}.",
-                    region_digest(default_value(parameter))),
-        layout);
+    items.emplace_back("digest",
+                       "Bridges do not show the map itself, but its IEEE 802.1Q "
+                       "configuration digest; that of the default is " +
+                           region_digest(default_value(parameter)) + ".");
   }
-  print_item("mismatch",
-             fmt::format("{} (0x{:08X})", result_name(parameter.mismatch), parameter.mismatch),
-             layout);
-  print_item("goes wrong", advice_on(parameter.type).harm, layout);
-  print_item("fix", advice_on(parameter.type).fix, layout);
+  const Advice &advice = advice_on(parameter.type);
+  items.emplace_back("mismatch", describe_result(parameter.mismatch));
+  items.emplace_back("goes wrong", advice.harm);
+  items.emplace_back("fix", advice.fix);
   for (const Field &field : fields()) {
-    if (field.type == parameter.type) print_item("field", describe_field_place(field), layout);
+    if (field.type == parameter.type) items.emplace_back("field", describe_field_place(field));
   }
   for (const CommandInfo &command : commands()) {
-    if (sets(command, parameter)) print_item("set by", command.key, layout);
+    if (sets(command, parameter)) items.emplace_back("set by", command.key);
   }
 }
 
-void explain_command(const CommandInfo &command, const Layout &layout) {
-  print_item("command",
-             fmt::format("{} (identifier {}, {})", command.key, command.id, command.enumerator),
-             layout);
-  print_item("extractor", command.extractor, layout);
-  print_item("asked",
-             command.is_gated ? "only while a multi-chassis trunk exists"
-                              : "always; port by port, whether it is a member",
-             layout);
-  print_item("sets", join(keys_set_by(command)), layout);
+void explain_command(const CommandInfo &command, Items &items) {
+  items.insert(items.end(),
+               {{"command", fmt::format("{} (identifier {}, {})", command.key, command.id,
+                                        command.enumerator)},
+                {"extractor", command.extractor},
+                {"asked", command.is_gated ? "only while a multi-chassis trunk exists"
+                                           : "always; port by port, whether it is a member"},
+                {"sets", join(keys_set_by(command))}});
 }
 
-void explain_code(uint32_t code, const Layout &layout) {
-  print_code(code, layout);
-  for (const Parameter &parameter : parameters()) {
-    if (parameter.mismatch != code) continue;
-    print_item("means",
-               fmt::format("The parameter \"{}\" is the first that differs between the peers.",
-                           stp_mcec_type1_cfg_type_to_str(parameter.type)),
-               layout);
-    print_item("from", "the checks", layout);
-    print_item("look at", "Its value on both switches: a check in the lab shows them side by side.",
-               layout);
-    put_line("");
-    explain_parameter(parameter, layout);
-    return;
+void explain_code(uint32_t code, Items &items) {
+  items.emplace_back("result", describe_result(code, "success"));
+  if (const Parameter *parameter = parameter_of_mismatch(code)) {
+    items.insert(
+        items.end(),
+        {{"means", fmt::format("The parameter \"{}\" is the first that differs between the peers.",
+                               stp_mcec_type1_cfg_type_to_str(parameter->type))},
+         {"from", "the checks"},
+         {"look at", "Its value on both switches: a check in the lab shows them side by side."},
+         {"", ""}});
+    return explain_parameter(*parameter, items);
   }
-  for (const Explanation &explanation : explanations) {
-    if (explanation.code != code) continue;
-    print_item("means", explanation.meaning, layout);
-    print_item("from", explanation.who, layout);
-    print_item("look at", explanation.look, layout);
-    return;
-  }
-  print_item("means", "No code of this library: it passes on those of the platform's TLV library.",
-             layout);
-  print_item("from", "whatever reads or writes an array", layout);
-  print_item("look at", "The line before it in the event history, and the array.", layout);
+  const auto *known = std::ranges::find(explanations, code, &Explanation::code);
+  const Explanation &explanation = known != std::end(explanations) ? *known : foreign_code;
+  items.insert(
+      items.end(),
+      {{"means", explanation.meaning}, {"from", explanation.who}, {"look at", explanation.look}});
 }
 
 // An identifier that the library routes although it is no command.
 constexpr uint32_t routed_only = 62;
 
-void explain_routed(const Layout &layout) {
-  print_item("command", fmt::format("{}: no command of this library, but routed", routed_only),
-             layout);
-  print_item("extractor", "stp_mcec_extract_gbl_params, which refuses it as an invalid identifier",
-             layout);
-  print_item("asked", "only while a multi-chassis trunk exists; without one it is accepted unread",
-             layout);
+void explain_routed(Items &items) {
+  items.insert(
+      items.end(),
+      {{"command", fmt::format("{}: no command of this library, but routed", routed_only)},
+       {"extractor", "stp_mcec_extract_gbl_params, which refuses it as an invalid identifier"},
+       {"asked", "only while a multi-chassis trunk exists; without one it is accepted unread"}});
 }
 
 // "40DD003B" as well as "0x40DD003B".
@@ -209,19 +153,19 @@ std::optional<uint32_t> bare_code(const std::string &what) {
 }
 
 // The parameters of the fields that an operator means by a word, and the fields of none.
-void explain_fields(const std::vector<const Field *> &found, const Layout &layout) {
-  std::set<uint16_t> meant;
+void explain_fields(const std::vector<const Field *> &found, Items &items) {
+  std::set<uint16_t> types;
   for (const Field *field : found) {
-    if (field->type != 0) meant.insert(field->type);
+    if (field->type != 0) {
+      types.insert(field->type);
+    } else {
+      items.emplace_back("field", describe_field_place(*field));
+      items.emplace_back("means", field_meaning(*field));
+    }
   }
-  for (const Field *field : found) {
-    if (field->type != 0) continue;
-    print_item("field", describe_field_place(*field), layout);
-    print_item("means", field_meaning(*field), layout);
-  }
-  for (const uint16_t type : meant) {
-    put_line("");
-    explain_parameter(*find_parameter(uint32_t{type}), layout);
+  for (const uint16_t type : types) {
+    items.emplace_back("", "");
+    explain_parameter(*find_parameter(uint32_t{type}), items);
   }
 }
 
@@ -229,67 +173,73 @@ void explain_fields(const std::vector<const Field *> &found, const Layout &layou
 
 bool explain(const std::string &what, const Layout &layout) {
   const auto number = parse_number(what);
-  bool known = false;
-  const auto heading = [&known] {
-    if (known) put_line("");
-    known = true;
-  };
   const Parameter *parameter =
       number ? find_parameter(*number) : find_parameter(std::string_view(what));
-  if (parameter != nullptr) {
-    heading();
-    explain_parameter(*parameter, layout);
-  }
   const CommandInfo *command =
       number ? find_command(*number) : find_command(std::string_view(what));
+  Items items;
+  if (parameter != nullptr) explain_parameter(*parameter, items);
+  const auto separate = [&items] {
+    if (!items.empty()) items.emplace_back("", "");
+  };
   if (command != nullptr) {
-    heading();
-    explain_command(*command, layout);
+    separate();
+    explain_command(*command, items);
   }
   if (number == routed_only) {
-    heading();
-    explain_routed(layout);
+    separate();
+    explain_routed(items);
   }
-  if (const auto found = find_fields(what); !known && !found.empty()) {
-    heading();
-    explain_fields(found, layout);
-  }
+  if (items.empty()) explain_fields(find_fields(what), items);
   const auto code = bare_code(what) ? bare_code(what) : find_result(what);
-  if (code && (!known || *code <= 1 || *code > UINT16_MAX)) {
-    heading();
-    explain_code(*code, layout);
+  if (code && (items.empty() || *code <= 1 || *code > UINT16_MAX)) {
+    separate();
+    explain_code(*code, items);
   }
-  return known;
+  for (const auto &[heading, text] : items) put_wrapped(text, layout, 12, heading);
+  return !items.empty();
 }
 
 void list(const std::string &what, const Layout &layout) {
+  std::vector<std::vector<Cell>> rows;
+  for (const Parameter &parameter : parameters()) {
+    rows.push_back({std::to_string(parameter.type), parameter.key, scope_of(parameter),
+                    std::to_string(parameter.length), describe_default(parameter),
+                    fmt::format("0x{:08X}", parameter.mismatch)});
+  }
   if (what != "commands") {
-    std::vector<std::vector<Cell>> rows;
-    for (const Parameter &parameter : parameters()) {
-      rows.push_back({{std::to_string(parameter.type)},
-                      {parameter.key},
-                      {scope_of(parameter)},
-                      {std::to_string(parameter.length)},
-                      {describe_default(parameter)},
-                      {fmt::format("0x{:08X}", parameter.mismatch)}});
-    }
     put_table({"type", "parameter", "scope", "length", "default", "mismatch"}, rows, layout);
   }
-  if (what != "parameters") {
-    std::vector<std::vector<Cell>> rows;
-    for (const CommandInfo &command : commands()) {
-      rows.push_back({{std::to_string(command.id)}, {command.key}, {join(keys_set_by(command))}});
-    }
-    put_table({"id", "command", "sets"}, rows, layout);
+  rows.clear();
+  for (const CommandInfo &command : commands()) {
+    rows.push_back({std::to_string(command.id), command.key, join(keys_set_by(command))});
   }
+  if (what != "parameters") put_table({"id", "command", "sets"}, rows, layout);
 }
 
 std::string format_list() {
-  Json codes = Json::array();
-  for (const auto &[name, code] : results()) codes.push_back({{"name", name}, {"code", code}});
-  return format_json(
-      {{"parameters", parameters_to_json()}, {"commands", commands_to_json()}, {"results", codes}},
-      JsonForm::indented);
+  const auto describe_parameter = [](const Parameter &parameter) -> Json {
+    return {{"parameter", parameter.key},
+            {"type", parameter.type},
+            {"name", parameter.enumerator},
+            {"display", stp_mcec_type1_cfg_type_to_str(parameter.type)},
+            {"scope", scope_of(parameter)},
+            {"length", parameter.length},
+            {"default", describe_default(parameter)},
+            {"mismatch", code_to_json(parameter.mismatch, "")}};
+  };
+  const auto describe_command = [](const CommandInfo &command) -> Json {
+    return {{"command", command.key},     {"id", command.id},
+            {"name", command.enumerator}, {"extractor", command.extractor},
+            {"gated", command.is_gated},  {"sets", keys_set_by(command)}};
+  };
+  const auto describe_code = [](const ResultInfo &result) -> Json {
+    return {{"name", result.name}, {"code", result.code}};
+  };
+  return format_json({{"parameters", list_json(parameters(), describe_parameter)},
+                      {"commands", list_json(commands(), describe_command)},
+                      {"results", list_json(results(), describe_code)}},
+                     JsonForm::indented);
 }
 
 }  // namespace lab

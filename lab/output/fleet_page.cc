@@ -8,8 +8,8 @@
 
 #include "output/event_text.h"
 #include "output/fleet_words.h"
+#include "output/page.h"
 #include "output/page_parts.h"
-#include "output/page_text.h"
 #include "text/text.h"
 #include "text/url.h"
 

@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "output/pair_json.h"
+#include "output/words.h"
 
 namespace lab {
 

@@ -6,7 +6,6 @@
 #include <filesystem>
 
 #include "output/fleet_words.h"
-#include "report/summary.h"
 #include "switch/names.h"
 #include "text/file.h"
 #include "text/text.h"

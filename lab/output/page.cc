@@ -1,22 +1,12 @@
 #include "output/page.h"
 
 #include <fmt/chrono.h>
-#include <fmt/core.h>
 
 #include <algorithm>
-#include <ctime>
 
-#include "output/notes.h"
 #include "output/page_parts.h"
-#include "output/page_scopes.h"
-#include "output/page_text.h"
-#include "output/page_vlans.h"
-#include "output/pair_text.h"
 #include "output/words.h"
-#include "report/groups.h"
-#include "report/summary.h"
-#include "report/verdict.h"
-#include "switch/names.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {
@@ -28,95 +18,67 @@ std::string describe_time(std::time_t time) {
 
 // --- the verdict ---
 
-struct PageVerdict {
-  std::string heading;
-  std::string text;  // HTML
-};
-
-std::string describe_difference(const PairReport &report) {
-  const auto different = select_scopes(report, ScopeClass::different);
-  if (different.empty()) return "";
-  const Summary summary = summarize(report.checks);
-  std::vector<std::string> causes;
-  for (const auto &[type, count] : summary.parameters) {
-    if (!count.differ.empty()) causes.push_back(isolated(parameter_key(type)));
+std::string describe_heading(const PairReport &report) {
+  const SideNames &names = side_names(report);
+  std::vector<std::string> off;
+  for (std::size_t side = 0; side < names.size(); ++side) {
+    if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(names[side]);
   }
-  if (summary.missing[0] + summary.missing[1] > 0) causes.emplace_back("channels on one side only");
-  if (summary.inconsistent > 0) causes.emplace_back("inconsistent ports");
-  const std::string text =
-      fmt::format("{} of {} {}: {}.", different.size(), count_of(summary.scopes, "scope"),
-                  different.size() == 1 ? "differs" : "differ", link_scopes(different, report));
-  return causes.empty() ? text : text + " What differs: " + listed(causes) + ".";
-}
-
-std::string describe_agreement(const PairReport &report) {
-  const std::size_t scopes = report.checks.size();
-  return scopes == 1 ? "The one scope agrees." : fmt::format("All {} scopes agree.", scopes);
-}
-
-// What the verdict depends on, below its heading.
-std::string describe_conditions(const PairReport &report) {
-  std::string html;
-  const auto add = [&html](const std::string &text) { html += "<p>" + text + "</p>\n"; };
-  const Verdict verdict = find_verdict(report);
-  for (const IncompleteReport &incomplete : report.incomplete) {
-    add(std::string("Not compared: ") + describe_incomplete(incomplete.reason) + "." +
-        (incomplete.accepted
-             ? " Accepted: " + isolated(describe_acceptance(*incomplete.accepted)) + "."
-             : ""));
-  }
-  if (const auto accepted = select_scopes(report, ScopeClass::accepted); !accepted.empty()) {
-    add(fmt::format("Accepted differences make {} agree: {}.", count_of(accepted.size(), "scope"),
-                    link_scopes(accepted, report)));
-  }
-  if (report.is_strict) {
-    const bool remain = std::find(verdict.reasons.begin(), verdict.reasons.end(),
-                                  Reason::warnings) != verdict.reasons.end();
-    add(remain ? "The comparison is strict, and <a href=\"#notes\">warnings</a> remain."
-               : "The comparison is strict: a warning would make the pair disagree.");
-  }
-  return html;
-}
-
-PageVerdict describe_page_verdict(const PairReport &report) {
   const Outcome outcome = find_verdict(report).outcome;
-  const bool left_off = report.sides[0].spanning_tree == SpanningTree::off;
-  const bool right_off = report.sides[1].spanning_tree == SpanningTree::off;
-  const std::string heading =
-      outcome == Outcome::agree ? "The pair agrees"
-      : outcome == Outcome::disagree
-          ? "The pair does not agree"
-          : std::string("Not compared: ") + describe_incomplete(report.incomplete.front().reason);
-  if (left_off && right_off) {
-    return {heading + ": spanning tree is off on both switches",
-            "Nothing runs that could be compared, so no check was made."};
-  }
-  if (left_off || right_off) {
-    return {heading + ": spanning tree is off on " + side_names(report)[left_off ? 0 : 1],
-            "The other switch runs it. No check was made."};
-  }
-  const std::string difference = describe_difference(report);
-  return {heading, difference.empty() ? describe_agreement(report) : difference};
+  return (outcome == Outcome::agree ? "The pair agrees"
+          : outcome == Outcome::disagree
+              ? "The pair does not agree"
+              : std::string("Not compared: ") + describe_incomplete(report.incomplete[0].reason)) +
+         (off.empty() ? "" : ": spanning tree is off on ") +
+         (off.size() == 2 ? "both switches" : join(off));
 }
 
-// --- the two switches ---
+// The paragraphs below the heading: what differs, and what the verdict depends on.
+std::string describe_page_verdict(const PairReport &report) {
+  const std::size_t count = report.checks.size();
+  const Scopes different = select_scopes(report, ScopeClass::different);
+  const Scopes accepted = select_scopes(report, ScopeClass::accepted);
+  std::vector<std::string> texts;
+  if (count == 0) {
+    texts.emplace_back("No check was made.");
+  } else if (different.empty()) {
+    texts.push_back(count == 1 ? "The one scope agrees."
+                               : fmt::format("All {} scopes agree.", count));
+  } else {
+    texts.push_back(
+        fmt::format("{} of {} {}: {}. What differs: {}.", different.size(),
+                    count_of(count, "scope"), different.size() == 1 ? "differs" : "differ",
+                    link_scopes(different, report), isolated(describe_differences(report))));
+  }
+  for (const IncompleteReport &incomplete : report.incomplete) {
+    texts.push_back(fmt::format("Not compared: {}.{}", describe_incomplete(incomplete.reason),
+                                describe_accepted(incomplete.accepted)));
+  }
+  if (!accepted.empty()) {
+    texts.push_back(fmt::format("Accepted differences make {} agree: {}.",
+                                count_of(accepted.size(), "scope"), link_scopes(accepted, report)));
+  }
+  if (has_reason(find_verdict(report), Reason::warnings)) {
+    texts.emplace_back("The comparison is strict, and <a href=\"#notes\">warnings</a> remain.");
+  } else if (report.is_strict) {
+    texts.emplace_back("The comparison is strict: a warning would make the pair disagree.");
+  }
+  return "<p>" + join(texts, "</p>\n<p>") + "</p>\n";
+}
 
 std::string write_pair_table(const PairReport &report) {
-  const auto &[left, right] = report.sides;
   std::string rows;
-  const auto add = [&rows](const char *title, const std::string &of_left,
-                           const std::string &of_right) {
+  const auto add = [&](const char *title, const auto &describe) {
     rows += fmt::format("<tr><th scope=\"row\">{}</th><td>{}</td><td>{}</td></tr>\n", title,
-                        isolated(of_left), isolated(of_right));
+                        isolated(describe(report.sides[0])), isolated(describe(report.sides[1])));
   };
-  const auto modified = [](const SideReport &side) {
+  add("Name", [](const SideReport &side) { return side.name; });
+  add("Source", [](const SideReport &side) { return side.source; });
+  add("File modified", [](const SideReport &side) {
     return side.modified ? describe_time(*side.modified) : "not a file";
-  };
-  add("Name", left.name, right.name);
-  add("Source", left.source, right.source);
-  add("File modified", modified(left), modified(right));
-  add("Spanning tree", spanning_tree_name(left.spanning_tree),
-      spanning_tree_name(right.spanning_tree));
+  });
+  add("Spanning tree",
+      [](const SideReport &side) { return spanning_tree_name(side.spanning_tree); });
   return fmt::format(R"(<table class="pair">
 <caption class="unseen">The two switches</caption>
 <thead><tr><td></td><th scope="col">{}</th><th scope="col">{}</th></tr></thead>
@@ -130,7 +92,7 @@ std::string write_pair_table(const PairReport &report) {
 // --- sections ---
 
 std::string write_agreeing_scopes(const PairReport &report) {
-  const auto agreed = select_scopes(report, ScopeClass::agreed);
+  const Scopes agreed = select_scopes(report, ScopeClass::agreed);
   if (agreed.empty()) return "";
   return fmt::format("<details class=\"fold\"><summary>{}: {}</summary>\n{}</details>\n",
                      count_of(agreed.size(), "scope"), link_scopes(agreed, report, false),
@@ -141,16 +103,14 @@ std::string write_notes(const PairReport &report) {
   std::string items;
   for (const NoteGroup &group : group_notes(report.notes)) {
     const NoteReport &note = *group.note;
-    items += fmt::format(
-        "<li>{}{}: {}{}{}</li>\n", note.accepted ? "accepted " : "", severity_name(note.note.kind),
-        group.channels.empty() ? "" : folded(group.channels) + ": ",
-        folded(describe_note(note, side_names(report))),
-        note.accepted ? " Accepted: " + isolated(describe_acceptance(*note.accepted)) : "");
+    items += fmt::format("<li>{}: {}{} {}</li>\n", severity_name(note.note.kind),
+                         group.channels.empty() ? "" : folded(group.channels) + ": ",
+                         folded(describe_note(note, side_names(report))),
+                         describe_accepted(note.accepted));
   }
   if (items.empty()) return "";
   return fmt::format("<p>{}</p>\n<ul>\n{}</ul>\n",
-                     report.is_strict ? "The comparison is strict: a warning that is not accepted "
-                                        "makes the pair disagree."
+                     report.is_strict ? "A warning that is not accepted makes the pair disagree."
                                       : "These do not change the verdict.",
                      items);
 }
@@ -171,13 +131,14 @@ std::string write_sections(const PairReport &report) {
       {"notes", "Notes", write_notes(report)}};
   std::string links;
   std::string main;
-  for (const Section &section : sections) {
-    if (section.content.empty()) continue;
-    links += fmt::format("<li><a href=\"#{}\">{}</a></li>\n", section.id, section.title);
-    main += fmt::format(
-        "<section id=\"{0}\" aria-labelledby=\"{0}-heading\">\n"
-        "<h2 id=\"{0}-heading\">{1}</h2>\n{2}</section>\n",
-        section.id, section.title, section.content);
+  for (const auto &[id, title, content] : sections) {
+    if (content.empty()) continue;
+    links += fmt::format("<li><a href=\"#{}\">{}</a></li>\n", id, title);
+    main += fmt::format(R"(<section id="{0}" aria-labelledby="{0}-heading">
+<h2 id="{0}-heading">{1}</h2>
+{2}</section>
+)",
+                        id, title, content);
   }
   return fmt::format(R"(<nav aria-label="Sections"><ul>
 {}</ul></nav>
@@ -187,18 +148,56 @@ std::string write_sections(const PairReport &report) {
                      links, main);
 }
 
-// How an outcome looks: the header's class, and a sign for whoever sees no colours.
-struct Look {
-  const char *name;
-  const char *sign;
-};
-constexpr Look outcome_looks[] = {{"good", "="}, {"bad", "≠"}, {"incomplete", "?"}};
+// Longer texts are folded, with so much of them before the fold.
+constexpr std::size_t longest_text = 120;
+constexpr std::size_t shown_of_longer = 60;
+
+// The beginning of a long text; of a list, whole items.
+std::string_view beginning_of(std::string_view text) {
+  const std::string_view beginning = whole_characters(text, shown_of_longer);
+  const std::size_t item = beginning.find_last_of(", ");
+  return item == beginning.npos || item == 0 ? beginning : beginning.substr(0, item);
+}
 
 }  // namespace
 
+std::string escaped(std::string_view text, const char *comma) {
+  const std::pair<char, const char *> entities[] = {{'&', "&amp;"},  {'<', "&lt;"},   {'>', "&gt;"},
+                                                    {'"', "&quot;"}, {'\'', "&#39;"}, {',', comma}};
+  std::string html;
+  for (const char c : printable(text)) {
+    const auto *entity = std::ranges::find(entities, c, &std::pair<char, const char *>::first);
+    html += entity != std::end(entities) ? entity->second : std::string(1, c);
+  }
+  return html;
+}
+
+std::string isolated(std::string_view text) {
+  return "<bdi>" + escaped(text, ",<wbr>") + "</bdi>";
+}
+
+std::string folded(const std::string &text, const std::string &what) {
+  if (text.size() <= longest_text) return isolated(text);
+  return fmt::format("<details><summary>{}{}…</summary>{}</details>", what,
+                     isolated(beginning_of(text)), isolated(text));
+}
+
+std::string folded(const Vlans &vlans) {
+  return folded(vlan_text(vlans), count_of(vlans.count(), "VLAN") + ": ");
+}
+
+const std::string &name_side(const SideReport &side) {
+  return side.name.empty() ? side.source : side.name;
+}
+
+std::string describe_accepted(const std::optional<Acceptance> &accepted) {
+  return accepted ? "Accepted: " + isolated(describe_acceptance(*accepted)) : "";
+}
+
 std::string write_page(const PairReport &report) {
-  const PageVerdict verdict = describe_page_verdict(report);
-  const Look &look = outcome_looks[std::size_t(find_verdict(report).outcome)];
+  constexpr Look looks[] = {{"good", "="}, {"bad", "≠"}, {"incomplete", "?"}};
+  const Look &look = looks[std::size_t(find_verdict(report).outcome)];
+  const std::string heading = describe_heading(report);
   return fmt::format(
       R"(<!DOCTYPE html>
 <html lang="en">
@@ -216,18 +215,17 @@ std::string write_page(const PairReport &report) {
 <header class="{}">
 <p class="what">Spanning-tree settings of {}. Generated {} by mcec-lab {}.</p>
 <h1><span aria-hidden="true">{}</span> {}</h1>
-<div class="verdict"><p>{}</p>
-{}</div>
+<div class="verdict">{}</div>
 {}</header>
 {}<script>{}</script>
 </body>
 </html>
 )",
-      hash_text(page_style), hash_text(page_script), verdict.heading,
-      escaped(name_side(report.sides[0])), escaped(name_side(report.sides[1])), page_style,
-      look.name, report.is_intended ? "a switch, compared with its intended state" : "two switches",
-      describe_time(std::time(nullptr)), LAB_VERSION, look.sign, verdict.heading, verdict.text,
-      describe_conditions(report), write_pair_table(report), write_sections(report), page_script);
+      hash_text(page_style), hash_text(page_script), heading, escaped(name_side(report.sides[0])),
+      escaped(name_side(report.sides[1])), page_style, look.name,
+      report.is_intended ? "a switch, compared with its intended state" : "two switches",
+      describe_time(std::time(nullptr)), LAB_VERSION, look.sign, heading,
+      describe_page_verdict(report), write_pair_table(report), write_sections(report), page_script);
 }
 
 }  // namespace lab

@@ -1,9 +1,11 @@
 # The style and the script of the page of a comparison become constants of the lab.
-foreach(part style:page.css script:page.js)
-  string(REGEX MATCH "^(.*):(.*)$" part ${part})
-  set(file ${CMAKE_CURRENT_LIST_DIR}/${CMAKE_MATCH_2})
-  file(READ ${file} ${CMAKE_MATCH_1})
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
-endforeach()
-configure_file(${CMAKE_CURRENT_LIST_DIR}/page_parts.h.in
-  ${CMAKE_CURRENT_BINARY_DIR}/output/page_parts.h @ONLY)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/page.css style)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/page.js script)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+  ${CMAKE_CURRENT_LIST_DIR}/page.css ${CMAKE_CURRENT_LIST_DIR}/page.js)
+file(CONFIGURE OUTPUT output/page_parts.h @ONLY CONTENT [[
+namespace lab {
+inline constexpr char page_style[] = R"page(@style@)page";
+inline constexpr char page_script[] = R"page(@script@)page";
+}  // namespace lab
+]])

@@ -1,24 +1,18 @@
 "use strict";
 // Draws the grid of VLANs from the tables of VLANs, where readers without a script find the same.
-(() => {
+const drawGrid = (grid) => {
   const COLUMNS = 64;
   const COUNT = 4096;
-  const HUES = 8;
-  const PATTERNS = 4;
-  const PAGE_ROWS = 8;
   const LEGEND_INSTANCES = 24;
-
-  const grid = document.getElementById("grid");
-  if (!grid) return;
-  const named = document.getElementById("named");
-  const hint = named.textContent;
-  const picture = document.getElementById("picture");
+  const [picture, named, legend] = ["picture", "named", "legend"].map((id) => document.getElementById(id));
   const sides = picture.dataset;
+  const hint = named.textContent;
 
-  const make = (tag, className, text = "") => {
+  const make = (tag, className, text, attributes = {}) => {
     const element = document.createElement(tag);
-    if (className) element.className = className;
+    element.className = className;
     element.textContent = text;
+    for (const [name, value] of Object.entries(attributes)) element.setAttribute(name, value);
     return element;
   };
 
@@ -26,152 +20,120 @@
   const instanceOf = (fact) => Number(/^instance (\d+)$/.exec(fact)?.[1] ?? 0);
   const lookOf = (fact) => {
     const instance = instanceOf(fact) - 1;
-    if (instance >= 0) {
-      return `hue${instance % HUES} pattern${Math.floor(instance / HUES) % PATTERNS}`;
-    }
+    if (instance >= 0) return `hue${instance % 8} pattern${Math.floor(instance / 8) % 4}`;
     return fact === "disabled" ? "off" : fact === "not sent" ? "unsent" : "";
   };
-
-  const draw = (cell, { left, right, state }) => {
-    cell.className = left === right ? `cell ${state} ${lookOf(left)}` : `cell ${state}`;
-    if (left === right) return;
+  const makeCell = ({ left, right, state }, attributes) => {
+    if (left === right) return make("span", `cell ${state} ${lookOf(left)}`, "", attributes);
+    const cell = make("span", `cell ${state}`, "", attributes);
     cell.append(make("i", `half upper ${lookOf(left)}`), make("i", `half lower ${lookOf(right)}`));
+    return cell;
   };
-
   const sentence = ({ left, right, says }) => {
     const other = left.startsWith("instance ") ? right.replace("instance ", "") : right;
     const where = left === right ? `${left} on both` : `${left} on ${sides.left}, ${other} on ${sides.right}`;
     return `${where}: ${says}`;
   };
 
-  // --- what the tables say ---
-
-  const groups = [];
   const groupOf = new Array(COUNT);
-  for (const row of document.querySelectorAll("tr[data-state]")) {
+  const groups = [...document.querySelectorAll("tr[data-state]")].map((row) => {
     const [, left, right, says] = [...row.cells].map((cell) => cell.textContent);
     const group = { left, right, says, state: row.dataset.state };
-    groups.push(group);
     for (const range of row.dataset.vlans.split(",")) {
       const [first, last = first] = range.split("-").map(Number);
-      for (let vlan = first; vlan <= last; ++vlan) groupOf[vlan] = group;
+      groupOf.fill(group, first, last + 1);
     }
-  }
+    return group;
+  });
 
   // --- the grid ---
 
-  const cells = [];
-  const ticks = make("div", "line ticks");
-  ticks.setAttribute("aria-hidden", "true");
-  ticks.append(make("span", "head"));
-  for (let column = 0; column < COLUMNS; ++column) {
-    ticks.append(make("span", "tick", column % 8 === 0 ? `+${column}` : ""));
-  }
-  const lines = [];
+  const cells = groupOf.map((group, vlan) =>
+    makeCell(group, { role: "gridcell", tabindex: -1, "aria-label": `VLAN ${vlan}: ${sentence(group)}` }));
+  const ticks = make("div", "line ticks", "", { "aria-hidden": true });
+  ticks.append(make("span", "head", ""), ...cells.slice(0, COLUMNS).map(
+    (cell, column) => make("span", "tick", column % 8 === 0 ? `+${column}` : "")));
+  grid.append(ticks);
   for (let start = 0; start < COUNT; start += COLUMNS) {
-    const line = make("div", "line");
-    line.setAttribute("role", "row");
-    const head = make("span", "head", String(start));
-    head.setAttribute("role", "rowheader");
-    head.setAttribute("aria-label", `VLANs ${start} to ${start + COLUMNS - 1}`);
-    line.append(head);
-    for (let vlan = start; vlan < start + COLUMNS; ++vlan) {
-      const cell = make("span");
-      const group = groupOf[vlan];
-      draw(cell, group);
-      cell.setAttribute("role", "gridcell");
-      cell.setAttribute("aria-label", `VLAN ${vlan}: ${sentence(group)}`);
-      cell.tabIndex = -1;
-      cells.push(cell);
-      line.append(cell);
-    }
-    lines.push(line);
+    const line = make("div", "line", "", { role: "row" });
+    const label = `VLANs ${start} to ${start + COLUMNS - 1}`;
+    line.append(make("span", "head", start, { role: "rowheader", "aria-label": label }),
+      ...cells.slice(start, start + COLUMNS));
+    grid.append(line);
   }
   // Where an instance begins in a row its number is written, if there is room for it.
-  for (let vlan = 0; vlan < COUNT; ++vlan) {
-    const group = groupOf[vlan];
+  groupOf.forEach((group, vlan) => {
+    const column = vlan % COLUMNS;
     const instance = instanceOf(group.left);
-    if (group.left !== group.right || instance === 0) continue;
-    if (vlan % COLUMNS > 0 && groupOf[vlan - 1] === group) continue;
-    const hasRoom = vlan % COLUMNS < COLUMNS - 1 && groupOf[vlan + 1] === group;
-    if (instance < 100 || hasRoom) cells[vlan].append(make("b", "number", String(instance)));
-  }
-  grid.append(ticks, ...lines);
+    if (group.left !== group.right || instance === 0 || (column > 0 && groupOf[vlan - 1] === group)) return;
+    const hasRoom = column < COLUMNS - 1 && groupOf[vlan + 1] === group;
+    if (instance < 100 || hasRoom) cells[vlan].append(make("b", "number", instance));
+  });
 
   // --- the legend ---
 
-  const legend = document.getElementById("legend");
-  const explain = (facts, text) => {
-    const item = make("li");
-    const sample = make("span");
-    draw(sample, facts);
-    item.append(sample, text);
+  const explain = (group, text) => {
+    const item = make("li", "", "");
+    item.append(makeCell(group), text);
     legend.append(item);
   };
-  const states = new Map(groups.map(({ state, says }) => [state, says]));
-  states.delete("same");
   const facts = [...new Set(groups.flatMap(({ left, right }) => [left, right]))];
   facts.sort((a, b) => instanceOf(a) - instanceOf(b));
-  for (const fact of facts.slice(0, LEGEND_INSTANCES)) {
-    explain({ left: fact, right: fact, state: "same" }, fact);
-  }
+  for (const fact of facts.slice(0, LEGEND_INSTANCES)) explain({ left: fact, right: fact, state: "same" }, fact);
   if (facts.length > LEGEND_INSTANCES) {
     legend.append(make("li", "", `and ${facts.length - LEGEND_INSTANCES} more instances`));
   }
   const split = groups.find(({ left, right }) => left !== right);
-  if (split) {
-    explain({ ...split, state: "same" }, `upper left: ${sides.left}; lower right: ${sides.right}`);
+  if (split) explain({ ...split, state: "same" }, `upper left: ${sides.left}; lower right: ${sides.right}`);
+  for (const [state, says] of new Map(groups.map(({ state, says }) => [state, says]))) {
+    if (state !== "same") explain({ left: "", right: "", state }, says);
   }
-  for (const [state, says] of states) explain({ left: "", right: "", state }, says);
 
   // --- hover and focus ---
 
   let active = Math.max(0, cells.findIndex((cell) => cell.matches(".different, .fail")));
   cells[active].tabIndex = 0;
-  const name = (cell) => { named.textContent = cell?.getAttribute("aria-label") ?? hint; };
-  const cellOf = (event) => event.target.closest("[role=gridcell]");
-  const focused = () => (grid.contains(document.activeElement) ? document.activeElement : null);
-
-  // A pointer that rests while the page scrolls below it says nothing.
+  const name = (cell = document.activeElement.closest("#grid .cell")) => {
+    named.textContent = cell?.ariaLabel ?? hint;
+  };
+  // A pointer that rests while the page scrolls below it does not move.
   let pointer = "";
-  grid.addEventListener("mousemove", (event) => {
-    const before = pointer;
-    pointer = `${event.screenX},${event.screenY}`;
-    if (pointer !== before) name(cellOf(event) ?? focused());
+  grid.addEventListener("mousemove", ({ screenX, screenY, target }) => {
+    if (pointer !== `${screenX},${screenY}`) name(target.closest(".cell") ?? undefined);
+    pointer = `${screenX},${screenY}`;
   });
-  grid.addEventListener("mouseleave", () => name(focused()));
-  grid.addEventListener("focusout", () => name(null));
+  grid.addEventListener("mouseleave", () => name());
+  grid.addEventListener("focusout", () => { named.textContent = hint; });
   grid.addEventListener("focusin", (event) => {
     cells[active].tabIndex = -1;
-    active = cells.indexOf(cellOf(event));
+    active = cells.indexOf(event.target);
     cells[active].tabIndex = 0;
     name(cells[active]);
   });
-  const moves = {
-    ArrowLeft: (vlan) => vlan - 1,
-    ArrowRight: (vlan) => vlan + 1,
-    ArrowUp: (vlan) => vlan - COLUMNS,
-    ArrowDown: (vlan) => vlan + COLUMNS,
-    Home: (vlan) => vlan - (vlan % COLUMNS),
-    End: (vlan) => vlan - (vlan % COLUMNS) + COLUMNS - 1,
-    PageUp: (vlan) => Math.max(vlan - PAGE_ROWS * COLUMNS, vlan % COLUMNS),
-    PageDown: (vlan) => Math.min(vlan + PAGE_ROWS * COLUMNS, COUNT - COLUMNS + (vlan % COLUMNS)),
-  };
   grid.addEventListener("keydown", (event) => {
-    const move = moves[event.key];
-    if (!move || event.altKey || event.metaKey || event.shiftKey) return;
+    const column = active % COLUMNS;
+    const to = {
+      ArrowLeft: active - 1,
+      ArrowRight: active + 1,
+      ArrowUp: active - COLUMNS,
+      ArrowDown: active + COLUMNS,
+      Home: event.ctrlKey ? 0 : active - column,
+      End: event.ctrlKey ? COUNT - 1 : active - column + COLUMNS - 1,
+      PageUp: Math.max(active - 8 * COLUMNS, column),
+      PageDown: Math.min(active + 8 * COLUMNS, COUNT - COLUMNS + column),
+    }[event.key];
+    if (to === undefined || event.altKey || event.metaKey || event.shiftKey) return;
     event.preventDefault();
-    const ends = { Home: 0, End: COUNT - 1 };
-    const to = (event.ctrlKey ? ends[event.key] : undefined) ?? move(active);
-    if (to >= 0 && to < COUNT) cells[to].focus();
+    cells[to]?.focus();
   });
-  picture.hidden = false;
 
+  picture.hidden = false;
   const scroll = grid.parentElement;
   new ResizeObserver(() => {
     document.getElementById("more").hidden = scroll.scrollWidth <= scroll.clientWidth;
   }).observe(scroll);
-})();
+};
+if (document.getElementById("grid")) drawGrid(document.getElementById("grid"));
 
 // Paper has no folds to open: long values are printed whole.
 let opened = [];

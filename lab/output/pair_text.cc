@@ -1,44 +1,18 @@
-#include "output/pair_text.h"
-
 #include <fmt/core.h>
 
-#include <algorithm>
-
-#include "output/check_text.h"
-#include "output/notes.h"
-#include "output/words.h"
-#include "report/groups.h"
+#include "output/print.h"
 #include "report/verdict.h"
-#include "switch/names.h"
 
 namespace lab {
 namespace {
 
-std::string describe_side(const SideReport &side, const char *name) {
-  return fmt::format("{}: {}{}, spanning tree {}", name,
-                     side.name.empty() ? "" : side.name + ", from ", side.source,
-                     spanning_tree_name(side.spanning_tree));
-}
-
-// The first line: the verdict, or what could not be compared.
-Cell verdict_line(const PairReport &report) {
-  switch (find_verdict(report).outcome) {
-    case Outcome::agree:
-      return {"The pair agrees.", Colour::green};
-    case Outcome::disagree:
-      return {"The pair does NOT agree.", Colour::red};
-    case Outcome::incomplete:
-      break;
-  }
-  return {std::string("NOT COMPARED: ") + describe_incomplete(report.incomplete.front().reason),
-          Colour::yellow};
-}
+// --- a pair ---
 
 void print_incomplete(const PairReport &report, const Layout &layout) {
   const bool is_first = find_verdict(report).outcome == Outcome::incomplete;
-  for (std::size_t i = 0; i < report.incomplete.size(); ++i) {
-    const IncompleteReport &incomplete = report.incomplete[i];
-    if (i > 0 || !is_first) {
+  for (const IncompleteReport &incomplete : report.incomplete) {
+    // The first is the first line then.
+    if (&incomplete != &report.incomplete.front() || !is_first) {
       put_wrapped(std::string("not compared: ") + describe_incomplete(incomplete.reason), layout);
     }
     if (incomplete.accepted) {
@@ -48,56 +22,122 @@ void print_incomplete(const PairReport &report, const Layout &layout) {
 }
 
 void print_notes(const PairReport &report, const Style &style) {
-  if (report.notes.empty()) return;
-  put_line("Notes:");
+  if (!report.notes.empty()) put_line("Notes:");
   for (const NoteGroup &group : group_notes(report.notes)) {
-    const NoteReport &note = *group.note;
-    std::string text = (group.channels.empty() ? "" : printable(group.channels) + ": ") +
-                       describe_note(note, style.sides);
-    if (note.accepted) text += " Accepted: " + describe_acceptance(*note.accepted);
-    put_wrapped(text, style.layout, 4, "  - ");
+    const auto &accepted = group.note->accepted;
+    put_wrapped(describe_notes(group, style.sides) +
+                    (accepted ? " Accepted: " + describe_acceptance(*accepted) : ""),
+                style.layout, 4, "  - ");
   }
+}
+
+// --- many pairs ---
+
+// Why a pair was not compared, or could not be compared in full.
+std::string describe_gaps(const PairResult &result) {
+  std::vector<std::string> texts;
+  std::size_t count = 0;
+  for (const SourceErrors &source : result.errors) count += source.errors.size();
+  if (count > 0) {
+    const auto &[source, errors] = result.errors.front();
+    const std::string place = place_of(errors.front());
+    return fmt::format("{}: {}{}{}", source, place.empty() ? "" : place + " ", errors.front().found,
+                       count > 1 ? fmt::format(" and {} more", count - 1) : "");
+  }
+  for (const IncompleteReport &incomplete : result.report.incomplete) {
+    texts.push_back(describe_incomplete(incomplete.reason) +
+                    std::string(incomplete.accepted ? ", accepted" : ""));
+  }
+  return join(texts, "; ");
+}
+
+Outcome outcome_of(const PairResult &result) {
+  return result.errors.empty() ? find_verdict(result.report).outcome : Outcome::incomplete;
+}
+
+// "DIFFERENT: stp-mode (1) (2 notes)".
+Cell verdict_cell(const PairResult &result) {
+  const std::size_t count = result.report.notes.size();
+  const std::string notes = count == 0 ? "" : " (" + count_of(count, "note") + ")";
+  switch (outcome_of(result)) {
+    case Outcome::agree:
+      return {"agrees" + notes, Colour::green};
+    case Outcome::disagree:
+      return {"DIFFERENT: " + describe_differences(result.report) + notes, Colour::red};
+    case Outcome::incomplete:
+      break;
+  }
+  return {"NOT COMPARED: " + describe_gaps(result) + notes, Colour::yellow};
 }
 
 }  // namespace
 
-const char *spanning_tree_name(SpanningTree spanning_tree) {
-  constexpr const char *names[] = {"off", "rapid-pvst", "mst", "unknown"};
-  return names[std::size_t(spanning_tree)];
-}
-
-std::string describe_spanning_tree_off(const PairReport &report) {
-  const bool left = report.sides[0].spanning_tree == SpanningTree::off;
-  const bool right = report.sides[1].spanning_tree == SpanningTree::off;
-  if (!left && !right) return "";
-  if (left && right) return "Spanning tree is off on both switches: no check is made.";
-  return fmt::format("Spanning tree is off on the {} switch: no check is made.",
-                     side_names(report)[left ? 0 : 1]);
-}
-
 void print_comparison(const PairReport &report, const Style &style) {
   const Layout &layout = style.layout;
-  const Cell verdict = verdict_line(report);
-  put_wrapped(coloured(verdict.text, verdict.colour, layout), layout);
-  print_incomplete(report, layout);
-  if (report.is_strict) {
-    const Verdict reasons = find_verdict(report);
-    if (std::find(reasons.reasons.begin(), reasons.reasons.end(), Reason::warnings) !=
-        reasons.reasons.end()) {
-      put_line("Warnings remain, and --strict counts them.");
-    }
-  }
-  for (std::size_t side = 0; side < style.sides.size(); ++side) {
-    put_wrapped(describe_side(report.sides[side], style.sides[side]), layout);
-  }
-  if (const std::string off = describe_spanning_tree_off(report); !off.empty()) {
-    put_wrapped(off, layout);
+  const Verdict verdict = find_verdict(report);
+  if (verdict.outcome == Outcome::incomplete) {
+    const Incomplete reason = report.incomplete.front().reason;
+    put_wrapped({std::string("NOT COMPARED: ") + describe_incomplete(reason), Colour::yellow},
+                layout);
+  } else if (verdict.outcome == Outcome::agree) {
+    put_wrapped({"The pair agrees.", Colour::green}, layout);
   } else {
+    put_wrapped({"The pair does NOT agree.", Colour::red}, layout);
+  }
+  print_incomplete(report, layout);
+  if (has_reason(verdict, Reason::warnings)) {
+    put_line("Warnings remain, and --strict counts them.");
+  }
+  std::vector<std::string> off;
+  for (std::size_t side = 0; side < style.sides.size(); ++side) {
+    const SideReport &of_side = report.sides[side];
+    put_wrapped(fmt::format("{}: {}{}, spanning tree {}", style.sides[side],
+                            of_side.name.empty() ? "" : of_side.name + ", from ", of_side.source,
+                            spanning_tree_name(of_side.spanning_tree)),
+                layout);
+    if (of_side.spanning_tree == SpanningTree::off) off.emplace_back(style.sides[side]);
+  }
+  if (off.empty()) {
     const Vlans &twins = report.twin_vlans;
     put_wrapped("twin VLANs: " + (twins.none() ? "none" : vlan_text(twins)), layout, 4);
     print_checks(report.checks, style);
+  } else {
+    put_wrapped(fmt::format("Spanning tree is off on {}: no check is made.",
+                            off.size() == 2 ? "both switches" : "the " + off[0] + " switch"),
+                layout);
   }
   print_notes(report, style);
+}
+
+void count_result(const PairResult &result, PairCounts &counts) {
+  switch (outcome_of(result)) {
+    case Outcome::agree:
+      ++counts.agree;
+      break;
+    case Outcome::disagree:
+      counts.differing.push_back(result.name + ": " + describe_differences(result.report));
+      break;
+    case Outcome::incomplete:
+      counts.failed.push_back(result.name + ": " + describe_gaps(result));
+      break;
+  }
+}
+
+void print_pair_result(const PairResult &result, const Layout &layout, bool with_notes) {
+  put_line(result.name + ": " + coloured(verdict_cell(result), layout));
+  if (!with_notes) return;
+  for (const NoteGroup &group : group_notes(result.report.notes)) {
+    put_wrapped(describe_notes(group), layout, 4, "  - ");
+  }
+}
+
+void print_pair_counts(const PairCounts &counts) {
+  const std::size_t all = counts.agree + counts.differing.size() + counts.failed.size();
+  put_line(fmt::format("{} pairs: {} agree, {} differ, {} not compared", all, counts.agree,
+                       counts.differing.size(), counts.failed.size()));
+  for (const auto *lines : {&counts.failed, &counts.differing}) {
+    for (const std::string &line : *lines) put_line(line, 4);
+  }
 }
 
 }  // namespace lab

@@ -1,10 +1,4 @@
-#include "output/run.h"
-
-#include <nlohmann/json.hpp>
-
-#include "output/check_json.h"
-#include "output/error_json.h"
-#include "switch/names.h"
+#include "output/json.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -24,39 +18,26 @@ Json head_to_json(const StepHead &head) {
   return json;
 }
 
-Json records_to_json(const std::vector<ParameterRecord> &records) {
-  Json json = Json::array();
-  for (const ParameterRecord &record : records) {
-    json.push_back({{"parameter", parameter_key(record.type)}, {"type", record.type}});
-    json.back()["port"] = record.port.empty() ? Json() : Json(record.port);
-    if (!record.is_valid) json.back()["valid"] = false;
-  }
+Json record_to_json(const ParameterRecord &record) {
+  Json json = {{"parameter", parameter_key(record.type)},
+               {"type", record.type},
+               {"port", record.port.empty() ? Json() : Json(record.port)}};
+  if (!record.is_valid) json["valid"] = false;
   return json;
 }
 
-Json values_to_json(const std::vector<Entry> &entries) {
-  Json json = Json::array();
-  for (const Entry &entry : entries) {
-    json.push_back({{"parameter", parameter_key(entry.type)},
-                    {"type", entry.type},
-                    {"length", entry.value.size()},
-                    {"text", display(entry.type, entry.value)},
-                    {"bytes", hex(entry.value)}});
-  }
-  return json;
+Json entry_to_json(const Entry &entry) {
+  return {{"parameter", parameter_key(entry.type)},
+          {"type", entry.type},
+          {"length", entry.value.size()},
+          {"text", display(entry.type, entry.value)},
+          {"bytes", hex(entry.value)}};
 }
 
-Json display_to_json(const std::vector<DisplayRecord> &records) {
-  Json json = Json::array();
-  for (const DisplayRecord &record : records) {
-    json.push_back({{"scope", record.scope},
-                    {"parameter", parameter_key(record.type)},
-                    {"type", record.type},
-                    {"component", record.component},
-                    {"name", record.name},
-                    {"value", record.value}});
-  }
-  return json;
+Json display_to_json(const DisplayRecord &record) {
+  return {{"scope", record.scope}, {"parameter", parameter_key(record.type)},
+          {"type", record.type},   {"component", record.component},
+          {"name", record.name},   {"value", record.value}};
 }
 
 Json switch_to_json(const SwitchReport &report) {
@@ -64,44 +45,38 @@ Json switch_to_json(const SwitchReport &report) {
   if (report.result) json["result"] = code_to_json(*report.result, "ok");
   if (report.is_command) json["answer"] = describe_answer(report);
   if (report.answer) json["accepted"] = report.answer->is_accepted;
-  if (report.records) json["records"] = records_to_json(*report.records);
-  if (report.values) json["values"] = values_to_json(*report.values);
-  if (report.parameters) json["parameters"] = values_to_json(*report.parameters);
-  if (report.display) json["report"] = display_to_json(*report.display);
+  if (report.records) json["records"] = list_json(*report.records, record_to_json);
+  if (report.values) json["values"] = list_json(*report.values, entry_to_json);
+  if (report.parameters) json["parameters"] = list_json(*report.parameters, entry_to_json);
+  if (report.display) json["report"] = list_json(*report.display, display_to_json);
   if (!report.log.empty()) json["log"] = report.log;
   return json;
 }
 
-// --- expectations ---
-
-Json finding_to_json(const Finding &finding) {
-  return std::visit(
-      [](const auto &found) -> Json {
-        using Found = std::decay_t<decltype(found)>;
-        if constexpr (std::is_same_v<Found, std::monostate>) {
-          return nullptr;
-        } else if constexpr (std::is_same_v<Found, TextsByType>) {
-          Json json = Json::object();
-          for (const auto &[type, text] : found) {
-            json[parameter_key(type)] = text ? Json(*text) : Json();
-          }
-          return json;
-        } else {
-          return describe_found(found);
-        }
-      },
-      finding);
-}
-
-Json expectations_to_json(const std::vector<ExpectationReport> &expectations) {
-  Json json = Json::array();
-  for (const ExpectationReport &expectation : expectations) {
-    json.push_back({{"what", describe_subject(expectation)},
-                    {"expected", finding_to_json(expectation.expected)},
-                    {"found", finding_to_json(expectation.found)},
-                    {"met", expectation.is_met}});
+struct FindingToJson {
+  Json operator()(std::monostate) const { return nullptr; }
+  Json operator()(const ResultCode &result) const { return code_name(result); }
+  Json operator()(const CheckCode &result) const { return code_name(result); }
+  Json operator()(const std::string &text) const { return text; }
+  Json operator()(const Vlans &vlans) const { return vlan_text(vlans); }
+  Json operator()(const std::vector<uint16_t> &types) const { return list_keys(types); }
+  Json operator()(const std::vector<ParameterRecord> &records) const {
+    return list_json(records, describe_record);
   }
-  return json;
+  Json operator()(const TextsByType &texts) const {
+    Json json = Json::object();
+    for (const auto &[type, text] : texts) {
+      json[parameter_key(type)] = text ? Json(*text) : Json();
+    }
+    return json;
+  }
+};
+
+Json expectation_to_json(const ExpectationReport &expectation) {
+  return {{"what", describe_subject(expectation)},
+          {"expected", std::visit(FindingToJson{}, expectation.expected)},
+          {"found", std::visit(FindingToJson{}, expectation.found)},
+          {"met", expectation.is_met}};
 }
 
 Json what_if_to_json(const WhatIfReport &report) {
@@ -135,21 +110,21 @@ Json step_to_json(const StepReport &step) {
     if (!step.switches[side]) continue;
     json["switches"][switch_names[side]] = switch_to_json(*step.switches[side]);
   }
-  if (!step.expectations.empty()) json["expectations"] = expectations_to_json(step.expectations);
+  if (!step.expectations.empty()) {
+    json["expectations"] = list_json(step.expectations, expectation_to_json);
+  }
   return json;
 }
 
 }  // namespace
 
 std::string format_run(const RunReport &report, const std::vector<StepReport> &steps) {
-  Json list = Json::array();
-  for (const StepReport &step : steps) list.push_back(step_to_json(step));
   Json json = {{"version", 1},
                {"scenario", report.path},
                {"title", report.title},
                {"about", report.about},
                {"agree", report.agree ? Json(*report.agree) : Json()},
-               {"steps", std::move(list)}};
+               {"steps", list_json(steps, step_to_json)}};
   if (report.what_if) json["what_if"] = what_if_to_json(*report.what_if);
   if (report.failure) json["failed"] = failure_to_json(*report.failure);
   json["met"] = is_as_expected(report);

@@ -1,27 +1,124 @@
 #include "report/acceptance.h"
 
+#include <fmt/chrono.h>
 #include <fnmatch.h>
 
-#include <ctime>
+#include <algorithm>
 
 #include "report/verdict.h"
-#include "switch/names.h"
-#include "text/yaml.h"
+#include "switch/state_file.h"
 
 namespace lab {
 namespace {
 
+using AcceptKind = AcceptEntry::Kind;
+
 constexpr char unfinished_reason[] = "TODO";
+
+// --- reading ---
+
+const std::vector<std::string> incomplete_keys = {"no-channels", "no-twin-vlans"};
+
+// What an entry is about: it has exactly one of these.
+const std::vector<std::string> subject_keys = {"parameter", "channel", "note", "incomplete"};
+
+// A date that exists.
+bool is_date(const std::string &text) {
+  using namespace std::chrono;
+  std::tm parts{};
+  const char *end = strptime(text.c_str(), "%Y-%m-%d", &parts);
+  if (end == nullptr || *end != '\0' || text.size() != 10) return false;
+  return (year(parts.tm_year + 1900) / (parts.tm_mon + 1) / parts.tm_mday).ok();
+}
+
+void read_subject(Reader &reader, const YAML::Node &node, AcceptEntry &entry) {
+  if (const YAML::Node key = node["parameter"]) {
+    const Parameter *parameter = read_parameter_name(reader, key);
+    if (parameter != nullptr) entry.type = parameter->type;
+  }
+  for (std::size_t side = 0; side < switch_names.size(); ++side) {
+    if (const YAML::Node value = node[switch_names[side]]) {
+      entry.values[side] =
+          value.IsNull() ? ValueText() : reader.text(value, "a value, or null: not sent");
+    }
+  }
+  if (const YAML::Node channel = node["channel"]) {
+    entry.kind = AcceptKind::missing_channel;
+    if (scalar_text(channel) != "missing") reader.expected(channel, "missing");
+  }
+  if (const YAML::Node note = node["note"]) {
+    entry.kind = AcceptKind::note;
+    const std::vector<std::string> &keys = note_keys();
+    const auto key = std::ranges::find(keys, scalar_text(note));
+    if (key == keys.end()) {
+      reader.expected(note, "a kind of note: " + one_of(keys, scalar_text(note)));
+    }
+    entry.note = NoteKind(key - keys.begin());
+  }
+  if (const YAML::Node incomplete = node["incomplete"]) {
+    entry.kind = AcceptKind::incomplete;
+    const auto key = std::ranges::find(incomplete_keys, scalar_text(incomplete));
+    if (key == incomplete_keys.end()) reader.expected(incomplete, one_of(incomplete_keys));
+    entry.incomplete = Incomplete(key - incomplete_keys.begin());
+  }
+}
+
+void read_acceptance(Reader &reader, const YAML::Node &node, Acceptance &acceptance) {
+  if (const YAML::Node reason = node["reason"]) {
+    acceptance.reason = reader.text(reason, "a reason");
+    if (reason.IsNull() || acceptance.reason.empty()) reader.expected(reason, "a reason");
+  }
+  if (const YAML::Node until = node["until"]) {
+    acceptance.until = until.IsScalar() ? until.Scalar() : "";
+    if (!is_date(acceptance.until)) reader.expected(until, "a date like 2026-12-31");
+  }
+}
+
+AcceptEntry read_entry(Reader &reader, const YAML::Node &node) {
+  constexpr char what[] = "an accepted difference";
+  constexpr char any_scope[] = "a scope: switch, a channel or a pattern";
+  AcceptEntry entry;
+  entry.line = node.Mark().line + 1;
+  if (!reader.mapping(node, what,
+                      {"scope", "pair", "reason", "until", "parameter", "left", "right", "channel",
+                       "note", "incomplete"})) {
+    return entry;
+  }
+  if (const YAML::Node scope = node["scope"]) {
+    entry.scope = reader.name(scope, any_scope);
+    if (entry.scope.empty()) reader.expected(scope, any_scope);
+  }
+  if (const YAML::Node pair = node["pair"]) {
+    entry.pair = reader.name(pair, "the name of a pair, or a pattern");
+  }
+  read_acceptance(reader, node, entry.acceptance);
+  read_subject(reader, node, entry);
+  reader.required(node, "reason", what);
+  const auto subjects =
+      std::ranges::count_if(subject_keys, [&](const std::string &key) { return bool(node[key]); });
+  if (subjects != 1) {
+    reader.add_error(node, what + (" with " + std::to_string(subjects)) + " of its subjects",
+                     "one of " + one_of(subject_keys));
+  } else if (entry.kind != AcceptKind::incomplete) {
+    reader.required(node, "scope", what);
+  }
+  for (const char *side : switch_names) {
+    if (node[side] && !node["parameter"]) {
+      reader.add_error(node[side], std::string("found '") + side + "' without 'parameter'",
+                       "values of a parameter");
+    }
+  }
+  return entry;
+}
+
+// --- accepting ---
 
 bool matches(const std::string &pattern, const std::string &name) {
   return pattern == name || fnmatch(pattern.c_str(), name.c_str(), FNM_NOESCAPE) == 0;
 }
 
-bool matches_scope(const AcceptEntry &entry, const ScopeReport &scope) {
-  return matches(entry.scope, scope.scope.name);
-}
-
-bool matches_values(const AcceptEntry &entry, const ParameterReport &parameter) {
+bool matches_parameter(const AcceptEntry &entry, const ParameterReport &parameter) {
+  if (parameter.type != entry.type || !is_different(parameter)) return false;
   const auto texts = find_value_texts(parameter);
   for (std::size_t side = 0; side < texts.size(); ++side) {
     if (entry.values[side] && *entry.values[side] != texts[side]) return false;
@@ -30,85 +127,62 @@ bool matches_values(const AcceptEntry &entry, const ParameterReport &parameter) 
 }
 
 // Marks what an entry is about; whether there was any. An expired entry marks nothing.
-bool accept_parameters(const AcceptEntry &entry, bool is_expired, PairReport &report) {
+bool accept_entry(const AcceptEntry &entry, bool is_expired, PairReport &report) {
   bool has_matched = false;
+  const auto accept = [&](std::optional<Acceptance> &accepted) {
+    has_matched = true;
+    if (!is_expired && !accepted) accepted = entry.acceptance;
+  };
   for (ScopeReport &scope : report.checks) {
-    if (missing_side(scope) || !matches_scope(entry, scope)) continue;
+    const bool is_missing = missing_side(scope).has_value();
+    if (!matches(entry.scope, scope.scope.name)) continue;
+    if (entry.kind == AcceptKind::missing_channel && is_missing) accept(scope.accepted);
     for (ParameterReport &parameter : scope.parameters) {
-      if (parameter.type != entry.type || !is_different(parameter) ||
-          !matches_values(entry, parameter)) {
-        continue;
-      }
-      has_matched = true;
-      if (is_expired || parameter.accepted) continue;
-      parameter.accepted = entry.acceptance;
-      parameter.fix.reset();
+      if (entry.kind != AcceptKind::parameter || is_missing) break;
+      if (!matches_parameter(entry, parameter)) continue;
+      accept(parameter.accepted);
+      if (parameter.accepted) parameter.fix.reset();
+    }
+  }
+  for (NoteReport &note : report.notes) {
+    const std::string scope = note.note.channel.empty() ? PairScope{}.name : note.note.channel;
+    if (entry.kind == AcceptKind::note && note.note.kind == entry.note &&
+        matches(entry.scope, scope)) {
+      accept(note.accepted);
+    }
+  }
+  for (IncompleteReport &incomplete : report.incomplete) {
+    if (entry.kind == AcceptKind::incomplete && incomplete.reason == entry.incomplete) {
+      accept(incomplete.accepted);
     }
   }
   return has_matched;
 }
 
-bool accept_missing_channels(const AcceptEntry &entry, bool is_expired, PairReport &report) {
-  bool has_matched = false;
-  for (ScopeReport &scope : report.checks) {
-    if (!missing_side(scope) || !matches_scope(entry, scope)) continue;
-    has_matched = true;
-    if (!is_expired && !scope.accepted) scope.accepted = entry.acceptance;
-  }
-  return has_matched;
-}
-
-bool accept_notes(const AcceptEntry &entry, bool is_expired, PairReport &report) {
-  bool has_matched = false;
-  for (NoteReport &note : report.notes) {
-    const std::string scope = note.note.channel.empty() ? PairScope{}.name : note.note.channel;
-    if (note.note.kind != entry.note || !matches(entry.scope, scope)) continue;
-    has_matched = true;
-    if (!is_expired && !note.accepted) note.accepted = entry.acceptance;
-  }
-  return has_matched;
-}
-
-bool accept_incomplete(const AcceptEntry &entry, bool is_expired, PairReport &report) {
-  bool has_matched = false;
-  for (IncompleteReport &incomplete : report.incomplete) {
-    if (incomplete.reason != entry.incomplete) continue;
-    has_matched = true;
-    if (!is_expired && !incomplete.accepted) incomplete.accepted = entry.acceptance;
-  }
-  return has_matched;
-}
-
-bool accept_entry(const AcceptEntry &entry, bool is_expired, PairReport &report) {
-  switch (entry.kind) {
-    case AcceptEntry::Kind::parameter:
-      return accept_parameters(entry, is_expired, report);
-    case AcceptEntry::Kind::missing_channel:
-      return accept_missing_channels(entry, is_expired, report);
-    case AcceptEntry::Kind::note:
-      return accept_notes(entry, is_expired, report);
-    case AcceptEntry::Kind::incomplete:
-      return accept_incomplete(entry, is_expired, report);
-  }
-  return false;
-}
-
 bool has_channel(const PairReport &report, const std::string &name) {
-  for (const ScopeReport &scope : report.checks) {
-    if (scope.scope.name == name && name != PairScope{}.name) return true;
-  }
-  return false;
+  return name != PairScope{}.name && std::ranges::any_of(report.checks, [&](const ScopeReport &of) {
+           return of.scope.name == name;
+         });
 }
 
 }  // namespace
 
+ReadAcceptList read_accept_list(const std::string &text) {
+  ReadAcceptList read;
+  Reader reader;
+  read_yaml(
+      text, "a file of accepted differences", reader,
+      [&](const YAML::Node &root) {
+        for (const auto &node : root) read.entries.push_back(read_entry(reader, node));
+      },
+      YamlRoot::list);
+  read.errors = std::move(reader.errors);
+  sort_errors(read.errors);
+  return read;
+}
+
 std::string format_today() {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts{};
-  localtime_r(&now, &parts);
-  char text[16];
-  std::strftime(text, sizeof text, "%Y-%m-%d", &parts);
-  return text;
+  return fmt::format("{:%Y-%m-%d}", fmt::localtime(std::time(nullptr)));
 }
 
 std::vector<bool> accept_differences(const std::vector<AcceptEntry> &entries,
@@ -128,24 +202,21 @@ std::vector<bool> accept_differences(const std::vector<AcceptEntry> &entries,
     if (!matched[i]) problem = AcceptanceProblem::matches_nothing;
     if (is_expired) problem = AcceptanceProblem::expired;
     if (!problem) continue;
-    NoteReport note;
-    note.note.kind = NoteKind::acceptance;
-    note.note.channel = has_channel(report, entry.scope) ? entry.scope : "";
-    note.problem = *problem;
-    note.line = entry.line;
-    note.until = entry.acceptance.until;
-    problems.push_back(std::move(note));
+    problems.push_back({.note = {.kind = NoteKind::acceptance,
+                                 .channel = has_channel(report, entry.scope) ? entry.scope : ""},
+                        .problem = *problem,
+                        .line = entry.line,
+                        .until = entry.acceptance.until});
   }
   report.notes.insert(report.notes.end(), problems.begin(), problems.end());
   return matched;
 }
 
 std::string format_accept_list(const PairReport &report) {
-  std::string text = "# What may differ between two switches, for mcec-lab compare --accept.\n";
   std::string entries;
   const auto add = [&entries](const ScopeReport &scope, const std::string &subject) {
-    entries += "- scope: " + yaml_text(scope.scope.name) + "\n" + subject +
-               "  reason: " + unfinished_reason + "\n";
+    entries += fmt::format("- scope: {}\n{}  reason: {}\n", yaml_text(scope.scope.name), subject,
+                           unfinished_reason);
   };
   for (const ScopeReport &scope : report.checks) {
     if (is_agreed(find_verdict(scope))) continue;
@@ -157,13 +228,14 @@ std::string format_accept_list(const PairReport &report) {
       if (!is_different(parameter) || parameter.accepted) continue;
       const auto texts = find_value_texts(parameter);
       const auto value = [&](std::size_t side) {
-        return texts[side] ? yaml_text(*texts[side]) : std::string("null");
+        return texts[side] ? yaml_text(*texts[side]) : "null";
       };
-      add(scope, "  parameter: " + parameter_key(parameter.type) + "\n  left: " + value(0) +
-                     "\n  right: " + value(1) + "\n");
+      add(scope, fmt::format("  parameter: {}\n  left: {}\n  right: {}\n",
+                             parameter_key(parameter.type), value(0), value(1)));
     }
   }
-  return text + (entries.empty() ? "[]\n" : entries);
+  return "# What may differ between two switches, for mcec-lab compare --accept.\n" +
+         (entries.empty() ? "[]\n" : entries);
 }
 
 }  // namespace lab

@@ -1,11 +1,6 @@
 // Accepted differences: what may differ according to a file, and its effect on a report.
 #pragma once
 
-#include <array>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "report/pair.h"
 #include "text/error.h"
 

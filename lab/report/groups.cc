@@ -10,9 +10,7 @@ ScopeReport without_name(const ScopeReport &scope) {
   ScopeReport common = scope;
   common.scope.name.clear();
   for (PairScope::End &end : common.scope.ends) {
-    const bool is_present = end.present;
-    end = {};
-    end.present = is_present;
+    end = {.present = end.present, .port_name = {}, .others = {}};
   }
   common.missing_row.clear();
   for (ParameterReport &parameter : common.parameters) parameter.fix.reset();
@@ -20,11 +18,10 @@ ScopeReport without_name(const ScopeReport &scope) {
 }
 
 bool has_ports_of_its_own(const ScopeReport &scope) {
-  if (scope.scope.kind != PairScope::Kind::of_channel || has_inconsistent_ports(scope)) return true;
-  const auto &ends = scope.scope.ends;
-  return std::any_of(ends.begin(), ends.end(), [&](const PairScope::End &end) {
-    return end.present && (end.port_name != scope.scope.name || !end.others.empty());
-  });
+  return scope.scope.kind != PairScope::Kind::of_channel || has_inconsistent_ports(scope) ||
+         std::ranges::any_of(scope.scope.ends, [&](const PairScope::End &end) {
+           return end.present && (end.port_name != scope.scope.name || !end.others.empty());
+         });
 }
 
 // A name that ends in a number without leading zeros.
@@ -46,14 +43,12 @@ NumberedName split_number(const std::string &name) {
 
 std::vector<ScopeGroup> group_scopes(const std::vector<const ScopeReport *> &scopes) {
   std::vector<ScopeGroup> groups;
-  std::vector<ScopeReport> commons;
+  std::vector<ScopeReport> commons;  // of the groups
   for (const ScopeReport *scope : scopes) {
-    std::size_t at = groups.size();
-    ScopeReport common;
-    if (!has_ports_of_its_own(*scope)) {
-      common = without_name(*scope);
-      at = std::size_t(std::find(commons.begin(), commons.end(), common) - commons.begin());
-    }
+    const bool is_alone = has_ports_of_its_own(*scope);
+    ScopeReport common = is_alone ? ScopeReport() : without_name(*scope);
+    const auto like = is_alone ? commons.end() : std::ranges::find(commons, common);
+    const auto at = std::size_t(like - commons.begin());
     if (at == groups.size()) {
       groups.emplace_back();
       commons.push_back(std::move(common));
@@ -70,15 +65,13 @@ std::vector<ScopeGroup> group_scopes(const std::vector<const ScopeReport *> &sco
 
 std::vector<NoteGroup> group_notes(const std::vector<NoteReport> &notes) {
   std::vector<NoteGroup> groups;
-  std::vector<std::vector<std::string>> channels;
-  const auto is_alike = [](NoteReport a, const NoteReport &b) {
-    a.note.channel = b.note.channel;
-    return a == b;
-  };
+  std::vector<std::vector<std::string>> channels;  // of the groups
   for (const NoteReport &note : notes) {
-    const auto same = std::find_if(groups.begin(), groups.end(), [&](const NoteGroup &group) {
-      return group.note->note.channel.empty() == note.note.channel.empty() &&
-             is_alike(*group.note, note);
+    const auto same = std::ranges::find_if(groups, [&](const NoteGroup &group) {
+      NoteReport alike = *group.note;
+      const bool are_of_channels = !alike.note.channel.empty() && !note.note.channel.empty();
+      if (are_of_channels) alike.note.channel = note.note.channel;
+      return alike == note;
     });
     const auto at = std::size_t(same - groups.begin());
     if (same == groups.end()) {
@@ -96,10 +89,9 @@ std::string join_ranges(const std::vector<std::string> &names) {
   for (std::size_t at = 0; at < names.size();) {
     const NumberedName first = split_number(names[at]);
     std::size_t end = at + 1;
-    while (first.number && end < names.size()) {
+    for (; first.number && end < names.size(); ++end) {
       const NumberedName next = split_number(names[end]);
       if (next.stem != first.stem || next.number != *first.number + (end - at)) break;
-      ++end;
     }
     parts.push_back(names[at]);
     if (end - at > 1) parts.back() += '-' + std::to_string(*first.number + (end - at - 1));
@@ -108,14 +100,15 @@ std::string join_ranges(const std::vector<std::string> &names) {
   return join(parts, ",");
 }
 
-Fix widen_fix(Fix fix, const std::string &group) {
+Fix widen_fix(Fix fix, const ScopeGroup &group) {
+  if (fix.channel.empty()) return fix;
   for (auto &changes : fix.alone) {
     if (!changes) continue;
     for (Change &change : *changes) {
-      if (change.key == fix.channel) change.key = group;
+      if (change.key == fix.channel) change.key = group.name;
     }
   }
-  fix.channel = group;
+  fix.channel = group.name;
   return fix;
 }
 

@@ -24,8 +24,8 @@ std::vector<NoteGroup> group_notes(const std::vector<NoteReport> &notes);
 // "PortChannel10-12,PortChannel20,Po1", of names in natural order.
 std::string join_ranges(const std::vector<std::string> &names);
 
-// The fix of a scope, for all scopes of its group.
-Fix widen_fix(Fix fix, const std::string &group);
+// The fix of a parameter, for all scopes of its group.
+Fix widen_fix(Fix fix, const ScopeGroup &group);
 
 // The row that a side lacks, for all scopes of a group.
 std::string widen_missing_row(const ScopeGroup &group);

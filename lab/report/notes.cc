@@ -1,38 +1,13 @@
-#include "report/notes.h"
-
 #include <algorithm>
 #include <set>
 
 #include "draimiofaf/types.h"
-#include "pair/scopes.h"
+#include "report/pair.h"
 
 namespace lab {
 namespace {
 
 using enum NoteKind;
-
-constexpr NoteRule rules[] = {
-    {spanning_tree_on_one_half, "spanning-tree-on-one-half", Severity::warning},
-    {vlan_on_one_half, "vlan-on-one-half", Severity::warning},
-    {port_setting, "port-setting", Severity::warning},
-    {spanning_tree_off_on_channel, "spanning-tree-off-on-channel", Severity::warning},
-    {vlan_timer, "vlan-timer", Severity::warning},
-    {timer, "timer", Severity::warning},
-    {domain, "domain", Severity::warning},
-    {peers_do_not_cross, "peers-do-not-cross", Severity::warning},
-    {same_address, "same-address", Severity::warning},
-    {no_peer_link, "no-peer-link", Severity::warning},
-    {spanning_tree_off, "spanning-tree-off", Severity::info},
-    {acceptance, "acceptance", Severity::warning},
-};
-
-constexpr bool is_in_order() {
-  for (std::size_t i = 0; i < std::size(rules); ++i) {
-    if (std::size_t(rules[i].kind) != i) return false;
-  }
-  return std::size(rules) == std::size_t(acceptance) + 1;
-}
-static_assert(is_in_order());
 
 using TextMap = std::map<std::string, std::string>;
 
@@ -41,32 +16,40 @@ std::optional<std::string> value_in(const TextMap &texts, const std::string &nam
   return found != texts.end() ? std::optional(found->second) : std::nullopt;
 }
 
-NoteField field_of(const std::string &name, const TextMap &left, const TextMap &right) {
-  return {name, {value_in(left, name), value_in(right, name)}, {}};
+// Adds a field whose values differ where nothing means the default.
+void add_if_different(const std::string &name, const TextMap &left, const TextMap &right,
+                      const std::string &by_default, std::vector<NoteField> &fields) {
+  NoteField field{name, {value_in(left, name), value_in(right, name)}};
+  if (field.values[0].value_or(by_default) != field.values[1].value_or(by_default)) {
+    fields.push_back(std::move(field));
+  }
 }
 
-bool differs(const NoteField &field, const std::string &by_default) {
-  return field.values[0].value_or(by_default) != field.values[1].value_or(by_default);
+// Adds a note on fields, if there are any.
+void add_field_note(NoteKind kind, const std::string &channel, std::vector<NoteField> fields,
+                    std::vector<Note> &notes) {
+  if (!fields.empty()) {
+    notes.push_back({.kind = kind, .channel = channel, .fields = std::move(fields)});
+  }
 }
 
 // --- channels ---
 
-void add_port_notes(const std::string &channel, const std::array<const Port *, 2> &ports,
+void add_port_notes(const std::string &channel, const Port &left, const Port &right,
                     std::vector<Note> &notes) {
-  const auto &[left, right] = ports;
-  if (left->spanning_tree != right->spanning_tree) {
-    notes.push_back({spanning_tree_on_one_half, channel, left->spanning_tree ? 0U : 1U, {}, {}});
+  if (left.spanning_tree != right.spanning_tree) {
+    notes.push_back({spanning_tree_on_one_half, channel, left.spanning_tree ? 0U : 1U});
   }
   std::set<std::string> names;
-  for (const Port *port : ports) {
+  for (const Port *port : {&left, &right}) {
     for (const auto &[name, value] : port->uncovered) names.insert(name);
   }
-  Note setting{port_setting, channel, {}, {}, {}};
+  std::vector<NoteField> fields;
   for (const std::string &name : names) {
-    const NoteField field = field_of(name, left->uncovered, right->uncovered);
-    if (differs(field, name == "link_type" ? "auto" : "false")) setting.fields.push_back(field);
+    add_if_different(name, left.uncovered, right.uncovered, name == "link_type" ? "auto" : "false",
+                     fields);
   }
-  if (!setting.fields.empty()) notes.push_back(setting);
+  add_field_note(port_setting, channel, std::move(fields), notes);
 }
 
 void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
@@ -74,19 +57,17 @@ void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
   const Channel *half = find_channel(*settings[1], channel.name);
   if (half == nullptr) return;
   if (channel.vlans != half->vlans) {
-    notes.push_back({vlan_on_one_half,
-                     channel.name,
-                     {},
-                     {channel.vlans & ~half->vlans, half->vlans & ~channel.vlans},
-                     {}});
+    notes.push_back({.kind = vlan_on_one_half,
+                     .channel = channel.name,
+                     .vlans = {channel.vlans & ~half->vlans, half->vlans & ~channel.vlans}});
   }
-  const std::array<const Port *, 2> ports = {port_of_channel(*settings[0], channel.name),
-                                             port_of_channel(*settings[1], channel.name)};
-  if (ports[0] == nullptr || ports[1] == nullptr) return;
-  add_port_notes(channel.name, ports, notes);
-  if (settings[0]->spanning_tree && settings[1]->spanning_tree && !ports[0]->spanning_tree &&
-      !ports[1]->spanning_tree) {
-    notes.push_back({spanning_tree_off_on_channel, channel.name, {}, {}, {}});
+  const Port *left = port_of_channel(*settings[0], channel.name);
+  const Port *right = port_of_channel(*settings[1], channel.name);
+  if (left == nullptr || right == nullptr) return;
+  add_port_notes(channel.name, *left, *right, notes);
+  if (settings[0]->spanning_tree && settings[1]->spanning_tree && !left->spanning_tree &&
+      !right->spanning_tree) {
+    notes.push_back({spanning_tree_off_on_channel, channel.name});
   }
 }
 
@@ -95,18 +76,16 @@ void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
 std::vector<NoteField> differing_timers(const Timers &left, const Timers &right) {
   std::vector<NoteField> fields;
   for (const auto &[name, value] : timer_defaults) {
-    const NoteField field = field_of(name, left, right);
-    if (differs(field, value)) fields.push_back(field);
+    add_if_different(name, left, right, value, fields);
   }
   return fields;
 }
 
 // A field for each timer and pair of values, with the VLANs that have them.
 std::vector<NoteField> differing_vlan_timers(const PairOfSettings &settings) {
-  static const Timers none;
-  const auto timers_of = [](const Settings &of, uint32_t vlan) -> const Timers & {
+  const auto timers_of = [](const Settings &of, uint32_t vlan) {
     const auto found = of.vlan_timers.find(vlan);
-    return found != of.vlan_timers.end() ? found->second : none;
+    return found != of.vlan_timers.end() ? found->second : Timers{};
   };
   std::vector<NoteField> all;
   const Vlans twins = twin_vlans(settings);
@@ -114,7 +93,7 @@ std::vector<NoteField> differing_vlan_timers(const PairOfSettings &settings) {
     if (!twins[vlan]) continue;
     for (NoteField &field :
          differing_timers(timers_of(*settings[0], vlan), timers_of(*settings[1], vlan))) {
-      auto at = std::find_if(all.begin(), all.end(), [&](const NoteField &known) {
+      auto at = std::ranges::find_if(all, [&](const NoteField &known) {
         return known.name == field.name && known.values == field.values;
       });
       if (at == all.end()) at = all.insert(all.end(), field);
@@ -128,11 +107,9 @@ void add_timer_notes(const PairOfSettings &settings, std::vector<Note> &notes) {
   const auto mode = running_mode(*settings[0]);
   if (!mode || mode != running_mode(*settings[1])) return;
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST) {
-    const auto fields = differing_vlan_timers(settings);
-    if (!fields.empty()) notes.push_back({vlan_timer, "", {}, {}, fields});
+    add_field_note(vlan_timer, "", differing_vlan_timers(settings), notes);
   }
-  const auto fields = differing_timers(settings[0]->timers, settings[1]->timers);
-  if (!fields.empty()) notes.push_back({timer, "", {}, {}, fields});
+  add_field_note(timer, "", differing_timers(settings[0]->timers, settings[1]->timers), notes);
 }
 
 // --- the switches ---
@@ -140,7 +117,7 @@ void add_timer_notes(const PairOfSettings &settings, std::vector<Note> &notes) {
 // A value of the domains of both sides. A switch has one, as a rule; of several all are listed.
 NoteField domain_field(const std::string &name, const PairOfSettings &settings,
                        std::optional<std::string> (*value_of)(const Domain &)) {
-  NoteField field{name, {}, {}};
+  NoteField field{name, {}};
   for (std::size_t side = 0; side < settings.size(); ++side) {
     auto &all = field.values[side];
     for (const Domain &domain : settings[side]->domains) {
@@ -164,58 +141,56 @@ void add_domain_notes(const PairOfSettings &settings, bool is_intended, std::vec
   const auto &left = settings[0]->domains;
   const auto &right = settings[1]->domains;
   if (left.empty() || right.empty()) return;
-  Note differing{domain, "", {}, {}, {}};
-  for (const NoteField &field :
-       {domain_field("id", settings, [](const Domain &of) { return std::optional(of.id); }),
-        domain_field("system-id", settings, [](const Domain &of) { return of.system_id; })}) {
-    if (field.values[0] != field.values[1]) differing.fields.push_back(field);
-  }
-  if (!differing.fields.empty()) notes.push_back(differing);
-  const bool cross = std::any_of(left.begin(), left.end(), [&](const Domain &ours) {
-    return std::any_of(right.begin(), right.end(),
-                       [&](const Domain &theirs) { return are_peers(ours, theirs); });
+  std::vector<NoteField> differing = {
+      domain_field("id", settings, [](const Domain &of) { return std::optional(of.id); }),
+      domain_field("system-id", settings, [](const Domain &of) { return of.system_id; })};
+  std::erase_if(differing, [](const auto &field) { return field.values[0] == field.values[1]; });
+  add_field_note(domain, "", std::move(differing), notes);
+  const bool cross = std::ranges::any_of(left, [&](const Domain &ours) {
+    return std::ranges::any_of(right, [&](const Domain &peer) { return are_peers(ours, peer); });
   });
   if (cross || is_intended) return;
-  notes.push_back(
-      {peers_do_not_cross,
-       "",
-       {},
-       {},
-       {domain_field("source", settings, [](const Domain &of) { return if_given(of.source); }),
-        domain_field("peer", settings, [](const Domain &of) { return if_given(of.peer); })}});
+  add_field_note(
+      peers_do_not_cross, "",
+      {domain_field("source", settings, [](const Domain &of) { return if_given(of.source); }),
+       domain_field("peer", settings, [](const Domain &of) { return if_given(of.peer); })},
+      notes);
 }
 
 void add_switch_notes(const PairOfSettings &settings, bool is_intended, std::vector<Note> &notes) {
   add_domain_notes(settings, is_intended, notes);
   const auto &[left, right] = settings;
   if (!is_intended && !left->address.empty() && key_of(left->address) == key_of(right->address)) {
-    notes.push_back({same_address, "", {}, {}, {{"address", {left->address, right->address}, {}}}});
+    add_field_note(same_address, "", {{"address", {left->address, right->address}}}, notes);
   }
   for (std::size_t side = 0; side < settings.size(); ++side) {
     if (!settings[side]->channels.empty() && !settings[side]->trunk) {
-      notes.push_back({no_peer_link, "", side, {}, {}});
+      notes.push_back({no_peer_link, "", side});
     }
   }
-  if (!left->spanning_tree && !right->spanning_tree) {
-    notes.push_back({spanning_tree_off, "", {}, {}, {}});
-  }
+  if (!left->spanning_tree && !right->spanning_tree) notes.push_back({spanning_tree_off});
 }
 
 }  // namespace
 
-std::span<const NoteRule> note_rules() {
-  return rules;
+const std::vector<std::string> &note_keys() {
+  static const std::vector<std::string> keys = {"spanning-tree-on-one-half",
+                                                "vlan-on-one-half",
+                                                "port-setting",
+                                                "spanning-tree-off-on-channel",
+                                                "vlan-timer",
+                                                "timer",
+                                                "domain",
+                                                "peers-do-not-cross",
+                                                "same-address",
+                                                "no-peer-link",
+                                                "spanning-tree-off",
+                                                "acceptance"};
+  return keys;
 }
 
-const NoteRule &rule_of(NoteKind kind) {
-  return rules[std::size_t(kind)];
-}
-
-const NoteRule *find_note_rule(std::string_view key) {
-  const auto *found = std::find_if(std::begin(rules), std::end(rules), [=](const NoteRule &rule) {
-    return std::string_view(rule.key) == key;
-  });
-  return found != std::end(rules) ? found : nullptr;
+const std::string &note_key(NoteKind kind) {
+  return note_keys().at(std::size_t(kind));
 }
 
 std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended) {
@@ -223,8 +198,7 @@ std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended) {
   for (const Channel &channel : settings[0]->channels) add_channel_notes(settings, channel, notes);
   add_timer_notes(settings, notes);
   add_switch_notes(settings, is_intended, notes);
-  std::stable_sort(notes.begin(), notes.end(),
-                   [](const Note &a, const Note &b) { return a.kind < b.kind; });
+  std::ranges::stable_sort(notes, {}, &Note::kind);
   return notes;
 }
 

@@ -1,13 +1,8 @@
 // What a comparison of two switches found.
 #pragma once
 
-#include <array>
 #include <ctime>
-#include <optional>
-#include <string>
-#include <vector>
 
-#include "report/notes.h"
 #include "report/scope.h"
 
 namespace lab {
@@ -36,16 +31,66 @@ struct IncompleteReport {
   bool operator==(const IncompleteReport &) const = default;
 };
 
+// --- notes: what is worth a look although it does not change the verdict ---
+
+enum class NoteKind : uint8_t {
+  spanning_tree_on_one_half,
+  vlan_on_one_half,
+  port_setting,
+  spanning_tree_off_on_channel,
+  vlan_timer,
+  timer,
+  domain,
+  peers_do_not_cross,
+  same_address,
+  no_peer_link,
+  spanning_tree_off,
+  acceptance,
+};
+
+// "vlan-on-one-half", and the keys of all kinds in their order.
+const std::string &note_key(NoteKind kind);
+const std::vector<std::string> &note_keys();
+
+// The others are for information.
+inline bool is_warning_kind(NoteKind kind) {
+  return kind != NoteKind::spanning_tree_off;
+}
+
+// A setting that differs, with the value of each side; nothing: not set.
+struct NoteField {
+  std::string name;
+  std::array<std::optional<std::string>, 2> values;
+  Vlans vlans = {};  // to which it belongs; none: it is of no VLAN
+
+  bool operator==(const NoteField &) const = default;
+};
+
+// At most one of each kind for the switch and for each channel; no-peer-link is one for each side.
+struct Note {
+  NoteKind kind;
+  std::string channel = {};              // empty: the switch
+  std::optional<std::size_t> side = {};  // that it is about; nothing: both
+  std::array<Vlans, 2> vlans = {};       // that the channel carries on this side only
+  std::vector<NoteField> fields = {};    // that differ
+
+  bool operator==(const Note &) const = default;
+};
+
+// All notes but those on accepted differences, in the order of their kinds. With an intended state
+// on the left, addresses and peers of two switches are not compared.
+std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended);
+
 // What is wrong with an entry of a file of accepted differences.
 enum class AcceptanceProblem : uint8_t { expired, matches_nothing, no_reason };
 
 struct NoteReport {
   Note note;
-  std::optional<Acceptance> accepted;
+  std::optional<Acceptance> accepted = {};
   // Of NoteKind::acceptance: the entry, by its line.
   AcceptanceProblem problem = AcceptanceProblem::expired;
   int line = 0;
-  std::string until;
+  std::string until = {};
 
   bool operator==(const NoteReport &) const = default;
 };

@@ -1,15 +1,9 @@
 // What a check found in one scope: the switch, a port or a channel.
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "pair/protocol.h"
 #include "pair/scopes.h"
-#include "report/fix.h"
+#include "sonic/fix.h"
 
 namespace lab {
 
@@ -21,14 +15,27 @@ struct Acceptance {
   bool operator==(const Acceptance &) const = default;
 };
 
+using Patch = std::vector<PatchOperation>;
+
+// What would bring a parameter into agreement.
+struct FixReport {
+  Fix fix;
+  // Of left and right, the patch of its dump that alone is enough; nothing: that side cannot.
+  std::array<std::optional<Patch>, 2> alone = {};
+  // To be applied together, where neither side should change alone.
+  std::optional<std::array<Patch, 2>> both = {};
+
+  bool operator==(const FixReport &) const = default;
+};
+
 struct ParameterReport {
   uint16_t type = 0;
-  std::array<std::optional<Bytes>, 2> values;  // of left and right; nothing: not sent
-  std::array<State, 2> states = {};            // as left and right compare them
+  std::array<std::optional<Bytes>, 2> values = {};  // of left and right; nothing: not sent
+  std::array<State, 2> states = {};                 // as left and right compare them
   // Of a VLAN map in a comparison: the configuration digest of left and right.
-  std::optional<std::array<std::optional<std::string>, 2>> digests;
-  std::optional<FixReport> fix;
-  std::optional<Acceptance> accepted;
+  std::optional<std::array<std::optional<std::string>, 2>> digests = {};
+  std::optional<FixReport> fix = {};
+  std::optional<Acceptance> accepted = {};
 
   bool operator==(const ParameterReport &) const = default;
 };

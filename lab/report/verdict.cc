@@ -10,20 +10,17 @@ namespace {
 
 using Reasons = std::set<Reason>;
 
-bool is_accepted(const ParameterReport &parameter) {
-  return !is_different(parameter) || parameter.accepted;
-}
-
 Reasons find_reasons(const ScopeReport &scope) {
   Reasons reasons;
   if (has_inconsistent_ports(scope)) reasons.insert(Reason::inconsistent_ports);
   if (scope.codes[0] == 0 && scope.codes[1] == 0) return reasons;
-  const auto &parameters = scope.parameters;
   if (missing_side(scope)) {
     if (!scope.accepted) reasons.insert(Reason::missing_channel);
-  } else if (std::none_of(parameters.begin(), parameters.end(), is_different)) {
+  } else if (std::ranges::none_of(scope.parameters, is_different)) {
     reasons.insert(Reason::not_checked);
-  } else if (!std::all_of(parameters.begin(), parameters.end(), is_accepted)) {
+  } else if (std::ranges::any_of(scope.parameters, [](const ParameterReport &parameter) {
+               return is_different(parameter) && !parameter.accepted;
+             })) {
     reasons.insert(Reason::different);
   }
   return reasons;
@@ -45,6 +42,10 @@ bool is_agreed(const Verdict &verdict) {
   return verdict.outcome == Outcome::agree;
 }
 
+bool has_reason(const Verdict &verdict, Reason reason) {
+  return std::ranges::find(verdict.reasons, reason) != verdict.reasons.end();
+}
+
 Verdict find_verdict(const ScopeReport &scope) {
   return make_verdict(find_reasons(scope));
 }
@@ -55,11 +56,11 @@ Verdict find_verdict(const std::vector<ScopeReport> &checks) {
 
 Verdict find_verdict(const PairReport &report) {
   Reasons reasons = find_reasons(report.checks);
-  const auto is_off = [&](std::size_t side) {
-    return report.sides[side].spanning_tree == SpanningTree::off;
-  };
-  if (is_off(0) != is_off(1)) reasons.insert(Reason::spanning_tree_off);
-  if (report.is_strict && std::any_of(report.notes.begin(), report.notes.end(), is_warning)) {
+  const auto &[left, right] = report.sides;
+  if ((left.spanning_tree == SpanningTree::off) != (right.spanning_tree == SpanningTree::off)) {
+    reasons.insert(Reason::spanning_tree_off);
+  }
+  if (report.is_strict && std::ranges::any_of(report.notes, is_warning)) {
     reasons.insert(Reason::warnings);
   }
   Verdict verdict = make_verdict(reasons);
@@ -72,28 +73,39 @@ Verdict find_verdict(const PairReport &report) {
 }
 
 bool is_warning(const NoteReport &note) {
-  return rule_of(note.note.kind).severity == Severity::warning && !note.accepted;
+  return is_warning_kind(note.note.kind) && !note.accepted;
 }
 
 Status find_status(const PairReport &report) {
-  switch (find_verdict(report).outcome) {
-    case Outcome::agree:
-      return agreed;
-    case Outcome::disagree:
-      return disagreed;
-    case Outcome::incomplete:
-      return std::all_of(report.incomplete.begin(), report.incomplete.end(),
-                         [](const IncompleteReport &of) { return of.accepted.has_value(); })
-                 ? agreed
-                 : incomplete;
-  }
-  return wrong;
+  const Outcome outcome = find_verdict(report).outcome;
+  if (outcome == Outcome::disagree) return disagreed;
+  const bool is_accepted = std::ranges::all_of(
+      report.incomplete, [](const IncompleteReport &of) { return of.accepted.has_value(); });
+  return outcome == Outcome::agree || is_accepted ? agreed : incomplete;
 }
 
 Status worst_status(Status a, Status b) {
   constexpr Status order[] = {wrong, disagreed, incomplete, agreed};
-  return *std::find_if(std::begin(order), std::end(order),
-                       [=](Status status) { return status == a || status == b; });
+  return *std::ranges::find_if(order, [=](Status status) { return status == a || status == b; });
+}
+
+Summary summarize(const std::vector<ScopeReport> &checks) {
+  Summary summary;
+  for (const ScopeReport &scope : checks) {
+    const auto missing = missing_side(scope);
+    if (!is_agreed(find_verdict(scope))) ++summary.disagreeing;
+    if (has_inconsistent_ports(scope)) ++summary.inconsistent;
+    if (has_accepted(scope)) ++summary.accepted;
+    if (missing && !scope.accepted) ++summary.missing[*missing];
+    for (const ParameterReport &parameter : scope.parameters) {
+      ScopeCount &count = summary.parameters[parameter.type];
+      ++count.scopes;
+      if (!missing && is_different(parameter) && !parameter.accepted) {
+        count.differ.push_back(&scope);
+      }
+    }
+  }
+  return summary;
 }
 
 std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet) {

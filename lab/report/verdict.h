@@ -1,10 +1,10 @@
-// The verdict on a scope and on a pair, and why: the one place that decides it.
+// The verdict on a scope and on a pair, and why: the one place that decides it; and how many scopes
+// of a check disagree, and by what.
 #pragma once
 
-#include <vector>
+#include <map>
 
 #include "report/pair.h"
-#include "report/scope.h"
 
 namespace lab {
 
@@ -29,6 +29,7 @@ struct Verdict {
 };
 
 bool is_agreed(const Verdict &verdict);
+bool has_reason(const Verdict &verdict, Reason reason);
 
 Verdict find_verdict(const ScopeReport &scope);
 Verdict find_verdict(const std::vector<ScopeReport> &checks);
@@ -43,5 +44,20 @@ Status find_status(const PairReport &report);
 
 // Of several, wrong input counts most, then a difference, then what could not be compared.
 Status worst_status(Status a, Status b);
+
+struct ScopeCount {
+  std::size_t scopes = 0;                   // in which a parameter is sent by a switch
+  std::vector<const ScopeReport *> differ;  // of these
+};
+
+struct Summary {
+  std::size_t disagreeing = 0;                // scopes
+  std::map<uint16_t, ScopeCount> parameters;  // by type; a missing channel has no differences
+  std::array<std::size_t, 2> missing = {};    // channels that left and right lack
+  std::size_t inconsistent = 0;
+  std::size_t accepted = 0;  // scopes with accepted differences
+};
+
+Summary summarize(const std::vector<ScopeReport> &checks);
 
 }  // namespace lab

@@ -55,10 +55,7 @@ ScopeReport report_scope(const PairScope &scope, const std::array<const View *, 
   for (const View::Parameter &seen : views[0]->parameters) {
     report.parameters.push_back({.type = seen.type,
                                  .values = {seen.local, seen.peer},
-                                 .states = {seen.state, find_state(*views[1], seen.type)},
-                                 .digests = {},
-                                 .fix = {},
-                                 .accepted = {}});
+                                 .states = {seen.state, find_state(*views[1], seen.type)}});
   }
   return report;
 }

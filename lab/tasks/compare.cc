@@ -40,9 +40,7 @@ FixReport report_fix(const Sides &sides, const PairScope &scope, uint16_t type, 
   const std::string channel = scope.kind == PairScope::Kind::of_channel ? scope.name : "";
   const std::array<const Rows *, 2> rows = {sides[0].rows ? &*sides[0].rows : nullptr,
                                             sides[1].rows ? &*sides[1].rows : nullptr};
-  FixReport report{.fix = find_fix(settings_of(sides), rows, channel, type, is_intended),
-                   .alone = {},
-                   .both = {}};
+  FixReport report{.fix = find_fix(settings_of(sides), rows, channel, type, is_intended)};
   for (std::size_t i = 0; i < sides.size(); ++i) {
     if (report.fix.alone[i]) report.alone[i] = make_patch(*rows[i], *report.fix.alone[i]);
   }
@@ -114,7 +112,7 @@ Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options
             .incomplete = {},
             .notes = {}};
   for (Note &note : find_notes(settings, options.is_intended)) {
-    report.notes.push_back({.note = std::move(note), .accepted = {}, .until = {}});
+    report.notes.push_back({.note = std::move(note)});
   }
   if (settings[0]->spanning_tree && settings[1]->spanning_tree) {
     report.checks = check_pair(pair, settings);

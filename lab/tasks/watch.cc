@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "io/program.h"
+#include "output/layout.h"
 #include "text/file.h"
 #include "text/wait.h"
 
