@@ -6,10 +6,12 @@
 
 #include <clocale>
 #include <cstdio>
+#include <string_view>
 #include <system_error>
 
 #include "cli/arguments.h"
 #include "standin.h"
+#include "tasks/pool.h"
 #include "text/text.h"
 #include "text/wait.h"
 
@@ -46,6 +48,7 @@ void keep_standard_files() {
 }  // namespace
 
 int main(int argc, char **argv) {
+  if (argc == 2 && std::string_view(argv[1]) == pool_argument) return serve_jobs();
   keep_standard_files();
   std::setlocale(LC_CTYPE, "");
   stop_on_signals();

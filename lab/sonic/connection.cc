@@ -218,6 +218,15 @@ pollfd socket_of(const Connection &connection) {
   return {connection.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
 }
 
+void flush(Connection &connection) {
+  if (connection.context == nullptr || !connection.connected || !connection.writing) return;
+  int done = 1;
+  if (redisBufferWrite(connection.context.get(), &done) != REDIS_OK) {
+    throw ConnectionLost{error_of(connection)};
+  }
+  connection.writing = done == 0;
+}
+
 void move(Connection &connection, const std::function<void(const redisReply &)> &take) {
   for (int i = 0; i < reads_at_once && connection.context != nullptr; ++i) {
     pollfd ready = socket_of(connection);
@@ -227,12 +236,7 @@ void move(Connection &connection, const std::function<void(const redisReply &)> 
       read_available(connection);
       take_answers(connection, take);
     }
-    if (connection.context == nullptr || !connection.writing) continue;
-    int done = 1;
-    if (redisBufferWrite(connection.context.get(), &done) != REDIS_OK) {
-      throw ConnectionLost{error_of(connection)};
-    }
-    connection.writing = done == 0;
+    flush(connection);
   }
 }
 

@@ -62,6 +62,7 @@ struct Connection {
 struct ConnectionLost {
   std::string reason;
   bool refused = false;  // it is of no use to try again
+  bool has_no_address = false;
 };
 
 // The server has sent what no server sends.
@@ -87,6 +88,9 @@ std::string_view text_of(const redisReply &reply);
 
 // Read and write what can be without waiting. `take` may drop the connection.
 void move(Connection &connection, const std::function<void(const redisReply &)> &take);
+
+// Write what can be without waiting.
+void flush(Connection &connection);
 
 // Throws when an answer is not complete in time.
 void check_answer_time(const Connection &connection, TimePoint now);

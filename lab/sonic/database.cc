@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 constexpr auto first_pause = 250ms;
 constexpr auto longest_pause = 5s;
-constexpr auto longest_refused_pause = 30s;
+constexpr auto longest_pause_of_refused = 30s;  // of a name that is not found, too
 // Where no notifications come, a reading that differs from the last may have met a change in the
 // middle. It is done again, this often at most.
 constexpr int most_repeats = 2;
@@ -55,10 +55,10 @@ void take_addresses(Database &database, TimePoint now) {
   const std::optional<Resolved> resolved = poll_resolver(*database.resolver);
   if (resolved) {
     database.resolver.reset();
-    if (!resolved->problem.empty()) throw ConnectionLost{resolved->problem};
+    if (!resolved->problem.empty()) throw ConnectionLost{resolved->problem, false, true};
     database.addresses = resolved->addresses;
   } else if (now - database.resolving_since >= database.limits.answer_time) {
-    throw ConnectionLost{"the address of the host is not found in time"};
+    throw ConnectionLost{"the address of the host is not found in time", false, true};
   }
 }
 
@@ -205,6 +205,8 @@ void work(Database &database, TimePoint now) {
   }
   check_deadline(database, now);
   look_for_life(database, now);
+  flush(database.rows);
+  flush(database.changes);
 }
 
 void close_after(Database &database, const ConnectionLost &lost, TimePoint now) {
@@ -213,7 +215,8 @@ void close_after(Database &database, const ConnectionLost &lost, TimePoint now) 
   if (elsewhere) return;  // at the host's next address
   database.away = true;
   database.pause = std::clamp<Clock::duration>(
-      database.pause * 2, first_pause, lost.refused ? longest_refused_pause : longest_pause);
+      database.pause * 2, first_pause,
+      lost.refused || lost.has_no_address ? longest_pause_of_refused : longest_pause);
   // Those who lost a server at one time do not come back at one time.
   static std::minstd_rand random(std::random_device{}());
   const double part = std::uniform_real_distribution(0.5, 1.0)(random);
@@ -297,7 +300,9 @@ bool settle(Database &database, TimePoint now) {
     snapshot.last_change.reset();
   }
   try {
-    return settle_changes(database, now);
+    const bool is_settled = settle_changes(database, now);
+    flush(database.rows);
+    return is_settled;
   } catch (const ConnectionLost &lost) {
     close_after(database, lost, now);
     return true;

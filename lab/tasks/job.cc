@@ -41,7 +41,9 @@ LAB_FIELDS(PairReport, it.name, it.is_one_of_many, it.is_intended, it.is_strict,
 LAB_FIELDS(Comparison, it.report, it.matched)
 LAB_FIELDS(CompareOptions, it.name, it.is_one_of_many, it.is_intended, it.is_strict)
 LAB_FIELDS(SideJob, it.source, it.rows, it.errors, it.path, it.name_space, it.is_watched)
-LAB_FIELDS(CompareJob, it.sides, it.options)
+LAB_FIELDS(AcceptEntry, it.line, it.kind, it.scope, it.pair, it.acceptance, it.type, it.values,
+           it.note, it.incomplete)
+LAB_FIELDS(CompareJob, it.sides, it.options, it.accept)
 LAB_FIELDS(FileContents, it.lost, it.rows, it.state)
 LAB_FIELDS(CompareAnswer, it.problem, it.files, it.errors, it.comparison)
 
@@ -94,7 +96,7 @@ CompareAnswer decode_answer(const Bytes &frame) {
   return decode_record<CompareAnswer>(frame);
 }
 
-CompareAnswer perform(const CompareJob &job, const std::vector<AcceptEntry> &accept, Pair &pair) {
+CompareAnswer perform(const CompareJob &job, Pair &pair) {
   CompareAnswer answer;
   Sides sides;
   bool can_compare = true;
@@ -105,7 +107,7 @@ CompareAnswer perform(const CompareJob &job, const std::vector<AcceptEntry> &acc
   }
   if (!can_compare) return answer;
   CompareOptions options = job.options;
-  options.accept = &accept;
+  options.accept = &job.accept;
   answer.comparison = compare(pair, sides, options);
   return answer;
 }

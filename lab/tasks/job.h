@@ -17,7 +17,8 @@ struct SideJob {
 
 struct CompareJob {
   std::array<std::optional<SideJob>, 2> sides;  // nothing: it is not known now
-  CompareOptions options;                       // without accepted differences, which the pool has
+  CompareOptions options;                       // without accepted differences
+  std::vector<AcceptEntry> accept;
 };
 
 // What a watched file contained.
@@ -44,6 +45,6 @@ CompareJob decode_job(const Bytes &frame);
 CompareAnswer decode_answer(const Bytes &frame);
 
 // Do a job on this pair of switches. Throws SwitchFailed and Interrupted.
-CompareAnswer perform(const CompareJob &job, const std::vector<AcceptEntry> &accept, Pair &pair);
+CompareAnswer perform(const CompareJob &job, Pair &pair);
 
 }  // namespace lab

@@ -73,7 +73,7 @@ void keep_news(std::optional<SideNews> &kept, SideNews news) {
 
 // Nothing: there is nothing to compare, or nothing new.
 std::optional<CompareJob> make_job(PairWatch &watch) {
-  CompareJob job{.sides = {}, .options = watch.context.compare};
+  CompareJob job{.sides = {}, .options = watch.context.compare, .accept = {}};
   job.options.name = watch.entry.name;
   job.options.is_one_of_many = !watch.entry.name.empty();
   bool is_new = false;

@@ -63,7 +63,7 @@ void report(PairsRun &run, std::list<PairTask>::iterator task, CompareAnswer ans
 // Both sides are read, or cannot be.
 void compare(PairsRun &run, std::list<PairTask>::iterator task) {
   const auto make = [&run, task]() -> std::optional<CompareJob> {
-    CompareJob job{.sides = {}, .options = run.options};
+    CompareJob job{.sides = {}, .options = run.options, .accept = {}};
     job.options.name = task->pair.name;
     for (std::size_t i = 0; i < job.sides.size(); ++i) {
       if (task->errors[i].empty()) job.sides[i] = task->sides[i];

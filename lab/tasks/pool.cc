@@ -1,13 +1,13 @@
 #include "tasks/pool.h"
 
+#include <fcntl.h>
+#include <linux/close_range.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -45,6 +45,8 @@ namespace {
 constexpr int most_attempts = 3;
 // Of a job, in times of a reading.
 constexpr int readings_of_job = 3;
+// Of a process of the pool.
+constexpr int job_file = 3;
 constexpr std::size_t read_at_once = std::size_t{64} << 10;
 
 CompareAnswer fail(const std::string &problem) {
@@ -54,12 +56,11 @@ CompareAnswer fail(const std::string &problem) {
 }
 
 // A switch that died is made anew, and the job done once more.
-CompareAnswer perform_or_fail(const CompareJob &job, const std::vector<AcceptEntry> &accept,
-                              std::unique_ptr<Pair> &pair) {
+CompareAnswer perform_or_fail(const CompareJob &job, std::unique_ptr<Pair> &pair) {
   for (int attempt = 1;; ++attempt) {
     try {
       if (pair == nullptr) pair = std::make_unique<Pair>();
-      return perform(job, accept, *pair);
+      return perform(job, *pair);
     } catch (const SwitchFailed &failure) {
       pair.reset();
       if (attempt == most_attempts) return fail(failure.what());
@@ -71,30 +72,7 @@ CompareAnswer perform_or_fail(const CompareJob &job, const std::vector<AcceptEnt
   }
 }
 
-void serve_jobs(int socket, const std::vector<AcceptEntry> &accept) {
-  std::unique_ptr<Pair> pair;
-  while (const std::optional<Bytes> frame = read_frame(socket)) {
-    const CompareAnswer answer = perform_or_fail(decode_job(*frame), accept, pair);
-    if (!write_frame(socket, encode(answer))) return;
-  }
-}
-
-// Another end of a connection would keep it open. Of other files libuv has some, for its own use.
-void close_other_sockets(int kept) {
-  std::vector<int> sockets;
-  std::error_code error;
-  for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd", error)) {
-    const int file = std::stoi(entry.path().filename().string());
-    struct stat status {};
-    if (file > STDERR_FILENO && file != kept && fstat(file, &status) == 0 &&
-        S_ISSOCK(status.st_mode)) {
-      sockets.push_back(file);
-    }
-  }
-  for (const int file : sockets) close(file);
-}
-
-void start(PoolWorker &worker, const std::vector<AcceptEntry> &accept) {
+void start(PoolWorker &worker) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
     throw std::system_error(errno, std::generic_category(), "no socket for a process");
@@ -102,8 +80,12 @@ void start(PoolWorker &worker, const std::vector<AcceptEntry> &accept) {
   worker.socket = ends[0];
   try {
     worker.process = start_child([&] {
-      close_other_sockets(ends[1]);
-      serve_jobs(ends[1], accept);
+      // Another end of a connection would keep it open; hiredis lets it be inherited.
+      close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+      dup2(ends[1], job_file);
+      fcntl(job_file, F_SETFD, 0);
+      execl("/proc/self/exe", "mcec-lab", pool_argument, nullptr);
+      _exit(1);
     });
   } catch (...) {
     close(ends[1]);
@@ -173,7 +155,7 @@ void send_job(Pool &pool, PoolWorker &worker) {
   worker.written = 0;
   worker.input.clear();
   if (worker.socket < 0) {
-    start(worker, pool.accept);
+    start(worker);
     worker.watch.emplace(pool.loop, worker.socket, [&] { transfer(pool, worker); });
   }
   worker.watch->wait_for(UV_READABLE | UV_WRITABLE);
@@ -196,8 +178,9 @@ void hand_out(Pool &pool) {
     }
     PoolTask task = std::move(pool.tasks.front());
     pool.tasks.pop_front();
-    const std::optional<CompareJob> job = task.make();
+    std::optional<CompareJob> job = task.make();
     if (!job) continue;
+    job->accept = pool.accept;
     worker->task = std::move(task);
     worker->output = make_frame(encode(*job));
     worker->attempts = 0;
@@ -216,6 +199,15 @@ Pool::Pool(Loop &of, const ReadLimits &limits, const std::vector<AcceptEntry> *a
       timer(of, [this] { hand_out(*this); }) {}
 
 Pool::~Pool() = default;
+
+int serve_jobs() {
+  std::unique_ptr<Pair> pair;
+  while (const std::optional<Bytes> frame = read_frame(job_file)) {
+    const CompareAnswer answer = perform_or_fail(decode_job(*frame), pair);
+    if (!write_frame(job_file, encode(answer))) return 1;
+  }
+  return 0;
+}
 
 void Pool::add(PoolTask task) {
   tasks.push_back(std::move(task));

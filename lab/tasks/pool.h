@@ -14,6 +14,11 @@
 
 namespace lab {
 
+// A process of the pool is this program with this argument only, which then calls serve_jobs(): a
+// copy of a large process would keep its memory.
+constexpr char pool_argument[] = "--serve-jobs";
+int serve_jobs();
+
 // What a process of the pool is to do. `make` is called when one is free; nothing: there is nothing
 // to do any more.
 struct PoolTask {

@@ -22,16 +22,16 @@ using namespace std::chrono_literals;
 
 // Since metrics were written last, when something changes, and when sources are only confirmed.
 constexpr auto metrics_pause = 500ms;
-constexpr auto longest_metrics_pause = 10s;
+constexpr auto longest_metrics_pause = 30s;
 // What the process does for sources that do not change grows with their number no further.
-constexpr auto signs_of_life_apart = 5ms;
-constexpr auto readings_apart = 500ms;
+constexpr auto signs_of_life_apart = 15ms;
+constexpr auto readings_apart = 1s;
 
 ReadIntervals find_intervals(Clock::duration interval, std::size_t pairs) {
   const auto sources = static_cast<int64_t>(2 * pairs);
   ReadIntervals intervals;
   intervals.unnotified = interval;
-  intervals.sign_of_life = std::clamp<Clock::duration>(sources * signs_of_life_apart, 1s, 10s);
+  intervals.sign_of_life = std::clamp<Clock::duration>(sources * signs_of_life_apart, 1s, 15s);
   intervals.notified = std::max<Clock::duration>(sources * readings_apart, 10s);
   return intervals;
 }
