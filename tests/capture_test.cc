@@ -201,13 +201,13 @@ TEST(Capture, WritesTheConfigurationDigest) {
 }
 
 TEST(Capture, HasOneMeaningInEveryForm) {
-  const std::string expected =
-      write_state(dump_of(R"({"VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP": {"GLOBAL": {"mode": "mst"}},
+  const std::string expected = write_state(
+      dump_of(R"({"VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP": {"GLOBAL": {"mode": "mst"}},
                   "STP_MST": {"GLOBAL": {"name": "x"}}, "STP_MST_INST": {"1": {"vlan_list": [)"
-                         R"("1", "2"]}},
+              R"("1", "2"]}},
                   "STP_PORT": {"PortChannel1": {"enabled": "true", "type": "y"}},)"
-                         R"( "MCLAG_INTERFACE": {"1|PortChannel1": {}}})")
-                     .settings);
+              R"( "MCLAG_INTERFACE": {"1|PortChannel1": {}}})")
+          .settings);
   const struct {
     const char *dump;
     const char *name_space;

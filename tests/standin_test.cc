@@ -1,6 +1,5 @@
 // The stand-in keeps to the contract of the platform and enforces it.
 
-
 #include "avl.h"
 #include "cmd_req.h"
 #include "if_index.h"

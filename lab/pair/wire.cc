@@ -12,7 +12,7 @@
 namespace lab {
 
 LAB_FIELDS(Entry, it.type, it.value)
-LAB_FIELDS(Channel, it.name, it.id, it.internal, it.vlans)
+LAB_FIELDS(Channel, it.name, it.id, it.internal)  // a switch has no use for its VLANs
 LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.parameters, it.spanning_tree,
            it.uncovered)
 LAB_FIELDS(Domain, it.id, it.system_id, it.source, it.peer)
