@@ -37,8 +37,8 @@ Status parse_and_execute(int argc, char **argv) {
       line.arguments);
 }
 
-// So that a file that is opened does not get the descriptor of a closed standard file. Writing to such
-// a standard file fails.
+// So that a file that is opened does not get the descriptor of a closed standard file, writing to
+// which fails.
 void keep_standard_files() {
   for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(file, F_GETFD) < 0) open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY);

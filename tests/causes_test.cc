@@ -1,5 +1,5 @@
-// Every path to STP_MCEC_ERR_FAILURE and STP_MCEC_ERR_INVALID_ARG, and those of a missing array: what is
-// called, the line that is logged last, and the cause. docs/causes.md has this table.
+// Every path to STP_MCEC_ERR_FAILURE and STP_MCEC_ERR_INVALID_ARG, and those of a missing array:
+// what is called, the line that is logged last, and the cause. docs/causes.md has this table.
 
 #include <fnmatch.h>
 

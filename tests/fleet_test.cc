@@ -16,14 +16,17 @@ constexpr char hostile[] = "<i>\"\\ 100%/\u00fc";
 PairStatus make_status(const char *name, std::optional<Outcome> outcome) {
   auto report = std::make_shared<PairReport>();
   if (outcome == Outcome::incomplete) report->incomplete = {{Incomplete::no_channels, {}}};
-  return {.name = name,
-          .sources = {"a.json", "b.json"},
-          .outcome = outcome,
-          .problem = outcome ? "" : "left is <gone>",
-          .comparison = report,
-          .connected = {outcome.has_value(), true},
-          .compared = system_clock::time_point(std::chrono::milliseconds(2500)),
-          .changed = {}};
+  return {
+      .name = name,
+      .sources = {"a.json", "b.json"},
+      .outcome = outcome,
+      .unknown =
+          UnknownCause{
+              .kind = UnknownCause::Kind::disconnected, .side = 0, .reason = "<gone>", .error = {}},
+      .comparison = report,
+      .connected = {outcome.has_value(), true},
+      .compared = system_clock::time_point(std::chrono::milliseconds(2500)),
+      .changed = {}};
 }
 
 FleetStatus make_fleet() {
@@ -73,7 +76,7 @@ TEST(Fleet, AnswersRequests) {
   } rows[] = {
       {"/", {"4 of 4 pairs", "Not known: 1 of 4", ">&lt;i&gt;&quot;", "agree: 2</a>"}, {"<i>"}},
       {"/",
-       {"left is &lt;gone&gt;", "neither switch has", "<td>1 h 1 min<small>"},
+       {"left is disconnected: &lt;gone&gt;", "neither switch has", "<td>1 h 1 min<small>"},
        {"1970-01-01 00:00:00"}},
       {"/?verdict=agree&name=", {"2 of 4 pairs", ">rack1<", ">a.json b.json<"}, {">rack3<"}},
       {"/?verdict=agree&name=%52ACK1", {"1 of 4 pairs", "value=\"RACK1\""}, {">rack3<"}},
@@ -81,7 +84,9 @@ TEST(Fleet, AnswersRequests) {
       {"/metrics", {"mcec_pairs{"}, {}},
       {"/pair/rack1", {"The pair agrees"}, {}},
       {"/pair/a.json%20b.json", {"The pair agrees"}, {}},
-      {"/pair/%3Ci%3E%22%5C%20100%25%2F%C3%BC", {"left is &lt;gone&gt;", "?last\""}, {"<i>"}},
+      {"/pair/%3Ci%3E%22%5C%20100%25%2F%C3%BC",
+       {"left is disconnected: &lt;gone&gt;", "?last\""},
+       {"<i>"}},
       {"/pair/%3Ci%3E%22%5C%20100%25%2F%C3%BC?last", {"The pair agrees"}, {"gone"}},
       {"/pair/rack", {}, {}},
       {"/pair", {}, {}},

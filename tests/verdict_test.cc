@@ -133,7 +133,7 @@ std::string metrics_of(const PairReport &report, Outcome outcome) {
   return format_metrics({{.name = "",
                           .sources = {"a", "b"},
                           .outcome = outcome,
-                          .problem = "",
+                          .unknown = {},
                           .comparison = std::make_shared<PairReport>(report),
                           .compared = {},
                           .changed = {}}});

@@ -8,6 +8,7 @@
 #include "cli/commands.h"
 #include "sonic/source.h"
 #include "text/file.h"
+#include "text/tabbed.h"
 #include "text/text.h"
 
 namespace lab {
@@ -26,13 +27,8 @@ std::string resolve_source(std::string_view source, const std::string &folder) {
 std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &folder,
                                       InputErrors &errors) {
   std::vector<PairEntry> pairs;
-  std::set<std::string_view> names;
-  int number = 0;
-  for (std::string_view line : split(without_byte_order_mark(text), '\n')) {
-    ++number;
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    if (line.empty() || line[0] == '#') continue;
-    const std::vector<std::string_view> parts = split(line, '\t');
+  std::set<std::string> names;
+  for (const auto &[number, parts] : read_tabbed(text)) {
     const auto empty = std::count(parts.begin(), parts.end(), "");
     if (parts.size() < 3 || parts.size() > 4 || empty > 0) {
       errors.push_back(
@@ -40,7 +36,7 @@ std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &
            fmt::format("found a line of {} field{}{}", parts.size(), parts.size() == 1 ? "" : "s",
                        empty > 0 ? fmt::format(", {} of them empty", empty) : ""),
            line_form});
-    } else if (!names.insert(parts[0]).second) {
+    } else if (!names.insert(printable(parts[0])).second) {
       errors.push_back({number, 1, "",
                         "found the name '" + printable(cut(parts[0], 64)) + "' twice",
                         "a name for each pair"});

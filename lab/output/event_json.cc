@@ -2,6 +2,7 @@
 
 #include <ctime>
 
+#include "output/event_text.h"
 #include "output/json.h"
 
 namespace lab {
@@ -83,7 +84,7 @@ void add_summary(const FleetStatus &fleet, Json &json) {
     add_outcome(pair.outcome, listed);
     listed["since"] =
         pair.changed == decltype(pair.changed){} ? Json() : Json(format_time(pair.changed));
-    if (!pair.problem.empty()) listed["problem"] = pair.problem;
+    if (!pair.outcome) listed["problem"] = describe_unknown(pair);
   }
   json["counts"] = std::move(counts);
   json["pairs"] = std::move(pairs);

@@ -204,9 +204,7 @@ std::string describe_fleet(const FleetStatus &fleet, const std::string &time) {
     ++counts[pair.outcome ? outcome_name(*pair.outcome) : "unknown"];
     if (pair.outcome == Outcome::agree) continue;
     text += fmt::format("{} {}{}\n", time, pair.name.empty() ? "" : pair.name + ": ",
-                        pair.outcome           ? describe_verdict(*pair.comparison)
-                        : pair.problem.empty() ? "the verdict is not known"
-                                               : "the verdict is not known: " + pair.problem);
+                        pair.outcome ? describe_verdict(*pair.comparison) : describe_unknown(pair));
   }
   return fmt::format("{} {} pairs: {} agree, {} disagree, {} incomplete, {} not known\n", time,
                      fleet.size(), counts["agree"], counts["disagree"], counts["incomplete"],
@@ -262,6 +260,22 @@ std::string describe_causes(const PairReport &report) {
     causes.emplace_back("warnings remain");
   }
   return list_first(causes, most_scopes, "; ");
+}
+
+std::string describe_unknown(const PairStatus &status) {
+  const std::string unknown = "the verdict is not known";
+  if (!status.unknown) return unknown;
+  const UnknownCause &cause = *status.unknown;
+  const std::string side = switch_names[cause.side];
+  switch (cause.kind) {
+    case UnknownCause::Kind::disconnected:
+      return unknown + ": " + side + " is disconnected: " + cause.reason;
+    case UnknownCause::Kind::error:
+      return unknown + ": " + side + ": " + place_of(cause.error) + " " + text_of(cause.error);
+    case UnknownCause::Kind::failed:
+      return unknown + ": " + cause.reason;
+  }
+  return unknown;
 }
 
 std::string describe_event(const Event &event) {

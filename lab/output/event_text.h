@@ -11,8 +11,11 @@ namespace lab {
 // are named.
 std::string describe_event(const Event &event);
 
-// Why the verdict is what it is: "PortChannel10 (ifi-port-guard); PortChannel20 (on left only)". "":
-// the pair agrees.
+// Why the verdict is what it is: "PortChannel10 (ifi-port-guard); PortChannel20 (on left only)".
+// "": the pair agrees.
 std::string describe_causes(const PairReport &report);
+
+// "the verdict is not known: left is disconnected: Connection refused".
+std::string describe_unknown(const PairStatus &status);
 
 }  // namespace lab

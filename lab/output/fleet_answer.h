@@ -10,8 +10,8 @@
 
 namespace lab {
 
-// `target`: "/?verdict=disagree&name=rack", "/metrics", "/pair/rack%2012". Nothing: there is no such
-// page.
+// `target`: "/?verdict=disagree&name=rack", "/metrics", "/pair/rack%2012". Nothing: there is no
+// such page.
 std::optional<HttpReply> answer_request(std::string_view target, const FleetStatus &fleet,
                                         std::chrono::system_clock::time_point now);
 

@@ -23,7 +23,8 @@ constexpr char fleet_style[] = R"css(
 nav ul { padding: 0; margin: 0.5rem 0 0.75rem; }
 nav a[aria-current] { font-weight: 650; color: inherit; }
 form { display: flex; flex-wrap: wrap; gap: 0.5rem; align-items: center; }
-input, button { font: inherit; padding: 0.2rem 0.5rem; color: inherit; background: var(--page); border: 1px solid var(--faint); border-radius: 4px; }
+input, button { font: inherit; padding: 0.2rem 0.5rem; color: inherit; border-radius: 4px; }
+input, button { background: var(--page); border: 1px solid var(--faint); }
 input { flex: 0 1 20rem; min-width: 8rem; }
 #lost { color: var(--bad); font-weight: 650; }
 .fleet th:nth-child(1) { width: 34%; }
@@ -51,7 +52,8 @@ constexpr char fleet_script[] = R"js("use strict";
     }
     document.title = page.title;
     document.querySelector("header").className = page.querySelector("header").className;
-    if (focus) document.querySelector(`a[href="${CSS.escape(focus)}"]`)?.focus({ preventScroll: true });
+    const link = focus && document.querySelector(`a[href="${CSS.escape(focus)}"]`);
+    if (link) link.focus({ preventScroll: true });
   };
   const refresh = async () => {
     clearTimeout(timer);
@@ -111,7 +113,7 @@ std::string describe_age(WallTime::duration age) {
 }
 
 std::string describe_pair(const PairStatus &status) {
-  return status.outcome ? describe_causes(*status.comparison) : status.problem;
+  return status.outcome ? describe_causes(*status.comparison) : describe_unknown(status);
 }
 
 // --- which pairs ---
@@ -267,7 +269,7 @@ std::string write_fleet_page(const FleetStatus &fleet, const FleetFilter &filter
 std::string write_unknown_page(const PairStatus &status, WallTime now) {
   const FleetLook &look = fleet_look({});
   const std::string name = pair_name(status);
-  std::string main = "<p>" + isolated(status.problem) + "</p>\n";
+  std::string main = "<p>" + isolated(describe_unknown(status)) + "</p>\n";
   if (status.comparison) {
     main +=
         fmt::format("<p><a href=\"{}?last\">The last comparison</a>, which held until {}.</p>\n",

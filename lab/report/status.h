@@ -7,14 +7,24 @@
 #include <vector>
 
 #include "report/verdict.h"
+#include "text/error.h"
 
 namespace lab {
+
+// Why a verdict is not known.
+struct UnknownCause {
+  enum class Kind : uint8_t { disconnected, error, failed };
+  Kind kind = Kind::failed;  // the comparison failed
+  std::size_t side = 0;      // disconnected, error
+  std::string reason;        // disconnected, failed
+  InputError error;          // the first
+};
 
 struct PairStatus {
   std::string name;  // of one of many pairs
   std::array<std::string, 2> sources;
   std::optional<Outcome> outcome;                  // nothing: not known
-  std::string problem;                             // why it is not known
+  std::optional<UnknownCause> unknown;             // why it is not known, as far as it is known
   std::shared_ptr<const PairReport> comparison;    // the last
   std::array<bool, 2> connected = {};              // each source
   std::chrono::system_clock::time_point compared;  // when `outcome` was last confirmed; 0: never

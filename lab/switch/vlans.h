@@ -53,8 +53,8 @@ void set_instance(Bytes &map, uint32_t vlan, uint32_t instance);
 std::map<uint32_t, Vlans> instances_of(const Bytes &map);
 
 // The IEEE 802.1Q configuration digest, by which bridges compare their MST regions without showing
-// their VLAN maps: 32 hexadecimal digits in capitals. Of VLANs 0 and 4095, which no bridge maps, and
-// past the end of a short map, instance 0 is taken.
+// their VLAN maps: 32 hexadecimal digits in capitals. VLANs 0 and 4095, which no bridge maps, and
+// those past the end of a short map are of instance 0.
 std::string region_digest(const Bytes &map);
 
 }  // namespace lab

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "switch/names.h"
-
 namespace lab {
 namespace {
 
@@ -143,7 +141,10 @@ std::vector<Event> report_disconnections(PairState &state, const SnapshotPair &s
             .errors = {},
             .losses = side.losses + 1};
     state.outcome.reset();
-    state.problem = std::string(switch_names[i]) + " is disconnected: " + snapshots[i]->reason;
+    state.unknown = {.kind = UnknownCause::Kind::disconnected,
+                     .side = i,
+                     .reason = snapshots[i]->reason,
+                     .error = {}};
     Event event = make_event(Event::Kind::disconnected, state);
     event.side = i;
     event.source = side.source;
@@ -172,15 +173,17 @@ std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshot
 
   for (std::size_t i = news.size(); i-- > 0;) {
     if (state.sides[i].errors.empty()) continue;
-    const InputError &error = state.sides[i].errors.front();
-    state.problem = std::string(switch_names[i]) + ": " + place_of(error) + " " + text_of(error);
+    state.unknown = {.kind = UnknownCause::Kind::error,
+                     .side = i,
+                     .reason = "",
+                     .error = state.sides[i].errors.front()};
   }
   const auto before = state.comparison;
   const auto outcome_before = std::exchange(state.outcome, std::nullopt);
   if (is_compared) {
     state.comparison = std::make_shared<const PairReport>(std::move(answer.comparison->report));
     state.outcome = find_verdict(*state.comparison).outcome;
-    state.problem.clear();
+    state.unknown.reset();
   }
   std::vector<Event> events = report_connections(state, snapshots, news, is_compared);
   Event changed = make_event(Event::Kind::changed, state);

@@ -28,7 +28,7 @@ struct PairState {
   std::array<SideState, 2> sides;
   bool started = false;
   std::optional<Outcome> outcome;                // nothing: not known
-  std::string problem;                           // why it is not known
+  std::optional<UnknownCause> unknown;           // why it is not known
   std::shared_ptr<const PairReport> comparison;  // the last
 };
 

@@ -113,7 +113,8 @@ void take_answer(PairWatch &watch, CompareAnswer answer) {
     error.found = answer.problem;
     event.errors = {error};
     watch.state.outcome.reset();
-    watch.state.problem = answer.problem;
+    watch.state.unknown = {
+        .kind = UnknownCause::Kind::failed, .side = 0, .reason = answer.problem, .error = {}};
     for (SideState &side : watch.state.sides) side.connected = false;
     watch.state.sides[0].disconnected = true;  // it is reported when there is a verdict again
     watch.timer.set_after(pause_of_failure);
@@ -211,7 +212,7 @@ PairStatus PairWatch::status() const {
   PairStatus status{.name = entry.name,
                     .sources = {state.sides[0].source, state.sides[1].source},
                     .outcome = state.outcome,
-                    .problem = state.outcome ? "" : state.problem,
+                    .unknown = state.outcome ? std::nullopt : state.unknown,
                     .comparison = state.comparison,
                     .compared = confirmed,
                     .changed = changed};

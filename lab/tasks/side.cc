@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -58,19 +57,11 @@ std::pair<std::string, std::string> split_namespace(const std::string &path,
 }
 
 std::string read_regular_file(const std::string &path, std::string &bytes) {
-  const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (file < 0) return std::strerror(errno);
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
-  std::string problem;
-  if (fstat(file, &status) != 0) {
-    problem = std::strerror(errno);
-  } else if (!S_ISREG(status.st_mode)) {
-    problem = "this is no regular file";
-  } else {
-    problem = read_all(file, bytes);
-  }
-  close(file);
-  return problem;
+  if (file < 0 || fstat(file, &status) != 0) return std::strerror(errno);
+  if (!S_ISREG(status.st_mode)) return "this is no regular file";
+  return read_all(file, bytes);
 }
 
 ReadText read_text(const std::string &bytes, Format format, const std::string &name_space) {
@@ -112,13 +103,8 @@ std::vector<ReadSide> read_sides(const std::vector<GivenSource> &sources, Format
   return sides;
 }
 
-ReadSide read_side(const std::string &source, std::optional<std::size_t> password_of, Format format,
-                   const ReadLimits &limits) {
-  return std::move(read_sides({{source, password_of, ""}}, format, limits)[0]);
-}
-
 ReadSettings settings_from(const std::string &source, std::size_t which) {
-  ReadSide read = read_side(source, which, Format::by_content);
+  ReadSide read = std::move(read_sides({{source, which, ""}}, Format::by_content, {})[0]);
   return {std::move(read.side.settings), std::move(read.errors), read.side.source};
 }
 

@@ -60,11 +60,7 @@ struct GivenSource {
 std::vector<ReadSide> read_sides(const std::vector<GivenSource> &sources, Format format,
                                  const ReadLimits &limits);
 
-// One of them.
-ReadSide read_side(const std::string &source, std::optional<std::size_t> password_of, Format format,
-                   const ReadLimits &limits = {});
-
-// The same, for a scenario.
+// One of them, for a scenario.
 ReadSettings settings_from(const std::string &source, std::size_t which);
 
 }  // namespace lab

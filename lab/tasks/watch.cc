@@ -103,7 +103,6 @@ void mark_unwatched(Watch &watch) {
   FleetStatus fleet = find_fleet_status(watch);
   for (PairStatus &pair : fleet) {
     pair.outcome.reset();
-    pair.problem = "it is not watched any more";
     pair.connected = {};
   }
   write_metrics(watch, fleet);

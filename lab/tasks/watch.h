@@ -19,8 +19,8 @@ struct WatchOptions {
   std::optional<Clock::duration> timeout;
   std::optional<Clock::duration> summary;  // between two summaries
 
-  // Each event that is not left out; because of one that `is_wrong` the watch ends with 2. Returns false when there is no
-  // reader any more.
+  // Each event that is not left out; because of one that `is_wrong` the watch ends with 2. Returns
+  // false when there is no reader any more.
   std::function<bool(const Event &event, bool is_wrong)> listener;
   std::function<bool(const Event &event)> is_left_out;
   // A program that is run on each of these events, with its text; empty: none.

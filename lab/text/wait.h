@@ -20,7 +20,7 @@ struct Interrupted {};
 void stop_on_signals();
 bool interrupted();
 
-// A file that is ready to be read when a signal has asked the lab to stop. Throws std::system_error.
+// A file that is ready when a signal has asked the lab to stop. Throws std::system_error.
 int stop_signal_file();
 
 // For the processes that the lab starts: they are stopped by the lab alone, also when a signal came

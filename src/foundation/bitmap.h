@@ -36,8 +36,9 @@ void add_range(VlanSet &vlans, uint32_t first, uint32_t last);
 
 uint32_t count(const VlanSet &vlans);
 
-// Write the text "1-3,5", 12 to 19 times as fast as hwloc_bitmap_list_snprintf; it fits a buffer of the
-// size of stp_vlan_bmp_str_buf. Hardened, writing to a buffer that the compiler knows takes twice as long.
+// Write the text "1-3,5", 12 to 19 times as fast as hwloc_bitmap_list_snprintf; it fits a buffer of
+// the size of stp_vlan_bmp_str_buf. Hardened, writing to a buffer that the compiler knows takes
+// twice as long.
 void write_ranges(char *text, const VlanSet &vlans);
 
 inline const char *range_text(const VlanSet &vlans) {
