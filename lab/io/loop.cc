@@ -68,8 +68,8 @@ Loop::Loop() : raw{} {
 }
 
 Loop::~Loop() {
-  uv_run(&raw, UV_RUN_DEFAULT);  // the handles that are being closed
-  uv_loop_close(&raw);
+  // The handles are being closed, and stop() may have been called.
+  while (uv_loop_close(&raw) == UV_EBUSY) uv_run(&raw, UV_RUN_NOWAIT);
 }
 
 void Loop::run() {
