@@ -20,6 +20,7 @@ import time
 
 try:
     from selenium import webdriver
+    from selenium.common import exceptions
     from selenium.webdriver.chrome.service import Service
     from selenium.webdriver.common.action_chains import ActionChains
     from selenium.webdriver.common.keys import Keys
@@ -270,9 +271,15 @@ def look_at(driver, name, heading, says, vlans):
 
 
 def within(what, condition, seconds=30):
-    ends = time.monotonic() + seconds
-    while not condition():
-        assert time.monotonic() < ends, what
+    """An element can be missing while the page is read again."""
+    ends, error = time.monotonic() + seconds, None
+    while True:
+        try:
+            if condition():
+                return
+        except (exceptions.NoSuchElementException, exceptions.StaleElementReferenceException) as missing:
+            error = missing
+        assert time.monotonic() < ends, (what, error)
         time.sleep(0.1)
 
 
