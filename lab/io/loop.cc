@@ -1,5 +1,6 @@
 #include "io/loop.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -120,7 +121,10 @@ void Timer::set_after(Clock::duration pause) {
 
 FileWatch::FileWatch(Loop &loop, int file, Callback callback) {
   auto made = std::make_unique<FileHandle>(FileHandle{{}, std::move(callback)});
+  // Others may share the file, and libuv lets it return at once from then on.
+  const int flags = fcntl(file, F_GETFL);
   check_uv(uv_poll_init(&loop.raw, &made->raw, file), "a file cannot be watched");
+  fcntl(file, F_SETFL, flags);
   handle.reset(made.release());
   handle->raw.data = &handle->callback;
 }

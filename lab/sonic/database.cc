@@ -87,6 +87,7 @@ void close_connections(Database &database) {
   database.has_missed = false;
   database.memory = 0;
   database.keys.reset();
+  database.answers_size = true;
   database.settling = 0;
   database.rounds = 0;
 }
@@ -121,9 +122,12 @@ void end_reading(Database &database, TimePoint now) {
   if (differs) notice_change(snapshot, now);
   const bool repeat = differs && !snapshot.notifications && database.repeats < most_repeats;
   database.repeats = repeat ? database.repeats + 1 : 0;
-  database.read_next = repeat ? now
-                              : now + (snapshot.notifications ? database.intervals.notified
-                                                              : database.intervals.unnotified);
+  // Without its size, only a reading shows what nothing notifies of.
+  const auto notified = database.answers_size
+                            ? database.intervals.notified
+                            : std::min<Clock::duration>(database.intervals.notified, 10s);
+  const auto pause = snapshot.notifications ? notified : database.intervals.unnotified;
+  database.read_next = repeat ? now : now + pause;
 }
 
 bool settle_changes(Database &database, TimePoint now) {

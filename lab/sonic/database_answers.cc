@@ -53,7 +53,7 @@ void take_row(Database &database, const Asked &asked, const redisReply &reply, T
 
 // All rows are read again where keys came or went without a notification.
 void take_size(Database &database, const redisReply &reply, TimePoint now) {
-  if (reply.type == REDIS_REPLY_ERROR) {  // it is not allowed
+  if (reply.type == REDIS_REPLY_ERROR) {  // it is not allowed, mostly
     database.answers_size = false;
     return;
   }
@@ -61,8 +61,10 @@ void take_size(Database &database, const redisReply &reply, TimePoint now) {
     refuse_answer("an answer to DBSIZE that is not a number");
   }
   const bool is_settled = database.changed.empty() && database.settling == 0 && !database.reading;
-  if (!database.keys || !is_settled) {
+  if (!database.keys) {
     database.keys = reply.integer;
+  } else if (!is_settled) {
+    return;  // it is asked for again soon
   } else if (*database.keys != reply.integer) {
     database.read_next = now;
   } else {

@@ -134,9 +134,14 @@ std::vector<Event> report_disconnections(PairState &state, const SnapshotPair &s
   std::vector<Event> events;
   for (std::size_t i = 0; i < snapshots.size(); ++i) {
     SideState &side = state.sides[i];
-    if (snapshots[i]->state != SourceState::lost || side.disconnected) continue;
+    const bool is_lost = snapshots[i]->state == SourceState::lost;
+    const bool was_lost = std::exchange(side.is_lost, is_lost);
+    if (!is_lost || was_lost) continue;
+    // A source that was not connected again in the meantime is reported once only.
+    const bool is_reported = side.disconnected;
     side = {.source = side.source,
             .disconnected = true,
+            .is_lost = true,
             .reading = {},
             .errors = {},
             .losses = side.losses + 1};
@@ -145,6 +150,7 @@ std::vector<Event> report_disconnections(PairState &state, const SnapshotPair &s
                      .side = i,
                      .reason = snapshots[i]->reason,
                      .error = {}};
+    if (is_reported) continue;
     Event event = make_event(Event::Kind::disconnected, state);
     event.side = i;
     event.source = side.source;

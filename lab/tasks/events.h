@@ -18,6 +18,7 @@ struct SideState {
   std::string source;
   bool connected = false;
   bool disconnected = false;
+  bool is_lost = false;                        // when it was looked at last
   std::map<std::string, InputErrors> reading;  // the errors of the snapshot, by row
   InputErrors errors;                          // all
   unsigned losses = 0;                         // so far

@@ -43,33 +43,16 @@ TimePoint find_due(const PairWatch &watch, std::size_t side) {
   return std::min(*snapshot.last_change + quiet_after, *snapshot.first_change + at_latest);
 }
 
+// A side that is settled stays so until both are: what changes later is compared later.
 bool is_settled(PairWatch &watch) {
-  bool is_settled = true;
-  for (Feed &feed : watch.feeds) {
-    auto *database = std::get_if<DatabaseFeed>(&feed);
-    if (database != nullptr) is_settled = database->settle() && is_settled;
+  for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
+    auto *database = std::get_if<DatabaseFeed>(&watch.feeds[i]);
+    if (!watch.settled[i]) watch.settled[i] = database == nullptr || database->settle();
   }
-  return is_settled;
+  return watch.settled[0] && watch.settled[1];
 }
 
 // --- jobs ---
-
-// News of an earlier job that failed come first.
-void keep_news(std::optional<SideNews> &kept, SideNews news) {
-  if (kept && kept->losses == news.losses) {
-    for (RowChange &row : kept->rows) {
-      const auto same = std::find_if(news.rows.begin(), news.rows.end(),
-                                     [&](const RowChange &other) { return other.row == row.row; });
-      if (same != news.rows.end()) {
-        same->before = std::move(row.before);
-      } else {
-        news.rows.push_back(std::move(row));
-      }
-    }
-    news.has_new_reading = news.has_new_reading || kept->has_new_reading;
-  }
-  kept = std::move(news);
-}
 
 // Nothing: there is nothing to compare, or nothing new.
 std::optional<CompareJob> make_job(PairWatch &watch) {
@@ -90,7 +73,7 @@ std::optional<CompareJob> make_job(PairWatch &watch) {
       continue;
     }
     Snapshot &snapshot = snapshot_of(watch, i);
-    keep_news(watch.news[i], take_news(watch.state, i, snapshot));
+    watch.news[i] = take_news(watch.state, i, snapshot);
     is_new = is_new || !watch.news[i]->is_empty();
     side.rows = snapshot.rows;
     for (const auto &[row, errors] : snapshot.errors) {
@@ -116,15 +99,17 @@ void take_answer(PairWatch &watch, CompareAnswer answer) {
     watch.state.unknown = {
         .kind = UnknownCause::Kind::failed, .side = 0, .reason = answer.problem, .error = {}};
     for (SideState &side : watch.state.sides) side.connected = false;
-    watch.state.sides[0].disconnected = true;  // it is reported when there is a verdict again
-    watch.timer.set_after(pause_of_failure);
+    watch.state.started = false;  // it is reported when there is a verdict again
+    watch.news = {};
+    watch.not_before = Clock::now() + pause_of_failure;
+    watch.timer.set(watch.not_before);
     return watch.context.listener(watch, {event});
   }
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
     auto *file = std::get_if<WatchedFile>(&watch.feeds[i]);
-    if (file == nullptr || !is_here(watch, i)) continue;
+    if (file == nullptr || !is_here(watch, i) || !std::exchange(file->is_read, false)) continue;
     take_contents(*file, std::move(answer.files[i]), answer.errors[i]);
-    if (is_here(watch, i)) keep_news(watch.news[i], take_news(watch.state, i, file->snapshot));
+    if (is_here(watch, i)) watch.news[i] = take_news(watch.state, i, file->snapshot);
   }
   std::vector<Event> events = report_disconnections(watch.state, snapshots_of(watch));
   add(events, report_changes(watch.state, snapshots_of(watch), std::exchange(watch.news, {}),
@@ -157,18 +142,18 @@ void advance(PairWatch &watch) {
   };
   if (!watch.is_open && std::any_of(snapshots.begin(), snapshots.end(), is_opening)) return;
   std::vector<Event> events = report_disconnections(watch.state, snapshots);
-  const TimePoint due = std::min(find_due(watch, 0), find_due(watch, 1));
+  const TimePoint due =
+      std::max(watch.not_before, std::min(find_due(watch, 0), find_due(watch, 1)));
   if (watch.phase == PairWatch::Phase::idle && due <= Clock::now()) {
     watch.phase = PairWatch::Phase::settling;
+    watch.settled = {};
   }
   if (watch.phase == PairWatch::Phase::settling && is_settled(watch)) {
     add(events, report_disconnections(watch.state, snapshots));
     queue_job(watch);
   }
-  if (watch.phase == PairWatch::Phase::idle) {
-    watch.is_open = true;
-    watch.timer.set(due);
-  }
+  if (watch.phase == PairWatch::Phase::idle) watch.timer.set(due);
+  if (watch.phase == PairWatch::Phase::idle || watch.starts_wrong()) watch.is_open = true;
   watch.context.listener(watch, std::move(events));
 }
 

@@ -65,6 +65,8 @@ struct PairWatch {
   Timer timer;
   Phase phase = Phase::idle;
   bool is_open = false;  // each source has been reached once, or has not
+  std::array<bool, 2> settled = {};
+  TimePoint not_before = {};  // the next comparison, after one that failed
   bool has_started = false;
   PairNews news;                                     // of the job under way
   std::optional<Outcome> reported = Outcome::agree;  // by the last event

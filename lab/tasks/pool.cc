@@ -65,8 +65,10 @@ CompareAnswer perform_or_fail(const CompareJob &job, std::unique_ptr<Pair> &pair
       pair.reset();
       if (attempt == most_attempts) return fail(failure.what());
     } catch (const std::bad_alloc &) {
+      pair.reset();  // an answer of it may still come
       return fail("there is not enough memory");
     } catch (const std::exception &problem) {
+      pair.reset();
       return fail(printable(problem.what()));
     }
   }
@@ -147,7 +149,13 @@ void transfer(Pool &pool, PoolWorker &worker) {
                                                                : UV_READABLE);
   if (!worker.task || !is_whole(worker.input)) return;
   worker.input.erase(worker.input.begin(), worker.input.begin() + sizeof(uint32_t));
-  finish(pool, worker, decode_answer(worker.input));
+  std::optional<CompareAnswer> answer;
+  try {
+    answer = decode_answer(worker.input);
+  } catch (const Garbled &) {
+    return restart(pool, worker);
+  }
+  finish(pool, worker, std::move(*answer));
 }
 
 void send_job(Pool &pool, PoolWorker &worker) {
@@ -155,7 +163,12 @@ void send_job(Pool &pool, PoolWorker &worker) {
   worker.written = 0;
   worker.input.clear();
   if (worker.socket < 0) {
-    start(worker);
+    try {
+      start(worker);
+    } catch (const std::system_error &problem) {
+      worker.end();
+      return finish(pool, worker, fail(problem.what()));
+    }
     worker.watch.emplace(pool.loop, worker.socket, [&] { transfer(pool, worker); });
   }
   worker.watch->wait_for(UV_READABLE | UV_WRITABLE);

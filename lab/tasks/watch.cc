@@ -122,7 +122,8 @@ void hear(Watch &watch, PairWatch &pair, std::vector<Event> events) {
   std::array<TimePoint, 2> checked{};
   for (std::size_t i = 0; i < checked.size(); ++i) checked[i] = pair.find_checked(i);
   // A verdict holds as long as everything that is read says the same.
-  const bool is_confirmed = std::exchange(pair.checked, checked) != checked;
+  const bool is_confirmed = checked[0] != pair.checked[0] && checked[1] != pair.checked[1];
+  if (is_confirmed) pair.checked = checked;
   if (pair.state.outcome && (is_confirmed || !events.empty())) {
     pair.confirmed = std::chrono::system_clock::now();
   }
@@ -206,7 +207,7 @@ void watch_output(Watch &watch) {
   }
   try {
     watch.output.emplace(watch.loop, STDOUT_FILENO, [&watch] { leave(watch); });
-    watch.output->wait_for(UV_DISCONNECT);
+    watch.output->wait_for(UV_PRIORITIZED);  // its end is reported in any case
   } catch (const std::system_error &) {
     watch.output.reset();  // a device
   }
@@ -248,6 +249,10 @@ int watch(const std::vector<WatchEntry> &entries, const WatchOptions &options) {
   }
   if (options.once_agreed && watch.status == 0) {
     update_metrics(watch);
+    watch.pairs.clear();
+    while (watch.program && !watch.program->running.empty()) {
+      uv_run(&watch.loop.raw, UV_RUN_ONCE);
+    }
   } else {
     mark_unwatched(watch);
   }

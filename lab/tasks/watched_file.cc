@@ -46,6 +46,7 @@ void WatchedFile::look() {
   const SourceState state = snapshot.state;
   seen = {};
   if (stat(path.c_str(), &seen) != 0) {
+    is_read = false;
     if (state != SourceState::lost) lose(snapshot, std::strerror(errno), false);
   } else if (state == SourceState::opening ||
              (state == SourceState::lost && is_same(seen, before))) {  // nobody is writing it
@@ -65,6 +66,7 @@ void WatchedFile::look() {
 
 void begin_reading(WatchedFile &file) {
   file.is_changed = false;
+  file.is_read = true;
   file.snapshot.first_change.reset();
   file.snapshot.last_change.reset();
   const auto age = std::chrono::system_clock::now() -

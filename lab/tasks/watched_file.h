@@ -25,6 +25,7 @@ struct WatchedFile {
   Timer timer;
   Snapshot snapshot;
   bool is_changed = false;              // since it was read
+  bool is_read = false;                 // by the job under way
   std::optional<TimePoint> look_again;  // at its contents, though nothing shows a change
   struct stat seen {};
 };

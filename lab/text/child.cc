@@ -54,8 +54,10 @@ ChildProcess start_writer(const std::function<std::string()> &work) {
   Descriptor reading(ends[0]);
   const Descriptor writing(ends[1]);
   ChildProcess child = start_child([&] {
-    reading.close();
-    if (!write_all(writing, work()).empty()) _exit(1);
+    // Copies of the lab's files would keep connections open, and its event loop busy.
+    const int output = dup2(writing, STDERR_FILENO + 1);
+    close_range(STDERR_FILENO + 2, ~0U, 0);
+    if (!write_all(output, work()).empty()) _exit(1);
   });
   child.output = std::move(reading);
   return child;
