@@ -25,7 +25,7 @@ struct Server {
       ends[i] = pair[0];
       theirs[i] = pair[1];
     }
-    database = lab::adopt_database(theirs, 1000ms, now);
+    database = lab::adopt_database(theirs, {}, now);
   }
   Server(const Server &) = delete;
   ~Server() {

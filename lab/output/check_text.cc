@@ -10,18 +10,19 @@
 namespace lab {
 namespace {
 
-constexpr std::size_t indent = 4;
+constexpr std::size_t row_indent = 4;
 
 // Of longer values that differ only what one side alone has is printed.
 constexpr std::size_t long_value = 24;
 
 void print_indented(const Cell &text, const Style &style, const std::string &heading = "") {
-  put_wrapped(text, style.layout, indent + heading.size(), std::string(indent, ' ') + heading);
+  put_wrapped(text, style.layout, row_indent + heading.size(),
+              std::string(row_indent, ' ') + heading);
 }
 
 // Behind a heading, whose length is not that of the indent.
 void print_item(const char *heading, const std::string &text, const Style &style) {
-  put_wrapped(text, style.layout, indent + 5, std::string(indent, ' ') + heading);
+  put_wrapped(text, style.layout, row_indent + 5, std::string(row_indent, ' ') + heading);
 }
 
 // --- verdicts ---
@@ -116,13 +117,13 @@ void print_parameters(const ScopeReport &scope, const Style &style) {
     const auto [left, right] = value_cells(parameter, style);
     rows.push_back({parameter_key(parameter.type), left, right, state_cell(parameter, style)});
   }
-  if (rows.empty()) return put_line("neither switch has a parameter to send", indent);
+  if (rows.empty()) return put_line("neither switch has a parameter to send", row_indent);
   put_table({"parameter", style.sides[0], style.sides[1], "comparison"}, rows, style.layout);
   for (const ParameterReport &parameter : scope.parameters) {
     for (std::size_t side = 0; parameter.digests && side < style.sides.size(); ++side) {
       put_line(fmt::format("region digest, {}: {}", style.sides[side],
                            (*parameter.digests)[side].value_or("-")),
-               indent);
+               row_indent);
     }
   }
 }
@@ -149,7 +150,7 @@ void print_fixes(const ScopeGroup &group, const Style &style) {
                  style);
     } else if (parameter.fix) {
       print_item("fix: ", describe_fix(widen_fix(parameter.fix->fix, group), style.sides), style);
-      if (has_mode_change(parameter)) put_wrapped(mode_steps, style.layout, indent + 5);
+      if (has_mode_change(parameter)) put_wrapped(mode_steps, style.layout, row_indent + 5);
     }
   }
   const std::string row = describe_missing_row(group, style.sides);
@@ -188,7 +189,7 @@ void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
 }  // namespace
 
 void print_checks(const std::vector<ScopeReport> &checks, const Style &style) {
-  if (checks.empty()) put_line("neither switch has such a channel", indent);
+  if (checks.empty()) put_line("neither switch has such a channel", row_indent);
   std::vector<const ScopeReport *> printed;
   for (const ScopeReport &scope : checks) {
     if (!style.only_different || !is_agreed(find_verdict(scope)) || has_accepted(scope)) {

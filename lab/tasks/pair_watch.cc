@@ -62,7 +62,7 @@ std::optional<CompareJob> make_job(PairWatch &watch) {
   bool is_new = false;
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
     if (!is_here(watch, i)) continue;
-    SideJob &side = job.sides[i].emplace();
+    SideJob side;
     side.source = watch.state.sides[i].source;
     if (auto *file = std::get_if<WatchedFile>(&watch.feeds[i])) {
       side.path = file->path;
@@ -70,15 +70,16 @@ std::optional<CompareJob> make_job(PairWatch &watch) {
       side.is_watched = true;
       is_new = is_new || file->is_changed || !watch.state.sides[i].connected;
       begin_reading(*file);
-      continue;
+    } else {
+      Snapshot &snapshot = snapshot_of(watch, i);
+      watch.news[i] = take_news(watch.state, i, snapshot);
+      is_new = is_new || !watch.news[i]->is_empty();
+      side.rows = snapshot.rows;
+      for (const auto &[row, errors] : snapshot.errors) {
+        side.errors.insert(side.errors.end(), errors.begin(), errors.end());
+      }
     }
-    Snapshot &snapshot = snapshot_of(watch, i);
-    watch.news[i] = take_news(watch.state, i, snapshot);
-    is_new = is_new || !watch.news[i]->is_empty();
-    side.rows = snapshot.rows;
-    for (const auto &[row, errors] : snapshot.errors) {
-      side.errors.insert(side.errors.end(), errors.begin(), errors.end());
-    }
+    job.sides[i] = std::move(side);
   }
   return is_new ? std::optional(std::move(job)) : std::nullopt;
 }
