@@ -1,7 +1,5 @@
 // What a command or a check costs, over the calls of the platform and the lines that it takes.
 
-#include <sys/mman.h>
-
 #include <cstring>
 #include <memory>
 #include <regex>
@@ -14,7 +12,6 @@
 #include "mtrack.h"
 #include "platform.h"
 #include "rows.h"
-#include "sdwrap.h"
 
 namespace {
 
@@ -25,14 +22,14 @@ bool is_compared = false;  // what a work returns counts, not what it costs
 // What a work returns and logs, without the numbers in the heads of its lines.
 template <class Work>
 std::vector<std::string> run_and_log(Work work) {
-  static char texts[SDWRAP_HIST_SIZE];
-  platform_history_clear();
+  const uint32_t first = platform_history_count();
   is_compared = true;
   const auto result = work();
   is_compared = false;
   std::vector<std::string> lines;
-  const char *const end = texts + platform_history_read(texts, sizeof texts);
-  for (const char *at = texts; at < end; at += lines.back().size() + 1) lines.emplace_back(at);
+  for (uint32_t i = first; i < platform_history_count(); ++i) {
+    lines.emplace_back(platform_history_line(i));
+  }
   static const std::regex number("^(\\w+)\\(\\d+\\)");
   for (std::string &text : lines) text = std::regex_replace(text, number, "$1");
   lines.push_back(std::to_string(result));
@@ -188,7 +185,7 @@ void growth() {
   }
 }
 
-// A switch of member ports, and a history in memory.
+// A switch of member ports.
 void set_up() {
   static std::vector<platform_port_t> ports(port_count);
   for (uint32_t i = 0; i < port_count; ++i) {
@@ -202,8 +199,6 @@ void set_up() {
   tables.port_count = ports.size();
   tables.has_trunk = 1;
   platform_set_switch(&tables);
-  platform_history_path(
-      ("/proc/self/fd/" + std::to_string(memfd_create("history", MFD_CLOEXEC))).c_str());
   stp_mcec_lib_sdwrap_init();
 }
 

@@ -1,8 +1,6 @@
 /* What draimiofaf-platform-check needs to know of the platform in platform/. */
 #include <draimiofaf/platform/mcecm.h>
-#include <stdio.h>
 #include <string.h>
-#include <sys/mman.h>
 
 #include "platform.h"
 #include "platform_check.h"
@@ -19,7 +17,6 @@ const platform_check_object_t platform_check_objects[] = {
 
 const platform_check_switch_t *platform_check_set_up(const platform_check_switch_t *wanted) {
   static platform_port_t ports[8];
-  char path[40];
   for (size_t i = 0; i < wanted->port_count; ++i) {
     const platform_check_port_t *port = &wanted->ports[i];
     ports[i] =
@@ -33,8 +30,6 @@ const platform_check_switch_t *platform_check_set_up(const platform_check_switch
   for (uint32_t vlan = wanted->first_user_vlan; vlan <= wanted->last_user_vlan; ++vlan) {
     mcec_stp_vlan_count.bmp[vlan / 8] |= (uint8_t)(0x80 >> vlan % 8);
   }
-  snprintf(path, sizeof path, "/proc/self/fd/%d", memfd_create("history", 0));
-  platform_history_path(path);
   return wanted;
 }
 
@@ -60,10 +55,5 @@ void platform_check_release(mts_msg_t *msg) {
 }
 
 const char *platform_check_last_line(void) {
-  static char lines[0x40000];
-  const size_t size = platform_history_read(lines, sizeof lines);
-  if (size == 0) return NULL;
-  const char *last = lines + size - 1;
-  while (last > lines && last[-1] != '\0') --last;
-  return last;
+  return platform_history_line(platform_history_count() - 1);
 }

@@ -19,11 +19,55 @@
 #include <draimiofaf/extract.h>
 #include <draimiofaf/foundation.h>
 #include <draimiofaf/platform/mtrack.h>
+#include <draimiofaf/platform/mts.h>
 #include <draimiofaf/platform/tlv.h>
 #include <stdio.h>
 #include <string.h>
 
-#include "desk.h"
+/* --- messages: on a switch they arrive, here the platform makes them --- */
+
+#if __has_include("platform.h")
+#include "platform.h" /* the platform in platform/ */
+
+static void set_up(void) {
+  static const platform_switch_t with_trunk = {.has_trunk = 1};
+  platform_set_switch(&with_trunk);
+}
+
+static mts_msg_t *new_command(uint32_t cmd_id) {
+  return platform_command(cmd_id, 1, NULL, 0);
+}
+
+static const char *answer_of(const mts_msg_t *msg) {
+  return platform_answer(msg);
+}
+
+#define new_message platform_message
+#define release_message platform_message_free
+
+#else
+#include <draimiofaf/standin/standin.h>
+
+static void set_up(void) {
+  standin_reset();
+  standin_set_trunk(1);
+}
+
+static mts_msg_t *new_command(uint32_t cmd_id) {
+  return standin_command(cmd_id, 1, NULL, 0);
+}
+
+/* Of the only command so far. */
+static const char *answer_of(const mts_msg_t *msg) {
+  (void)msg;
+  return standin_answer_count() > 0 ? standin_answer_at(0).text : NULL;
+}
+
+#define new_message standin_message
+#define release_message standin_message_free
+#endif
+
+/* --- the process --- */
 
 /* A parameter whose value is a word. Values are in network byte order in an array, a message and
  * the cache; everything else is in host byte order. */
@@ -87,21 +131,22 @@ static uint32_t take_update(void) {
   const uint32_t length = make_array(payload + STP_MCEC_TYPE1_UPD_HDR_SIZE, ours);
   const uint32_t header[4] = {1 /* of the switch */, 0 /* interface */, 0 /* unread */, length};
   memcpy(payload, header, sizeof header);
-  mts_msg_t *msg = desk_update(payload, STP_MCEC_TYPE1_UPD_HDR_SIZE + length);
+  mts_msg_t *msg =
+      new_message(STP_MCEC_MTS_OPC_TYPE1_UPD, payload, STP_MCEC_TYPE1_UPD_HDR_SIZE + length);
   puts("update message");
   const uint32_t result = extract(msg);
-  desk_release(msg);
+  release_message(msg);
   return result;
 }
 
 /* A command request: the library answers it, and its cache shows what will be. */
 static uint32_t take_command(void) {
-  mts_msg_t *msg = desk_command(STP_MCEC_CMD_GBL_LOOPGUARD);
+  mts_msg_t *msg = new_command(STP_MCEC_CMD_GBL_LOOPGUARD);
   puts("command: spanning-tree loopguard default");
   const uint32_t result = extract(msg);
-  const char *answer = desk_answer(msg);
+  const char *answer = answer_of(msg);
   printf("  answer: %s\n", answer == NULL ? "none" : answer[0] == '\0' ? "accepted" : answer);
-  desk_release(msg);
+  release_message(msg);
   return result;
 }
 
@@ -128,7 +173,7 @@ static void report(void *array) {
 }
 
 int main(void) {
-  desk_set_up();
+  set_up();
   if (take_update() != 0 || take_command() != 0) return 1;
 
   /* 1: the parameters of the switch. 0 and an interface index: those of the interface. */

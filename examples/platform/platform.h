@@ -2,11 +2,11 @@
  * A platform to copy from, made of other parts than the stand-in: each source implements the
  * operations of a header or two of draimiofaf/platform/.
  *
- *   memory.c     mtrack.h                          blocks of malloc, by service and memory type
- *   history.c    sdwrap.h                          a ring of lines in a file
+ *   memory.c     mtrack.h                          blocks of malloc
+ *   history.c    sdwrap.h                          the last lines, in memory
  *   tree.c       avl.h                             the search trees of the C library
- *   tlv.c        tlv.h, syserr.h                   the attributes of libmnl
- *   requests.c   mts.h, cmd_req.h                  messages, as TLV arrays
+ *   tlv.c        tlv.h, syserr.h                   arrays in little-endian order
+ *   requests.c   mts.h, cmd_req.h                  messages of the process itself
  *   switch.c     mcecm.h, if_index.h, im.h,        tables that the process hands over
  *                satmgr.h, sysmgr.h
  *
@@ -57,7 +57,7 @@ typedef struct platform_attribute {
 } platform_attribute_t;
 
 /* A message with a copy of the payload; payload NULL: one without. A command request, in its
- * positive or its negating form. NULL: no memory, or a value that is too long. */
+ * positive or its negating form. NULL: no memory. */
 mts_msg_t *platform_message(uint32_t opcode, const void *payload, uint32_t size);
 mts_msg_t *platform_command(uint32_t cmd_id, uint32_t is_positive,
                             const platform_attribute_t *attributes, size_t count);
@@ -73,32 +73,12 @@ void platform_message_free(mts_msg_t *msg);
  * are there than it claims. Ask this of an array that was received, before anything reads it. */
 size_t platform_array_bytes(const void *array, size_t size);
 
-/* --- memory --- */
-
-/* The live blocks of a service and a memory type, and their bytes. */
-typedef struct platform_usage {
-  uint32_t blocks;
-  uint32_t bytes;
-} platform_usage_t;
-
-platform_usage_t platform_memory(uint32_t service_id, uint32_t mem_type);
-
-/* The name of a registered service's memory type; NULL: none. */
-const char *platform_mem_type_name(uint32_t service_id, uint32_t mem_type);
-
-/* The memory type and the size of a live block. */
-void platform_block(const void *block, uint32_t *mem_type, uint32_t *size);
-
 /* --- event history --- */
 
-/* Where the history is kept, from the next sdwrap_hist_init_for_uuid on; without a path it cannot
- * be initialised. */
-void platform_history_path(const char *path);
-
-/* Copy out the lines of the history, oldest first, each with its NUL, as many whole lines as fit
- * into size bytes; returns the bytes that they take. Clearing leaves it without lines. */
-size_t platform_history_read(char *lines, size_t size);
-void platform_history_clear(void);
+/* How many lines were logged; and the line at a position, NULL when it was overwritten or none was
+ * logged there. */
+uint32_t platform_history_count(void);
+const char *platform_history_line(uint32_t position);
 
 #ifdef __cplusplus
 }

@@ -1,5 +1,5 @@
 /*
- * TLV arrays made of libmnl's attributes, words in little-endian order on every machine:
+ * TLV arrays, words in little-endian order on every machine:
  *
  *   0          4          6      8                                4 + bytes
  *   +----------+----------+------+-------------------+-------------+
@@ -8,9 +8,8 @@
  *   |          | (2)      |      |                   |             |
  *   +----------+----------+------+-------------------+-------------+
  *
- * An array may lie at any address, so the head of an attribute is copied before libmnl looks at it.
  * The head counts into a length of 16 bits, so a value has 65528 bytes at the most: longer ones are
- * refused. The type is the whole word, without the flags that netlink keeps in it.
+ * refused.
  *
  * The readers trust no length of an entry. The first word is believed, since they do not know how
  * much memory an array has: whoever receives one asks platform_array_bytes first.
@@ -18,14 +17,12 @@
 #include <draimiofaf/platform/syserr.h>
 #include <draimiofaf/platform/tlv.h>
 #include <endian.h>
-#include <libmnl/libmnl.h>
-#include <limits.h>
 #include <stdio.h>
 #include <string.h>
 
 #include "platform.h"
 
-enum { array_head = 4, entry_head = sizeof(struct nlattr), max_value = 65528 };
+enum { array_head = 4, entry_head = 4, max_value = 65528 };
 
 enum {
   tlv_no_room = 0x7001,
@@ -35,15 +32,14 @@ enum {
 };
 
 static uint32_t footprint(uint32_t length) {
-  return entry_head + (length + MNL_ALIGNTO - 1) / MNL_ALIGNTO * MNL_ALIGNTO;
+  return entry_head + (length + 3) / 4 * 4;
 }
 
 /* The bytes of entries that an array has. */
 static uint32_t entry_bytes(const void *array) {
   uint32_t bytes;
   memcpy(&bytes, array, sizeof bytes);
-  bytes = le32toh(bytes);
-  return bytes < INT_MAX ? bytes : INT_MAX; /* libmnl counts in int */
+  return le32toh(bytes);
 }
 
 size_t platform_array_bytes(const void *array, size_t size) {
@@ -56,14 +52,14 @@ size_t platform_array_bytes(const void *array, size_t size) {
 static int read_entry(const void *array, uint32_t *position, uint16_t *type, uint16_t *length,
                       void **value) {
   const uint32_t bytes = entry_bytes(array);
-  struct nlattr attribute;
-  if (*position > bytes || bytes - *position < sizeof attribute) return 0;
+  uint16_t head[2];
+  if (*position > bytes || bytes - *position < sizeof head) return 0;
   uint8_t *at = (uint8_t *)array + array_head + *position;
-  memcpy(&attribute, at, sizeof attribute);
-  attribute.nla_len = le16toh(attribute.nla_len);
-  if (!mnl_attr_ok(&attribute, (int)(bytes - *position))) return 0;
-  *type = le16toh(attribute.nla_type);
-  *length = mnl_attr_get_payload_len(&attribute);
+  memcpy(head, at, sizeof head);
+  const uint32_t size = le16toh(head[0]);
+  if (size < entry_head || footprint(size - entry_head) > bytes - *position) return 0;
+  *type = le16toh(head[1]);
+  *length = (uint16_t)(size - entry_head);
   *value = at + entry_head;
   *position += footprint(*length);
   return 1;
@@ -81,10 +77,10 @@ uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t ty
   const uint32_t bytes = entry_bytes(array);
   const uint32_t capacity = array_size - array_head;
   if (bytes > capacity || capacity - bytes < footprint(length)) return tlv_no_room;
-  const struct nlattr attribute = {htole16((uint16_t)(entry_head + length)), htole16(type)};
+  const uint16_t head[2] = {htole16((uint16_t)(entry_head + length)), htole16(type)};
   uint8_t *at = (uint8_t *)array + array_head + bytes;
   memset(at, 0, footprint(length));
-  memcpy(at, &attribute, sizeof attribute);
+  memcpy(at, head, sizeof head);
   if (length > 0) memcpy(at + entry_head, value, length);
   const uint32_t now = htole32(bytes + footprint(length));
   memcpy(array, &now, sizeof now);
@@ -113,31 +109,18 @@ uint32_t tlv_aligned_array_get_next_tlv(const void *array, uint16_t *type, uint1
 uint32_t tlv_aligned_array_find_tlv(const void *array, uint16_t type, uint16_t *length,
                                     void **value, uint32_t flag) {
   (void)flag;
-  uint16_t found, found_length;
-  void *found_value;
-  uint32_t position = 0;
-  while (read_entry(array, &position, &found, &found_length, &found_value)) {
-    if (found != type) continue;
-    *length = found_length;
-    *value = found_value;
-    return 0;
+  uint16_t found;
+  for (uint32_t position = 0; read_entry(array, &position, &found, length, value);) {
+    if (found == type) return 0;
   }
   return tlv_not_found;
 }
 
 const char *syserr2str(uint32_t code) {
+  static const char *const texts[] = {"no space in the TLV array", "value too long for a TLV",
+                                      "TLV reaches past its array", "no such TLV"};
   static char other[32];
-  switch (code) {
-    case tlv_no_room:
-      return "no space in the TLV array";
-    case tlv_too_long:
-      return "value too long for a TLV";
-    case tlv_unreadable:
-      return "TLV reaches past its array";
-    case tlv_not_found:
-      return "no such TLV";
-    default:
-      snprintf(other, sizeof other, "error 0x%X", code);
-      return other;
-  }
+  if (code >= tlv_no_room && code <= tlv_not_found) return texts[code - tlv_no_room];
+  snprintf(other, sizeof other, "error 0x%X", code);
+  return other;
 }
