@@ -1,8 +1,7 @@
-#include "avl.h"
-
 #include <set>
 
-#include "state.h"
+#include "avl.h"
+#include "internal.h"
 
 struct Less {
   int (*compare)(const void *, const void *);

@@ -94,9 +94,6 @@ STANDIN_API uint32_t standin_history_count(void);
 STANDIN_API const char *standin_history_line(uint32_t position);
 STANDIN_API void standin_history_clear(void);
 
-/* Forget the lines from a position on. */
-STANDIN_API void standin_history_truncate(uint32_t count);
-
 /* Called with each line as it is logged; NULL: nothing is called. */
 STANDIN_API void standin_on_history(void (*listener)(const char *line));
 

@@ -1,9 +1,10 @@
-#include "state.h"
-
 #include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+
+#include "internal.h"
+#include "syserr.h"
 
 namespace {
 
@@ -49,7 +50,7 @@ void standin_reset() {
   orders = {};
   standin::reset_history();
   standin::reset_requests();
-  standin::reset_ports();
+  standin::reset_switch();
 }
 
 void standin_on_misuse(void (*handler)(const char *)) {
@@ -68,4 +69,10 @@ void standin_suspend_failures(uint32_t is_suspended) {
 
 uint32_t standin_calls(standin_operation_t operation) {
   return orders[operation].calls;
+}
+
+const char *syserr2str(uint32_t code) {
+  static char text[32];
+  std::snprintf(text, sizeof text, "system error 0x%X", code);
+  return text;
 }

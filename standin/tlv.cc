@@ -24,8 +24,7 @@
 #include <cstring>
 #include <optional>
 
-#include "extents.h"
-#include "state.h"
+#include "internal.h"
 
 namespace {
 

@@ -1,19 +1,19 @@
-#include "mtrack.h"
-
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 #include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
-#include "extents.h"
-#include "state.h"
+#include "internal.h"
+#include "mtrack.h"
 
 namespace {
 
-struct BlockInfo {
-  uint32_t mem_type;
-  uint32_t size;
+// A block of the tracker; or a payload, which has no memory type.
+struct Extent {
+  std::size_t size;
+  uint32_t mem_type = UINT32_MAX;
 };
 
 struct Service {
@@ -21,13 +21,45 @@ struct Service {
   std::vector<std::string> mem_types;
 };
 
-std::unordered_map<const void *, BlockInfo> blocks;
+std::map<const void *, Extent, std::less<>> extents;
 std::map<uint32_t, Service> services;
 uint32_t registrations = 0;
 
 constexpr uint32_t greatest_block = 1U << 30;
 
+bool is_block(const Extent &extent, uint32_t mem_type) {
+  return mem_type == STANDIN_ALL_TYPES ? extent.mem_type != UINT32_MAX
+                                       : extent.mem_type == mem_type;
+}
+
+// The extent of a live block; of any other address one without a memory type.
+Extent block_at(const void *block) {
+  const auto found = extents.find(block);
+  return found != extents.end() ? found->second : Extent{UINT32_MAX};
+}
+
 }  // namespace
+
+namespace standin {
+
+void note_extent(const void *start, std::size_t size) {
+  extents[start] = {size};
+}
+
+void forget_extent(const void *start) {
+  extents.erase(start);
+}
+
+std::size_t extent_from(const void *at) {
+  auto next = extents.upper_bound(at);
+  if (next == extents.begin()) return SIZE_MAX;
+  const auto &[start, extent] = *--next;
+  const auto into =
+      static_cast<std::size_t>(static_cast<const char *>(at) - static_cast<const char *>(start));
+  return into <= extent.size ? extent.size - into : SIZE_MAX;
+}
+
+}  // namespace standin
 
 void mtrack_init(const char *lib_name, uint32_t service_id, const char *const *mem_type_names,
                  uint32_t count) {
@@ -52,45 +84,40 @@ void *mtrack_alloc(uint32_t service_id, uint32_t mem_type, uint32_t size) {
   // Not zeroed: the contract leaves the content open.
   void *block = std::malloc(size > 0 ? size : 1);
   if (block == nullptr) return nullptr;
-  __builtin_memset(block, 0xA5, size);
-  blocks[block] = {mem_type, size};
-  standin::note_extent(block, size);
+  std::memset(block, 0xA5, size);
+  extents[block] = {size, mem_type};
   return block;
 }
 
 void mtrack_free(void *block) {
-  if (blocks.erase(block) == 0) {
+  if (!is_block(block_at(block), STANDIN_ALL_TYPES)) {
     standin::misuse("%p is no live block", block);
     return;
   }
-  standin::forget_extent(block);
+  extents.erase(block);
   std::free(block);
 }
 
 uint32_t standin_live_blocks(uint32_t mem_type) {
   uint32_t count = 0;
-  for (const auto &[block, info] : blocks) {
-    if (mem_type == STANDIN_ALL_TYPES || info.mem_type == mem_type) ++count;
-  }
+  for (const auto &[start, extent] : extents) count += is_block(extent, mem_type) ? 1 : 0;
   return count;
 }
 
 uint64_t standin_live_bytes(uint32_t mem_type) {
   uint64_t bytes = 0;
-  for (const auto &[block, info] : blocks) {
-    if (mem_type == STANDIN_ALL_TYPES || info.mem_type == mem_type) bytes += info.size;
+  for (const auto &[start, extent] : extents) {
+    if (is_block(extent, mem_type)) bytes += extent.size;
   }
   return bytes;
 }
 
 uint32_t standin_block_type(const void *block) {
-  const auto found = blocks.find(block);
-  return found != blocks.end() ? found->second.mem_type : UINT32_MAX;
+  return block_at(block).mem_type;
 }
 
 uint32_t standin_block_size(const void *block) {
-  const auto found = blocks.find(block);
-  return found != blocks.end() ? found->second.size : UINT32_MAX;
+  return static_cast<uint32_t>(block_at(block).size);
 }
 
 uint32_t standin_registered() {

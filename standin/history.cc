@@ -1,10 +1,9 @@
-#include "sdwrap.h"
-
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "state.h"
+#include "internal.h"
+#include "sdwrap.h"
 
 namespace {
 
@@ -63,10 +62,6 @@ const char *standin_history_line(uint32_t position) {
 
 void standin_history_clear() {
   lines.clear();
-}
-
-void standin_history_truncate(uint32_t count) {
-  if (count < lines.size()) lines.resize(count);
 }
 
 void standin_on_history(void (*new_listener)(const char *)) {
