@@ -2,7 +2,7 @@
 # A program that checks a platform: platform_check.h describes the fixtures.
 function(draimiofaf_add_platform_check name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
-  set(sources main.c arrays.c memory.c objects.c requests.c switch.c trees.c)
+  set(sources main.c arrays.c memory.c objects.c requests.c switch.c)
   list(TRANSFORM sources PREPEND ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/)
   add_executable(${name} ${sources} ${arg_SOURCES})
   set_target_properties(${name} PROPERTIES C_STANDARD 11)
