@@ -23,7 +23,6 @@ struct Service {
 
 std::map<const void *, Extent, std::less<>> extents;
 std::map<uint32_t, Service> services;
-uint32_t registrations = 0;
 
 constexpr uint32_t greatest_block = 1U << 30;
 
@@ -54,8 +53,7 @@ std::size_t extent_from(const void *at) {
   auto next = extents.upper_bound(at);
   if (next == extents.begin()) return SIZE_MAX;
   const auto &[start, extent] = *--next;
-  const auto into =
-      static_cast<std::size_t>(static_cast<const char *>(at) - static_cast<const char *>(start));
+  const std::size_t into = reinterpret_cast<uintptr_t>(at) - reinterpret_cast<uintptr_t>(start);
   return into <= extent.size ? extent.size - into : SIZE_MAX;
 }
 
@@ -63,7 +61,6 @@ std::size_t extent_from(const void *at) {
 
 void mtrack_init(const char *lib_name, uint32_t service_id, const char *const *mem_type_names,
                  uint32_t count) {
-  ++registrations;
   if (!services.try_emplace(service_id, Service{lib_name, {mem_type_names, mem_type_names + count}})
            .second) {
     standin::misuse("service %u is registered already", service_id);
@@ -118,14 +115,6 @@ uint32_t standin_block_type(const void *block) {
 
 uint32_t standin_block_size(const void *block) {
   return static_cast<uint32_t>(block_at(block).size);
-}
-
-uint32_t standin_registered() {
-  return static_cast<uint32_t>(services.size());
-}
-
-uint32_t standin_registrations() {
-  return registrations;
 }
 
 const char *standin_service_name(uint32_t service_id) {

@@ -74,9 +74,7 @@ STANDIN_API uint64_t standin_live_bytes(uint32_t mem_type);
 STANDIN_API uint32_t standin_block_type(const void *block);
 STANDIN_API uint32_t standin_block_size(const void *block);
 
-/* How many services are registered, how many ever were, how many trees live. */
-STANDIN_API uint32_t standin_registered(void);
-STANDIN_API uint32_t standin_registrations(void);
+/* How many trees live. */
 STANDIN_API uint32_t standin_trees(void);
 
 /* Call `each` with every node of a tree, in its order. */

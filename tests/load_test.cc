@@ -11,15 +11,13 @@ namespace {
 constexpr uint32_t service = 633;
 
 TEST(Load, RegistersAndReleasesEachTime) {
-  const uint32_t before = standin_registrations();
   for (uint32_t round = 1; round <= 1000 && !HasFailure(); ++round) {
-    ASSERT_EQ(standin_registered(), 0U);
+    ASSERT_EQ(standin_service_name(service), nullptr);
     // Loading hangs on nothing that can fail.
     const auto failing = standin_operation_t(round % STANDIN_OPERATIONS);
     standin_fail(failing, 1, UINT32_MAX);
     void *library = dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
-    EXPECT_EQ(standin_registrations(), before + round);
     EXPECT_STREQ(standin_service_name(service), "STP MCEC Type-1 CFG LIB");
     EXPECT_STREQ(standin_mem_type_name(service, 20),
                  "STP_MCEC_LIB_MEM_mcecm_app_cmd7_extract_info_t");
