@@ -45,8 +45,8 @@ uint32_t cmd_req_action_is_set(cmd_req_t *handle);
 /* Not 0 when the command is in its negating ("no") form. */
 uint32_t cmd_req_action_is_del(cmd_req_t *handle);
 
-/* Answer the request: accepted. A request is answered once at the most; extract.h says which are
- * left to the process. */
+/* Answer the request: accepted. A request is answered once at the most; extract.h lists those that
+ * are left to the process. */
 void cmd_rsp_send_ok(cmd_req_t *handle);
 
 /* Answer the request: refused, with a message for the user in the manner of printf. zero is 0. */

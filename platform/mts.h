@@ -31,7 +31,7 @@ const char *mts_opc_name_get(uint32_t opcode);
  *
  * The library does not learn its size. Of an update message it reads a header of 16 bytes and asks
  * the TLV library about the array behind it, so a payload holds at least these, the array's own
- * header, and as many bytes as the header says the array has. msg is what the process passed to the
+ * header, and as many bytes as the header gives the array. msg is what the process passed to the
  * library.
  */
 void *mts_payload_get(mts_msg_t *msg);

@@ -1,7 +1,7 @@
 /*
  * The stand-in: a small working platform for machines that have none. It keeps the contracts of
- * platform/ and is strict about them; this header sets it up, makes it fail on order, and looks
- * into it. One platform per process, no locks.
+ * platform/ and is strict about them; this header has its set-up, failure injection and queries.
+ * One platform per process, no locks.
  *
  * It is a shared library, since the library calls it before the objects of an executable are
  * constructed.
@@ -26,9 +26,9 @@ extern "C" {
 #define STANDIN_API
 #endif
 
-/* --- the whole --- */
+/* --- reset and misuse --- */
 
-/* Back to an empty switch: no ports, no trunk, no failures on order, no history and no answers.
+/* Back to an empty switch: no ports, no trunk, no injected failures, no history and no answers.
  * Live blocks, trees and registrations stay. */
 STANDIN_API void standin_reset(void);
 
@@ -36,7 +36,7 @@ STANDIN_API void standin_reset(void);
  * operation be refused as far as it can. */
 STANDIN_API void standin_on_misuse(void (*handler)(const char *what));
 
-/* --- failures on order --- */
+/* --- failure injection --- */
 
 typedef enum standin_operation {
   STANDIN_ALLOC,        /* mtrack_alloc */
@@ -49,14 +49,14 @@ typedef enum standin_operation {
   STANDIN_OPERATIONS
 } standin_operation_t;
 
-/* What a TLV operation returns when it fails on order. */
-enum { STANDIN_TLV_ORDERED_FAILURE = 0x40AA00FF };
+/* What a TLV operation returns when a failure was injected. */
+enum { STANDIN_TLV_INJECTED_FAILURE = 0x40AA00FF };
 
 /* Let the nth call from now fail (1: the next), and `times` calls from there on. 0 times: none. */
 STANDIN_API void standin_fail(standin_operation_t operation, uint32_t nth, uint32_t times);
 
-/* Leave the calls that follow out of the count, and let none of them fail (1), until they count
- * again (0): for work that is not the library's. */
+/* Do not count the calls that follow, and let none of them fail (1), until they count again (0):
+ * for calls that are not the library's. */
 STANDIN_API void standin_suspend_failures(uint32_t suspended);
 
 /* How often an operation was called since the reset. */

@@ -8,13 +8,13 @@
 
 namespace {
 
-struct Order {
+struct Failure {
   uint32_t calls = 0;
   uint32_t first = 0;
   uint32_t times = 0;
 };
 
-std::array<Order, STANDIN_OPERATIONS> orders;
+std::array<Failure, STANDIN_OPERATIONS> failures;
 bool suspended = false;
 
 void abort_on_misuse(const char *what) {
@@ -39,15 +39,16 @@ void misuse(const char *format, ...) {
 
 bool fails(standin_operation_t operation) {
   if (suspended) return false;
-  Order &order = orders[operation];
-  ++order.calls;
-  return order.times > 0 && order.calls >= order.first && order.calls - order.first < order.times;
+  Failure &failure = failures[operation];
+  ++failure.calls;
+  return failure.times > 0 && failure.calls >= failure.first &&
+         failure.calls - failure.first < failure.times;
 }
 
 }  // namespace standin
 
 void standin_reset() {
-  orders = {};
+  failures = {};
   standin::reset_history();
   standin::reset_requests();
   standin::reset_switch();
@@ -58,9 +59,9 @@ void standin_on_misuse(void (*handler)(const char *)) {
 }
 
 void standin_fail(standin_operation_t operation, uint32_t nth, uint32_t times) {
-  Order &order = orders[operation];
-  order.first = order.calls + nth;
-  order.times = times;
+  Failure &failure = failures[operation];
+  failure.first = failure.calls + nth;
+  failure.times = times;
 }
 
 void standin_suspend_failures(uint32_t is_suspended) {
@@ -68,7 +69,7 @@ void standin_suspend_failures(uint32_t is_suspended) {
 }
 
 uint32_t standin_calls(standin_operation_t operation) {
-  return orders[operation].calls;
+  return failures[operation].calls;
 }
 
 const char *syserr2str(uint32_t code) {

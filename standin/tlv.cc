@@ -107,7 +107,7 @@ uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t ty
   if (extent != SIZE_MAX && extent != array_size) {
     standin::misuse("a block of %zu bytes is passed with a size of %u", extent, array_size);
   }
-  if (standin::fails(STANDIN_TLV_ADD)) return STANDIN_TLV_ORDERED_FAILURE;
+  if (standin::fails(STANDIN_TLV_ADD)) return STANDIN_TLV_INJECTED_FAILURE;
   if (array_size < header_size) return no_room;
   const uint32_t bytes = entry_bytes(array);
   const uint32_t capacity = array_size - header_size;
@@ -135,7 +135,7 @@ uint32_t tlv_aligned_array_get_num_tlvs(const void *array, uint32_t flag) {
 uint32_t tlv_aligned_array_get_next_tlv(const void *array, uint16_t *type, uint16_t *length,
                                         void **value, uint32_t flag, uint32_t *cursor) {
   expect_flag(flag);
-  if (standin::fails(STANDIN_TLV_NEXT)) return STANDIN_TLV_ORDERED_FAILURE;
+  if (standin::fails(STANDIN_TLV_NEXT)) return STANDIN_TLV_INJECTED_FAILURE;
   const std::optional<Entry> entry = entry_at(array, *cursor);
   if (!entry) return broken_entry;
   *type = entry->type;
@@ -147,7 +147,7 @@ uint32_t tlv_aligned_array_get_next_tlv(const void *array, uint16_t *type, uint1
 uint32_t tlv_aligned_array_find_tlv(const void *array, uint16_t type, uint16_t *length,
                                     void **value, uint32_t flag) {
   expect_flag(flag);
-  if (standin::fails(STANDIN_TLV_FIND)) return STANDIN_TLV_ORDERED_FAILURE;
+  if (standin::fails(STANDIN_TLV_FIND)) return STANDIN_TLV_INJECTED_FAILURE;
   for (uint32_t cursor = 0; cursor < entry_bytes(array);) {
     const std::optional<Entry> entry = entry_at(array, cursor);
     if (!entry) return broken_entry;

@@ -5,7 +5,7 @@
  * Values are kept as in a TLV, in network byte order. A parameter of the switch has interface
  * index 0. An entry keeps the length it was created with. Neither lengths nor values are checked: a
  * mode that is neither MST nor Rapid-PVST makes every later check fail with STP_MCEC_ERR_FAILURE.
- * No pointer may be NULL unless its function says so.
+ * No pointer may be NULL unless its function allows it.
  */
 #ifndef DRAIMIOFAF_CACHE_H
 #define DRAIMIOFAF_CACHE_H

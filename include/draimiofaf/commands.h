@@ -53,7 +53,7 @@ enum {
  *   IF_GUARD        one word: STP_MCEC_IF_GUARD_*
  *   IF_MST_SIMULATE_PVST         its presence disables the simulation; the value is not read
  *
- * The _2 identifiers say the same as their namesakes, from another form of the command.
+ * The _2 identifiers mean the same as their namesakes, from another form of the command.
  */
 enum {
   STP_MCEC_ATTR_STP_MODE = 0x2020002,

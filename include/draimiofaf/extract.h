@@ -35,7 +35,7 @@
  *   STP_MCEC_ERR_NO_MCEC_INFO     an interface command lost its member ports
  *   a code of the TLV library     an entry could not be read, or not be added
  *
- * An attribute that is too short for the word it should hold counts as absent. On a failure the
+ * An attribute that is too short for the word it should have counts as absent. On a failure the
  * cache keeps what was written before the step that failed; a command that is refused for what it
  * asks has written nothing. The memory types of the blocks are those of STP_MCEC_LIB_MEM_TYPES,
  * records and array of their own for each extractor.

@@ -35,7 +35,7 @@ STP_MCEC_API uint32_t stp_mcec_get_type1_cfg_compat_chk_errcode(uint16_t type);
  *
  * value: in network byte order, as in a TLV; not NULL, not written. It is read as far as the test
  * needs (516 bytes of STP_ENDIS, the first byte of MST_REGION_NAME, 4 bytes of a word), whatever
- * len says: a caller whose value may be shorter tests its length first.
+ * len is: a caller whose value may be shorter tests its length first.
  * len: bytes of the value. Only MST_REGION_VI_MAP looks at it: a map that is not 8192 bytes long
  * is not the default.
  *

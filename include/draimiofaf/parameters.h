@@ -159,8 +159,8 @@ enum {
   STP_MCEC_PVRST_MAX_USER_VLANS = 507,
 };
 
-/* Flags of GBL_PORT_TYPE: what the ports of the switch are unless their interface says otherwise.
- * NORMAL is set by the commands exactly when neither EDGE nor NETWORK is. */
+/* Flags of GBL_PORT_TYPE: the default of the switch's ports. NORMAL is set by the commands exactly
+ * when neither EDGE nor NETWORK is. */
 enum {
   STP_MCEC_GBL_PORT_TYPE_EDGE = 0x1,
   STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD = 0x2,

@@ -22,7 +22,7 @@ extern "C" {
  *
  * From host order at src to network order at dst. dst may be src; nothing happens when either is
  * NULL. The flag byte of dst is not written: a caller that converts into another buffer sets it.
- * Both buffers hold the whole message, 13 + 2 * entry_count or 17 bytes, at any address.
+ * Both buffers have room for the whole message, 13 + 2 * entry_count or 17 bytes, at any address.
  */
 STP_MCEC_API void stp_hton_vlan_range_state_change_mts_msg(void *dst, const void *src);
 

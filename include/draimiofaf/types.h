@@ -2,7 +2,7 @@
  * Shared records of libdraimiofaf, and with commands.h and parameters.h its codes and constants.
  *
  * Byte order: a value inside a TLV array or in the cache is in network byte order; the fields of
- * the records below are in host byte order unless they say otherwise.
+ * the records below are in host byte order unless stated otherwise.
  */
 #ifndef DRAIMIOFAF_TYPES_H
 #define DRAIMIOFAF_TYPES_H

@@ -1,5 +1,5 @@
 /*
- * The version of the headers, MAJOR.MINOR.PATCH; docs/abi.md says what changes with which part.
+ * The version of the headers, MAJOR.MINOR.PATCH; docs/abi.md lists what changes with which part.
  */
 #ifndef DRAIMIOFAF_VERSION_H
 #define DRAIMIOFAF_VERSION_H

@@ -1,5 +1,5 @@
 /*
- * Which object brings each name. The names are short, and another library of a process may have one
+ * Which object has each name. The names are short, and another library of a process may have one
  * of them, too: the loader takes the first that it finds, without a message.
  *
  * This file is position-independent: an address is then the one that the loader found.

@@ -1,5 +1,5 @@
 /*
- * What the integrator of a platform brings for its check: fixtures and two tables, in one C file.
+ * What the integrator of a platform provides for its check: fixtures and two tables, in one C file.
  *
  * The check calls each operation of <draimiofaf/platform/> as the library does, and writes a line
  * of TAP (Test Anything Protocol) for each contract. Each contract runs in a child process of its
@@ -32,7 +32,7 @@ extern const platform_check_skip_t platform_check_skips[];
 /* The program itself, into which a platform may be linked. */
 #define PLATFORM_CHECK_PROGRAM "program"
 
-/* Which shared object brings which names: two patterns of fnmatch(3), the second for the object's
+/* Which shared object has which names: two patterns of fnmatch(3), the second for the object's
  * file name without folders, for instance {"avl_*", "libtrees.so*"}. The first row that fits a name
  * counts. */
 typedef struct platform_check_object {
