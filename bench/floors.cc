@@ -37,23 +37,7 @@ const Bytes values[] = {word(STP_MCEC_STP_MODE_MST),
                         word(STP_MCEC_GBL_PORT_TYPE_NORMAL),
                         word(1)};
 
-// As the texts of the report have them, and of its lines.
-constexpr const char *titles[] = {"STP Mode",
-                                  "STP Disabled",
-                                  "STP MST Region Name",
-                                  "STP MST Region Revision",
-                                  "STP MST Region Instance to VLAN Mapping",
-                                  "STP Loopguard",
-                                  "STP Bridge Assurance",
-                                  "STP Port Type, Edge BPDUFilter, Edge BPDUGuard",
-                                  "STP MST Simulate PVST"};
-constexpr const char *shown[] = {
-    "MST",    "VLANs 10,20", "campus-east", "3",
-    "",       "Enabled",     "Enabled",     "Normal, Disabled, Disabled",
-    "Enabled"};
-constexpr const char *vlan_text = "10,20";
-
-static_assert(std::size(values) == parameter_count && std::size(shown) == parameter_count);
+static_assert(std::size(values) == parameter_count);
 
 __attribute__((format(printf, 1, 2))) void line(const char *format, ...) {
   sdwrap_hist_line_t record;
@@ -115,27 +99,24 @@ Bytes vlans(std::initializer_list<unsigned> set) {
   return record;
 }
 
-Bytes array_of(uint32_t count) {
+Bytes make_array() {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
-  for (uint32_t i = 0; i < count; ++i) {
-    size += tlv_aligned_data_size_get(uint32_t(values[i].size()));
-  }
+  for (const Bytes &value : values) size += tlv_aligned_data_size_get(uint32_t(value.size()));
   Bytes array(size);
-  for (uint32_t i = 0; i < count; ++i) {
-    tlv_aligned_array_add_tlv(array.data(), size, uint16_t(i + 1), uint16_t(values[i].size()),
-                              values[i].data(), TLV_ALIGNED_FLAG);
+  uint16_t type = 0;
+  for (const Bytes &value : values) {
+    tlv_aligned_array_add_tlv(array.data(), size, ++type, uint16_t(value.size()), value.data(),
+                              TLV_ALIGNED_FLAG);
   }
   return array;
 }
 
-void cache(uint32_t count, uint32_t mode) {
+void cache_parameters(uint32_t mode) {
   avl_destroy(stp_mcec_type1_cfg_avl, stp_mcec_type1_cfg_avl_free);
   stp_mcec_type1_cfg_avl = avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
-  Bytes array = array_of(count);
+  Bytes array = make_array();
   stp_mcec_type1_cfg_cache_rebuild(array.data(), 0, 0);
-  const type1_cfg_avl_node_t key{0, STP_MCEC_TYPE1_STP_MODE, 0, nullptr};
-  static_cast<type1_cfg_avl_node_t *>(avl_find(stp_mcec_type1_cfg_avl, &key))->val[3] =
-      uint8_t(mode);
+  find_node(0, STP_MCEC_TYPE1_STP_MODE)->val[3] = uint8_t(mode);
 }
 
 uint32_t check_floor(const void *local, const void *remote, uint32_t mode) {
@@ -161,13 +142,13 @@ uint32_t check_floor(const void *local, const void *remote, uint32_t mode) {
   return 0;
 }
 
-uint32_t export_floor(void **out) {
-  line("%s(%d): type-1 cfg param get gbl=%d, ifi=0x%x\n", "stp_mcec_type1_cfg_get_params", 12, 1,
-       0);
+uint32_t export_floor(int32_t gbl, uint32_t if_index, void **out) {
+  line("%s(%d): type-1 cfg param get gbl=%d, ifi=0x%x\n", "stp_mcec_type1_cfg_get_params", 12, gbl,
+       if_index);
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
   for (uint16_t type = 1; type <= parameter_count; ++type) {
     line("%s(%d): finding type %d", "stp_mcec_params_tlv_size_add", 40, type);
-    const type1_cfg_avl_node_t *node = find_node(0, type);
+    const type1_cfg_avl_node_t *node = find_node(if_index, type);
     if (node == nullptr) continue;
     line(" found len=%d", node->len);
     size += tlv_aligned_data_size_get(node->len);
@@ -175,7 +156,7 @@ uint32_t export_floor(void **out) {
   line("%s(%d): TLV array size %d\n", "stp_mcec_type1_cfg_get_params", 15, size);
   void *array = zeroed(STP_MCEC_LIB_MEM_tlv_array_1_t, size);
   for (uint16_t type = 1; type <= parameter_count; ++type) {
-    const type1_cfg_avl_node_t *node = find_node(0, type);
+    const type1_cfg_avl_node_t *node = find_node(if_index, type);
     if (node == nullptr) continue;
     line("%s(%d): adding TLV type %d len %d\n", "stp_mcec_params_tlv_add", 50, type, node->len);
     tlv_aligned_array_add_tlv(array, size, type, node->len, node->val, TLV_ALIGNED_FLAG);
@@ -186,8 +167,8 @@ uint32_t export_floor(void **out) {
   return 0;
 }
 
-// Each text is written once, those of VLANs are there already.
-uint32_t report_floor(const void *array, void **out) {
+uint32_t report_floor(const void *array, const mcecm_app_info_report_t *texts, void **out) {
+  constexpr const char *vlan_text = "10,20";
   constexpr const char *op = "stp_mcec_type1_cfg_get_param_info";
   const uint32_t count = tlv_aligned_array_get_num_tlvs(array, TLV_ALIGNED_FLAG);
   auto *report = static_cast<mcecm_app_info_report_t *>(
@@ -198,11 +179,12 @@ uint32_t report_floor(const void *array, void **out) {
     Entry entry;
     tlv_aligned_array_get_next_tlv(array, &entry.type, &entry.length, &entry.value, 1, &cursor);
     mcecm_app_info_t &record = report->records[i];
+    const mcecm_app_info_t &from = texts->records[i];
     record.app_code = STP_MCEC_APP_CODE;
     record.param_type = entry.type;
-    std::memcpy(record.component, "STP", 4);
-    std::memcpy(record.param_name, titles[i], std::strlen(titles[i]) + 1);
-    std::memcpy(record.param_value, shown[i], std::strlen(shown[i]) + 1);
+    std::memcpy(record.component, from.component, std::strlen(from.component) + 1);
+    std::memcpy(record.param_name, from.param_name, std::strlen(from.param_name) + 1);
+    std::memcpy(record.param_value, from.param_value, std::strlen(from.param_value) + 1);
     if (entry.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) continue;
     const char *const name = stp_mcec_type1_cfg_type_to_str(entry.type);
     const void *cached = find_node(0, entry.type)->val;
@@ -253,7 +235,7 @@ uint32_t command_floor(mts_msg_t *msg, uint8_t **array, uint32_t *count, uint32_
   return 0;
 }
 
-uint32_t twins_floor(const uint8_t *local, const uint8_t *remote, const uint8_t *twins,
+uint32_t twins_floor(uint16_t, const uint8_t *local, const uint8_t *remote, const uint8_t *twins,
                      bmp4096_t *pass, bmp4096_t *fail) {
   constexpr const char *op = "stp_mcec_pvrst_endis_check_for_twin_vlans";
   line("%s(%d): local stp disabled vlans: %s\n", op, 60, "10,20");

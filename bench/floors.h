@@ -18,18 +18,19 @@ constexpr uint32_t parameter_count = 9;
 
 Bytes vlans(std::initializer_list<unsigned> set);
 
-// An array of the first parameters of a switch.
-Bytes array_of(uint32_t count);
+// An array of the parameters of a switch.
+Bytes make_array();
 
-// Cache the first parameters of a switch in a mode, and nothing else.
-void cache(uint32_t count, uint32_t mode);
+// Cache them in a mode, and nothing else.
+void cache_parameters(uint32_t mode);
 
 uint32_t check_floor(const void *local, const void *remote, uint32_t mode);
-uint32_t export_floor(void **out);
-uint32_t report_floor(const void *array, void **out);
+uint32_t export_floor(int32_t gbl, uint32_t if_index, void **out);
+// Copies the texts of a report that was made before.
+uint32_t report_floor(const void *array, const mcecm_app_info_report_t *texts, void **out);
 uint32_t command_floor(mts_msg_t *msg, uint8_t **array, uint32_t *count, uint32_t *is_cmd,
                        mcecm_app_cmd_extract_info_t **records);
-uint32_t twins_floor(const uint8_t *local, const uint8_t *remote, const uint8_t *twins,
-                     bmp4096_t *pass, bmp4096_t *fail);
+uint32_t twins_floor(uint16_t type, const uint8_t *local, const uint8_t *remote,
+                     const uint8_t *twins, bmp4096_t *pass, bmp4096_t *fail);
 
 }  // namespace bench
