@@ -1,6 +1,6 @@
-// Arrays as a hostile peer may send them. They stay as they are; and what the library makes of them
-// is of one piece: an array agrees with itself, twin VLANs either pass or fail, a report has a
-// record for each entry, and what is exported and put back is exported again.
+// Arrays as a hostile peer may send them. They stay as they are, an array agrees with itself, twin
+// VLANs either pass or fail, a report has a record for each entry, and what is exported and put back
+// is exported again.
 
 #include <algorithm>
 #include <set>
@@ -103,7 +103,7 @@ struct Verdicts {
   bmp4096_t pass, fail;
 };
 
-void look_at_vlans(uint32_t result, const bmp4096_t &twins, const Verdicts &vlans) {
+void check_vlans(uint32_t result, const bmp4096_t &twins, const Verdicts &vlans) {
   static const Verdicts untouched = {{7, {}}, {7, {}}};
   if (std::memcmp(&vlans, &untouched, sizeof vlans) == 0) return;
   bool fails = false;
@@ -130,11 +130,11 @@ void check(Input &input) {
   std::fill(std::begin(twins.bmp), std::end(twins.bmp), input.byte());
   const uint32_t of_vlans = how >> 1 & 1;
   const uint32_t port = first_port + (how >> 2 & 1);
-  const auto judged = [&](auto asked, const Array &a, const Array &b) {
+  const auto verdict_of = [&](auto asked, const Array &a, const Array &b) {
     Verdicts vlans = {{7, {}}, {7, {}}};
     const uint32_t result = asked(a.block, b.block, vlans);
     must(verdicts.contains(result) || is_of_tlv_library(result), "a result is a verdict");
-    look_at_vlans(result, twins, vlans);
+    check_vlans(result, twins, vlans);
     return result;
   };
   const auto whole = [&](void *a, void *b, Verdicts &vlans) {
@@ -150,15 +150,15 @@ void check(Input &input) {
     return stp_mcec_pvrst_type1_cfg_compat_check(0, 0, a, b, of_vlans, &twins, &vlans.pass,
                                                  &vlans.fail);
   };
-  judged(whole, local, peer);
-  judged(of_mst, local, peer);
-  judged(of_rapid_pvst, local, peer);
+  verdict_of(whole, local, peer);
+  verdict_of(of_mst, local, peer);
+  verdict_of(of_rapid_pvst, local, peer);
 
   const OwnWork own_work;
   if (!local.written.is_sound) return;
   const auto *mode = cached(0, STP_MCEC_TYPE1_STP_MODE);
-  must(judged(of_mst, local, local) == 0 && judged(of_rapid_pvst, local, local) == 0 &&
-           (judged(whole, local, local) == 0 || mode == nullptr || mode->len < 4 ||
+  must(verdict_of(of_mst, local, local) == 0 && verdict_of(of_rapid_pvst, local, local) == 0 &&
+           (verdict_of(whole, local, local) == 0 || mode == nullptr || mode->len < 4 ||
             mode->val[3] < STP_MCEC_STP_MODE_MST || mode->val[3] > STP_MCEC_STP_MODE_RAPID_PVST ||
             mode->val[0] + mode->val[1] + mode->val[2] > 0),
        "an array agrees with itself");
@@ -249,15 +249,9 @@ void update(Input &input) {
   standin_message_free(msg);
 }
 
-void one(Input &input) {
-  constexpr void (*works[])(Input &) = {check, report, rebuild, update, export_scope};
-  works[input.byte() % std::size(works)](input);
-}
-
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-  Input input{data, size};
-  on_a_switch(input, one);
-  return 0;
+void take_step(Input &input) {
+  constexpr void (*works[])(Input &) = {check, report, rebuild, update, export_scope};
+  works[input.byte() % std::size(works)](input);
 }

@@ -36,7 +36,7 @@ void put_word(Bytes &bytes, uint32_t word) {
   bytes.insert(bytes.end(), at, at + sizeof word);
 }
 
-// A list of ranges of VLANs or ports, whose number may be a lie.
+// A list of ranges of VLANs or ports, whose count may be wrong.
 Bytes list(Input &input, uint32_t header_words) {
   const uint8_t kind = input.byte();
   const uint32_t ranges = kind % 8;
@@ -138,18 +138,12 @@ void spanning_tree_message(Input &input) {
        "a valid interface is valid offline, too");
 }
 
-void one(Input &input) {
+}  // namespace
+
+void take_step(Input &input) {
   const uint8_t what = input.byte() % 8;
   if (what == 0) return change(input);
   if (what == 1) return no_request(input);
   if (what == 2) return spanning_tree_message(input);
   command(input);
-}
-
-}  // namespace
-
-int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-  Input input{data, size};
-  on_a_switch(input, one);
-  return 0;
 }

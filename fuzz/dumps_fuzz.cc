@@ -1,6 +1,5 @@
-// Dumps: from their bytes to what is written of them, to a pair, and to its fixes.
+// Dumps: their settings, or their errors; of two the notes and the fixes.
 
-#include "output/json.h"
 #include "texts.h"
 
 namespace {
@@ -21,14 +20,13 @@ Read read(std::string_view json) {
 }  // namespace
 
 // A dump, or two with an empty line between them.
-int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
-  const std::string_view all = text_of(data, size);
+void check_text(std::string_view all) {
   const std::size_t middle = all.find("\n\n");
   const Read left = read(all.substr(0, middle));
   if (left.is.errors.empty()) write_and_read(left.is.settings);
-  if (middle == all.npos) return 0;
+  if (middle == all.npos) return;
   const Read right = read(all.substr(middle + 2));
-  if (!left.is.errors.empty() || !right.is.errors.empty()) return 0;
+  if (!left.is.errors.empty() || !right.is.errors.empty()) return;
 
   const lab::PairOfSettings pair = {&left.is.settings, &right.is.settings};
   for (const lab::Note &note : lab::find_notes(pair, false)) {
@@ -50,5 +48,4 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
       }
     }
   }
-  return 0;
 }

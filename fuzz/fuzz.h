@@ -1,4 +1,4 @@
-// What the targets share: a promise that must hold whatever comes in, and an input taken apart.
+// What the targets share: a property of any input, and an input taken apart.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +9,9 @@
 
 using Bytes = std::vector<uint8_t>;
 
-inline void must(bool holds, const char *what) {
-  if (holds) return;
-  std::fprintf(stderr, "It does not hold that %s\n", what);
+inline void must(bool is_true, const char *property) {
+  if (is_true) return;
+  std::fprintf(stderr, "It is not true that %s\n", property);
   std::abort();
 }
 

@@ -1,6 +1,6 @@
-// The library on a switch that the input sets up. What must hold whatever it is handed: nothing is
-// read or written out of place (the sanitizers and the stand-in watch), nothing leaks, and a
-// request is answered once at the most, in accordance with the result.
+// The library on a switch that the input sets up. For any input nothing is read or written out of
+// place (the sanitizers and the stand-in check that), nothing leaks, and a request is answered once
+// at the most, in accordance with the result.
 #pragma once
 
 #include <cstring>
@@ -17,7 +17,7 @@
 constexpr uint32_t first_port = 0x1000;
 constexpr uint32_t port_count = 6;
 
-// What is looked up to judge the library is no call of it.
+// Calls of the platform that are not those of the library: they do not fail.
 struct OwnWork {
   OwnWork() { standin_suspend_failures(1); }
   ~OwnWork() { standin_suspend_failures(0); }
@@ -41,7 +41,7 @@ inline const type1_cfg_avl_node_t *cached(uint32_t if_index, uint16_t type) {
 }
 
 // Parameters of the switch have index 0, those of interfaces belong to a port.
-inline void look_at_record(const mcecm_app_cmd_extract_info_t &record, const uint8_t *array) {
+inline void check_record(const mcecm_app_cmd_extract_info_t &record, const uint8_t *array) {
   const auto type = uint16_t(record.type);
   must(type >= 1 && type <= 12 && (record.is_global != 0) == (type <= 9),
        "a record names a parameter and its scope");
@@ -75,16 +75,19 @@ inline void extract(void *msg, bool is_command) {
     must(standin_block_size(records.block) / sizeof *records.block >= count,
          "records fit in their block");
     for (uint32_t i = 0; is_command && result == 0 && i < count; ++i) {
-      if (records.block[i].valid != 0) look_at_record(records.block[i], array.block);
+      if (records.block[i].valid != 0) check_record(records.block[i], array.block);
     }
   }
   must(is_cmd == 0 || is_command, "an update message is no command");
   standin_message_free(msg);
 }
 
-// An empty switch, then what `each` does until the input ends, then an empty cache again.
-template <class Each>
-void on_a_switch(Input &input, Each each) {
+// What a target does with a part of the input.
+void take_step(Input &input);
+
+// An empty switch, then steps until the input ends, then an empty cache again.
+int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+  Input input{data, size};
   standin_reset();
   standin_set_trunk(1);
   standin_add_ports(first_port, first_port + port_count - 1, 26, 2);
@@ -97,10 +100,11 @@ void on_a_switch(Input &input, Each each) {
   standin_fail(static_cast<standin_operation_t>(failing % STANDIN_OPERATIONS), nth,
                failing / STANDIN_OPERATIONS % 3);
   while (input.size > 0) {
-    each(input);
+    take_step(input);
     standin_history_clear();
   }
   avl_destroy(stp_mcec_type1_cfg_avl, stp_mcec_type1_cfg_avl_free);
   must(standin_live_blocks(STANDIN_ALL_TYPES) == 0, "nothing leaks");
   stp_mcec_type1_cfg_avl = avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
+  return 0;
 }

@@ -1,8 +1,7 @@
-// Command lines: they are something to do, help, or an error. Nothing is carried out, but sources
-// are parsed.
+// Command lines: a command, help, or an error. None is carried out, but sources are parsed.
 
 #include "cli/arguments.h"
-#include "sources.h"
+#include "texts.h"
 
 namespace {
 
@@ -14,41 +13,39 @@ bool is_format(const std::string &text) {
   return text.empty() || text == "dump" || text == "state";
 }
 
-void look_at_arguments(const lab::RunArguments &is) {
+void check_arguments(const lab::RunArguments &is) {
   must(!is.files.empty(), "a run has scenarios");
 }
 
-void look_at_arguments(const lab::WhatIfArguments &is) {
+void check_arguments(const lab::WhatIfArguments &is) {
   must(is_between(double(is.step), 1, 1e6), "what-if has a step");
 }
 
-void look_at_arguments(const lab::CompareArguments &is) {
+void check_arguments(const lab::CompareArguments &is) {
   must(is_format(is.format), "a format is known");
   must(is.pairs.empty() || is.left.empty(), "many pairs exclude one");
-  for (const std::string &source : {is.left, is.right}) look_at_source(source);
+  for (const std::string &source : {is.left, is.right}) check_source(source);
 }
 
-void look_at_arguments(const lab::CaptureArguments &is) {
+void check_arguments(const lab::CaptureArguments &is) {
   must(is_format(is.format), "a format is known");
-  look_at_source(is.source);
+  check_source(is.source);
 }
 
-void look_at_arguments(const lab::WatchArguments &is) {
+void check_arguments(const lab::WatchArguments &is) {
   must(is_between(is.interval, 0.05, 86400), "an interval is one that can be waited");
   must(is.timeout == 0 || is_between(is.timeout, 0.001, 1e9), "a time can be waited for");
-  for (const std::string &source : {is.left, is.right}) look_at_source(source);
+  for (const std::string &source : {is.left, is.right}) check_source(source);
 }
 
-void look_at_arguments(const lab::ExplainArguments &) {}
-void look_at_arguments(const lab::ListArguments &) {}
-void look_at_arguments(std::monostate) {}
+template <class Other>
+void check_arguments(const Other &) {}
 
 }  // namespace
 
 // A word a line.
-int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+void check_text(std::string_view rest) {
   std::vector<std::string> words = {"mcec-lab"};
-  std::string_view rest = text_of(data, size);
   while (!rest.empty()) {
     const std::string_view word = rest.substr(0, rest.find('\n'));
     words.emplace_back(word.substr(0, word.find('\0')));
@@ -65,6 +62,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   must(lab::printable_lines(line.error) == line.error, "an error can be printed");
   must(lab::without_passwords(line.error) == lab::printable(line.error),
        "an error has no password");
-  std::visit([](const auto &arguments) { look_at_arguments(arguments); }, line.arguments);
-  return 0;
+  std::visit([](const auto &arguments) { check_arguments(arguments); }, line.arguments);
 }

@@ -1,4 +1,5 @@
-// What must hold of errors and of settings, wherever they come from.
+// The readers of texts in the lab: properties of errors, settings and sources, wherever they come
+// from.
 #pragma once
 
 #include <algorithm>
@@ -8,11 +9,16 @@
 #include "fuzz.h"
 #include "output/json.h"
 #include "sonic/rows.h"
+#include "sonic/source.h"
 #include "switch/state_file.h"
 #include "text/text.h"
 
-inline std::string_view text_of(const uint8_t *data, std::size_t size) {
-  return {reinterpret_cast<const char *>(data), size};
+// What a target does with an input.
+void check_text(std::string_view text);
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+  check_text({reinterpret_cast<const char *>(data), size});
+  return 0;
 }
 
 // Each has a place and what was found, and can be printed as text and as JSON.
@@ -30,9 +36,27 @@ inline void check_errors(const lab::InputErrors &errors, std::string_view text) 
   lab::format_errors({{"source", errors}}, lab::JsonForm::line);
 }
 
+inline void check_errors_with_lines(const lab::InputErrors &errors, std::string_view text) {
+  check_errors(errors, text);
+  for (const lab::InputError &error : errors) must(error.line > 0, "an error has a line");
+}
+
 // What is written can be read again, and is the same.
 inline void write_and_read(const lab::Settings &settings) {
   const lab::ReadSettings again = lab::read_state(lab::write_state(settings));
   must(again.errors.empty() && again.settings == settings,
        "a state file is read as it was written");
+}
+
+inline void check_source(const std::string &text) {
+  const lab::ParsedSource parsed = lab::parse_source(text, 0);
+  const lab::Source &source = parsed.source;
+  check_errors(parsed.errors, "");
+  must(lab::printable(source.shown) == source.shown, "a source can be shown");
+  const std::size_t login = std::min(source.shown.find("://"), source.shown.size());
+  const std::string host =
+      source.shown.substr(login, source.shown.find_first_of("/?", login + 3) - login);
+  must(source.password.empty() || host.find(':' + source.password + '@') == std::string::npos,
+       "a password is not shown");
+  must(!parsed.errors.empty() || !source.place.empty() || text.empty(), "a source has a place");
 }

@@ -12,18 +12,6 @@ struct Cache : LibraryTest {};
 const std::string update_op = "stp_mcec_type1_cfg_cache_update: ";
 const std::string rebuild_op = "stp_mcec_type1_cfg_cache_rebuild: ";
 
-uint32_t cache_update(int32_t gbl, uint32_t if_index, const Entries &entries) {
-  const Bytes made = array(entries);
-  const Bytes payload = update_payload(0, 0, 0, made);
-  const Message message(standin_message(0, payload.data(), payload.size()));
-  return stp_mcec_type1_cfg_cache_update(0, gbl, if_index, message.msg);
-}
-
-uint32_t rebuild(uint32_t if_index, const Entries &entries) {
-  Bytes made = array(entries);
-  return stp_mcec_type1_cfg_cache_rebuild(made.data(), 77, if_index);
-}
-
 std::string exported(int32_t gbl, uint32_t if_index) {
   void *out = nullptr;
   EXPECT_EQ(stp_mcec_type1_cfg_get_params(gbl, if_index, &out), 0U);

@@ -43,16 +43,6 @@ std::string check_in_mode(const Bytes &mode) {
   return check_arrays(check_all, array({{6, word(1)}}), array({{6, word(1)}}));
 }
 
-std::string extract_message(uint32_t opcode, const void *payload, std::size_t size) {
-  const Message made(standin_message(opcode, payload, size));
-  return extract(made.msg);
-}
-
-std::string update_message(uint32_t length, const Entries &entries) {
-  const Bytes payload = update_payload(1, 0, length, array(entries));
-  return extract_message(STP_MCEC_MTS_OPC_TYPE1_UPD, payload.data(), payload.size());
-}
-
 // An extractor with a command that is none of its own.
 using CommandExtractor = uint32_t (*)(void *, uint32_t, uint8_t **, uint32_t *, uint32_t *,
                                       mcecm_app_cmd_extract_info_t **);
@@ -174,10 +164,10 @@ std::vector<Cause> causes_of_commands() {
   return {
       {"extraction", "type-1 param extractor",
        "The opcode is neither that of a command nor that of an update message.", "40dd0003 | | | |",
-       [] { return extract_message(5, "x", 1); }},
+       [] { return extract_message(5, {'x'}); }},
       {commanded, "Failed to get CMI (TLV) request handle",
        "No usable request in the message, or its handle is larger than 64 KiB.", "40dd0003 | | | |",
-       [] { return extract_message(STP_MCEC_MTS_OPC_CMD_REQ, "x", 1); }},
+       [] { return extract_message(STP_MCEC_MTS_OPC_CMD_REQ, {'x'}); }},
       {commanded, "CLI extractor", "The command is not in `STP_MCEC_COMMANDS`.",
        "40dd0003 | | count 0 | |", [] { return command(3, set_form); }},
       {commanded, other, other_command, "40dd0003 | Invalid command ID 62 | count 0 | |",
@@ -211,15 +201,15 @@ std::vector<Cause> causes_of_arrays() {
   const Entries two = {{6, word(1)}, {7, word(1)}};
   return {
       {updated, "null payload", "The message has no payload.", "40dd0003 | | | |",
-       [] { return extract_message(STP_MCEC_MTS_OPC_TYPE1_UPD, nullptr, 0); }},
+       [] { return extract_message(STP_MCEC_MTS_OPC_TYPE1_UPD, {}); }},
       {updated, "Invalid param len=0", "The length in the header is 0.", "40dd0003 | | | |",
-       [=] { return update_message(0, two); }},
+       [=] { return update(1, 0, two, 0); }},
       {updated, "type-1 (*) param extractor", "The array has no entry.", "40dd0003 | | | |",
-       [] { return update_message(4, {}); }},
+       [] { return update(1, 0, {}); }},
       {updated, "Failed (rc=0x40dd0003, *) to retrieve tlv",
        "An entry reaches past the length in the header; what came before it is cached.",
        "40dd0003 | | cmd 0 count 2 | type 20 6,1,1,0 0,0,0,0 |",
-       [=] { return update_message(4 + tlv_aligned_data_size_get(4), two); }},
+       [=] { return update(1, 0, two, 4 + tlv_aligned_data_size_get(4)); }},
       {reported, "", "The array is NULL or has no entry.", "40dd0003 | ",
        [] { return report_on({}); }},
       {reported, "", "The array is NULL or has no entry.", "40dd0003 | ",

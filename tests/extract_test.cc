@@ -117,15 +117,11 @@ TEST_F(Extract, DisabledVlansAreCachedAndHandedOutWhole) {
   }
   stp_mcec_type1_cfg_delete_cache_node(2, 0);
   command(STP_MCEC_CMD_STP_ENDIS, no_form, {vlan_list({100, 101})});
-  Lines lines = log();
-  EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
-            (Lines{op + "extract enable/disable STP", op + "Disable STP on vlans 100-101",
-                   op + "added avl node for disable STP", op + "Adding disabled stp TLV"}));
+  EXPECT_EQ(log(2), (Lines{op + "extract enable/disable STP", op + "Disable STP on vlans 100-101",
+                           op + "added avl node for disable STP", op + "Adding disabled stp TLV"}));
   command(STP_MCEC_CMD_STP_ENDIS, set_form, {vlan_list({101, 200})});
-  lines = log();
-  EXPECT_EQ(Lines(lines.begin() + 3, lines.end()),
-            (Lines{op + "Enable STP on vlans 101-200", op + "Found avl node vlans: 100-101",
-                   op + "Update vlans: 100", op + "Adding disabled stp TLV"}));
+  EXPECT_EQ(log(3), (Lines{op + "Enable STP on vlans 101-200", op + "Found avl node vlans: 100-101",
+                           op + "Update vlans: 100", op + "Adding disabled stp TLV"}));
 }
 
 TEST_F(Extract, ListsThatReachPastTheirAttributeCountAsMissing) {
@@ -175,9 +171,8 @@ TEST_F(Extract, RegionResetReturnsWhatIsCachedToItsDefault) {
   EXPECT_EQ(command(STP_MCEC_CMD_MST_REGION_RESET, set_form),
             "0 | ok | cmd 1 count 3 | type 15 3,1,1,0 4,1,1,0 5,1,1,0 | type 8 3:" + zeros32 +
                 " 4:00000000 5:" + zeros80);
-  const Lines lines = log();
   EXPECT_EQ(
-      Lines(lines.begin() + 2, lines.end()),
+      log(2),
       (Lines{op + "Reset MST Region Config", op + "Found avl node",
              op + "Default MST Region Config Name, deleting avl node", op + "Found avl node",
              op + "Default MST Region Config Revision, deleting avl node", op + "Found avl node",
@@ -198,8 +193,7 @@ TEST_F(Extract, GlobalSettingsAreOnOrOff) {
       const std::string value = positive ? "00000001" : "00000000";
       EXPECT_EQ(command(row.id, positive), set_one(row.type, 18, 11, value));
       EXPECT_EQ(cached(0, uint16_t(row.type)), value);
-      const Lines lines = log();
-      EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
+      EXPECT_EQ(log(2),
                 (Lines{op + "extract gbl params", op + "Global " + row.word + " changed to " +
                                                       (positive ? "True" : "False")}));
     }
@@ -239,8 +233,7 @@ TEST_F(Extract, GlobalPortTypeChangesOneFlag) {
     log();
   }
   command(STP_MCEC_CMD_GBL_EDGE, set_form);
-  const Lines lines = log();
-  EXPECT_EQ(Lines(lines.begin() + 2, lines.end()),
+  EXPECT_EQ(log(2),
             (Lines{op + "extract gbl port type", op + "Global port type before change to 0x8000000",
                    op + "Global port type changed to 0x8000001"}));
 }

@@ -1,32 +1,9 @@
 #include "operations.h"
 
-#include <cstring>
 #include <sstream>
 
 namespace test {
 namespace {
-
-// An array, in a block of the platform as one from the peer, that must stay as it is.
-struct Given {
-  Bytes bytes;
-  explicit Given(const Entries &entries) : bytes(array(entries)), before(bytes) {}
-  ~Given() { EXPECT_EQ(bytes, before); }
-
- private:
-  Bytes before;
-};
-
-std::string cache_update(bool is_deleted, int32_t gbl, uint32_t if_index) {
-  const Given given({{1, word(5)}, {11, word(2)}});
-  const Bytes payload = update_payload(0, 0, 0, given.bytes);
-  const Message message(standin_message(0, payload.data(), payload.size()));
-  return in_hex(stp_mcec_type1_cfg_cache_update(is_deleted ? 1 : 0, gbl, if_index, message.msg));
-}
-
-std::string rebuild() {
-  Given given({{1, word(5)}, {6, word(1)}});
-  return in_hex(stp_mcec_type1_cfg_cache_rebuild(given.bytes.data(), 0, 0));
-}
 
 std::string exported(int32_t gbl, uint32_t if_index) {
   void *out = nullptr;
@@ -49,15 +26,15 @@ std::string report() {
   return in_hex(result) + " | " + std::to_string(filled) + " records";
 }
 
-using Check = uint32_t (*)(void *local, void *remote, void *twins, void *pass, void *fail);
-
+template <class Check>
 std::string verdict(Check check) {
   Given local({{6, word(1)}, {3, name("east")}, {2, vlans("10,20")}});
   Given remote({{2, vlans("10")}, {3, name("east")}, {6, word(1)}});
-  Bytes twins = vlans("10,20");
+  const Bytes twins = vlans("10,20");
   bmp4096_t pass{};
   bmp4096_t fail{};
-  const uint32_t code = check(local.bytes.data(), remote.bytes.data(), twins.data(), &pass, &fail);
+  const uint32_t code =
+      check(local.bytes.data(), remote.bytes.data(), 1U, twins.data(), &pass, &fail);
   const std::string passed = vlans_of(pass);
   return in_hex(code) + " | " + passed + " | " + vlans_of(fail);
 }
@@ -68,7 +45,7 @@ std::string set_one_port(uint32_t id, bool positive, uint32_t attribute) {
                   {attribute, host_words({2})}});
 }
 
-// --- what comes of failures ---
+// --- outcomes of failures ---
 
 // A command: without an entry, records, an array or a TLV.
 constexpr char no_entry[] = "40dd0002 | internal error: Failed malloc | count 0 | |";
@@ -92,22 +69,16 @@ constexpr char unread_update[] = "40aa00ff | |{counts} |{records 0} |";
 constexpr char half_read_update[] = "40aa00ff | |{counts} |{records 1} |";
 
 constexpr char same[] = "{same}";
+constexpr char without_entry[] = "{without entry}";
 constexpr char no_memory[] = "40dd0002";
 constexpr char no_reading[] = "40aa00ff";
 constexpr char no_block[] = "1 | null";
-constexpr char no_report_records[] = "40aa00ff | 0 records";
-constexpr char one_report_record[] = "40aa00ff | 1 records";
-constexpr char unread_check[] = "40aa00ff |  | ";
-constexpr char failed_check[] = "40dd0001 |  | ";
-constexpr char no_channel[] = "41b70016";
-constexpr char no_layer_mode[] = "0";
-constexpr char without_entry[] = "{without entry}";
 
 using Operations = std::vector<Operation>;
-using FailuresOf = std::map<standin_operation_t, Failures>;
 
-void add(Operations &operations, const std::string &name, const std::function<std::string()> &act,
-         const FailuresOf &when_empty, const FailuresOf &when_full) {
+void add_both(Operations &operations, const std::string &name,
+              const std::function<std::string()> &act, const FailuresOf &when_empty,
+              const FailuresOf &when_full) {
   operations.push_back({name, Stage::empty, act, when_empty});
   operations.push_back({name, Stage::full, act, when_full});
 }
@@ -119,10 +90,10 @@ void add_command(Operations &operations, uint32_t id, bool positive,
                              {no_records, 1, is_logged},
                              {no_array, 1, is_logged}};
   const Failures of_full_alloc = {{no_records, 0, is_logged}, {no_array, 0, is_logged}};
-  add(operations, std::to_string(id) + (positive ? "" : " no"),
-      [=] { return command(id, positive, attributes); },
-      {{STANDIN_ALLOC, of_alloc}, {STANDIN_TLV_ADD, {{no_tlv, 1, is_logged}}}},
-      {{STANDIN_ALLOC, of_full_alloc}, {STANDIN_TLV_ADD, {{no_tlv, 0, is_logged}}}});
+  add_both(operations, std::to_string(id) + (positive ? "" : " no"),
+           [=] { return command(id, positive, attributes); },
+           {{STANDIN_ALLOC, of_alloc}, {STANDIN_TLV_ADD, {{no_tlv, 1, is_logged}}}},
+           {{STANDIN_ALLOC, of_full_alloc}, {STANDIN_TLV_ADD, {{no_tlv, 0, is_logged}}}});
 }
 
 void add_commands(Operations &operations, bool positive) {
@@ -137,10 +108,11 @@ void add_commands(Operations &operations, bool positive) {
            STP_MCEC_CMD_GBL_MST_SIMULATE_PVST}) {
     add_command(operations, id, positive);
   }
-  add(operations, "43" + no, [=] { return command(STP_MCEC_CMD_MST_REGION_RESET, positive); }, {},
-      {{STANDIN_ALLOC, {{no_records, 0, true}, {no_region_array}}},
-       {STANDIN_TLV_ADD, {{no_tlv}, {no_tlv}, {no_tlv}}}});
-  add(operations, "62" + no, [=] { return command(routed_command, positive); }, {}, {});
+  add_both(operations, "43" + no, [=] { return command(STP_MCEC_CMD_MST_REGION_RESET, positive); },
+           {},
+           {{STANDIN_ALLOC, {{no_records, 0, true}, {no_region_array}}},
+            {STANDIN_TLV_ADD, {{no_tlv}, {no_tlv}, {no_tlv}}}});
+  add_both(operations, "62" + no, [=] { return command(routed_command, positive); }, {}, {});
 }
 
 void add_interface_commands(Operations &operations, bool positive) {
@@ -158,132 +130,108 @@ void add_interface_commands(Operations &operations, bool positive) {
   const Failure one = {some_ports, 1};
   const Failure two = {some_ports, 2};
   for (const auto &row : rows) {
-    add(operations, std::to_string(row.id) + (positive ? "" : " no"),
-        [=] { return set_one_port(row.id, positive, row.attribute); },
-        {{STANDIN_ALLOC, of_alloc},
-         {STANDIN_TLV_ADD, {{no_tlv, 2}}},
-         {STANDIN_MEMBERSHIP, {two, one, two, one, two, one, two, one}}},
-        {{STANDIN_ALLOC, {{no_records, 0, true}, {no_array}}},
-         {STANDIN_TLV_ADD, {{no_tlv}}},
-         {STANDIN_MEMBERSHIP, Failures(8, {some_ports})}});
+    add_both(operations, std::to_string(row.id) + (positive ? "" : " no"),
+             [=] { return set_one_port(row.id, positive, row.attribute); },
+             {{STANDIN_ALLOC, of_alloc},
+              {STANDIN_TLV_ADD, {{no_tlv, 2}}},
+              {STANDIN_MEMBERSHIP, {two, one, two, one, two, one, two, one}}},
+             {{STANDIN_ALLOC, {{no_records, 0, true}, {no_array}}},
+              {STANDIN_TLV_ADD, {{no_tlv}}},
+              {STANDIN_MEMBERSHIP, Failures(8, {some_ports})}});
   }
 }
 
 void add_updates(Operations &operations) {
-  const auto update_port = [] { return update(0, 0x1001, {{10, word(3)}, {11, word(2)}}); };
   const Failures of_update = {{no_update, 0, true},        {no_update, 0, true},
                               {no_update_entry, 0, true},  {no_update_entry, 0, true},
                               {one_update_entry, 1, true}, {one_update_entry, 1, true}};
+  add_both(operations, "update message",
+           [] {
+             return update(0, 0x1001, {{10, word(3)}, {11, word(2)}});
+           },
+           {{STANDIN_ALLOC, of_update},
+            {STANDIN_TLV_NEXT, {{unread_update, 0, true}, {half_read_update, 1, true}}}},
+           {{STANDIN_ALLOC, {{no_update, 0, true}, {no_update, 0, true}}},
+            {STANDIN_TLV_NEXT, {{unread_update, 0, true}, {half_read_update, 0, true}}}});
+
+  const Entries two = {{1, word(5)}, {11, word(2)}};
   const Failures of_entries = {
       {no_memory, 0, true}, {no_memory, 0, true}, {no_memory, 1, true}, {no_memory, 1, true}};
+  const Failures of_first_entry = {{no_memory, 0, true}, {no_memory, 0, true}};
   const Failures of_reading = {{no_reading, 0, true}, {no_reading, 1, true}};
-  add(operations, "update message", update_port,
-      {{STANDIN_ALLOC, of_update},
-       {STANDIN_TLV_NEXT, {{unread_update, 0, true}, {half_read_update, 1, true}}}},
-      {{STANDIN_ALLOC, {{no_update, 0, true}, {no_update, 0, true}}},
-       {STANDIN_TLV_NEXT, {{unread_update, 0, true}, {half_read_update, 0, true}}}});
-  operations.insert(
-      operations.end(),
-      {{"cache update",
-        Stage::empty,
-        [] { return cache_update(false, 1, 0); },
-        {{STANDIN_ALLOC, of_entries}, {STANDIN_TLV_NEXT, of_reading}}},
-       {"cache update",
-        Stage::full,
-        [] { return cache_update(false, 0, 0x1001); },
-        {{STANDIN_ALLOC, {{no_memory, 0, true}, {no_memory, 0, true}}},
-         {STANDIN_TLV_NEXT, of_reading}}},
-       {"delete the switch", Stage::full, [] { return cache_update(true, 1, 0); }, {}},
-       {"delete a port", Stage::full, [] { return cache_update(true, 0, 0x1001); }, {}},
-       {"rebuild",
-        Stage::empty,
-        rebuild,
-        {{STANDIN_ALLOC, of_entries}, {STANDIN_TLV_NEXT, of_reading}}}});
+  const auto add = [&](const char *name, Stage stage, const auto &act, const FailuresOf &failures) {
+    operations.push_back({name, stage, [=] { return in_hex(act()); }, failures});
+  };
+  add("cache update", Stage::empty, [=] { return cache_update(1, 0, two); },
+      {{STANDIN_ALLOC, of_entries}, {STANDIN_TLV_NEXT, of_reading}});
+  add("cache update", Stage::full, [=] { return cache_update(0, 0x1001, two); },
+      {{STANDIN_ALLOC, of_first_entry}, {STANDIN_TLV_NEXT, of_reading}});
+  add("rebuild", Stage::empty, [=] { return rebuild(0, two); },
+      {{STANDIN_ALLOC, of_entries}, {STANDIN_TLV_NEXT, of_reading}});
+  for (const uint32_t if_index : {0U, 0x1001U}) {
+    const int32_t gbl = if_index == 0;
+    add("delete", Stage::full,
+        [=] { return stp_mcec_type1_cfg_cache_update(1, gbl, if_index, nullptr); }, {});
+  }
 }
 
 void add_exports(Operations &operations) {
   const Failures of_block = {{no_block}};
-  operations.insert(
-      operations.end(),
-      {{"export the switch",
-        Stage::full,
-        [] { return exported(1, 0); },
-        {{STANDIN_ALLOC, of_block}, {STANDIN_TLV_ADD, Failures(9, {without_entry})}}},
-       {"export a port",
-        Stage::full,
-        [] { return exported(0, 0x1003); },
-        {{STANDIN_ALLOC, of_block}, {STANDIN_TLV_ADD, Failures(3, {without_entry})}}},
-       {"export nothing", Stage::empty, [] { return exported(1, 0); }, {{STANDIN_ALLOC, of_block}}},
-       {"report",
-        Stage::full,
-        report,
-        {{STANDIN_ALLOC, of_block},
-         {STANDIN_TLV_NEXT, {{no_report_records}, {one_report_record}}}}}});
+  const auto add = [&](const char *name, Stage stage, const auto &act, const FailuresOf &failures) {
+    operations.push_back({name, stage, act, failures});
+  };
+  add("export of the switch", Stage::full, [] { return exported(1, 0); },
+      {{STANDIN_ALLOC, of_block}, {STANDIN_TLV_ADD, Failures(9, {without_entry})}});
+  add("export of a port", Stage::full, [] { return exported(0, 0x1003); },
+      {{STANDIN_ALLOC, of_block}, {STANDIN_TLV_ADD, Failures(3, {without_entry})}});
+  add("export of nothing", Stage::empty, [] { return exported(1, 0); },
+      {{STANDIN_ALLOC, of_block}});
+  add("report", Stage::full, report,
+      {{STANDIN_ALLOC, of_block},
+       {STANDIN_TLV_NEXT, {{"40aa00ff | 0 records"}, {"40aa00ff | 1 records"}}}});
 }
 
 void add_checks(Operations &operations) {
-  const Failure unread = {unread_check, 0, true};
-  const Failure failed = {failed_check, 0, true};
+  const Failure unread = {"40aa00ff |  | ", 0, true};
+  const Failure failed = {"40dd0001 |  | ", 0, true};
   // The walk over what counts in every mode may end early: the check of the mode goes on.
   const FailuresOf of_check = {{STANDIN_TLV_NEXT, {{same}, {same}, {same}, unread, unread, unread}},
                                {STANDIN_TLV_FIND, {failed, failed}}};
   const FailuresOf of_mode = {{STANDIN_TLV_NEXT, {unread, unread, unread}},
                               {STANDIN_TLV_FIND, {failed}}};
-  const struct {
-    const char *name;
-    Stage stage;
-    Check check;
-    FailuresOf failures;
-  } rows[] = {
-      {"check in MST", Stage::mst,
-       [](void *local, void *remote, void *twins, void *pass, void *fail) {
-         return stp_mcec_type1_cfg_compat_check(0, local, remote, 1, twins, pass, fail);
-       },
-       of_check},
-      {"check of a port in Rapid-PVST", Stage::rapid_pvst,
-       [](void *local, void *remote, void *twins, void *pass, void *fail) {
-         return stp_mcec_type1_cfg_compat_check_with_ifindex(0x1000, 0, local, remote, 1, twins,
-                                                             pass, fail);
-       },
-       of_check},
-      {"check without a mode",
-       Stage::empty,
-       [](void *local, void *remote, void *twins, void *pass, void *fail) {
-         return stp_mcec_type1_cfg_compat_check_common(1, 0, local, remote, 1, twins, pass, fail);
-       },
-       {}},
-      {"check of MST", Stage::empty,
-       [](void *local, void *remote, void *, void *, void *) {
-         return stp_mcec_mst_type1_cfg_compat_check(0, 0, local, remote);
-       },
-       of_mode},
-      {"check of Rapid-PVST", Stage::empty,
-       [](void *local, void *remote, void *twins, void *pass, void *fail) {
-         return stp_mcec_pvrst_type1_cfg_compat_check(0, 0, local, remote, 1, twins, pass, fail);
-       },
-       of_mode},
+  const auto add = [&](const char *name, Stage stage, const FailuresOf &failures, auto check) {
+    operations.push_back({name, stage, [=] { return verdict(check); }, failures});
   };
-  for (const auto &row : rows) {
-    const auto act = [check = row.check] { return verdict(check); };
-    operations.push_back({row.name, row.stage, act, row.failures});
-  }
+  add("check in MST", Stage::mst, of_check,
+      [](auto... given) { return stp_mcec_type1_cfg_compat_check(0, given...); });
+  add("check of a port in Rapid-PVST", Stage::rapid_pvst, of_check, [](auto... given) {
+    return stp_mcec_type1_cfg_compat_check_with_ifindex(0x1000, 0, given...);
+  });
+  add("check without a mode", Stage::empty, {},
+      [](auto... given) { return stp_mcec_type1_cfg_compat_check_common(1, 0, given...); });
+  add("check of MST", Stage::empty, of_mode, [](void *local, void *remote, auto...) {
+    return stp_mcec_mst_type1_cfg_compat_check(0, 0, local, remote);
+  });
+  add("check of Rapid-PVST", Stage::empty, of_mode,
+      [](auto... given) { return stp_mcec_pvrst_type1_cfg_compat_check(0, 0, given...); });
+}
+
+std::string find_channel() {
+  uint32_t id = 99;
+  const uint32_t result = stp_mcec_lib_get_mcec_id(0x1001, &id);
+  EXPECT_EQ(id, result == 0 ? 11U : 99U);
+  return in_hex(result);
 }
 
 void add_queries(Operations &operations) {
-  const auto find_channel = [] {
-    uint32_t id = 99;
-    const uint32_t result = stp_mcec_lib_get_mcec_id(0x1001, &id);
-    EXPECT_EQ(id, result == 0 ? 11U : 99U);
-    return in_hex(result);
-  };
-  operations.insert(
-      operations.end(),
-      {{"channel of a port", Stage::empty, find_channel, {{STANDIN_MEMBERSHIP, {{no_channel}}}}},
-       {"trunk", Stage::empty, [] { return in_hex(stp_mcec_lib_mct_exists()); }, {}},
-       {"validity",
-        Stage::empty,
-        [] { return in_hex(stp_valid_if_index(0x1000)); },
-        {{STANDIN_LAYER_MODE, {{no_layer_mode}}}}}});
+  operations.push_back(
+      {"channel of a port", Stage::empty, find_channel, {{STANDIN_MEMBERSHIP, {{"41b70016"}}}}});
+  operations.push_back(
+      {"trunk", Stage::empty, [] { return in_hex(stp_mcec_lib_mct_exists()); }, {}});
+  operations.push_back({"validity",
+                        Stage::empty,
+                        [] { return in_hex(stp_valid_if_index(0x1000)); },
+                        {{STANDIN_LAYER_MODE, {{"0"}}}}});
 }
 
 // --- texts ---
@@ -299,24 +247,17 @@ std::vector<std::string> fields_of(const std::string &outcome) {
   return fields;
 }
 
-// Of " type 19 r r r" the first n records, the others empty.
-std::string keep_records(const std::string &records, std::size_t kept) {
-  std::istringstream in(records);
-  std::string text;
-  std::string part;
-  for (std::size_t i = 0; in >> part; ++i) text += " " + (i < kept + 2 ? part : "0,0,0,0");
-  return text;
-}
-
-// An exported array without its nth entry.
-std::string drop_entry(const std::string &clean, uint32_t nth) {
-  std::istringstream in(clean);
-  std::string text;
-  std::string part;
-  for (uint32_t i = 0; in >> part; ++i) {
-    if (i != nth + 1) text += (i > 0 ? " " : "") + part;
+// Replace the words that are chosen by their number; those without a replacement go.
+template <class Chosen>
+std::string replace_words(const std::string &text, Chosen is_chosen, const char *replacement) {
+  std::istringstream in(text);
+  std::string replaced;
+  std::string word;
+  for (std::size_t i = 0; in >> word; ++i) {
+    if (is_chosen(i)) word = replacement;
+    replaced += (replaced.empty() || word.empty() ? "" : " ") + word;
   }
-  return text;
+  return replaced;
 }
 
 }  // namespace
@@ -324,13 +265,20 @@ std::string drop_entry(const std::string &clean, uint32_t nth) {
 std::string expand_outcome(const std::string &outcome, const std::string &clean, uint32_t nth) {
   const std::vector<std::string> fields = fields_of(clean);
   if (outcome == same) return clean;
-  if (outcome == without_entry) return drop_entry(clean, nth);
+  if (outcome == without_entry) {  // behind the result and a bar
+    return replace_words(
+        clean, [=](std::size_t i) { return i == nth + 1; }, "");
+  }
   std::string text = outcome;
   for (std::size_t at; (at = text.find('{')) != text.npos;) {
     const std::size_t end = text.find('}', at);
     const std::string name = text.substr(at + 1, end - at - 1);
     std::string field = fields.at(name == "counts" ? 2 : 3);
-    if (name.starts_with("records ")) field = keep_records(field, std::stoul(name.substr(8)));
+    if (name.starts_with("records ")) {  // " type 19 record record ..."
+      const std::size_t first = 2 + std::stoul(name.substr(8));
+      field = " " + replace_words(
+                        field, [=](std::size_t i) { return i >= first; }, "0,0,0,0");
+    }
     text.replace(at, end + 1 - at, field);
   }
   return text;

@@ -1,4 +1,4 @@
-// The operations of the library, each with what comes of it when a call of the platform fails.
+// The operations of the library, and their outcomes when a call of the platform fails.
 #pragma once
 
 #include <functional>
@@ -16,7 +16,7 @@ constexpr uint32_t members[] = {0x1001, 0x1003};
 // What is cached before an operation.
 enum class Stage { empty, mst, rapid_pvst, full };
 
-// What comes of an operation of which one call of the platform fails.
+// The outcome of an operation of which one call of the platform fails.
 struct Failure {
   const char *outcome;        // see expand_outcome()
   std::size_t added = 0;      // entries in the cache that were not there before
@@ -25,19 +25,20 @@ struct Failure {
 
 // For each call of an operation of the platform in turn.
 using Failures = std::vector<Failure>;
+using FailuresOf = std::map<standin_operation_t, Failures>;
 
 struct Operation {
   std::string name;
   Stage stage;
   std::function<std::string()> act;  // returns its outcome as text
-  std::map<standin_operation_t, Failures> failures;
+  FailuresOf failures;
 };
 
 std::vector<Operation> make_operations();
 
-// The outcome that a failure has, from the one without a failure: {same} stands for all of it,
-// {counts} and {records} for these fields, {records N} for the records of which the first N are
-// filled, {without entry} for an exported array that lacks the entry of the failing call.
+// The outcome of a failure, from the one without a failure: {same} stands for all of it, {counts} and
+// {records} for these fields, {records N} for the records of which the first N are filled, {without
+// entry} for an exported array that lacks the entry of the failing call.
 std::string expand_outcome(const std::string &outcome, const std::string &clean, uint32_t nth);
 
 }  // namespace test

@@ -46,11 +46,18 @@ void expect_head_within_its_operation(const char *line) {
   EXPECT_LT(std::stoi(match[2]), operation->second.second) << line;
 }
 
-// Failures on order are for the library.
+// Injected failures are for the calls of the library only.
 struct OwnWork {
   OwnWork() { standin_suspend_failures(1); }
   ~OwnWork() { standin_suspend_failures(0); }
 };
+
+// The header of an update message and an array.
+Bytes update_payload(uint32_t global, uint32_t if_index, uint32_t length, const Bytes &array) {
+  Bytes payload = host_words({global, if_index, 0xDEADBEEF, length});
+  payload.insert(payload.end(), array.begin(), array.end());
+  return payload;
+}
 
 }  // namespace
 
@@ -89,8 +96,7 @@ std::string hex(const Bytes &bytes) {
   constexpr char digits[] = "0123456789abcdef";
   std::string text;
   for (const uint8_t byte : bytes) {
-    text += digits[byte >> 4];
-    text += digits[byte & 15];
+    text.append({digits[byte >> 4], digits[byte & 15]});
   }
   return text;
 }
@@ -134,9 +140,20 @@ std::string entries_of(const void *array) {
   return text;
 }
 
+uint32_t rebuild(uint32_t if_index, const Entries &entries) {
+  Given given(entries);
+  return stp_mcec_type1_cfg_cache_rebuild(given.bytes.data(), 77, if_index);
+}
+
+uint32_t cache_update(int32_t gbl, uint32_t if_index, const Entries &entries) {
+  const Given given(entries);
+  const Bytes payload = update_payload(0, 0, 0, given.bytes);
+  const Message message(standin_message(0, payload.data(), payload.size()));
+  return stp_mcec_type1_cfg_cache_update(0, gbl, if_index, message.msg);
+}
+
 void cache(uint32_t if_index, uint16_t type, const Bytes &value) {
-  Bytes made = array({{type, value}});
-  EXPECT_EQ(stp_mcec_type1_cfg_cache_rebuild(made.data(), 0, if_index), 0U);
+  EXPECT_EQ(rebuild(if_index, {{type, value}}), 0U);
   standin_history_clear();
 }
 
@@ -147,9 +164,9 @@ std::string cached(uint32_t if_index, uint16_t type) {
   return node != nullptr ? hex({node->val, node->val + node->len}) : "-";
 }
 
-Lines log() {
+Lines log(std::size_t skipped) {
   Lines lines;
-  for (uint32_t i = 0; i < standin_history_count(); ++i) {
+  for (auto i = uint32_t(skipped); i < standin_history_count(); ++i) {
     std::string line = std::regex_replace(standin_history_line(i), head, "$1: ");
     if (line.ends_with('\n')) {
       line.pop_back();
@@ -160,12 +177,6 @@ Lines log() {
   }
   standin_history_clear();
   return lines;
-}
-
-Bytes update_payload(uint32_t global, uint32_t if_index, uint32_t length, const Bytes &array) {
-  Bytes payload = host_words({global, if_index, 0xDEADBEEF, length});
-  payload.insert(payload.end(), array.begin(), array.end());
-  return payload;
 }
 
 std::string extract(void *msg) {
@@ -225,11 +236,15 @@ std::string command(uint32_t id, bool positive, const std::vector<Attribute> &at
   return extract(message.msg);
 }
 
-std::string update(uint32_t global, uint32_t if_index, const Entries &entries) {
+std::string update(uint32_t global, uint32_t if_index, const Entries &entries, uint32_t length) {
   const Bytes made = array(entries);
-  const Bytes payload = update_payload(global, if_index, uint32_t(made.size()), made);
-  const Message message(
-      standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, payload.data(), payload.size()));
+  return extract_message(
+      STP_MCEC_MTS_OPC_TYPE1_UPD,
+      update_payload(global, if_index, std::min(length, uint32_t(made.size())), made));
+}
+
+std::string extract_message(uint32_t opcode, const Bytes &payload) {
+  const Message message(standin_message(opcode, payload.data(), payload.size()));
   return extract(message.msg);
 }
 

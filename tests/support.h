@@ -1,5 +1,5 @@
-// What the tests share: values, arrays, messages and commands in one line each, and what came of a
-// call as text that a table can hold.
+// What the tests share: values, arrays, messages and commands in one line each, and the outcome of a
+// call as text.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -41,15 +41,27 @@ std::string vlans_of(const bmp4096_t &record);
 Bytes array(const Entries &entries);
 std::string entries_of(const void *array);  // "1:00000004 6:00000001"
 
+// An array, as one from the peer, that must stay as it is.
+struct Given {
+  Bytes bytes;
+  explicit Given(const Entries &entries) : bytes(array(entries)), before(bytes) {}
+  ~Given() { EXPECT_EQ(bytes, before); }
+
+ private:
+  Bytes before;
+};
+
+uint32_t cache_update(int32_t gbl, uint32_t if_index, const Entries &entries);
+uint32_t rebuild(uint32_t if_index, const Entries &entries);
+
 // Cache an entry as a cache update of the scope would.
 void cache(uint32_t if_index, uint16_t type, const Bytes &value);
 std::string cached(uint32_t if_index, uint16_t type);  // its bytes, or "-"
 
-// The lines logged since the last call, "operation: text"; a line that the next one continues ends
-// with a backslash.
-Lines log();
+// The lines logged since the last call, without the first ones: "operation: text"; a line that the
+// next one continues ends with a backslash.
+Lines log(std::size_t skipped = 0);
 
-// A message with the header of an update message before an array.
 struct Message {
   void *msg;
   explicit Message(void *made) : msg(made) {}
@@ -57,21 +69,23 @@ struct Message {
   Message &operator=(const Message &) = delete;
   ~Message() { standin_message_free(msg); }
 };
-Bytes update_payload(uint32_t global, uint32_t if_index, uint32_t length, const Bytes &array);
-
 struct Attribute {
   uint32_t id;
   Bytes value;
 };
 
-// What an extraction made of a message, released: "0 | ok | cmd 1 | 1,1,1,0 | 1:00000004": result,
-// answers, is_cmd, records, array; "-" for what was left alone, "null" for an array set to NULL.
+// The outcome of an extraction, "0 | ok | cmd 1 count 1 | type 16 1,1,1,0 | type 9 1:00000004":
+// result, answers, is_cmd and count, records, array. An argument that is not written is left out.
 std::string extract(void *msg);
 constexpr bool set_form = true;
 constexpr bool no_form = false;
 constexpr uint32_t routed_command = 62;  // no command, but routed to an extractor
 std::string command(uint32_t id, bool positive, const std::vector<Attribute> &attributes = {});
-std::string update(uint32_t global, uint32_t if_index, const Entries &entries);
+// An update message, whose header has the length of the array, or another one.
+constexpr uint32_t whole_array = UINT32_MAX;
+std::string update(uint32_t global, uint32_t if_index, const Entries &entries,
+                   uint32_t length = whole_array);
+std::string extract_message(uint32_t opcode, const Bytes &payload);
 
 // An empty switch with a trunk before each test; nothing leaked after it.
 class LibraryTest : public testing::Test {
