@@ -113,6 +113,10 @@ TEST_F(ProgramTest, ReportsFailures) {
   program->limits.time = 200ms;
   program->run("c", "sleep 60 & sleep 60\n");
   wait_for_all();
+  write("program", "touch " + (folder / "shell").string() + "\n", 0700);
+  program->run("d", "\n");
+  wait_for_all();
+  EXPECT_FALSE(fs::exists(folder / "shell"));
   fs::remove(folder / "program");
   program->run("", "\n");
   std::sort(problems.begin(), problems.end());
@@ -121,7 +125,8 @@ TEST_F(ProgramTest, ReportsFailures) {
             (std::vector<std::string>{path + " cannot be started: No such file or directory",
                                       "a: " + path + " ended with status 3",
                                       "b: " + path + " was ended by Terminated",
-                                      "c: " + path + " did not end within 0.2 s"}));
+                                      "c: " + path + " did not end within 0.2 s",
+                                      "d: " + path + " cannot be started: Exec format error"}));
   EXPECT_EQ(find_program_problem(path), "No such file or directory");
   EXPECT_EQ(find_program_problem(folder), "it is not a file");
   EXPECT_EQ(find_program_problem(write("x", "", 0600)), "it is not executable");

@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 #include <linux/close_range.h>
+#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -17,70 +18,49 @@
 #include "text/file.h"
 
 namespace lab {
-
-struct RunningProgram {
-  uv_process_t raw;
-  Timer timer;  // of its deadline, and of what follows its end
-  bool ended = false;
-  bool timed_out = false;
-  int64_t status = 0;
-  int signal = 0;
-};
-
 namespace {
 
-// A file in memory with a text, to be read from its start. -1 and errno without memory.
-int make_input(std::string_view text) {
-  const int file = memfd_create("event", MFD_CLOEXEC);
-  if (file < 0) return -1;
-  if (!write_all(file, text).empty() || lseek(file, 0, SEEK_SET) != 0) {
-    const int error = errno;
-    close(file);
-    errno = error;
-    return -1;
-  }
+// A file in memory with a text, to be read from its start. Less than 0 and errno without memory.
+Descriptor make_input(std::string_view text) {
+  Descriptor file(memfd_create("event", MFD_CLOEXEC));
+  if (file >= 0 && (!write_all(file, text).empty() || lseek(file, 0, SEEK_SET) != 0)) file.close();
   return file;
 }
 
-// No exception may pass through libuv: the timer calls back.
-void note_end(uv_process_t *raw, int64_t status, int signal) {
-  auto &program = *static_cast<RunningProgram *>(raw->data);
-  program.ended = true;
-  program.status = status;
-  program.signal = signal;
-  program.timer.set_after({});
-}
-
 // The program starts in a session and a process group of its own, with the usual signals and the
-// environment of the lab. 0, or an error of libuv.
-int spawn(Loop &loop, RunningProgram &program, const std::string &path, int input) {
-  // Without a slash it would be searched for in the folders of PATH.
-  std::string file = path.find('/') == path.npos ? "./" + path : path;
-  std::array<char *, 2> words = {file.data(), nullptr};
-  std::array<uv_stdio_container_t, 3> files{};
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    files[i].flags = UV_INHERIT_FD;
-    files[i].data.fd = i == 0 ? input : STDERR_FILENO;
-  }
-  uv_process_options_t options{};
-  options.exit_cb = note_end;
-  options.file = file.c_str();
-  options.args = words.data();
-  options.flags = UV_PROCESS_DETACHED;
-  options.stdio_count = int(files.size());
-  options.stdio = files.data();
+// environment of the lab. A file without "#!" is no program: execvp() and what is built on it would
+// have a shell run it. 0, or an error.
+int spawn(std::string path, int input, pid_t &pid) {
+  posix_spawn_file_actions_t files;
+  posix_spawn_file_actions_init(&files);
+  posix_spawn_file_actions_adddup2(&files, input, STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&files, STDERR_FILENO, STDOUT_FILENO);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t signals;
+  sigemptyset(&signals);
+  posix_spawnattr_setsigmask(&attributes, &signals);
+  sigfillset(&signals);
+  posix_spawnattr_setsigdefault(&attributes, &signals);
+  posix_spawnattr_setflags(&attributes,
+                           POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
   // hiredis leaves its sockets open for programs, and they are logged in.
   close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
-  return uv_spawn(&loop.raw, &program.raw, &options);
+  const std::array<char *, 2> words = {path.data(), nullptr};
+  const int error = posix_spawn(&pid, path.c_str(), &files, &attributes, words.data(), environ);
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&files);
+  return error;
 }
 
-std::string describe_failure(const RunningProgram &program, const ProgramLimits &limits) {
+std::string describe_failure(const RunningProgram &program, int status,
+                             const ProgramLimits &limits) {
   if (program.timed_out) {
     return fmt::format("did not end within {:g} s",
                        std::chrono::duration<double>(limits.time).count());
   }
-  if (program.signal != 0) return fmt::format("was ended by {}", strsignal(program.signal));
-  return program.status != 0 ? fmt::format("ended with status {}", program.status) : "";
+  if (WIFSIGNALED(status)) return fmt::format("was ended by {}", strsignal(WTERMSIG(status)));
+  return status != 0 ? fmt::format("ended with status {}", WEXITSTATUS(status)) : "";
 }
 
 void report_problem(const ChangeProgram &program, const std::string &pair,
@@ -89,36 +69,20 @@ void report_problem(const ChangeProgram &program, const std::string &pair,
   program.reporter(fmt::format("{}{} {}", prefix, printable(program.path), problem));
 }
 
-void start_waiting(ChangeProgram &program);
-
-void end_or_kill(ChangeProgram &program, const std::string &pair) {
-  RunningProgram &running = *program.running.at(pair);
-  if (!running.ended) {
-    running.timed_out = true;
-    kill(-running.raw.pid, SIGKILL);
-    return;
-  }
-  const std::string problem = describe_failure(running, program.limits);
-  program.running.erase(pair);
-  if (!problem.empty()) report_problem(program, pair, problem);
-  start_waiting(program);
-}
-
 void start_program(ChangeProgram &program, const std::string &pair, const std::string &event) {
-  const int input = make_input(event);
-  int error = input >= 0 ? 0 : -errno;
-  if (error == 0) {
-    std::unique_ptr<RunningProgram, EndProgram> made(new RunningProgram{
-        {}, Timer(program.loop, [&program, pair] { end_or_kill(program, pair); })});
-    made->raw.data = made.get();
-    error = spawn(program.loop, *made, program.path, input);
-    close(input);
-    made->timer.set_after(program.limits.time);
-    if (error == 0) program.running.emplace(pair, std::move(made));
-  }
+  const Descriptor input = make_input(event);
+  pid_t pid = 0;
+  const int error = input >= 0 ? spawn(program.path, input, pid) : errno;
   if (error != 0) {
-    report_problem(program, pair, fmt::format("cannot be started: {}", std::strerror(-error)));
+    return report_problem(program, pair,
+                          fmt::format("cannot be started: {}", std::strerror(error)));
   }
+  auto &running = program.running[pair];
+  running.reset(new RunningProgram{pid, Timer(program.loop, [&program, pair] {
+                                     program.running.at(pair)->timed_out = true;
+                                     kill(-program.running.at(pair)->pid, SIGKILL);
+                                   })});
+  running->deadline.set_after(program.limits.time);
 }
 
 void start_waiting(ChangeProgram &program) {
@@ -133,17 +97,28 @@ void start_waiting(ChangeProgram &program) {
   }
 }
 
+void take_ended(ChangeProgram &program) {
+  for (auto next = program.running.begin(); next != program.running.end();) {
+    const auto &[pair, running] = *next;
+    int status = 0;
+    if (waitpid(running->pid, &status, WNOHANG) == 0) {
+      ++next;
+      continue;
+    }
+    running->pid = 0;
+    const std::string problem = describe_failure(*running, status, program.limits);
+    if (!problem.empty()) report_problem(program, pair, problem);
+    next = program.running.erase(next);
+  }
+  start_waiting(program);
+}
+
 }  // namespace
 
-void EndProgram::operator()(RunningProgram *program) const {
-  program->timer.handle.reset();
-  if (program->raw.pid > 0 && !program->ended) {
-    kill(-program->raw.pid, SIGKILL);
-    waitpid(program->raw.pid, nullptr, 0);
-  }
-  program->raw.data = program;
-  uv_close(reinterpret_cast<uv_handle_t *>(&program->raw),
-           [](uv_handle_t *raw) { delete static_cast<RunningProgram *>(raw->data); });
+RunningProgram::~RunningProgram() {
+  if (pid == 0) return;
+  kill(-pid, SIGKILL);
+  waitpid(pid, nullptr, 0);
 }
 
 std::string find_program_problem(const std::string &path) {
@@ -158,7 +133,8 @@ ChangeProgram::ChangeProgram(Loop &event_loop, std::string program_path, Program
     : loop(event_loop),
       path(std::move(program_path)),
       limits(at_most),
-      reporter(std::move(problem_reporter)) {}
+      reporter(std::move(problem_reporter)),
+      ends(event_loop, SIGCHLD, [this] { take_ended(*this); }) {}
 
 void ChangeProgram::run(const std::string &pair, std::string event) {
   const auto same = std::find_if(waiting.begin(), waiting.end(),

@@ -22,10 +22,13 @@ struct ProgramLimits {
 // Why a path cannot be run as a program, else "".
 std::string find_program_problem(const std::string &path);
 
-struct RunningProgram;
+// Killed with its process group where it has not ended.
+struct RunningProgram {
+  pid_t pid;  // 0: it has ended
+  Timer deadline;
+  bool timed_out = false;
 
-struct EndProgram {
-  void operator()(RunningProgram *program) const;
+  ~RunningProgram();
 };
 
 struct ChangeProgram {
@@ -47,8 +50,9 @@ struct ChangeProgram {
   std::string path;
   ProgramLimits limits;
   Reporter reporter;
-  std::deque<Waiting> waiting;  // at most one of a pair
-  std::map<std::string, std::unique_ptr<RunningProgram, EndProgram>> running;  // by pair
+  std::deque<Waiting> waiting;                                     // at most one of a pair
+  std::map<std::string, std::unique_ptr<RunningProgram>> running;  // by pair
+  SignalWatch ends;
 };
 
 }  // namespace lab
