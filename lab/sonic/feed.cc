@@ -9,8 +9,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A hung server keeps its room until the time for a reading is up.
 constexpr std::size_t most_inside = 256;
+// A hung server keeps its room for so long.
+constexpr auto longest_inside = 1s;
 constexpr auto between_starts = 2ms;
 
 int uv_events(short events) {
@@ -27,6 +28,7 @@ Admission::Admission(Loop &of)
           DatabaseFeed &feed = *waiting.front();
           waiting.pop_front();
           feed.place = DatabaseFeed::Place::inside;
+          feed.leaves = Clock::now() + longest_inside;
           feed.step();
         }
         if (!waiting.empty() && inside < most_inside) timer.set(next);
@@ -81,7 +83,8 @@ bool DatabaseFeed::settle() {
 
 void DatabaseFeed::wait() {
   const SourceState state = snapshot(*database).state;
-  if (place == Place::inside && (state == SourceState::here || is_away(*database))) {
+  if (place == Place::inside &&
+      (state == SourceState::here || is_away(*database) || Clock::now() >= leaves)) {
     admission.leave(*this);
   }
   const auto needed = files_of(*database);
@@ -96,7 +99,7 @@ void DatabaseFeed::wait() {
     }
     files[i] = needed[i];
   }
-  timer.set(due(*database));
+  timer.set(place == Place::inside ? std::min(due(*database), leaves) : due(*database));
 }
 
 }  // namespace lab

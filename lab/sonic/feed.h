@@ -11,7 +11,7 @@ namespace lab {
 
 struct DatabaseFeed;
 
-// Lets so many databases connect, and be read for the first time, at once.
+// Lets so many databases begin to connect, and to be read for the first time, at once.
 struct Admission {
   explicit Admission(Loop &loop);
 
@@ -48,6 +48,7 @@ struct DatabaseFeed {
   std::array<AwaitedFile, 3> files;
   std::array<std::optional<FileWatch>, 3> watches;
   Place place = Place::outside;  // of the admission
+  TimePoint leaves = {};         // at the latest, when it is inside
 };
 
 }  // namespace lab
