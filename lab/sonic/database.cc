@@ -258,6 +258,11 @@ Snapshot &snapshot(Database &database) {
   return database.snapshot;
 }
 
+void set_intervals(Database &database, const ReadIntervals &intervals) {
+  database.intervals = intervals;
+  database.read_next = std::min(database.read_next, Clock::now() + intervals.notified);
+}
+
 void step(Database &database, TimePoint now) {
   try {
     work(database, now);

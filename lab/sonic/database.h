@@ -43,6 +43,9 @@ OpenDatabase adopt_database(const std::array<int, 2> &sockets, const ReadInterva
 
 Snapshot &snapshot(Database &database);
 
+// From then on; what was planned for later comes earlier.
+void set_intervals(Database &database, const ReadIntervals &intervals);
+
 // Do all that can be done without waiting. Call it when a socket is ready, and when it is due.
 void step(Database &database, TimePoint now);
 TimePoint due(const Database &database);

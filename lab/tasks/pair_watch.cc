@@ -194,6 +194,11 @@ TimePoint PairWatch::find_checked(std::size_t side) const {
   return snapshot_of(*this, side).checked;
 }
 
+bool PairWatch::is_current() const {
+  return phase == Phase::idle &&
+         std::min(find_due(*this, 0), find_due(*this, 1)) == TimePoint::max();
+}
+
 PairStatus PairWatch::status() const {
   PairStatus status{.name = entry.name,
                     .sources = {state.sides[0].source, state.sides[1].source},

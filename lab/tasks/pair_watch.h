@@ -46,6 +46,7 @@ struct PairWatch {
   PairWatch &operator=(const PairWatch &) = delete;
   ~PairWatch();
 
+  bool is_current() const;  // nothing has changed that is not compared yet
   // At the start: has a source an error, does it refuse access, or is it no file?
   bool starts_wrong() const;
   PairStatus status() const;

@@ -141,8 +141,9 @@ void hear(Watch &watch, PairWatch &pair, std::vector<Event> events) {
   }
   if (is_wrong) end(watch, 2);
   if (!watch.options.once_agreed) return;
-  if (std::all_of(watch.pairs.begin(), watch.pairs.end(),
-                  [](const PairWatch &each) { return each.state.outcome == Outcome::agree; })) {
+  if (std::all_of(watch.pairs.begin(), watch.pairs.end(), [](const PairWatch &each) {
+        return each.state.outcome == Outcome::agree && each.is_current();
+      })) {
     end(watch, 0);
   }
 }
@@ -168,6 +169,11 @@ void set_pairs(Watch &watch, const std::vector<WatchEntry> &entries) {
     const auto same = std::find_if(before.begin(), before.end(),
                                    [&](const PairWatch &pair) { return pair.entry == entry; });
     if (same != before.end()) {
+      for (Feed &feed : same->feeds) {
+        if (auto *database = std::get_if<DatabaseFeed>(&feed)) {
+          set_intervals(*database->database, watch.context.intervals);
+        }
+      }
       watch.pairs.splice(watch.pairs.end(), before, same);
     } else {
       watch.pairs.emplace_back(watch.context, entry);

@@ -14,6 +14,8 @@ using namespace std::chrono_literals;
 constexpr auto time_of_a_tick = 1s;
 // Between two looks at a file that is being written.
 constexpr auto next_glance = 50ms;
+// Until a file that could not be read is read again, though nothing shows a change.
+constexpr auto pause_of_unreadable = 30s;
 
 bool is_same(const struct stat &a, const struct stat &b) {
   const auto all_of = [](const struct stat &of) {
@@ -45,21 +47,23 @@ void WatchedFile::look() {
   const struct stat before = seen;
   const SourceState state = snapshot.state;
   seen = {};
-  if (stat(path.c_str(), &seen) != 0) {
+  const int error = stat(path.c_str(), &seen) != 0 ? errno : 0;
+  const bool is_stable = is_same(seen, before);
+  if (!is_stable) look_again.reset();
+  if (error != 0) {
     is_read = false;
-    if (state != SourceState::lost) lose(snapshot, std::strerror(errno), false);
+    if (state != SourceState::lost) lose(snapshot, std::strerror(error), false);
   } else if (state == SourceState::opening ||
-             (state == SourceState::lost && is_same(seen, before))) {  // nobody is writing it
+             (state == SourceState::lost && is_stable &&  // nobody is writing it
+              (!look_again || now >= *look_again))) {
     snapshot = {};
     snapshot.state = SourceState::here;
     mark_changed(*this, now);
-  } else if (state == SourceState::here &&
-             (!is_same(seen, before) || (look_again && now >= *look_again))) {
+  } else if (state == SourceState::here && (!is_stable || (look_again && now >= *look_again))) {
     look_again.reset();
     mark_changed(*this, now);
   }
   if (state == SourceState::here && !is_changed) snapshot.checked = now;
-  const bool is_stable = is_same(seen, before);
   timer.set(now + (is_stable ? interval : std::min<Clock::duration>(interval, next_glance)));
   on_look();
 }
@@ -77,7 +81,10 @@ void begin_reading(WatchedFile &file) {
 void take_contents(WatchedFile &file, FileContents contents, const InputErrors &errors) {
   Snapshot &snapshot = file.snapshot;
   if (snapshot.state != SourceState::here) return;
-  if (!contents.lost.empty()) return lose(snapshot, contents.lost, false);
+  if (!contents.lost.empty()) {
+    if (!file.is_changed) file.look_again = Clock::now() + pause_of_unreadable;
+    return lose(snapshot, contents.lost, false);
+  }
   snapshot.checked = Clock::now();
   snapshot.errors.clear();
   if (!errors.empty()) snapshot.errors[""] = errors;
