@@ -40,7 +40,7 @@ int spawn(std::string path, int input, pid_t &pid) {
   sigset_t signals;
   sigemptyset(&signals);
   posix_spawnattr_setsigmask(&attributes, &signals);
-  sigfillset(&signals);
+  std::memset(&signals, 0xff, sizeof signals);  // two of glibc's own, too, or it ignores them
   posix_spawnattr_setsigdefault(&attributes, &signals);
   posix_spawnattr_setflags(&attributes,
                            POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
