@@ -9,38 +9,6 @@ bool is_between(double value, double least, double most) {
   return value >= least && value <= most;
 }
 
-bool is_format(const std::string &text) {
-  return text.empty() || text == "dump" || text == "state";
-}
-
-void check_arguments(const lab::RunArguments &is) {
-  must(!is.files.empty(), "a run has scenarios");
-}
-
-void check_arguments(const lab::WhatIfArguments &is) {
-  must(is_between(double(is.step), 1, 1e6), "what-if has a step");
-}
-
-void check_arguments(const lab::CompareArguments &is) {
-  must(is_format(is.format), "a format is known");
-  must(is.pairs.empty() || is.left.empty(), "many pairs exclude one");
-  for (const std::string &source : {is.left, is.right}) check_source(source);
-}
-
-void check_arguments(const lab::CaptureArguments &is) {
-  must(is_format(is.format), "a format is known");
-  check_source(is.source);
-}
-
-void check_arguments(const lab::WatchArguments &is) {
-  must(is_between(is.interval, 0.05, 86400), "an interval is one that can be waited");
-  must(is.timeout == 0 || is_between(is.timeout, 0.001, 1e9), "a time can be waited for");
-  for (const std::string &source : {is.left, is.right}) check_source(source);
-}
-
-template <class Other>
-void check_arguments(const Other &) {}
-
 }  // namespace
 
 // A word a line.
@@ -56,11 +24,22 @@ void check_text(std::string_view rest) {
   argv.push_back(nullptr);
 
   const lab::CommandLine line = lab::parse_command_line(int(words.size()), argv.data());
-  const bool has_command = !std::holds_alternative<std::monostate>(line.arguments);
+  const lab::Arguments &is = line.arguments;
+  const bool has_command = is.execute != nullptr;
   must(has_command + !line.help.empty() + !line.error.empty() == 1,
        "a command line is a command, or help, or an error");
   must(lab::printable_lines(line.error) == line.error, "an error can be printed");
   must(lab::without_passwords(line.error) == lab::printable(line.error),
        "an error has no password");
-  std::visit([](const auto &arguments) { check_arguments(arguments); }, line.arguments);
+  if (!has_command) return;
+  must(is.execute != lab::execute_run || !is.files.empty(), "a run has scenarios");
+  must(is.execute != lab::execute_what_if || is_between(double(is.step), 1, 1e6),
+       "what-if has a step");
+  must(is.format.empty() || is.format == "dump" || is.format == "state", "a format is known");
+  must(is.pairs.empty() || is.left.empty(), "many pairs exclude one");
+  must(is_between(is.interval, 0.05, 86400), "an interval is one that can be waited");
+  must(is.timeout == 0 || is_between(is.timeout, 0.001, 1e9), "a time can be waited for");
+  for (const std::string &source : {is.left, is.right}) {
+    if (!source.empty()) check_source(lab::parse_source(source, 0));
+  }
 }

@@ -17,12 +17,12 @@ void check_list_errors(const lab::InputErrors &errors, std::string_view text) {
 
 void check_text(std::string_view text) {
   lab::InputErrors errors;
-  const auto pairs = lab::read_pair_list(text, "folder/", errors);
+  const auto pairs = lab::read_pair_list(text, "folder/", "asic0", errors);
   check_list_errors(errors, text);
   must(!pairs.empty() || !errors.empty(), "a list has pairs, or an error");
   for (const lab::PairEntry &pair : pairs) {
     must(!pair.name.empty() && lab::printable(pair.name) == pair.name, "a name can be shown");
-    for (const std::string &source : pair.sources) check_source(source);
+    for (const lab::ParsedSource &source : pair.sources) check_source(source);
   }
   lab::InputErrors refused;
   const lab::Credentials credentials = lab::read_credentials(text, refused);

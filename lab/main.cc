@@ -11,7 +11,7 @@
 
 #include "cli/arguments.h"
 #include "standin.h"
-#include "tasks/pool.h"
+#include "tasks/job.h"
 #include "text/text.h"
 #include "text/wait.h"
 
@@ -26,15 +26,8 @@ Status parse_and_execute(int argc, char **argv) {
     print_error(line.error);
     return wrong;
   }
-  return std::visit(
-      [](const auto &arguments) {
-        if constexpr (std::is_same_v<decltype(arguments), const std::monostate &>) {
-          return agreed;  // help was asked for
-        } else {
-          return execute(arguments);
-        }
-      },
-      line.arguments);
+  const bool is_help = line.arguments.execute == nullptr;
+  return is_help ? agreed : line.arguments.execute(line.arguments);
 }
 
 // So that a file that is opened does not get the descriptor of a closed standard file, writing to

@@ -2,14 +2,18 @@
 // page and the completion.
 #pragma once
 
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "cli/commands.h"
 
+namespace CLI {
+class App;
+}
+
 namespace lab {
 
-// One of the three: a command with its arguments, help that was asked for, or what is wrong.
+// Either a command with its arguments, help that was asked for, or what is wrong.
 struct CommandLine {
   Arguments arguments;
   std::string help;
@@ -19,19 +23,7 @@ struct CommandLine {
 // Parses the arguments of main; nothing is executed.
 CommandLine parse_command_line(int argc, const char *const *argv);
 
-struct ArgumentDescription {
-  std::string name;                 // "--json", or "LEFT"
-  std::vector<std::string> values;  // of an option: "FILE", or words to choose from, "dump|state"
-  std::string about;
-  bool is_repeated = false;
-};
-
-struct CommandDescription {
-  std::string name;
-  std::string about;
-  std::vector<ArgumentDescription> arguments;
-};
-
-std::vector<CommandDescription> describe_commands();
+// A parser that fills in the arguments, which outlive it.
+std::shared_ptr<CLI::App> make_parser(Arguments &arguments);
 
 }  // namespace lab

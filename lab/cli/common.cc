@@ -43,8 +43,8 @@ void print_errors(const std::string &source, const InputErrors &errors) {
   }
 }
 
-ReadLimits limits_of(double read_timeout) {
-  return limits_within(std::chrono::milliseconds(std::lround(read_timeout * 1000)));
+ReadLimits limits_of(const Arguments &arguments) {
+  return limits_within(std::chrono::milliseconds(std::lround(arguments.read_timeout * 1000)));
 }
 
 std::vector<AcceptEntry> read_accept_file(const std::string &path,
@@ -60,16 +60,6 @@ std::vector<AcceptEntry> read_accept_file(const std::string &path,
   print_errors(printable(path), errors);
   if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
   return std::move(read.entries);
-}
-
-Credentials read_credentials_file(const std::string &path,
-                                  std::vector<SourceErrors> &source_errors) {
-  if (path.empty()) return {};
-  InputErrors errors;
-  Credentials credentials = load_credentials(path, errors);
-  print_errors(printable(path), errors);
-  if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
-  return credentials;
 }
 
 void write_file(const std::string &path, const std::string &text) {

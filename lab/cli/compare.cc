@@ -69,7 +69,7 @@ void write_patches(const Sides &sides, const PairReport &report,
 }
 
 // An output that would replace an input or another output is an error; empty: there is none.
-std::string find_clashing_output(const CompareArguments &arguments) {
+std::string find_clashing_output(const Arguments &arguments) {
   std::vector<std::pair<std::string, std::string>> files = {{"the left source", arguments.left},
                                                             {"the right source", arguments.right}};
   if (!arguments.accept.empty()) files.emplace_back("--accept", arguments.accept);
@@ -94,20 +94,19 @@ std::string find_clashing_output(const CompareArguments &arguments) {
 }
 
 // Read both sides, and print the errors of both.
-void read_both(const CompareArguments &arguments, Sides &sides, std::vector<SourceErrors> &errors) {
-  std::vector<ReadSide> both = read_sides(
-      {{arguments.left, 0, arguments.name_space}, {arguments.right, 1, arguments.name_space}},
-      parse_format(arguments.format), limits_of(arguments.read_timeout));
-  for (std::size_t i = 0; i < sides.size(); ++i) {
-    ReadSide &read = both[i];
-    print_errors(read.side.source, read.errors);
-    if (!read.errors.empty()) errors.push_back({read.side.source, std::move(read.errors)});
-    sides[i] = std::move(read.side);
+void read_both(const Arguments &arguments, Sides &sides, std::vector<SourceErrors> &errors) {
+  std::vector<Side> both = read_sides({find_source(arguments.left, 0, arguments.name_space),
+                                       find_source(arguments.right, 1, arguments.name_space)},
+                                      parse_format(arguments.format), limits_of(arguments));
+  std::move(both.begin(), both.end(), sides.begin());
+  for (const Side &side : sides) {
+    print_errors(side.source, side.errors);
+    if (!side.errors.empty()) errors.push_back({side.source, side.errors});
   }
 }
 
 // What is wrong with the arguments together; empty: nothing.
-std::string find_usage_error(const CompareArguments &arguments) {
+std::string find_usage_error(const Arguments &arguments) {
   if (arguments.right.empty()) {
     return fmt::format("found {}; expected two sources, left and right, or --pairs",
                        arguments.left.empty() ? "no source" : "one source");
@@ -140,8 +139,7 @@ std::string find_unpatchable(const std::string &which, const Sides &sides) {
   return "";
 }
 
-void write_outputs(const CompareArguments &arguments, const Sides &sides,
-                   const PairReport &report) {
+void write_outputs(const Arguments &arguments, const Sides &sides, const PairReport &report) {
   if (!arguments.patch.first.empty()) write_patches(sides, report, arguments.patch);
   if (!arguments.html.empty()) write_file(arguments.html, write_page(report));
   if (!arguments.write_accept.empty()) {
@@ -160,9 +158,9 @@ void write_outputs(const CompareArguments &arguments, const Sides &sides,
 
 }  // namespace
 
-Status execute(const CompareArguments &given) {
+Status execute_compare(const Arguments &given) {
   if (!given.pairs.empty()) return compare_pairs(given);
-  CompareArguments arguments = given;
+  Arguments arguments = given;
   const bool is_intended = !given.intended.empty();
   if (is_intended) {
     arguments.right = given.left;
@@ -185,23 +183,20 @@ Status execute(const CompareArguments &given) {
     return wrong;
   }
   Pair pair;
-  const PairReport report = compare(pair, sides,
-                                    {.name = "",
-                                     .is_intended = is_intended,
-                                     .is_strict = arguments.strict,
-                                     .accept = &accept})
-                                .report;
+  const PairReport report =
+      compare(pair, sides,
+              {.is_intended = is_intended, .is_strict = arguments.strict, .accept = accept})
+          .report;
   write_outputs(arguments, sides, report);
   return find_status(report);
 }
 
-Status execute(const CaptureArguments &arguments) {
-  const ReadSide read =
-      std::move(read_sides({{arguments.source, 0, arguments.name_space}},
-                           parse_format(arguments.format), limits_of(arguments.read_timeout))[0]);
-  print_errors(read.side.source, read.errors);
-  if (!read.errors.empty()) return wrong;
-  fmt::print("{}", write_state(read.side.settings));
+Status execute_capture(const Arguments &arguments) {
+  const Side side = std::move(read_sides({find_source(arguments.left, 0, arguments.name_space)},
+                                         parse_format(arguments.format), limits_of(arguments))[0]);
+  print_errors(side.source, side.errors);
+  if (!side.errors.empty()) return wrong;
+  fmt::print("{}", write_state(side.settings));
   return agreed;
 }
 

@@ -8,7 +8,7 @@
 
 namespace lab {
 
-Status execute(const ExplainArguments &arguments) {
+Status execute_explain(const Arguments &arguments) {
   if (explain(arguments.what, standard_layout(arguments.color))) return agreed;
   std::vector<std::string> names = parameter_keys();
   for (const auto &more : {command_keys(), result_keys()}) {
@@ -21,7 +21,7 @@ Status execute(const ExplainArguments &arguments) {
   return wrong;
 }
 
-Status execute(const ListArguments &arguments) {
+Status execute_list(const Arguments &arguments) {
   if (arguments.json) {
     fmt::print("{}", format_list());
   } else {

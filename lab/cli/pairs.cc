@@ -31,7 +31,7 @@ void print_unmatched(const std::vector<AcceptEntry> &entries, const std::vector<
 
 // Prints each result, and counts.
 struct PairsPrinter {
-  const CompareArguments &arguments;
+  const Arguments &arguments;
   Layout layout;
   Status status = agreed;
   PairCounts counts = {};
@@ -54,25 +54,20 @@ struct PairsPrinter {
 
 }  // namespace
 
-Status compare_pairs(const CompareArguments &arguments) {
+Status compare_pairs(const Arguments &arguments) {
   std::vector<SourceErrors> errors;
-  std::vector<PairEntry> pairs = read_pairs_file(arguments.pairs, errors);
+  std::vector<PairEntry> pairs = read_pairs_file(arguments.pairs, arguments.name_space, errors);
   const std::size_t list_errors = errors.size();
   const auto accept = read_accept_file(arguments.accept, errors);
-  const Credentials credentials = read_credentials_file(arguments.credentials, errors);
+  add_logins(arguments.credentials, pairs, errors);
   if (!errors.empty() && arguments.json) fmt::print("{}", format_errors(errors, JsonForm::line));
   if (errors.size() > list_errors || pairs.empty()) return wrong;
   PairsPrinter printer{.arguments = arguments,
                        .layout = standard_layout(arguments.color),
                        .status = errors.empty() ? agreed : wrong,
                        .matched = std::vector<bool>(accept.size())};
-  for (PairEntry &pair : pairs) {
-    if (pair.name_space.empty()) pair.name_space = arguments.name_space;
-  }
-  compare_all(
-      pairs, credentials,
-      {.name = "", .is_one_of_many = true, .is_strict = arguments.strict, .accept = &accept},
-      limits_of(arguments.read_timeout), [&](const PairResult &result) { printer.print(result); });
+  compare_all(pairs, {.is_strict = arguments.strict, .accept = accept}, limits_of(arguments),
+              [&](const PairResult &result) { printer.print(result); });
   print_unmatched(accept, printer.matched, arguments.accept);
   if (!arguments.json && !arguments.quiet) print_pair_counts(printer.counts);
   const bool has_unmatched =

@@ -63,7 +63,7 @@ Status end_run(const RunReport &report, const std::vector<StepReport> &steps, bo
   return is_as_expected(report) ? agreed : disagreed;
 }
 
-Status run_file(const std::string &file, const RunArguments &arguments) {
+Status run_file(const std::string &file, const Arguments &arguments) {
   const ReadScenario read = read_scenario(file, settings_from);
   const Scenario &scenario = read.scenario;
   if (!read.errors.empty()) {
@@ -105,7 +105,7 @@ std::string list_changing_steps(const Scenario &scenario) {
 
 }  // namespace
 
-Status execute(const RunArguments &arguments) {
+Status execute_run(const Arguments &arguments) {
   Status status = agreed;
   for (const std::string &file : arguments.files) {
     status = std::max(status, run_file(file, arguments));
@@ -114,7 +114,7 @@ Status execute(const RunArguments &arguments) {
   return status;
 }
 
-Status execute(const WhatIfArguments &arguments) {
+Status execute_what_if(const Arguments &arguments) {
   const ReadScenario read = read_scenario(arguments.file, settings_from);
   const Scenario &scenario = read.scenario;
   if (!read.errors.empty()) {

@@ -3,10 +3,13 @@
 //   write-page TEMPLATE PAGE
 #include <fmt/core.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cctype>
 #include <fstream>
 #include <iostream>
+#include <iterator>
+#include <sstream>
+#include <utility>
 
 #include "cli/arguments.h"
 #include "text/text.h"
@@ -28,49 +31,59 @@ std::string roff(const std::string &text) {
   return page;
 }
 
-std::string man_argument(const ArgumentDescription &argument) {
-  const bool is_option = argument.name[0] == '-';
-  std::string head = fmt::format("\\f{}{}\\fR", is_option ? 'B' : 'I', roff(argument.name));
-  for (const std::string &value : argument.values) head += fmt::format(" \\fI{}\\fR", roff(value));
-  return fmt::format(".TP\n{}{}\n{}.\n", head, argument.is_repeated ? " ..." : "",
-                     roff(argument.about));
+bool is_repeated(const CLI::Option &argument) {
+  return argument.get_expected_max() == CLI::detail::expected_max_vector_size;
 }
 
-bool has(const CommandDescription &command, const ArgumentDescription &argument) {
-  return find_in(command.arguments, [&](const ArgumentDescription &other) {
-           return other.name == argument.name && other.about == argument.about;
-         }) != nullptr;
+// The placeholders of its values, or words to choose from: "dump|state".
+std::vector<std::string> values_of(const CLI::Option &argument) {
+  std::istringstream text(argument.get_option_text());
+  return {std::istream_iterator<std::string>(text), {}};
+}
+
+std::string man_argument(const CLI::Option &argument) {
+  const std::string name = argument.get_name();
+  std::string head = fmt::format("\\f{}{}\\fR", name[0] == '-' ? 'B' : 'I', roff(name));
+  for (const std::string &value : values_of(argument))
+    head += fmt::format(" \\fI{}\\fR", roff(value));
+  return fmt::format(".TP\n{}{}\n{}.\n", head, is_repeated(argument) ? " ..." : "",
+                     roff(argument.get_description()));
 }
 
 // What every command has comes once, at the end.
-std::string man_arguments(const std::vector<CommandDescription> &commands) {
+std::string man_arguments(const std::vector<const CLI::App *> &commands) {
   std::string page;
   std::string shared;
-  for (const CommandDescription &command : commands) {
-    page += fmt::format(".SS {}\n{}.\n", roff(command.name), roff(command.about));
-    for (const ArgumentDescription &argument : command.arguments) {
-      const bool is_shared = std::all_of(commands.begin(), commands.end(),
-                                         [&](const auto &other) { return has(other, argument); });
-      if (!is_shared) page += man_argument(argument);
-      if (is_shared && &command == &commands[0]) shared += man_argument(argument);
+  for (const CLI::App *command : commands) {
+    page +=
+        fmt::format(".SS {}\n{}.\n", roff(command->get_name()), roff(command->get_description()));
+    for (const CLI::Option *argument : command->get_options()) {
+      const bool is_shared = std::all_of(commands.begin(), commands.end(), [&](const auto *other) {
+        const CLI::Option *same = other->get_option_no_throw(argument->get_name());
+        return same != nullptr && same->get_description() == argument->get_description();
+      });
+      if (!is_shared) page += man_argument(*argument);
+      if (is_shared && command == commands[0]) shared += man_argument(*argument);
     }
   }
   return page + ".SS all commands\n" + shared;
 }
 
 // COMMAND, an option or the place of another argument (+: any), and the values.
-std::string bash_arguments(const std::vector<CommandDescription> &commands) {
+std::string bash_arguments(const std::vector<const CLI::App *> &commands) {
   std::string page;
-  for (const CommandDescription &command : commands) {
+  for (const CLI::App *command : commands) {
     int place = 0;
-    for (const ArgumentDescription &argument : command.arguments) {
-      const bool is_option = argument.name[0] == '-';
-      const std::string key = is_option              ? argument.name
-                              : argument.is_repeated ? "+"
-                                                     : std::to_string(place++);
-      page += command.name + " " + key;
-      if (!is_option && argument.values.empty()) page += " " + argument.name;
-      for (const std::string &value : argument.values) page += " " + value;
+    for (const CLI::Option *argument : command->get_options()) {
+      const std::string name = argument->get_name();
+      const bool is_option = name[0] == '-';
+      const auto values = values_of(*argument);
+      const std::string key = is_option                ? name
+                              : is_repeated(*argument) ? "+"
+                                                       : std::to_string(place++);
+      page += command->get_name() + " " + key;
+      if (!is_option && values.empty()) page += " " + name;
+      for (const std::string &value : values) page += " " + value;
       page += '\n';
     }
   }
@@ -86,7 +99,9 @@ int main(int argc, char **argv) {
   }
   std::ifstream source(argv[1]);
   std::ofstream page(argv[2]);
-  const auto commands = describe_commands();
+  lab::Arguments unused;
+  const auto parser = make_parser(unused);
+  const auto commands = std::as_const(*parser).get_subcommands(nullptr);
   int count = 0;  // of the lines that ask for arguments
   for (std::string line; std::getline(source, line);) {
     const bool is_man = line == "@MAN_ARGUMENTS@";

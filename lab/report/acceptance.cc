@@ -196,7 +196,7 @@ std::vector<bool> accept_differences(const std::vector<AcceptEntry> &entries,
     const bool is_expired = !entry.acceptance.until.empty() && entry.acceptance.until < today;
     matched[i] = accept_entry(entry, is_expired, report);
     // Of many pairs, an entry concerns those in which it matches.
-    if (!matched[i] && report.is_one_of_many) continue;
+    if (!matched[i] && !report.name.empty()) continue;
     std::optional<AcceptanceProblem> problem;
     if (entry.acceptance.reason == unfinished_reason) problem = AcceptanceProblem::no_reason;
     if (!matched[i]) problem = AcceptanceProblem::matches_nothing;

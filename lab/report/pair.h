@@ -96,8 +96,7 @@ struct NoteReport {
 };
 
 struct PairReport {
-  std::string name;  // of one of many pairs
-  bool is_one_of_many = false;
+  std::string name;          // of one of many pairs
   bool is_intended = false;  // the left side is the intended state of the right one
   bool is_strict = false;    // warnings count
   std::array<SideReport, 2> sides;

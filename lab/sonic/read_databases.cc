@@ -6,16 +6,18 @@
 
 namespace lab {
 
-ReadDatabase take_reading(Snapshot &snapshot) {
-  ReadDatabase read{.rows = std::move(snapshot.rows), .errors = {}, .lost = snapshot.reason};
+ReadRows take_reading(Snapshot snapshot) {
+  ReadRows read{std::move(snapshot.rows), {}};
+  if (snapshot.state == SourceState::lost) {
+    read.errors.push_back({0, 0, "", snapshot.reason, "a configuration database"});
+  }
   for (const auto &[row, errors] : snapshot.errors) {
     read.errors.insert(read.errors.end(), errors.begin(), errors.end());
   }
   return read;
 }
 
-std::vector<ReadDatabase> read_databases(const std::vector<Source> &sources,
-                                         const ReadLimits &limits) {
+std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits) {
   if (sources.empty()) return {};
   Loop loop;
   Admission admission(loop);
@@ -29,8 +31,8 @@ std::vector<ReadDatabase> read_databases(const std::vector<Source> &sources,
     });
   }
   loop.run();
-  std::vector<ReadDatabase> all;
-  for (DatabaseFeed &feed : feeds) all.push_back(take_reading(snapshot(*feed.database)));
+  std::vector<ReadRows> all;
+  for (DatabaseFeed &feed : feeds) all.push_back(take_reading(std::move(snapshot(*feed.database))));
   return all;
 }
 

@@ -11,19 +11,11 @@
 
 namespace lab {
 
-// With a reason the source is lost, and there are none.
-struct ReadDatabase {
-  Rows rows;
-  InputErrors errors;
-  std::string lost;
-};
-
-// What a database has that has been read, or is lost.
-ReadDatabase take_reading(Snapshot &snapshot);
+// What a database has that has been read; an error says that it is lost.
+ReadRows take_reading(Snapshot snapshot);
 
 // Of each source, in their order. Waits until all have been read, or their time is up. Throws
 // Interrupted.
-std::vector<ReadDatabase> read_databases(const std::vector<Source> &sources,
-                                         const ReadLimits &limits);
+std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits);
 
 }  // namespace lab

@@ -19,6 +19,7 @@ struct Source {
   uint32_t database = 4;
   std::string user;  // empty: the server's default one
   std::string password;
+  std::string name_space = {};  // of a dump of several ASICs; empty: the only one
 
   bool operator==(const Source &) const = default;
 };
@@ -26,6 +27,8 @@ struct Source {
 struct ParsedSource {
   Source source;
   InputErrors errors;  // with some, only `shown` is set
+
+  bool operator==(const ParsedSource &) const = default;
 };
 
 /*

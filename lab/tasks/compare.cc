@@ -103,7 +103,6 @@ Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options
   Comparison comparison;
   PairReport &report = comparison.report;
   report = {.name = options.name,
-            .is_one_of_many = options.is_one_of_many,
             .is_intended = options.is_intended,
             .is_strict = options.is_strict,
             .sides = {report_side(sides[0]), report_side(sides[1])},
@@ -122,9 +121,7 @@ Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options
       add_fixes(sides, options.is_intended, scope);
     }
   }
-  if (options.accept != nullptr) {
-    comparison.matched = accept_differences(*options.accept, format_today(), report);
-  }
+  comparison.matched = accept_differences(options.accept, format_today(), report);
   return comparison;
 }
 

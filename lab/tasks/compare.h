@@ -16,11 +16,10 @@ using Sides = std::array<Side, 2>;
 PairOfSettings settings_of(const Sides &sides);
 
 struct CompareOptions {
-  std::string name;  // of one of many pairs
-  bool is_one_of_many = false;
+  std::string name = {};     // of one of many pairs
   bool is_intended = false;  // left is what right should be
   bool is_strict = false;
-  const std::vector<AcceptEntry> *accept = nullptr;
+  std::vector<AcceptEntry> accept = {};
 };
 
 struct Comparison {

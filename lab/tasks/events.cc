@@ -1,18 +1,10 @@
-#include "tasks/events.h"
-
 #include <algorithm>
 #include <utility>
 
+#include "tasks/pair_watch.h"
+
 namespace lab {
 namespace {
-
-Event make_event(Event::Kind kind, const PairState &state) {
-  Event event;
-  event.kind = kind;
-  event.time = std::chrono::system_clock::now();
-  event.outcome = state.outcome;
-  return event;
-}
 
 // --- rows ---
 
@@ -22,10 +14,10 @@ std::optional<Row> copy_row(const Row *row) {
 
 // The rows that are not as they were, also those of which all that is known is that they cannot be
 // read, or could not.
-std::vector<RowChange> find_changed_rows(const PairState &state, std::size_t side,
-                                         const Snapshot &snapshot) {
+std::vector<RowChange> find_changed_rows(PairWatch &watch, std::size_t side) {
   std::vector<RowChange> rows;
-  const std::string &source = state.sides[side].source;
+  const Snapshot &snapshot = snapshot_of(watch, side);
+  const std::string &source = watch.entry.sources[side].source.shown;
   for (const auto &[name, before] : snapshot.before) {
     std::optional<Row> after = copy_row(find_row(snapshot.rows, name));
     if (!name.empty() && before == after) continue;
@@ -34,7 +26,7 @@ std::vector<RowChange> find_changed_rows(const PairState &state, std::size_t sid
                     .before = before,
                     .after = std::move(after)});
   }
-  const auto &known = state.sides[side].reading;
+  const auto &known = watch.sides[side].reading;
   for (const auto &[these, others] :
        {std::pair{&known, &snapshot.errors}, {&snapshot.errors, &known}}) {
     for (const auto &[name, errors] : *these) {
@@ -71,29 +63,22 @@ ChangeEffect find_effect(const PairReport *before, const PairReport &after) {
 
 // --- events ---
 
-void set_comparison(Event &event, const PairState &state, const SnapshotPair &snapshots,
-                    bool is_compared) {
-  event.notifications = {snapshots[0]->notifications, snapshots[1]->notifications};
-  if (is_compared) event.comparison = state.comparison;
-}
-
-std::vector<Event> report_connections(PairState &state, const SnapshotPair &snapshots,
-                                      const PairNews &news, bool is_compared) {
+std::vector<Event> report_connections(PairWatch &watch, bool is_compared) {
   std::vector<Event> events;
-  for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    if (!news[i] || !news[i]->has_connected || !state.sides[i].disconnected) continue;
-    state.sides[i].disconnected = false;
-    Event event = make_event(Event::Kind::connected, state);
-    event.side = i;
-    set_comparison(event, state, snapshots, is_compared);
-    events.push_back(std::move(event));
+  for (std::size_t i = 0; i < watch.sides.size(); ++i) {
+    if (!watch.sides[i].news || !std::exchange(watch.sides[i].disconnected, false)) continue;
+    events.push_back(make_event(Event::Kind::connected, watch));
+    events.back().side = i;
   }
-  if (is_compared && !state.started && events.empty()) {
-    Event event = make_event(Event::Kind::compared, state);
-    set_comparison(event, state, snapshots, is_compared);
-    events.push_back(std::move(event));
+  if (is_compared && !watch.has_compared && events.empty()) {
+    events.push_back(make_event(Event::Kind::compared, watch));
   }
-  state.started = state.started || is_compared;
+  watch.has_compared = watch.has_compared || is_compared;
+  for (Event &event : events) {
+    event.notifications = {snapshot_of(watch, 0).notifications,
+                           snapshot_of(watch, 1).notifications};
+    if (is_compared) event.comparison = watch.comparison;
+  }
   return events;
 }
 
@@ -109,110 +94,108 @@ std::vector<NoteReport> find_new_warnings(const PairReport &report, const PairRe
   return found;
 }
 
-void add_note_event(const PairReport &before, const PairState &state, std::vector<Event> &events) {
-  Event event = make_event(Event::Kind::note, state);
-  event.appeared = find_new_warnings(*state.comparison, before);
-  event.gone_notes = find_new_warnings(before, *state.comparison);
+void add_note_event(const PairReport &before, const PairWatch &watch, std::vector<Event> &events) {
+  Event event = make_event(Event::Kind::note, watch);
+  event.appeared = find_new_warnings(*watch.comparison, before);
+  event.gone_notes = find_new_warnings(before, *watch.comparison);
   if (!event.appeared.empty() || !event.gone_notes.empty()) events.push_back(std::move(event));
 }
 
 }  // namespace
 
-SideNews take_news(PairState &state, std::size_t side, Snapshot &snapshot) {
-  SideState &known = state.sides[side];
-  SideNews news{.has_connected = !known.connected,
-                .has_new_reading = known.reading != snapshot.errors,
-                .rows = {},
-                .losses = known.losses};
-  if (known.connected) news.rows = find_changed_rows(state, side, snapshot);
-  snapshot.before.clear();
-  known.reading = snapshot.errors;
-  return news;
+Event make_event(Event::Kind kind, const PairWatch &watch) {
+  Event event;
+  event.kind = kind;
+  event.time = std::chrono::system_clock::now();
+  event.outcome = watch.outcome;
+  return event;
 }
 
-std::vector<Event> report_disconnections(PairState &state, const SnapshotPair &snapshots) {
+bool take_news(PairWatch &watch, std::size_t side) {
+  SideState &known = watch.sides[side];
+  Snapshot &snapshot = snapshot_of(watch, side);
+  known.news.emplace();
+  if (known.connected) known.news = find_changed_rows(watch, side);
+  const bool is_new = !known.connected || !known.news->empty() || known.reading != snapshot.errors;
+  snapshot.before.clear();
+  known.reading = snapshot.errors;
+  return is_new;
+}
+
+std::vector<Event> report_disconnections(PairWatch &watch) {
   std::vector<Event> events;
-  for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    SideState &side = state.sides[i];
-    const bool is_lost = snapshots[i]->state == SourceState::lost;
-    const bool was_lost = std::exchange(side.is_lost, is_lost);
-    if (!is_lost || was_lost) continue;
+  for (std::size_t i = 0; i < watch.sides.size(); ++i) {
+    const Snapshot &snapshot = snapshot_of(watch, i);
+    if (snapshot.state != SourceState::lost) continue;
     // A source that was not connected again in the meantime is reported once only.
-    const bool is_reported = side.disconnected;
-    side = {.source = side.source,
-            .disconnected = true,
-            .is_lost = true,
-            .reading = {},
-            .errors = {},
-            .losses = side.losses + 1};
-    state.outcome.reset();
-    state.unknown = {.kind = UnknownCause::Kind::disconnected,
+    const bool is_reported = watch.sides[i].disconnected;
+    watch.sides[i] = {.disconnected = true};
+    watch.outcome.reset();
+    watch.unknown = {.kind = UnknownCause::Kind::disconnected,
                      .side = i,
-                     .reason = snapshots[i]->reason,
+                     .reason = snapshot.reason,
                      .error = {}};
     if (is_reported) continue;
-    Event event = make_event(Event::Kind::disconnected, state);
+    Event event = make_event(Event::Kind::disconnected, watch);
     event.side = i;
-    event.source = side.source;
-    event.reason = snapshots[i]->reason;
+    event.source = watch.entry.sources[i].source.shown;
+    event.reason = snapshot.reason;
     events.push_back(std::move(event));
   }
   return events;
 }
 
-std::vector<Event> report_changes(PairState &state, const SnapshotPair &snapshots, PairNews news,
-                                  CompareAnswer answer) {
+std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer) {
   bool is_new = false;
   bool is_compared = answer.comparison.has_value();
-  for (std::size_t i = 0; i < news.size(); ++i) {
-    SideState &side = state.sides[i];
-    // The source may have been lost since.
-    if (news[i] && news[i]->losses != side.losses) news[i].reset();
-    is_compared = is_compared && news[i];
-    if (!news[i]) continue;
+  std::array<bool, 2> has_new_errors = {};
+  for (std::size_t i = 0; i < watch.sides.size(); ++i) {
+    SideState &side = watch.sides[i];
+    is_compared = is_compared && side.news;
+    if (!side.news) continue;
+    const InputErrors before = std::exchange(side.errors, std::move(answer.sides[i].errors));
+    has_new_errors[i] = !side.errors.empty() && side.errors != before;
+    is_new = is_new || !side.connected || !side.news->empty() || side.errors != before;
     side.connected = true;
-    news[i]->has_new_errors = !answer.errors[i].empty() && answer.errors[i] != side.errors;
-    side.errors = std::move(answer.errors[i]);
-    is_new = is_new || !news[i]->is_empty();
   }
   if (!is_new) return {};
 
-  for (std::size_t i = news.size(); i-- > 0;) {
-    if (state.sides[i].errors.empty()) continue;
-    state.unknown = {.kind = UnknownCause::Kind::error,
+  for (std::size_t i = watch.sides.size(); i-- > 0;) {
+    if (watch.sides[i].errors.empty()) continue;
+    watch.unknown = {.kind = UnknownCause::Kind::error,
                      .side = i,
                      .reason = "",
-                     .error = state.sides[i].errors.front()};
+                     .error = watch.sides[i].errors.front()};
   }
-  const auto before = state.comparison;
-  const auto outcome_before = std::exchange(state.outcome, std::nullopt);
+  const auto before = watch.comparison;
+  const auto outcome_before = std::exchange(watch.outcome, std::nullopt);
   if (is_compared) {
-    state.comparison = std::make_shared<const PairReport>(std::move(answer.comparison->report));
-    state.outcome = find_verdict(*state.comparison).outcome;
-    state.unknown.reset();
+    watch.comparison = std::make_shared<const PairReport>(std::move(answer.comparison->report));
+    watch.outcome = find_verdict(*watch.comparison).outcome;
+    watch.unknown.reset();
   }
-  std::vector<Event> events = report_connections(state, snapshots, news, is_compared);
-  Event changed = make_event(Event::Kind::changed, state);
-  for (std::size_t i = 0; i < news.size(); ++i) {
-    if (!news[i]) continue;
-    std::vector<RowChange> &rows = news[i]->rows;
-    if (!news[i]->has_new_errors) {
+  std::vector<Event> events = report_connections(watch, is_compared);
+  Event changed = make_event(Event::Kind::changed, watch);
+  for (std::size_t i = 0; i < watch.sides.size(); ++i) {
+    if (!watch.sides[i].news) continue;
+    std::vector<RowChange> &rows = *watch.sides[i].news;
+    if (!has_new_errors[i]) {
       std::move(rows.begin(), rows.end(), std::back_inserter(changed.rows));
       continue;
     }
-    Event event = make_event(Event::Kind::error, state);
+    Event event = make_event(Event::Kind::error, watch);
     event.side = i;
-    event.source = state.sides[i].source;
+    event.source = watch.entry.sources[i].source.shown;
     event.rows = std::move(rows);
-    event.errors = state.sides[i].errors;
+    event.errors = watch.sides[i].errors;
     events.push_back(std::move(event));
   }
   if (!changed.rows.empty()) {
     changed.outcome_before = outcome_before;
-    if (is_compared) changed.effect = find_effect(before.get(), *state.comparison);
+    if (is_compared) changed.effect = find_effect(before.get(), *watch.comparison);
     events.push_back(std::move(changed));
   }
-  if (is_compared && before != nullptr) add_note_event(*before, state, events);
+  if (is_compared && before != nullptr) add_note_event(*before, watch, events);
   return events;
 }
 

@@ -1,5 +1,6 @@
 #include "tasks/job.h"
 
+#include <memory>
 #include <utility>
 
 #include "pair/fields.h"
@@ -36,46 +37,73 @@ LAB_FIELDS(Note, it.kind, it.channel, it.side, it.vlans, it.fields)
 LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree, it.modified)
 LAB_FIELDS(IncompleteReport, it.reason, it.accepted)
 LAB_FIELDS(NoteReport, it.note, it.accepted, it.problem, it.line, it.until)
-LAB_FIELDS(PairReport, it.name, it.is_one_of_many, it.is_intended, it.is_strict, it.sides,
-           it.twin_vlans, it.checks, it.incomplete, it.notes)
+LAB_FIELDS(PairReport, it.name, it.is_intended, it.is_strict, it.sides, it.twin_vlans, it.checks,
+           it.incomplete, it.notes)
 LAB_FIELDS(Comparison, it.report, it.matched)
-LAB_FIELDS(CompareOptions, it.name, it.is_one_of_many, it.is_intended, it.is_strict)
-LAB_FIELDS(SideJob, it.source, it.rows, it.errors, it.path, it.name_space, it.is_watched)
 LAB_FIELDS(AcceptEntry, it.line, it.kind, it.scope, it.pair, it.acceptance, it.type, it.values,
            it.note, it.incomplete)
-LAB_FIELDS(CompareJob, it.sides, it.options, it.accept)
-LAB_FIELDS(FileContents, it.lost, it.rows, it.state)
-LAB_FIELDS(CompareAnswer, it.problem, it.files, it.errors, it.comparison)
+LAB_FIELDS(CompareOptions, it.name, it.is_intended, it.is_strict, it.accept)
+LAB_FIELDS(Source, it.shown, it.place, it.name_space)  // of a file
+LAB_FIELDS(ReadRows, it.rows, it.errors)
+LAB_FIELDS(SideJob, it.source, it.rows, it.is_watched)
+LAB_FIELDS(CompareJob, it.sides, it.options)
+LAB_FIELDS(SideAnswer, it.errors, it.lost, it.rows, it.state)
+LAB_FIELDS(CompareAnswer, it.problem, it.sides, it.comparison)
 
 namespace {
 
-// What a job finds out about a side, for the answer and for the comparison.
-Side read_job_side(const SideJob &job, FileContents &contents, InputErrors &errors) {
-  Side side{.source = job.source, .settings = {}, .rows = {}, .modified = {}};
+Side do_side(SideJob &job, SideAnswer &answer) {
+  Side side;
   if (job.rows) {
-    ReadSettings read = settings_of(*job.rows, job.errors);
-    errors = std::move(read.errors);
-    side.settings = std::move(read.settings);
-    side.rows = job.rows;
-    return side;
-  }
-  std::string bytes;
-  if (job.is_watched) {
-    contents.lost = read_regular_file(job.path, bytes);
-    if (!contents.lost.empty()) return side;
+    side = read_side(job.source, std::move(*job.rows));
   } else {
-    bytes = read_file(job.path, errors);
-    if (!errors.empty()) return side;
+    std::string bytes;
+    if (job.is_watched) {
+      answer.lost = read_regular_file(job.source.place, bytes);
+    } else {
+      bytes = read_file(job.source.place, answer.errors);
+    }
+    if (!answer.lost.empty() || !answer.errors.empty()) return side;
+    side = read_text(job.source, bytes, Format::by_content);
   }
-  side.modified = find_modified(job.path);
-  ReadText text = read_text(bytes, Format::by_content, job.name_space);
-  errors = std::move(text.errors);
-  side.settings = std::move(text.settings);
-  side.rows = std::move(text.rows);
-  if (!job.is_watched) return side;
-  contents.rows = side.rows;
-  if (!side.rows && errors.empty()) contents.state = write_state(side.settings);
+  answer.errors = side.errors;
+  if (job.is_watched) answer.rows = side.rows;
+  if (job.is_watched && !side.rows && side.errors.empty())
+    answer.state = write_state(side.settings);
   return side;
+}
+
+// Throws SwitchFailed and Interrupted.
+CompareAnswer do_job(CompareJob job, Pair &pair) {
+  CompareAnswer answer;
+  Sides sides;
+  bool can_compare = true;
+  for (std::size_t i = 0; i < sides.size(); ++i) {
+    if (job.sides[i]) sides[i] = do_side(*job.sides[i], answer.sides[i]);
+    can_compare = can_compare && job.sides[i] && answer.sides[i].lost.empty() &&
+                  answer.sides[i].errors.empty();
+  }
+  if (can_compare) answer.comparison = compare(pair, sides, job.options);
+  return answer;
+}
+
+// A switch that died is made anew, and the job done once more.
+CompareAnswer do_job_or_fail(const CompareJob &job, std::unique_ptr<Pair> &pair) {
+  for (int attempt = 1;; ++attempt) {
+    try {
+      if (pair == nullptr) pair = std::make_unique<Pair>();
+      return do_job(job, *pair);
+    } catch (const SwitchFailed &failure) {
+      pair.reset();
+      if (attempt == most_attempts) return fail(failure.what());
+    } catch (const std::bad_alloc &) {
+      pair.reset();  // an answer of it may still come
+      return fail("there is not enough memory");
+    } catch (const std::exception &problem) {
+      pair.reset();
+      return fail(printable(problem.what()));
+    }
+  }
 }
 
 }  // namespace
@@ -84,31 +112,22 @@ Bytes encode(const CompareJob &job) {
   return encode_record(job);
 }
 
-Bytes encode(const CompareAnswer &answer) {
-  return encode_record(answer);
-}
-
-CompareJob decode_job(const Bytes &frame) {
-  return decode_record<CompareJob>(frame);
-}
-
 CompareAnswer decode_answer(const Bytes &frame) {
   return decode_record<CompareAnswer>(frame);
 }
 
-CompareAnswer perform(const CompareJob &job, Pair &pair) {
-  CompareAnswer answer;
-  Sides sides;
-  bool can_compare = true;
-  for (std::size_t i = 0; i < sides.size(); ++i) {
-    if (job.sides[i]) sides[i] = read_job_side(*job.sides[i], answer.files[i], answer.errors[i]);
-    can_compare =
-        can_compare && job.sides[i] && answer.files[i].lost.empty() && answer.errors[i].empty();
+int serve_jobs() {
+  std::unique_ptr<Pair> pair;
+  while (const std::optional<Bytes> frame = read_frame(job_file)) {
+    const CompareAnswer answer = do_job_or_fail(decode_record<CompareJob>(*frame), pair);
+    if (!write_frame(job_file, encode_record(answer))) return 1;
   }
-  if (!can_compare) return answer;
-  CompareOptions options = job.options;
-  options.accept = &job.accept;
-  answer.comparison = compare(pair, sides, options);
+  return 0;
+}
+
+CompareAnswer fail(const std::string &problem) {
+  CompareAnswer answer;
+  answer.problem = problem;
   return answer;
 }
 

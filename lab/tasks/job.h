@@ -5,46 +5,46 @@
 
 namespace lab {
 
-// Of one side: rows that are known, or a file to be read.
+// One side: rows that are known, or a file to be read.
 struct SideJob {
-  std::string source;  // as it is shown: without a password
-  std::optional<Rows> rows;
-  InputErrors errors;  // of the reading of the rows
-  std::string path;
-  std::string name_space;
+  Source source;
+  std::optional<ReadRows> rows = {};
   bool is_watched = false;  // the file must be a regular one, and its contents are returned
 };
 
 struct CompareJob {
   std::array<std::optional<SideJob>, 2> sides;  // nothing: it is not known now
-  CompareOptions options;                       // without accepted differences
-  std::vector<AcceptEntry> accept;
+  CompareOptions options;
 };
 
-// What a watched file contained.
-struct FileContents {
+struct SideAnswer {
+  InputErrors errors;
+  // What a watched file contained.
   std::string lost;  // not empty: why it cannot be read
   std::optional<Rows> rows;
   std::string state;  // of a state file: its settings, to be compared only
-
-  bool operator==(const FileContents &) const = default;
 };
 
 struct CompareAnswer {
   std::string problem;  // not empty: it could not be done
-  std::array<FileContents, 2> files;
-  std::array<InputErrors, 2> errors;  // of each source
+  std::array<SideAnswer, 2> sides;
   std::optional<Comparison> comparison;
 };
 
 Bytes encode(const CompareJob &job);
-Bytes encode(const CompareAnswer &answer);
 
-// Throw Garbled.
-CompareJob decode_job(const Bytes &frame);
+// Throws Garbled.
 CompareAnswer decode_answer(const Bytes &frame);
 
-// Do a job on this pair of switches. Throws SwitchFailed and Interrupted.
-CompareAnswer perform(const CompareJob &job, Pair &pair);
+// A process of the pool is this program with this argument only, which then calls serve_jobs(): a
+// copy of a large process would keep its memory.
+constexpr char pool_argument[] = "--serve-jobs";
+constexpr int job_file = 3;
+int serve_jobs();
+
+// A process can be killed for something that the job has no part in.
+constexpr int most_attempts = 3;
+
+CompareAnswer fail(const std::string &problem);
 
 }  // namespace lab

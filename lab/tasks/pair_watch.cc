@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "tasks/side.h"
+#include "sonic/read_databases.h"
 
 namespace lab {
 namespace {
@@ -16,31 +16,21 @@ constexpr auto at_latest = 400ms;
 // A comparison that failed is made again.
 constexpr auto pause_of_failure = 5s;
 
-Snapshot &snapshot_of(const PairWatch &watch, std::size_t side) {
-  Feed &feed = const_cast<Feed &>(watch.feeds[side]);
-  if (auto *file = std::get_if<WatchedFile>(&feed)) return file->snapshot;
-  return snapshot(*std::get<DatabaseFeed>(feed).database);
-}
-
-SnapshotPair snapshots_of(const PairWatch &watch) {
-  return {&snapshot_of(watch, 0), &snapshot_of(watch, 1)};
-}
-
-bool is_here(const PairWatch &watch, std::size_t side) {
-  return snapshot_of(watch, side).state == SourceState::here;
-}
-
 void add(std::vector<Event> &events, std::vector<Event> more) {
   std::move(more.begin(), more.end(), std::back_inserter(events));
 }
 
-// When what has changed on a side is to be compared.
-TimePoint find_due(const PairWatch &watch, std::size_t side) {
-  const Snapshot &snapshot = snapshot_of(watch, side);
-  if (snapshot.state != SourceState::here) return TimePoint::max();
-  if (!watch.state.sides[side].connected) return TimePoint{};
-  if (!snapshot.first_change) return TimePoint::max();
-  return std::min(*snapshot.last_change + quiet_after, *snapshot.first_change + at_latest);
+// When what has changed is to be compared.
+TimePoint find_due(PairWatch &watch) {
+  TimePoint due = TimePoint::max();
+  for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
+    const Snapshot &snapshot = snapshot_of(watch, i);
+    if (snapshot.state != SourceState::here) continue;
+    if (!watch.sides[i].connected) return watch.not_before;
+    if (!snapshot.first_change) continue;
+    due = std::min({due, *snapshot.last_change + quiet_after, *snapshot.first_change + at_latest});
+  }
+  return std::max(watch.not_before, due);
 }
 
 // A side that is settled stays so until both are: what changes later is compared later.
@@ -56,28 +46,20 @@ bool is_settled(PairWatch &watch) {
 
 // Nothing: there is nothing to compare, or nothing new.
 std::optional<CompareJob> make_job(PairWatch &watch) {
-  CompareJob job{.sides = {}, .options = watch.context.compare, .accept = {}};
+  CompareJob job{.sides = {}, .options = watch.context.compare};
   job.options.name = watch.entry.name;
-  job.options.is_one_of_many = !watch.entry.name.empty();
   bool is_new = false;
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
     if (!is_here(watch, i)) continue;
-    SideJob side;
-    side.source = watch.state.sides[i].source;
+    SideJob side{watch.entry.sources[i].source};
     if (auto *file = std::get_if<WatchedFile>(&watch.feeds[i])) {
-      side.path = file->path;
-      side.name_space = file->name_space;
       side.is_watched = true;
-      is_new = is_new || file->is_changed || !watch.state.sides[i].connected;
+      is_new = is_new || file->is_changed || !watch.sides[i].connected;
+      watch.sides[i].news.emplace();  // it will be known when the file is read
       begin_reading(*file);
     } else {
-      Snapshot &snapshot = snapshot_of(watch, i);
-      watch.news[i] = take_news(watch.state, i, snapshot);
-      is_new = is_new || !watch.news[i]->is_empty();
-      side.rows = snapshot.rows;
-      for (const auto &[row, errors] : snapshot.errors) {
-        side.errors.insert(side.errors.end(), errors.begin(), errors.end());
-      }
+      is_new = take_news(watch, i) || is_new;
+      side.rows = take_reading(snapshot_of(watch, i));
     }
     job.sides[i] = std::move(side);
   }
@@ -89,32 +71,32 @@ void advance(PairWatch &watch);
 void take_answer(PairWatch &watch, CompareAnswer answer) {
   watch.phase = PairWatch::Phase::idle;
   if (!answer.problem.empty()) {
-    Event event;
-    event.kind = Event::Kind::error;
-    event.time = std::chrono::system_clock::now();
-    event.source = watch.state.sides[0].source;
+    watch.outcome.reset();
+    Event event = make_event(Event::Kind::error, watch);
+    event.source = watch.entry.sources[0].source.shown;
     InputError error;
     error.found = answer.problem;
     event.errors = {error};
-    watch.state.outcome.reset();
-    watch.state.unknown = {
+    watch.unknown = {
         .kind = UnknownCause::Kind::failed, .side = 0, .reason = answer.problem, .error = {}};
-    for (SideState &side : watch.state.sides) side.connected = false;
-    watch.state.started = false;  // it is reported when there is a verdict again
-    watch.news = {};
+    for (SideState &side : watch.sides) {
+      side.connected = false;
+      side.news.reset();
+    }
+    watch.has_compared = false;  // it is reported when there is a verdict again
     watch.not_before = Clock::now() + pause_of_failure;
     watch.timer.set(watch.not_before);
     return watch.context.listener(watch, {event});
   }
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
     auto *file = std::get_if<WatchedFile>(&watch.feeds[i]);
-    if (file == nullptr || !is_here(watch, i) || !std::exchange(file->is_read, false)) continue;
-    take_contents(*file, std::move(answer.files[i]), answer.errors[i]);
-    if (is_here(watch, i)) watch.news[i] = take_news(watch.state, i, file->snapshot);
+    if (file == nullptr || !watch.sides[i].news) continue;
+    take_contents(*file, answer.sides[i]);
+    if (is_here(watch, i)) take_news(watch, i);
   }
-  std::vector<Event> events = report_disconnections(watch.state, snapshots_of(watch));
-  add(events, report_changes(watch.state, snapshots_of(watch), std::exchange(watch.news, {}),
-                             std::move(answer)));
+  std::vector<Event> events = report_disconnections(watch);
+  add(events, report_changes(watch, std::move(answer)));
+  for (SideState &side : watch.sides) side.news.reset();
   watch.is_open = true;
   watch.context.listener(watch, std::move(events));
   advance(watch);
@@ -137,20 +119,17 @@ void queue_job(PairWatch &watch) {
 
 // Do what has become possible.
 void advance(PairWatch &watch) {
-  const SnapshotPair snapshots = snapshots_of(watch);
-  const auto is_opening = [](const Snapshot *snapshot) {
-    return snapshot->state == SourceState::opening;
-  };
-  if (!watch.is_open && std::any_of(snapshots.begin(), snapshots.end(), is_opening)) return;
-  std::vector<Event> events = report_disconnections(watch.state, snapshots);
-  const TimePoint due =
-      std::max(watch.not_before, std::min(find_due(watch, 0), find_due(watch, 1)));
+  for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
+    if (!watch.is_open && snapshot_of(watch, i).state == SourceState::opening) return;
+  }
+  std::vector<Event> events = report_disconnections(watch);
+  const TimePoint due = find_due(watch);
   if (watch.phase == PairWatch::Phase::idle && due <= Clock::now()) {
     watch.phase = PairWatch::Phase::settling;
     watch.settled = {};
   }
   if (watch.phase == PairWatch::Phase::settling && is_settled(watch)) {
-    add(events, report_disconnections(watch.state, snapshots));
+    add(events, report_disconnections(watch));
     queue_job(watch);
   }
   if (watch.phase == PairWatch::Phase::idle) watch.timer.set(due);
@@ -160,16 +139,14 @@ void advance(PairWatch &watch) {
 
 }  // namespace
 
-PairWatch::PairWatch(WatchContext &shared, const WatchEntry &given)
+PairWatch::PairWatch(WatchContext &shared, const PairEntry &given)
     : context(shared), entry(given), timer(shared.loop, [this] { advance(*this); }) {
   for (std::size_t i = 0; i < feeds.size(); ++i) {
-    const Source &source = entry.sources[i];
-    state.sides[i].source = source.shown;
+    const Source &source = entry.sources[i].source;
     // A step of the one may come before the other is made.
     const auto on_step = [this] { advance(*this); };
     if (source.kind == Source::Kind::file) {
-      const auto [path, name_space] = split_namespace(source.place, entry.name_space);
-      feeds[i].emplace<WatchedFile>(context.loop, path, name_space, context.intervals.unnotified,
+      feeds[i].emplace<WatchedFile>(context.loop, source.place, context.intervals.unnotified,
                                     on_step);
     } else {
       feeds[i].emplace<DatabaseFeed>(context.admission, source, context.intervals, context.limits,
@@ -178,39 +155,49 @@ PairWatch::PairWatch(WatchContext &shared, const WatchEntry &given)
   }
 }
 
-PairWatch::~PairWatch() = default;
-
-bool PairWatch::starts_wrong() const {
+bool PairWatch::starts_wrong() {
   for (std::size_t i = 0; i < feeds.size(); ++i) {
     const Snapshot &snapshot = snapshot_of(*this, i);
     const bool is_file = std::holds_alternative<WatchedFile>(feeds[i]);
     if (snapshot.state == SourceState::lost && (snapshot.refused || is_file)) return true;
-    if (!state.sides[i].errors.empty()) return true;
+    if (!sides[i].errors.empty()) return true;
   }
   return false;
 }
 
-TimePoint PairWatch::find_checked(std::size_t side) const {
-  return snapshot_of(*this, side).checked;
+bool PairWatch::is_current() {
+  return phase == Phase::idle && find_due(*this) == TimePoint::max();
 }
 
-bool PairWatch::is_current() const {
-  return phase == Phase::idle &&
-         std::min(find_due(*this, 0), find_due(*this, 1)) == TimePoint::max();
-}
-
-PairStatus PairWatch::status() const {
+PairStatus PairWatch::status() {
   PairStatus status{.name = entry.name,
-                    .sources = {state.sides[0].source, state.sides[1].source},
-                    .outcome = state.outcome,
-                    .unknown = state.outcome ? std::nullopt : state.unknown,
-                    .comparison = state.comparison,
+                    .sources = {},
+                    .outcome = outcome,
+                    .unknown = outcome ? std::nullopt : unknown,
+                    .comparison = comparison,
                     .compared = confirmed,
                     .changed = changed};
   for (std::size_t i = 0; i < feeds.size(); ++i) {
-    status.connected[i] = is_here(*this, i) && state.sides[i].connected;
+    status.sources[i] = entry.sources[i].source.shown;
+    status.connected[i] = is_here(*this, i) && sides[i].connected;
   }
   return status;
+}
+
+Snapshot &snapshot_of(PairWatch &watch, std::size_t side) {
+  if (auto *file = std::get_if<WatchedFile>(&watch.feeds[side])) return file->snapshot;
+  return snapshot(*std::get<DatabaseFeed>(watch.feeds[side]).database);
+}
+
+bool is_here(PairWatch &watch, std::size_t side) {
+  return snapshot_of(watch, side).state == SourceState::here;
+}
+
+void update_intervals(PairWatch &watch) {
+  for (Feed &feed : watch.feeds) {
+    auto *database = std::get_if<DatabaseFeed>(&feed);
+    if (database != nullptr) set_intervals(*database->database, watch.context.intervals);
+  }
 }
 
 }  // namespace lab

@@ -1,28 +1,22 @@
-// A pair that is watched: its two sources, and the comparisons that their changes ask for.
+// A pair that is watched: its two sources, the comparisons that their changes ask for, and what has
+// been reported.
 #pragma once
 
 #include <array>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <variant>
 #include <vector>
 
-#include "report/status.h"
+#include "report/event.h"
 #include "sonic/feed.h"
-#include "tasks/events.h"
+#include "tasks/pairs.h"
 #include "tasks/pool.h"
 #include "tasks/watched_file.h"
 
 namespace lab {
-
-struct WatchEntry {
-  std::string name;  // of one of many pairs
-  std::array<Source, 2> sources;
-  std::string name_space;  // of dumps of several ASICs
-
-  bool operator==(const WatchEntry &) const = default;
-};
 
 struct PairWatch;
 
@@ -40,17 +34,25 @@ struct WatchContext {
 
 using Feed = std::variant<std::monostate, DatabaseFeed, WatchedFile>;
 
+// What has been reported of a source.
+struct SideState {
+  bool connected = false;
+  bool disconnected = false;
+  std::map<std::string, InputErrors> reading = {};  // the errors of the snapshot, by row
+  InputErrors errors = {};                          // all
+  // Of the comparison under way: its rows that have changed. Nothing: the source is not compared.
+  std::optional<std::vector<RowChange>> news = {};
+};
+
 struct PairWatch {
-  PairWatch(WatchContext &context, const WatchEntry &entry);
+  PairWatch(WatchContext &context, const PairEntry &entry);
   PairWatch(const PairWatch &) = delete;
   PairWatch &operator=(const PairWatch &) = delete;
-  ~PairWatch();
 
-  bool is_current() const;  // nothing has changed that is not compared yet
   // At the start: has a source an error, does it refuse access, or is it no file?
-  bool starts_wrong() const;
-  PairStatus status() const;
-  TimePoint find_checked(std::size_t side) const;  // when all of a source was last confirmed
+  bool starts_wrong();
+  bool is_current();  // nothing has changed that is not compared yet
+  PairStatus status();
 
   enum class Phase {
     idle,
@@ -60,22 +62,47 @@ struct PairWatch {
   };
 
   WatchContext &context;
-  WatchEntry entry;
-  PairState state;
+  PairEntry entry;
   std::array<Feed, 2> feeds;
   Timer timer;
   Phase phase = Phase::idle;
   bool is_open = false;  // each source has been reached once, or has not
   std::array<bool, 2> settled = {};
   TimePoint not_before = {};  // the next comparison, after one that failed
+
+  // What has been reported.
+  std::array<SideState, 2> sides = {};
   bool has_started = false;
-  PairNews news;                                     // of the job under way
-  std::optional<Outcome> reported = Outcome::agree;  // by the last event
+  bool has_compared = false;
+  std::optional<Outcome> outcome = {};                // nothing: not known
+  std::optional<UnknownCause> unknown = {};           // why it is not known
+  std::shared_ptr<const PairReport> comparison = {};  // the last
+  std::optional<Outcome> reported = Outcome::agree;   // by the last event
   std::array<TimePoint, 2> checked = {};
   std::chrono::system_clock::time_point confirmed = {};
   std::chrono::system_clock::time_point changed = {};
   // Ends with the record: the pool may have a job of it then.
   std::shared_ptr<bool> is_alive = std::make_shared<bool>(true);
 };
+
+Snapshot &snapshot_of(PairWatch &watch, std::size_t side);
+bool is_here(PairWatch &watch, std::size_t side);
+
+// The reading intervals of the context have changed.
+void update_intervals(PairWatch &watch);
+
+// --- events ---
+
+Event make_event(Event::Kind kind, const PairWatch &watch);
+
+// Take what is new in a source for a comparison; false: nothing. The snapshot's memory of changes is
+// taken, too.
+bool take_news(PairWatch &watch, std::size_t side);
+
+// What a comparison of the sources with news has found.
+std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer);
+
+// The sources that have become disconnected. The comparison under way says nothing of them.
+std::vector<Event> report_disconnections(PairWatch &watch);
 
 }  // namespace lab

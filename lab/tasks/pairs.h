@@ -7,22 +7,22 @@
 #include <vector>
 
 #include "report/pairs.h"
-#include "sonic/credentials.h"
 #include "tasks/compare.h"
 
 namespace lab {
 
+// One of many pairs, or, without a name, the only one.
 struct PairEntry {
   std::string name;
-  std::array<std::string, 2> sources;
-  std::string name_space;  // of dumps of several ASICs
+  std::array<ParsedSource, 2> sources;
+
+  bool operator==(const PairEntry &) const = default;
 };
 
 // Compare all pairs; the listener gets the results in the order in which they are found. A
 // comparison that does not end in three times the time of a reading is given up. Throws
 // Interrupted, and std::system_error where no process can be made.
-void compare_all(const std::vector<PairEntry> &pairs, const Credentials &credentials,
-                 const CompareOptions &options, const ReadLimits &limits,
-                 const std::function<void(const PairResult &)> &listener);
+void compare_all(const std::vector<PairEntry> &pairs, const CompareOptions &options,
+                 const ReadLimits &limits, const std::function<void(const PairResult &)> &listener);
 
 }  // namespace lab

@@ -41,38 +41,9 @@ struct PoolWorker {
 
 namespace {
 
-// A process can be killed for something that the job has no part in.
-constexpr int most_attempts = 3;
 // Of a job, in times of a reading.
 constexpr int readings_of_job = 3;
-// Of a process of the pool.
-constexpr int job_file = 3;
 constexpr std::size_t read_at_once = std::size_t{64} << 10;
-
-CompareAnswer fail(const std::string &problem) {
-  CompareAnswer answer;
-  answer.problem = problem;
-  return answer;
-}
-
-// A switch that died is made anew, and the job done once more.
-CompareAnswer perform_or_fail(const CompareJob &job, std::unique_ptr<Pair> &pair) {
-  for (int attempt = 1;; ++attempt) {
-    try {
-      if (pair == nullptr) pair = std::make_unique<Pair>();
-      return perform(job, *pair);
-    } catch (const SwitchFailed &failure) {
-      pair.reset();
-      if (attempt == most_attempts) return fail(failure.what());
-    } catch (const std::bad_alloc &) {
-      pair.reset();  // an answer of it may still come
-      return fail("there is not enough memory");
-    } catch (const std::exception &problem) {
-      pair.reset();
-      return fail(printable(problem.what()));
-    }
-  }
-}
 
 void start(PoolWorker &worker) {
   int ends[2];
@@ -193,7 +164,6 @@ void hand_out(Pool &pool) {
     pool.tasks.pop_front();
     std::optional<CompareJob> job = task.make();
     if (!job) continue;
-    job->accept = pool.accept;
     worker->task = std::move(task);
     worker->output = make_frame(encode(*job));
     worker->attempts = 0;
@@ -204,23 +174,13 @@ void hand_out(Pool &pool) {
 
 }  // namespace
 
-Pool::Pool(Loop &of, const ReadLimits &limits, const std::vector<AcceptEntry> *accepted)
+Pool::Pool(Loop &of, const ReadLimits &limits)
     : loop(of),
       most_workers(std::max(1U, std::thread::hardware_concurrency())),
-      accept(accepted != nullptr ? *accepted : std::vector<AcceptEntry>{}),
       longest(readings_of_job * limits.reading_time),
       timer(of, [this] { hand_out(*this); }) {}
 
 Pool::~Pool() = default;
-
-int serve_jobs() {
-  std::unique_ptr<Pair> pair;
-  while (const std::optional<Bytes> frame = read_frame(job_file)) {
-    const CompareAnswer answer = perform_or_fail(decode_job(*frame), pair);
-    if (!write_frame(job_file, encode(answer))) return 1;
-  }
-  return 0;
-}
 
 void Pool::add(PoolTask task) {
   tasks.push_back(std::move(task));

@@ -14,11 +14,6 @@
 
 namespace lab {
 
-// A process of the pool is this program with this argument only, which then calls serve_jobs(): a
-// copy of a large process would keep its memory.
-constexpr char pool_argument[] = "--serve-jobs";
-int serve_jobs();
-
 // What a process of the pool is to do. `make` is called when one is free; nothing: there is nothing
 // to do any more.
 struct PoolTask {
@@ -30,8 +25,8 @@ struct PoolWorker;
 
 struct Pool {
   // A process for each processor, as far as there are jobs. A job that takes longer than several
-  // readings of a database is given up. `accept`: nullptr: nothing.
-  Pool(Loop &loop, const ReadLimits &limits, const std::vector<AcceptEntry> *accept);
+  // readings of a database is given up.
+  Pool(Loop &loop, const ReadLimits &limits);
   Pool(const Pool &) = delete;
   Pool &operator=(const Pool &) = delete;
   ~Pool();
@@ -40,7 +35,6 @@ struct Pool {
 
   Loop &loop;
   std::size_t most_workers;
-  std::vector<AcceptEntry> accept;
   std::chrono::milliseconds longest;  // of a job
   Timer timer;                        // of the next hand-out
   std::deque<PoolTask> tasks;

@@ -32,10 +32,8 @@ void mark_changed(WatchedFile &file, TimePoint now) {
 
 }  // namespace
 
-WatchedFile::WatchedFile(Loop &loop, std::string given, std::string selected, Clock::duration pause,
-                         Callback callback)
+WatchedFile::WatchedFile(Loop &loop, std::string given, Clock::duration pause, Callback callback)
     : path(std::move(given)),
-      name_space(std::move(selected)),
       interval(pause),
       on_look(std::move(callback)),
       timer(loop, [this] { look(); }) {
@@ -51,7 +49,6 @@ void WatchedFile::look() {
   const bool is_stable = is_same(seen, before);
   if (!is_stable) look_again.reset();
   if (error != 0) {
-    is_read = false;
     if (state != SourceState::lost) lose(snapshot, std::strerror(error), false);
   } else if (state == SourceState::opening ||
              (state == SourceState::lost && is_stable &&  // nobody is writing it
@@ -70,7 +67,6 @@ void WatchedFile::look() {
 
 void begin_reading(WatchedFile &file) {
   file.is_changed = false;
-  file.is_read = true;
   file.snapshot.first_change.reset();
   file.snapshot.last_change.reset();
   const auto age = std::chrono::system_clock::now() -
@@ -78,17 +74,16 @@ void begin_reading(WatchedFile &file) {
   if (age < 2 * time_of_a_tick) file.look_again = Clock::now() + time_of_a_tick;
 }
 
-void take_contents(WatchedFile &file, FileContents contents, const InputErrors &errors) {
+void take_contents(WatchedFile &file, const SideAnswer &contents) {
   Snapshot &snapshot = file.snapshot;
-  if (snapshot.state != SourceState::here) return;
   if (!contents.lost.empty()) {
     if (!file.is_changed) file.look_again = Clock::now() + pause_of_unreadable;
     return lose(snapshot, contents.lost, false);
   }
   snapshot.checked = Clock::now();
   snapshot.errors.clear();
-  if (!errors.empty()) snapshot.errors[""] = errors;
-  if (!errors.empty() && (!contents.rows || contents.rows->empty())) {
+  if (!contents.errors.empty()) snapshot.errors[""] = contents.errors;
+  if (!contents.errors.empty() && (!contents.rows || contents.rows->empty())) {
     // Its last contents are kept: what it has when it is readable again is compared with them.
     return;
   }
@@ -96,7 +91,7 @@ void take_contents(WatchedFile &file, FileContents contents, const InputErrors &
   if (!contents.rows) {
     if (snapshot.state_text != contents.state) snapshot.before.try_emplace("");
     snapshot.rows.clear();
-    snapshot.state_text = std::move(contents.state);
+    snapshot.state_text = contents.state;
     return;
   }
   if (was_state) snapshot.before.try_emplace("");

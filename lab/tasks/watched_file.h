@@ -13,19 +13,16 @@ namespace lab {
 
 struct WatchedFile {
   // `on_look` is called after each look, and must not end the record.
-  WatchedFile(Loop &loop, std::string path, std::string name_space, Clock::duration interval,
-              Callback on_look);
+  WatchedFile(Loop &loop, std::string path, Clock::duration interval, Callback on_look);
 
   void look();
 
   std::string path;
-  std::string name_space;  // of a dump of several ASICs
   Clock::duration interval;
   Callback on_look;
   Timer timer;
   Snapshot snapshot;
   bool is_changed = false;              // since it was read
-  bool is_read = false;                 // by the job under way
   std::optional<TimePoint> look_again;  // at its contents, though nothing shows a change
   struct stat seen {};
 };
@@ -34,6 +31,6 @@ struct WatchedFile {
 void begin_reading(WatchedFile &file);
 
 // It has been read.
-void take_contents(WatchedFile &file, FileContents contents, const InputErrors &errors);
+void take_contents(WatchedFile &file, const SideAnswer &contents);
 
 }  // namespace lab
