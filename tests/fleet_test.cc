@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "output/fleet_answer.h"
+#include "output/fleet_page.h"
 #include "output/metrics.h"
 #include "report/verdict.h"
 
@@ -70,38 +70,47 @@ TEST(Fleet, Metrics) {
 
 TEST(Fleet, AnswersRequests) {
   const struct {
-    const char *target;
+    HttpRequest request;
     std::vector<const char *> has;
     std::vector<const char *> has_not;
   } rows[] = {
-      {"/", {"4 of 4 pairs", "Not known: 1 of 4", ">&lt;i&gt;&quot;", "agree: 2</a>"}, {"<i>"}},
-      {"/",
+      {{"/", {}},
+       {"4 of 4 pairs", "Not known: 1 of 4", ">&lt;i&gt;&quot;",
+        "pair/%3Ci%3E%22%5C%20100%25%2F%C3%BC\"", "agree: 2</a>"},
+       {"<i>"}},
+      {{"/", {}},
        {"left is disconnected: &lt;gone&gt;", "neither switch has", "<td>1 h 1 min<small>"},
        {"1970-01-01 00:00:00"}},
-      {"/?verdict=agree&name=", {"2 of 4 pairs", ">rack1<", ">a.json b.json<"}, {">rack3<"}},
-      {"/?verdict=agree&name=%52ACK1", {"1 of 4 pairs", "value=\"RACK1\""}, {">rack3<"}},
-      {"/?name=100%25+%22", {"0 of 4 pairs", "value=\"100% &quot;\""}, {">rack3<"}},
-      {"/metrics", {"mcec_pairs{"}, {}},
-      {"/pair/rack1", {"The pair agrees"}, {}},
-      {"/pair/a.json%20b.json", {"The pair agrees"}, {}},
-      {"/pair/%3Ci%3E%22%5C%20100%25%2F%C3%BC",
+      {{"/", {{"verdict", "agree"}, {"name", ""}}},
+       {"2 of 4 pairs", ">rack1<", ">a.json b.json<"},
+       {">rack3<"}},
+      {{"/", {{"verdict", "agree"}, {"name", "RACK1"}}},
+       {"1 of 4 pairs", "value=\"RACK1\""},
+       {">rack3<"}},
+      {{"/", {{"name", "100% \""}}}, {"0 of 4 pairs", "value=\"100% &quot;\""}, {">rack3<"}},
+      {{"/metrics", {}}, {"mcec_pairs{"}, {}},
+      {{"/pair/rack1", {}}, {"The pair agrees"}, {}},
+      {{"/pair/a.json b.json", {}}, {"The pair agrees"}, {}},
+      {{"/pair/" + std::string(hostile), {}},
        {"left is disconnected: &lt;gone&gt;", "?last\""},
        {"<i>"}},
-      {"/pair/%3Ci%3E%22%5C%20100%25%2F%C3%BC?last", {"The pair agrees"}, {"gone"}},
-      {"/pair/rack", {}, {}},
-      {"/pair", {}, {}},
-      {"/metrics/", {}, {}},
-      {"", {}, {}},
+      {{"/pair/" + std::string(hostile), {{"last", ""}}}, {"The pair agrees"}, {"gone"}},
+      {{"/pair/rack", {}}, {}, {}},
+      {{"/pair", {}}, {}, {}},
+      {{"/metrics/", {}}, {}, {}},
+      {{"", {}}, {}, {}},
   };
   const auto now = system_clock::time_point(std::chrono::seconds(3760));
   for (const auto &row : rows) {
-    const auto reply = answer_request(row.target, make_fleet(), now);
-    ASSERT_EQ(reply.has_value(), !row.has.empty()) << row.target;
+    const auto reply = answer_request(row.request, make_fleet(), now);
+    ASSERT_EQ(reply.has_value(), !row.has.empty()) << row.request.path;
     for (const char *text : row.has) {
-      EXPECT_NE(reply->body.find(text), std::string::npos) << row.target << text << reply->body;
+      EXPECT_NE(reply->body.find(text), std::string::npos)
+          << row.request.path << text << reply->body;
     }
     for (const char *text : row.has_not) {
-      EXPECT_EQ(reply->body.find(text), std::string::npos) << row.target << text << reply->body;
+      EXPECT_EQ(reply->body.find(text), std::string::npos)
+          << row.request.path << text << reply->body;
     }
   }
 }

@@ -19,10 +19,12 @@ using namespace std::chrono_literals;
 
 constexpr auto answer_in_time = 2s;  // of a server that nobody delays
 
-std::optional<HttpReply> answer_test(std::string_view target) {
-  if (target == "/none") return std::nullopt;
-  if (target == "/error") throw std::runtime_error("no memory");
-  return HttpReply{"text/plain", "target " + std::string(target)};
+std::optional<HttpReply> answer_test(const HttpRequest &request) {
+  if (request.path == "/none") return std::nullopt;
+  if (request.path == "/error") throw std::runtime_error("no memory");
+  std::string text = "path " + request.path;
+  for (const auto &[name, value] : request.query) text += ";" + name + "=" + value;
+  return HttpReply{"text/plain", text};
 }
 
 struct RunningServer {
@@ -74,15 +76,27 @@ struct Client {
   }
 };
 
-TEST(Http, RefusesWhatIsNoAddress) {
-  for (const char *address : {"127.0.0.1:0", "[::1]:8080", "0.0.0.0:65535"}) {
-    EXPECT_EQ(find_problem_of_address(address), "") << address;
+std::string find_problem_of_address(const std::string &address) {
+  Loop loop;
+  try {
+    const HttpServer server(loop, address, answer_test);
+    return "";
+  } catch (const std::runtime_error &error) {
+    return error.what();
   }
+}
+
+TEST(Http, RefusesWhatIsNoAddress) {
+  const RunningServer running;
+  const std::string used = "127.0.0.1:" + std::to_string(running.server.port());
+  EXPECT_EQ(find_problem_of_address("0.0.0.0:0"), "");
+  EXPECT_EQ(find_problem_of_address(used), used + ": Address already in use");
+  EXPECT_EQ(find_problem_of_address("[::1]:0").find("; expected"), std::string::npos);
   for (const char *address : {"", "8080", ":80", "localhost:80", "127.0.0.1",
                               "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:-1", "127.0.0.1:80x",
                               "::1:80", "[::1]", "[::1:80", "[127.0.0.1]:80", "[::1]x:80"}) {
-    EXPECT_NE(find_problem_of_address(address).find("; expected a num"), std::string::npos)
-        << address << find_problem_of_address(address);
+    const std::string problem = find_problem_of_address(address);
+    EXPECT_NE(problem.find("; expected a num"), std::string::npos) << address << problem;
   }
 }
 
@@ -94,10 +108,10 @@ TEST(Http, AnswersRequests) {
     const char *status;
     const char *body;  // its end
   } rows[] = {
-      {"GET /a%2Fb?c=%20+d HTTP/1.1" + end, "200", "\r\n\r\ntarget /a%2Fb?c=%20+d"},
-      {"GET / HTTP/1.0\r\n\r\n", "200", "target /"},
-      {"GET / HTTP/1.1\r\nHost: [::1]:80\r\n\r\n", "200", "target /"},
-      {"GET / HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n", "200", "target /"},
+      {"GET /a%2Fb%zz?c=1&e&c=%20+d HTTP/1.1" + end, "200", "\r\n\r\npath /a/b%zz;c=  d;e="},
+      {"GET / HTTP/1.0\r\n\r\n", "200", "path /"},
+      {"GET / HTTP/1.1\r\nHost: [::1]:80\r\n\r\n", "200", "path /"},
+      {"GET / HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n", "200", "path /"},
       {"GET / HTTP/1.1\r\nHost: example.org\r\n\r\n", "403", "name of this machine\n"},
       {"GET / HTTP/1.1\r\nHost: localhost.example.org\r\n\r\n", "403", "name of this machine\n"},
       {"HEAD / HTTP/1.1" + end, "200", "\r\n\r\n"},

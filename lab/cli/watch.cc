@@ -16,7 +16,7 @@
 #include "io/program.h"
 #include "output/event_json.h"
 #include "output/event_text.h"
-#include "output/fleet_answer.h"
+#include "output/fleet_page.h"
 #include "output/json.h"
 #include "output/metrics.h"
 #include "tasks/pair_watch.h"
@@ -251,8 +251,8 @@ void set_up(Watch &watch) {
     watch.hang_up.emplace(watch.loop, SIGHUP, [&watch] { read_pairs_again(watch); });
   }
   if (!arguments.listen.empty()) {
-    watch.server.emplace(watch.loop, arguments.listen, [&watch](std::string_view target) {
-      return answer_request(target, find_fleet_status(watch), std::chrono::system_clock::now());
+    watch.server.emplace(watch.loop, arguments.listen, [&watch](const HttpRequest &request) {
+      return answer_request(request, find_fleet_status(watch), std::chrono::system_clock::now());
     });
   }
   if (!arguments.on_change.empty()) {

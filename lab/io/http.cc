@@ -1,37 +1,28 @@
 #include "io/http.h"
 
-#include <arpa/inet.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
-#include <list>
 #include <stdexcept>
 #include <utility>
 
 #include "io/loop.h"
+#include "text/text.h"
 
 namespace lab {
-
-struct HttpConnection {
-  int file;
-  TimePoint deadline;
-  std::string target;
-};
 
 struct StopDaemon {
   void operator()(MHD_Daemon *daemon) const { MHD_stop_daemon(daemon); }
 };
 
 struct HttpState {
+  Loop &loop;
   HttpAnswer answer;
   bool is_local;
-  std::list<HttpConnection> connections = {};
+  std::string host;  // of the address
   std::unique_ptr<MHD_Daemon, StopDaemon> daemon = {};
   std::optional<FileWatch> ready = {};
   std::optional<Timer> timer = {};
@@ -54,46 +45,19 @@ union HttpAddress {
   sockaddr_in6 v6;
 };
 
-// A numeric address, an IPv6 one without its brackets.
-bool parse_host(const std::string &host, HttpAddress &address) {
-  address = {};
-  if (inet_pton(AF_INET, host.c_str(), &address.v4.sin_addr) == 1) {
-    address.any.sa_family = AF_INET;
-  } else if (inet_pton(AF_INET6, host.c_str(), &address.v6.sin6_addr) == 1) {
-    address.any.sa_family = AF_INET6;
-  }
-  return address.any.sa_family != AF_UNSPEC;
-}
-
-// "[::1]:8080" as its two parts, the host with its brackets; the port is empty where there is none.
-std::pair<std::string, std::string> split_port(const std::string &text) {
-  const std::size_t end = text.starts_with('[') ? text.find(']') : 0;
-  const std::size_t colon = end == text.npos ? end : text.find(':', end);
-  if (colon == text.npos) return {text, ""};
-  return {text.substr(0, colon), text.substr(colon + 1)};
-}
-
-std::string without_brackets(const std::string &host) {
-  const bool has_both = host.size() > 2 && host.front() == '[' && host.back() == ']';
-  return has_both ? host.substr(1, host.size() - 2) : host;
-}
-
+// The host of "[::1]:8080", with its brackets.
 std::string parse_address(const std::string &text, HttpAddress &address) {
-  const auto [host, digits] = split_port(text);
-  const bool has_brackets = host.starts_with('[');
-  if (!parse_host(without_brackets(host), address) ||
-      has_brackets != (address.any.sa_family == AF_INET6)) {
-    return "found '" + text + "'; expected a numeric address and a port, as 127.0.0.1:8080";
+  const std::size_t colon = std::min(text.rfind(':'), text.size());
+  const std::string host = text.substr(0, colon);
+  const auto port = parse_number(text.substr(std::min(colon + 1, text.size())));
+  const bool is_v6 = host.starts_with('[') && host.ends_with(']');
+  if (!port || *port > UINT16_MAX ||
+      (is_v6 ? uv_ip6_addr(host.substr(1, host.size() - 2).c_str(), int(*port), &address.v6)
+             : uv_ip4_addr(host.c_str(), int(*port), &address.v4)) != 0) {
+    throw std::runtime_error("found '" + text +
+                             "'; expected a numeric address and a port, as 127.0.0.1:8080");
   }
-  uint16_t port = 0;
-  const char *end = digits.data() + digits.size();
-  const auto parsed = std::from_chars(digits.data(), end, port);
-  if (parsed.ec != std::errc{} || parsed.ptr != end) {
-    return "found the port '" + digits + "'; expected a number up to 65535";
-  }
-  // At the same place in both kinds.
-  address.v4.sin_port = htons(port);
-  return "";
+  return host;
 }
 
 bool is_loopback(const HttpAddress &address) {
@@ -102,28 +66,13 @@ bool is_loopback(const HttpAddress &address) {
 }
 
 // Is it this machine that a request asks for, by its header Host? Programs may send none.
-bool is_for_loopback(const char *header) {
+bool is_for_loopback(const HttpState &state, const char *header) {
   if (header == nullptr) return true;
-  const std::string host = split_port(header).first;
-  HttpAddress address;
-  return host == "localhost" ||
-         (parse_host(without_brackets(host), address) && is_loopback(address));
-}
-
-int open_listener(const std::string &text, const HttpAddress &address) {
-  const auto fail = [&] { throw std::runtime_error(text + ": " + std::strerror(errno)); };
-  const int file = socket(address.any.sa_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-  if (file < 0) fail();
-  const int on = 1;
-  const socklen_t size = address.any.sa_family == AF_INET6 ? sizeof address.v6 : sizeof address.v4;
-  setsockopt(file, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-  if (bind(file, &address.any, size) != 0 || listen(file, most_connections) != 0) {
-    const int error = errno;
-    close(file);
-    errno = error;
-    fail();
+  const std::string_view asked = header;
+  for (const std::string_view host : {"localhost", "127.0.0.1", "[::1]", state.host.c_str()}) {
+    if (asked == host || (asked.starts_with(host) && asked[host.size()] == ':')) return true;
   }
-  return file;
+  return false;
 }
 
 // --- answers ---
@@ -162,16 +111,26 @@ MHD_Result send_error(MHD_Connection *connection, unsigned status, const std::st
   return send_reply(connection, status, {"text/plain; charset=utf-8", text + "\n"});
 }
 
-HttpConnection &context_of(MHD_Connection *connection) {
-  return *static_cast<HttpConnection *>(
+HttpRequest read_request(MHD_Connection *connection, const char *path) {
+  HttpRequest request = {path, {}};
+  const auto add = [](void *query, MHD_ValueKind, const char *name, const char *value) {
+    (*static_cast<HttpQuery *>(query))[name] = value != nullptr ? value : "";
+    return MHD_YES;
+  };
+  MHD_get_connection_values(connection, MHD_GET_ARGUMENT_KIND, add, &request.query);
+  return request;
+}
+
+// The time of a connection, which the daemon keeps with it.
+Timer &deadline_of(MHD_Connection *connection) {
+  return *static_cast<Timer *>(
       MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
 }
 
-MHD_Result answer_http(void *data, MHD_Connection *connection, const char *, const char *method,
+MHD_Result answer_http(void *data, MHD_Connection *connection, const char *path, const char *method,
                        const char *, const char *, std::size_t *, void **) {
   const HttpState &state = *static_cast<HttpState *>(data);
-  HttpConnection &context = context_of(connection);
-  context.deadline = Clock::now() + answer_time;
+  deadline_of(connection).set_after(answer_time);
   const auto header = [connection](const char *name) {
     return MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);
   };
@@ -181,12 +140,12 @@ MHD_Result answer_http(void *data, MHD_Connection *connection, const char *, con
   if (header(MHD_HTTP_HEADER_CONTENT_LENGTH) || header(MHD_HTTP_HEADER_TRANSFER_ENCODING)) {
     return send_error(connection, MHD_HTTP_CONTENT_TOO_LARGE, "a request has no body");
   }
-  if (state.is_local && !is_for_loopback(header(MHD_HTTP_HEADER_HOST))) {
+  if (state.is_local && !is_for_loopback(state, header(MHD_HTTP_HEADER_HOST))) {
     return send_error(connection, MHD_HTTP_FORBIDDEN, "not the name of this machine");
   }
   // No exception may pass through the server, and no page ends a watch.
   try {
-    const std::optional<HttpReply> reply = state.answer(context.target);
+    const std::optional<HttpReply> reply = state.answer(read_request(connection, path));
     return reply ? send_reply(connection, MHD_HTTP_OK, *reply)
                  : send_error(connection, MHD_HTTP_NOT_FOUND, "no such page");
   } catch (const std::exception &error) {
@@ -194,76 +153,57 @@ MHD_Result answer_http(void *data, MHD_Connection *connection, const char *, con
   }
 }
 
-void *keep_target(void *, const char *target, MHD_Connection *connection) {
-  context_of(connection).target = target;
-  return nullptr;
-}
-
-void note_connection(void *data, MHD_Connection *connection, void **context,
+void note_connection(void *data, MHD_Connection *connection, void **deadline,
                      MHD_ConnectionNotificationCode code) {
-  std::list<HttpConnection> &connections = static_cast<HttpState *>(data)->connections;
-  if (code == MHD_CONNECTION_NOTIFY_STARTED) {
-    const int file =
-        MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
-    *context = &connections.emplace_back(HttpConnection{file, Clock::now() + request_time, ""});
-  } else {
-    connections.remove_if([&](const HttpConnection &item) { return &item == *context; });
+  if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
+    delete static_cast<Timer *>(*deadline);
+    return;
   }
+  const int file =
+      MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+  // The daemon sees the end of the connection.
+  const auto end = [file] { shutdown(file, SHUT_RDWR); };
+  auto *timer = new Timer(static_cast<HttpState *>(data)->loop, end);
+  timer->set_after(request_time);
+  *deadline = timer;
 }
 
-// Do what is due now, and set the time of what is next.
 void serve_http(HttpState &state) {
-  const TimePoint now = Clock::now();
-  for (HttpConnection &connection : state.connections) {
-    if (connection.deadline > now) continue;
-    // The daemon sees its end.
-    shutdown(connection.file, SHUT_RDWR);
-    connection.deadline = TimePoint::max();
-  }
+  MHD_Daemon *const daemon = state.daemon.get();
+  const auto count_connections = [daemon] {
+    return MHD_get_daemon_info(daemon, MHD_DAEMON_INFO_CURRENT_CONNECTIONS)->num_connections;
+  };
   // At its limit the daemon takes no new connections until it runs again after one has ended.
-  std::size_t count = 0;
+  unsigned count = 0;
   do {
-    count = state.connections.size();
-    MHD_run(state.daemon.get());
-  } while (state.connections.size() < count);
-  TimePoint next = TimePoint::max();
-  for (const HttpConnection &connection : state.connections) {
-    next = std::min(next, connection.deadline);
-  }
+    count = count_connections();
+    MHD_run(daemon);
+  } while (count_connections() < count);
   MHD_UNSIGNED_LONG_LONG pause = 0;
-  if (MHD_get_timeout(state.daemon.get(), &pause) == MHD_YES) {
-    next = std::min(next, Clock::now() + std::chrono::milliseconds(pause));
+  if (MHD_get_timeout(daemon, &pause) == MHD_YES) {
+    state.timer->set_after(std::chrono::milliseconds(pause));
   }
-  state.timer->set(next);
 }
 
-MHD_Daemon *start_daemon(HttpState &state, int listener) {
+MHD_Daemon *start_daemon(HttpState &state, const HttpAddress &address) {
   return MHD_start_daemon(
-      MHD_USE_EPOLL, 0, nullptr, nullptr, answer_http, &state, MHD_OPTION_LISTEN_SOCKET, listener,
+      MHD_USE_EPOLL | (address.any.sa_family == AF_INET6 ? MHD_USE_DUAL_STACK : MHD_NO_FLAG), 0,
+      nullptr, nullptr, answer_http, &state, MHD_OPTION_SOCK_ADDR, &address.any,
       MHD_OPTION_CONNECTION_LIMIT, most_connections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
       most_request_bytes, MHD_OPTION_CONNECTION_TIMEOUT, unsigned(request_time.count()),
-      MHD_OPTION_NOTIFY_CONNECTION, note_connection, &state, MHD_OPTION_URI_LOG_CALLBACK,
-      keep_target, nullptr, MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_END);
+      MHD_OPTION_NOTIFY_CONNECTION, note_connection, &state, MHD_OPTION_STRICT_FOR_CLIENT, 1,
+      MHD_OPTION_END);
 }
 
 }  // namespace
 
-std::string find_problem_of_address(const std::string &address) {
-  HttpAddress parsed;
-  return parse_address(address, parsed);
-}
-
 HttpServer::HttpServer(Loop &loop, const std::string &address, HttpAnswer answer) {
-  HttpAddress parsed;
-  const std::string problem = parse_address(address, parsed);
-  if (!problem.empty()) throw std::runtime_error(problem);
-  state = std::make_unique<HttpState>(HttpState{std::move(answer), is_loopback(parsed)});
-  const int listener = open_listener(address, parsed);
-  state->daemon.reset(start_daemon(*state, listener));
-  if (!state->daemon) {
-    close(listener);
-    throw std::runtime_error(address + ": no server can be started");
-  }
+  HttpAddress parsed = {};
+  const std::string host = parse_address(address, parsed);
+  state =
+      std::make_unique<HttpState>(HttpState{loop, std::move(answer), is_loopback(parsed), host});
+  state->daemon.reset(start_daemon(*state, parsed));
+  if (!state->daemon) throw std::runtime_error(address + ": " + std::strerror(errno));
   const int events = MHD_get_daemon_info(state->daemon.get(), MHD_DAEMON_INFO_EPOLL_FD)->epoll_fd;
   const auto serve = [state = state.get()] { serve_http(*state); };
   state->timer.emplace(loop, serve);
@@ -274,12 +214,7 @@ HttpServer::HttpServer(Loop &loop, const std::string &address, HttpAnswer answer
 HttpServer::~HttpServer() = default;
 
 uint16_t HttpServer::port() const {
-  HttpAddress address;
-  socklen_t size = sizeof address;
-  const int listener =
-      MHD_get_daemon_info(state->daemon.get(), MHD_DAEMON_INFO_LISTEN_FD)->listen_fd;
-  getsockname(listener, &address.any, &size);
-  return ntohs(address.v4.sin_port);
+  return MHD_get_daemon_info(state->daemon.get(), MHD_DAEMON_INFO_BIND_PORT)->port;
 }
 
 }  // namespace lab

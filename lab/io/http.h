@@ -3,10 +3,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace lab {
 
@@ -17,13 +17,15 @@ struct HttpReply {
   std::string body;
 };
 
-// Is given what was asked for, as it was sent: "/pair/rack%2012?last". Nothing: there is no such
-// page.
-using HttpAnswer = std::function<std::optional<HttpReply>(std::string_view target)>;
+// What was asked for, decoded.
+using HttpQuery = std::map<std::string, std::string>;
+struct HttpRequest {
+  std::string path;
+  HttpQuery query;
+};
 
-// What is wrong with an address to listen on; "" for "127.0.0.1:8080" and "[::1]:8080". Port 0: one
-// that is free.
-std::string find_problem_of_address(const std::string &address);
+// Nothing: there is no such page.
+using HttpAnswer = std::function<std::optional<HttpReply>(const HttpRequest &request)>;
 
 struct HttpState;
 
@@ -34,7 +36,8 @@ struct HttpState;
  * its user's browser.
  */
 struct HttpServer {
-  // Throws std::runtime_error when the address is wrong, or cannot be listened on.
+  // The address: "127.0.0.1:8080" or "[::1]:8080", port 0: one that is free. Throws
+  // std::runtime_error when it is wrong, or cannot be listened on.
   HttpServer(Loop &loop, const std::string &address, HttpAnswer answer);
   ~HttpServer();
 

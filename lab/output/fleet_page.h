@@ -1,24 +1,16 @@
-// The page of all pairs that are watched.
+// What is served of the pairs that are watched: their page, their metrics, and their comparisons.
 #pragma once
 
 #include <chrono>
-#include <string>
+#include <optional>
 
+#include "io/http.h"
 #include "report/status.h"
 
 namespace lab {
 
-// Which pairs a page shows.
-struct FleetFilter {
-  std::string verdict;  // as outcome_word() writes it; empty: all
-  std::string name;     // a part of the pair's name or of a source, in any case
-};
-
-// The page reads itself again every few seconds, by its script or without.
-std::string write_fleet_page(const FleetStatus &fleet, const FleetFilter &filter,
-                             std::chrono::system_clock::time_point now);
-
-// The page of a pair whose verdict is not known, in place of a comparison that may hold no more.
-std::string write_unknown_page(const PairStatus &status, std::chrono::system_clock::time_point now);
+// "/?verdict=disagree&name=rack", "/metrics", "/pair/rack 12". Nothing: there is no such page.
+std::optional<HttpReply> answer_request(const HttpRequest &request, const FleetStatus &fleet,
+                                        std::chrono::system_clock::time_point now);
 
 }  // namespace lab

@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "output/fleet_words.h"
-#include "switch/names.h"
+#include "output/words.h"
 #include "text/file.h"
 #include "text/text.h"
 
@@ -81,7 +80,7 @@ void add_counts(MetricWriter &writer) {
     const auto count =
         std::count_if(writer.pairs.begin(), writer.pairs.end(),
                       [&](const MeasuredPair &pair) { return pair.status.outcome == outcome; });
-    add_sample(writer, "mcec_pairs", label("verdict", outcome_word(outcome)),
+    add_sample(writer, "mcec_pairs", label("verdict", outcome_name(outcome)),
                std::to_string(count));
   }
 }

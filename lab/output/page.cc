@@ -1,6 +1,7 @@
 #include "output/page.h"
 
 #include <fmt/chrono.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -10,11 +11,6 @@
 
 namespace lab {
 namespace {
-
-// "2026-11-24 09:30:00 +0100", local time.
-std::string describe_time(std::time_t time) {
-  return fmt::format("{:%Y-%m-%d %H:%M:%S %z}", fmt::localtime(time));
-}
 
 // --- the verdict ---
 
@@ -69,24 +65,19 @@ std::string describe_page_verdict(const PairReport &report) {
 std::string write_pair_table(const PairReport &report) {
   std::string rows;
   const auto add = [&](const char *title, const auto &describe) {
-    rows += fmt::format("<tr><th scope=\"row\">{}</th><td>{}</td><td>{}</td></tr>\n", title,
-                        isolated(describe(report.sides[0])), isolated(describe(report.sides[1])));
+    rows += write_row(
+        "", {title, isolated(describe(report.sides[0])), isolated(describe(report.sides[1]))});
   };
   add("Name", [](const SideReport &side) { return side.name; });
   add("Source", [](const SideReport &side) { return side.source; });
   add("File modified", [](const SideReport &side) {
-    return side.modified ? describe_time(*side.modified) : "not a file";
+    return side.modified ? describe_time(std::chrono::system_clock::from_time_t(*side.modified))
+                         : "not a file";
   });
   add("Spanning tree",
       [](const SideReport &side) { return spanning_tree_name(side.spanning_tree); });
-  return fmt::format(R"(<table class="pair">
-<caption class="unseen">The two switches</caption>
-<thead><tr><td></td><th scope="col">{}</th><th scope="col">{}</th></tr></thead>
-<tbody>
-{}</tbody>
-</table>
-)",
-                     side_names(report)[0], side_names(report)[1], rows);
+  const auto &[left, right] = side_names(report);
+  return write_table("pair", "The two switches", {"switch", left, right}, rows);
 }
 
 // --- sections ---
@@ -115,37 +106,22 @@ std::string write_notes(const PairReport &report) {
                      items);
 }
 
-std::string write_sections(const PairReport &report) {
-  struct Section {
-    const char *id;
-    const char *title;
-    std::string content;
-  };
-  const Section sections[] = {
-      {"summary", "Summary by parameter", write_parameter_summary(report)},
-      {"differ", "Scopes that differ", write_scope_tables(report, ScopeClass::different)},
-      {"accepted", "Scopes with accepted differences",
-       write_scope_tables(report, ScopeClass::accepted)},
-      {"agree", "Scopes that agree", write_agreeing_scopes(report)},
-      {"vlans", "VLANs", write_vlan_section(report)},
-      {"notes", "Notes", write_notes(report)}};
-  std::string links;
-  std::string main;
-  for (const auto &[id, title, content] : sections) {
-    if (content.empty()) continue;
-    links += fmt::format("<li><a href=\"#{}\">{}</a></li>\n", id, title);
-    main += fmt::format(R"(<section id="{0}" aria-labelledby="{0}-heading">
+struct Section {
+  const char *id;
+  const char *title;
+  std::string content;
+};
+
+std::string link_section(const Section &section) {
+  return fmt::format("<li><a href=\"#{}\">{}</a></li>\n", section.id, section.title);
+}
+
+std::string write_section(const Section &section) {
+  return fmt::format(R"(<section id="{0}" aria-labelledby="{0}-heading">
 <h2 id="{0}-heading">{1}</h2>
 {2}</section>
 )",
-                        id, title, content);
-  }
-  return fmt::format(R"(<nav aria-label="Sections"><ul>
-{}</ul></nav>
-<main id="main" tabindex="-1">
-{}</main>
-)",
-                     links, main);
+                     section.id, section.title, section.content);
 }
 
 // Longer texts are folded, with so much of them before the fold.
@@ -190,42 +166,103 @@ const std::string &name_side(const SideReport &side) {
   return side.name.empty() ? side.source : side.name;
 }
 
+std::string describe_time(WallTime time) {
+  return fmt::format("{:%Y-%m-%d %H:%M:%S %z}",
+                     fmt::localtime(std::chrono::system_clock::to_time_t(time)));
+}
+
 std::string describe_accepted(const std::optional<Acceptance> &accepted) {
   return accepted ? "Accepted: " + isolated(describe_acceptance(*accepted)) : "";
 }
 
-std::string write_page(const PairReport &report) {
-  constexpr Look looks[] = {{"good", "="}, {"bad", "≠"}, {"incomplete", "?"}};
-  const Look &look = looks[std::size_t(find_verdict(report).outcome)];
-  const std::string heading = describe_heading(report);
+const Look &look_of(std::optional<Outcome> outcome) {
+  static constexpr Look unknown = {"caution", "!"};
+  static constexpr Look known[] = {good_look, bad_look, {"caution", "?"}};
+  return outcome ? known[std::size_t(*outcome)] : unknown;
+}
+
+std::string write_state(const Look &look, const std::string &html) {
+  return fmt::format("<span class=\"state {}\"><span aria-hidden=\"true\">{}</span> {}</span>",
+                     look.name, look.sign, html);
+}
+
+std::string write_row(const std::string &attributes, const std::vector<std::string> &cells) {
+  return fmt::format("<tr {}><th scope=\"row\">{}</th><td>{}</td></tr>\n", attributes, cells[0],
+                     fmt::join(cells.begin() + 1, cells.end(), "</td><td>"));
+}
+
+std::string write_table(const char *kind, const std::string &caption,
+                        const std::vector<std::string> &columns, const std::string &rows) {
+  return fmt::format(R"(<table class="{}">
+<caption>{}</caption>
+<thead><tr><th scope="col">{}</th></tr></thead>
+<tbody>
+{}</tbody>
+</table>
+)",
+                     kind, caption, fmt::join(columns, "</th><th scope=\"col\">"), rows);
+}
+
+std::string write_document(const Document &document) {
   return fmt::format(
       R"(<!DOCTYPE html>
 <html lang="en">
 <head>
 <meta charset="utf-8">
-<meta http-equiv="Content-Security-Policy" content="default-src 'none'; )"
-      R"(style-src 'sha256-{}'; script-src 'sha256-{}'; base-uri 'none'; form-action 'none'">
+<meta http-equiv="Content-Security-Policy" content="default-src 'none'; style-src 'sha256-{}'; )"
+      R"(script-src 'sha256-{}'; connect-src {}; base-uri 'none'; form-action {}">
 <meta name="viewport" content="width=device-width, initial-scale=1">
 <meta name="color-scheme" content="light dark">
-<title>{}: {} and {}</title>
+{}<title>{}</title>
 <style>{}</style>
 </head>
 <body>
-<a class="skip" href="#main">Skip to the comparison</a>
+<a class="skip" href="#main">Skip to the content</a>
 <header class="{}">
-<p class="what">Spanning-tree settings of {}. Generated {} by mcec-lab {}.</p>
-<h1><span aria-hidden="true">{}</span> {}</h1>
-<div class="verdict">{}</div>
+<p class="what" id="time" data-live>{}</p>
+<h1 id="heading" data-live>{}</h1>
 {}</header>
-{}<script>{}</script>
+<main id="main" tabindex="-1">
+{}</main>
+<script>{}</script>
 </body>
 </html>
 )",
-      hash_text(page_style), hash_text(page_script), heading, escaped(name_side(report.sides[0])),
-      escaped(name_side(report.sides[1])), page_style, look.name,
-      report.is_intended ? "a switch, compared with its intended state" : "two switches",
-      describe_time(std::time(nullptr)), LAB_VERSION, look.sign, heading,
-      describe_page_verdict(report), write_pair_table(report), write_sections(report), page_script);
+      hash_text(page_style), hash_text(page_script), document.contacts, document.contacts,
+      document.head, document.title, page_style, document.look.name, document.what,
+      write_state(document.look, document.heading), document.header, document.main, page_script);
+}
+
+std::string write_page(const PairReport &report) {
+  const std::string heading = describe_heading(report);
+  const Section sections[] = {
+      {"summary", "Summary by parameter", write_parameter_summary(report)},
+      {"differ", "Scopes that differ", write_scope_tables(report, ScopeClass::different)},
+      {"accepted", "Scopes with accepted differences",
+       write_scope_tables(report, ScopeClass::accepted)},
+      {"agree", "Scopes that agree", write_agreeing_scopes(report)},
+      {"vlans", "VLANs", write_vlan_section(report)},
+      {"notes", "Notes", write_notes(report)}};
+  std::string links;
+  std::string main;
+  for (const Section &section : sections) {
+    if (section.content.empty()) continue;
+    links += link_section(section);
+    main += write_section(section);
+  }
+  return write_document(
+      {.title = fmt::format("{}: {} and {}", heading, escaped(name_side(report.sides[0])),
+                            escaped(name_side(report.sides[1]))),
+       .look = look_of(find_verdict(report).outcome),
+       .what = fmt::format(
+           "Spanning-tree settings of {}. Generated {} by mcec-lab {}.",
+           report.is_intended ? "a switch, compared with its intended state" : "two switches",
+           describe_time(std::chrono::system_clock::now()), LAB_VERSION),
+       .heading = heading,
+       .header = fmt::format("<div class=\"verdict\">{}</div>\n{}<nav aria-label=\"Sections\"><ul>"
+                             "\n{}</ul></nav>\n",
+                             describe_page_verdict(report), write_pair_table(report), links),
+       .main = main});
 }
 
 }  // namespace lab

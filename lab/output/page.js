@@ -135,6 +135,46 @@ const drawGrid = (grid) => {
 };
 if (document.getElementById("grid")) drawGrid(document.getElementById("grid"));
 
+// Reads the page of watched pairs again. Its filter is the server's, so that it is the same without a script.
+const keepFresh = (name) => {
+  const PAUSE = 5000;
+  let timer = 0;
+  let last = 0;
+  const replace = (page) => {
+    const focus = document.activeElement?.getAttribute("href");
+    for (const part of document.querySelectorAll("[data-live]")) {
+      part.replaceWith(page.getElementById(part.id));
+    }
+    document.title = page.title;
+    document.querySelector("header").className = page.querySelector("header").className;
+    const link = focus && document.querySelector(`a[href="${CSS.escape(focus)}"]`);
+    if (link) link.focus({ preventScroll: true });
+  };
+  const refresh = async () => {
+    clearTimeout(timer);
+    const number = ++last;
+    let page = null;
+    try {
+      const answer = await fetch(location.href);
+      if (answer.ok) page = new DOMParser().parseFromString(await answer.text(), "text/html");
+    } catch {
+      // The server may come back.
+    }
+    if (number !== last) return;
+    if (page) replace(page);
+    document.getElementById("lost").hidden = page !== null;
+    timer = setTimeout(refresh, PAUSE);
+  };
+  name.addEventListener("input", () => {
+    const url = new URL(location.href);
+    url.searchParams.set("name", name.value);
+    history.replaceState(null, "", url);
+    refresh();
+  });
+  timer = setTimeout(refresh, PAUSE);
+};
+if (document.getElementById("lost")) keepFresh(document.getElementById("name"));
+
 // Paper has no folds to open: long values are printed whole.
 let opened = [];
 addEventListener("beforeprint", () => {

@@ -8,11 +8,7 @@
 namespace lab {
 namespace {
 
-constexpr Look different_look = {"bad", "≠"};
-constexpr Look accepted_look = {"accepted", "≈"};
-constexpr Look same_look = {"good", "="};
-
-constexpr Look class_looks[] = {different_look, accepted_look, same_look};
+constexpr Look class_looks[] = {bad_look, accepted_look, good_look};
 
 ScopeClass class_of(const ScopeReport &scope) {
   if (!is_agreed(find_verdict(scope))) return ScopeClass::different;
@@ -45,12 +41,12 @@ std::string write_value(const ParameterReport &parameter, std::size_t side) {
   return html;
 }
 
-Look look_of(const ScopeReport &scope, const ParameterReport &parameter) {
+Look look_of_parameter(const ScopeReport &scope, const ParameterReport &parameter) {
   if (is_different(parameter)) {
-    return parameter.accepted || scope.accepted ? accepted_look : different_look;
+    return parameter.accepted || scope.accepted ? accepted_look : bad_look;
   }
   const auto &[left, right] = parameter.states;
-  if (left == State::same && right == State::same) return same_look;
+  if (left == State::same && right == State::same) return good_look;
   return {"other", left == State::same_on_twins || right == State::same_on_twins ? "≈" : "–"};
 }
 
@@ -62,13 +58,12 @@ std::string write_note_row(const char *look, const std::string &html) {
 
 std::string write_parameter(const ScopeGroup &group, const ParameterReport &parameter,
                             const SideNames &names) {
-  const Look look = look_of(*group.scopes.front(), parameter);
-  std::string rows = fmt::format(
-      "<tr class=\"{}\"><th scope=\"row\">{}</th><td>{}</td><td>{}</td>"
-      "<td class=\"state\"><span aria-hidden=\"true\">{}</span> {}</td></tr>\n",
-      look.name, parameter_key(parameter.type), write_value(parameter, 0),
-      write_value(parameter, 1), look.sign, describe_states(parameter, names));
-  rows += write_note_row("accepted", describe_accepted(parameter.accepted));
+  const Look look = look_of_parameter(*group.scopes.front(), parameter);
+  std::string rows =
+      write_row(fmt::format("class=\"{}\"", look.name),
+                {parameter_key(parameter.type), write_value(parameter, 0),
+                 write_value(parameter, 1), write_state(look, describe_states(parameter, names))});
+  rows += write_note_row("caution", describe_accepted(parameter.accepted));
   if (!parameter.fix || parameter.accepted) return rows;
   const std::string fix = describe_fix(widen_fix(parameter.fix->fix, group), names);
   const std::string steps = has_mode_change(parameter) ? std::string("; ") + mode_steps : "";
@@ -82,15 +77,15 @@ std::string write_parameters(const ScopeGroup &group, const SideNames &names) {
     rows += write_parameter(group, parameter, names);
   }
   if (rows.empty()) rows = write_note_row("other", "neither switch has a parameter to send");
-  rows += write_note_row("accepted", describe_accepted(scope.accepted));
+  rows += write_note_row("caution", describe_accepted(scope.accepted));
   const std::string missing = describe_missing_row(group, names);
   if (!missing.empty()) rows += write_note_row("fix", "Fix: " + folded(missing));
   for (std::size_t side = 0; side < names.size(); ++side) {
     for (const InconsistentPort &port : scope.inconsistent[side]) {
       const std::string text = describe_inconsistent_port(port, scope.scope.ends[side]);
-      rows += write_note_row(
-          "bad", fmt::format("<span aria-hidden=\"true\">≠</span> Inconsistent on the {}: {}",
-                             names[side], isolated(text)));
+      rows +=
+          write_note_row("bad", write_state(bad_look, fmt::format("Inconsistent on the {}: {}",
+                                                                  names[side], isolated(text))));
     }
   }
   return rows;
@@ -137,22 +132,18 @@ std::string link_scopes(const Scopes &scopes, const PairReport &report, bool as_
 
 std::string write_scope_tables(const PairReport &report, ScopeClass wanted) {
   const SideNames &names = side_names(report);
-  const Look &look = class_looks[std::size_t(wanted)];
   std::string html;
   for (const ScopeGroup &group : group_scopes(select_scopes(report, wanted))) {
-    html += fmt::format(
-        R"(<table class="scope" id="{}">
-<caption><h3>{}</h3> <span class="{}"><span aria-hidden="true">{}</span> {}</span></caption>
-<thead><tr><th scope="col">parameter</th><th scope="col">{} <small>{}</small></th>)"
-        R"(<th scope="col">{} <small>{}</small></th><th scope="col">comparison</th></tr></thead>
-<tbody>
-{}</tbody>
-</table>
-)",
-        anchor_of(group, report), folded(describe_group(group, names)), look.name, look.sign,
-        describe_scope_verdict(*group.scopes.front(), names), names[0],
-        isolated(name_side(report.sides[0])), names[1], isolated(name_side(report.sides[1])),
-        write_parameters(group, names));
+    const std::string caption = fmt::format(
+        "<h3 id=\"{}\">{}</h3> {}", anchor_of(group, report), folded(describe_group(group, names)),
+        write_state(class_looks[std::size_t(wanted)],
+                    describe_scope_verdict(*group.scopes.front(), names)));
+    const auto column = [&](std::size_t side) {
+      return fmt::format("{} <small>{}</small>", names[side],
+                         isolated(name_side(report.sides[side])));
+    };
+    html += write_table("scope", caption, {"parameter", column(0), column(1), "comparison"},
+                        write_parameters(group, names));
   }
   return html;
 }
@@ -160,23 +151,16 @@ std::string write_scope_tables(const PairReport &report, ScopeClass wanted) {
 std::string write_parameter_summary(const PairReport &report) {
   std::string rows;
   for (const auto &[type, count] : summarize(report.checks).parameters) {
-    const Look &look = count.differ.empty() ? same_look : different_look;
-    rows += fmt::format(
-        "<tr class=\"{}\"><th scope=\"row\">{}</th><td class=\"state\"><span "
-        "aria-hidden=\"true\">{}</span> {} of {}</td><td>{}</td></tr>\n",
-        look.name, parameter_key(type), look.sign, count.differ.size(), count.scopes,
-        count.differ.empty() ? "none" : link_scopes(count.differ, report));
+    const Look &look = count.differ.empty() ? good_look : bad_look;
+    rows +=
+        write_row(fmt::format("class=\"{}\"", look.name),
+                  {parameter_key(type),
+                   write_state(look, fmt::format("{} of {}", count.differ.size(), count.scopes)),
+                   count.differ.empty() ? "none" : link_scopes(count.differ, report)});
   }
   if (rows.empty()) return "";
-  return fmt::format(R"(<table class="summary">
-<caption class="unseen">In how many scopes each parameter differs</caption>
-<thead><tr><th scope="col">parameter</th><th scope="col">scopes that differ</th>)"
-                     R"(<th scope="col">which</th></tr></thead>
-<tbody>
-{}</tbody>
-</table>
-)",
-                     rows);
+  return write_table("summary", "In how many scopes each parameter differs",
+                     {"parameter", "scopes that differ", "which"}, rows);
 }
 
 }  // namespace lab

@@ -96,26 +96,18 @@ std::string write_vlan_table(const VlanGroups &groups, bool are_equal, const Sid
     const auto &[state, left, right] = facts;
     if ((left == right) != are_equal) continue;
     ++count;
-    rows += fmt::format(
-        "<tr data-state=\"{}\" data-vlans=\"{}\"><th scope=\"row\">{}</th><td>{}</td><td>{}</td>"
-        "<td>{}</td></tr>\n",
-        vlan_states[state].key, vlan_text(vlans), folded(vlans), describe_fact(left),
-        describe_fact(right), vlan_states[state].words);
+    rows += write_row(
+        fmt::format("data-state=\"{}\" data-vlans=\"{}\"", vlan_states[state].key,
+                    vlan_text(vlans)),
+        {folded(vlans), describe_fact(left), describe_fact(right), vlan_states[state].words});
   }
   if (rows.empty()) return "";
-  return fmt::format(R"(<details class="fold"{0}><summary>{1}</summary>
-<table class="vlans">
-<caption class="unseen">{1}</caption>
-<thead><tr><th scope="col">VLANs</th><th scope="col">{2}</th><th scope="col">{3}</th>)"
-                     R"(<th scope="col">comparison</th></tr></thead>
-<tbody>
-{4}</tbody>
-</table></details>
-)",
-                     are_equal || count > most_open_rows ? "" : " open",
-                     are_equal ? "VLANs that are the same on both switches"
-                               : "VLANs that differ between the switches",
-                     names[0], names[1], rows);
+  const char *title = are_equal ? "VLANs that are the same on both switches"
+                                : "VLANs that differ between the switches";
+  return fmt::format(
+      "<details class=\"fold\"{}><summary>{}</summary>\n{}</details>\n",
+      are_equal || count > most_open_rows ? "" : " open", title,
+      write_table("vlans", title, {"VLANs", names[0], names[1], "comparison"}, rows));
 }
 
 }  // namespace

@@ -199,9 +199,9 @@ const char *describe_incomplete(Incomplete reason) {
                "were not compared";
 }
 
-const char *outcome_name(Outcome outcome) {
+const char *outcome_name(std::optional<Outcome> outcome) {
   constexpr const char *names[] = {"agree", "disagree", "incomplete"};
-  return names[std::size_t(outcome)];
+  return outcome ? names[std::size_t(*outcome)] : "unknown";
 }
 
 const char *spanning_tree_name(SpanningTree spanning_tree) {

@@ -59,8 +59,12 @@ std::string describe_acceptance(const Acceptance &acceptance);
 // What is wrong, in the first line of a comparison: "neither switch has a multi-chassis channel".
 const char *describe_incomplete(Incomplete reason);
 
-// "agree", "disagree", "incomplete".
-const char *outcome_name(Outcome outcome);
+// "agree", "disagree", "incomplete", or "unknown".
+const char *outcome_name(std::optional<Outcome> outcome);
+
+// What needs a look first.
+inline constexpr std::optional<Outcome> all_outcomes[] = {Outcome::disagree, std::nullopt,
+                                                          Outcome::incomplete, Outcome::agree};
 
 // "rapid-pvst", "mst", "off", "unknown".
 const char *spanning_tree_name(SpanningTree spanning_tree);
