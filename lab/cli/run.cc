@@ -82,11 +82,9 @@ Status run_file(const std::string &file, const Arguments &arguments) {
     } else {
       print_step(step, style);
     }
+    progress.print(step.head.number, scenario.steps.size());
   };
-  const RunReport report =
-      run(scenario, {.log = arguments.log, .on_step = on_step, .on_work = [&](auto done, auto all) {
-                       progress.print(done, all);
-                     }});
+  const RunReport report = run(scenario, {.log = arguments.log, .on_step = on_step});
   progress.clear();
   if (!arguments.json && !report.failure) print_end(report, style);
   const Status status = end_run(report, steps, arguments.json);
@@ -130,11 +128,12 @@ Status execute_what_if(const Arguments &arguments) {
   const Style style{.layout = standard_layout(arguments.color)};
   Progress progress;
   std::vector<StepReport> steps;
+  const auto on_step = [&](const StepReport &step) {
+    steps.push_back(step);
+    progress.print(step.head.number, arguments.step - 1);
+  };
   const RunReport report =
-      what_if(scenario, arguments.step - 1,
-              {.log = arguments.log,
-               .on_step = [&](const StepReport &step) { steps.push_back(step); },
-               .on_work = [&](auto done, auto all) { progress.print(done, all); }});
+      what_if(scenario, arguments.step - 1, {.log = arguments.log, .on_step = on_step});
   progress.clear();
   if (!arguments.json && !report.failure) {
     for (const StepReport &step : steps) print_unmet_step(step, style);

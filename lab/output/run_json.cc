@@ -1,4 +1,5 @@
 #include "output/json.h"
+#include "switch/arrays.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -47,7 +48,7 @@ Json switch_to_json(const SwitchReport &report) {
   if (report.answer) json["accepted"] = report.answer->is_accepted;
   if (report.records) json["records"] = list_json(*report.records, record_to_json);
   if (report.values) json["values"] = list_json(*report.values, entry_to_json);
-  if (report.parameters) json["parameters"] = list_json(*report.parameters, entry_to_json);
+  if (report.exported) json["parameters"] = list_json(entries_of(*report.exported), entry_to_json);
   if (report.display) json["report"] = list_json(*report.display, display_to_json);
   if (!report.log.empty()) json["log"] = report.log;
   return json;

@@ -3,20 +3,26 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
-#include <functional>
+#include <set>
 #include <stdexcept>
 
+#include "avl.h"
 #include "draimiofaf/cache.h"
 #include "draimiofaf/check.h"
 #include "draimiofaf/extract.h"
+#include "draimiofaf/foundation.h"
 #include "mts.h"
-#include "pair/compare.h"
 #include "pair/wire.h"
+#include "satmgr.h"
 #include "standin.h"
 #include "switch/arrays.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
+
+// The platform's type of an Ethernet port.
+constexpr uint8_t ethernet_type = 26;
 
 struct Message {
   void *msg;
@@ -26,8 +32,14 @@ struct Message {
   ~Message() { standin_message_free(msg); }
 };
 
-// The platform's type of an Ethernet port.
-constexpr uint8_t ethernet_type = 26;
+// Failures that a scenario orders are for the library. The lab's own work with the platform is left
+// out; the library is called within one of these.
+struct LibraryCall {
+  LibraryCall() { standin_suspend_failures(0); }
+  LibraryCall(const LibraryCall &) = delete;
+  LibraryCall &operator=(const LibraryCall &) = delete;
+  ~LibraryCall() { standin_suspend_failures(1); }
+};
 
 LastLines *last_lines_of_process;
 
@@ -38,10 +50,11 @@ void keep_line(const char *line) {
   ++lines.count;
 }
 
-// The line to the other switch.
-struct ToPeer {
-  int socket;
-  bool speaks_first;
+// What this process is.
+struct Device {
+  int peer;          // the line to the other switch
+  std::size_t side;  // the left switch, 0, speaks first
+  std::optional<Settings> settings = {};
 };
 
 void reset_platform() {
@@ -54,24 +67,202 @@ int32_t is_global(const Scope &scope) {
   return scope.global ? 1 : 0;
 }
 
-// --- arrays ---
-
-Exported export_scope(const Scope &scope) {
-  void *out = nullptr;
-  Exported exported{};
-  {
-    const LibraryCall call;
-    exported.result = stp_mcec_type1_cfg_get_params(is_global(scope), scope.port, &out);
-  }
-  const Block<uint8_t> array(static_cast<uint8_t *>(out));
-  if (array) {
-    exported.array = {array.get(), array.get() + standin_tlv_array_bytes(array.get())};
-  }
-  return exported;
+std::string find_port_name(const Device &device, uint32_t index) {
+  const Port *port = device.settings ? find_port(*device.settings, index) : nullptr;
+  return port != nullptr ? port_name(*port) : port_text(index);
 }
 
-// An array that came over a socket: none, or as long as it says it is.
-Bytes received_array(const std::optional<Bytes> &frame) {
+void add_result(uint32_t code, SwitchReport &report) {
+  if (report.result.value_or(0) == 0) report.result = code;
+}
+
+template <class List>
+List &make_list(std::optional<List> &list) {
+  return list ? *list : list.emplace();
+}
+
+// --- arrays ---
+
+void *data_of(Bytes &array) {
+  return array.empty() ? nullptr : array.data();
+}
+
+Bytes export_scope(const Scope &scope, uint32_t &result) {
+  void *out = nullptr;
+  {
+    const LibraryCall call;
+    result = stp_mcec_type1_cfg_get_params(is_global(scope), scope.port, &out);
+  }
+  const Block<uint8_t> array(static_cast<uint8_t *>(out));
+  return array ? Bytes(array.get(), array.get() + standin_tlv_array_bytes(array.get())) : Bytes();
+}
+
+Bytes export_scope(const Scope &scope) {
+  uint32_t result = 0;
+  return export_scope(scope, result);
+}
+
+// An update message, or what the cache takes like one.
+Message make_update(uint32_t opcode, const Scope &scope, const std::vector<Entry> &entries) {
+  const Bytes array = build_array(entries);
+  const uint32_t header[] = {uint32_t(is_global(scope)), scope.port, 0, uint32_t(array.size())};
+  static_assert(sizeof header == STP_MCEC_TYPE1_UPD_HDR_SIZE);
+  Bytes payload(sizeof header + array.size());
+  std::memcpy(payload.data(), header, sizeof header);
+  std::memcpy(payload.data() + sizeof header, array.data(), array.size());
+  return Message(standin_message(opcode, payload.data(), payload.size()));
+}
+
+uint32_t update_cache(const Scope &scope, const std::vector<Entry> &entries) {
+  const Message msg = make_update(0, scope, entries);
+  const LibraryCall call;
+  return stp_mcec_type1_cfg_cache_update(0, is_global(scope), scope.port, msg.msg);
+}
+
+uint32_t delete_cache(const Scope &scope) {
+  const LibraryCall call;
+  return stp_mcec_type1_cfg_cache_update(1, is_global(scope), scope.port, nullptr);
+}
+
+// --- what the library is asked ---
+
+void extract(const Device &device, void *msg, SwitchReport &report) {
+  uint8_t *array = nullptr;
+  uint32_t count = 0;
+  uint32_t is_cmd = 0;
+  mcecm_app_cmd_extract_info_t *info = nullptr;
+  {
+    const LibraryCall call;
+    add_result(stp_mcec_type1_cfg_param_extractor(msg, &array, &count, &is_cmd, &info), report);
+  }
+  const Block<uint8_t> owned_array(array);
+  const Block<mcecm_app_cmd_extract_info_t> owned_info(info);
+  for (uint32_t i = 0; info != nullptr && i < count; ++i) {
+    make_list(report.records)
+        .push_back({.type = info[i].type,
+                    .port = info[i].is_global != 0 ? "" : find_port_name(device, info[i].if_index),
+                    .is_valid = info[i].valid == 1});
+  }
+  std::vector<Entry> &values = make_list(report.values);
+  if (array == nullptr) return;
+  for (const Entry &entry : entries_of({array, array + standin_tlv_array_bytes(array)})) {
+    if (std::ranges::count(values, entry) == 0) values.push_back(entry);
+  }
+}
+
+void perform(Device &device, const Command &command, Reply &reply) {
+  std::vector<standin_attribute_t> attributes;
+  for (const Command::Attribute &attribute : command.attributes) {
+    attributes.push_back({attribute.id, uint32_t(attribute.value.size()), attribute.value.data()});
+  }
+  const Message msg(standin_command(command.id, command.positive ? 1 : 0, attributes.data(),
+                                    uint32_t(attributes.size())));
+  standin_answers_clear();
+  reply.report.is_command = true;
+  extract(device, msg.msg, reply.report);
+  if (standin_answer_count() == 0) return;
+  const standin_answer_t answer = standin_answer_at(standin_answer_count() - 1);
+  std::string text = printable_lines(answer.text);
+  text.erase(text.find_last_not_of('\n') + 1);
+  reply.report.answer = CommandAnswer{answer.accepted != 0, text};
+}
+
+void perform(Device &device, const Update &update, Reply &reply) {
+  const Message msg = make_update(STP_MCEC_MTS_OPC_TYPE1_UPD, update.scope, update.entries);
+  extract(device, msg.msg, reply.report);
+}
+
+void perform(Device &, const CacheUpdate &update, Reply &reply) {
+  add_result(update_cache(update.scope, update.entries), reply.report);
+}
+
+void perform(Device &, const Delete &deleted, Reply &reply) {
+  add_result(delete_cache(deleted.scope), reply.report);
+}
+
+void perform(Device &, const Export &exported, Reply &reply) {
+  uint32_t result = 0;
+  reply.report.exported = export_scope(exported.scope, result);
+  add_result(result, reply.report);
+}
+
+void perform(Device &, const Rebuild &rebuild, Reply &reply) {
+  Bytes array = rebuild.array;
+  const LibraryCall call;
+  add_result(stp_mcec_type1_cfg_cache_rebuild(data_of(array), 0, rebuild.scope.port), reply.report);
+}
+
+void perform(Device &device, const Report &asked, Reply &reply) {
+  Bytes array = export_scope(asked.scope);
+  void *block = nullptr;
+  {
+    const LibraryCall call;
+    add_result(stp_mcec_type1_cfg_get_param_info(data_of(array), &block), reply.report);
+  }
+  const Block<mcecm_app_info_report_t> report(static_cast<mcecm_app_info_report_t *>(block));
+  std::vector<DisplayRecord> &display = make_list(reply.report.display);
+  for (uint32_t i = 0; report && i < report->count; ++i) {
+    const mcecm_app_info_t &record = report->records[i];
+    display.push_back(
+        {.scope = asked.scope.global ? "switch" : find_port_name(device, asked.scope.port),
+         .type = record.param_type,
+         .component = printable(record.component),
+         .name = printable(record.param_name),
+         .value = printable(record.param_value)});
+  }
+}
+
+// --- the world around the library ---
+
+void perform(Device &device, const ChangeWorld &change, Reply &) {
+  device.settings = change.settings;
+  standin_set_trunk(change.settings.trunk ? 1 : 0);
+  standin_clear_user_vlans();
+  for (const auto &[first, last] : ranges_of(change.settings.user_vlans)) {
+    standin_add_user_vlans(first, last);
+  }
+  for (const Port &port : change.settings.ports) {
+    standin_add_ports(port.index, port.index, ethernet_type, STP_MCEC_IF_LAYER_MODE_ACCEPTED);
+    standin_set_member(port.index, port.channel);
+    standin_set_pod_port(port.index, port.pod ? 1 : 0);
+  }
+  for (const Channel &channel : change.settings.channels) {
+    standin_set_internal(channel.id, channel.internal ? 1 : 0);
+  }
+}
+
+void perform(Device &device, const SetUp &set_up, Reply &reply) {
+  if (device.settings) {  // forget the switch that this process was before
+    delete_cache({});
+    for (const Port &port : device.settings->ports) delete_cache({false, port.index});
+    reset_platform();
+  }
+  perform(device, ChangeWorld{set_up.settings}, reply);
+  for (const Port &port : set_up.settings.ports) {
+    if (!port.parameters.empty()) update_cache({false, port.index}, port.parameters);
+  }
+  if (!set_up.settings.parameters.empty()) update_cache({}, set_up.settings.parameters);
+}
+
+void perform(Device &, const Fail &fail, Reply &) {
+  standin_fail(static_cast<standin_operation_t>(fail.operation), fail.nth, fail.times);
+}
+
+void perform(Device &, const Crash &crash, Reply &) {
+  std::signal(crash.signal, SIG_DFL);  // whatever a sanitizer has in its place
+  std::raise(crash.signal);
+}
+
+// --- checks ---
+
+// Ask the peer for its array of a scope while it asks for ours: none, or as long as it says it is.
+Bytes exchange_arrays(const Device &device, const Bytes &own) {
+  const auto send = [&] {
+    if (!write_frame(device.peer, own)) throw std::runtime_error("the other switch is gone");
+  };
+  if (device.side == 0) send();
+  const std::optional<Bytes> frame = read_frame(device.peer);
+  if (device.side != 0) send();
   if (!frame) throw std::runtime_error("the other switch is gone");
   const bool whole = frame->size() >= STP_MCEC_TLV_ARRAY_HDR_SIZE &&
                      standin_tlv_array_bytes(frame->data()) == frame->size();
@@ -81,234 +272,88 @@ Bytes received_array(const std::optional<Bytes> &frame) {
   return *frame;
 }
 
-Bytes update_payload(const Scope &scope, const std::vector<Entry> &entries) {
-  const Bytes array = build_array(entries);
-  const uint32_t header[] = {uint32_t(is_global(scope)), scope.port, 0, uint32_t(array.size())};
-  static_assert(sizeof header == STP_MCEC_TYPE1_UPD_HDR_SIZE);
-  Bytes payload(sizeof header + array.size());
-  std::memcpy(payload.data(), header, sizeof header);
-  std::memcpy(payload.data() + sizeof header, array.data(), array.size());
-  return payload;
-}
-
-// --- what the library is asked ---
-
-Extracted extract(void *msg) {
-  uint8_t *array = nullptr;
-  uint32_t count = 0;
-  uint32_t is_cmd = 0;
-  mcecm_app_cmd_extract_info_t *info = nullptr;
-  Extracted extracted{};
-  {
-    const LibraryCall call;
-    extracted.result = stp_mcec_type1_cfg_param_extractor(msg, &array, &count, &is_cmd, &info);
-  }
-  const Block<uint8_t> owned_array(array);
-  const Block<mcecm_app_cmd_extract_info_t> owned_info(info);
-  for (uint32_t i = 0; info != nullptr && i < count; ++i) {
-    extracted.records.push_back(
-        {info[i].type, info[i].valid, info[i].is_global != 0, info[i].if_index});
-  }
-  if (array != nullptr) {
-    extracted.values = entries_of({array, array + standin_tlv_array_bytes(array)});
-  }
-  return extracted;
-}
-
-Extracted perform(const Command &command) {
-  std::vector<standin_attribute_t> attributes;
-  for (const Command::Attribute &attribute : command.attributes) {
-    attributes.push_back({attribute.id, uint32_t(attribute.value.size()), attribute.value.data()});
-  }
-  const Message msg(standin_command(command.id, command.positive ? 1 : 0, attributes.data(),
-                                    uint32_t(attributes.size())));
-  standin_answers_clear();
-  Extracted extracted = extract(msg.msg);
-  for (uint32_t i = 0; i < standin_answer_count(); ++i) {
-    const standin_answer_t answer = standin_answer_at(i);
-    extracted.responses.push_back({answer.accepted != 0, answer.text});
-  }
-  return extracted;
-}
-
-Extracted perform(const Update &update) {
-  const Bytes payload = update_payload(update.scope, update.entries);
-  const Message msg(standin_message(STP_MCEC_MTS_OPC_TYPE1_UPD, payload.data(), payload.size()));
-  return extract(msg.msg);
-}
-
-Result perform(const CacheUpdate &update) {
-  const Bytes payload = update_payload(update.scope, update.entries);
-  const Message msg(standin_message(0, payload.data(), payload.size()));
+// The library's check of a scope. A switch that has no array to give is checked without one.
+uint32_t check(const Scope &scope, Bytes local, Bytes peer, const std::optional<Vlans> &twins) {
+  Bytes record = vlan_record(twins.value_or(Vlans{}));
+  stp_mcec_lib_bmp4096_ntoh(record.data(), record.data());
+  Bytes pass(record.size());
+  Bytes fail(record.size());
+  const uint32_t check_vlans = twins ? 1 : 0;
   const LibraryCall call;
-  return {stp_mcec_type1_cfg_cache_update(0, is_global(update.scope), update.scope.port, msg.msg)};
-}
-
-Result perform(const Delete &deleted) {
-  const LibraryCall call;
-  return {
-      stp_mcec_type1_cfg_cache_update(1, is_global(deleted.scope), deleted.scope.port, nullptr)};
-}
-
-Exported perform(const Export &exported) {
-  return export_scope(exported.scope);
-}
-
-Result perform(const Rebuild &rebuild) {
-  Bytes array = rebuild.array;
-  void *given = array.empty() ? nullptr : array.data();
-  const LibraryCall call;
-  return {stp_mcec_type1_cfg_cache_rebuild(given, 0, rebuild.scope.port)};
-}
-
-Reported perform(const Report &report) {
-  Bytes array = export_scope(report.scope).array;
-  void *block = nullptr;
-  Reported reported{};
-  {
-    const LibraryCall call;
-    reported.result =
-        stp_mcec_type1_cfg_get_param_info(array.empty() ? nullptr : array.data(), &block);
+  if (scope.global) {
+    return stp_mcec_type1_cfg_compat_check(0, data_of(local), data_of(peer), check_vlans,
+                                           record.data(), pass.data(), fail.data());
   }
-  const Block<mcecm_app_info_report_t> owned(static_cast<mcecm_app_info_report_t *>(block));
-  for (uint32_t i = 0; owned && i < owned->count; ++i) {
-    const mcecm_app_info_t &record = owned->records[i];
-    reported.records.push_back(
-        {record.param_type, record.component, record.param_name, record.param_value});
-  }
-  return reported;
+  return stp_mcec_type1_cfg_compat_check_with_ifindex(scope.port, 0, data_of(local), data_of(peer),
+                                                      check_vlans, record.data(), pass.data(),
+                                                      fail.data());
 }
 
-// --- the world around the library ---
-
-Done perform(const ChangeWorld &asked) {
-  const WorldChange &change = asked.change;
-  if (change.trunk) standin_set_trunk(*change.trunk ? 1 : 0);
-  if (change.user_vlans) {
-    standin_clear_user_vlans();
-    for (const auto &[first, last] : ranges_of(*change.user_vlans)) {
-      standin_add_user_vlans(first, last);
-    }
-  }
-  for (const Port &port : change.ports) {
-    standin_add_ports(port.index, port.index, ethernet_type, STP_MCEC_IF_LAYER_MODE_ACCEPTED);
-    standin_set_member(port.index, port.channel);
-    standin_set_pod_port(port.index, port.pod ? 1 : 0);
-  }
-  for (const Channel &channel : change.channels) {
-    standin_set_internal(channel.id, channel.internal ? 1 : 0);
-  }
-  return {};
-}
-
-// Forget the switch that this process was before, if any.
-void clear_switch(const std::vector<Port> &ports) {
-  perform(Delete{});
-  for (const Port &port : ports) perform(Delete{{false, port.index}});
-  reset_platform();
-}
-
-Done perform(const SetUp &set_up) {
-  static std::optional<std::vector<Port>> ports;  // of the switch that was set up last
-  if (ports) clear_switch(*ports);
-  const Settings &settings = set_up.settings;
-  ports = settings.ports;
-  perform(ChangeWorld{{settings.trunk, settings.user_vlans, settings.channels, settings.ports}});
-  for (const Port &port : settings.ports) {
-    if (!port.parameters.empty()) perform(CacheUpdate{{false, port.index}, port.parameters});
-  }
-  if (!settings.parameters.empty()) perform(CacheUpdate{{}, settings.parameters});
-  return {};
-}
-
-Done perform(const Fail &fail) {
-  standin_fail(static_cast<standin_operation_t>(fail.operation), fail.nth, fail.times);
-  return {};
-}
-
-Done perform(const Crash &crash) {
-  std::signal(crash.signal, SIG_DFL);  // whatever a sanitizer has in its place
-  std::raise(crash.signal);
-  return {};
-}
-
-// --- checks ---
-
-// Ask the peer for its array of a scope while it asks for ours.
-Bytes exchange(const ToPeer &peer, const Bytes &own) {
-  const auto send = [&] {
-    if (!write_frame(peer.socket, own)) throw std::runtime_error("the other switch is gone");
-  };
-  if (peer.speaks_first) send();
-  const std::optional<Bytes> frame = read_frame(peer.socket);
-  if (!peer.speaks_first) send();
-  return received_array(frame);
+std::optional<uint32_t> cached_mode() {
+  const type1_cfg_avl_node_t key{0, STP_MCEC_TYPE1_STP_MODE, 0, nullptr};
+  const auto *node =
+      static_cast<const type1_cfg_avl_node_t *>(avl_find(stp_mcec_type1_cfg_avl, &key));
+  if (node == nullptr) return std::nullopt;
+  return word_of(Bytes(node->val, node->val + node->len));
 }
 
 // The ports of a channel that are not set like the one that speaks for it.
-std::vector<View::InconsistentPort> find_inconsistent_ports(const Bytes &spoken,
-                                                            const std::vector<uint32_t> &others) {
-  std::vector<View::InconsistentPort> inconsistent;
-  for (const uint32_t port : others) {
-    const Bytes array = export_scope({false, port}).array;
+std::vector<InconsistentPort> find_inconsistent_ports(
+    const Bytes &spoken, const std::vector<PairScope::Member> &others) {
+  const std::vector<Entry> own = entries_of(spoken);
+  std::vector<InconsistentPort> inconsistent;
+  for (const PairScope::Member &port : others) {
+    const Bytes array = export_scope({false, port.port});
     if (array == spoken) continue;
-    View::InconsistentPort found{port, {}};
-    std::vector<Entry> left = entries_of(spoken);
-    for (const Entry &entry : entries_of(array)) {
-      const auto same = std::find(left.begin(), left.end(), entry);
-      if (same == left.end()) found.types.push_back(entry.type);
-      if (same != left.end()) left.erase(same);
+    const std::vector<Entry> its = entries_of(array);
+    std::set<uint16_t> types;
+    for (const auto &[entries, other] : {std::pair(&own, &its), std::pair(&its, &own)}) {
+      for (const Entry &entry : *entries) {
+        if (std::ranges::count(*other, entry) == 0) types.insert(entry.type);
+      }
     }
-    for (const Entry &entry : left) found.types.push_back(entry.type);
-    std::sort(found.types.begin(), found.types.end());
-    found.types.erase(std::unique(found.types.begin(), found.types.end()), found.types.end());
-    inconsistent.push_back(std::move(found));
+    inconsistent.push_back({port.name, {types.begin(), types.end()}});
   }
   return inconsistent;
 }
 
-Checked perform_check(const Check &check, const ToPeer &peer) {
-  Checked checked;
-  for (const Check::Compared &compared : check.scopes) {
-    const Bytes own = compared.present ? export_scope(compared.scope).array : Bytes{};
-    const Bytes theirs = exchange(peer, own);
-    View view = compare(compared.scope, own, theirs, check.twins);
-    view.inconsistent = find_inconsistent_ports(own, compared.others);
-    checked.views.push_back(std::move(view));
+void perform(Device &device, const Check &asked, Reply &reply) {
+  for (const PairScope &compared : asked.scopes) {
+    const PairScope::End &end = compared.ends[device.side];
+    const Scope scope{compared.kind == PairScope::Kind::of_switch, end.port};
+    ScopeAnswer &answer = reply.checked.emplace_back();
+    if (end.present) answer.array = export_scope(scope);
+    answer.code = check(scope, answer.array, exchange_arrays(device, answer.array), asked.twins);
+    answer.on_pod = !scope.global && satmgr_if_is_pod_port(scope.port) != 0;
+    answer.mode = cached_mode();
+    answer.inconsistent = find_inconsistent_ports(answer.array, end.others);
   }
-  return checked;
 }
 
-Reply answered(const Request &request, const ToPeer &peer) {
+Reply perform_all(Device &device, const Request &request) {
   Reply reply;
-  standin_history_clear();
   try {
-    std::visit(
-        [&](const auto &asked) {
-          if constexpr (std::is_same_v<decltype(asked), const Check &>) {
-            reply.answer = perform_check(asked, peer);
-          } else {
-            reply.answer = perform(asked);
-          }
-        },
-        request.asked);
+    for (const Operation &operation : request.operations) {
+      standin_history_clear();
+      std::visit([&](const auto &asked) { perform(device, asked, reply); }, operation);
+      for (uint32_t i = 0; request.log && i < standin_history_count(); ++i) {
+        reply.report.log.push_back(log_line(standin_history_line(i)));
+      }
+    }
   } catch (const std::runtime_error &problem) {
     reply.problem = problem.what();
-  }
-  for (uint32_t i = 0; request.log && i < standin_history_count(); ++i) {
-    reply.log.push_back(log_line(standin_history_line(i)));
   }
   return reply;
 }
 
 }  // namespace
 
-void serve(int control, int peer, bool speaks_first, LastLines &last_lines) {
+void serve(int control, int peer, std::size_t side, LastLines &last_lines) {
   last_lines_of_process = &last_lines;
   reset_platform();
+  Device device{peer, side};
   while (const std::optional<Bytes> frame = read_frame(control)) {
-    const Reply reply = answered(decode_request(*frame), {peer, speaks_first});
-    if (!write_frame(control, encode(reply))) return;
+    if (!write_frame(control, encode(perform_all(device, decode_request(*frame))))) return;
   }
 }
 

@@ -2,6 +2,7 @@
 // asked and says what came of it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace lab {
@@ -13,8 +14,8 @@ struct LastLines {
   char text[kept][240];
 };
 
-// Serve requests from `control` until it closes. Arrays are exchanged with the other switch over
-// `peer`, on which the left switch speaks first.
-void serve(int control, int peer, bool speaks_first, LastLines &last_lines);
+// Serve requests from `control` until it closes, as the left switch, 0, or the right one. Arrays are
+// exchanged with the other switch over `peer`.
+void serve(int control, int peer, std::size_t side, LastLines &last_lines);
 
 }  // namespace lab

@@ -22,6 +22,11 @@
 
 namespace lab {
 
+LAB_FIELDS(PairScope::Member, it.port, it.name)
+LAB_FIELDS(PairScope::End, it.present, it.port, it.port_name, it.others)
+LAB_FIELDS(PairScope, it.kind, it.name, it.ends)
+LAB_FIELDS(InconsistentPort, it.name, it.types)
+
 template <class Record>
 Bytes encode_record(const Record &record) {
   std::ostringstream stream;

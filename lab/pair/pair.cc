@@ -3,14 +3,12 @@
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <fstream>
 #include <system_error>
-#include <type_traits>
 
 #include "pair/device.h"
 #include "pair/wire.h"
@@ -22,39 +20,23 @@ namespace {
 constexpr int stopped_patience = 2000;
 constexpr int longest_patience = 120000;
 
-struct Sockets {
+using Sockets = std::array<Descriptor, 2>;
+
+Sockets make_sockets() {
   int ends[2];
-
-  Sockets() {
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-      throw std::system_error(errno, std::generic_category(), "no socket for a switch");
-    }
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+    throw std::system_error(errno, std::generic_category(), "no socket for a switch");
   }
-  Sockets(const Sockets &) = delete;
-  Sockets &operator=(const Sockets &) = delete;
-  ~Sockets() {
-    for (std::size_t i = 0; i < 2; ++i) close_end(i);
-  }
+  return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
 
-  void close_end(std::size_t which) {
-    if (ends[which] >= 0) close(std::exchange(ends[which], -1));
-  }
-};
-
-LastLines *shared_lines() {
+LastLines *make_shared_lines() {
   void *memory =
       mmap(nullptr, sizeof(LastLines), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) {
     throw std::system_error(errno, std::generic_category(), "no memory for a switch");
   }
   return static_cast<LastLines *>(memory);
-}
-
-void end(Switch &ended) {
-  if (ended.control >= 0) close(std::exchange(ended.control, -1));
-  ended.process = {};
-  if (ended.last_lines != nullptr) munmap(ended.last_lines, sizeof(LastLines));
-  ended.last_lines = nullptr;
 }
 
 // Is a process stopped by a signal? Its state stands behind its name in parentheses.
@@ -100,87 +82,60 @@ void look_at(const Pair &pair, std::size_t which, int waited) {
   if (waited >= longest_patience) throw SwitchFailed(switch_name(which) + " does not answer");
 }
 
-// Is it what was asked for, or why that cannot be had?
-bool answers(const Reply &reply, const Request &request) {
-  if (!reply.problem.empty()) return true;
-  return std::visit(
-      [&](const auto &asked) {
-        using Asked = std::decay_t<decltype(asked)>;
-        const auto *answer = std::get_if<typename Asked::Answer>(&reply.answer);
-        if constexpr (std::is_same_v<Asked, Check>) {
-          return answer != nullptr && answer->views.size() == asked.scopes.size();
-        } else {
-          return answer != nullptr;
-        }
-      },
-      request.asked);
-}
-
 }  // namespace
 
-Pair::Pair() {
-  Sockets peer;
-  Sockets controls[2];
-  try {
-    for (std::size_t i = 0; i < switches.size(); ++i) {
-      Switch &made = switches[i];
-      made.last_lines = shared_lines();
-      // A switch ends when the lab closes its line.
-      made.process = start_child([&] {
-        peer.close_end(1 - i);
-        for (Sockets &control : controls) control.close_end(0);
-        controls[1 - i].close_end(1);
-        for (const Switch &other : switches) {
-          if (other.control >= 0) close(other.control);
-        }
-        serve(controls[i].ends[1], peer.ends[i], i == 0, *made.last_lines);
-      });
-      made.control = std::exchange(controls[i].ends[0], -1);
-    }
-  } catch (const std::system_error &problem) {
-    for (Switch &made : switches) end(made);
-    throw SwitchFailed(problem.what());
+Pair::Pair() try {
+  Sockets peer = make_sockets();
+  std::array<Sockets, 2> controls = {make_sockets(), make_sockets()};
+  for (std::size_t i = 0; i < switches.size(); ++i) {
+    Switch &made = switches[i];
+    made.last_lines = {make_shared_lines(),
+                       [](LastLines *lines) { munmap(lines, sizeof(LastLines)); }};
+    // A switch ends when the lab closes its line, of which it must have no copy.
+    made.process = start_child([&] {
+      peer[1 - i].close();
+      controls[1 - i][1].close();
+      for (Sockets &control : controls) control[0].close();
+      for (Switch &other : switches) other.control.close();
+      serve(controls[i][1], peer[i], i, *made.last_lines);
+    });
+    made.control = std::move(controls[i][0]);
   }
+} catch (const std::system_error &problem) {
+  throw SwitchFailed(problem.what());
 }
 
-Pair::~Pair() {
-  for (Switch &ended : switches) end(ended);
-}
-
-Replies ask(Pair &pair, const Requests &requests) {
+Replies ask(Pair &pair, const Requests &requests, bool log) {
   Replies replies;
-  std::string died;
-  std::string failed;
-  const auto add_line = [](std::string &problems, const std::string &text) {
-    problems += (problems.empty() ? "" : "\n") + text;
-  };
+  std::vector<std::string> died;
+  std::vector<std::string> failed;
   for (std::size_t i = 0; i < requests.size(); ++i) {
-    if (!requests[i]) continue;
-    write_frame(pair.switches[i].control, encode(*requests[i]),
+    if (requests[i].empty()) continue;
+    write_frame(pair.switches[i].control, encode(Request{log, requests[i]}),
                 [&](int waited) { look_at(pair, i, waited); });
   }
   for (std::size_t i = 0; i < requests.size(); ++i) {
-    if (!requests[i]) continue;
+    if (requests[i].empty()) continue;
     Switch &answering = pair.switches[i];
     try {
       const auto frame =
           read_frame(answering.control, [&](int waited) { look_at(pair, i, waited); });
-      if (frame) replies[i] = decode_reply(*frame);
-      if (frame && !answers(*replies[i], *requests[i])) {
-        throw Garbled("it answers another question");
+      if (frame) {
+        replies[i] = decode_reply(*frame);
+        if (!replies[i].problem.empty()) {
+          failed.push_back(switch_name(i) + ": " + replies[i].problem);
+        }
+      } else {
+        died.push_back(switch_name(i) + " " + how_it_ended(answering.process) +
+                       last_words(*answering.last_lines));
       }
     } catch (const Garbled &garbled) {
       throw SwitchFailed(switch_name(i) + ": " + garbled.what());
     }
-    if (!replies[i]) {
-      add_line(died, switch_name(i) + " " + how_it_ended(answering.process) +
-                         last_words(*answering.last_lines));
-    } else if (!replies[i]->problem.empty()) {
-      add_line(failed, switch_name(i) + ": " + replies[i]->problem);
-    }
   }
   // A switch that misses the other one reports nothing but its end.
-  if (!died.empty() || !failed.empty()) throw SwitchFailed(died.empty() ? failed : died);
+  if (!died.empty() || !failed.empty())
+    throw SwitchFailed(join(died.empty() ? failed : died, "\n"));
   return replies;
 }
 

@@ -1,12 +1,10 @@
 // The two switches on the desk: two processes, joined by a socket, and the lab's line to each.
 #pragma once
 
-#include <sys/types.h>
-
 #include <array>
-#include <optional>
+#include <memory>
 #include <stdexcept>
-#include <string>
+#include <vector>
 
 #include "pair/protocol.h"
 #include "switch/names.h"
@@ -22,9 +20,9 @@ struct SwitchFailed : std::runtime_error {
 };
 
 struct Switch {
+  std::unique_ptr<LastLines, void (*)(LastLines *)> last_lines{nullptr, nullptr};
   ChildProcess process;
-  int control = -1;
-  LastLines *last_lines = nullptr;
+  Descriptor control;
 };
 
 // Both switches; they end with this record, and leave nothing behind.
@@ -32,25 +30,14 @@ struct Pair {
   std::array<Switch, 2> switches;
 
   Pair();
-  Pair(const Pair &) = delete;
-  Pair &operator=(const Pair &) = delete;
-  ~Pair();
 };
 
-// For each switch what it is asked, or answered.
-using Requests = std::array<std::optional<Request>, 2>;
-using Replies = std::array<std::optional<Reply>, 2>;
+// For each switch what it is asked, in this order; no operation: it is not asked.
+using Requests = std::array<std::vector<Operation>, 2>;
+using Replies = std::array<Reply, 2>;
 
-// Ask both switches before the first reply is awaited: they may have to talk to one another. Throws
-// SwitchFailed and Interrupted.
-Replies ask(Pair &pair, const Requests &requests);
-
-// Ask one switch one thing.
-template <class Asked>
-typename Asked::Answer ask(Pair &pair, std::size_t which, Asked asked) {
-  Requests requests;
-  requests[which] = Request{false, std::move(asked)};
-  return std::get<typename Asked::Answer>(ask(pair, requests)[which]->answer);
-}
+// Ask both switches before the first reply is awaited: they may have to talk to one another. `log`:
+// with the lines of the event histories. Throws SwitchFailed and Interrupted.
+Replies ask(Pair &pair, const Requests &requests, bool log = false);
 
 }  // namespace lab

@@ -32,12 +32,12 @@ void add_ports(std::map<std::string, Ends, NaturalLess> &channels, const Setting
 
 }  // namespace
 
-std::vector<PairScope> channel_scopes(const PairOfSettings &pair) {
+std::vector<PairScope> find_scopes(const PairOfSettings &pair) {
   std::map<std::string, Ends, NaturalLess> channels;
   for (std::size_t which = 0; which < pair.size(); ++which) {
     add_ports(channels, *pair[which], which);
   }
-  std::vector<PairScope> scopes;
+  std::vector<PairScope> scopes = {PairScope{}};
   for (auto &[name, ends] : channels) {
     // A switch without the channel looks at the other's array as if it came from that port.
     for (std::size_t which = 0; which < ends.size(); ++which) {

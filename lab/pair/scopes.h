@@ -38,8 +38,9 @@ struct PairScope {
   bool operator==(const PairScope &) const = default;
 };
 
-// The channels that have a port on either side, in natural order of their names.
-std::vector<PairScope> channel_scopes(const PairOfSettings &pair);
+// All that a verdict depends on: the switch, and the channels that have a port on either side, in
+// natural order of their names.
+std::vector<PairScope> find_scopes(const PairOfSettings &pair);
 
 // The VLANs that the same channel carries on both switches.
 Vlans twin_vlans(const PairOfSettings &pair);

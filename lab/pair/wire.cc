@@ -11,28 +11,21 @@
 
 namespace lab {
 
+// A switch has no use for the rest of its settings.
 LAB_FIELDS(Entry, it.type, it.value)
-LAB_FIELDS(Channel, it.name, it.id, it.internal)  // a switch has no use for its VLANs
-LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.parameters, it.spanning_tree,
-           it.uncovered)
-LAB_FIELDS(Domain, it.id, it.system_id, it.source, it.peer)
-LAB_FIELDS(Settings, it.name, it.address, it.spanning_tree, it.trunk, it.domains, it.timers,
-           it.vlan_timers, it.user_vlans, it.channels, it.ports, it.parameters)
+LAB_FIELDS(Channel, it.name, it.id, it.internal)
+LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.parameters)
+LAB_FIELDS(Settings, it.trunk, it.user_vlans, it.channels, it.ports, it.parameters)
 LAB_FIELDS(Scope, it.global, it.port)
-LAB_FIELDS(Result, it.code)
-LAB_FIELDS(Extracted::Record, it.type, it.valid, it.global, it.port)
-LAB_FIELDS(Extracted::Response, it.accepted, it.text)
-LAB_FIELDS(Extracted, it.result, it.records, it.values, it.responses)
-LAB_FIELDS(Exported, it.result, it.array)
-LAB_FIELDS(Reported::Record, it.type, it.component, it.name, it.value)
-LAB_FIELDS(Reported, it.result, it.records)
-LAB_FIELDS(View::Parameter, it.type, it.local, it.peer, it.state)
-LAB_FIELDS(View::InconsistentPort, it.port, it.types)
-LAB_FIELDS(View, it.verdict, it.pod, it.parameters, it.inconsistent, it.pass, it.fail)
-LAB_FIELDS(Checked, it.views)
+LAB_FIELDS(ParameterRecord, it.type, it.port, it.is_valid)
+LAB_FIELDS(CommandAnswer, it.is_accepted, it.text)
+LAB_FIELDS(DisplayRecord, it.scope, it.type, it.component, it.name, it.value)
+LAB_FIELDS(SwitchReport, it.result, it.is_command, it.answer, it.records, it.values, it.exported,
+           it.display, it.log)
+LAB_FIELDS(ScopeAnswer, it.code, it.on_pod, it.mode, it.array, it.inconsistent)
+LAB_FIELDS(Reply, it.problem, it.report, it.checked)
 LAB_FIELDS(SetUp, it.settings)
-LAB_FIELDS(WorldChange, it.trunk, it.user_vlans, it.channels, it.ports)
-LAB_FIELDS(ChangeWorld, it.change)
+LAB_FIELDS(ChangeWorld, it.settings)
 LAB_FIELDS(Command::Attribute, it.id, it.value)
 LAB_FIELDS(Command, it.id, it.positive, it.attributes)
 LAB_FIELDS(Update, it.scope, it.entries)
@@ -43,13 +36,8 @@ LAB_FIELDS(Rebuild, it.scope, it.array)
 LAB_FIELDS(Report, it.scope)
 LAB_FIELDS(Fail, it.operation, it.nth, it.times)
 LAB_FIELDS(Crash, it.signal)
-LAB_FIELDS(Check::Compared, it.scope, it.present, it.others)
 LAB_FIELDS(Check, it.scopes, it.twins)
-LAB_FIELDS(Request, it.log, it.asked)
-LAB_FIELDS(Reply, it.problem, it.log, it.answer)
-
-template <class Archive>
-void serialize(Archive &, Done &) {}
+LAB_FIELDS(Request, it.log, it.operations)
 
 namespace {
 

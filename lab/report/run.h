@@ -9,41 +9,6 @@
 
 namespace lab {
 
-// --- what a switch answered ---
-
-struct ParameterRecord {
-  uint32_t type = 0;
-  std::string port;  // empty: the switch
-  bool is_valid = true;
-
-  bool operator==(const ParameterRecord &) const = default;
-};
-
-struct CommandAnswer {
-  bool is_accepted = false;
-  std::string text;  // of a refusal
-};
-
-// A record for display.
-struct DisplayRecord {
-  std::string scope;  // "switch", or a port
-  uint32_t type = 0;
-  std::string component;
-  std::string name;
-  std::string value;
-};
-
-struct SwitchReport {
-  std::optional<uint32_t> result;
-  bool is_command = false;
-  std::optional<CommandAnswer> answer;  // to a command; nothing: it was not answered
-  std::optional<std::vector<ParameterRecord>> records;
-  std::optional<std::vector<Entry>> values;      // handed out by an extraction
-  std::optional<std::vector<Entry>> parameters;  // exported
-  std::optional<std::vector<DisplayRecord>> display;
-  std::vector<std::string> log;
-};
-
 // "accepted", "none", or the message of a refusal: what scenarios expect.
 inline std::string describe_answer(const SwitchReport &report) {
   if (!report.answer) return "none";

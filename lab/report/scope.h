@@ -28,6 +28,19 @@ struct FixReport {
   bool operator==(const FixReport &) const = default;
 };
 
+// What the library finds about a parameter alone.
+enum class State : uint8_t {
+  same,             // it compares it, and it agrees
+  different,        // it compares it, and it does not
+  same_on_twins,    // disabled VLANs that differ on other VLANs only
+  missing_at_peer,  // it compares it and refuses without it
+  only_at_peer,     // it does not look at it
+  not_in_mode,      // what follows is not compared, each for another reason
+  not_without_twins,
+  ignored_on_pod,
+  not_without_mode,
+};
+
 struct ParameterReport {
   uint16_t type = 0;
   std::array<std::optional<Bytes>, 2> values = {};  // of left and right; nothing: not sent
@@ -38,14 +51,6 @@ struct ParameterReport {
   std::optional<Acceptance> accepted = {};
 
   bool operator==(const ParameterReport &) const = default;
-};
-
-// A port that is not configured like the first port of its channel on the same switch.
-struct InconsistentPort {
-  std::string name;
-  std::vector<uint16_t> types;
-
-  bool operator==(const InconsistentPort &) const = default;
 };
 
 struct ScopeReport {

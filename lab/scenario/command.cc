@@ -172,7 +172,7 @@ void read_command(StepReader &reader, const YAML::Node &node, const YAML::Node &
       for (Command &one : asked) one.attributes.push_back(raw);
     }
   }
-  add_requests(step, {Request{false, asked[0]}, Request{false, asked[1]}});
+  for (std::size_t i = 0; i < asked.size(); ++i) add_operation(step, i, asked[i]);
 }
 
 }  // namespace lab

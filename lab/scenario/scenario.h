@@ -24,18 +24,9 @@ struct Expected {
   Finding value = {};
 };
 
-// What a check looks at; the channels are those of the time when it is made.
-struct CheckPlan {
-  bool of_switch = false;
-  bool all_channels = false;
-  std::string channel;  // the name of one
-  std::vector<PairScope> ports;
-  std::optional<Vlans> twins;  // nothing: disabled VLANs are left out
-};
-
 struct Step : StepHead {
-  std::vector<Requests> requests;  // for the switches, in order
-  std::optional<CheckPlan> check;
+  Requests requests;  // but a check, which both are asked
+  std::optional<Check> check;
   std::string saved_as;      // the name of the array that is exported
   std::string rebuilt_from;  // the name of the array that is put back
   std::vector<Expected> expected;

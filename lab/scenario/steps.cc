@@ -21,20 +21,18 @@ const Words signal_words = {
 // The same of both switches.
 template <class Asked>
 void ask_both(Step &step, const Asked &asked) {
-  add_requests(step, {Request{false, asked}, Request{false, asked}});
+  for (const std::size_t side : {0U, 1U}) add_operation(step, side, asked);
 }
 
 // Of ports, one by one.
 template <class Asked>
 void ask_ports(Step &step, const std::vector<PortOfPair> &ports, Asked asked) {
   for (const PortOfPair &port : ports) {
-    Requests requests;
-    for (std::size_t side = 0; side < requests.size(); ++side) {
+    for (std::size_t side = 0; side < port.size(); ++side) {
       if (!port[side]) continue;
       asked.scope = {false, *port[side]};
-      requests[side] = Request{false, asked};
+      add_operation(step, side, asked);
     }
-    add_requests(step, std::move(requests));
   }
 }
 
@@ -78,7 +76,8 @@ void read_export(StepReader &reader, const YAML::Node &node, const YAML::Node &v
     reader.saved.insert(step.saved_as);
   }
   read_scopes<Export>(reader, node, value, step);
-  if (step.requests.size() > 1) reader.expected(value, "the switch or one port");
+  if (std::max(step.requests[0].size(), step.requests[1].size()) > 1)
+    reader.expected(value, "the switch or one port");
 }
 
 void read_rebuild(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
@@ -95,36 +94,39 @@ void read_rebuild(StepReader &reader, const YAML::Node &node, const YAML::Node &
 }
 
 void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
-  CheckPlan plan;
+  Check check;
   const std::string given = value.IsScalar() ? value.Scalar() : "";
   const std::string what = "what to check: all, switch, channel and its number or name, or ports";
-  plan.all_channels = given == "all";
-  plan.of_switch = given == "switch" || plan.all_channels;
-  if (given.starts_with(channel_word)) {
-    plan.channel = read_channel_name(reader, value, given.substr(channel_word.size()));
+  const bool is_of_channel = given.starts_with(channel_word);
+  if (given == "switch") {
+    check.scopes = {PairScope{}};
+  } else if (given == "all" || is_of_channel) {
+    check.scopes = find_scopes({&reader.now[0], &reader.now[1]});
   } else if (given.empty()) {
     reader.expected(value, what);
-  } else if (!plan.of_switch) {
+  } else {
     for (const PortOfPair &port : read_ports(reader, value, what)) {
-      plan.ports.push_back(scope_of(port, reader.now));
+      check.scopes.push_back(scope_of(port, reader.now));
     }
   }
-  plan.twins =
+  if (is_of_channel) {
+    const std::string name = read_channel_name(reader, value, given.substr(channel_word.size()));
+    std::erase_if(check.scopes, [&](const PairScope &scope) {
+      return scope.kind != PairScope::Kind::of_channel || scope.name != name;
+    });
+  }
+  check.twins =
       node["twin-vlans"] ? read_vlan_list(reader, node["twin-vlans"], "twin-vlans") : reader.twins;
-  step.check = std::move(plan);
+  step.check = std::move(check);
 }
 
 void read_change_step(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
-  Requests requests;
-  for (std::size_t side = 0; side < requests.size(); ++side) {
-    if (!step.on[side]) continue;
+  for (std::size_t side = 0; side < step.on.size(); ++side) {
     // Of a value that is no mapping, nothing can be read. An error of both sides is reported once.
-    const WorldChange change = reader.mapping(value, "a change", world_keys)
-                                   ? read_world(reader, value, reader.now[side], true)
-                                   : WorldChange{};
-    requests[side] = Request{false, ChangeWorld{change}};
+    if (!step.on[side] || !reader.mapping(value, "a change", world_keys)) continue;
+    read_world(reader, value, reader.now[side], true);
+    add_operation(step, side, ChangeWorld{reader.now[side]});
   }
-  step.requests.push_back(std::move(requests));
   step.summary = "change";
   for (const auto &pair : value.IsMap() ? value : YAML::Node(YAML::NodeType::Map)) {
     step.summary += " " + scalar_text(pair.first);
@@ -210,11 +212,8 @@ void read_on(StepReader &reader, const YAML::Node &node, Step &step) {
 
 }  // namespace
 
-void add_requests(Step &step, Requests requests) {
-  for (std::size_t side = 0; side < requests.size(); ++side) {
-    if (!step.on[side]) requests[side].reset();
-  }
-  step.requests.push_back(std::move(requests));
+void add_operation(Step &step, std::size_t side, Operation operation) {
+  if (step.on[side]) step.requests[side].push_back(std::move(operation));
 }
 
 Step read_step(StepReader &reader, const YAML::Node &node) {

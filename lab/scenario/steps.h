@@ -19,8 +19,8 @@ struct StepReader : Reader {
 
 Step read_step(StepReader &reader, const YAML::Node &node);
 
-// Asks those switches that the step is on.
-void add_requests(Step &step, Requests requests);
+// Ask a switch, if the step is on it.
+void add_operation(Step &step, std::size_t side, Operation operation);
 
 // The step `command`, whose attributes are rows of their own.
 void read_command(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step);

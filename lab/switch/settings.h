@@ -93,14 +93,6 @@ struct ReadSettings {
   std::string source = {};  // as it may be shown, where it is not known to who reads
 };
 
-// A change of what surrounds the library on a switch, as far as it is given.
-struct WorldChange {
-  std::optional<bool> trunk;
-  std::optional<Vlans> user_vlans;
-  std::vector<Channel> channels;
-  std::vector<Port> ports;
-};
-
 // Of both switches, left and right.
 using SettingsPair = std::array<Settings, 2>;
 using PairOfSettings = std::array<const Settings *, 2>;

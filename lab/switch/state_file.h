@@ -29,11 +29,11 @@ using ReadFrom = std::function<ReadSettings(const std::string &source, std::size
 Settings read_switch(Reader &reader, const YAML::Node &node, std::size_t side,
                      const std::string &folder, const ReadFrom &read_from);
 
-// What a mapping with these keys says of the world around the library. The settings become what it
-// makes them; returns what it changes. The ports of a change, in a scenario, have no parameters.
+// What a mapping with these keys says of the world around the library; what it does not give stays.
+// The ports of a change, in a scenario, have no parameters.
 inline const std::vector<std::string> world_keys = {"trunk", "user-vlans", "channels",
                                                     "internal-channels", "ports"};
-WorldChange read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change);
+void read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change);
 
 // Does a text look like YAML, and nothing else?
 bool is_state_file(std::string_view text);

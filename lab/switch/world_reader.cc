@@ -1,23 +1,14 @@
-#include "text/yaml.h"
+#include <algorithm>
+#include <map>
+
+#include "switch/state_file.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
 
 constexpr uint32_t most_ports = 100000;
 constexpr uint32_t first_channel_id_of_names = 0x10000;
-
-// Reads what a mapping says of the world around the library; what it does not give stays.
-struct WorldReader {
-  Reader &reader;
-  const YAML::Node &node;  // the mapping
-  Settings &settings;
-  bool is_change = false;  // its ports have no parameters
-  // Who has the ids and indexes that were given.
-  std::map<uint32_t, std::string> channels = {};
-  std::map<uint32_t, std::string> ports = {};
-  Reader collisions = {};  // of these, after all other errors
-  std::set<uint32_t> changed_ports = {};
-};
 
 // --- channels ---
 
@@ -52,24 +43,21 @@ Channel *make_channel(Settings &settings, const ChannelRef &ref) {
   return &channel;
 }
 
-void add_channel(WorldReader &world, const ChannelRef &ref, std::optional<bool> internal,
-                 const std::optional<Vlans> &vlans) {
-  if (ref.id != 0) {
-    const auto [at, is_new] = world.channels.try_emplace(ref.id, ref.name);
-    if (!is_new && at->second != ref.name) {
-      world.collisions.add_error(
-          world.node["channels"],
-          "found " + at->second + " and " + ref.name + " with the id " + std::to_string(ref.id),
-          "an id for each channel");
-    }
+void add_channel(Reader &reader, const YAML::Node &node, Settings &settings, const ChannelRef &ref,
+                 std::optional<bool> internal, const std::optional<Vlans> &vlans) {
+  const Channel *known = ref.id != 0 ? find_channel(settings, ref.id) : nullptr;
+  if (known != nullptr && known->name != ref.name) {
+    reader.add_error(
+        node,
+        "found " + known->name + " and " + ref.name + " with the id " + std::to_string(ref.id),
+        "an id for each channel");
   }
-  Channel *channel = make_channel(world.settings, ref);
+  Channel *channel = make_channel(settings, ref);
   if (channel != nullptr && internal) channel->internal = *internal;
   if (channel != nullptr && vlans) channel->vlans = *vlans;
 }
 
-void read_channel_group(WorldReader &world, const YAML::Node &node) {
-  Reader &reader = world.reader;
+void read_channel_group(Reader &reader, const YAML::Node &node, Settings &settings) {
   const std::string what = "a channel";
   if (!reader.mapping(node, what, {"channel", "id", "internal", "vlans"})) return;
   ChannelRef ref;
@@ -80,7 +68,7 @@ void read_channel_group(WorldReader &world, const YAML::Node &node) {
   if (node["internal"]) internal = reader.boolean(node["internal"], "internal");
   if (node["vlans"]) vlans = read_vlan_list(reader, node["vlans"], "vlans");
   reader.required(node, "channel", what);
-  add_channel(world, ref, internal, vlans);
+  add_channel(reader, node, settings, ref, internal, vlans);
 }
 
 // --- ports ---
@@ -131,12 +119,11 @@ void check_port_keys(Reader &reader, const YAML::Node &node, PortGroup &group) {
   }
 }
 
-PortGroup read_port_group(WorldReader &world, const YAML::Node &node) {
-  Reader &reader = world.reader;
+PortGroup read_port_group(Reader &reader, const YAML::Node &node, bool is_change) {
   PortGroup group;
   std::vector<std::string> keys = {"ports",  "port", "index",         "channel",
                                    "member", "pod",  "spanning-tree", "uncovered"};
-  if (!world.is_change) keys.emplace_back("parameters");
+  if (!is_change) keys.emplace_back("parameters");
   if (!reader.mapping(node, "a group of ports", keys)) return group;
   if (node["ports"]) group.indexes = read_indexes(reader, node["ports"]);
   if (node["port"]) group.name = read_port_name(reader, node["port"]);
@@ -157,7 +144,7 @@ PortGroup read_port_group(WorldReader &world, const YAML::Node &node) {
           group.uncovered[reader.verbatim(name, "a name")] = reader.verbatim(text, "a text");
         });
   }
-  if (node["parameters"] && !world.is_change) {
+  if (node["parameters"] && !is_change) {
     group.parameters = read_parameters(reader, node["parameters"], "parameters", false);
   }
   check_port_keys(reader, node, group);
@@ -172,28 +159,23 @@ uint32_t index_of_name(const Settings &settings, const std::string &name, uint32
   return index;
 }
 
-void add_ports(WorldReader &world, const PortGroup &group) {
-  Ranges ranges = group.indexes;
-  if (!ranges.empty() && !group.name.empty()) {
-    const uint32_t index = ranges[0].first;
-    const auto [at, is_new] = world.ports.try_emplace(index, group.name);
-    if (!is_new && at->second != group.name) {
-      world.collisions.add_error(
-          world.node["ports"],
-          "found " + at->second + " and " + group.name + " with the index " + port_text(index),
-          "an index for each port");
-    }
-  }
-  const Channel *of = group.channel ? make_channel(world.settings, *group.channel) : nullptr;
+void add_ports(Reader &reader, const YAML::Node &node, Settings &settings, const PortGroup &group) {
+  const Channel *of = group.channel ? make_channel(settings, *group.channel) : nullptr;
   const uint32_t channel = of != nullptr ? of->id : 0;
+  Ranges ranges = group.indexes;
   if (ranges.empty() && !group.name.empty()) {
-    const uint32_t index = index_of_name(world.settings, group.name, channel);
+    const uint32_t index = index_of_name(settings, group.name, channel);
     ranges = {{index, index}};
   }
   for (const auto &[first, last] : ranges) {
     for (uint64_t index = first; index <= last; ++index) {
-      Port &port = port_at(world.settings, uint32_t(index));
-      world.changed_ports.insert(port.index);
+      Port &port = port_at(settings, uint32_t(index));
+      if (!group.name.empty() && !port.name.empty() && port.name != group.name) {
+        reader.add_error(node,
+                         "found " + port.name + " and " + group.name + " with the index " +
+                             port_text(port.index),
+                         "an index for each port");
+      }
       if (!group.name.empty()) port.name = group.name;
       if (group.channel) port.channel = channel;
       port.pod = group.pod.value_or(port.pod);
@@ -206,33 +188,20 @@ void add_ports(WorldReader &world, const PortGroup &group) {
 
 }  // namespace
 
-WorldChange read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change) {
-  WorldReader world{reader, node, settings, is_change};
-  for (const Channel &channel : settings.channels) world.channels[channel.id] = channel.name;
-  for (const Port &port : settings.ports) {
-    if (!port.name.empty()) world.ports[port.index] = port.name;
-  }
-  WorldChange change;
-  if (node["trunk"]) change.trunk = settings.trunk = reader.boolean(node["trunk"], "trunk");
+void read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change) {
+  if (node["trunk"]) settings.trunk = reader.boolean(node["trunk"], "trunk");
   if (node["user-vlans"]) {
     settings.user_vlans = read_vlan_list(reader, node["user-vlans"], "user-vlans");
-    change.user_vlans = settings.user_vlans;
   }
   read_list(reader, node["channels"], "a list of channels",
-            [&](const YAML::Node &group) { read_channel_group(world, group); });
+            [&](const YAML::Node &group) { read_channel_group(reader, group, settings); });
   read_list(reader, node["internal-channels"], "a list of channels, for instance [10, 11]",
             [&](const YAML::Node &channel) {
-              add_channel(world, read_channel(reader, channel), true, std::nullopt);
+              add_channel(reader, channel, settings, read_channel(reader, channel), true, {});
             });
-  read_list(reader, node["ports"], "a list of groups of ports",
-            [&](const YAML::Node &group) { add_ports(world, read_port_group(world, group)); });
-  for (const uint32_t index : world.changed_ports) {
-    change.ports.push_back(*find_port(settings, index));
-  }
-  change.channels = settings.channels;
-  const InputErrors &collisions = world.collisions.errors;
-  reader.errors.insert(reader.errors.end(), collisions.begin(), collisions.end());
-  return change;
+  read_list(reader, node["ports"], "a list of groups of ports", [&](const YAML::Node &group) {
+    add_ports(reader, group, settings, read_port_group(reader, group, is_change));
+  });
 }
 
 }  // namespace lab

@@ -1,153 +1,101 @@
 #include "tasks/check.h"
 
 #include <algorithm>
+#include <set>
 
+#include "draimiofaf/types.h"
 #include "switch/arrays.h"
 
 namespace lab {
 namespace {
 
-// --- checks ---
-
-// Scopes in one request; progress is reported between two.
-constexpr std::size_t scopes_at_once = 128;
-
-Check::Compared make_request(const PairScope &scope, std::size_t side) {
-  const PairScope::End &end = scope.ends[side];
-  Check::Compared compared{{scope.kind == PairScope::Kind::of_switch, end.port}, end.present, {}};
-  for (const PairScope::Member &other : end.others) compared.others.push_back(other.port);
-  return compared;
+// Why a parameter is not compared.
+State uncompared_state(const Parameter &parameter, std::optional<uint32_t> mode, bool has_twins) {
+  if (!mode) return State::not_without_mode;
+  if (is_compared(parameter, mode, false, has_twins)) return State::ignored_on_pod;
+  return is_compared(parameter, mode, false, true) ? State::not_without_twins : State::not_in_mode;
 }
 
-// Both views have the same types.
-State find_state(const View &view, uint16_t type) {
-  for (const View::Parameter &parameter : view.parameters) {
-    if (parameter.type == type) return parameter.state;
+// A peer's value that begins with all of the local one agrees with it.
+bool is_same(const Bytes &local, const Bytes &peer) {
+  return local.size() <= peer.size() && std::equal(local.begin(), local.end(), peer.begin());
+}
+
+// What a side finds about a parameter.
+State find_state(const ScopeAnswer &side, const Entry *local, const Entry *peer,
+                 const std::optional<Vlans> &twins) {
+  if (local == nullptr) return State::only_at_peer;
+  const Parameter *parameter = find_parameter(uint32_t{local->type});
+  if (parameter == nullptr) return side.mode ? State::not_in_mode : State::not_without_mode;
+  if (!is_compared(*parameter, side.mode, side.on_pod, twins.has_value())) {
+    return uncompared_state(*parameter, side.mode, twins.has_value());
   }
-  return State::not_without_mode;
+  if (peer == nullptr) return State::missing_at_peer;
+  if (is_same(local->value, peer->value)) return State::same;
+  const bool has_vlans = parameter->kind == STP_MCEC_KIND_VLANS;
+  const std::size_t least = std::min(local->value.size(), peer->value.size());
+  if (!has_vlans || least < parameter->length) return State::different;
+  const Vlans differ = vlans_of_record(local->value) ^ vlans_of_record(peer->value);
+  return (differ & *twins).any() ? State::different : State::same_on_twins;
 }
 
-std::vector<InconsistentPort> name_ports(const View &view, const PairScope::End &end) {
-  std::vector<InconsistentPort> ports;
-  for (const View::InconsistentPort &port : view.inconsistent) {
-    std::string name = port_text(port.port);
-    for (const PairScope::Member &member : end.others) {
-      if (member.port == port.port) name = member.name;
-    }
-    ports.push_back({std::move(name), port.types});
-  }
-  return ports;
+// The twin VLANs that agree and those that do not. Values that are no whole records have no VLANs.
+void add_vlans(ScopeReport &report, const Bytes &local, const Bytes &peer, const Vlans &twins) {
+  const bool are_whole =
+      std::min(local.size(), peer.size()) >= sizeof(bmp4096_t) || is_same(local, peer);
+  const Vlans differ = vlans_of_record(local) ^ vlans_of_record(peer);
+  report.pass = are_whole ? twins & ~differ : Vlans{};
+  report.fail = are_whole ? twins & differ : Vlans{};
 }
 
-ScopeReport report_scope(const PairScope &scope, const std::array<const View *, 2> &views) {
+ScopeReport report_scope(const PairScope &scope, const std::array<const ScopeAnswer *, 2> &answers,
+                         const std::optional<Vlans> &twins) {
   ScopeReport report;
   report.scope = scope;
-  for (std::size_t side = 0; side < views.size(); ++side) {
-    const View &view = *views[side];
-    report.on_pod = report.on_pod || view.pod;
-    report.codes[side] = view.verdict;
-    report.inconsistent[side] = name_ports(view, scope.ends[side]);
-    if (!report.pass) {
-      report.pass = view.pass;
-      report.fail = view.fail;
-    }
+  std::array<std::vector<Entry>, 2> entries;
+  std::set<uint16_t> types;
+  for (std::size_t side = 0; side < answers.size(); ++side) {
+    report.on_pod = report.on_pod || answers[side]->on_pod;
+    report.codes[side] = answers[side]->code;
+    report.inconsistent[side] = answers[side]->inconsistent;
+    entries[side] = entries_of(answers[side]->array);
+    for (const Entry &entry : entries[side]) types.insert(entry.type);
   }
-  for (const View::Parameter &seen : views[0]->parameters) {
-    report.parameters.push_back({.type = seen.type,
-                                 .values = {seen.local, seen.peer},
-                                 .states = {seen.state, find_state(*views[1], seen.type)}});
+  for (const uint16_t type : types) {
+    ParameterReport &parameter = report.parameters.emplace_back();
+    parameter.type = type;
+    for (std::size_t side = 0; side < answers.size(); ++side) {
+      const Entry *local = find_entry(entries[side], type);
+      const Entry *peer = find_entry(entries[1 - side], type);
+      if (local != nullptr) parameter.values[side] = local->value;
+      parameter.states[side] = find_state(*answers[side], local, peer, twins);
+      if (type == STP_MCEC_TYPE1_STP_ENDIS && local != nullptr && peer != nullptr && twins &&
+          answers[side]->mode == STP_MCEC_STP_MODE_RAPID_PVST && !report.pass) {
+        add_vlans(report, local->value, peer->value, *twins);
+      }
+    }
   }
   return report;
 }
 
-// --- other replies ---
-
-std::string find_port_name(uint32_t index, const Settings &settings) {
-  const Port *port = find_port(settings, index);
-  return port != nullptr ? port_name(*port) : port_text(index);
-}
-
-void add_result(uint32_t code, SwitchReport &report) {
-  if (report.result.value_or(0) == 0) report.result = code;
-}
-
-template <class List>
-List &make_list(std::optional<List> &list) {
-  return list ? *list : list.emplace();
-}
-
-void add_extracted(const Extracted &extracted, const Settings &settings, SwitchReport &report) {
-  add_result(extracted.result, report);
-  for (const Extracted::Response &response : extracted.responses) {
-    std::string text = printable_lines(response.text);
-    while (text.ends_with('\n')) text.pop_back();
-    report.answer = CommandAnswer{response.accepted, text};
-  }
-  for (const Extracted::Record &record : extracted.records) {
-    make_list(report.records)
-        .push_back({.type = record.type,
-                    .port = record.global ? "" : find_port_name(record.port, settings),
-                    .is_valid = record.valid == 1});
-  }
-  // The same update of several ports is reported once.
-  std::vector<Entry> &values = make_list(report.values);
-  for (const Entry &entry : extracted.values) {
-    if (std::find(values.begin(), values.end(), entry) == values.end()) values.push_back(entry);
-  }
-}
-
-void add_reported(const Reported &reported, const Scope &scope, const Settings &settings,
-                  SwitchReport &report) {
-  add_result(reported.result, report);
-  std::vector<DisplayRecord> &display = make_list(report.display);
-  for (const Reported::Record &record : reported.records) {
-    display.push_back({.scope = scope.global ? "switch" : find_port_name(scope.port, settings),
-                       .type = record.type,
-                       .component = printable(record.component),
-                       .name = printable(record.name),
-                       .value = printable(record.value)});
-  }
-}
-
 }  // namespace
 
-std::vector<ScopeReport> check_scopes(const Asker &ask, const std::vector<PairScope> &scopes,
-                                      const std::optional<Vlans> &twins,
-                                      const ReplyListener &listener) {
-  std::vector<ScopeReport> checks;
-  for (std::size_t at = 0; at < scopes.size(); at += scopes_at_once) {
-    const std::size_t end = std::min(at + scopes_at_once, scopes.size());
-    Requests requests;
-    for (std::size_t side = 0; side < requests.size(); ++side) {
-      Check check{{}, twins};
-      for (std::size_t i = at; i < end; ++i) check.scopes.push_back(make_request(scopes[i], side));
-      requests[side] = Request{false, std::move(check)};
+std::vector<ScopeReport> report_scopes(const Check &check, const Replies &replies) {
+  std::vector<ScopeReport> reports;
+  for (const Reply &reply : replies) {
+    if (reply.checked.size() != check.scopes.size()) {
+      throw SwitchFailed("a switch has checked other scopes than it was asked for");
     }
-    const Replies replies = ask(requests);
-    const auto &left = std::get<Checked>(replies[0]->answer).views;
-    const auto &right = std::get<Checked>(replies[1]->answer).views;
-    for (std::size_t i = at; i < end; ++i) {
-      checks.push_back(report_scope(scopes[i], {&left.at(i - at), &right.at(i - at)}));
-    }
-    if (listener) listener(requests, replies, end - at);
   }
-  return checks;
+  for (std::size_t i = 0; i < check.scopes.size(); ++i) {
+    reports.push_back(report_scope(check.scopes[i],
+                                   {&replies[0].checked[i], &replies[1].checked[i]}, check.twins));
+  }
+  return reports;
 }
 
-void add_reply(const Request &request, const Reply &reply, const Settings &settings,
-               SwitchReport &report) {
-  report.is_command = report.is_command || std::holds_alternative<Command>(request.asked);
-  if (const auto *result = std::get_if<Result>(&reply.answer)) {
-    add_result(result->code, report);
-  } else if (const auto *extracted = std::get_if<Extracted>(&reply.answer)) {
-    add_extracted(*extracted, settings, report);
-  } else if (const auto *exported = std::get_if<Exported>(&reply.answer)) {
-    add_result(exported->result, report);
-    report.parameters = entries_of(exported->array);
-  } else if (const auto *reported = std::get_if<Reported>(&reply.answer)) {
-    add_reported(*reported, std::get<Report>(request.asked).scope, settings, report);
-  }
-  report.log.insert(report.log.end(), reply.log.begin(), reply.log.end());
+std::vector<ScopeReport> check_scopes(Pair &pair, const Check &check) {
+  return report_scopes(check, ask(pair, {{{check}, {check}}}));
 }
 
 }  // namespace lab

@@ -1,27 +1,15 @@
-// What the switches of a pair reply, as reports.
+// What the switches of a pair find when they check scopes, as reports.
 #pragma once
 
-#include <functional>
-
 #include "pair/pair.h"
-#include "report/run.h"
+#include "report/scope.h"
 
 namespace lab {
 
-// How the switches of a pair are asked.
-using Asker = std::function<Replies(const Requests &)>;
+// Let both switches check these scopes. Throws SwitchFailed and Interrupted.
+std::vector<ScopeReport> check_scopes(Pair &pair, const Check &check);
 
-// Called with every reply of the two, and how many scopes it covers.
-using ReplyListener = std::function<void(const Requests &, const Replies &, std::size_t)>;
-
-// Let both switches check these scopes, in the order given.
-std::vector<ScopeReport> check_scopes(const Asker &ask, const std::vector<PairScope> &scopes,
-                                      const std::optional<Vlans> &twins,
-                                      const ReplyListener &listener = nullptr);
-
-// Add a reply to the report of a switch. A step may make several requests: the first result that is
-// not 0 counts, and lists grow. `settings` are those of the switch, for the names of its ports.
-void add_reply(const Request &request, const Reply &reply, const Settings &settings,
-               SwitchReport &report);
+// Reports on the scopes, in their order, from the replies of both.
+std::vector<ScopeReport> report_scopes(const Check &check, const Replies &replies);
 
 }  // namespace lab

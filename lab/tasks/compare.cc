@@ -27,13 +27,8 @@ SideReport report_side(const Side &side) {
 
 // The switches of a pair, set up with their settings, check everything.
 std::vector<ScopeReport> check_pair(Pair &pair, const PairOfSettings &settings) {
-  Requests set_up;
-  for (std::size_t i = 0; i < settings.size(); ++i) set_up[i] = Request{false, SetUp{*settings[i]}};
-  ask(pair, set_up);
-  std::vector<PairScope> scopes = channel_scopes(settings);
-  scopes.insert(scopes.begin(), PairScope{});
-  return check_scopes([&](const Requests &requests) { return ask(pair, requests); }, scopes,
-                      twin_vlans(settings));
+  ask(pair, {{{SetUp{*settings[0]}}, {SetUp{*settings[1]}}}});
+  return check_scopes(pair, {find_scopes(settings), twin_vlans(settings)});
 }
 
 FixReport report_fix(const Sides &sides, const PairScope &scope, uint16_t type, bool is_intended) {

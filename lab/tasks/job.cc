@@ -10,9 +10,6 @@
 namespace lab {
 
 LAB_FIELDS(InputError, it.line, it.column, it.where, it.found, it.expected)
-LAB_FIELDS(PairScope::Member, it.port, it.name)
-LAB_FIELDS(PairScope::End, it.present, it.port, it.port_name, it.others)
-LAB_FIELDS(PairScope, it.kind, it.name, it.ends)
 LAB_FIELDS(Change, it.table, it.key, it.field, it.value)
 
 LAB_FIELDS(PatchOperation, it.op, it.path, it.value)
@@ -29,7 +26,6 @@ void serialize(Archive &archive, Fix &it) {
 LAB_FIELDS(Acceptance, it.reason, it.until)
 LAB_FIELDS(FixReport, it.fix, it.alone, it.both)
 LAB_FIELDS(ParameterReport, it.type, it.values, it.states, it.digests, it.fix, it.accepted)
-LAB_FIELDS(InconsistentPort, it.name, it.types)
 LAB_FIELDS(ScopeReport, it.scope, it.on_pod, it.codes, it.parameters, it.inconsistent, it.pass,
            it.fail, it.missing_row, it.accepted)
 LAB_FIELDS(NoteField, it.name, it.values, it.vlans)

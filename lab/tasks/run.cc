@@ -13,73 +13,15 @@ namespace {
 // A pair that runs a scenario.
 struct Runner {
   const Scenario &scenario;
-  const RunOptions &options;
-  RunReport &report;
-  std::optional<StepHead> &at;  // the step under way
-  Pair pair = {};
-  SettingsPair now = scenario.settings;                    // as the steps so far leave them
+  bool log;
+  std::optional<StepHead> &at;                             // the step under way
   std::array<std::map<std::string, Bytes>, 2> saved = {};  // exported arrays by name
-  std::size_t done = 0;
-  std::size_t work = 0;
+  Pair pair = {};
 };
 
-void count_work(Runner &runner, std::size_t amount) {
-  runner.done += amount;
-  runner.work = std::max(runner.work, runner.done);
-  if (runner.options.on_work) runner.options.on_work(runner.done, runner.work);
-}
-
-Replies ask_pair(Runner &runner, Requests requests) {
-  if (interrupted()) throw Interrupted{};
-  for (auto &request : requests) {
-    if (request) request->log = runner.options.log;
-  }
-  return ask(runner.pair, requests);
-}
-
-// --- checks ---
-
-std::vector<PairScope> find_channels(const Runner &runner) {
-  return channel_scopes({&runner.now[0], &runner.now[1]});
-}
-
-std::vector<PairScope> find_scopes(const Runner &runner, const CheckPlan &plan) {
-  std::vector<PairScope> scopes = plan.ports;
-  if (plan.of_switch) scopes.emplace_back();
-  if (!plan.all_channels && plan.channel.empty()) return scopes;
-  for (const PairScope &channel : find_channels(runner)) {
-    if (plan.all_channels || channel.name == plan.channel) scopes.push_back(channel);
-  }
-  return scopes;
-}
-
-void run_check(Runner &runner, const Step &step, StepReport &report) {
-  report.checks =
-      check_scopes([&](const Requests &requests) { return ask_pair(runner, requests); },
-                   find_scopes(runner, *step.check), step.check->twins,
-                   [&](const Requests &requests, const Replies &replies, std::size_t scopes) {
-                     for (std::size_t i = 0; runner.options.log && i < replies.size(); ++i) {
-                       if (!report.switches[i]) report.switches[i].emplace();
-                       add_reply(*requests[i], *replies[i], runner.now[i], *report.switches[i]);
-                     }
-                     count_work(runner, scopes);
-                   });
-  runner.report.agree = is_agreed(find_verdict(*report.checks));
-}
-
-// Everything that a verdict depends on.
-std::vector<ScopeReport> check_all(Runner &runner) {
-  std::vector<PairScope> scopes = find_channels(runner);
-  scopes.insert(scopes.begin(), PairScope{});
-  return check_scopes([&](const Requests &requests) { return ask_pair(runner, requests); }, scopes,
-                      runner.scenario.twins);
-}
-
-// --- steps ---
-
-// Give a request what an earlier step has saved, on this switch or else on the other.
-void fill_in(const Runner &runner, const Step &step, std::size_t side, Request &request) {
-  auto *rebuild = std::get_if<Rebuild>(&request.asked);
+// Give an operation what an earlier step has saved, on this switch or else on the other.
+void fill_in(const Runner &runner, const Step &step, std::size_t side, Operation &operation) {
+  auto *rebuild = std::get_if<Rebuild>(&operation);
   if (rebuild == nullptr) return;
   for (const std::size_t i : {side, 1 - side}) {
     const auto found = runner.saved[i].find(step.rebuilt_from);
@@ -89,72 +31,46 @@ void fill_in(const Runner &runner, const Step &step, std::size_t side, Request &
   }
 }
 
-void run_requests(Runner &runner, const Step &step,
-                  std::array<std::optional<SwitchReport>, 2> &switches) {
-  for (Requests requests : step.requests) {
-    for (std::size_t i = 0; i < requests.size(); ++i) {
-      if (!requests[i]) continue;
-      fill_in(runner, step, i, *requests[i]);
-      if (const auto *change = std::get_if<ChangeWorld>(&requests[i]->asked)) {
-        runner.now[i].channels = change->change.channels;
-        for (const Port &port : change->change.ports) port_at(runner.now[i], port.index) = port;
-      }
-    }
-    const Replies replies = ask_pair(runner, requests);
-    for (std::size_t i = 0; i < replies.size(); ++i) {
-      if (!replies[i]) continue;
-      if (!switches[i]) switches[i].emplace();
-      add_reply(*requests[i], *replies[i], runner.now[i], *switches[i]);
-      if (!step.saved_as.empty()) {
-        runner.saved[i][step.saved_as] = std::get<Exported>(replies[i]->answer).array;
-      }
-    }
-    count_work(runner, 1);
-  }
-}
-
-StepReport run_step(Runner &runner, std::size_t position) {
-  const Step &step = runner.scenario.steps[position];
-  runner.at = step;
+StepReport run_step(Runner &runner, const Step &step) {
   StepReport report{.head = step, .switches = {}, .checks = {}, .expectations = {}};
-  if (step.check) {
-    run_check(runner, step, report);
-  } else {
-    run_requests(runner, step, report.switches);
+  Requests requests = step.requests;
+  if (step.check) requests = {{{*step.check}, {*step.check}}};
+  for (std::size_t side = 0; side < requests.size(); ++side) {
+    for (Operation &operation : requests[side]) fill_in(runner, step, side, operation);
   }
+  const Replies replies = ask(runner.pair, requests, runner.log);
+  for (std::size_t side = 0; side < replies.size(); ++side) {
+    if (requests[side].empty() || (step.check && !runner.log)) continue;
+    report.switches[side] = replies[side].report;
+    if (!step.saved_as.empty()) {
+      runner.saved[side][step.saved_as] = replies[side].report.exported.value_or(Bytes{});
+    }
+  }
+  if (step.check) report.checks = report_scopes(*step.check, replies);
   check_expectations(step, report);
   return report;
 }
 
-void run_steps(Runner &runner, std::size_t count) {
-  Requests set_up;
-  for (std::size_t i = 0; i < set_up.size(); ++i) {
-    set_up[i] = Request{false, SetUp{runner.scenario.settings[i]}};
-  }
-  ask_pair(runner, set_up);
+void run_steps(Runner &runner, std::size_t count,
+               const std::function<void(const StepReport &)> &on_step) {
+  const SettingsPair &settings = runner.scenario.settings;
+  ask(runner.pair, {{{SetUp{settings[0]}}, {SetUp{settings[1]}}}});
   for (std::size_t i = 0; i < count; ++i) {
-    const StepReport step = run_step(runner, i);
-    runner.report.expected += step.expectations.size();
-    runner.report.met += static_cast<std::size_t>(
-        std::count_if(step.expectations.begin(), step.expectations.end(),
-                      [](const ExpectationReport &expectation) { return expectation.is_met; }));
-    if (runner.options.on_step) runner.options.on_step(step);
+    runner.at = runner.scenario.steps[i];
+    on_step(run_step(runner, runner.scenario.steps[i]));
   }
 }
 
-std::size_t estimate_work(const Scenario &scenario, std::size_t count) {
-  std::size_t work = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const Step &step = scenario.steps[i];
-    work += step.requests.size() +
-            (step.check ? std::max<std::size_t>(step.check->ports.size(), 1) : 0);
-  }
-  return work;
+void add_step(const StepReport &step, RunReport &report) {
+  if (step.checks) report.agree = is_agreed(find_verdict(*step.checks));
+  report.expected += step.expectations.size();
+  report.met +=
+      std::size_t(std::ranges::count(step.expectations, true, &ExpectationReport::is_met));
 }
 
 // Run the first `count` steps of a scenario, then `finish`.
 RunReport run_until(const Scenario &scenario, const RunOptions &options, std::size_t count,
-                    const std::function<void(Runner &)> &finish) {
+                    const std::function<void(Runner &, RunReport &)> &finish) {
   RunReport report{.path = scenario.path,
                    .title = scenario.title,
                    .about = scenario.about,
@@ -163,10 +79,12 @@ RunReport run_until(const Scenario &scenario, const RunOptions &options, std::si
                    .failure = {}};
   std::optional<StepHead> at;
   try {
-    Runner runner{scenario, options, report, at};
-    runner.work = estimate_work(scenario, count);
-    run_steps(runner, count);
-    finish(runner);
+    Runner runner{.scenario = scenario, .log = options.log, .at = at};
+    run_steps(runner, count, [&](const StepReport &step) {
+      add_step(step, report);
+      options.on_step(step);
+    });
+    finish(runner, report);
   } catch (const Interrupted &) {
     report.failure = {"interrupted", at};
   } catch (const SwitchFailed &failure) {
@@ -177,23 +95,36 @@ RunReport run_until(const Scenario &scenario, const RunOptions &options, std::si
 
 // --- what if ---
 
+// Everything that a verdict depends on, before a step.
+Check make_whole_check(const Scenario &scenario, std::size_t position) {
+  PairOfSettings now = {&scenario.settings[0], &scenario.settings[1]};
+  for (std::size_t i = 0; i < position; ++i) {
+    for (std::size_t side = 0; side < now.size(); ++side) {
+      for (const Operation &operation : scenario.steps[i].requests[side]) {
+        if (const auto *change = std::get_if<ChangeWorld>(&operation)) {
+          now[side] = &change->settings;
+        }
+      }
+    }
+  }
+  return {find_scopes(now), scenario.twins};
+}
+
 // What a step would do on one switch: on another pair that has run as far, so that a failure that
 // was injected occurs there as it would here.
-WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t side,
-                    const RunOptions &options, const std::vector<ScopeReport> &now) {
+WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t side, bool log,
+                    const Check &check, const std::vector<ScopeReport> &now) {
   Step step = scenario.steps[position];
   step.on[1 - side] = false;
-  for (Requests &requests : step.requests) requests[1 - side].reset();
-  const RunOptions unseen{.log = options.log, .on_step = nullptr, .on_work = nullptr};
-  RunReport report;
+  step.requests[1 - side].clear();
   std::optional<StepHead> at;
-  Runner runner{scenario, unseen, report, at};
-  run_steps(runner, position);
-  std::array<std::optional<SwitchReport>, 2> switches;
-  run_requests(runner, step, switches);
-  const std::vector<ScopeReport> then = check_all(runner);
-  WhatIfSide tried{
-      .answer = std::move(*switches[side]), .checked = then.size(), .now = {}, .then = {}};
+  Runner runner{.scenario = scenario, .log = log, .at = at};
+  run_steps(runner, position, [](const StepReport &) {});
+  WhatIfSide tried{.answer = run_step(runner, step).switches[side].value_or(SwitchReport{}),
+                   .checked = check.scopes.size(),
+                   .now = {},
+                   .then = {}};
+  const std::vector<ScopeReport> then = check_scopes(runner.pair, check);
   for (std::size_t i = 0; i < then.size(); ++i) {
     if (now[i] == then[i]) continue;
     tried.now.push_back(now[i]);
@@ -202,26 +133,29 @@ WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t 
   return tried;
 }
 
-void try_on_each_side(Runner &runner, std::size_t position) {
-  runner.at = runner.scenario.steps[position];
-  WhatIfReport report{.head = *runner.at, .sides = {}};
-  const std::vector<ScopeReport> now = check_all(runner);
+WhatIfReport try_on_each_side(Runner &runner, std::size_t position) {
+  const Step &step = runner.scenario.steps[position];
+  runner.at = step;
+  WhatIfReport report{.head = step, .sides = {}};
+  const Check check = make_whole_check(runner.scenario, position);
+  const std::vector<ScopeReport> now = check_scopes(runner.pair, check);
   for (std::size_t side = 0; side < report.sides.size(); ++side) {
-    if (!report.head.on[side]) continue;
-    report.sides[side] = try_step(runner.scenario, position, side, runner.options, now);
+    if (!step.on[side]) continue;
+    report.sides[side] = try_step(runner.scenario, position, side, runner.log, check, now);
   }
-  runner.report.what_if = std::move(report);
+  return report;
 }
 
 }  // namespace
 
 RunReport run(const Scenario &scenario, const RunOptions &options) {
-  return run_until(scenario, options, scenario.steps.size(), [](Runner &) {});
+  return run_until(scenario, options, scenario.steps.size(), [](Runner &, RunReport &) {});
 }
 
 RunReport what_if(const Scenario &scenario, std::size_t position, const RunOptions &options) {
-  return run_until(scenario, options, position,
-                   [position](Runner &runner) { try_on_each_side(runner, position); });
+  return run_until(scenario, options, position, [position](Runner &runner, RunReport &report) {
+    report.what_if = try_on_each_side(runner, position);
+  });
 }
 
 }  // namespace lab

@@ -9,9 +9,8 @@
 namespace lab {
 
 struct RunOptions {
-  bool log = false;                                                // with the event histories
-  std::function<void(const StepReport &step)> on_step;             // after each step
-  std::function<void(std::size_t done, std::size_t all)> on_work;  // after each piece of work
+  bool log = false;                                     // with the event histories
+  std::function<void(const StepReport &step)> on_step;  // after each step
 };
 
 // Run a whole scenario. When a switch fails or the run is interrupted, the report has a failure,
