@@ -24,9 +24,9 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
       {"", "1:1: the file is empty; expected a scenario in YAML\n"},
       {"title: x\n", "1:1: a scenario without 'steps'; expected it there\n"},
       {"steps: [{check: switch}]\n---\nsteps: []\n",
-       "3:1: a second document begins here; expected one in a file\n"},
+       "2:1: a second document begins here; expected one in a file\n"},
       {"steps: [{check: switch}]\n---\n, x",
-       "3:1: a second document begins here; expected one in a file\n"},
+       "2:1: a second document begins here; expected one in a file\n"},
       {"switches:\n  left: {parameters: {ifi-port-type: edge-port}, ports: [{member: 3}]}\n"
        "  right: {parameters: {mst-region-vi-map: {1: 10-20, 2: 15}}}\nsteps:\n"
        "- {command: stp-mode, attributes: [{word: 3}], expect: {}}\n"
@@ -83,7 +83,7 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "- {on: left, update: {mst-region-name: a-name-that-is-longer-than-a-name-is, "
        "gbl-port-type: {bytes: zz}}}\n"
        "- {check: switch, export: switch}\n",
-       "2:17: found Po1 and x with the index 0x1000; expected an index for each port\n"
+       "2:57: found Po1 and x with the index 0x1000; expected an index for each port\n"
        "3:19: a group of ports with 'ports' and 'port'; expected indexes under 'ports', or a name "
        "under 'port'\n"
        "3:38: found 'index' with 'ports'; expected 'port', a name\n"

@@ -7,7 +7,6 @@
 
 #include "sonic/credentials.h"
 #include "text/file.h"
-#include "text/tabbed.h"
 #include "text/text.h"
 
 namespace lab {

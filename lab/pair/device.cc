@@ -24,13 +24,10 @@ namespace {
 // The platform's type of an Ethernet port.
 constexpr uint8_t ethernet_type = 26;
 
-struct Message {
-  void *msg;
-  explicit Message(void *made) : msg(made) {}
-  Message(const Message &) = delete;
-  Message &operator=(const Message &) = delete;
-  ~Message() { standin_message_free(msg); }
+struct FreeMessage {
+  void operator()(void *msg) const { standin_message_free(msg); }
 };
+using Message = std::unique_ptr<void, FreeMessage>;
 
 // Failures that a scenario orders are for the library. The lab's own work with the platform is left
 // out; the library is called within one of these.
@@ -63,10 +60,6 @@ void reset_platform() {
   standin_suspend_failures(1);
 }
 
-int32_t is_global(const Scope &scope) {
-  return scope.global ? 1 : 0;
-}
-
 std::string find_port_name(const Device &device, uint32_t index) {
   const Port *port = device.settings ? find_port(*device.settings, index) : nullptr;
   return port != nullptr ? port_name(*port) : port_text(index);
@@ -87,25 +80,21 @@ void *data_of(Bytes &array) {
   return array.empty() ? nullptr : array.data();
 }
 
-Bytes export_scope(const Scope &scope, uint32_t &result) {
+Bytes export_scope(const Scope &scope, uint32_t *result = nullptr) {
   void *out = nullptr;
   {
     const LibraryCall call;
-    result = stp_mcec_type1_cfg_get_params(is_global(scope), scope.port, &out);
+    const uint32_t code = stp_mcec_type1_cfg_get_params(scope.global, scope.port, &out);
+    if (result != nullptr) *result = code;
   }
   const Block<uint8_t> array(static_cast<uint8_t *>(out));
   return array ? Bytes(array.get(), array.get() + standin_tlv_array_bytes(array.get())) : Bytes();
 }
 
-Bytes export_scope(const Scope &scope) {
-  uint32_t result = 0;
-  return export_scope(scope, result);
-}
-
 // An update message, or what the cache takes like one.
 Message make_update(uint32_t opcode, const Scope &scope, const std::vector<Entry> &entries) {
   const Bytes array = build_array(entries);
-  const uint32_t header[] = {uint32_t(is_global(scope)), scope.port, 0, uint32_t(array.size())};
+  const uint32_t header[] = {uint32_t{scope.global}, scope.port, 0, uint32_t(array.size())};
   static_assert(sizeof header == STP_MCEC_TYPE1_UPD_HDR_SIZE);
   Bytes payload(sizeof header + array.size());
   std::memcpy(payload.data(), header, sizeof header);
@@ -116,12 +105,12 @@ Message make_update(uint32_t opcode, const Scope &scope, const std::vector<Entry
 uint32_t update_cache(const Scope &scope, const std::vector<Entry> &entries) {
   const Message msg = make_update(0, scope, entries);
   const LibraryCall call;
-  return stp_mcec_type1_cfg_cache_update(0, is_global(scope), scope.port, msg.msg);
+  return stp_mcec_type1_cfg_cache_update(0, scope.global, scope.port, msg.get());
 }
 
 uint32_t delete_cache(const Scope &scope) {
   const LibraryCall call;
-  return stp_mcec_type1_cfg_cache_update(1, is_global(scope), scope.port, nullptr);
+  return stp_mcec_type1_cfg_cache_update(1, scope.global, scope.port, nullptr);
 }
 
 // --- what the library is asked ---
@@ -159,7 +148,7 @@ void perform(Device &device, const Command &command, Reply &reply) {
                                     uint32_t(attributes.size())));
   standin_answers_clear();
   reply.report.is_command = true;
-  extract(device, msg.msg, reply.report);
+  extract(device, msg.get(), reply.report);
   if (standin_answer_count() == 0) return;
   const standin_answer_t answer = standin_answer_at(standin_answer_count() - 1);
   std::string text = printable_lines(answer.text);
@@ -169,7 +158,7 @@ void perform(Device &device, const Command &command, Reply &reply) {
 
 void perform(Device &device, const Update &update, Reply &reply) {
   const Message msg = make_update(STP_MCEC_MTS_OPC_TYPE1_UPD, update.scope, update.entries);
-  extract(device, msg.msg, reply.report);
+  extract(device, msg.get(), reply.report);
 }
 
 void perform(Device &, const CacheUpdate &update, Reply &reply) {
@@ -182,7 +171,7 @@ void perform(Device &, const Delete &deleted, Reply &reply) {
 
 void perform(Device &, const Export &exported, Reply &reply) {
   uint32_t result = 0;
-  reply.report.exported = export_scope(exported.scope, result);
+  reply.report.exported = export_scope(exported.scope, &result);
   add_result(result, reply.report);
 }
 

@@ -1,10 +1,9 @@
 #include "pair/wire.h"
 
 #include <sys/socket.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "pair/fields.h"
 #include "text/wait.h"
@@ -57,13 +56,14 @@ void await(int socket, short event, const Waiting &waiting) {
   }
 }
 
-// Move a number of bytes with `transfer`; false: the other end is gone.
-template <class Transfer>
-bool move_all(int socket, short event, const Waiting &waiting, std::size_t size,
-              Transfer transfer) {
-  for (std::size_t done = 0; done < size;) {
+// Send or receive all bytes of a frame or of its length; false: the other end is gone.
+bool move_all(int socket, short event, const Waiting &waiting, Bytes &bytes) {
+  for (std::size_t done = 0; done < bytes.size();) {
     if (interrupted()) throw Interrupted{};
-    const ssize_t moved = transfer(done, size - done);
+    uint8_t *at = bytes.data() + done;
+    const std::size_t left = bytes.size() - done;
+    const ssize_t moved = event == POLLIN ? ::recv(socket, at, left, MSG_DONTWAIT)
+                                          : ::send(socket, at, left, MSG_DONTWAIT | MSG_NOSIGNAL);
     if (moved > 0) {
       done += static_cast<std::size_t>(moved);
     } else if (moved < 0 && errno == EAGAIN) {
@@ -75,34 +75,30 @@ bool move_all(int socket, short event, const Waiting &waiting, std::size_t size,
   return true;
 }
 
-bool receive_all(int socket, const Waiting &waiting, void *data, std::size_t size) {
-  return move_all(socket, POLLIN, waiting, size, [=](std::size_t at, std::size_t left) {
-    return ::recv(socket, static_cast<uint8_t *>(data) + at, left, MSG_DONTWAIT);
-  });
-}
-
-bool send_all(int socket, const Waiting &waiting, const void *data, std::size_t size) {
-  return move_all(socket, POLLOUT, waiting, size, [=](std::size_t at, std::size_t left) {
-    return ::send(socket, static_cast<const uint8_t *>(data) + at, left,
-                  MSG_NOSIGNAL | MSG_DONTWAIT);
-  });
-}
-
 }  // namespace
 
-bool write_frame(int socket, const Bytes &frame, const Waiting &waiting) {
-  const auto size = static_cast<uint32_t>(frame.size());
-  return send_all(socket, waiting, &size, sizeof size) &&
-         send_all(socket, waiting, frame.data(), frame.size());
+Bytes make_frame(const Bytes &content) {
+  const auto size = static_cast<uint32_t>(content.size());
+  Bytes frame(sizeof size);
+  std::memcpy(frame.data(), &size, sizeof size);
+  frame.insert(frame.end(), content.begin(), content.end());
+  return frame;
+}
+
+bool write_frame(int socket, const Bytes &content, const Waiting &waiting) {
+  Bytes frame = make_frame(content);
+  return move_all(socket, POLLOUT, waiting, frame);
 }
 
 std::optional<Bytes> read_frame(int socket, const Waiting &waiting) {
   uint32_t size = 0;
-  if (!receive_all(socket, waiting, &size, sizeof size)) return std::nullopt;
+  Bytes length(sizeof size);
+  if (!move_all(socket, POLLIN, waiting, length)) return std::nullopt;
+  std::memcpy(&size, length.data(), sizeof size);
   if (size > longest_frame) throw Garbled("a frame too long");
-  Bytes frame(size);
-  if (!receive_all(socket, waiting, frame.data(), frame.size())) return std::nullopt;
-  return frame;
+  Bytes content(size);
+  if (!move_all(socket, POLLIN, waiting, content)) return std::nullopt;
+  return content;
 }
 
 Bytes encode(const Request &request) {

@@ -20,8 +20,10 @@ struct Garbled : std::runtime_error {
 // Called about twice a second while nothing comes, with the milliseconds so far; may throw.
 using Waiting = std::function<void(int waited)>;
 
+Bytes make_frame(const Bytes &content);
+
 // false: the other end is gone. Throws Interrupted, and what `waiting` throws.
-bool write_frame(int socket, const Bytes &frame, const Waiting &waiting = nullptr);
+bool write_frame(int socket, const Bytes &content, const Waiting &waiting = nullptr);
 
 // Nothing: the other end is gone. Also throws Garbled.
 std::optional<Bytes> read_frame(int socket, const Waiting &waiting = nullptr);

@@ -42,6 +42,7 @@ void read_root(StepReader &reader, const YAML::Node &root, const ReadFrom &read_
     return reader.add_error(steps, "no step in 'steps'", "a list of at least one");
   }
   reader.now = scenario.settings;
+  reader.scopes = find_scopes({&reader.now[0], &reader.now[1]});
   reader.twins = scenario.twins;
   for (const auto &node : steps) {
     scenario.steps.push_back(read_step(reader, node));

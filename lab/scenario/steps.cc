@@ -101,7 +101,7 @@ void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &va
   if (given == "switch") {
     check.scopes = {PairScope{}};
   } else if (given == "all" || is_of_channel) {
-    check.scopes = find_scopes({&reader.now[0], &reader.now[1]});
+    check.scopes = reader.scopes;
   } else if (given.empty()) {
     reader.expected(value, what);
   } else {
@@ -127,6 +127,7 @@ void read_change_step(StepReader &reader, const YAML::Node &, const YAML::Node &
     read_world(reader, value, reader.now[side], true);
     add_operation(step, side, ChangeWorld{reader.now[side]});
   }
+  reader.scopes = find_scopes({&reader.now[0], &reader.now[1]});
   step.summary = "change";
   for (const auto &pair : value.IsMap() ? value : YAML::Node(YAML::NodeType::Map)) {
     step.summary += " " + scalar_text(pair.first);

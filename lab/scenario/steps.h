@@ -12,9 +12,10 @@ namespace lab {
 
 // Where the reading of a scenario has come to.
 struct StepReader : Reader {
-  SettingsPair now;             // the switches, as the steps so far leave them
-  std::set<std::string> saved;  // names of exported arrays
-  std::optional<Vlans> twins;   // of the scenario
+  SettingsPair now;               // the switches, as the steps so far leave them
+  std::set<std::string> saved;    // names of exported arrays
+  std::vector<PairScope> scopes;  // all, of these switches
+  std::optional<Vlans> twins;     // of the scenario
 };
 
 Step read_step(StepReader &reader, const YAML::Node &node);

@@ -14,7 +14,7 @@
 #include <utility>
 
 #include "text/file.h"
-#include "text/tabbed.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {

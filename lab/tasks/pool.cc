@@ -67,14 +67,6 @@ void start(PoolWorker &worker) {
   close(ends[1]);
 }
 
-Bytes make_frame(const Bytes &content) {
-  const auto size = static_cast<uint32_t>(content.size());
-  Bytes frame(sizeof size);
-  std::memcpy(frame.data(), &size, sizeof size);
-  frame.insert(frame.end(), content.begin(), content.end());
-  return frame;
-}
-
 bool is_whole(const Bytes &frame) {
   uint32_t size = 0;
   if (frame.size() < sizeof size) return false;

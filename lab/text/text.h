@@ -103,6 +103,15 @@ std::string place_in_text(std::string_view text, std::size_t at);
 std::vector<std::string_view> split(std::string_view text, char separator);
 std::string join(const std::vector<std::string> &parts, std::string_view separator = ", ");
 
+// A line of fields that tabs separate.
+struct TabbedLine {
+  int number;  // from 1
+  std::vector<std::string_view> fields;
+};
+
+// Lines that are empty or begin with # are passed over.
+std::vector<TabbedLine> read_tabbed(std::string_view text);
+
 // "a, b and c"; "a, b or c".
 std::string listed(const std::vector<std::string> &names, const char *before_last = " and ");
 std::string one_of(const std::vector<std::string> &names);

@@ -34,27 +34,18 @@ constexpr char no_merge_keys[] =
 
 // Notes where a document begins.
 struct DocumentPlace : YAML::EventHandler {
+  using Style = YAML::EmitterStyle::value;
   YAML::Mark mark = YAML::Mark::null_mark();
 
-  void note(const YAML::Mark &at) { mark = mark.is_null() ? at : mark; }
-
-  void OnDocumentStart(const YAML::Mark &) override {}
+  void OnDocumentStart(const YAML::Mark &at) override { mark = at; }
   void OnDocumentEnd() override {}
-  void OnNull(const YAML::Mark &at, YAML::anchor_t) override { note(at); }
-  void OnAlias(const YAML::Mark &at, YAML::anchor_t) override { note(at); }
-  void OnScalar(const YAML::Mark &at, const std::string &, YAML::anchor_t,
-                const std::string &) override {
-    note(at);
-  }
-  void OnSequenceStart(const YAML::Mark &at, const std::string &, YAML::anchor_t,
-                       YAML::EmitterStyle::value) override {
-    note(at);
-  }
+  void OnNull(const YAML::Mark &, YAML::anchor_t) override {}
+  void OnAlias(const YAML::Mark &, YAML::anchor_t) override {}
+  void OnScalar(const YAML::Mark &, const std::string &, YAML::anchor_t,
+                const std::string &) override {}
+  void OnSequenceStart(const YAML::Mark &, const std::string &, YAML::anchor_t, Style) override {}
   void OnSequenceEnd() override {}
-  void OnMapStart(const YAML::Mark &at, const std::string &, YAML::anchor_t,
-                  YAML::EmitterStyle::value) override {
-    note(at);
-  }
+  void OnMapStart(const YAML::Mark &, const std::string &, YAML::anchor_t, Style) override {}
   void OnMapEnd() override {}
 };
 
