@@ -29,38 +29,30 @@ int columns_here(std::string_view character) {
   return takes_utf8() ? columns_of(character) : -1;
 }
 
-// A part of a text that is shown: a character, or a colour, which takes no column.
-struct Unit {
-  std::size_t bytes;
-  std::size_t columns;
+struct Extent {
+  std::size_t bytes = 0;
+  std::size_t columns = 0;
 };
 
-Unit unit_at(std::string_view text) {
-  if (text[0] == '\033') return {std::min(text.find('m'), text.size() - 1) + 1, 0};
-  const std::string_view character = first_character(text);
-  return {character.size(), std::size_t(std::max(columns_here(character), 0))};
-}
-
-// How many bytes of a text fit into some columns; at least one character.
-std::size_t bytes_that_fit(std::string_view text, std::size_t columns) {
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const Unit unit = unit_at(text.substr(at));
-    if (unit.columns > columns && at > 0) break;
-    columns -= std::min(unit.columns, columns);
-    at += unit.bytes;
+// The beginning of a text that fits into some columns, at least one character.
+Extent measure(std::string_view text, std::size_t most = SIZE_MAX) {
+  Extent extent;
+  while (extent.bytes < text.size()) {
+    const std::string_view rest = text.substr(extent.bytes);
+    if (rest[0] == '\033') {  // a colour, which takes no column
+      extent.bytes += std::min(rest.find('m'), rest.size() - 1) + 1;
+      continue;
+    }
+    const std::string_view character = first_character(rest);
+    const std::size_t columns = extent.columns + std::size_t(std::max(columns_here(character), 0));
+    if (columns > most && extent.bytes > 0) break;
+    extent = {extent.bytes + character.size(), columns};
   }
-  return at;
+  return extent;
 }
 
 std::size_t width_of(std::string_view text) {
-  std::size_t columns = 0;
-  while (!text.empty()) {
-    const Unit unit = unit_at(text);
-    columns += unit.columns;
-    text.remove_prefix(unit.bytes);
-  }
-  return columns;
+  return measure(text).columns;
 }
 
 // The width that a text needs when it is wrapped without cutting a word.
@@ -78,7 +70,7 @@ std::size_t least_width(std::string_view text) {
 // Where the next line of a text ends: behind a blank or a comma, else where its script allows it,
 // as behind a hyphen, else where it must.
 std::size_t line_end(std::string_view text, std::size_t width) {
-  const std::size_t fits = bytes_that_fit(text, width);
+  const std::size_t fits = measure(text, width).bytes;
   // A comma stays on its line, a blank goes: it may stand just past the end.
   std::size_t cut = text.substr(0, fits).find_last_of(" ,");
   if (fits < text.size() && text[fits] == ' ') cut = fits;
@@ -105,14 +97,13 @@ Lines wrap(const std::string &text, std::size_t width) {
 void narrow(std::vector<std::size_t> &widths, const std::vector<std::size_t> &least,
             std::size_t room) {
   std::size_t total = std::accumulate(widths.begin(), widths.end(), std::size_t{0});
+  const auto shrinkable = [&](std::size_t i) { return widths[i] > least[i] ? widths[i] : 0; };
   for (; total > room; --total) {
-    std::size_t widest = widths.size();
+    std::size_t widest = 0;
     for (std::size_t i = 0; i < widths.size(); ++i) {
-      if (widths[i] > least[i] && (widest == widths.size() || widths[i] > widths[widest])) {
-        widest = i;
-      }
+      if (shrinkable(i) > shrinkable(widest)) widest = i;
     }
-    if (widest == widths.size()) return;
+    if (shrinkable(widest) == 0) return;
     --widths[widest];
   }
 }
