@@ -10,7 +10,7 @@
 namespace lab {
 namespace {
 
-// Headings and texts; both empty: a line between two explanations.
+// Headings and texts.
 using Items = std::vector<std::pair<const char *, std::string>>;
 
 const char *scope_of(const Parameter &parameter) {
@@ -77,17 +77,16 @@ std::string describe_field_place(const Field &field) {
                      field.name, mode);
 }
 
-void explain_parameter(const Parameter &parameter, Items &items) {
+Items explain_parameter(const Parameter &parameter) {
   const std::string display_name = stp_mcec_type1_cfg_type_to_str(parameter.type);
-  items.insert(
-      items.end(),
-      {{"parameter",
-        fmt::format("{} (type {}, {})", parameter.key, parameter.type, parameter.enumerator)},
-       {"called", fmt::format("\"{}\", in reports \"{}\"", display_name, title(parameter))},
-       {"scope", scope_of(parameter)},
-       {"length", std::to_string(parameter.length) + " bytes"},
-       {"default", describe_default(parameter)},
-       {"values", value_help(parameter)}});
+  Items items = {
+      {"parameter",
+       fmt::format("{} (type {}, {})", parameter.key, parameter.type, parameter.enumerator)},
+      {"called", fmt::format("\"{}\", in reports \"{}\"", display_name, title(parameter))},
+      {"scope", scope_of(parameter)},
+      {"length", std::to_string(parameter.length) + " bytes"},
+      {"default", describe_default(parameter)},
+      {"values", value_help(parameter)}};
   if (parameter.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
     items.emplace_back("digest",
                        "Bridges do not show the map itself, but its IEEE 802.1Q "
@@ -104,46 +103,45 @@ void explain_parameter(const Parameter &parameter, Items &items) {
   for (const CommandInfo &command : commands()) {
     if (sets(command, parameter)) items.emplace_back("set by", command.key);
   }
+  return items;
 }
 
-void explain_command(const CommandInfo &command, Items &items) {
-  items.insert(items.end(),
-               {{"command", fmt::format("{} (identifier {}, {})", command.key, command.id,
-                                        command.enumerator)},
-                {"extractor", command.extractor},
-                {"asked", command.is_gated ? "only while a multi-chassis trunk exists"
-                                           : "always; port by port, whether it is a member"},
-                {"sets", join(keys_set_by(command))}});
+Items explain_command(const CommandInfo &command) {
+  return {{"command",
+           fmt::format("{} (identifier {}, {})", command.key, command.id, command.enumerator)},
+          {"extractor", command.extractor},
+          {"asked", command.is_gated ? "only while a multi-chassis trunk exists"
+                                     : "always; port by port, whether it is a member"},
+          {"sets", join(keys_set_by(command))}};
 }
 
-void explain_code(uint32_t code, Items &items) {
-  items.emplace_back("result", describe_result(code, "success"));
+Items explain_code(uint32_t code) {
+  Items items = {{"result", describe_result(code, "success")}};
   if (const Parameter *parameter = parameter_of_mismatch(code)) {
-    items.insert(
-        items.end(),
-        {{"means", fmt::format("The parameter \"{}\" is the first that differs between the peers.",
-                               stp_mcec_type1_cfg_type_to_str(parameter->type))},
-         {"from", "the checks"},
-         {"look at", "Its value on both switches: a check in the lab shows them side by side."},
-         {"", ""}});
-    return explain_parameter(*parameter, items);
+    items.emplace_back("means",
+                       fmt::format("The parameter \"{}\" is the first that differs between the "
+                                   "peers.",
+                                   stp_mcec_type1_cfg_type_to_str(parameter->type)));
+    items.emplace_back("from", "the checks");
+    items.emplace_back("look at",
+                       "Its value on both switches: a check in the lab shows them side by side.");
+    return items;
   }
   const auto *known = std::ranges::find(explanations, code, &Explanation::code);
   const Explanation &explanation = known != std::end(explanations) ? *known : foreign_code;
-  items.insert(
-      items.end(),
-      {{"means", explanation.meaning}, {"from", explanation.who}, {"look at", explanation.look}});
+  items.emplace_back("means", explanation.meaning);
+  items.emplace_back("from", explanation.who);
+  items.emplace_back("look at", explanation.look);
+  return items;
 }
 
 // An identifier that the library routes although it is no command.
 constexpr uint32_t routed_only = 62;
 
-void explain_routed(Items &items) {
-  items.insert(
-      items.end(),
-      {{"command", fmt::format("{}: no command of this library, but routed", routed_only)},
-       {"extractor", "stp_mcec_extract_gbl_params, which refuses it as an invalid identifier"},
-       {"asked", "only while a multi-chassis trunk exists; without one it is accepted unread"}});
+Items explain_routed() {
+  return {{"command", fmt::format("{}: no command of this library, but routed", routed_only)},
+          {"extractor", "stp_mcec_extract_gbl_params, which refuses it as an invalid identifier"},
+          {"asked", "only while a multi-chassis trunk exists; without one it is accepted unread"}};
 }
 
 // "40DD003B" as well as "0x40DD003B".
@@ -152,8 +150,10 @@ std::optional<uint32_t> bare_code(const std::string &what) {
   return what.size() == digits ? parse_number("0x" + what) : std::nullopt;
 }
 
-// The parameters of the fields that an operator means by a word, and the fields of none.
-void explain_fields(const std::vector<const Field *> &found, Items &items) {
+// The fields of no parameter that an operator means by a word, and the parameters of the others.
+void explain_fields(const std::vector<const Field *> &found, std::vector<Items> &parts) {
+  if (found.empty()) return;
+  Items &items = parts.emplace_back();
   std::set<uint16_t> types;
   for (const Field *field : found) {
     if (field->type != 0) {
@@ -164,8 +164,7 @@ void explain_fields(const std::vector<const Field *> &found, Items &items) {
     }
   }
   for (const uint16_t type : types) {
-    items.emplace_back("", "");
-    explain_parameter(*find_parameter(uint32_t{type}), items);
+    parts.push_back(explain_parameter(*find_parameter(uint32_t{type})));
   }
 }
 
@@ -177,27 +176,22 @@ bool explain(const std::string &what, const Layout &layout) {
       number ? find_parameter(*number) : find_parameter(std::string_view(what));
   const CommandInfo *command =
       number ? find_command(*number) : find_command(std::string_view(what));
-  Items items;
-  if (parameter != nullptr) explain_parameter(*parameter, items);
-  const auto separate = [&items] {
-    if (!items.empty()) items.emplace_back("", "");
-  };
-  if (command != nullptr) {
-    separate();
-    explain_command(*command, items);
-  }
-  if (number == routed_only) {
-    separate();
-    explain_routed(items);
-  }
-  if (items.empty()) explain_fields(find_fields(what), items);
+  std::vector<Items> parts;
+  if (parameter != nullptr) parts.push_back(explain_parameter(*parameter));
+  if (command != nullptr) parts.push_back(explain_command(*command));
+  if (number == routed_only) parts.push_back(explain_routed());
+  if (parts.empty()) explain_fields(find_fields(what), parts);
   const auto code = bare_code(what) ? bare_code(what) : find_result(what);
-  if (code && (items.empty() || *code <= 1 || *code > UINT16_MAX)) {
-    separate();
-    explain_code(*code, items);
+  if (code && (parts.empty() || *code <= 1 || *code > UINT16_MAX)) {
+    parts.push_back(explain_code(*code));
+    const Parameter *mismatching = parameter_of_mismatch(*code);
+    if (mismatching != nullptr) parts.push_back(explain_parameter(*mismatching));
   }
-  for (const auto &[heading, text] : items) put_wrapped(text, layout, 12, heading);
-  return !items.empty();
+  for (const Items &items : parts) {
+    if (&items != &parts.front()) put_line("");
+    for (const auto &[heading, text] : items) put_wrapped(text, layout, 12, heading);
+  }
+  return !parts.empty();
 }
 
 void list(const std::string &what, const Layout &layout) {
