@@ -25,7 +25,7 @@ lab::PairReport make_report() {
   missing.scope.ends[1].present = false;
   missing.codes = {0x40DD0001, 0x40DD0001};
   for (std::size_t kind = 0; kind < lab::note_keys().size(); ++kind) {
-    report.notes.emplace_back().note.kind = lab::NoteKind(kind);
+    report.notes.emplace_back().kind = lab::NoteKind(kind);
   }
   report.incomplete = {{lab::Incomplete::no_channels, {}}, {lab::Incomplete::no_twin_vlans, {}}};
   return report;

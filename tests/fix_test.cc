@@ -77,8 +77,8 @@ TEST(Capture, NotesWhatIsWorthALook) {
     EXPECT_EQ(left.errors + right.errors, "");
     std::string notes;
     for (const Note &note : find_notes({&left.settings, &right.settings}, false)) {
-      notes += note_key(note.kind) + (' ' + (note.channel.empty() ? "switch" : note.channel)) +
-               ": " + describe_note({.note = note}) + "\n";
+      notes += note_keys()[std::size_t(note.kind)] + " " +
+               (note.channel.empty() ? "switch" : note.channel) + ": " + describe_note(note) + "\n";
     }
     EXPECT_EQ(notes, row.notes);
     for (const Note &note : find_notes({&left.settings, &right.settings}, true)) {
@@ -168,7 +168,7 @@ TEST(Capture, IsFixed) {
     const PairOfSettings pair = {&dumps[0].settings, &dumps[1].settings};
     ASSERT_NE(value(*pair[0], row.channel, row.type), value(*pair[1], row.channel, row.type));
     const Fix fix = find_fix(pair, {&dumps[0].rows, &dumps[1].rows}, row.channel, row.type);
-    EXPECT_EQ(describe_fix(fix), row.text);
+    EXPECT_EQ(describe_fix(fix, switch_names), row.text);
     Settings after[2] = {dumps[0].settings, dumps[1].settings};
     for (std::size_t side = 0; side < 2; ++side) {
       ASSERT_NE(fix.both.has_value(), fix.alone[side].has_value());
@@ -193,7 +193,8 @@ TEST(Capture, IsFixed) {
   const Dump left = dump_of(capture("vlans-left"));
   const Dump right = dump_of(capture("vlans-right"));
   EXPECT_EQ(describe_fix(find_fix({&left.settings, &right.settings}, {nullptr, &right.rows}, "",
-                                  STP_MCEC_TYPE1_STP_ENDIS)),
+                                  STP_MCEC_TYPE1_STP_ENDIS),
+                         switch_names),
             "STP_VLAN enabled: VLAN 20 false on right");
 }
 

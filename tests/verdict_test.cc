@@ -6,8 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "draimiofaf/types.h"
-#include "output/event_json.h"
-#include "output/event_text.h"
+#include "output/events.h"
 #include "output/json.h"
 #include "output/metrics.h"
 #include "output/page.h"
@@ -42,9 +41,9 @@ ScopeReport &add_difference(PairReport &report) {
 }
 
 void add_warning(PairReport &report) {
-  NoteReport note;
-  note.note.kind = NoteKind::no_peer_link;
-  note.note.side = 0;
+  Note note;
+  note.kind = NoteKind::no_peer_link;
+  note.side = 0;
   report.notes.push_back(note);
 }
 
@@ -144,12 +143,12 @@ TEST(Verdict, IsTheSameInEveryOutput) {
     SCOPED_TRACE(situation.name);
     PairReport report = make_report();
     situation.change(report);
-    const Outcome outcome = find_verdict(report).outcome;
+    const Outcome outcome = find_outcome(report);
     EXPECT_EQ(outcome, situation.outcome);
     EXPECT_EQ(find_status(report), situation.status);
 
     const Json json = Json::parse(format_comparison(report));
-    EXPECT_EQ(json["verdict"], outcome_name(outcome));
+    EXPECT_EQ(json["verdict"], outcome_word(outcome));
     EXPECT_EQ(json["agree"], outcome == Outcome::agree);
     const std::string text = printed([&] { print_comparison(report, {}); });
     expect_word(text.substr(0, text.find('\n')),

@@ -7,7 +7,7 @@
 
 #include "output/layout.h"
 #include "report/acceptance.h"
-#include "report/pairs.h"
+#include "report/pair.h"
 #include "report/verdict.h"
 #include "sonic/limits.h"
 #include "text/error.h"

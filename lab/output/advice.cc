@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "draimiofaf/types.h"
 #include "output/words.h"
@@ -101,30 +102,33 @@ constexpr FieldMeaning field_meanings[] = {
 
 // --- fixes ---
 
-// Right, then left: a fix names first what brings the right side into line.
-constexpr std::size_t right_then_left[] = {1, 0};
-
 std::string place_text(const Change &change) {
   return change.table + '|' + change.key + ' ' + change.field;
 }
 
-// "STP_PORT|PortChannel10 root_guard: true on right, or false on left".
-std::string describe_changes(const std::array<std::optional<Changes>, 2> &changes,
-                             const SideNames &names) {
-  std::vector<std::string> sides;
-  std::string last_place;
-  for (const std::size_t side : right_then_left) {
-    if (!changes[side]) continue;
-    std::vector<std::string> texts;
-    for (const Change &change : *changes[side]) {
-      const std::string place = place_text(change);
-      texts.push_back((place != last_place ? place + ": " : "") +
-                      (change.value ? visible(shown(joined(*change.value))) : "nothing"));
-      last_place = place;
-    }
-    sides.push_back(join(texts) + " on " + names[side]);
+// "true on right, or false on left": a fix names first what brings the right side into line. A side
+// without a text is left out.
+template <class Describe>
+std::string describe_sides(const SideNames &names, Describe describe) {
+  std::vector<std::string> texts;
+  for (const std::size_t side : {1U, 0U}) {
+    const std::string text = describe(side);
+    if (!text.empty()) texts.push_back(text + " on " + names[side]);
   }
-  return join(sides, ", or ");
+  return join(texts, ", or ");
+}
+
+// "STP_PORT|PortChannel10 root_guard: true on right, or false on left".
+std::string describe_changes(const Fix &fix, const SideNames &names) {
+  std::string last_place;
+  return describe_sides(names, [&](std::size_t side) {
+    return join(describe_each(fix.alone[side].value_or(Changes{}), [&](const Change &change) {
+      const std::string place = place_text(change);
+      const bool is_new = std::exchange(last_place, place) != place;
+      return (is_new ? place + ": " : "") +
+             (change.value ? visible(shown(joined(*change.value))) : "nothing");
+    }));
+  });
 }
 
 // How a side would have the VLANs of a group.
@@ -141,12 +145,9 @@ std::string describe_vlan_groups(const Fix &fix, const SideNames &names) {
   std::vector<std::string> texts;
   for (std::size_t i = 0; i < std::min(fix.groups.size(), most_groups); ++i) {
     const auto &[vlans, words] = fix.groups[i];
-    std::vector<std::string> sides;
-    for (const std::size_t side : right_then_left) {
-      if (!is_any && !fix.alone[side]) continue;
-      sides.push_back(word_text(fix, words[1 - side]) + " on " + names[side]);
-    }
-    texts.push_back(vlan_words(vlans) + " " + join(sides, ", or "));
+    texts.push_back(vlan_words(vlans) + " " + describe_sides(names, [&](std::size_t side) {
+                      return is_any || fix.alone[side] ? word_text(fix, words[1 - side]) : "";
+                    }));
   }
   if (fix.groups.size() > most_groups) {
     texts.push_back(fmt::format("and {} more groups of VLANs", fix.groups.size() - most_groups));
@@ -158,12 +159,23 @@ std::string describe_vlan_groups(const Fix &fix, const SideNames &names) {
 
 // "ifi-port-guard of PortChannel10: root on right, or none on left".
 std::string describe_settings(const Fix &fix, const SideNames &names) {
-  const auto value = [&](std::size_t side) {
-    return fix.values[side] ? written({fix.type, *fix.values[side]}) : "nothing";
-  };
-  return fmt::format("{}{}: {} on {}, or {} on {}", parameter_key(fix.type),
-                     fix.channel.empty() ? "" : " of " + printable(fix.channel), value(0), names[1],
-                     value(1), names[0]);
+  return parameter_key(fix.type) + (fix.channel.empty() ? "" : " of " + printable(fix.channel)) +
+         ": " + describe_sides(names, [&](std::size_t side) {
+           const auto &value = fix.values[1 - side];
+           return value ? written({fix.type, *value}) : "nothing";
+         });
+}
+
+// The fix for all scopes of its group.
+Fix widen_fix(Fix fix, const ScopeGroup &group) {
+  for (auto &changes : fix.alone) {
+    if (!changes || fix.channel.empty()) continue;
+    for (Change &change : *changes) {
+      if (change.key == fix.channel) change.key = group.name;
+    }
+  }
+  if (!fix.channel.empty()) fix.channel = group.name;
+  return fix;
 }
 
 }  // namespace
@@ -183,7 +195,8 @@ const char *field_meaning(const Field &field) {
       ->meaning;
 }
 
-std::string describe_fix(const Fix &fix, const SideNames &names) {
+std::string describe_fix(const Fix &fix, const SideNames &names, const ScopeGroup *group) {
+  if (group != nullptr) return describe_fix(widen_fix(fix, *group), names);
   if (!fix.groups.empty()) return describe_vlan_groups(fix, names);
   if (fix.kind == Fix::Kind::with_mode) {
     return fmt::format("it goes with {}|{} {}", fix.field->table, fix.field->key, fix.field->name);
@@ -192,14 +205,17 @@ std::string describe_fix(const Fix &fix, const SideNames &names) {
     const Change &named = (*fix.both)[0][0];
     return place_text(named) + ": one name on both, for instance " + joined(*named.value);
   }
-  if (!fix.alone[0] && !fix.alone[1]) return describe_settings(fix, names);
-  return describe_changes(fix.alone, names);
+  const bool is_any = !fix.alone[0] && !fix.alone[1];
+  return is_any ? describe_settings(fix, names) : describe_changes(fix, names);
 }
 
 std::string describe_missing_row(const ScopeGroup &group, const SideNames &names) {
   const ScopeReport &first = *group.scopes.front();
-  if (first.missing_row.empty() || first.accepted) return "";
-  return fmt::format("add {} on {}", widen_missing_row(group), names[*missing_side(first)]);
+  std::string row = first.missing_row;
+  if (row.empty() || first.accepted) return "";
+  const std::string &name = first.scope.name;
+  if (row.ends_with(name)) row.replace(row.size() - name.size(), name.size(), group.name);
+  return fmt::format("add {} on {}", row, names[*missing_side(first)]);
 }
 
 bool has_mode_change(const Patch &patch) {

@@ -4,7 +4,6 @@
 
 #include "draimiofaf/types.h"
 #include "output/print.h"
-#include "report/verdict.h"
 #include "switch/values.h"
 
 namespace lab {
@@ -43,7 +42,7 @@ void print_inconsistent_ports(const ScopeReport &scope, const Style &style) {
 }
 
 void print_verdicts(const ScopeReport &scope, const Style &style) {
-  const bool agrees = is_agreed(find_verdict(scope));
+  const bool agrees = is_agreed(scope);
   const auto describe = [&](std::size_t side) {
     return (agrees ? "ACCEPTED: " : "") + describe_code(scope, side, style.sides);
   };
@@ -149,7 +148,7 @@ void print_fixes(const ScopeGroup &group, const Style &style) {
                  parameter_key(parameter.type) + ": " + describe_acceptance(*parameter.accepted),
                  style);
     } else if (parameter.fix) {
-      print_item("fix: ", describe_fix(widen_fix(parameter.fix->fix, group), style.sides), style);
+      print_item("fix: ", describe_fix(parameter.fix->fix, style.sides, &group), style);
       if (has_mode_change(parameter)) put_wrapped(mode_steps, style.layout, row_indent + 5);
     }
   }
@@ -170,14 +169,11 @@ void print_group(const ScopeGroup &group, const Style &style) {
 void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
   const Summary summary = summarize(checks);
   std::vector<std::string> causes = count_differences(summary);
-  const auto add = [&causes](const std::string &what, std::size_t count) {
-    if (count > 0) causes.push_back(fmt::format("{} ({})", what, count));
-  };
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    add(std::string("missing on the ") + style.sides[side], summary.missing[side]);
+    add_count(std::string("missing on the ") + style.sides[side], summary.missing[side], causes);
   }
-  add("inconsistent ports", summary.inconsistent);
-  add("accepted", summary.accepted);
+  add_count("inconsistent ports", summary.inconsistent, causes);
+  add_count("accepted", summary.accepted, causes);
   const std::size_t count = summary.disagreeing;
   print_indented({fmt::format("looked at {}; {} differ{}{}{}", count_of(checks.size(), "scope"),
                               count == 0 ? "none" : std::to_string(count), count <= 1 ? "s" : "",
@@ -192,7 +188,7 @@ void print_checks(const std::vector<ScopeReport> &checks, const Style &style) {
   if (checks.empty()) put_line("neither switch has such a channel", row_indent);
   std::vector<const ScopeReport *> printed;
   for (const ScopeReport &scope : checks) {
-    if (!style.only_different || !is_agreed(find_verdict(scope)) || has_accepted(scope)) {
+    if (!style.only_different || !is_agreed(scope) || has_accepted(scope)) {
       printed.push_back(&scope);
     }
   }

@@ -1,8 +1,6 @@
-#include "output/event_json.h"
+#include <fmt/chrono.h>
 
-#include <ctime>
-
-#include "output/event_text.h"
+#include "output/events.h"
 #include "output/json.h"
 
 namespace lab {
@@ -13,24 +11,14 @@ constexpr const char *event_names[] = {"compared", "changed", "disconnected", "c
 
 void add_outcome(const std::optional<Outcome> &outcome, Json &json) {
   json["agree"] = outcome ? Json(*outcome == Outcome::agree) : Json();
-  json["verdict"] = outcome ? Json(outcome_name(*outcome)) : Json();
-}
-
-Json notes_to_json(const std::vector<NoteReport> &notes) {
-  Json list = Json::array();
-  for (const NoteReport &note : notes) list.push_back(note_to_json(note, switch_names));
-  return list;
+  json["verdict"] = outcome ? Json(outcome_word(outcome)) : Json();
 }
 
 // --- rows ---
 
 Json value_to_json(const FieldValue &value) {
   if (const auto *text = std::get_if<std::string>(&value)) return printable(*text);
-  Json list = Json::array();
-  for (const std::string &member : std::get<std::vector<std::string>>(value)) {
-    list.push_back(printable(member));
-  }
-  return list;
+  return list_json(std::get<std::vector<std::string>>(value), printable);
 }
 
 // The fields of a row that are not the same in the other one; null where there is no such row.
@@ -44,23 +32,17 @@ Json fields_to_json(const std::optional<Row> &row, const std::optional<Row> &oth
   return fields;
 }
 
-Json rows_to_json(const std::vector<RowChange> &rows) {
-  Json list = Json::array();
-  for (const RowChange &row : rows) {
-    list.push_back({{"side", switch_names[row.side]},
-                    {"row", printable(row.row)},
-                    {"before", fields_to_json(row.before, row.after)},
-                    {"after", fields_to_json(row.after, row.before)}});
-  }
-  return list;
+Json row_to_json(const RowChange &row) {
+  return {{"side", switch_names[row.side]},
+          {"row", printable(row.row)},
+          {"before", fields_to_json(row.before, row.after)},
+          {"after", fields_to_json(row.after, row.before)}};
 }
 
 // --- kinds ---
 
 void add_comparison(const Event &event, Json &json) {
-  for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    json["notifications"][switch_names[side]] = event.notifications[side];
-  }
+  json["notifications"] = sides_json([&](auto side) { return event.notifications[side]; });
   json["comparison"] = event.comparison ? comparison_to_json(*event.comparison) : Json();
 }
 
@@ -73,11 +55,12 @@ void add_effect(const Event &event, Json &json) {
 
 // The pairs that do not agree are listed.
 void add_summary(const FleetStatus &fleet, Json &json) {
-  Json counts = {{"agree", 0}, {"disagree", 0}, {"incomplete", 0}, {"unknown", 0}};
-  Json pairs = Json::array();
+  for (const auto &outcome : {std::optional(Outcome::agree), std::optional(Outcome::disagree),
+                              std::optional(Outcome::incomplete), std::optional<Outcome>()}) {
+    json["counts"][outcome_word(outcome)] = count_pairs(fleet, outcome);
+  }
+  Json &pairs = json["pairs"] = Json::array();
   for (const PairStatus &pair : fleet) {
-    const std::string verdict = pair.outcome ? outcome_name(*pair.outcome) : "unknown";
-    counts[verdict] = counts[verdict].get<int>() + 1;
     if (pair.outcome == Outcome::agree) continue;
     Json &listed = pairs.emplace_back();
     if (!pair.name.empty()) listed["pair"] = pair.name;
@@ -86,8 +69,6 @@ void add_summary(const FleetStatus &fleet, Json &json) {
         pair.changed == decltype(pair.changed){} ? Json() : Json(format_time(pair.changed));
     if (!pair.outcome) listed["problem"] = describe_unknown(pair);
   }
-  json["counts"] = std::move(counts);
-  json["pairs"] = std::move(pairs);
 }
 
 }  // namespace
@@ -95,51 +76,35 @@ void add_summary(const FleetStatus &fleet, Json &json) {
 std::string format_time(std::chrono::system_clock::time_point time) {
   const auto whole = std::chrono::floor<std::chrono::seconds>(time);
   const auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(time - whole).count();
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(whole);
-  std::tm parts{};
-  localtime_r(&seconds, &parts);
-  char date[32];
-  char offset[8];
-  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
-  std::strftime(offset, sizeof offset, "%z", &parts);
-  const std::string fraction = std::to_string(1000 + millis).substr(1);
-  return std::string(date) + "." + fraction + std::string(offset, 3) + ":" + (offset + 3);
+  std::string text =
+      fmt::format("{0:%Y-%m-%dT%H:%M:%S}.{1:03}{0:%z}",
+                  fmt::localtime(std::chrono::system_clock::to_time_t(whole)), millis);
+  return text.insert(text.size() - 2, ":");
 }
 
 std::string format_event(const Event &event) {
-  Json json = {{"event", event_names[std::size_t(event.kind)]}, {"time", format_time(event.time)}};
+  using Kind = Event::Kind;
+  const Kind kind = event.kind;
+  Json json = {{"event", event_names[std::size_t(kind)]}, {"time", format_time(event.time)}};
   if (!event.pair.empty()) json["pair"] = event.pair;
   add_outcome(event.outcome, json);
-  switch (event.kind) {
-    case Event::Kind::compared:
-      add_comparison(event, json);
-      break;
-    case Event::Kind::connected:
-      json["side"] = switch_names[event.side];
-      add_comparison(event, json);
-      break;
-    case Event::Kind::disconnected:
-      json["side"] = switch_names[event.side];
-      json["source"] = event.source;
-      json["reason"] = event.reason;
-      break;
-    case Event::Kind::error:
-      json["side"] = switch_names[event.side];
-      json["rows"] = rows_to_json(event.rows);
-      json["errors"] = errors_to_json({{event.source, event.errors}});
-      break;
-    case Event::Kind::note:
-      json["appeared"] = notes_to_json(event.appeared);
-      json["gone"] = notes_to_json(event.gone_notes);
-      break;
-    case Event::Kind::summary:
-      add_summary(event.fleet, json);
-      break;
-    case Event::Kind::changed:
-      json["rows"] = rows_to_json(event.rows);
-      add_effect(event, json);
-      break;
+  if (kind == Kind::connected || kind == Kind::disconnected || kind == Kind::error) {
+    json["side"] = switch_names[event.side];
   }
+  if (kind == Kind::compared || kind == Kind::connected) {
+    add_comparison(event, json);
+  } else if (kind == Kind::disconnected) {
+    json.update({{"source", event.source}, {"reason", event.reason}});
+  } else if (kind == Kind::note) {
+    json["appeared"] = notes_to_json(event.appeared);
+    json["gone"] = notes_to_json(event.gone_notes);
+  } else if (kind == Kind::summary) {
+    add_summary(event.fleet, json);
+  } else {
+    json["rows"] = list_json(event.rows, row_to_json);
+  }
+  if (kind == Kind::error) json["errors"] = errors_to_json({{event.source, event.errors}});
+  if (kind == Kind::changed) add_effect(event, json);
   return format_json(json, JsonForm::line);
 }
 

@@ -1,26 +1,26 @@
-#include "output/event_text.h"
-
 #include <fmt/core.h>
 
-#include <algorithm>
-#include <map>
-#include <set>
-#include <string_view>
-
-#include "output/event_json.h"
+#include "output/events.h"
 #include "output/layout.h"
 #include "output/words.h"
 
 namespace lab {
 namespace {
 
-constexpr std::size_t most_rows = 10;
+using Lines = std::vector<std::string>;
+
+constexpr std::size_t most_lines = 10;
 constexpr std::size_t most_scopes = 4;
 constexpr std::size_t most_parameters = 12;
 constexpr std::size_t longest_field = 60;
 
-std::string format_hour(const Event &event) {
-  return format_time(event.time).substr(std::string_view("2024-01-01T").size(), 8);
+// Of many lines the first, and how many more there are.
+Lines limit_lines(Lines lines, const std::string &start, const char *what) {
+  if (lines.size() <= most_lines) return lines;
+  const std::size_t more = lines.size() - most_lines;
+  lines.resize(most_lines);
+  lines.push_back(fmt::format("{}and {} more {}", start, more, what));
+  return lines;
 }
 
 std::string name_scope(const std::string &scope) {
@@ -36,15 +36,15 @@ std::string describe_reasons(const ScopeReport &scope) {
   }
   std::vector<std::string> texts;
   for (const ParameterReport &parameter : scope.parameters) {
-    if (is_different(parameter) && !parameter.accepted)
+    if (is_different(parameter) && !parameter.accepted) {
       texts.push_back(parameter_key(parameter.type));
+    }
   }
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     if (scope.inconsistent[side].empty()) continue;
     texts.push_back(std::string("inconsistent ports on ") + switch_names[side]);
   }
-  if (texts.empty()) texts.emplace_back("not checked");
-  return list_first(texts, most_parameters);
+  return texts.empty() ? "not checked" : list_first(texts, most_parameters);
 }
 
 std::string describe_outcome(Outcome outcome) {
@@ -55,59 +55,57 @@ std::string describe_outcome(Outcome outcome) {
 
 std::string describe_verdict(const PairReport &report) {
   const std::string causes = describe_causes(report);
-  return describe_outcome(find_verdict(report).outcome) + (causes.empty() ? "" : ": " + causes);
+  return describe_outcome(find_outcome(report)) + (causes.empty() ? "" : ": " + causes);
 }
 
 // --- a change ---
 
-std::string describe_field(const std::optional<Row> &row, const std::string &name) {
-  const auto found = row ? row->find(name) : Row::const_iterator{};
-  if (!row || found == row->end()) return "(none)";
-  std::string text;
-  if (const auto *value = std::get_if<std::string>(&found->second)) {
-    text = printable(*value);
-  } else {
-    text = printable(join(std::get<std::vector<std::string>>(found->second), ","));
-  }
+const FieldValue *find_value(const std::optional<Row> &row, const std::string &name) {
+  const auto found = row ? row->find(name) : Row::const_iterator();
+  return row && found != row->end() ? &found->second : nullptr;
+}
+
+std::string describe_value(const FieldValue *value) {
+  if (value == nullptr) return "(none)";
+  const auto *list = std::get_if<std::vector<std::string>>(value);
+  const std::string text = printable(list ? join(*list, ",") : std::get<std::string>(*value));
   if (text.empty()) return "''";
   if (text.size() <= longest_field) return visible(text);
   return visible(whole_characters(text, longest_field)) + "...";
 }
 
-std::vector<std::string> find_changed_fields(const RowChange &change) {
-  std::vector<std::string> names;
+// "root_guard true->(none)" for each field that has changed.
+std::vector<std::string> describe_fields(const RowChange &change) {
+  const char *arrow = takes_utf8() ? "\u2192" : "->";
+  std::vector<std::string> fields;
   for (const auto *row : {&change.before, &change.after}) {
-    const auto &other = row == &change.before ? change.after : change.before;
     for (const auto &[name, value] : row->value_or(Row{})) {
-      const bool is_same = other && other->contains(name) && other->at(name) == value;
-      if (!is_same && std::find(names.begin(), names.end(), name) == names.end()) {
-        names.push_back(name);
-      }
+      const FieldValue *before = find_value(change.before, name);
+      const FieldValue *after = find_value(change.after, name);
+      const bool is_listed = row == &change.after && before != nullptr;
+      if (is_listed || (before && after && *before == *after)) continue;
+      fields.push_back(printable(name) + " " +
+                       (change.before ? describe_value(before) + arrow : "") +
+                       describe_value(after));
     }
   }
-  return names;
+  return fields;
 }
 
 std::string describe_row(const RowChange &change) {
-  const char *arrow = takes_utf8() ? "\u2192" : "->";
   const std::string text = std::string(switch_names[change.side]) + " " + printable(change.row);
   if (!change.before && !change.after) return text + " changed";
-  std::vector<std::string> fields;
-  for (const std::string &name : find_changed_fields(change)) {
-    const std::string after = describe_field(change.after, name);
-    fields.push_back(printable(name) + " " +
-                     (change.before ? describe_field(change.before, name) + arrow : "") + after);
-  }
   if (!change.after) return text + " removed";
-  if (change.before) return text + " " + list_first(fields, most_rows);
-  return text + " added" + (fields.empty() ? "" : " (" + list_first(fields, most_rows) + ")");
+  const std::string fields = list_first(describe_fields(change), most_lines);
+  if (change.before) return text + " " + fields;
+  return text + " added" + (fields.empty() ? "" : " (" + fields + ")");
 }
 
 std::string describe_scope_change(const ScopeReport &scope, const ChangeEffect &effect) {
   const auto before = effect.agreed.find(scope.scope.name);
   const bool is_new = before == effect.agreed.end();
   const std::string name = name_scope(scope.scope.name);
-  if (is_agreed(find_verdict(scope))) {
+  if (is_agreed(scope)) {
     return name + (is_new           ? " is new and agrees"
                    : before->second ? " still agrees"
                                     : " now agrees");
@@ -136,129 +134,99 @@ std::string describe_effect(const Event &event) {
   return text.empty() ? "no verdict changes" : text;
 }
 
-std::string describe_change(const Event &event, const std::string &time) {
-  const std::vector<RowChange> &rows = event.rows;
-  if (rows.size() == 1) {
-    return fmt::format("{} {}: {}\n", time, describe_row(rows[0]), describe_effect(event));
-  }
-  std::string text;
-  for (std::size_t i = 0; i < std::min(rows.size(), most_rows); ++i) {
-    text += fmt::format("{} {}\n", time, describe_row(rows[i]));
-  }
-  if (rows.size() > most_rows) {
-    text += fmt::format("{} and {} more rows\n", time, rows.size() - most_rows);
-  }
-  return text + fmt::format("{} together: {}\n", time, describe_effect(event));
+Lines list_change(const Event &event) {
+  Lines lines = limit_lines(describe_each(event.rows, describe_row), "", "rows");
+  if (event.rows.size() != 1) lines.emplace_back("together");
+  lines.back() += ": " + describe_effect(event);
+  return lines;
 }
 
 // --- the other kinds ---
 
-std::string describe_polling(const Event &event, const std::string &time) {
-  std::string text;
+Lines list_connection(const Event &event, const std::string &start) {
+  if (!event.comparison) return {start + "the verdict is not known"};
+  Lines lines = {start + describe_verdict(*event.comparison)};
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     const std::string &source = event.comparison->sides[side].source;
     if (event.notifications[side] || source.find("://") == source.npos) continue;
-    text += fmt::format("{} {} sends no notifications; it is read again and again\n", time,
-                        switch_names[side]);
+    lines.push_back(
+        fmt::format("{} sends no notifications; it is read again and again", switch_names[side]));
   }
-  return text;
+  return lines;
 }
 
-std::string describe_connection(const Event &event, const std::string &start) {
-  if (!event.comparison) return start + "the verdict is not known\n";
-  return start + describe_verdict(*event.comparison) + "\n" +
-         describe_polling(event, format_hour(event));
-}
-
-std::string describe_errors(const Event &event, const std::string &start) {
-  std::string text;
-  for (std::size_t i = 0; i < std::min(event.errors.size(), most_rows); ++i) {
-    const InputError &error = event.errors[i];
+Lines list_errors(const Event &event) {
+  const std::string side = switch_names[event.side];
+  Lines lines = describe_each(event.errors, [&](const InputError &error) {
     const std::string place = place_of(error);
-    text += fmt::format("{} {}: {}\n", start, place.empty() ? event.source : place, text_of(error));
-  }
-  if (event.errors.size() > most_rows) {
-    text += fmt::format("{} and {} more errors\n", start, event.errors.size() - most_rows);
-  }
-  return text + start + ": the verdict is not known\n";
+    return side + " " + (place.empty() ? event.source : place) + ": " + text_of(error);
+  });
+  lines = limit_lines(std::move(lines), side + " ", "errors");
+  lines.push_back(side + ": the verdict is not known");
+  return lines;
 }
 
-std::string describe_notes(const Event &event, const std::string &time) {
-  std::string text;
-  const auto add = [&](const char *what, const std::vector<NoteReport> &notes) {
-    for (const NoteGroup &group : group_notes(notes)) {
-      text += fmt::format("{} {}: {}{}\n", time, what,
-                          group.channels.empty() ? "" : printable(group.channels) + ": ",
-                          describe_note(*group.note));
-    }
-  };
-  add("warning", event.appeared);
-  add("warning gone", event.gone_notes);
-  return text;
+Lines list_notes(const Event &event) {
+  Lines lines;
+  for (const auto &[what, notes] :
+       {std::pair("warning: ", &event.appeared), {"warning gone: ", &event.gone_notes}}) {
+    for (const NoteGroup &group : group_notes(*notes))
+      lines.push_back(what + describe_notes(group));
+  }
+  return lines;
 }
 
-std::string describe_fleet(const FleetStatus &fleet, const std::string &time) {
-  std::map<std::string, std::size_t> counts;
-  std::string text;
+Lines list_fleet(const FleetStatus &fleet) {
+  Lines lines = {fmt::format("{} pairs: {} agree, {} disagree, {} incomplete, {} not known",
+                             fleet.size(), count_pairs(fleet, Outcome::agree),
+                             count_pairs(fleet, Outcome::disagree),
+                             count_pairs(fleet, Outcome::incomplete), count_pairs(fleet, {}))};
   for (const PairStatus &pair : fleet) {
-    ++counts[pair.outcome ? outcome_name(*pair.outcome) : "unknown"];
     if (pair.outcome == Outcome::agree) continue;
-    text += fmt::format("{} {}{}\n", time, pair.name.empty() ? "" : pair.name + ": ",
-                        pair.outcome ? describe_verdict(*pair.comparison) : describe_unknown(pair));
+    lines.push_back((pair.name.empty() ? "" : pair.name + ": ") +
+                    (pair.outcome ? describe_verdict(*pair.comparison) : describe_unknown(pair)));
   }
-  return fmt::format("{} {} pairs: {} agree, {} disagree, {} incomplete, {} not known\n", time,
-                     fleet.size(), counts["agree"], counts["disagree"], counts["incomplete"],
-                     counts["unknown"]) +
-         text;
+  return lines;
 }
 
-std::string describe_plainly(const Event &event) {
-  const std::string time = format_hour(event);
-  const std::string start = time + " " + switch_names[event.side];
+Lines list_event(const Event &event) {
+  const std::string side = switch_names[event.side];
   switch (event.kind) {
     case Event::Kind::compared:
-      return describe_connection(event, time + " ");
+      return list_connection(event, "");
     case Event::Kind::connected:
-      return describe_connection(event, start + " is connected: ");
+      return list_connection(event, side + " is connected: ");
     case Event::Kind::disconnected:
-      return fmt::format("{} is disconnected: {}\n", start, event.reason);
+      return {side + " is disconnected: " + event.reason};
     case Event::Kind::error:
-      return describe_errors(event, start);
+      return list_errors(event);
     case Event::Kind::changed:
-      return describe_change(event, time);
+      return list_change(event);
     case Event::Kind::note:
-      return describe_notes(event, time);
+      return list_notes(event);
     case Event::Kind::summary:
-      return describe_fleet(event.fleet, time);
+      return list_fleet(event.fleet);
   }
-  return "";
+  return {};
 }
 
 }  // namespace
 
 std::string describe_causes(const PairReport &report) {
-  const Verdict verdict = find_verdict(report);
-  const auto is_off = [&](std::size_t side) {
-    return report.sides[side].spanning_tree == SpanningTree::off;
-  };
-  if (verdict.outcome == Outcome::incomplete) {
-    return describe_incomplete(report.incomplete.front().reason);
-  }
-  if (verdict.outcome == Outcome::agree) return is_off(0) ? "spanning tree is off on both" : "";
-  std::vector<std::string> causes;
+  std::vector<std::string> off;
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    if (is_off(side)) {
-      causes.push_back(std::string("spanning tree is off on ") + switch_names[side]);
-    }
+    if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(switch_names[side]);
   }
+  const Outcome outcome = find_outcome(report);
+  if (outcome == Outcome::incomplete) return describe_incomplete(report.incomplete.front().reason);
+  if (outcome == Outcome::agree) return off.empty() ? "" : "spanning tree is off on both";
+  std::vector<std::string> causes =
+      describe_each(off, [](const std::string &side) { return "spanning tree is off on " + side; });
   for (const ScopeReport &scope : report.checks) {
-    if (is_agreed(find_verdict(scope))) continue;
+    if (is_agreed(scope)) continue;
     causes.push_back(name_scope(scope.scope.name) + " (" + describe_reasons(scope) + ")");
   }
-  if (std::find(verdict.reasons.begin(), verdict.reasons.end(), Reason::warnings) !=
-      verdict.reasons.end()) {
-    causes.emplace_back("warnings remain");
-  }
+  if (find_reasons(report).contains(Reason::warnings)) causes.emplace_back("warnings remain");
   return list_first(causes, most_scopes, "; ");
 }
 
@@ -279,14 +247,12 @@ std::string describe_unknown(const PairStatus &status) {
 }
 
 std::string describe_event(const Event &event) {
-  std::string text = describe_plainly(event);
-  if (!event.pair.empty()) {
-    const std::vector<std::string_view> lines = split(text, '\n');  // the last one is empty
-    std::string named;
-    for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
-      named += fmt::format("{} {}\n", event.pair, lines[i]);
-    }
-    text = std::move(named);
+  const std::string start = event.pair.empty() ? "" : event.pair + " ";
+  const std::string hour =
+      format_time(event.time).substr(std::string_view("2024-01-01T").size(), 8);
+  std::string text;
+  for (const std::string &line : list_event(event)) {
+    text += fmt::format("{}{} {}\n", start, hour, line);
   }
   return as_shown(text);
 }

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <map>
 
-#include "output/event_text.h"
+#include "output/events.h"
 #include "output/metrics.h"
 #include "output/page.h"
 #include "output/words.h"
@@ -16,7 +16,7 @@ namespace {
 
 // Which pairs a page shows.
 struct FleetFilter {
-  std::string verdict;  // as outcome_name() writes it; empty: all
+  std::string verdict;  // as outcome_word() writes it; empty: all
   std::string name;     // a part of the pair's name or of a source, in any case
 };
 
@@ -44,7 +44,7 @@ std::string lower_case(std::string text) {
 }
 
 bool is_selected(const PairStatus &status, const FleetFilter &filter) {
-  if (!filter.verdict.empty() && filter.verdict != outcome_name(status.outcome)) return false;
+  if (!filter.verdict.empty() && filter.verdict != outcome_word(status.outcome)) return false;
   const std::string text = pair_name(status) + "\n" + status.sources[0] + "\n" + status.sources[1];
   return lower_case(text).find(lower_case(filter.name)) != text.npos;
 }
@@ -83,7 +83,7 @@ std::string write_filters(const FleetStatus &fleet, const FleetFilter &filter) {
   auto counts = count_outcomes(fleet);
   std::string links = link_verdict("", "all", fleet.size(), filter);
   for (const auto &outcome : all_outcomes) {
-    const char *word = outcome_name(outcome);
+    const char *word = outcome_word(outcome);
     links += link_verdict(word, word, counts[outcome], filter);
   }
   return fmt::format(R"(<nav id="verdicts" data-live aria-label="Pairs by verdict"><ul>
@@ -115,7 +115,7 @@ std::string write_pair(const PairStatus &status, WallTime now) {
   return write_row(
       fmt::format("class=\"{}\"", look.name),
       {fmt::format("<a href=\"pair/{}\">{}</a>{}", encode_url(name), isolated(name), sources),
-       write_state(look, outcome_name(status.outcome)), age, isolated(describe_pair(status))});
+       write_state(look, outcome_word(status.outcome)), age, isolated(describe_pair(status))});
 }
 
 std::string write_pairs(const FleetStatus &fleet, const FleetFilter &filter, WallTime now) {

@@ -7,10 +7,6 @@
 namespace lab {
 namespace {
 
-Json text_or_null(const std::optional<std::string> &text) {
-  return text ? Json(*text) : Json();
-}
-
 Json error_to_json(const std::string &source, const InputError &error) {
   Json json = {{"source", source}, {"where", place_of(error)}};
   if (error.line > 0) {
@@ -27,16 +23,6 @@ Json error_to_json(const std::string &source, const InputError &error) {
 
 // --- patches ---
 
-// The names down to a place in a dump, as a JSON pointer.
-std::string pointer_text(const std::vector<std::string> &path) {
-  std::string text;
-  for (const std::string &name : path) {
-    text += '/';
-    for (const char c : name) text += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
-  }
-  return text;
-}
-
 Json patch_value_to_json(const FieldValue &value) {
   return std::visit([](const auto &texts) { return Json(texts); }, value);
 }
@@ -47,6 +33,20 @@ Json patch_value_to_json(const std::map<std::string, Value> &members) {
   Json::object_t object;
   for (const auto &[name, value] : members) object.emplace_back(name, patch_value_to_json(value));
   return object;
+}
+
+Json operation_to_json(const PatchOperation &operation) {
+  constexpr const char *op_names[] = {"add", "remove", "replace"};
+  Json::json_pointer pointer;
+  for (const std::string &name : operation.path) pointer.push_back(name);
+  Json json = {{"op", op_names[std::size_t(operation.op)]}, {"path", pointer.to_string()}};
+  std::visit(
+      [&](const auto &value) {
+        if constexpr (requires { patch_value_to_json(value); })
+          json["value"] = patch_value_to_json(value);
+      },
+      operation.value);
+  return json;
 }
 
 // --- checks ---
@@ -71,7 +71,7 @@ Json acceptance_to_json(const Acceptance &acceptance) {
 Json parameter_to_json(const ParameterReport &parameter, const SideNames &names) {
   Json json = {{"parameter", parameter_key(parameter.type)}, {"type", parameter.type}};
   const auto texts = find_value_texts(parameter);
-  json.update(sides_json([&](auto side) { return text_or_null(texts[side]); }));
+  json.update(sides_json([&](auto side) { return json_or_null(texts[side]); }));
   json["states"] = sides_json([&](auto side) { return state_name(parameter.states[side]); });
   if (parameter.values[0] && parameter.values[1] && parameter.values[0] != parameter.values[1]) {
     const Difference only = difference(parameter.type, *parameter.values[0], *parameter.values[1]);
@@ -80,7 +80,7 @@ Json parameter_to_json(const ParameterReport &parameter, const SideNames &names)
     }
   }
   if (const auto &digests = parameter.digests) {
-    json["digest"] = sides_json([&](auto side) { return text_or_null((*digests)[side]); });
+    json["digest"] = sides_json([&](auto side) { return json_or_null((*digests)[side]); });
   }
   if (parameter.fix) json["fix"] = fix_to_json(*parameter.fix, names);
   if (parameter.accepted) json["accepted"] = acceptance_to_json(*parameter.accepted);
@@ -141,18 +141,7 @@ Json errors_to_json(const std::vector<SourceErrors> &sources) {
 }
 
 Json patch_to_json(const Patch &patch) {
-  return list_json(patch, [](const PatchOperation &operation) {
-    constexpr const char *op_names[] = {"add", "remove", "replace"};
-    Json json = {{"op", op_names[std::size_t(operation.op)]},
-                 {"path", pointer_text(operation.path)}};
-    std::visit(
-        [&](const auto &value) {
-          if constexpr (requires { patch_value_to_json(value); })
-            json["value"] = patch_value_to_json(value);
-        },
-        operation.value);
-    return json;
-  });
+  return list_json(patch, operation_to_json);
 }
 
 Json code_to_json(uint32_t code, const char *success) {
@@ -163,24 +152,25 @@ Json checks_to_json(const std::vector<ScopeReport> &checks, const SideNames &nam
   return list_json(checks, [&](const ScopeReport &scope) { return scope_to_json(scope, names); });
 }
 
-Json note_to_json(const NoteReport &note, const SideNames &names) {
-  const std::string &channel = note.note.channel;
-  Json json = {{"kind", note_key(note.note.kind)},
-               {"severity", severity_name(note.note.kind)},
-               {"scope", channel.empty() ? PairScope{}.name : printable(channel)},
-               {"text", describe_note(note, names)}};
-  if (note.accepted) json["accepted"] = acceptance_to_json(*note.accepted);
-  return json;
+Json notes_to_json(const std::vector<Note> &notes, const SideNames &names) {
+  return list_json(notes, [&](const Note &note) {
+    Json json = {{"kind", note_keys()[std::size_t(note.kind)]},
+                 {"severity", severity_name(note.kind)},
+                 {"scope", note.channel.empty() ? PairScope{}.name : printable(note.channel)},
+                 {"text", describe_note(note, names)}};
+    if (note.accepted) json["accepted"] = acceptance_to_json(*note.accepted);
+    return json;
+  });
 }
 
 Json comparison_to_json(const PairReport &report) {
-  const Outcome outcome = find_verdict(report).outcome;
+  const Outcome outcome = find_outcome(report);
   const SideNames &names = side_names(report);
   Json json = {{"version", 1},
-               {"verdict", outcome_name(outcome)},
+               {"verdict", outcome_word(outcome)},
                {"agree", outcome == Outcome::agree},
-               {"incomplete", list_json(report.incomplete, [](const IncompleteReport &incomplete) {
-                  return describe_incomplete(incomplete.reason);
+               {"incomplete", list_json(report.incomplete, [](const IncompleteReport &of) {
+                  return describe_incomplete(of.reason);
                 })}};
   if (report.is_intended) json["intended"] = true;
   json.update(sides_json([&](auto side) -> Json {
@@ -191,8 +181,7 @@ Json comparison_to_json(const PairReport &report) {
   }));
   json["twin-vlans"] = vlan_text(report.twin_vlans);
   json["checks"] = checks_to_json(report.checks, names);
-  json["notes"] =
-      list_json(report.notes, [&](const NoteReport &note) { return note_to_json(note, names); });
+  json["notes"] = notes_to_json(report.notes, names);
   return json;
 }
 

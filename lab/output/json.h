@@ -4,8 +4,6 @@
 #include <nlohmann/json.hpp>
 
 #include "output/words.h"
-#include "report/pairs.h"
-#include "report/verdict.h"
 
 namespace lab {
 
@@ -25,6 +23,12 @@ Json sides_json(Convert convert) {
   return {{switch_names[0], convert(0U)}, {switch_names[1], convert(1U)}};
 }
 
+// The value, or null.
+template <class Value>
+Json json_or_null(const std::optional<Value> &value) {
+  return value ? Json(*value) : Json();
+}
+
 // A document as text, on one line or indented; bytes that are not UTF-8 are replaced.
 enum class JsonForm { line, indented };
 std::string format_json(const Json &json, JsonForm form);
@@ -38,11 +42,9 @@ Json errors_to_json(const std::vector<SourceErrors> &sources);
 Json code_to_json(uint32_t code, const char *success);
 
 Json checks_to_json(const std::vector<ScopeReport> &checks, const SideNames &names = switch_names);
-Json note_to_json(const NoteReport &note, const SideNames &names);
+Json notes_to_json(const std::vector<Note> &notes, const SideNames &names = switch_names);
 Json comparison_to_json(const PairReport &report);
-
-// RFC 6902.
-Json patch_to_json(const Patch &patch);
+Json patch_to_json(const Patch &patch);  // RFC 6902
 
 // --- documents ---
 
@@ -63,5 +65,8 @@ std::string format_patches(const std::array<Patch, 2> &patches);
 std::string format_list();
 
 std::string format_run(const RunReport &report, const std::vector<StepReport> &steps);
+
+// What was expected or found, as text: "stp-mode: MST, loop-guard: Enabled"; "nothing".
+std::string describe_finding(const Finding &finding);
 
 }  // namespace lab

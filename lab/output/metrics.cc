@@ -2,15 +2,20 @@
 
 #include <fmt/core.h>
 
-#include <algorithm>
 #include <filesystem>
 
 #include "output/words.h"
 #include "text/file.h"
-#include "text/text.h"
 
 namespace lab {
 namespace {
+
+// A value with the labels that it has beside that of its pair. What is not known has none.
+struct Sample {
+  std::string value;
+  std::string labels = {};
+};
+using Samples = std::vector<Sample>;
 
 // A label's value; the sources' names have been made printable.
 std::string label(const char *name, const std::string &value) {
@@ -22,112 +27,80 @@ std::string label(const char *name, const std::string &value) {
   return text + '"';
 }
 
-// One of the pairs, with what its metrics are made of.
-struct MeasuredPair {
-  const PairStatus &status;
-  std::string label;
-  std::optional<Summary> summary;  // of what is known
-};
-
-struct MetricWriter {
-  std::vector<MeasuredPair> pairs;
-  std::string text;
-};
-
-void add_metric(MetricWriter &writer, const char *name, const char *help) {
-  writer.text += fmt::format("# HELP {} {}\n# TYPE {} gauge\n", name, help, name);
+Samples sample_time(std::chrono::system_clock::time_point time) {
+  const std::chrono::duration<double> seconds = time.time_since_epoch();
+  return seconds.count() == 0 ? Samples{} : Samples{{fmt::format("{:.3f}", seconds.count())}};
 }
 
-void add_sample(MetricWriter &writer, const char *name, const std::string &labels,
-                const std::string &value) {
-  writer.text += fmt::format("{}{{{}}} {}\n", name, labels, value);
+Samples sample_differing(const PairStatus &pair) {
+  Samples samples;
+  if (!pair.outcome) return samples;
+  for (const auto &[type, count] : summarize(pair.comparison->checks).parameters) {
+    samples.push_back(
+        {std::to_string(count.differ.size()), label("parameter", parameter_key(type))});
+  }
+  return samples;
 }
 
-std::string format_seconds(std::chrono::system_clock::time_point time) {
-  if (time == std::chrono::system_clock::time_point{}) return "";
-  return fmt::format("{:.3f}", std::chrono::duration<double>(time.time_since_epoch()).count());
-}
-
-// Metrics with one sample for each pair. What is not known has none, rather than what it was.
 struct PairMetric {
   const char *name;
   const char *help;
-  std::string (*value)(const MeasuredPair &pair);
+  Samples (*sample)(const PairStatus &pair);
 };
 constexpr PairMetric pair_metrics[] = {
     {"mcec_pair_agrees", "Does the pair agree? NaN: that is not known.",
-     [](const MeasuredPair &pair) -> std::string {
-       if (!pair.status.outcome) return "NaN";
-       return *pair.status.outcome == Outcome::agree ? "1" : "0";
+     [](const PairStatus &pair) -> Samples {
+       return {{!pair.outcome ? "NaN" : *pair.outcome == Outcome::agree ? "1" : "0"}};
      }},
     {"mcec_pair_incomplete", "Could something that the verdict needs not be compared?",
-     [](const MeasuredPair &pair) -> std::string {
-       return pair.status.outcome == Outcome::incomplete ? "1" : "0";
+     [](const PairStatus &pair) -> Samples {
+       return {{pair.outcome == Outcome::incomplete ? "1" : "0"}};
      }},
     {"mcec_pair_scopes_disagreeing", "Scopes that do not agree.",
-     [](const MeasuredPair &pair) {
-       return pair.summary ? std::to_string(pair.summary->disagreeing) : "";
+     [](const PairStatus &pair) -> Samples {
+       if (!pair.outcome) return {};
+       return {{std::to_string(summarize(pair.comparison->checks).disagreeing)}};
      }},
     {"mcec_pair_compared_timestamp_seconds", "When the verdict was last known to hold.",
-     [](const MeasuredPair &pair) { return format_seconds(pair.status.compared); }},
+     [](const PairStatus &pair) { return sample_time(pair.compared); }},
     {"mcec_pair_changed_timestamp_seconds", "Since when the verdict is what it is.",
-     [](const MeasuredPair &pair) { return format_seconds(pair.status.changed); }},
+     [](const PairStatus &pair) { return sample_time(pair.changed); }},
+    {"mcec_pair_info", "The sources of the pair.",
+     [](const PairStatus &pair) -> Samples {
+       const auto &[left, right] = pair.sources;
+       return {{"1", label("left", left) + "," + label("right", right)}};
+     }},
+    {"mcec_pair_scopes_differing", "Scopes in which a parameter differs.", sample_differing},
+    {"mcec_source_connected", "Is the source of a switch's settings there?",
+     [](const PairStatus &pair) -> Samples {
+       const auto &[left, right] = pair.connected;
+       return {{left ? "1" : "0", label("side", switch_names[0])},
+               {right ? "1" : "0", label("side", switch_names[1])}};
+     }},
 };
 
-void add_counts(MetricWriter &writer) {
-  add_metric(writer, "mcec_pairs", "How many pairs have a verdict.");
-  for (const auto &outcome : all_outcomes) {
-    const auto count =
-        std::count_if(writer.pairs.begin(), writer.pairs.end(),
-                      [&](const MeasuredPair &pair) { return pair.status.outcome == outcome; });
-    add_sample(writer, "mcec_pairs", label("verdict", outcome_name(outcome)),
-               std::to_string(count));
-  }
-}
-
-void add_details(MetricWriter &writer) {
-  add_metric(writer, "mcec_pair_info", "The sources of the pair.");
-  for (const auto &[status, pair, summary] : writer.pairs) {
-    const auto &[left, right] = status.sources;
-    add_sample(writer, "mcec_pair_info",
-               pair + "," + label("left", left) + "," + label("right", right), "1");
-  }
-  add_metric(writer, "mcec_pair_scopes_differing", "Scopes in which a parameter differs.");
-  for (const auto &[status, pair, summary] : writer.pairs) {
-    if (!summary) continue;
-    for (const auto &[type, count] : summary->parameters) {
-      add_sample(writer, "mcec_pair_scopes_differing",
-                 pair + "," + label("parameter", parameter_key(type)),
-                 std::to_string(count.differ.size()));
-    }
-  }
-  add_metric(writer, "mcec_source_connected", "Is the source of a switch's settings there?");
-  for (const auto &[status, pair, summary] : writer.pairs) {
-    for (std::size_t side = 0; side < status.connected.size(); ++side) {
-      add_sample(writer, "mcec_source_connected", pair + "," + label("side", switch_names[side]),
-                 status.connected[side] ? "1" : "0");
-    }
-  }
+std::string format_heading(const char *name, const char *help) {
+  return fmt::format("# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
 }
 
 }  // namespace
 
 std::string format_metrics(const FleetStatus &fleet) {
-  MetricWriter writer;
-  for (const PairStatus &status : fleet) {
-    writer.pairs.push_back({status, label("pair", pair_name(status)), {}});
-    if (status.outcome) writer.pairs.back().summary = summarize(status.comparison->checks);
+  std::string text = format_heading("mcec_pairs", "How many pairs have a verdict.");
+  for (const auto &outcome : all_outcomes) {
+    text += fmt::format("mcec_pairs{{{}}} {}\n", label("verdict", outcome_word(outcome)),
+                        count_pairs(fleet, outcome));
   }
-  add_counts(writer);
   for (const PairMetric &metric : pair_metrics) {
-    add_metric(writer, metric.name, metric.help);
-    for (const MeasuredPair &pair : writer.pairs) {
-      const std::string value = metric.value(pair);
-      if (!value.empty()) add_sample(writer, metric.name, pair.label, value);
+    text += format_heading(metric.name, metric.help);
+    for (const PairStatus &pair : fleet) {
+      for (const auto &[value, labels] : metric.sample(pair)) {
+        text += fmt::format("{}{{{}{}{}}} {}\n", metric.name, label("pair", pair_name(pair)),
+                            labels.empty() ? "" : ",", labels, value);
+      }
     }
   }
-  add_details(writer);
-  return writer.text;
+  return text;
 }
 
 std::string find_problem_of_metrics(const std::string &path) {

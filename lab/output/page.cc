@@ -20,7 +20,7 @@ std::string describe_heading(const PairReport &report) {
   for (std::size_t side = 0; side < names.size(); ++side) {
     if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(names[side]);
   }
-  const Outcome outcome = find_verdict(report).outcome;
+  const Outcome outcome = find_outcome(report);
   return (outcome == Outcome::agree ? "The pair agrees"
           : outcome == Outcome::disagree
               ? "The pair does not agree"
@@ -54,7 +54,7 @@ std::string describe_page_verdict(const PairReport &report) {
     texts.push_back(fmt::format("Accepted differences make {} agree: {}.",
                                 count_of(accepted.size(), "scope"), link_scopes(accepted, report)));
   }
-  if (has_reason(find_verdict(report), Reason::warnings)) {
+  if (find_reasons(report).contains(Reason::warnings)) {
     texts.emplace_back("The comparison is strict, and <a href=\"#notes\">warnings</a> remain.");
   } else if (report.is_strict) {
     texts.emplace_back("The comparison is strict: a warning would make the pair disagree.");
@@ -93,9 +93,9 @@ std::string write_agreeing_scopes(const PairReport &report) {
 std::string write_notes(const PairReport &report) {
   std::string items;
   for (const NoteGroup &group : group_notes(report.notes)) {
-    const NoteReport &note = *group.note;
-    items += fmt::format("<li>{}: {}{} {}</li>\n", severity_name(note.note.kind),
-                         group.channels.empty() ? "" : folded(group.channels) + ": ",
+    const Note &note = *group.note;
+    items += fmt::format("<li>{}: {}{} {}</li>\n", severity_name(note.kind),
+                         group.channels.empty() ? "" : folded(join_ranges(group.channels)) + ": ",
                          folded(describe_note(note, side_names(report))),
                          describe_accepted(note.accepted));
   }
@@ -253,7 +253,7 @@ std::string write_page(const PairReport &report) {
   return write_document(
       {.title = fmt::format("{}: {} and {}", heading, escaped(name_side(report.sides[0])),
                             escaped(name_side(report.sides[1]))),
-       .look = look_of(find_verdict(report).outcome),
+       .look = look_of(find_outcome(report)),
        .what = fmt::format(
            "Spanning-tree settings of {}. Generated {} by mcec-lab {}.",
            report.is_intended ? "a switch, compared with its intended state" : "two switches",

@@ -11,7 +11,7 @@ namespace {
 constexpr Look class_looks[] = {bad_look, accepted_look, good_look};
 
 ScopeClass class_of(const ScopeReport &scope) {
-  if (!is_agreed(find_verdict(scope))) return ScopeClass::different;
+  if (!is_agreed(scope)) return ScopeClass::different;
   return has_accepted(scope) ? ScopeClass::accepted : ScopeClass::agreed;
 }
 
@@ -65,7 +65,7 @@ std::string write_parameter(const ScopeGroup &group, const ParameterReport &para
                  write_value(parameter, 1), write_state(look, describe_states(parameter, names))});
   rows += write_note_row("caution", describe_accepted(parameter.accepted));
   if (!parameter.fix || parameter.accepted) return rows;
-  const std::string fix = describe_fix(widen_fix(parameter.fix->fix, group), names);
+  const std::string fix = describe_fix(parameter.fix->fix, names, &group);
   const std::string steps = has_mode_change(parameter) ? std::string("; ") + mode_steps : "";
   return rows + write_note_row("fix", "Fix: " + folded(fix) + steps + ".");
 }

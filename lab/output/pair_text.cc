@@ -1,7 +1,6 @@
 #include <fmt/core.h>
 
 #include "output/print.h"
-#include "report/verdict.h"
 
 namespace lab {
 namespace {
@@ -9,7 +8,7 @@ namespace {
 // --- a pair ---
 
 void print_incomplete(const PairReport &report, const Layout &layout) {
-  const bool is_first = find_verdict(report).outcome == Outcome::incomplete;
+  const bool is_first = find_outcome(report) == Outcome::incomplete;
   for (const IncompleteReport &incomplete : report.incomplete) {
     // The first is the first line then.
     if (&incomplete != &report.incomplete.front() || !is_first) {
@@ -19,6 +18,19 @@ void print_incomplete(const PairReport &report, const Layout &layout) {
       put_wrapped("accepted: " + describe_acceptance(*incomplete.accepted), layout);
     }
   }
+}
+
+Cell verdict_cell(const PairReport &report) {
+  switch (find_outcome(report)) {
+    case Outcome::agree:
+      return {"The pair agrees.", Colour::green};
+    case Outcome::disagree:
+      return {"The pair does NOT agree.", Colour::red};
+    case Outcome::incomplete:
+      break;
+  }
+  return {std::string("NOT COMPARED: ") + describe_incomplete(report.incomplete.front().reason),
+          Colour::yellow};
 }
 
 void print_notes(const PairReport &report, const Style &style) {
@@ -33,59 +45,33 @@ void print_notes(const PairReport &report, const Style &style) {
 
 // --- many pairs ---
 
-// Why a pair was not compared, or could not be compared in full.
-std::string describe_gaps(const PairResult &result) {
-  std::vector<std::string> texts;
-  std::size_t count = 0;
-  for (const SourceErrors &source : result.errors) count += source.errors.size();
-  if (count > 0) {
+// What one of many pairs came to, and why.
+std::pair<Outcome, std::string> summarize_result(const PairResult &result) {
+  if (!result.errors.empty()) {
+    std::size_t count = 0;
+    for (const SourceErrors &source : result.errors) count += source.errors.size();
     const auto &[source, errors] = result.errors.front();
     const std::string place = place_of(errors.front());
-    return fmt::format("{}: {}{}{}", source, place.empty() ? "" : place + " ", errors.front().found,
-                       count > 1 ? fmt::format(" and {} more", count - 1) : "");
+    return {
+        Outcome::incomplete,
+        fmt::format("{}: {}{}{}", source, place.empty() ? "" : place + " ", errors.front().found,
+                    count > 1 ? fmt::format(" and {} more", count - 1) : "")};
   }
-  for (const IncompleteReport &incomplete : result.report.incomplete) {
-    texts.push_back(describe_incomplete(incomplete.reason) +
-                    std::string(incomplete.accepted ? ", accepted" : ""));
-  }
-  return join(texts, "; ");
-}
-
-Outcome outcome_of(const PairResult &result) {
-  return result.errors.empty() ? find_verdict(result.report).outcome : Outcome::incomplete;
-}
-
-// "DIFFERENT: stp-mode (1) (2 notes)".
-Cell verdict_cell(const PairResult &result) {
-  const std::size_t count = result.report.notes.size();
-  const std::string notes = count == 0 ? "" : " (" + count_of(count, "note") + ")";
-  switch (outcome_of(result)) {
-    case Outcome::agree:
-      return {"agrees" + notes, Colour::green};
-    case Outcome::disagree:
-      return {"DIFFERENT: " + describe_differences(result.report) + notes, Colour::red};
-    case Outcome::incomplete:
-      break;
-  }
-  return {"NOT COMPARED: " + describe_gaps(result) + notes, Colour::yellow};
+  const Outcome outcome = find_outcome(result.report);
+  if (outcome == Outcome::disagree) return {outcome, describe_differences(result.report)};
+  const auto gaps = describe_each(result.report.incomplete, [](const IncompleteReport &of) {
+    return std::string(describe_incomplete(of.reason)) + (of.accepted ? ", accepted" : "");
+  });
+  return {outcome, join(gaps, "; ")};
 }
 
 }  // namespace
 
 void print_comparison(const PairReport &report, const Style &style) {
   const Layout &layout = style.layout;
-  const Verdict verdict = find_verdict(report);
-  if (verdict.outcome == Outcome::incomplete) {
-    const Incomplete reason = report.incomplete.front().reason;
-    put_wrapped({std::string("NOT COMPARED: ") + describe_incomplete(reason), Colour::yellow},
-                layout);
-  } else if (verdict.outcome == Outcome::agree) {
-    put_wrapped({"The pair agrees.", Colour::green}, layout);
-  } else {
-    put_wrapped({"The pair does NOT agree.", Colour::red}, layout);
-  }
+  put_wrapped(verdict_cell(report), layout);
   print_incomplete(report, layout);
-  if (has_reason(verdict, Reason::warnings)) {
+  if (find_reasons(report).contains(Reason::warnings)) {
     put_line("Warnings remain, and --strict counts them.");
   }
   std::vector<std::string> off;
@@ -110,32 +96,32 @@ void print_comparison(const PairReport &report, const Style &style) {
 }
 
 void count_result(const PairResult &result, PairCounts &counts) {
-  switch (outcome_of(result)) {
-    case Outcome::agree:
-      ++counts.agree;
-      break;
-    case Outcome::disagree:
-      counts.differing.push_back(result.name + ": " + describe_differences(result.report));
-      break;
-    case Outcome::incomplete:
-      counts.failed.push_back(result.name + ": " + describe_gaps(result));
-      break;
-  }
+  const auto [outcome, why] = summarize_result(result);
+  counts[outcome].push_back(result.name + ": " + why);
 }
 
 void print_pair_result(const PairResult &result, const Layout &layout, bool with_notes) {
-  put_line(result.name + ": " + coloured(verdict_cell(result), layout));
+  const auto [outcome, why] = summarize_result(result);
+  const std::size_t notes = result.report.notes.size();
+  Cell cell = outcome == Outcome::agree      ? Cell("agrees", Colour::green)
+              : outcome == Outcome::disagree ? Cell("DIFFERENT: " + why, Colour::red)
+                                             : Cell("NOT COMPARED: " + why, Colour::yellow);
+  if (notes > 0) cell.text += " (" + count_of(notes, "note") + ")";
+  put_line(result.name + ": " + coloured(cell, layout));
   if (!with_notes) return;
   for (const NoteGroup &group : group_notes(result.report.notes)) {
     put_wrapped(describe_notes(group), layout, 4, "  - ");
   }
 }
 
-void print_pair_counts(const PairCounts &counts) {
-  const std::size_t all = counts.agree + counts.differing.size() + counts.failed.size();
-  put_line(fmt::format("{} pairs: {} agree, {} differ, {} not compared", all, counts.agree,
-                       counts.differing.size(), counts.failed.size()));
-  for (const auto *lines : {&counts.failed, &counts.differing}) {
+void print_pair_counts(PairCounts counts) {
+  const auto &agree = counts[Outcome::agree];
+  const auto &differing = counts[Outcome::disagree];
+  const auto &failed = counts[Outcome::incomplete];
+  put_line(fmt::format("{} pairs: {} agree, {} differ, {} not compared",
+                       agree.size() + differing.size() + failed.size(), agree.size(),
+                       differing.size(), failed.size()));
+  for (const auto *lines : {&failed, &differing}) {
     for (const std::string &line : *lines) put_line(line, 4);
   }
 }

@@ -3,7 +3,6 @@
 
 #include "output/layout.h"
 #include "output/words.h"
-#include "report/pairs.h"
 
 namespace lab {
 
@@ -29,16 +28,12 @@ void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::si
 // The verdict, the scopes (those that differ, or all), the notes.
 void print_comparison(const PairReport &report, const Style &style);
 
-// What the comparisons of many pairs came to.
-struct PairCounts {
-  std::size_t agree = 0;
-  std::vector<std::string> differing;  // a line for each pair
-  std::vector<std::string> failed;     // the same, of those that were not compared
-};
+// What the comparisons of many pairs came to: a line for each pair.
+using PairCounts = std::map<Outcome, std::vector<std::string>>;
 
 void count_result(const PairResult &result, PairCounts &counts);
 void print_pair_result(const PairResult &result, const Layout &layout, bool with_notes);
-void print_pair_counts(const PairCounts &counts);
+void print_pair_counts(PairCounts counts);
 
 // --- the tables of the library ---
 

@@ -6,9 +6,9 @@ namespace lab {
 namespace {
 
 Json head_to_json(const StepHead &head) {
-  Json on = Json::array();
+  std::vector<std::string> on;
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    if (head.on[side]) on.push_back(switch_names[side]);
+    if (head.on[side]) on.emplace_back(switch_names[side]);
   }
   Json json = {{"step", head.number},
                {"line", head.line},
@@ -56,8 +56,10 @@ Json switch_to_json(const SwitchReport &report) {
 
 struct FindingToJson {
   Json operator()(std::monostate) const { return nullptr; }
-  Json operator()(const ResultCode &result) const { return code_name(result); }
-  Json operator()(const CheckCode &result) const { return code_name(result); }
+  Json operator()(const ResultCode &result) const {
+    return result.code == 0 ? "ok" : result_name(result.code);
+  }
+  Json operator()(const CheckCode &result) const { return result_name(result.code); }
   Json operator()(const std::string &text) const { return text; }
   Json operator()(const Vlans &vlans) const { return vlan_text(vlans); }
   Json operator()(const std::vector<uint16_t> &types) const { return list_keys(types); }
@@ -66,9 +68,7 @@ struct FindingToJson {
   }
   Json operator()(const TextsByType &texts) const {
     Json json = Json::object();
-    for (const auto &[type, text] : texts) {
-      json[parameter_key(type)] = text ? Json(*text) : Json();
-    }
+    for (const auto &[type, text] : texts) json[parameter_key(type)] = json_or_null(text);
     return json;
   }
 };
@@ -119,12 +119,23 @@ Json step_to_json(const StepReport &step) {
 
 }  // namespace
 
+std::string describe_finding(const Finding &finding) {
+  const Json json = std::visit(FindingToJson{}, finding);
+  std::vector<std::string> texts;
+  for (const auto &[key, value] : json.items()) {
+    const bool is_empty = value.is_null() || value == "";
+    texts.push_back((json.is_object() ? key + ": " : "") +
+                    (is_empty ? "nothing" : value.get<std::string>()));
+  }
+  return texts.empty() ? "nothing" : join(texts);
+}
+
 std::string format_run(const RunReport &report, const std::vector<StepReport> &steps) {
   Json json = {{"version", 1},
                {"scenario", report.path},
                {"title", report.title},
                {"about", report.about},
-               {"agree", report.agree ? Json(*report.agree) : Json()},
+               {"agree", json_or_null(report.agree)},
                {"steps", list_json(steps, step_to_json)}};
   if (report.what_if) json["what_if"] = what_if_to_json(*report.what_if);
   if (report.failure) json["failed"] = failure_to_json(*report.failure);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "output/json.h"
 #include "output/print.h"
 #include "switch/values.h"
 
@@ -13,11 +14,9 @@ constexpr std::size_t step_indent = 4;
 // --- answers ---
 
 std::string describe_entries(const std::vector<Entry> &entries) {
-  std::vector<std::string> texts;
-  for (const Entry &entry : entries) {
-    texts.push_back(parameter_key(entry.type) + " = " + display(entry.type, entry.value));
-  }
-  return join(texts);
+  return join(describe_each(entries, [](const Entry &entry) {
+    return parameter_key(entry.type) + " = " + display(entry.type, entry.value);
+  }));
 }
 
 // The ports of records that follow one another.

@@ -11,7 +11,6 @@ namespace {
 
 std::string describe_cause(const ScopeReport &scope, std::size_t side, const SideNames &names) {
   const uint32_t code = scope.codes[side];
-  if (code == 0) return "agrees";
   if (const Parameter *parameter = parameter_of_mismatch(code)) {
     return "DIFFERENT: " + parameter->key;
   }
@@ -34,14 +33,12 @@ std::string value_text(const std::optional<std::string> &value) {
 
 // "bpdu_guard (true on left, not set on right), path_cost (...)".
 std::string fields_text(const Note &note, const SideNames &names) {
-  std::vector<std::string> texts;
-  for (const NoteField &field : note.fields) {
-    texts.push_back(fmt::format("{}{} ({} on {}, {} on {})", printable(field.name),
-                                field.vlans.any() ? " of " + vlan_words(field.vlans) : "",
-                                value_text(field.values[0]), names[0], value_text(field.values[1]),
-                                names[1]));
-  }
-  return join(texts);
+  return join(describe_each(note.fields, [&](const NoteField &field) {
+    return fmt::format("{}{} ({} on {}, {} on {})", printable(field.name),
+                       field.vlans.any() ? " of " + vlan_words(field.vlans) : "",
+                       value_text(field.values[0]), names[0], value_text(field.values[1]),
+                       names[1]);
+  }));
 }
 
 // "Only left carries VLAN 2, and only right VLANs 3-4."
@@ -56,38 +53,21 @@ std::string vlans_text(const Note &note, const SideNames &names) {
   return text + ".";
 }
 
-std::string describe_problem(const NoteReport &report) {
-  const std::string entry = fmt::format("The accepted difference at line {} ", report.line);
-  return entry + (report.problem == AcceptanceProblem::expired
-                      ? "has expired on " + report.until + "."
-                  : report.problem == AcceptanceProblem::no_reason ? "still has the reason TODO."
-                                                                   : "matches nothing.");
-}
-
-// --- runs ---
-
-struct FindingToText {
-  std::string operator()(std::monostate) const { return ""; }
-  std::string operator()(const ResultCode &result) const { return code_name(result); }
-  std::string operator()(const CheckCode &result) const { return code_name(result); }
-  std::string operator()(const std::string &text) const { return text; }
-  std::string operator()(const Vlans &vlans) const { return vlan_text(vlans); }
-  std::string operator()(const std::vector<uint16_t> &types) const {
-    return join(list_keys(types));
-  }
-  std::string operator()(const std::vector<ParameterRecord> &records) const {
-    std::vector<std::string> texts;
-    for (const ParameterRecord &record : records) texts.push_back(describe_record(record));
-    return join(texts);
-  }
-  std::string operator()(const TextsByType &texts) const {
-    std::vector<std::string> items;
-    for (const auto &[type, text] : texts) {
-      items.push_back(parameter_key(type) + ": " + (text && !text->empty() ? *text : "nothing"));
-    }
-    return join(items);
-  }
-};
+// How a sentence about a note of each kind is formatted.
+constexpr const char *note_sentences[] = {
+    "Spanning tree is enabled on {side} only.",
+    "{vlans}",
+    "The ports differ in what no parameter covers: {fields}.",
+    "Spanning tree is enabled on neither half.",
+    "Timers of twin VLANs differ: {fields}.",
+    "Timers differ: {fields}.",
+    "The multi-chassis domains differ: {fields}.",
+    "The switches do not name each other as peers: {fields}.",
+    "Both switches have the address {address}.",
+    "The {side} switch has multi-chassis channels and no peer link.",
+    "Spanning tree is off on both switches: nothing runs.",
+    "The accepted difference at line {line} {problem}."};
+static_assert(std::size(note_sentences) == std::size_t(NoteKind::acceptance) + 1);
 
 }  // namespace
 
@@ -108,9 +88,7 @@ std::string count_of(std::size_t count, const char *what) {
 }
 
 std::vector<std::string> list_keys(const std::vector<uint16_t> &types) {
-  std::vector<std::string> keys;
-  for (const uint16_t type : types) keys.push_back(parameter_key(type));
-  return keys;
+  return describe_each(types, parameter_key);
 }
 
 std::string describe_result(uint32_t code, const char *success) {
@@ -118,9 +96,10 @@ std::string describe_result(uint32_t code, const char *success) {
 }
 
 std::string describe_code(const ScopeReport &scope, std::size_t side, const SideNames &names) {
-  const std::string cause = describe_cause(scope, side, names);
   const uint32_t code = scope.codes[side];
-  return code == 0 ? cause : fmt::format("{}   ({}, 0x{:08X})", cause, result_name(code), code);
+  return code == 0 ? "agrees"
+                   : fmt::format("{}   ({}, 0x{:08X})", describe_cause(scope, side, names),
+                                 result_name(code), code);
 }
 
 std::string describe_scope(const ScopeReport &report, const SideNames &names) {
@@ -147,11 +126,14 @@ std::string describe_group(const ScopeGroup &group, const SideNames &names) {
                     : fmt::format("{} ({} channels)", group.name, count);
 }
 
+void add_count(const std::string &what, std::size_t count, std::vector<std::string> &causes) {
+  if (count > 0) causes.push_back(fmt::format("{} ({})", what, count));
+}
+
 std::vector<std::string> count_differences(const Summary &summary) {
   std::vector<std::string> causes;
   for (const auto &[type, count] : summary.parameters) {
-    if (count.differ.empty()) continue;
-    causes.push_back(fmt::format("{} ({})", parameter_key(type), count.differ.size()));
+    add_count(parameter_key(type), count.differ.size(), causes);
   }
   return causes;
 }
@@ -199,9 +181,9 @@ const char *describe_incomplete(Incomplete reason) {
                "were not compared";
 }
 
-const char *outcome_name(std::optional<Outcome> outcome) {
-  constexpr const char *names[] = {"agree", "disagree", "incomplete"};
-  return outcome ? names[std::size_t(*outcome)] : "unknown";
+const char *outcome_word(std::optional<Outcome> outcome) {
+  constexpr const char *words[] = {"agree", "disagree", "incomplete"};
+  return outcome ? words[std::size_t(*outcome)] : "unknown";
 }
 
 const char *spanning_tree_name(SpanningTree spanning_tree) {
@@ -212,60 +194,38 @@ const char *spanning_tree_name(SpanningTree spanning_tree) {
 std::string describe_differences(const PairReport &report) {
   const Summary summary = summarize(report.checks);
   std::vector<std::string> causes = count_differences(summary);
-  const std::size_t missing = summary.missing[0] + summary.missing[1];
-  if (missing > 0) causes.push_back(fmt::format("channels on one side only ({})", missing));
-  if (summary.inconsistent > 0) {
-    causes.push_back(fmt::format("inconsistent ports ({})", summary.inconsistent));
-  }
-  const Verdict verdict = find_verdict(report);
+  add_count("channels on one side only", summary.missing[0] + summary.missing[1], causes);
+  add_count("inconsistent ports", summary.inconsistent, causes);
+  const Reasons reasons = find_reasons(report);
   for (const auto &[reason, text] :
        {std::pair{Reason::spanning_tree_off, "spanning tree is off on one side"},
         {Reason::not_checked, "not checked"},
         {Reason::warnings, "warnings remain"}}) {
-    if (has_reason(verdict, reason)) causes.emplace_back(text);
+    if (reasons.contains(reason)) causes.emplace_back(text);
   }
   return join(causes);
 }
 
-std::string describe_note(const NoteReport &report, const SideNames &names) {
-  const Note &note = report.note;
-  const std::string side = note.side ? names[*note.side] : "";
-  switch (note.kind) {
-    case NoteKind::spanning_tree_on_one_half:
-      return "Spanning tree is enabled on " + side + " only.";
-    case NoteKind::vlan_on_one_half:
-      return vlans_text(note, names);
-    case NoteKind::port_setting:
-      return "The ports differ in what no parameter covers: " + fields_text(note, names) + ".";
-    case NoteKind::spanning_tree_off_on_channel:
-      return "Spanning tree is enabled on neither half.";
-    case NoteKind::vlan_timer:
-      return "Timers of twin VLANs differ: " + fields_text(note, names) + ".";
-    case NoteKind::timer:
-      return "Timers differ: " + fields_text(note, names) + ".";
-    case NoteKind::domain:
-      return "The multi-chassis domains differ: " + fields_text(note, names) + ".";
-    case NoteKind::peers_do_not_cross:
-      return "The switches do not name each other as peers: " + fields_text(note, names) + ".";
-    case NoteKind::same_address:
-      return "Both switches have the address " + value_text(note.fields[0].values[0]) + ".";
-    case NoteKind::no_peer_link:
-      return "The " + side + " switch has multi-chassis channels and no peer link.";
-    case NoteKind::spanning_tree_off:
-      return "Spanning tree is off on both switches: nothing runs.";
-    case NoteKind::acceptance:
-      return describe_problem(report);
-  }
-  return "";
+std::string describe_note(const Note &note, const SideNames &names) {
+  constexpr const char *problems[] = {"has expired on ", "matches nothing",
+                                      "still has the reason TODO"};
+  const bool is_expired = note.problem == AcceptanceProblem::expired;
+  return fmt::format(
+      fmt::runtime(note_sentences[std::size_t(note.kind)]),
+      fmt::arg("side", note.side ? names[*note.side] : ""),
+      fmt::arg("vlans", vlans_text(note, names)), fmt::arg("fields", fields_text(note, names)),
+      fmt::arg("address", note.fields.empty() ? "" : value_text(note.fields[0].values[0])),
+      fmt::arg("line", note.line),
+      fmt::arg("problem", problems[std::size_t(note.problem)] + (is_expired ? note.until : "")));
 }
 
 std::string describe_notes(const NoteGroup &group, const SideNames &names) {
-  return (group.channels.empty() ? "" : printable(group.channels) + ": ") +
+  return (group.channels.empty() ? "" : printable(join_ranges(group.channels)) + ": ") +
          describe_note(*group.note, names);
 }
 
 const char *severity_name(NoteKind kind) {
-  return is_warning_kind(kind) ? "warning" : "info";
+  return kind == NoteKind::spanning_tree_off ? "info" : "warning";
 }
 
 std::string describe_record(const ParameterRecord &record) {
@@ -275,19 +235,6 @@ std::string describe_record(const ParameterRecord &record) {
 std::string describe_subject(const ExpectationReport &expectation) {
   return (expectation.side ? std::string(switch_names[*expectation.side]) + " " : "") +
          expectation.key + (expectation.subject.empty() ? "" : " of " + expectation.subject);
-}
-
-std::string code_name(const ResultCode &result) {
-  return result.code == 0 ? "ok" : result_name(result.code);
-}
-
-std::string code_name(const CheckCode &result) {
-  return result_name(result.code);
-}
-
-std::string describe_finding(const Finding &finding) {
-  const std::string text = std::visit(FindingToText{}, finding);
-  return text.empty() ? "nothing" : text;
 }
 
 }  // namespace lab

@@ -37,6 +37,9 @@ std::string describe_code(const ScopeReport &scope, std::size_t side,
 std::string describe_scope(const ScopeReport &scope, const SideNames &names = switch_names);
 std::string describe_group(const ScopeGroup &group, const SideNames &names);
 
+// Adds "inconsistent ports (2)" where there are some.
+void add_count(const std::string &what, std::size_t count, std::vector<std::string> &causes);
+
 // "stp-mode (1)" for each parameter that differs in a scope.
 std::vector<std::string> count_differences(const Summary &summary);
 
@@ -59,12 +62,8 @@ std::string describe_acceptance(const Acceptance &acceptance);
 // What is wrong, in the first line of a comparison: "neither switch has a multi-chassis channel".
 const char *describe_incomplete(Incomplete reason);
 
-// "agree", "disagree", "incomplete", or "unknown".
-const char *outcome_name(std::optional<Outcome> outcome);
-
-// What needs a look first.
-inline constexpr std::optional<Outcome> all_outcomes[] = {Outcome::disagree, std::nullopt,
-                                                          Outcome::incomplete, Outcome::agree};
+// "agree", "disagree", "incomplete", "unknown".
+const char *outcome_word(std::optional<Outcome> outcome);
 
 // "rapid-pvst", "mst", "off", "unknown".
 const char *spanning_tree_name(SpanningTree spanning_tree);
@@ -73,7 +72,7 @@ const char *spanning_tree_name(SpanningTree spanning_tree);
 std::string describe_differences(const PairReport &report);
 
 // A sentence, without the channel that the note is of: notes on several channels may have the same.
-std::string describe_note(const NoteReport &report, const SideNames &names = switch_names);
+std::string describe_note(const Note &note, const SideNames &names = switch_names);
 
 // The same, behind the channels.
 std::string describe_notes(const NoteGroup &group, const SideNames &names = switch_names);
@@ -96,8 +95,8 @@ const Advice &advice_on(uint16_t type);
 const char *field_meaning(const Field &field);
 
 // "STP_PORT|PortChannel10 root_guard: true on right, or false on left"; in the words of state files
-// where a side has no rows.
-std::string describe_fix(const Fix &fix, const SideNames &names = switch_names);
+// where a side has no rows. Of a group, for all of its scopes.
+std::string describe_fix(const Fix &fix, const SideNames &names, const ScopeGroup *group = nullptr);
 
 // What is to be done about a channel that a switch lacks; empty: nothing, or it is not known.
 std::string describe_missing_row(const ScopeGroup &group, const SideNames &names);
@@ -116,12 +115,5 @@ std::string describe_record(const ParameterRecord &record);
 
 // "left verdict", "right verdict of PortChannel10", "differ".
 std::string describe_subject(const ExpectationReport &expectation);
-
-// "ok", "STP_MCEC_ERR_FAILURE"; of a check "agree".
-std::string code_name(const ResultCode &result);
-std::string code_name(const CheckCode &result);
-
-// "stp-mode: MST, loop-guard: Enabled"; "nothing".
-std::string describe_finding(const Finding &finding);
 
 }  // namespace lab

@@ -17,7 +17,8 @@ constexpr char unfinished_reason[] = "TODO";
 
 // --- reading ---
 
-const std::vector<std::string> incomplete_keys = {"no-channels", "no-twin-vlans"};
+const Words incomplete_words = {{"no-channels", uint32_t(Incomplete::no_channels)},
+                                {"no-twin-vlans", uint32_t(Incomplete::no_twin_vlans)}};
 
 // What an entry is about: it has exactly one of these.
 const std::vector<std::string> subject_keys = {"parameter", "channel", "note", "incomplete"};
@@ -48,18 +49,14 @@ void read_subject(Reader &reader, const YAML::Node &node, AcceptEntry &entry) {
   }
   if (const YAML::Node note = node["note"]) {
     entry.kind = AcceptKind::note;
-    const std::vector<std::string> &keys = note_keys();
-    const auto key = std::ranges::find(keys, scalar_text(note));
-    if (key == keys.end()) {
-      reader.expected(note, "a kind of note: " + one_of(keys, scalar_text(note)));
-    }
-    entry.note = NoteKind(key - keys.begin());
+    Words words;
+    for (const std::string &key : note_keys()) words.emplace(key, words.size());
+    entry.note = NoteKind(reader.word(note, "a kind of note", words, false));
   }
   if (const YAML::Node incomplete = node["incomplete"]) {
     entry.kind = AcceptKind::incomplete;
-    const auto key = std::ranges::find(incomplete_keys, scalar_text(incomplete));
-    if (key == incomplete_keys.end()) reader.expected(incomplete, one_of(incomplete_keys));
-    entry.incomplete = Incomplete(key - incomplete_keys.begin());
+    entry.incomplete =
+        Incomplete(reader.word(incomplete, "what was not compared", incomplete_words, false));
   }
 }
 
@@ -144,10 +141,9 @@ bool accept_entry(const AcceptEntry &entry, bool is_expired, PairReport &report)
       if (parameter.accepted) parameter.fix.reset();
     }
   }
-  for (NoteReport &note : report.notes) {
-    const std::string scope = note.note.channel.empty() ? PairScope{}.name : note.note.channel;
-    if (entry.kind == AcceptKind::note && note.note.kind == entry.note &&
-        matches(entry.scope, scope)) {
+  for (Note &note : report.notes) {
+    const std::string scope = note.channel.empty() ? PairScope{}.name : note.channel;
+    if (entry.kind == AcceptKind::note && note.kind == entry.note && matches(entry.scope, scope)) {
       accept(note.accepted);
     }
   }
@@ -188,7 +184,7 @@ std::string format_today() {
 std::vector<bool> accept_differences(const std::vector<AcceptEntry> &entries,
                                      const std::string &today, PairReport &report) {
   std::vector<bool> matched(entries.size());
-  std::vector<NoteReport> problems;
+  std::vector<Note> problems;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const AcceptEntry &entry = entries[i];
     if (!entry.pair.empty() && !matches(entry.pair, report.name)) continue;
@@ -202,8 +198,8 @@ std::vector<bool> accept_differences(const std::vector<AcceptEntry> &entries,
     if (!matched[i]) problem = AcceptanceProblem::matches_nothing;
     if (is_expired) problem = AcceptanceProblem::expired;
     if (!problem) continue;
-    problems.push_back({.note = {.kind = NoteKind::acceptance,
-                                 .channel = has_channel(report, entry.scope) ? entry.scope : ""},
+    problems.push_back({.kind = NoteKind::acceptance,
+                        .channel = has_channel(report, entry.scope) ? entry.scope : "",
                         .problem = *problem,
                         .line = entry.line,
                         .until = entry.acceptance.until});
@@ -219,7 +215,7 @@ std::string format_accept_list(const PairReport &report) {
                            unfinished_reason);
   };
   for (const ScopeReport &scope : report.checks) {
-    if (is_agreed(find_verdict(scope))) continue;
+    if (is_agreed(scope)) continue;
     if (missing_side(scope)) {
       add(scope, "  channel: missing\n");
       continue;

@@ -14,20 +14,14 @@ struct ScopeGroup {
 std::vector<ScopeGroup> group_scopes(const std::vector<const ScopeReport *> &scopes);
 
 struct NoteGroup {
-  std::string channels;  // "PortChannel10-29"; empty: the switch
-  const NoteReport *note;
+  std::vector<std::string> channels;  // none: the switch
+  const Note *note;
 };
 
 // Notes that are alike but for their channels.
-std::vector<NoteGroup> group_notes(const std::vector<NoteReport> &notes);
+std::vector<NoteGroup> group_notes(const std::vector<Note> &notes);
 
 // "PortChannel10-12,PortChannel20,Po1", of names in natural order.
 std::string join_ranges(const std::vector<std::string> &names);
-
-// The fix of a parameter, for all scopes of its group.
-Fix widen_fix(Fix fix, const ScopeGroup &group);
-
-// The row that a side lacks, for all scopes of a group.
-std::string widen_missing_row(const ScopeGroup &group);
 
 }  // namespace lab

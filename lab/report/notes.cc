@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <set>
 
 #include "draimiofaf/types.h"
 #include "report/pair.h"
@@ -16,13 +15,18 @@ std::optional<std::string> value_in(const TextMap &texts, const std::string &nam
   return found != texts.end() ? std::optional(found->second) : std::nullopt;
 }
 
-// Adds a field whose values differ where nothing means the default.
-void add_if_different(const std::string &name, const TextMap &left, const TextMap &right,
-                      const std::string &by_default, std::vector<NoteField> &fields) {
-  NoteField field{name, {value_in(left, name), value_in(right, name)}};
-  if (field.values[0].value_or(by_default) != field.values[1].value_or(by_default)) {
-    fields.push_back(std::move(field));
+// The fields whose values differ, by their defaults, which count where there is no value.
+template <class Defaults>
+std::vector<NoteField> find_differing(const TextMap &left, const TextMap &right,
+                                      const Defaults &defaults) {
+  std::vector<NoteField> fields;
+  for (const auto &[name, value] : defaults) {
+    NoteField field{name, {value_in(left, name), value_in(right, name)}};
+    if (field.values[0].value_or(value) != field.values[1].value_or(value)) {
+      fields.push_back(std::move(field));
+    }
   }
+  return fields;
 }
 
 // Adds a note on fields, if there are any.
@@ -40,16 +44,14 @@ void add_port_notes(const std::string &channel, const Port &left, const Port &ri
   if (left.spanning_tree != right.spanning_tree) {
     notes.push_back({spanning_tree_on_one_half, channel, left.spanning_tree ? 0U : 1U});
   }
-  std::set<std::string> names;
+  TextMap defaults;
   for (const Port *port : {&left, &right}) {
-    for (const auto &[name, value] : port->uncovered) names.insert(name);
+    for (const auto &[name, value] : port->uncovered) {
+      defaults[name] = name == "link_type" ? "auto" : "false";
+    }
   }
-  std::vector<NoteField> fields;
-  for (const std::string &name : names) {
-    add_if_different(name, left.uncovered, right.uncovered, name == "link_type" ? "auto" : "false",
-                     fields);
-  }
-  add_field_note(port_setting, channel, std::move(fields), notes);
+  add_field_note(port_setting, channel, find_differing(left.uncovered, right.uncovered, defaults),
+                 notes);
 }
 
 void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
@@ -73,14 +75,6 @@ void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
 
 // --- timers ---
 
-std::vector<NoteField> differing_timers(const Timers &left, const Timers &right) {
-  std::vector<NoteField> fields;
-  for (const auto &[name, value] : timer_defaults) {
-    add_if_different(name, left, right, value, fields);
-  }
-  return fields;
-}
-
 // A field for each timer and pair of values, with the VLANs that have them.
 std::vector<NoteField> differing_vlan_timers(const PairOfSettings &settings) {
   const auto timers_of = [](const Settings &of, uint32_t vlan) {
@@ -91,8 +85,8 @@ std::vector<NoteField> differing_vlan_timers(const PairOfSettings &settings) {
   const Vlans twins = twin_vlans(settings);
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
     if (!twins[vlan]) continue;
-    for (NoteField &field :
-         differing_timers(timers_of(*settings[0], vlan), timers_of(*settings[1], vlan))) {
+    for (NoteField &field : find_differing(timers_of(*settings[0], vlan),
+                                           timers_of(*settings[1], vlan), timer_defaults)) {
       auto at = std::ranges::find_if(all, [&](const NoteField &known) {
         return known.name == field.name && known.values == field.values;
       });
@@ -109,7 +103,8 @@ void add_timer_notes(const PairOfSettings &settings, std::vector<Note> &notes) {
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST) {
     add_field_note(vlan_timer, "", differing_vlan_timers(settings), notes);
   }
-  add_field_note(timer, "", differing_timers(settings[0]->timers, settings[1]->timers), notes);
+  add_field_note(timer, "",
+                 find_differing(settings[0]->timers, settings[1]->timers, timer_defaults), notes);
 }
 
 // --- the switches ---
@@ -187,10 +182,6 @@ const std::vector<std::string> &note_keys() {
                                                 "spanning-tree-off",
                                                 "acceptance"};
   return keys;
-}
-
-const std::string &note_key(NoteKind kind) {
-  return note_keys().at(std::size_t(kind));
 }
 
 std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended) {

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "report/scope.h"
+#include "text/error.h"
 
 namespace lab {
 
@@ -48,14 +49,8 @@ enum class NoteKind : uint8_t {
   acceptance,
 };
 
-// "vlan-on-one-half", and the keys of all kinds in their order.
-const std::string &note_key(NoteKind kind);
+// The keys of all kinds in their order: "vlan-on-one-half".
 const std::vector<std::string> &note_keys();
-
-// The others are for information.
-inline bool is_warning_kind(NoteKind kind) {
-  return kind != NoteKind::spanning_tree_off;
-}
 
 // A setting that differs, with the value of each side; nothing: not set.
 struct NoteField {
@@ -66,13 +61,21 @@ struct NoteField {
   bool operator==(const NoteField &) const = default;
 };
 
+// What is wrong with an entry of a file of accepted differences.
+enum class AcceptanceProblem : uint8_t { expired, matches_nothing, no_reason };
+
 // At most one of each kind for the switch and for each channel; no-peer-link is one for each side.
 struct Note {
-  NoteKind kind;
+  NoteKind kind = NoteKind::acceptance;
   std::string channel = {};              // empty: the switch
   std::optional<std::size_t> side = {};  // that it is about; nothing: both
   std::array<Vlans, 2> vlans = {};       // that the channel carries on this side only
   std::vector<NoteField> fields = {};    // that differ
+  std::optional<Acceptance> accepted = {};
+  // Of NoteKind::acceptance: the entry, by its line.
+  AcceptanceProblem problem = AcceptanceProblem::expired;
+  int line = 0;
+  std::string until = {};
 
   bool operator==(const Note &) const = default;
 };
@@ -80,20 +83,6 @@ struct Note {
 // All notes but those on accepted differences, in the order of their kinds. With an intended state
 // on the left, addresses and peers of two switches are not compared.
 std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended);
-
-// What is wrong with an entry of a file of accepted differences.
-enum class AcceptanceProblem : uint8_t { expired, matches_nothing, no_reason };
-
-struct NoteReport {
-  Note note;
-  std::optional<Acceptance> accepted = {};
-  // Of NoteKind::acceptance: the entry, by its line.
-  AcceptanceProblem problem = AcceptanceProblem::expired;
-  int line = 0;
-  std::string until = {};
-
-  bool operator==(const NoteReport &) const = default;
-};
 
 struct PairReport {
   std::string name;          // of one of many pairs
@@ -103,7 +92,20 @@ struct PairReport {
   Vlans twin_vlans;
   std::vector<ScopeReport> checks;  // none where spanning tree is off on either switch
   std::vector<IncompleteReport> incomplete;
-  std::vector<NoteReport> notes;
+  std::vector<Note> notes;
+};
+
+struct SourceErrors {
+  std::string source;
+  InputErrors errors;
+};
+
+// One of many pairs.
+struct PairResult {
+  std::string name;
+  std::vector<SourceErrors> errors;  // of the sources that have some
+  PairReport report;                 // of no use with errors
+  std::vector<bool> matched;         // which entries of accepted differences match
 };
 
 }  // namespace lab

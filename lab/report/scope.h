@@ -68,19 +68,4 @@ struct ScopeReport {
   bool operator==(const ScopeReport &) const = default;
 };
 
-// Does a parameter differ, or does a switch lack it that the other compares?
-bool is_different(const ParameterReport &parameter);
-
-// The side that lacks the channel of a scope; nothing: both have it.
-std::optional<std::size_t> missing_side(const ScopeReport &scope);
-
-// What a parameter is on left and right, for display; nothing: not sent. Values with the
-// same text get an addition that distinguishes them.
-std::array<std::optional<std::string>, 2> find_value_texts(const ParameterReport &parameter);
-
-// Is a difference of the scope accepted?
-bool has_accepted(const ScopeReport &scope);
-
-bool has_inconsistent_ports(const ScopeReport &scope);
-
 }  // namespace lab

@@ -1,4 +1,4 @@
-// What is known of watched pairs now.
+// What is known of watched pairs now, and what happened to them.
 #pragma once
 
 #include <chrono>
@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "report/verdict.h"
-#include "text/error.h"
+#include "sonic/rows.h"
 
 namespace lab {
 
@@ -39,7 +39,50 @@ inline std::string pair_name(const PairStatus &status) {
 // All pairs that are watched, in the order of their list.
 using FleetStatus = std::vector<PairStatus>;
 
-// The worst verdict of all pairs; nothing: none is worse than one that is not known.
+// How many pairs have an outcome.
+std::size_t count_pairs(const FleetStatus &fleet, std::optional<Outcome> outcome);
+
+// The first of `all_outcomes` that a pair has.
 std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet);
+
+// --- events ---
+
+// A row before and after a change; nothing: there was or is none. Where both are nothing, only that
+// it changed is known.
+struct RowChange {
+  std::size_t side = 0;
+  std::string row;  // "TABLE|key", or the source
+  std::optional<Row> before;
+  std::optional<Row> after;
+};
+
+// What a change did to the verdicts.
+struct ChangeEffect {
+  std::vector<ScopeReport> checks;     // the scopes that are not as before
+  std::map<std::string, bool> agreed;  // whether those that were there before agreed
+  std::vector<std::string> gone;       // scopes
+};
+
+struct Event {
+  enum class Kind : uint8_t { compared, changed, disconnected, connected, error, note, summary };
+
+  Kind kind = Kind::compared;
+  std::chrono::system_clock::time_point time;
+  std::string pair;                              // its name, of one of many
+  std::optional<Outcome> outcome;                // nothing: not known
+  bool changes_outcome = false;                  // the event before had another one
+  std::shared_ptr<const PairReport> comparison;  // compared, connected
+  std::array<bool, 2> notifications = {};  // compared, connected: whether each source sends them
+  std::size_t side = 0;                    // disconnected, connected, error
+  std::string source;                      // disconnected, error
+  std::string reason;                      // disconnected
+  std::vector<RowChange> rows;             // changed, error
+  ChangeEffect effect;                     // changed
+  std::optional<Outcome> outcome_before;   // changed
+  InputErrors errors;                      // error
+  std::vector<Note> appeared;              // note: warnings that were not there before
+  std::vector<Note> gone_notes;            // note: warnings that are there no more
+  FleetStatus fleet;                       // summary
+};
 
 }  // namespace lab

@@ -1,14 +1,51 @@
 #include "report/verdict.h"
 
-#include "report/status.h"
-
 #include <algorithm>
-#include <set>
+
+#include "report/status.h"
+#include "switch/values.h"
 
 namespace lab {
-namespace {
 
-using Reasons = std::set<Reason>;
+bool is_different(const ParameterReport &parameter) {
+  return std::ranges::any_of(parameter.states, [](State state) {
+    return state == State::different || state == State::missing_at_peer;
+  });
+}
+
+std::optional<std::size_t> missing_side(const ScopeReport &scope) {
+  for (std::size_t side = 0; side < scope.scope.ends.size(); ++side) {
+    if (!scope.scope.ends[side].present) return side;
+  }
+  return std::nullopt;
+}
+
+std::array<std::optional<std::string>, 2> find_value_texts(const ParameterReport &parameter) {
+  std::array<std::optional<std::string>, 2> texts;
+  for (std::size_t side = 0; side < texts.size(); ++side) {
+    if (parameter.values[side]) texts[side] = display(parameter.type, *parameter.values[side]);
+  }
+  if (!texts[0] || texts[0] != texts[1] || parameter.values[0] == parameter.values[1]) return texts;
+  const auto describe_size = [&](std::size_t side) {
+    const Bytes &value = *parameter.values[side];
+    return value.size() == sizeof(uint32_t) ? " (" + std::to_string(word_of(value)) + ")"
+                                            : " (" + std::to_string(value.size()) + " bytes)";
+  };
+  const bool is_same_size = describe_size(0) == describe_size(1);
+  *texts[0] += is_same_size ? " (other bytes than the peer's)" : describe_size(0);
+  *texts[1] += is_same_size ? "" : describe_size(1);
+  return texts;
+}
+
+bool has_accepted(const ScopeReport &scope) {
+  return scope.accepted || std::ranges::any_of(scope.parameters, [](const ParameterReport &of) {
+           return of.accepted.has_value();
+         });
+}
+
+bool has_inconsistent_ports(const ScopeReport &scope) {
+  return !scope.inconsistent[0].empty() || !scope.inconsistent[1].empty();
+}
 
 Reasons find_reasons(const ScopeReport &scope) {
   Reasons reasons;
@@ -26,36 +63,9 @@ Reasons find_reasons(const ScopeReport &scope) {
   return reasons;
 }
 
-Reasons find_reasons(const std::vector<ScopeReport> &checks) {
+Reasons find_reasons(const PairReport &report) {
   Reasons reasons;
-  for (const ScopeReport &scope : checks) reasons.merge(find_reasons(scope));
-  return reasons;
-}
-
-Verdict make_verdict(const Reasons &reasons) {
-  return {reasons.empty() ? Outcome::agree : Outcome::disagree, {reasons.begin(), reasons.end()}};
-}
-
-}  // namespace
-
-bool is_agreed(const Verdict &verdict) {
-  return verdict.outcome == Outcome::agree;
-}
-
-bool has_reason(const Verdict &verdict, Reason reason) {
-  return std::ranges::find(verdict.reasons, reason) != verdict.reasons.end();
-}
-
-Verdict find_verdict(const ScopeReport &scope) {
-  return make_verdict(find_reasons(scope));
-}
-
-Verdict find_verdict(const std::vector<ScopeReport> &checks) {
-  return make_verdict(find_reasons(checks));
-}
-
-Verdict find_verdict(const PairReport &report) {
-  Reasons reasons = find_reasons(report.checks);
+  for (const ScopeReport &scope : report.checks) reasons.merge(find_reasons(scope));
   const auto &[left, right] = report.sides;
   if ((left.spanning_tree == SpanningTree::off) != (right.spanning_tree == SpanningTree::off)) {
     reasons.insert(Reason::spanning_tree_off);
@@ -63,25 +73,29 @@ Verdict find_verdict(const PairReport &report) {
   if (report.is_strict && std::ranges::any_of(report.notes, is_warning)) {
     reasons.insert(Reason::warnings);
   }
-  Verdict verdict = make_verdict(reasons);
-  for (const IncompleteReport &incomplete : report.incomplete) {
-    if (verdict.outcome == Outcome::agree) verdict.outcome = Outcome::incomplete;
-    verdict.reasons.push_back(incomplete.reason == Incomplete::no_channels ? Reason::no_channels
-                                                                           : Reason::no_twin_vlans);
-  }
-  return verdict;
+  return reasons;
 }
 
-bool is_warning(const NoteReport &note) {
-  return is_warning_kind(note.note.kind) && !note.accepted;
+bool is_agreed(const ScopeReport &scope) {
+  return find_reasons(scope).empty();
+}
+
+Outcome find_outcome(const PairReport &report) {
+  return !find_reasons(report).empty() ? Outcome::disagree
+         : !report.incomplete.empty()  ? Outcome::incomplete
+                                       : Outcome::agree;
+}
+
+bool is_warning(const Note &note) {
+  return note.kind != NoteKind::spanning_tree_off && !note.accepted;
 }
 
 Status find_status(const PairReport &report) {
-  const Outcome outcome = find_verdict(report).outcome;
+  const Outcome outcome = find_outcome(report);
   if (outcome == Outcome::disagree) return disagreed;
   const bool is_accepted = std::ranges::all_of(
       report.incomplete, [](const IncompleteReport &of) { return of.accepted.has_value(); });
-  return outcome == Outcome::agree || is_accepted ? agreed : incomplete;
+  return is_accepted ? agreed : incomplete;
 }
 
 Status worst_status(Status a, Status b) {
@@ -93,7 +107,7 @@ Summary summarize(const std::vector<ScopeReport> &checks) {
   Summary summary;
   for (const ScopeReport &scope : checks) {
     const auto missing = missing_side(scope);
-    if (!is_agreed(find_verdict(scope))) ++summary.disagreeing;
+    if (!is_agreed(scope)) ++summary.disagreeing;
     if (has_inconsistent_ports(scope)) ++summary.inconsistent;
     if (has_accepted(scope)) ++summary.accepted;
     if (missing && !scope.accepted) ++summary.missing[*missing];
@@ -108,14 +122,15 @@ Summary summarize(const std::vector<ScopeReport> &checks) {
   return summary;
 }
 
+std::size_t count_pairs(const FleetStatus &fleet, std::optional<Outcome> outcome) {
+  return std::size_t(std::ranges::count(fleet, outcome, &PairStatus::outcome));
+}
+
 std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet) {
-  const auto has = [&](std::optional<Outcome> outcome) {
-    return std::any_of(fleet.begin(), fleet.end(),
-                       [&](const PairStatus &pair) { return pair.outcome == outcome; });
-  };
-  if (has(Outcome::disagree)) return Outcome::disagree;
-  if (has(std::nullopt)) return std::nullopt;
-  return has(Outcome::incomplete) ? Outcome::incomplete : Outcome::agree;
+  for (const auto &outcome : all_outcomes) {
+    if (count_pairs(fleet, outcome) > 0) return outcome;
+  }
+  return Outcome::agree;
 }
 
 }  // namespace lab

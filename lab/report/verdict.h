@@ -3,13 +3,38 @@
 #pragma once
 
 #include <map>
+#include <set>
 
 #include "report/pair.h"
 
 namespace lab {
 
+// --- scopes ---
+
+// Does a parameter differ, or does a switch lack it that the other compares?
+bool is_different(const ParameterReport &parameter);
+
+// The side that lacks the channel of a scope; nothing: both have it.
+std::optional<std::size_t> missing_side(const ScopeReport &scope);
+
+// What a parameter is on left and right, for display; nothing: not sent. Values with the
+// same text get an addition that distinguishes them.
+std::array<std::optional<std::string>, 2> find_value_texts(const ParameterReport &parameter);
+
+// Is a difference of the scope accepted?
+bool has_accepted(const ScopeReport &scope);
+
+bool has_inconsistent_ports(const ScopeReport &scope);
+
+// --- verdicts ---
+
 enum class Outcome : uint8_t { agree, disagree, incomplete };
 
+// What needs a look first; nothing: not known.
+inline constexpr std::optional<Outcome> all_outcomes[] = {Outcome::disagree, std::nullopt,
+                                                          Outcome::incomplete, Outcome::agree};
+
+// Why a pair, or a scope, does not agree.
 enum class Reason : uint8_t {
   spanning_tree_off,   // on one switch only
   missing_channel,     // on one switch only
@@ -17,26 +42,17 @@ enum class Reason : uint8_t {
   inconsistent_ports,  // ports of one channel on one switch
   not_checked,         // the library refused the check
   warnings,            // remain, and the comparison is strict
-  no_channels,         // see Incomplete
-  no_twin_vlans,
 };
+using Reasons = std::set<Reason>;
 
-struct Verdict {
-  Outcome outcome = Outcome::agree;
-  std::vector<Reason> reasons;  // each once, in the order of their values
+Reasons find_reasons(const ScopeReport &scope);
+Reasons find_reasons(const PairReport &report);
 
-  bool operator==(const Verdict &) const = default;
-};
-
-bool is_agreed(const Verdict &verdict);
-bool has_reason(const Verdict &verdict, Reason reason);
-
-Verdict find_verdict(const ScopeReport &scope);
-Verdict find_verdict(const std::vector<ScopeReport> &checks);
-Verdict find_verdict(const PairReport &report);
+bool is_agreed(const ScopeReport &scope);
+Outcome find_outcome(const PairReport &report);
 
 // A warning that is not accepted.
-bool is_warning(const NoteReport &note);
+bool is_warning(const Note &note);
 
 // The exit status for a comparison: 0 agree, 1 disagree, 3 incomplete, unless that is accepted.
 enum Status { agreed = 0, disagreed = 1, wrong = 2, incomplete = 3 };
@@ -44,6 +60,8 @@ Status find_status(const PairReport &report);
 
 // Of several, wrong input counts most, then a difference, then what could not be compared.
 Status worst_status(Status a, Status b);
+
+// --- counts ---
 
 struct ScopeCount {
   std::size_t scopes = 0;                   // in which a parameter is sent by a switch

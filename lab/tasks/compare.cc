@@ -79,7 +79,7 @@ void add_fixes(const Sides &sides, bool is_intended, ScopeReport &scope) {
     }
     return;
   }
-  if (is_agreed(find_verdict(scope))) return;
+  if (is_agreed(scope)) return;
   for (ParameterReport &parameter : scope.parameters) {
     if (is_different(parameter)) {
       parameter.fix = report_fix(sides, scope.scope, parameter.type, is_intended);
@@ -104,10 +104,7 @@ Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options
             .twin_vlans = twin_vlans(settings),
             .checks = {},
             .incomplete = {},
-            .notes = {}};
-  for (Note &note : find_notes(settings, options.is_intended)) {
-    report.notes.push_back({.note = std::move(note)});
-  }
+            .notes = find_notes(settings, options.is_intended)};
   if (settings[0]->spanning_tree && settings[1]->spanning_tree) {
     report.checks = check_pair(pair, settings);
     report.incomplete = find_incomplete(report, settings);

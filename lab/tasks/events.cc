@@ -53,7 +53,7 @@ ChangeEffect find_effect(const PairReport *before, const PairReport &after) {
     if (found == known.end() || *found->second != scope) effect.checks.push_back(scope);
     if (found == known.end()) continue;
     if (*found->second != scope) {
-      effect.agreed[found->first] = is_agreed(find_verdict(*found->second));
+      effect.agreed[found->first] = is_agreed(*found->second);
     }
     known.erase(found);
   }
@@ -83,9 +83,9 @@ std::vector<Event> report_connections(PairWatch &watch, bool is_compared) {
 }
 
 // The warnings of a report that another one has not.
-std::vector<NoteReport> find_new_warnings(const PairReport &report, const PairReport &other) {
-  std::vector<NoteReport> found;
-  for (const NoteReport &note : report.notes) {
+std::vector<Note> find_new_warnings(const PairReport &report, const PairReport &other) {
+  std::vector<Note> found;
+  for (const Note &note : report.notes) {
     if (is_warning(note) &&
         std::find(other.notes.begin(), other.notes.end(), note) == other.notes.end()) {
       found.push_back(note);
@@ -171,7 +171,7 @@ std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer) {
   const auto outcome_before = std::exchange(watch.outcome, std::nullopt);
   if (is_compared) {
     watch.comparison = std::make_shared<const PairReport>(std::move(answer.comparison->report));
-    watch.outcome = find_verdict(*watch.comparison).outcome;
+    watch.outcome = find_outcome(*watch.comparison);
     watch.unknown.reset();
   }
   std::vector<Event> events = report_connections(watch, is_compared);

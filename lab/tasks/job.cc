@@ -29,10 +29,10 @@ LAB_FIELDS(ParameterReport, it.type, it.values, it.states, it.digests, it.fix, i
 LAB_FIELDS(ScopeReport, it.scope, it.on_pod, it.codes, it.parameters, it.inconsistent, it.pass,
            it.fail, it.missing_row, it.accepted)
 LAB_FIELDS(NoteField, it.name, it.values, it.vlans)
-LAB_FIELDS(Note, it.kind, it.channel, it.side, it.vlans, it.fields)
+LAB_FIELDS(Note, it.kind, it.channel, it.side, it.vlans, it.fields, it.accepted, it.problem,
+           it.line, it.until)
 LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree, it.modified)
 LAB_FIELDS(IncompleteReport, it.reason, it.accepted)
-LAB_FIELDS(NoteReport, it.note, it.accepted, it.problem, it.line, it.until)
 LAB_FIELDS(PairReport, it.name, it.is_intended, it.is_strict, it.sides, it.twin_vlans, it.checks,
            it.incomplete, it.notes)
 LAB_FIELDS(Comparison, it.report, it.matched)

@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-#include "report/event.h"
+#include "report/status.h"
 #include "sonic/feed.h"
 #include "tasks/pairs.h"
 #include "tasks/pool.h"

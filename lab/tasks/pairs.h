@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "report/pairs.h"
+#include "report/pair.h"
 #include "tasks/compare.h"
 
 namespace lab {

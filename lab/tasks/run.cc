@@ -62,7 +62,7 @@ void run_steps(Runner &runner, std::size_t count,
 }
 
 void add_step(const StepReport &step, RunReport &report) {
-  if (step.checks) report.agree = is_agreed(find_verdict(*step.checks));
+  if (step.checks) report.agree = std::ranges::all_of(*step.checks, is_agreed);
   report.expected += step.expectations.size();
   report.met +=
       std::size_t(std::ranges::count(step.expectations, true, &ExpectationReport::is_met));

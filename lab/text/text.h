@@ -112,6 +112,14 @@ struct TabbedLine {
 // Lines that are empty or begin with # are passed over.
 std::vector<TabbedLine> read_tabbed(std::string_view text);
 
+// A text for each item.
+template <class Items, class Describe>
+std::vector<std::string> describe_each(const Items &items, Describe describe) {
+  std::vector<std::string> texts;
+  for (const auto &item : items) texts.push_back(describe(item));
+  return texts;
+}
+
 // "a, b and c"; "a, b or c".
 std::string listed(const std::vector<std::string> &names, const char *before_last = " and ");
 std::string one_of(const std::vector<std::string> &names);
