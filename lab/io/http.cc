@@ -77,14 +77,9 @@ bool is_for_loopback(const HttpState &state, const char *header) {
 
 // --- answers ---
 
-struct HttpHeader {
-  const char *name;
-  const char *value;
-};
-
 // The pages' own policies name the hashes of their styles and scripts. A connection has one
 // request, so that its deadlines are those of the request.
-constexpr HttpHeader common_headers[] = {
+constexpr std::pair<const char *, const char *> common_headers[] = {
     {MHD_HTTP_HEADER_CACHE_CONTROL, "no-store"},
     {MHD_HTTP_HEADER_CONNECTION, "close"},
     {"Content-Security-Policy",

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 
 #include "output/events.h"
@@ -31,22 +32,12 @@ std::string describe_age(WallTime::duration age) {
   return fmt::format("{} d {} h", hours / 24, hours % 24);
 }
 
-std::string describe_pair(const PairStatus &status) {
-  return status.outcome ? describe_causes(*status.comparison) : describe_unknown(status);
-}
-
 // --- which pairs ---
-
-std::string lower_case(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
-  return text;
-}
 
 bool is_selected(const PairStatus &status, const FleetFilter &filter) {
   if (!filter.verdict.empty() && filter.verdict != outcome_word(status.outcome)) return false;
   const std::string text = pair_name(status) + "\n" + status.sources[0] + "\n" + status.sources[1];
-  return lower_case(text).find(lower_case(filter.name)) != text.npos;
+  return strcasestr(text.c_str(), filter.name.c_str()) != nullptr;
 }
 
 std::map<std::optional<Outcome>, std::size_t> count_outcomes(const FleetStatus &fleet) {
@@ -112,10 +103,12 @@ std::string write_pair(const PairStatus &status, WallTime now) {
     age = fmt::format("{}<small>{}</small>", describe_age(now - status.changed),
                       describe_time(status.changed));
   }
+  const std::string why =
+      status.outcome ? describe_causes(*status.comparison) : describe_unknown(status);
   return write_row(
       fmt::format("class=\"{}\"", look.name),
       {fmt::format("<a href=\"pair/{}\">{}</a>{}", encode_url(name), isolated(name), sources),
-       write_state(look, outcome_word(status.outcome)), age, isolated(describe_pair(status))});
+       write_state(look, outcome_word(status.outcome)), age, isolated(why)});
 }
 
 std::string write_pairs(const FleetStatus &fleet, const FleetFilter &filter, WallTime now) {
