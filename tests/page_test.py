@@ -269,13 +269,13 @@ def look_at_paper(driver, name, height, shown, printed):
 
 
 def within(what, condition, seconds=30):
-    """An element can be missing while the page is read again."""
+    """The driver fails to find what is replaced while the page is read again."""
     ends, error = time.monotonic() + seconds, None
     while True:
         try:
             if condition():
                 return
-        except (exceptions.NoSuchElementException, exceptions.StaleElementReferenceException) as missing:
+        except exceptions.WebDriverException as missing:
             error = missing
         assert time.monotonic() < ends, (what, error)
         time.sleep(0.1)
@@ -316,8 +316,8 @@ def look_at_fleet(driver, watch, address):
     check("focus", ask("return document.activeElement.getAttribute('href')"), "pair/agree")
     driver.find_element("id", "name").send_keys("ONERROR")
     within("the filter", lambda: ask(caption) == f"1 of {len(PAIRS)} pairs")
-    driver.find_element("css selector", "tbody a").click()
-    check("the pair's page", driver.title.startswith("The pair does not agree: "), True)
+    ask("document.querySelector('tbody a').click()")
+    within("the pair's page", lambda: driver.title.startswith("The pair does not agree: "))
     check("messages", driver.get_log("browser"), [])
     driver.get(address)
     watch.kill()
