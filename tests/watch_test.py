@@ -65,7 +65,7 @@ class Server:
         # Filled before it can be seen under its name.
         command = [w + ".new" if w == self.path else w for w in self.command]
         self.process = start(command, stdout=subprocess.DEVNULL)
-        within(lambda: os.path.exists(self.path + ".new"))
+        within(lambda: "PONG" in self.do(["PING"], path=self.path + ".new"))
         self.do(*words_of(rows), path=self.path + ".new")
         os.rename(self.path + ".new", self.path)
 
