@@ -1,6 +1,6 @@
 // Command lines: a command, help, or an error. None is carried out, but sources are parsed.
 
-#include "cli/arguments.h"
+#include "cli/commands.h"
 #include "texts.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Lists of pairs, and of credentials: their lines and sources, or their errors.
 
-#include "cli/pair_list.h"
+#include "cli/commands.h"
 #include "sonic/credentials.h"
 #include "texts.h"
 

@@ -9,9 +9,10 @@
 #include <string_view>
 #include <system_error>
 
-#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "output/layout.h"
 #include "standin.h"
-#include "tasks/job.h"
+#include "tasks/pool.h"
 #include "text/text.h"
 #include "text/wait.h"
 

@@ -1,5 +1,3 @@
-#include "cli/arguments.h"
-
 #include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
@@ -10,8 +8,8 @@
 #include <memory>
 #include <sstream>
 
+#include "cli/commands.h"
 #include "output/layout.h"
-#include "sonic/source.h"
 #include "text/text.h"
 
 namespace lab {

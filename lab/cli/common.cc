@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "cli/commands.h"
-#include "sonic/source.h"
+#include "output/layout.h"
 #include "text/file.h"
 #include "text/text.h"
 

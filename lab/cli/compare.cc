@@ -6,8 +6,6 @@
 #include "output/json.h"
 #include "output/page.h"
 #include "output/print.h"
-#include "tasks/compare.h"
-#include "tasks/side.h"
 #include "text/file.h"
 
 namespace lab {

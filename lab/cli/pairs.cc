@@ -1,19 +1,47 @@
-// compare --pairs.
+// Lists of pairs, and compare --pairs.
 
 #include <fmt/core.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
 
 #include "cli/commands.h"
-#include "cli/pair_list.h"
 #include "output/json.h"
 #include "output/print.h"
-#include "tasks/pairs.h"
+#include "sonic/credentials.h"
+#include "text/file.h"
+#include "text/tabbed.h"
 #include "text/text.h"
 
 namespace lab {
 namespace {
+
+// --- lists of pairs ---
+
+constexpr const char *line_form =
+    "a name, the left and the right source (and a namespace), separated by tabs";
+
+std::string resolve_source(std::string_view source, const std::string &folder) {
+  const bool is_absolute = source.starts_with('/') || source.find("://") != source.npos;
+  return (is_absolute ? "" : folder) + std::string(source);
+}
+
+// What is wrong with a source that is to be watched.
+InputErrors find_errors(const Arguments &arguments, const ParsedSource &parsed) {
+  const auto &[source, unusable] = parsed;
+  InputErrors errors = unusable;
+  if (source.kind != Source::Kind::file) return errors;
+  if (source.place == "-") {
+    errors.push_back({0, 0, "", "can be read once only", "a database, or a file"});
+  }
+  if (!arguments.metrics.empty() && is_same_file(arguments.metrics, source.place)) {
+    errors.push_back({0, 0, "", "is the file of --metrics, too", "another file"});
+  }
+  return errors;
+}
+
+// --- compare --pairs ---
 
 Status status_of(const PairResult &result) {
   return result.errors.empty() ? find_status(result.report) : wrong;
@@ -53,6 +81,84 @@ struct PairsPrinter {
 };
 
 }  // namespace
+
+std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &folder,
+                                      const std::string &name_space, InputErrors &errors) {
+  std::vector<PairEntry> pairs;
+  std::set<std::string> names;
+  for (const auto &[number, parts] : read_tabbed(text)) {
+    const auto empty = std::count(parts.begin(), parts.end(), "");
+    if (parts.size() < 3 || parts.size() > 4 || empty > 0) {
+      errors.push_back(
+          {number, 1, "",
+           fmt::format("found a line of {} field{}{}", parts.size(), parts.size() == 1 ? "" : "s",
+                       empty > 0 ? fmt::format(", {} of them empty", empty) : ""),
+           line_form});
+    } else if (!names.insert(printable(parts[0])).second) {
+      errors.push_back({number, 1, "",
+                        "found the name '" + printable(cut(parts[0], 64)) + "' twice",
+                        "a name for each pair"});
+    } else {
+      PairEntry &pair = pairs.emplace_back();
+      pair.name = printable(parts[0]);
+      for (std::size_t i = 0; i < pair.sources.size(); ++i) {
+        pair.sources[i] = find_source(resolve_source(parts[i + 1], folder), std::nullopt,
+                                      parts.size() == 4 ? std::string(parts[3]) : name_space);
+      }
+    }
+  }
+  if (pairs.empty() && errors.empty()) {
+    errors.push_back({1, 1, "", "found no pair", std::string("lines of ") + line_form});
+  }
+  return pairs;
+}
+
+std::vector<PairEntry> read_pairs_file(const std::string &path, const std::string &name_space,
+                                       std::vector<SourceErrors> &source_errors) {
+  InputErrors errors;
+  const std::string text = read_file(path, errors);
+  std::vector<PairEntry> pairs;
+  if (errors.empty()) {
+    pairs = read_pair_list(text, path.substr(0, path.rfind('/') + 1), name_space, errors);
+  }
+  const std::string shown = hide_login(path);
+  print_errors(shown, errors);
+  if (!errors.empty()) source_errors.push_back({shown, std::move(errors)});
+  return pairs;
+}
+
+void add_logins(const std::string &path, std::vector<PairEntry> &pairs,
+                std::vector<SourceErrors> &source_errors) {
+  if (path.empty()) return;
+  InputErrors errors;
+  const Credentials credentials = load_credentials(path, errors);
+  print_errors(printable(path), errors);
+  if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
+  for (PairEntry &pair : pairs) {
+    for (auto &[source, unusable] : pair.sources) apply_credentials(credentials, source);
+  }
+}
+
+std::vector<PairEntry> read_watched_pairs(const Arguments &arguments,
+                                          std::vector<SourceErrors> &errors) {
+  std::vector<PairEntry> pairs = {
+      {.name = "",
+       .sources = {find_source(arguments.left, 0, arguments.name_space),
+                   find_source(arguments.right, 1, arguments.name_space)}}};
+  if (!arguments.pairs.empty()) {
+    pairs = read_pairs_file(arguments.pairs, arguments.name_space, errors);
+  }
+  add_logins(arguments.credentials, pairs, errors);
+  for (const PairEntry &pair : pairs) {
+    for (const ParsedSource &parsed : pair.sources) {
+      InputErrors wrong_with_it = find_errors(arguments, parsed);
+      print_errors(parsed.source.shown, wrong_with_it);
+      if (wrong_with_it.empty()) continue;
+      errors.push_back({parsed.source.shown, std::move(wrong_with_it)});
+    }
+  }
+  return pairs;
+}
 
 Status compare_pairs(const Arguments &arguments) {
   std::vector<SourceErrors> errors;

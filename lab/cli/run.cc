@@ -6,9 +6,7 @@
 #include "cli/commands.h"
 #include "output/json.h"
 #include "output/print.h"
-#include "sonic/source.h"
 #include "tasks/run.h"
-#include "tasks/side.h"
 #include "text/wait.h"
 
 namespace lab {

@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "cli/commands.h"
-#include "cli/pair_list.h"
 #include "io/http.h"
 #include "io/program.h"
 #include "output/events.h"

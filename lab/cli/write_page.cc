@@ -11,7 +11,7 @@
 #include <sstream>
 #include <utility>
 
-#include "cli/arguments.h"
+#include "cli/commands.h"
 #include "text/text.h"
 
 namespace {

@@ -11,23 +11,6 @@
 #include "text/wait.h"
 
 namespace lab {
-
-struct TimerHandle {
-  uv_timer_t raw;
-  Callback callback;
-};
-
-struct FileHandle {
-  uv_poll_t raw;
-  Callback callback;
-  int events = 0;
-};
-
-struct SignalHandle {
-  uv_signal_t raw;
-  Callback callback;
-};
-
 namespace {
 
 void check_uv(int result, const char *what) {
@@ -35,24 +18,17 @@ void check_uv(int result, const char *what) {
 }
 
 // Call back from within libuv, through which no exception may pass.
-template <class Handle>
-void call_back(Handle *raw_handle) {
-  Loop &loop = *static_cast<Loop *>(raw_handle->loop->data);
+template <class Raw>
+void call_back(Raw *raw) {
+  Loop &loop = *static_cast<Loop *>(raw->loop->data);
   try {
     // The callback may end its own record.
-    const Callback callback = *static_cast<Callback *>(raw_handle->data);
+    const Callback callback = static_cast<LoopHandle *>(raw->data)->callback;
     callback();
   } catch (...) {
     if (!loop.problem) loop.problem = std::current_exception();
     loop.stop();
   }
-}
-
-template <class Handle>
-void close_handle(Handle *handle) {
-  handle->raw.data = handle;
-  uv_close(reinterpret_cast<uv_handle_t *>(&handle->raw),
-           [](uv_handle_t *raw) { delete static_cast<Handle *>(raw->data); });
 }
 
 }  // namespace
@@ -86,27 +62,19 @@ void Loop::stop() {
   uv_stop(&raw);
 }
 
-void CloseHandle::operator()(TimerHandle *handle) const {
-  close_handle(handle);
+void CloseHandle::operator()(LoopHandle *handle) const {
+  uv_close(&handle->raw.handle,
+           [](uv_handle_t *raw) { delete static_cast<LoopHandle *>(raw->data); });
 }
 
-void CloseHandle::operator()(FileHandle *handle) const {
-  uv_poll_stop(&handle->raw);  // now, as its file may be closed next
-  close_handle(handle);
-}
-
-void CloseHandle::operator()(SignalHandle *handle) const {
-  close_handle(handle);
-}
-
-Timer::Timer(Loop &loop, Callback callback) : handle(new TimerHandle{{}, std::move(callback)}) {
-  uv_timer_init(&loop.raw, &handle->raw);
-  handle->raw.data = &handle->callback;
+Timer::Timer(Loop &loop, Callback callback) : handle(new LoopHandle{{}, std::move(callback)}) {
+  uv_timer_init(&loop.raw, &handle->raw.timer);
+  handle->raw.handle.data = handle.get();
 }
 
 void Timer::set(TimePoint due) {
   if (due == TimePoint::max()) {
-    uv_timer_stop(&handle->raw);
+    uv_timer_stop(&handle->raw.timer);
   } else {
     set_after(due - Clock::now());
   }
@@ -114,34 +82,35 @@ void Timer::set(TimePoint due) {
 
 void Timer::set_after(Clock::duration pause) {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(pause);
-  uv_update_time(handle->raw.loop);
-  uv_timer_start(&handle->raw, call_back<uv_timer_t>,
+  uv_update_time(handle->raw.handle.loop);
+  uv_timer_start(&handle->raw.timer, call_back<uv_timer_t>,
                  static_cast<uint64_t>(std::max<int64_t>(left.count(), 0)), 0);
 }
 
 FileWatch::FileWatch(Loop &loop, int file, Callback callback) {
-  auto made = std::make_unique<FileHandle>(FileHandle{{}, std::move(callback)});
+  auto made = std::make_unique<LoopHandle>(LoopHandle{{}, std::move(callback)});
   // Others may share the file, and libuv lets it return at once from then on.
   const int flags = fcntl(file, F_GETFL);
-  check_uv(uv_poll_init(&loop.raw, &made->raw, file), "a file cannot be watched");
+  check_uv(uv_poll_init(&loop.raw, &made->raw.poll, file), "a file cannot be watched");
   fcntl(file, F_SETFL, flags);
   handle.reset(made.release());
-  handle->raw.data = &handle->callback;
+  handle->raw.handle.data = handle.get();
 }
 
 void FileWatch::wait_for(int events) {
   if (events == std::exchange(handle->events, events)) return;
   const auto ready = [](uv_poll_t *raw, int, int) { call_back(raw); };
-  check_uv(events == 0 ? uv_poll_stop(&handle->raw) : uv_poll_start(&handle->raw, events, ready),
+  check_uv(events == 0 ? uv_poll_stop(&handle->raw.poll)
+                       : uv_poll_start(&handle->raw.poll, events, ready),
            "a file cannot be watched");
 }
 
 SignalWatch::SignalWatch(Loop &loop, int number, Callback callback)
-    : handle(new SignalHandle{{}, std::move(callback)}) {
-  uv_signal_init(&loop.raw, &handle->raw);
-  handle->raw.data = &handle->callback;
+    : handle(new LoopHandle{{}, std::move(callback)}) {
+  uv_signal_init(&loop.raw, &handle->raw.signal);
+  handle->raw.handle.data = handle.get();
   const auto take = [](uv_signal_t *raw, int) { call_back(raw); };
-  check_uv(uv_signal_start(&handle->raw, take, number), "a signal cannot be watched");
+  check_uv(uv_signal_start(&handle->raw.signal, take, number), "a signal cannot be watched");
 }
 
 void raise_file_limit() {

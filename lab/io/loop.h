@@ -29,15 +29,17 @@ struct Loop {
   void stop();
 };
 
-struct TimerHandle;
-struct FileHandle;
-struct SignalHandle;
+struct LoopHandle {
+  uv_any_handle raw;
+  Callback callback;
+  int events = 0;  // that a file is waited for
+};
 
 struct CloseHandle {
-  void operator()(TimerHandle *handle) const;
-  void operator()(FileHandle *handle) const;
-  void operator()(SignalHandle *handle) const;
+  void operator()(LoopHandle *handle) const;
 };
+
+using OpenHandle = std::unique_ptr<LoopHandle, CloseHandle>;
 
 // Calls back at a time point, once each time that it is set.
 struct Timer {
@@ -46,7 +48,7 @@ struct Timer {
   void set(TimePoint due);  // TimePoint::max(): never
   void set_after(Clock::duration pause);
 
-  std::unique_ptr<TimerHandle, CloseHandle> handle;
+  OpenHandle handle;
 };
 
 // Calls back whenever a file is ready. The record ends before the file is closed.
@@ -55,14 +57,14 @@ struct FileWatch {
 
   void wait_for(int events);  // UV_READABLE, UV_WRITABLE, both, or 0: nothing
 
-  std::unique_ptr<FileHandle, CloseHandle> handle;
+  OpenHandle handle;
 };
 
 // Calls back when the process gets a signal, which then does nothing else.
 struct SignalWatch {
   SignalWatch(Loop &loop, int number, Callback callback);
 
-  std::unique_ptr<SignalHandle, CloseHandle> handle;
+  OpenHandle handle;
 };
 
 // Let the process have as many open files as it may.

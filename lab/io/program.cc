@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "text/file.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {

@@ -70,4 +70,15 @@ void lose(Snapshot &snapshot, std::string reason, bool refused) {
   snapshot.refused = refused;
 }
 
+ReadRows take_reading(Snapshot snapshot) {
+  ReadRows read{std::move(snapshot.rows), {}};
+  if (snapshot.state == SourceState::lost) {
+    read.errors.push_back({0, 0, "", snapshot.reason, "a configuration database"});
+  }
+  for (const auto &[row, errors] : snapshot.errors) {
+    read.errors.insert(read.errors.end(), errors.begin(), errors.end());
+  }
+  return read;
+}
+
 }  // namespace lab

@@ -53,4 +53,7 @@ void change_row(Snapshot &snapshot, const std::string &name, std::optional<Row> 
 // Forget the contents of the source.
 void lose(Snapshot &snapshot, std::string reason, bool refused);
 
+// The rows of a database that has been read, or is lost: an error says so.
+ReadRows take_reading(Snapshot snapshot);
+
 }  // namespace lab

@@ -3,6 +3,7 @@
 
 #include "switch/state_file.h"
 #include "switch/values.h"
+#include "text/yaml.h"
 
 namespace lab {
 namespace {

@@ -2,10 +2,11 @@
 #pragma once
 
 #include <array>
+#include <functional>
 
 #include "pair/pair.h"
 #include "report/acceptance.h"
-#include "report/pair.h"
+#include "report/pairs.h"
 #include "tasks/side.h"
 
 namespace lab {
@@ -41,5 +42,21 @@ struct Patches {
 // do alone is then left to the right one. The sides that change have rows.
 Patches collect_patches(const Sides &sides, const PairReport &report,
                         const std::array<bool, 2> &changes);
+
+// --- many pairs ---
+
+// One of many pairs, or, without a name, the only one.
+struct PairEntry {
+  std::string name;
+  std::array<ParsedSource, 2> sources;
+
+  bool operator==(const PairEntry &) const = default;
+};
+
+// Compare all pairs; the listener gets the results in the order in which they are found. A
+// comparison that does not end in three times the time of a reading is given up. Throws
+// Interrupted, and std::system_error where no process can be made.
+void compare_all(const std::vector<PairEntry> &pairs, const CompareOptions &options,
+                 const ReadLimits &limits, const std::function<void(const PairResult &)> &listener);
 
 }  // namespace lab

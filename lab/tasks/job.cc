@@ -1,10 +1,9 @@
-#include "tasks/job.h"
-
 #include <memory>
 #include <utility>
 
 #include "pair/fields.h"
 #include "switch/state_file.h"
+#include "tasks/pool.h"
 #include "text/file.h"
 
 namespace lab {

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "sonic/read_databases.h"
-
 namespace lab {
 namespace {
 

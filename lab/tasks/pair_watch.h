@@ -2,6 +2,8 @@
 // been reported.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <array>
 #include <functional>
 #include <map>
@@ -12,11 +14,34 @@
 
 #include "report/status.h"
 #include "sonic/feed.h"
-#include "tasks/pairs.h"
 #include "tasks/pool.h"
-#include "tasks/watched_file.h"
 
 namespace lab {
+
+// A file that is looked at again and again.
+struct WatchedFile {
+  // `on_look` is called after each look, and must not end the record.
+  WatchedFile(Loop &loop, std::string path, Clock::duration interval, Callback on_look);
+
+  void look();
+
+  std::string path;
+  Clock::duration interval;
+  Callback on_look;
+  Timer timer;
+  Snapshot snapshot;
+  bool is_changed = false;              // since it was read
+  std::optional<TimePoint> look_again;  // at its contents, though nothing shows a change
+  struct stat seen {};
+};
+
+// The file is about to be read.
+void begin_reading(WatchedFile &file);
+
+// It has been read.
+void take_contents(WatchedFile &file, const SideAnswer &contents);
+
+// --- the pair ---
 
 struct PairWatch;
 

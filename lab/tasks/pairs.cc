@@ -1,9 +1,6 @@
-#include "tasks/pairs.h"
-
 #include <list>
 
 #include "sonic/feed.h"
-#include "sonic/read_databases.h"
 #include "tasks/pool.h"
 
 namespace lab {

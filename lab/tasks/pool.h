@@ -9,10 +9,40 @@
 
 #include "io/loop.h"
 #include "sonic/limits.h"
-#include "tasks/job.h"
+#include "tasks/compare.h"
 #include "text/child.h"
 
 namespace lab {
+
+// --- a comparison as a job, and what comes of it ---
+
+// One side: rows that are known, or a file to be read.
+struct SideJob {
+  Source source;
+  std::optional<ReadRows> rows = {};
+  bool is_watched = false;  // the file must be a regular one, and its contents are returned
+};
+
+struct CompareJob {
+  std::array<std::optional<SideJob>, 2> sides;  // nothing: it is not known now
+  CompareOptions options;
+};
+
+struct SideAnswer {
+  InputErrors errors;
+  // What a watched file contained.
+  std::string lost;  // not empty: why it cannot be read
+  std::optional<Rows> rows;
+  std::string state;  // of a state file: its settings, to be compared only
+};
+
+struct CompareAnswer {
+  std::string problem;  // not empty: it could not be done
+  std::array<SideAnswer, 2> sides;
+  std::optional<Comparison> comparison;
+};
+
+// --- the pool ---
 
 // What a process of the pool is to do. `make` is called when one is free; nothing: there is nothing
 // to do any more.
@@ -40,5 +70,23 @@ struct Pool {
   std::deque<PoolTask> tasks;
   std::list<PoolWorker> workers;
 };
+
+// --- of its processes ---
+
+// A process of the pool is this program with this argument only, which then calls serve_jobs(): a
+// copy of a large process would keep its memory.
+constexpr char pool_argument[] = "--serve-jobs";
+constexpr int job_file = 3;
+int serve_jobs();
+
+// A process can be killed for something that the job has no part in.
+constexpr int most_attempts = 3;
+
+CompareAnswer fail(const std::string &problem);
+
+Bytes encode(const CompareJob &job);
+
+// Throws Garbled.
+CompareAnswer decode_answer(const Bytes &frame);
 
 }  // namespace lab

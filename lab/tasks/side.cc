@@ -3,11 +3,12 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
-#include "sonic/read_databases.h"
+#include "sonic/feed.h"
 #include "text/file.h"
 
 namespace lab {
@@ -18,6 +19,27 @@ std::optional<std::time_t> find_modified(const std::string &path) {
   struct stat status {};
   const bool is_file = stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
   return is_file ? std::optional(status.st_mtime) : std::nullopt;
+}
+
+// The rows of databases, read once. Waits until all have been read, or their time is up. Throws
+// Interrupted.
+std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits) {
+  if (sources.empty()) return {};
+  Loop loop;
+  Admission admission(loop);
+  std::deque<DatabaseFeed> feeds;
+  const auto is_opening = [](const DatabaseFeed &feed) {
+    return snapshot(*feed.database).state == SourceState::opening;
+  };
+  for (const Source &source : sources) {
+    feeds.emplace_back(admission, source, ReadIntervals{}, limits, [&] {
+      if (std::none_of(feeds.begin(), feeds.end(), is_opening)) loop.stop();
+    });
+  }
+  loop.run();
+  std::vector<ReadRows> all;
+  for (DatabaseFeed &feed : feeds) all.push_back(take_reading(std::move(snapshot(*feed.database))));
+  return all;
 }
 
 }  // namespace

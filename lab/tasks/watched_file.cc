@@ -1,9 +1,9 @@
-#include "tasks/watched_file.h"
-
 #include <cerrno>
 #include <cstring>
 #include <tuple>
 #include <utility>
+
+#include "tasks/pair_watch.h"
 
 namespace lab {
 namespace {
