@@ -101,6 +101,17 @@ void add_note_event(const PairReport &before, const PairWatch &watch, std::vecto
   if (!event.appeared.empty() || !event.gone_notes.empty()) events.push_back(std::move(event));
 }
 
+// The first side with errors is why the verdict is not known.
+void find_wrong_side(PairWatch &watch) {
+  for (std::size_t i = watch.sides.size(); i-- > 0;) {
+    if (watch.sides[i].errors.empty()) continue;
+    watch.unknown = {.kind = UnknownCause::Kind::error,
+                     .side = i,
+                     .reason = "",
+                     .error = watch.sides[i].errors.front()};
+  }
+}
+
 }  // namespace
 
 Event make_event(Event::Kind kind, const PairWatch &watch) {
@@ -160,13 +171,7 @@ std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer) {
   }
   if (!is_new) return {};
 
-  for (std::size_t i = watch.sides.size(); i-- > 0;) {
-    if (watch.sides[i].errors.empty()) continue;
-    watch.unknown = {.kind = UnknownCause::Kind::error,
-                     .side = i,
-                     .reason = "",
-                     .error = watch.sides[i].errors.front()};
-  }
+  find_wrong_side(watch);
   const auto before = watch.comparison;
   const auto outcome_before = std::exchange(watch.outcome, std::nullopt);
   if (is_compared) {
