@@ -129,13 +129,11 @@ std::string printed(const std::function<void()> &print) {
 }
 
 std::string metrics_of(const PairReport &report, Outcome outcome) {
-  return format_metrics({{.name = "",
-                          .sources = {"a", "b"},
-                          .outcome = outcome,
-                          .unknown = {},
-                          .comparison = std::make_shared<PairReport>(report),
-                          .compared = {},
-                          .changed = {}}});
+  PairStatus status;
+  status.sources = {"a", "b"};
+  status.outcome = outcome;
+  status.comparison = std::make_shared<PairReport>(report);
+  return format_metrics({status});
 }
 
 TEST(Verdict, IsTheSameInEveryOutput) {

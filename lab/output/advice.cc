@@ -144,10 +144,11 @@ std::string describe_vlan_groups(const Fix &fix, const SideNames &names) {
   const bool is_any = !fix.alone[0] && !fix.alone[1];
   std::vector<std::string> texts;
   for (std::size_t i = 0; i < std::min(fix.groups.size(), most_groups); ++i) {
-    const auto &[vlans, words] = fix.groups[i];
-    texts.push_back(vlan_words(vlans) + " " + describe_sides(names, [&](std::size_t side) {
-                      return is_any || fix.alone[side] ? word_text(fix, words[1 - side]) : "";
-                    }));
+    const VlanGroup &group = fix.groups[i];
+    const auto describe = [&](std::size_t side) {
+      return is_any || fix.alone[side] ? word_text(fix, group.words[1 - side]) : "";
+    };
+    texts.push_back(vlan_words(group.vlans) + " " + describe_sides(names, describe));
   }
   if (fix.groups.size() > most_groups) {
     texts.push_back(fmt::format("and {} more groups of VLANs", fix.groups.size() - most_groups));
@@ -181,18 +182,15 @@ Fix widen_fix(Fix fix, const ScopeGroup &group) {
 }  // namespace
 
 const Advice &advice_on(uint16_t type) {
-  return *std::find_if(std::begin(advice_table), std::end(advice_table),
-                       [=](const Advice &row) { return row.type == type; });
+  return *std::ranges::find(advice_table, type, &Advice::type);
 }
 
 const char *field_meaning(const Field &field) {
-  return std::find_if(
-             std::begin(field_meanings), std::end(field_meanings),
-             [&](const FieldMeaning &row) {
-               return row.table.empty() ||
-                      (row.table == field.table && (row.field.empty() || row.field == field.name));
-             })
-      ->meaning;
+  const auto is_meant = [&](const FieldMeaning &row) {
+    return row.table.empty() ||
+           (row.table == field.table && (row.field.empty() || row.field == field.name));
+  };
+  return std::ranges::find_if(field_meanings, is_meant)->meaning;
 }
 
 std::string describe_fix(const Fix &fix, const SideNames &names, const ScopeGroup *group) {

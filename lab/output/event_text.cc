@@ -102,19 +102,15 @@ std::string describe_row(const RowChange &change) {
 }
 
 std::string describe_scope_change(const ScopeReport &scope, const ChangeEffect &effect) {
+  // By whether it agreed before, where it was there.
+  constexpr const char *agrees[] = {" is new and agrees", " now agrees", " still agrees"};
+  constexpr const char *differs[] = {" is new and does not agree", " still does not agree",
+                                     " no longer agrees"};
   const auto before = effect.agreed.find(scope.scope.name);
-  const bool is_new = before == effect.agreed.end();
-  const std::string name = name_scope(scope.scope.name);
-  if (is_agreed(scope)) {
-    return name + (is_new           ? " is new and agrees"
-                   : before->second ? " still agrees"
-                                    : " now agrees");
-  }
-  return name +
-         (is_new           ? " is new and does not agree"
-          : before->second ? " no longer agrees"
-                           : " still does not agree") +
-         " (" + describe_reasons(scope) + ")";
+  const std::size_t row = before == effect.agreed.end() ? 0 : before->second ? 2 : 1;
+  return name_scope(scope.scope.name) +
+         (is_agreed(scope) ? agrees[row]
+                           : std::string(differs[row]) + " (" + describe_reasons(scope) + ")");
 }
 
 // "PortChannel10 now agrees; the pair agrees".
@@ -233,17 +229,11 @@ std::string describe_causes(const PairReport &report) {
 std::string describe_unknown(const PairStatus &status) {
   const std::string unknown = "the verdict is not known";
   if (!status.unknown) return unknown;
-  const UnknownCause &cause = *status.unknown;
-  const std::string side = switch_names[cause.side];
-  switch (cause.kind) {
-    case UnknownCause::Kind::disconnected:
-      return unknown + ": " + side + " is disconnected: " + cause.reason;
-    case UnknownCause::Kind::error:
-      return unknown + ": " + side + ": " + place_of(cause.error) + " " + text_of(cause.error);
-    case UnknownCause::Kind::failed:
-      return unknown + ": " + cause.reason;
-  }
-  return unknown;
+  const auto &[kind, side, reason, error] = *status.unknown;
+  if (kind == UnknownCause::Kind::failed) return unknown + ": " + reason;
+  return unknown + ": " + switch_names[side] +
+         (kind == UnknownCause::Kind::disconnected ? " is disconnected: " + reason
+                                                   : ": " + place_of(error) + " " + text_of(error));
 }
 
 std::string describe_event(const Event &event) {

@@ -22,11 +22,9 @@ std::string describe_entries(const std::vector<Entry> &entries) {
 // The ports of records that follow one another.
 std::string describe_record_ports(const std::vector<ParameterRecord> &records) {
   constexpr std::size_t most = 4;
-  std::vector<std::string> ports;
-  for (const ParameterRecord &record : records) {
-    if (record.port.empty() || (!ports.empty() && ports.back() == record.port)) continue;
-    ports.push_back(record.port);
-  }
+  auto ports = describe_each(records, [](const ParameterRecord &record) { return record.port; });
+  std::erase(ports, "");
+  ports.erase(std::unique(ports.begin(), ports.end()), ports.end());
   const std::size_t count = ports.size();
   if (count == 0) return "";
   if (count > most) ports.resize(most);
