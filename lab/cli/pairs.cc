@@ -11,7 +11,6 @@
 #include "output/print.h"
 #include "sonic/credentials.h"
 #include "text/file.h"
-#include "text/tabbed.h"
 #include "text/text.h"
 
 namespace lab {
