@@ -1,5 +1,5 @@
 // Arrays as a hostile peer may send them. They stay as they are, an array agrees with itself, twin
-// VLANs either pass or fail, a report has a record for each entry, and what is exported and put back
+// VLANs either pass or fail, a report has a record for each entry, and an export that is put back
 // is exported again.
 
 #include <algorithm>

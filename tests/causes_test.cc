@@ -1,12 +1,11 @@
 // Every path to STP_MCEC_ERR_FAILURE and STP_MCEC_ERR_INVALID_ARG, and those of a missing array:
-// what is called, the line that is logged last, and the cause. docs/causes.md has this table.
+// the call, the last line of the log, and the cause. docs/causes.md has this table.
 
 #include <fnmatch.h>
 
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <map>
 #include <regex>
 #include <sstream>
 
@@ -43,7 +42,7 @@ std::string check_in_mode(const Bytes &mode) {
   return check_arrays(check_all, array({{6, word(1)}}), array({{6, word(1)}}));
 }
 
-// An extractor with a command that is none of its own.
+// An extractor with a command that is not one of its own.
 using CommandExtractor = uint32_t (*)(void *, uint32_t, uint8_t **, uint32_t *, uint32_t *,
                                       mcecm_app_cmd_extract_info_t **);
 
@@ -99,55 +98,49 @@ constexpr char updated[] = "extraction of an update message";
 constexpr char reported[] = "report";
 
 std::vector<Cause> causes_of_checks() {
-  const auto none = [](Checker checker) { return [=] { return check_arrays(checker, {}, {}); }; };
-  const auto no_local = [](Checker checker) {
-    return [=] { return check_arrays(checker, {}, array({})); };
-  };
-  const auto no_peer = [](Checker checker) {
-    return [=] { return check_arrays(checker, array({}), {}); };
-  };
-  const auto unknown = [](Checker checker, uint16_t type) {
-    return [=] {
-      cache(0, STP_MCEC_TYPE1_STP_MODE, word(STP_MCEC_STP_MODE_MST));
-      return check_arrays(checker, array({{type, word(1)}}), array({{1, word(1)}}));
-    };
-  };
   static constexpr char invalid[] = "type-1 compat check invalid args";
   static constexpr char local[] = "type-1 compat check failed Local param is Null";
   static constexpr char peer[] = "type-1 compat check failed Remote Param is Null";
-  static constexpr char unread[] = "failed (rc=*) get_next_tlv";
-  return {
-      {checked, invalid, both_missing, "40dd0003", none(check_all)},
-      {checked, invalid, both_missing, "40dd0003", none(check_mst)},
-      {checked, invalid, both_missing, "40dd0003", none(check_rapid_pvst)},
-      {checked, local, local_missing, "40dd003a", no_local(check_all)},
-      {checked, local, local_missing, "40dd003a", no_local(check_mst)},
-      {checked, local, local_missing, "40dd003a", no_local(check_rapid_pvst)},
-      {checked, peer, peer_missing, "40dd003a", no_peer(check_all)},
-      {checked, peer, peer_missing, "40dd003a", no_peer(check_mst)},
-      {checked, peer, peer_missing, "40dd003a", no_peer(check_rapid_pvst)},
-      {checked, "STP mode not found in cache", "No mode is cached yet.", "40dd0001",
-       [] { return check_arrays(check_all, array({}), array({})); }},
-      {checked, "current STP mode MST", other_mode, "40dd0001",
-       [] { return check_in_mode(word(1)); }},
-      {checked, "current STP mode MST", other_mode, "40dd0001", [] { return check_in_mode({}); }},
-      {checked, "current STP mode MST", other_mode, "40dd0001",
-       [] {
-         return check_in_mode({0, 0, 0});
-       }},
-      {checked, unread, at_peer, "40dd0001", unknown(check_all, 6)},
-      {checked, unread, at_peer, "40dd0001", unknown(check_mst, 3)},
-      {checked, unread, at_peer, "40dd0001", unknown(check_rapid_pvst, 2)},
-      {"`stp_mcec_pvrst_endis_check_for_twin_vlans`", "compatcheck fail vlans: *", no_type,
-       "40dd0001",
-       [] {
-         Bytes ours = vlans("1"), theirs = vlans(""), twins = ours, pass = ours, fail = ours;
-         return in_hex(stp_mcec_pvrst_endis_check_for_twin_vlans(
-             13, ours.data(), theirs.data(), twins.data(), pass.data(), fail.data()));
-       }},
-      {"`stp_mcec_get_type1_cfg_compat_chk_errcode`", "", no_type, "40dd0001",
-       [] { return in_hex(stp_mcec_get_type1_cfg_compat_chk_errcode(13)); }},
+  const auto with_arrays = [](Checker checker, const Bytes &ours, const Bytes &theirs) {
+    return [=] { return check_arrays(checker, ours, theirs); };
   };
+  std::vector<Cause> causes;
+  for (const auto &[checker, type] :
+       {std::pair<Checker, uint16_t>{check_all, 6}, {check_mst, 3}, {check_rapid_pvst, 2}}) {
+    const Bytes none = array({});
+    causes.insert(causes.end(),
+                  {{checked, invalid, both_missing, "40dd0003", with_arrays(checker, {}, {})},
+                   {checked, local, local_missing, "40dd003a", with_arrays(checker, {}, none)},
+                   {checked, peer, peer_missing, "40dd003a", with_arrays(checker, none, {})},
+                   {checked, "failed (rc=*) get_next_tlv", at_peer, "40dd0001", [=] {
+                      cache(0, STP_MCEC_TYPE1_STP_MODE, word(STP_MCEC_STP_MODE_MST));
+                      return check_arrays(checker, array({{type, word(1)}}), array({{1, word(1)}}));
+                    }}});
+  }
+  causes.insert(causes.end(),
+                {
+                    {checked, "STP mode not found in cache", "No mode is cached yet.", "40dd0001",
+                     [] { return check_arrays(check_all, array({}), array({})); }},
+                    {checked, "current STP mode MST", other_mode, "40dd0001",
+                     [] { return check_in_mode(word(1)); }},
+                    {checked, "current STP mode MST", other_mode, "40dd0001",
+                     [] { return check_in_mode({}); }},
+                    {checked, "current STP mode MST", other_mode, "40dd0001",
+                     [] {
+                       return check_in_mode({0, 0, 0});
+                     }},
+                    {"`stp_mcec_pvrst_endis_check_for_twin_vlans`", "compatcheck fail vlans: *",
+                     no_type, "40dd0001",
+                     [] {
+                       Bytes ours = vlans("1"), theirs = vlans(""), twins = ours, pass = ours,
+                             fail = ours;
+                       return in_hex(stp_mcec_pvrst_endis_check_for_twin_vlans(
+                           13, ours.data(), theirs.data(), twins.data(), pass.data(), fail.data()));
+                     }},
+                    {"`stp_mcec_get_type1_cfg_compat_chk_errcode`", "", no_type, "40dd0001",
+                     [] { return in_hex(stp_mcec_get_type1_cfg_compat_chk_errcode(13)); }},
+                });
+  return causes;
 }
 
 std::vector<Cause> causes_of_commands() {
@@ -268,7 +261,7 @@ TEST_F(Causes, TheGuideHasTheTable) {
   std::string table = "| result | returned by | last line | cause |\n| --- | --- | --- | --- |\n";
   for (const Cause &cause : all_causes()) {
     const std::string row = row_of(cause);
-    if (!table.ends_with(row)) table += row;
+    if (table.find(row) == table.npos) table += row;
   }
   std::stringstream guide;
   guide << std::ifstream(SOURCES "/../docs/causes.md").rdbuf();
@@ -277,25 +270,14 @@ TEST_F(Causes, TheGuideHasTheTable) {
 
 // A new path needs a row.
 TEST_F(Causes, TheSourcesHaveNoOtherPath) {
-  std::map<std::string, std::ptrdiff_t> paths;
+  std::string code;
   for (const auto &file : std::filesystem::recursive_directory_iterator(SOURCES)) {
-    std::stringstream text;
-    text << std::ifstream(file.path()).rdbuf();
-    const std::string code = std::regex_replace(text.str(), std::regex("//[^\n]*"), "");
-    const std::regex constant("STP_MCEC_ERR_(FAILURE|INVALID_ARG)\\b");
-    const std::sregex_iterator found(code.begin(), code.end(), constant);
-    if (const auto count = std::distance(found, {}); count > 0) {
-      paths[std::filesystem::relative(file.path(), SOURCES)] = count;
-    }
+    std::ifstream in(file.path());
+    for (std::string line; std::getline(in, line);) code += line.substr(0, line.find("//")) + '\n';
   }
-  const std::map<std::string, std::ptrdiff_t> expected = {
-      {"cache/update.cc", 1},      {"check/common.cc", 2},
-      {"check/compare.cc", 2},     {"check/report.cc", 3},
-      {"extract/endis.cc", 1},     {"extract/entry.cc", 3},
-      {"extract/interface.cc", 1}, {"extract/interface_value.cc", 2},
-      {"extract/region.cc", 1},    {"extract/request.cc", 1},
-      {"extract/update.cc", 4},    {"foundation/catalogue.cc", 1}};
-  EXPECT_EQ(paths, expected);
+  const std::regex constant("STP_MCEC_ERR_(FAILURE|INVALID_ARG)\\b");
+  const std::sregex_iterator paths(code.begin(), code.end(), constant);
+  EXPECT_EQ(std::distance(paths, {}), 22);
 }
 
 }  // namespace

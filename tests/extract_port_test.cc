@@ -9,48 +9,50 @@ namespace {
 
 using namespace test;
 
+Attribute attribute(uint32_t id, uint32_t value) {
+  return {id, host_words({value})};
+}
+
+const struct {
+  uint32_t id;
+  bool positive;
+  std::vector<Attribute> attributes;
+  int type;
+  int value;  // -1: refused
+  const char *line = "";
+} interface_values[] = {
+    {13, true, {}, 10, 1},
+    {13, false, {attribute(0x2020036, 9)}, 10, 0},
+    {13, true, {attribute(0x2020036, 2)}, 10, 2},
+    {13, true, {attribute(0x202003C, 5)}, 10, 1},
+    {13, true, {attribute(0x202003F, 4)}, 10, 1},
+    {13, true, {attribute(0x2020036, 3), attribute(0x202003C, 4)}, 10, 4},
+    {13,
+     true,
+     {attribute(0x2020036, 3), attribute(0x2020036, 1)},
+     10,
+     -1,
+     "Portfast mode unknown!!"},
+    {13, true, {cut(attribute(0x2020036, 1), 3)}, 10, 1},
+    {47, true, {attribute(0x2020048, 3)}, 10, 3},
+    {47, true, {attribute(0x202003F, 6)}, 10, -1, "Portfast mode unknown!!"},
+    {47, true, {}, 10, 1},
+    {48, true, {attribute(0x2020036, 9)}, 10, 3},
+    {48, true, {attribute(0, 9)}, 10, 3},
+    {48, false, {}, 10, 0},
+    {17, true, {}, 11, 0},
+    {17, true, {attribute(0x2020065, 1)}, 11, 1},
+    {17, true, {attribute(0x2020068, 3)}, 11, 3},
+    {17, true, {attribute(0x2020068, 4)}, 11, -1, "guard type unknown!!"},
+    {17, true, {attribute(0x2020065, 0)}, 11, -1, "guard type unknown!!"},
+    {50, true, {}, 12, 1},
+    {50, true, {{0x202008B, {}}}, 12, 2},
+    {50, true, {attribute(0x2020091, 77)}, 12, 2},
+    {50, false, {attribute(0x202008B, 0)}, 12, 0},
+};
+
 TEST_F(Extract, InterfaceValuesComeFromFormAndAttributes) {
-  const auto attribute = [](uint32_t id, uint32_t value) {
-    return Attribute{id, host_words({value})};
-  };
-  const struct {
-    uint32_t id;
-    bool positive;
-    std::vector<Attribute> attributes;
-    int type;
-    int value;  // -1: refused
-    const char *line = "";
-  } rows[] = {
-      {13, true, {}, 10, 1},
-      {13, false, {attribute(0x2020036, 9)}, 10, 0},
-      {13, true, {attribute(0x2020036, 2)}, 10, 2},
-      {13, true, {attribute(0x202003C, 5)}, 10, 1},
-      {13, true, {attribute(0x202003F, 4)}, 10, 1},
-      {13, true, {attribute(0x2020036, 3), attribute(0x202003C, 4)}, 10, 4},
-      {13,
-       true,
-       {attribute(0x2020036, 3), attribute(0x2020036, 1)},
-       10,
-       -1,
-       "Portfast mode unknown!!"},
-      {13, true, {cut(attribute(0x2020036, 1), 3)}, 10, 1},
-      {47, true, {attribute(0x2020048, 3)}, 10, 3},
-      {47, true, {attribute(0x202003F, 6)}, 10, -1, "Portfast mode unknown!!"},
-      {47, true, {}, 10, 1},
-      {48, true, {attribute(0x2020036, 9)}, 10, 3},
-      {48, true, {attribute(0, 9)}, 10, 3},
-      {48, false, {}, 10, 0},
-      {17, true, {}, 11, 0},
-      {17, true, {attribute(0x2020065, 1)}, 11, 1},
-      {17, true, {attribute(0x2020068, 3)}, 11, 3},
-      {17, true, {attribute(0x2020068, 4)}, 11, -1, "guard type unknown!!"},
-      {17, true, {attribute(0x2020065, 0)}, 11, -1, "guard type unknown!!"},
-      {50, true, {}, 12, 1},
-      {50, true, {{0x202008B, {}}}, 12, 2},
-      {50, true, {attribute(0x2020091, 77)}, 12, 2},
-      {50, false, {attribute(0x202008B, 0)}, 12, 0},
-  };
-  for (const auto &row : rows) {
+  for (const auto &row : interface_values) {
     std::vector<Attribute> attributes = row.attributes;
     attributes.insert(attributes.begin(), ports({0x1000, 0x1001}));
     stp_mcec_type1_cfg_delete_cache_node(uint16_t(row.type), 0x1001);

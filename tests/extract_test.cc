@@ -238,7 +238,7 @@ TEST_F(Extract, GlobalPortTypeChangesOneFlag) {
                    op + "Global port type changed to 0x8000001"}));
 }
 
-TEST_F(Extract, InterfaceValueTellsTheNegatingForm) {
+TEST_F(Extract, InterfaceValueReportsTheNegatingForm) {
   for (const bool positive : {true, false}) {
     const Message message(
         standin_command(STP_MCEC_CMD_IF_EDGE_TRUNK, positive ? 1 : 0, nullptr, 0));

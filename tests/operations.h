@@ -36,9 +36,9 @@ struct Operation {
 
 std::vector<Operation> make_operations();
 
-// The outcome of a failure, from the one without a failure: {same} stands for all of it, {counts} and
-// {records} for these fields, {records N} for the records of which the first N are filled, {without
-// entry} for an exported array that lacks the entry of the failing call.
+// The outcome of a failure, from the one without a failure: {same} stands for all of it, {counts}
+// and {records} for these fields, {records N} for the records of which the first N are filled,
+// {without entry} for an exported array that lacks the entry of the failing call.
 std::string expand_outcome(const std::string &outcome, const std::string &clean, uint32_t nth);
 
 }  // namespace test

@@ -1,5 +1,5 @@
-// What the tests share: values, arrays, messages and commands in one line each, and the outcome of a
-// call as text.
+// What the tests share: values, arrays, messages and commands in one line each, and the outcome of
+// a call as text.
 #pragma once
 
 #include <gtest/gtest.h>
