@@ -6,7 +6,7 @@
 
 #include "pair/pair.h"
 #include "report/acceptance.h"
-#include "report/pairs.h"
+#include "report/pair.h"
 #include "tasks/side.h"
 
 namespace lab {
