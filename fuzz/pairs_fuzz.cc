@@ -1,7 +1,7 @@
 // Lists of pairs, and of credentials: their lines and sources, or their errors.
 
 #include "cli/commands.h"
-#include "sonic/credentials.h"
+#include "sonic/source.h"
 #include "texts.h"
 
 namespace {

@@ -1,9 +1,11 @@
 // Answers of a database's server: any bytes, through the reader of rows and of changes.
 
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
+#include <string>
 
 #include "sonic/database.h"
 #include "texts.h"
@@ -12,20 +14,35 @@ namespace {
 
 using std::chrono_literals::operator""ms;
 
+// Where the databases of all inputs connect to.
+struct Listener {
+  std::string path = "/tmp/servers-fuzz." + std::to_string(getpid());
+  int file = socket(AF_UNIX, SOCK_STREAM, 0);
+
+  Listener() {
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    unlink(path.c_str());
+    must(bind(file, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0 &&
+             listen(file, 2) == 0,
+         "there is a socket");
+  }
+  ~Listener() { unlink(path.c_str()); }
+};
+
 // A server's ends of both connections.
 struct Server {
-  std::array<int, 2> ends{};
-  lab::OpenDatabase database;
+  std::array<int, 2> ends{};  // of rows, of changes
+  lab::Database database;
 
   explicit Server(lab::TimePoint now) {
-    std::array<int, 2> theirs{};
-    for (std::size_t i = 0; i < ends.size(); ++i) {
-      int pair[2];
-      must(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, pair) == 0, "there are sockets");
-      ends[i] = pair[0];
-      theirs[i] = pair[1];
-    }
-    database = lab::adopt_database(theirs, {}, now);
+    static const Listener listener;
+    lab::Source source;
+    source.kind = lab::Source::Kind::unix_socket;
+    source.place = listener.path;
+    database = lab::open_database(source, {}, now, {});
+    lab::step(database, now);
+    for (int &end : ends) end = accept4(listener.file, nullptr, nullptr, SOCK_NONBLOCK);
   }
   Server(const Server &) = delete;
   ~Server() {
@@ -46,11 +63,8 @@ void check_snapshot(const lab::Snapshot &snapshot) {
   must(snapshot.reason.size() < 1000, "a reason is short");
   must((snapshot.state == lab::SourceState::lost) == !snapshot.reason.empty(),
        "a loss has a reason, and nothing else has");
-  lab::InputErrors errors;
-  for (const auto &[row, of_row] : snapshot.errors) {
-    errors.insert(errors.end(), of_row.begin(), of_row.end());
-  }
-  const lab::ReadSettings read = lab::settings_of(snapshot.rows, errors);
+  const lab::ReadSettings read =
+      lab::settings_of(lab::unpack(snapshot.contents), lab::all_errors(snapshot));
   check_errors(read.errors, "");
   if (snapshot.state == lab::SourceState::here && read.errors.empty()) {
     write_and_read(read.settings);
@@ -63,24 +77,23 @@ void check_snapshot(const lab::Snapshot &snapshot) {
 // lets three seconds pass.
 void check_text(std::string_view rest) {
   lab::TimePoint now = lab::Clock::now();
-  const Server server(now);
-  const lab::Snapshot &snapshot = lab::snapshot(*server.database);
-  lab::step(*server.database, now);
+  Server server(now);
+  const lab::Snapshot &snapshot = server.database.snapshot;
   while (!rest.empty() && snapshot.state != lab::SourceState::lost) {
     const std::size_t end = std::min(rest.find("\n\n"), rest.size() - 1) + 1;
     const std::string_view piece = rest.substr(0, end);
     rest.remove_prefix(std::min(end + 1, rest.size()));
     if (piece[0] != '+') server.answer(piece[0] == '!' ? 1 : 0, piece.substr(1));
     now += piece.starts_with('+') ? 3000ms : 10ms;
-    lab::step(*server.database, now);
-    lab::settle(*server.database, now);
-    lab::step(*server.database, now);
+    lab::step(server.database, now);
+    lab::settle(server.database, now);
+    lab::step(server.database, now);
   }
   check_snapshot(snapshot);
   // From then on the server is silent.
   for (int i = 0; i < 15 && snapshot.state != lab::SourceState::lost; ++i) {
     now += 1000ms;
-    lab::step(*server.database, now);
+    lab::step(server.database, now);
   }
   must(snapshot.state == lab::SourceState::lost, "a silent server is lost within 15 s");
   check_snapshot(snapshot);

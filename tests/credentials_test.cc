@@ -1,6 +1,6 @@
 // Files of credentials: which database gets which login, and which files are refused.
 
-#include "sonic/credentials.h"
+#include "sonic/source.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

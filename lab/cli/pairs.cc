@@ -9,7 +9,7 @@
 #include "cli/commands.h"
 #include "output/json.h"
 #include "output/print.h"
-#include "sonic/credentials.h"
+#include "sonic/source.h"
 #include "text/file.h"
 #include "text/text.h"
 

@@ -5,6 +5,7 @@
 #include <cereal/types/array.hpp>
 #include <cereal/types/bitset.hpp>
 #include <cereal/types/map.hpp>
+#include <cereal/types/memory.hpp>
 #include <cereal/types/optional.hpp>
 #include <cereal/types/string.hpp>
 #include <cereal/types/utility.hpp>

@@ -9,6 +9,7 @@
 #include "pair/protocol.h"
 #include "switch/names.h"
 #include "text/child.h"
+#include "text/file.h"
 
 namespace lab {
 

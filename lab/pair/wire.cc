@@ -2,6 +2,7 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -79,9 +80,9 @@ bool move_all(int socket, short event, const Waiting &waiting, Bytes &bytes) {
 
 Bytes make_frame(const Bytes &content) {
   const auto size = static_cast<uint32_t>(content.size());
-  Bytes frame(sizeof size);
+  Bytes frame(sizeof size + content.size());
   std::memcpy(frame.data(), &size, sizeof size);
-  frame.insert(frame.end(), content.begin(), content.end());
+  std::copy(content.begin(), content.end(), frame.begin() + sizeof size);
   return frame;
 }
 

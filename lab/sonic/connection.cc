@@ -1,10 +1,17 @@
 #include "sonic/connection.h"
 
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netdb.h>
+#include <poll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include "text/text.h"
@@ -20,8 +27,6 @@ constexpr int reads_at_once = 64;
 struct FreeReply {
   void operator()(redisReply *reply) const { freeReplyObject(reply); }
 };
-
-using Reply = std::unique_ptr<redisReply, FreeReply>;
 
 const redisReplyObjectFunctions *usual_functions = nullptr;
 
@@ -107,7 +112,7 @@ void take_answers(Connection &connection, const std::function<void(const redisRe
     if (redisGetReplyFromReader(connection.context.get(), &read) != REDIS_OK) {
       throw ConnectionLost{error_of(connection)};
     }
-    const Reply reply(static_cast<redisReply *>(read));
+    const std::unique_ptr<redisReply, FreeReply> reply(static_cast<redisReply *>(read));
     if (reply == nullptr) break;
     connection.is_redis = true;
     allow_next_answer(connection);
@@ -125,12 +130,61 @@ void take_answers(Connection &connection, const std::function<void(const redisRe
   }
 }
 
-Connection connection_of(redisContext *context, std::string place, const ReadLimits &limits) {
+Resolved find_addresses(const std::string &host) {
+  addrinfo hints{};
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo *found = nullptr;
+  const int error = getaddrinfo(host.c_str(), nullptr, &hints, &found);
+  if (error != 0) return {{}, "the host is not known: " + printable(gai_strerror(error))};
+  Resolved resolved;
+  for (const addrinfo *at = found; at != nullptr; at = at->ai_next) {
+    char address[NI_MAXHOST];
+    if (getnameinfo(at->ai_addr, at->ai_addrlen, address, sizeof address, nullptr, 0,
+                    NI_NUMERICHOST) == 0) {
+      resolved.addresses.emplace_back(address);
+    }
+  }
+  freeaddrinfo(found);
+  if (resolved.addresses.empty()) resolved.problem = "the host has no address";
+  return resolved;
+}
+
+}  // namespace
+
+void refuse_answer(const std::string &what) {
+  throw ConnectionLost{protocol_error + what};
+}
+
+bool is_address(const std::string &host) {
+  in6_addr address;
+  return inet_pton(AF_INET, host.c_str(), &address) == 1 ||
+         inet_pton(AF_INET6, host.c_str(), &address) == 1;
+}
+
+Resolver start_resolver(const std::string &host, TimePoint due) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "no pipe can be made");
+  }
+  Resolver resolver{{}, Descriptor(ends[0]), due};
+  std::packaged_task<Resolved()> task([host] { return find_addresses(host); });
+  resolver.result = task.get_future();
+  // Nothing waits for its end, also not the end of the process. What is to be read is the end of
+  // the pipe.
+  std::thread([task = std::move(task), end = Descriptor(ends[1])]() mutable { task(); }).detach();
+  return resolver;
+}
+
+Connection connect_to(const Source &source, const std::string &address, const ReadLimits &limits) {
+  const bool is_path = source.kind == Source::Kind::unix_socket;
+  redisContext *context = is_path ? redisConnectUnixNonBlock(source.place.c_str())
+                                  : redisConnectNonBlock(address.c_str(), source.port);
   static uint64_t connections = 0;
   Connection connection;
   connection.context.reset(context);
   connection.id = ++connections;
-  connection.place = std::move(place);
+  connection.place = printable(source.place);
+  if (!is_path) connection.place += ":" + std::to_string(source.port);
   connection.limits = limits;
   connection.elements_left = std::make_unique<std::size_t>(limits.answer_elements);
   if (context == nullptr) throw ConnectionLost{"there is no memory for a connection"};
@@ -143,26 +197,7 @@ Connection connection_of(redisContext *context, std::string place, const ReadLim
   return connection;
 }
 
-}  // namespace
-
-void refuse_answer(const std::string &what) {
-  throw ConnectionLost{protocol_error + what};
-}
-
-Connection connect_to(const Source &source, const std::string &address, const ReadLimits &limits) {
-  if (source.kind == Source::Kind::unix_socket) {
-    return connection_of(redisConnectUnixNonBlock(source.place.c_str()), printable(source.place),
-                         limits);
-  }
-  return connection_of(redisConnectNonBlock(address.c_str(), source.port),
-                       printable(source.place) + ":" + std::to_string(source.port), limits);
-}
-
-Connection adopt_socket(int socket, const std::string &place, const ReadLimits &limits) {
-  return connection_of(redisConnectFd(socket), place, limits);
-}
-
-void send_request(Connection &connection, TimePoint now, Asked asked,
+void send_request(Connection &connection, TimePoint now, Ask what,
                   const std::vector<std::string> &words) {
   std::vector<const char *> texts;
   std::vector<std::size_t> lengths;
@@ -176,7 +211,7 @@ void send_request(Connection &connection, TimePoint now, Asked asked,
   }
   if (connection.awaited.empty()) connection.answered = now;
   connection.writing = true;
-  connection.awaited.push_back(std::move(asked));
+  connection.awaited.push_back({what, what == Ask::row ? words.back() : ""});
 }
 
 void log_in(const Source &source, Connection &connection, TimePoint now) {
@@ -184,7 +219,7 @@ void log_in(const Source &source, Connection &connection, TimePoint now) {
   std::vector<std::string> words = {"AUTH"};
   if (!source.user.empty()) words.push_back(source.user);
   words.push_back(source.password);
-  send_request(connection, now, {Ask::login, ""}, words);
+  send_request(connection, now, Ask::login, words);
 }
 
 Asked next_awaited(Connection &connection, TimePoint now) {
@@ -195,27 +230,27 @@ Asked next_awaited(Connection &connection, TimePoint now) {
   return asked;
 }
 
-void refuse(const Asked &asked, const std::string &error, const ReadLimits &limits) {
-  const auto begins = [&error](const char *word) { return error.starts_with(word); };
+void refuse(Ask what, std::string_view error, const ReadLimits &limits) {
+  const auto begins = [error](const char *word) { return error.starts_with(word); };
   if (begins("LOADING")) throw ConnectionLost{"the server is loading its data"};
   if (begins("NOAUTH")) throw ConnectionLost{"the server asks for a password", true};
-  const std::string text = printable(cut(error.substr(0, error.find(". ")), limits.error_bytes));
+  std::string text = printable(cut(error.substr(0, error.find(". ")), limits.error_bytes));
+  if (text.empty()) text = "the server answers with an error";
   if (begins("NOPERM")) throw ConnectionLost{text, true};
   // An answer to a login may repeat the password.
-  if (asked.what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
+  if (what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
     throw ConnectionLost{"the password is refused", true};
   }
   // A database that the server does not have will not come.
-  throw ConnectionLost{text, asked.what == Ask::select};
+  throw ConnectionLost{text, what == Ask::select};
 }
 
 std::string_view text_of(const redisReply &reply) {
   return reply.str != nullptr ? std::string_view(reply.str, reply.len) : std::string_view();
 }
 
-pollfd socket_of(const Connection &connection) {
-  const bool writing = connection.writing || !connection.connected;
-  return {connection.context->fd, static_cast<int16_t>(writing ? POLLIN | POLLOUT : POLLIN), 0};
+bool needs_writing(const Connection &connection) {
+  return connection.writing || !connection.connected;
 }
 
 void flush(Connection &connection) {
@@ -229,7 +264,8 @@ void flush(Connection &connection) {
 
 void move(Connection &connection, const std::function<void(const redisReply &)> &take) {
   for (int i = 0; i < reads_at_once && connection.context != nullptr; ++i) {
-    pollfd ready = socket_of(connection);
+    const int events = needs_writing(connection) ? POLLIN | POLLOUT : POLLIN;
+    pollfd ready = {connection.context->fd, static_cast<int16_t>(events), 0};
     if (poll(&ready, 1, 0) <= 0) return;
     if (!connection.connected) finish_connecting(connection);
     if ((ready.revents & ~POLLOUT) != 0) {

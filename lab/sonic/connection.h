@@ -3,11 +3,11 @@
 #pragma once
 
 #include <hiredis/hiredis.h>
-#include <poll.h>
 
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -16,6 +16,7 @@
 #include "sonic/limits.h"
 #include "sonic/snapshot.h"
 #include "sonic/source.h"
+#include "text/file.h"
 
 namespace lab {
 
@@ -31,7 +32,6 @@ enum class Ask {
   config,
   scan,
   row,
-  changed_row,
   size,
   sign_of_life,
   fence,
@@ -39,7 +39,7 @@ enum class Ask {
 
 struct Asked {
   Ask what;
-  std::string row;
+  std::string row;  // of Ask::row
 };
 
 struct Connection {
@@ -68,13 +68,32 @@ struct ConnectionLost {
 // The server has sent what no server sends.
 [[noreturn]] void refuse_answer(const std::string &what);
 
+// --- the addresses of a host ---
+
+struct Resolved {
+  std::vector<std::string> addresses;
+  std::string problem;  // not empty: there are none
+};
+
+// Finds them without waiting: in a thread of its own, for that may take long.
+struct Resolver {
+  std::future<Resolved> result;
+  Descriptor ready;  // to be read when the result is there
+  TimePoint due;     // when it is of no use any more
+};
+
+// Is it an address, and no name?
+bool is_address(const std::string &host);
+
+// Throws std::system_error.
+Resolver start_resolver(const std::string &host, TimePoint due);
+
+// --- requests and answers ---
+
 // Begin to connect, to the address where the source is a host.
 Connection connect_to(const Source &source, const std::string &address, const ReadLimits &limits);
 
-// The same over a socket that is connected already, which the connection closes.
-Connection adopt_socket(int socket, const std::string &place, const ReadLimits &limits);
-
-void send_request(Connection &connection, TimePoint now, Asked asked,
+void send_request(Connection &connection, TimePoint now, Ask what,
                   const std::vector<std::string> &words);
 void log_in(const Source &source, Connection &connection, TimePoint now);
 
@@ -82,7 +101,7 @@ void log_in(const Source &source, Connection &connection, TimePoint now);
 Asked next_awaited(Connection &connection, TimePoint now);
 
 // The source is lost for an error that the server answered.
-[[noreturn]] void refuse(const Asked &asked, const std::string &error, const ReadLimits &limits);
+[[noreturn]] void refuse(Ask what, std::string_view error, const ReadLimits &limits);
 
 std::string_view text_of(const redisReply &reply);
 
@@ -99,6 +118,6 @@ void check_answer_time(const Connection &connection, TimePoint now);
 bool is_quiet(const Connection &connection, TimePoint now, Clock::duration time);
 
 TimePoint due(const Connection &connection, Clock::duration sign_of_life);
-pollfd socket_of(const Connection &connection);
+bool needs_writing(const Connection &connection);
 
 }  // namespace lab

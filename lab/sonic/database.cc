@@ -1,13 +1,12 @@
 #include "sonic/database.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <csignal>
 #include <random>
+#include <system_error>
 #include <utility>
-
-#include "sonic/database_state.h"
-#include "text/text.h"
-#include "text/wait.h"
 
 namespace lab {
 namespace {
@@ -22,13 +21,15 @@ constexpr auto longest_pause_of_refused = 30s;  // of a name that is not found, 
 constexpr int most_repeats = 2;
 // How often changes that come while changes are brought in are brought in, too.
 constexpr int most_rounds = 3;
+// Keys of an answer to SCAN, and rows that are asked for before the first is answered.
+constexpr const char *keys_at_once = "5000";
+constexpr std::size_t rows_at_once = 512;
 
 // --- the connections ---
 
-Connection connect(Database &database, std::size_t which, const std::string &address) {
-  int &socket = database.sockets[which];
-  if (socket < 0) return connect_to(database.source, address, database.limits);
-  return adopt_socket(std::exchange(socket, -1), database.source.shown, database.limits);
+// The channel of the notifications of a row.
+std::string channel_of(const Database &database, const std::string &row) {
+  return fmt::format("__keyspace@{}__:{}", database.source.database, row);
 }
 
 void open_connections(Database &database, TimePoint now) {
@@ -38,27 +39,16 @@ void open_connections(Database &database, TimePoint now) {
     address = database.addresses.front();
     database.addresses.erase(database.addresses.begin());
   }
-  database.rows = connect(database, 0, address);
-  database.changes = connect(database, 1, address);
+  database.rows = connect_to(source, address, database.limits);
+  database.changes = connect_to(source, address, database.limits);
   log_in(source, database.rows, now);
-  send_request(database.rows, now, {Ask::select, ""}, {"SELECT", std::to_string(source.database)});
+  send_request(database.rows, now, Ask::select, {"SELECT", std::to_string(source.database)});
   log_in(source, database.changes, now);
   // One by one: before a login a server takes no more than a few words at once, and says nothing of
   // a password then.
   for (const std::string &table : tables_read()) {
-    send_request(database.changes, now, {Ask::subscribe, ""},
+    send_request(database.changes, now, Ask::subscribe,
                  {"PSUBSCRIBE", channel_of(database, table + "|*")});
-  }
-}
-
-void take_addresses(Database &database, TimePoint now) {
-  const std::optional<Resolved> resolved = poll_resolver(*database.resolver);
-  if (resolved) {
-    database.resolver.reset();
-    if (!resolved->problem.empty()) throw ConnectionLost{resolved->problem, false, true};
-    database.addresses = resolved->addresses;
-  } else if (now - database.resolving_since >= database.limits.answer_time) {
-    throw ConnectionLost{"the address of the host is not found in time", false, true};
   }
 }
 
@@ -69,55 +59,95 @@ void open(Database &database, TimePoint now) {
   if (database.source.kind != Source::Kind::tcp) return;
   if (is_address(database.source.place)) {
     database.addresses = {database.source.place};
-  } else {
-    database.resolver = start_resolver(database.source.place);
-    database.resolving_since = now;
+    return;
+  }
+  try {
+    database.resolver = start_resolver(database.source.place, now + database.limits.answer_time);
+  } catch (const std::system_error &problem) {
+    throw ConnectionLost{"the host is not known: " + printable(problem.what()), false, true};
   }
 }
 
-void close_connections(Database &database) {
-  database.resolver.reset();
-  database.rows = Connection{};
-  database.changes = Connection{};
-  database.reading.reset();
-  database.silent = false;
-  database.read_once = false;
-  database.repeats = 0;
-  database.changed.clear();
-  database.has_missed = false;
-  database.memory = 0;
-  database.keys.reset();
-  database.answers_size = true;
-  database.settling = 0;
-  database.rounds = 0;
+void take_addresses(Database &database, TimePoint now) {
+  if (database.resolver->result.wait_for(0s) == std::future_status::ready) {
+    const Resolved resolved = database.resolver->result.get();
+    database.resolver.reset();
+    if (!resolved.problem.empty()) throw ConnectionLost{resolved.problem, false, true};
+    database.addresses = resolved.addresses;
+  } else if (now >= database.resolver->due) {
+    throw ConnectionLost{"the address of the host is not found in time", false, true};
+  }
 }
 
-// --- a step ---
+void close_after(Database &database, const ConnectionLost &lost, TimePoint now) {
+  const bool elsewhere = !database.rows.connected && !database.addresses.empty();
+  static_cast<DatabaseSession &>(database) = {};
+  if (elsewhere) return;  // at the host's next address
+  database.away = true;
+  database.pause = std::clamp<Clock::duration>(
+      database.pause * 2, first_pause,
+      lost.refused || lost.has_no_address ? longest_pause_of_refused : longest_pause);
+  // Those who lost a server at one time do not come back at one time.
+  static std::minstd_rand random(std::random_device{}());
+  const double part = std::uniform_real_distribution(0.5, 1.0)(random);
+  database.try_next = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
+  lose(database.snapshot, lost.reason, lost.refused);
+}
 
-void end_reading(Database &database, TimePoint now) {
-  Snapshot &snapshot = database.snapshot;
-  Reading read = std::move(*database.reading);
-  database.reading.reset();
+// --- readings ---
+
+void scan(Database &database, const std::string &cursor, TimePoint now) {
+  send_request(database.rows, now, Ask::scan, {"SCAN", cursor, "COUNT", keys_at_once});
+}
+
+void ask_rows(Database &database, TimePoint now) {
+  std::deque<std::string> &to_ask = database.reading->to_ask;
+  while (!to_ask.empty() && database.rows.awaited.size() < rows_at_once) {
+    send_request(database.rows, now, Ask::row, {"HGETALL", to_ask.front()});
+    to_ask.pop_front();
+  }
+}
+
+// All rows, or those that changed.
+void begin_reading(Database &database, TimePoint now, bool is_whole) {
+  if (!database.deadline) database.deadline = now + database.limits.reading_time;
+  if (!is_whole) {
+    database.reading =
+        start_partial_reading(unpack(database.snapshot.contents), database.snapshot.errors,
+                              std::exchange(database.changed, {}));
+    return ask_rows(database, now);
+  }
+  database.reading.emplace();
+  if (!database.silent) {
+    send_request(database.rows, now, Ask::config, {"CONFIG", "GET", "notify-keyspace-events"});
+  }
+  scan(database, "0", now);
+}
+
+// Are they other ones than before?
+bool keep_rows(Database &database, Reading &read) {
+  const bool has_new_errors = database.snapshot.errors != read.errors;
+  database.snapshot.errors = std::move(read.errors);
+  return set_contents(database.snapshot, pack(read.rows)) || has_new_errors;
+}
+
+void end_partial_reading(Database &database, Reading read, TimePoint now) {
+  keep_rows(database, read);
+  if (database.keys) *database.keys += read.balance;
+  if (database.changes.context == nullptr) return;
+  // Whatever changed before these rows were read is notified before this is answered.
+  send_request(database.changes, now, Ask::fence, {"PING"});
+  database.is_fenced = true;
+}
+
+void end_whole_reading(Database &database, Reading read, TimePoint now) {
   if (!read.has_keys) {
-    read.errors[""] = {{0, 0, "",
-                        "database " + std::to_string(database.source.database) + " is empty",
+    read.errors[""] = {{0, 0, "", fmt::format("database {} is empty", database.source.database),
                         "the configuration of a switch"}};
   }
-  bool differs = !database.read_once || snapshot.errors != read.errors;
-  if (!database.read_once) {
-    snapshot.rows = std::move(read.rows);
-  } else {
-    for (const std::string &name : differing_rows(snapshot.rows, read.rows)) {
-      if (database.changed.contains(name)) continue;
-      const Row *row = find_row(read.rows, name);
-      change_row(snapshot, name, row != nullptr ? std::optional<Row>(*row) : std::nullopt);
-      differs = true;
-    }
-  }
-  snapshot.errors = std::move(read.errors);
+  const bool differs = keep_rows(database, read);
+  Snapshot &snapshot = database.snapshot;
   snapshot.checked = now;
-  database.memory = memory_of(snapshot.rows);
-  database.read_once = true;
   database.keys.reset();
   if (differs) notice_change(snapshot, now);
   const bool repeat = differs && !snapshot.notifications && database.repeats < most_repeats;
@@ -131,26 +161,73 @@ void end_reading(Database &database, TimePoint now) {
 }
 
 bool settle_changes(Database &database, TimePoint now) {
-  if (database.settling > 0 || (database.reading && database.reading->is_settling)) return false;
-  const bool is_done = database.changed.empty() && !database.has_missed;
-  if (is_done || database.rounds == most_rounds) {
+  if (database.reading || database.is_fenced) return false;
+  if (database.changed.empty() || database.rounds == most_rounds) {
     database.rounds = 0;
     return true;
   }
-  if (database.has_missed && database.reading) return false;  // which began before
   ++database.rounds;
-  set_deadline(database, now);
-  if (database.has_missed) {
-    begin_reading(database, now);
-    return false;
-  }
-  database.settling = database.changed.size();
-  for (const std::string &row : database.changed) {
-    send_request(database.rows, now, {Ask::changed_row, row}, {"HGETALL", row});
-  }
-  database.changed.clear();
+  const bool are_too_many = database.changed.size() > database.limits.changed_rows;
+  if (are_too_many) database.changed.clear();
+  begin_reading(database, now, are_too_many);
   return false;
 }
+
+// --- what the server sends ---
+
+// All rows are read again where keys came or went without a notification.
+void take_size(Database &database, const redisReply &reply, TimePoint now) {
+  database.answers_size = reply.type != REDIS_REPLY_ERROR;  // it may not be allowed
+  if (!database.answers_size) return;
+  if (reply.type != REDIS_REPLY_INTEGER) refuse_answer("an answer to DBSIZE that is not a number");
+  if (!database.keys) {
+    database.keys = reply.integer;
+  } else if (!database.changed.empty() || database.is_fenced || database.reading) {
+    return;  // it is asked for again soon
+  } else if (*database.keys != reply.integer) {
+    database.read_next = now;
+  } else {
+    database.snapshot.checked = now;
+  }
+}
+
+void take_answer(Database &database, const redisReply &reply, TimePoint now) {
+  const Asked asked = next_awaited(database.rows, now);
+  const std::string_view error = text_of(reply);
+  const bool says_something =
+      asked.what == Ask::row
+          ? error.starts_with("WRONGTYPE")
+          : (asked.what == Ask::config || asked.what == Ask::size) && !error.starts_with("LOADING");
+  const bool is_error = reply.type == REDIS_REPLY_ERROR;
+  if (is_error && !says_something) refuse(asked.what, error, database.limits);
+  if (asked.what == Ask::config) {
+    database.silent = is_error;
+    database.snapshot.notifications =
+        database.changes.context != nullptr && has_notifications(reply);
+  }
+  if (asked.what == Ask::scan) {
+    const std::string cursor = take_keys(*database.reading, reply, database.limits);
+    if (cursor != "0") scan(database, cursor, now);
+  }
+  if (asked.what == Ask::size) take_size(database, reply, now);
+  if (asked.what == Ask::row) take_row(*database.reading, asked.row, reply, database.limits);
+}
+
+void take_notice(Database &database, const redisReply &reply, TimePoint now) {
+  if (const auto row = notified_row(reply, channel_of(database, ""), database.limits)) {
+    notice_change(database.snapshot, now);
+    if (database.changed.size() <= database.limits.changed_rows) database.changed.insert(*row);
+    return;
+  }
+  const Asked asked = next_awaited(database.changes, now);
+  if (asked.what == Ask::fence) database.is_fenced = false;
+  if (reply.type != REDIS_REPLY_ERROR) return;
+  const bool may_not = asked.what == Ask::subscribe && text_of(reply).starts_with("NOPERM");
+  if (!may_not) refuse(asked.what, text_of(reply), database.limits);
+  database.changes = Connection{};
+}
+
+// --- a step ---
 
 void check_deadline(Database &database, TimePoint now) {
   if (database.snapshot.state == SourceState::here && !database.reading && database.rounds == 0) {
@@ -167,12 +244,28 @@ void look_for_life(Database &database, TimePoint now) {
   for (Connection *connection : {&database.rows, &database.changes}) {
     check_answer_time(*connection, now);
     const bool asks_size = connection == &database.rows && database.snapshot.notifications &&
-                           database.answers_size && database.read_once;
+                           database.answers_size && database.snapshot.contents != nullptr;
     const bool has_size = !asks_size || database.keys;
     const auto pause = has_size ? database.intervals.sign_of_life : Clock::duration{};
     if (!is_quiet(*connection, now, pause)) continue;
-    send_request(*connection, now, {asks_size ? Ask::size : Ask::sign_of_life, ""},
+    send_request(*connection, now, asks_size ? Ask::size : Ask::sign_of_life,
                  {asks_size ? "DBSIZE" : "PING"});
+  }
+}
+
+// Begin a reading, go on with it, or end it.
+void continue_reading(Database &database, TimePoint now) {
+  const bool has_read = database.snapshot.contents != nullptr;
+  if (database.reading) {
+    ask_rows(database, now);
+    if (!database.rows.awaited.empty()) return;
+    Reading ended = std::move(*database.reading);
+    database.reading.reset();
+    const auto end = ended.is_whole ? end_whole_reading : end_partial_reading;
+    end(database, std::move(ended), now);
+  } else if (has_read ? now >= database.read_next
+                      : database.rows.awaited.empty() && database.changes.awaited.empty()) {
+    begin_reading(database, now, true);
   }
 }
 
@@ -181,29 +274,17 @@ void work(Database &database, TimePoint now) {
     if (now < database.try_next) return;
     open(database, now);
   }
-  if (database.resolver != nullptr) take_addresses(database, now);
-  if (database.resolver != nullptr) return;
+  if (database.resolver) take_addresses(database, now);
+  if (database.resolver) return;
   if (database.rows.context == nullptr) open_connections(database, now);
   move(database.rows, [&](const redisReply &reply) { take_answer(database, reply, now); });
   move(database.changes, [&](const redisReply &reply) { take_notice(database, reply, now); });
-
+  continue_reading(database, now);
   Snapshot &snapshot = database.snapshot;
-  if (database.reading) {
-    Reading &reading = *database.reading;
-    ask_rows(database, now);
-    if (reading.scanned && reading.to_ask.empty() && reading.asked == 0) {
-      end_reading(database, now);
-    }
-  } else if (database.read_once
-                 ? now >= database.read_next
-                 : database.rows.awaited.empty() && database.changes.awaited.empty()) {
-    begin_reading(database, now);
-  }
-  if (snapshot.state != SourceState::here && database.read_once && database.repeats == 0 &&
-      settle_changes(database, now)) {
+  if (snapshot.state != SourceState::here && snapshot.contents != nullptr &&
+      database.repeats == 0 && settle_changes(database, now)) {
     snapshot.state = SourceState::here;
     snapshot.reason.clear();
-    snapshot.before.clear();
     if (database.changed.empty()) snapshot.first_change.reset();
     database.pause = {};
   }
@@ -213,49 +294,17 @@ void work(Database &database, TimePoint now) {
   flush(database.changes);
 }
 
-void close_after(Database &database, const ConnectionLost &lost, TimePoint now) {
-  const bool elsewhere = !database.rows.connected && !database.addresses.empty();
-  close_connections(database);
-  if (elsewhere) return;  // at the host's next address
-  database.away = true;
-  database.pause = std::clamp<Clock::duration>(
-      database.pause * 2, first_pause,
-      lost.refused || lost.has_no_address ? longest_pause_of_refused : longest_pause);
-  // Those who lost a server at one time do not come back at one time.
-  static std::minstd_rand random(std::random_device{}());
-  const double part = std::uniform_real_distribution(0.5, 1.0)(random);
-  database.try_next = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
-  lose(database.snapshot, lost.reason, lost.refused);
-}
-
 }  // namespace
 
-void CloseDatabase::operator()(Database *database) const {
-  delete database;
-}
-
-OpenDatabase open_database(const Source &source, const ReadIntervals &intervals, TimePoint now,
-                           const ReadLimits &limits) {
+Database open_database(const Source &source, const ReadIntervals &intervals, TimePoint now,
+                       const ReadLimits &limits) {
   std::signal(SIGPIPE, SIG_IGN);
-  OpenDatabase database(new Database);
-  database->source = source;
-  database->intervals = intervals;
-  database->limits = limits;
-  database->try_next = now;
+  Database database;
+  database.source = source;
+  database.intervals = intervals;
+  database.limits = limits;
+  database.try_next = now;
   return database;
-}
-
-OpenDatabase adopt_database(const std::array<int, 2> &sockets, const ReadIntervals &intervals,
-                            TimePoint now) {
-  Source none;
-  none.kind = Source::Kind::unix_socket;
-  OpenDatabase database = open_database(none, intervals, now, {});
-  database->sockets = sockets;
-  return database;
-}
-
-Snapshot &snapshot(Database &database) {
-  return database.snapshot;
 }
 
 void set_intervals(Database &database, const ReadIntervals &intervals) {
@@ -273,31 +322,15 @@ void step(Database &database, TimePoint now) {
 
 TimePoint due(const Database &database) {
   if (database.away) return database.try_next;
-  if (database.resolver != nullptr) return database.resolving_since + database.limits.answer_time;
+  if (database.resolver) return database.resolver->due;
   if (database.rows.context == nullptr) return TimePoint{};
   TimePoint first = database.deadline.value_or(TimePoint::max());
-  if (database.read_once && !database.reading) first = std::min(first, database.read_next);
+  if (database.snapshot.contents && !database.reading) first = std::min(first, database.read_next);
   for (const Connection *connection : {&database.rows, &database.changes}) {
     if (connection->context == nullptr) continue;
     first = std::min(first, due(*connection, database.intervals.sign_of_life));
   }
   return first;
-}
-
-bool is_away(const Database &database) {
-  return database.away;
-}
-
-std::array<AwaitedFile, 3> files_of(const Database &database) {
-  std::array<AwaitedFile, 3> files;
-  if (database.resolver != nullptr) files[0] = {database.resolver->process.output, POLLIN, 0};
-  for (const auto &[connection, file] :
-       {std::pair{&database.rows, &files[1]}, {&database.changes, &files[2]}}) {
-    if (connection->context == nullptr) continue;
-    const pollfd socket = socket_of(*connection);
-    *file = {socket.fd, socket.events, connection->id};
-  }
-  return files;
 }
 
 bool settle(Database &database, TimePoint now) {

@@ -6,23 +6,18 @@
 // all of them anew. Nothing is ever written.
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
-#include "sonic/limits.h"
+#include "sonic/connection.h"
+#include "sonic/reading.h"
 #include "sonic/snapshot.h"
 #include "sonic/source.h"
 
 namespace lab {
-
-struct Database;
-
-struct CloseDatabase {
-  void operator()(Database *database) const;
-};
-
-using OpenDatabase = std::unique_ptr<Database, CloseDatabase>;
 
 // How often a database is looked at while nothing is notified.
 struct ReadIntervals {
@@ -32,16 +27,46 @@ struct ReadIntervals {
   Clock::duration sign_of_life = std::chrono::seconds(1);
 };
 
+// What ends with the connections.
+struct DatabaseSession {
+  std::optional<Resolver> resolver;
+  Connection rows;
+  Connection changes;   // without a context: the server lets nobody subscribe
+  bool silent = false;  // the server does not say whether it notifies
+
+  // Keys of all tables, by DBSIZE, corrected by the rows that came and went since.
+  std::optional<int64_t> keys;
+  bool answers_size = true;
+
+  std::optional<Reading> reading;
+  int repeats = 0;
+  TimePoint read_next;
+
+  // Rows of which notifications have come, and that are not asked for yet. If they are more than
+  // the limit, all rows are read.
+  std::set<std::string> changed;
+  bool is_fenced = false;  // an answer is awaited behind the notifications
+  int rounds = 0;
+};
+
+struct Database : DatabaseSession {
+  Source source;
+  ReadIntervals intervals;
+  ReadLimits limits;
+  Snapshot snapshot;
+
+  std::vector<std::string> addresses;  // that have not been tried yet
+  // Until all rows have been read, or those that changed have been brought in.
+  std::optional<TimePoint> deadline;
+
+  bool away = true;  // there are no connections; they are tried again when it is due
+  Clock::duration pause{};
+  TimePoint try_next;
+};
+
 // The process ignores SIGPIPE from then on.
-OpenDatabase open_database(const Source &source, const ReadIntervals &intervals, TimePoint now,
-                           const ReadLimits &limits);
-
-// The same over sockets that are connected already, for rows and for changes; for tests. When it
-// loses them it has no source to try again.
-OpenDatabase adopt_database(const std::array<int, 2> &sockets, const ReadIntervals &intervals,
-                            TimePoint now);
-
-Snapshot &snapshot(Database &database);
+Database open_database(const Source &source, const ReadIntervals &intervals, TimePoint now,
+                       const ReadLimits &limits);
 
 // From then on; what was planned for later comes earlier.
 void set_intervals(Database &database, const ReadIntervals &intervals);
@@ -49,21 +74,6 @@ void set_intervals(Database &database, const ReadIntervals &intervals);
 // Do all that can be done without waiting. Call it when a socket is ready, and when it is due.
 void step(Database &database, TimePoint now);
 TimePoint due(const Database &database);
-
-// Has it no connections, nor tries to have some? It tries again when it is due.
-bool is_away(const Database &database);
-
-// A file that a database waits for.
-struct AwaitedFile {
-  int file = -1;  // less than 0: none
-  short events = 0;
-  uint64_t id = 0;  // a closed file's descriptor may be another file's now
-
-  bool operator==(const AwaitedFile &) const = default;
-};
-
-// They may be other ones after each step.
-std::array<AwaitedFile, 3> files_of(const Database &database);
 
 // Read the rows of which notifications have come. Call it after every step, until it returns true:
 // the snapshot is then what the server had at one time. A lost source is always settled.

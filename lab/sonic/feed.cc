@@ -1,7 +1,5 @@
 #include "sonic/feed.h"
 
-#include <poll.h>
-
 #include <algorithm>
 
 namespace lab {
@@ -13,10 +11,6 @@ constexpr std::size_t most_inside = 256;
 // A hung server keeps its room for so long.
 constexpr auto longest_inside = 1s;
 constexpr auto between_starts = 2ms;
-
-int uv_events(short events) {
-  return ((events & POLLIN) != 0 ? UV_READABLE : 0) | ((events & POLLOUT) != 0 ? UV_WRITABLE : 0);
-}
 
 }  // namespace
 
@@ -65,41 +59,73 @@ DatabaseFeed::~DatabaseFeed() {
 
 void DatabaseFeed::step() {
   const TimePoint now = Clock::now();
-  if (is_away(*database) && place != Place::inside) {
-    if (place == Place::outside && due(*database) <= now) admission.enter(*this);
-    if (place == Place::outside) timer.set(due(*database));
+  if (database.away && place != Place::inside) {
+    if (place == Place::outside && due(database) <= now) admission.enter(*this);
+    if (place == Place::outside) timer.set(due(database));
     return;
   }
-  lab::step(*database, now);
+  lab::step(database, now);
   wait();
   on_step();
 }
 
 bool DatabaseFeed::settle() {
-  const bool is_settled = lab::settle(*database, Clock::now());
+  const bool is_settled = lab::settle(database, Clock::now());
   wait();
   return is_settled;
 }
 
 void DatabaseFeed::wait() {
-  const SourceState state = snapshot(*database).state;
   if (place == Place::inside &&
-      (state == SourceState::here || is_away(*database) || Clock::now() >= leaves)) {
+      (database.snapshot.state == SourceState::here || database.away || Clock::now() >= leaves)) {
     admission.leave(*this);
   }
-  const auto needed = files_of(*database);
+  struct Needed {
+    int file = -1;
+    uint64_t id = 0;
+    int events = UV_READABLE;
+  };
+  std::array<Needed, 3> needed;
+  if (database.resolver) needed[0].file = database.resolver->ready;
+  for (const auto &[connection, of] :
+       {std::pair{&database.rows, &needed[1]}, {&database.changes, &needed[2]}}) {
+    if (connection->context == nullptr) continue;
+    *of = {connection->context->fd, connection->id,
+           needs_writing(*connection) ? UV_READABLE | UV_WRITABLE : UV_READABLE};
+  }
   // Those of closed files end before their descriptors are watched for others.
   for (std::size_t i = 0; i < files.size(); ++i) {
-    if (files[i].file != needed[i].file || files[i].id != needed[i].id) watches[i].reset();
+    if (files[i].file == needed[i].file && files[i].id == needed[i].id) continue;
+    files[i] = {needed[i].file, needed[i].id, {}};
   }
   for (std::size_t i = 0; i < files.size(); ++i) {
-    if (needed[i].file >= 0) {
-      if (!watches[i]) watches[i].emplace(admission.loop, needed[i].file, [this] { step(); });
-      watches[i]->wait_for(uv_events(needed[i].events));
-    }
-    files[i] = needed[i];
+    if (files[i].file < 0) continue;
+    if (!files[i].watch) files[i].watch.emplace(admission.loop, files[i].file, [this] { step(); });
+    files[i].watch->wait_for(needed[i].events);
   }
-  timer.set(place == Place::inside ? std::min(due(*database), leaves) : due(*database));
+  timer.set(place == Place::inside ? std::min(due(database), leaves) : due(database));
+}
+
+std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits) {
+  if (sources.empty()) return {};
+  Loop loop;
+  Admission admission(loop);
+  std::deque<DatabaseFeed> feeds;
+  const auto is_opening = [](const DatabaseFeed &feed) {
+    return feed.database.snapshot.state == SourceState::opening;
+  };
+  for (const Source &source : sources) {
+    feeds.emplace_back(admission, source, ReadIntervals{}, limits, [&] {
+      if (std::none_of(feeds.begin(), feeds.end(), is_opening)) loop.stop();
+    });
+  }
+  loop.run();
+  std::vector<ReadRows> all;
+  for (const DatabaseFeed &feed : feeds) {
+    const Snapshot &snapshot = feed.database.snapshot;
+    all.push_back({unpack(snapshot.contents), all_errors(snapshot)});
+  }
+  return all;
 }
 
 }  // namespace lab

@@ -41,14 +41,24 @@ struct DatabaseFeed {
 
   enum class Place { outside, waiting, inside };
 
+  // A file that the database waits for.
+  struct AwaitedFile {
+    int file = -1;    // less than 0: none
+    uint64_t id = 0;  // a closed file's descriptor may be another file's now
+    std::optional<FileWatch> watch;
+  };
+
   Admission &admission;
-  OpenDatabase database;
+  Database database;
   Callback on_step;
   Timer timer;
   std::array<AwaitedFile, 3> files;
-  std::array<std::optional<FileWatch>, 3> watches;
   Place place = Place::outside;  // of the admission
   TimePoint leaves = {};         // at the latest, when it is inside
 };
+
+// The databases of these sources, read once, in their order. Waits until all have been read, or
+// their time is up; then an error says so. Throws Interrupted.
+std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits);
 
 }  // namespace lab

@@ -1,5 +1,9 @@
 #include "sonic/reading.h"
 
+#include <fmt/core.h>
+
+#include <algorithm>
+
 namespace lab {
 namespace {
 
@@ -22,62 +26,151 @@ std::size_t memory_of(const std::string &name, const Row &row) {
   return bytes;
 }
 
-void check_memory(std::size_t memory, const ReadLimits &limits) {
-  if (memory <= limits.memory_bytes) return;
-  throw ConnectionLost{"the rows of the database take more than " +
-                       std::to_string(limits.memory_bytes) + " bytes"};
+void check_memory(const Reading &reading, const ReadLimits &limits) {
+  if (reading.memory <= limits.memory_bytes) return;
+  throw ConnectionLost{
+      fmt::format("the rows of the database take more than {} bytes", limits.memory_bytes)};
+}
+
+void check_size(const std::string &text, std::size_t most, const char *what) {
+  if (text.size() <= most) return;
+  throw ConnectionLost{fmt::format("the server sends {} of more than {} bytes", what, most)};
+}
+
+bool is_list(const redisReply &reply, std::size_t elements) {
+  return reply.type == REDIS_REPLY_ARRAY && reply.elements == elements;
+}
+
+std::string text_in(const redisReply &list, std::size_t i, const char *command) {
+  const redisReply &element = *list.element[i];
+  if (element.type != REDIS_REPLY_STRING) {
+    refuse_answer(fmt::format("an answer to {} with something else than texts", command));
+  }
+  return std::string(text_of(element));
+}
+
+// Nothing: there is no such row, or it cannot be read.
+std::optional<Row> read_row(const std::string &name, const redisReply &reply, InputErrors &errors,
+                            const ReadLimits &limits) {
+  if (reply.type == REDIS_REPLY_ERROR) {  // the one that is left is a wrong type
+    errors.push_back({0, 0, shown(name), "found a value of another type", "a hash"});
+    return std::nullopt;
+  }
+  if (reply.type != REDIS_REPLY_ARRAY) refuse_answer("an answer to HGETALL that is not a list");
+  if (reply.elements % 2 != 0) {
+    refuse_answer("an answer to HGETALL with an odd number of elements");
+  }
+  if (reply.elements == 0) return std::nullopt;
+  Row row;
+  const std::string table = split_row_name(name).first;
+  for (std::size_t i = 0; i < reply.elements; i += 2) {
+    std::string field = text_in(reply, i, "HGETALL");
+    const std::string value = text_in(reply, i + 1, "HGETALL");
+    const bool has_list = field.ends_with('@');
+    if (has_list) field.pop_back();
+    if (field == "NULL" || !is_read(table, field)) continue;
+    check_size(field, limits.name_bytes, "a name");
+    check_size(value, limits.value_bytes, "a value");
+    std::vector<std::string> members;
+    if (has_list && !value.empty()) {
+      for (const std::string_view member : split(value, ',')) members.emplace_back(member);
+    }
+    if (!row.try_emplace(field, has_list ? FieldValue(std::move(members)) : FieldValue(value))
+             .second) {
+      errors.push_back(
+          {0, 0, shown(name) + " " + shown(field), "found it as a list and as a text", "it once"});
+    }
+  }
+  return row;
 }
 
 }  // namespace
 
-void add_keys(Reading &reading, FoundKeys found, const ReadLimits &limits) {
-  reading.has_keys = reading.has_keys || found.has_keys;
-  for (std::string &key : found.keys) {
-    const std::string table = split_row_name(key).first;
-    const auto [name, is_new] = reading.names.insert(std::move(key));
-    if (!is_new) continue;
-    reading.to_ask.push_back(&*name);
+Reading start_partial_reading(Rows rows, std::map<std::string, InputErrors> errors,
+                              const std::set<std::string> &changed) {
+  Reading reading;
+  reading.is_whole = false;
+  reading.rows = std::move(rows);
+  reading.errors = std::move(errors);
+  for (const auto &[table, of_table] : reading.rows) {
+    for (const auto &[key, row] : of_table) reading.memory += memory_of(table + "|" + key, row);
+  }
+  reading.to_ask.assign(changed.begin(), changed.end());
+  return reading;
+}
+
+std::string take_keys(Reading &reading, const redisReply &reply, const ReadLimits &limits) {
+  if (!is_list(reply, 2) || reply.element[1]->type != REDIS_REPLY_ARRAY) {
+    refuse_answer("an answer to SCAN that is not a cursor and a list of keys");
+  }
+  const std::string cursor = text_in(reply, 0, "SCAN");
+  constexpr std::size_t most_digits = 20;  // of 64 bits
+  if (!decimal(cursor) || cursor.size() > most_digits) {
+    refuse_answer("an answer to SCAN with a cursor that is not a number");
+  }
+  const redisReply &keys = *reply.element[1];
+  reading.has_keys = reading.has_keys || keys.elements > 0;
+  for (std::size_t i = 0; i < keys.elements; ++i) {
+    std::string name = text_in(keys, i, "SCAN");
+    const auto [table, key] = split_row_name(name);
+    if (!tables_read().contains(table)) continue;
+    check_size(name, limits.name_bytes, "a name");
+    Table &of_table = reading.rows[table];
+    if (!of_table.try_emplace(key).second) continue;  // a server may repeat it
+    reading.memory += memory_of(name, {});
+    reading.to_ask.push_back(std::move(name));
     const std::size_t most = table == "VLAN_MEMBER" ? limits.rows : limits.rows_of_table;
-    if (++reading.rows_of_table[table] > most) {
-      throw ConnectionLost{"the database has more than " + std::to_string(most) + " rows of " +
-                           table};
+    if (of_table.size() > most) {
+      throw ConnectionLost{fmt::format("the database has more than {} rows of {}", most, table)};
     }
-    reading.memory_of_names += memory_of(*name, {});
   }
-  check_memory(reading.memory_of_names, limits);
-  reading.scanned = found.cursor == "0";
-  if (++reading.scans >= limits.scan_rounds && !reading.scanned) {
-    throw ConnectionLost{"the server has not listed its keys after " +
-                         std::to_string(limits.scan_rounds) + " answers to SCAN"};
+  check_memory(reading, limits);
+  if (++reading.scans >= limits.scan_rounds && cursor != "0") {
+    throw ConnectionLost{fmt::format("the server has not listed its keys after {} answers to SCAN",
+                                     limits.scan_rounds)};
   }
+  return cursor;
 }
 
-void keep_errors(std::map<std::string, InputErrors> &errors, const std::string &name,
-                 InputErrors found, const ReadLimits &limits) {
-  if (found.empty()) {
-    errors.erase(name);
-  } else {
-    errors[name] = std::move(found);
+void take_row(Reading &reading, const std::string &name, const redisReply &reply,
+              const ReadLimits &limits) {
+  InputErrors errors;
+  std::optional<Row> row = read_row(name, reply, errors, limits);
+  reading.errors.erase(name);
+  if (!errors.empty()) reading.errors.emplace(name, std::move(errors));
+  if (reading.errors.size() > limits.unreadable_rows) {
+    throw ConnectionLost{fmt::format("the database has more than {} rows that cannot be read",
+                                     limits.unreadable_rows)};
   }
-  if (errors.size() > limits.unreadable_rows) {
-    throw ConnectionLost{"the database has more than " + std::to_string(limits.unreadable_rows) +
-                         " rows that cannot be read"};
+  if (const Row *before = find_row(reading.rows, name)) {
+    reading.memory -= memory_of(name, *before);
+    --reading.balance;
   }
+  if (row) {
+    reading.memory += memory_of(name, *row);
+    ++reading.balance;
+    reading.errors.erase("");  // no longer empty
+  }
+  check_memory(reading, limits);
+  set_row(reading.rows, name, std::move(row));
 }
 
-void count_memory(std::size_t &memory, const Rows &rows, const std::string &name,
-                  const std::optional<Row> &row, const ReadLimits &limits) {
-  if (const Row *old = find_row(rows, name)) memory -= memory_of(name, *old);
-  if (row) memory += memory_of(name, *row);
-  check_memory(memory, limits);
+bool has_notifications(const redisReply &reply) {
+  const std::string_view flags = is_list(reply, 2) ? text_of(*reply.element[1]) : "";
+  const auto has = [flags](char flag) { return flags.find(flag) != flags.npos; };
+  return has('K') && (has('A') || (has('g') && has('h')));
 }
 
-std::size_t memory_of(const Rows &rows) {
-  std::size_t memory = 0;
-  for (const auto &[table, of_table] : rows) {
-    for (const auto &[key, row] : of_table) memory += memory_of(table + "|" + key, row);
+std::optional<std::string> notified_row(const redisReply &reply, const std::string &channel,
+                                        const ReadLimits &limits) {
+  if (!is_list(reply, 4) || text_of(*reply.element[0]) != "pmessage") return std::nullopt;
+  const std::string text = text_in(reply, 2, "PSUBSCRIBE");
+  std::string row = text.substr(std::min(channel.size(), text.size()));
+  if (!text.starts_with(channel) || !tables_read().contains(split_row_name(row).first)) {
+    refuse_answer("a notification that was not asked for");
   }
-  return memory;
+  check_size(row, limits.name_bytes, "a name");
+  return row;
 }
 
 }  // namespace lab

@@ -106,11 +106,12 @@ struct RowsReader {
     check_name(row, "name", name);
     if (!name.empty() || !is_needed) return name;
     check_name(row_of("DEVICE_METADATA", "localhost"), "mac", address);
-    static const std::set<std::string> places = {
-        "DEVICE_METADATA", "DEVICE_METADATA|localhost", "DEVICE_METADATA|localhost mac", "STP_MST",
-        "STP_MST|GLOBAL",  "STP_MST|GLOBAL name"};
-    const auto is_in_doubt = [](const InputError &error) { return places.contains(error.where); };
-    if (address.empty() && find_in(errors, is_in_doubt) == nullptr) {
+    const auto is_in_doubt = [](const InputError &error) {
+      const auto is_around = [&](std::string_view place) { return place.starts_with(error.where); };
+      return !error.where.empty() &&
+             (is_around("DEVICE_METADATA|localhost mac") || is_around("STP_MST|GLOBAL name"));
+    };
+    if (address.empty() && std::none_of(errors.begin(), errors.end(), is_in_doubt)) {
       add_error(row, "name", "neither a name of the region nor an address of the switch",
                 "one of them in mst");
     }

@@ -2,14 +2,19 @@
 
 #include <set>
 
-namespace lab {
-namespace {
+#include "pair/fields.h"
 
-std::optional<Row> copy_of(const Row *row) {
-  return row != nullptr ? std::optional<Row>(*row) : std::nullopt;
+namespace lab {
+
+SharedContents pack(const Rows &rows) {
+  const Bytes bytes = encode_record(rows);
+  return std::make_shared<Contents>(Contents{true, {bytes.begin(), bytes.end()}});
 }
 
-}  // namespace
+Rows unpack(const SharedContents &contents) {
+  if (contents == nullptr || !contents->has_rows) return {};
+  return decode_record<Rows>({contents->text.begin(), contents->text.end()});
+}
 
 std::pair<std::string, std::string> split_row_name(const std::string &name) {
   const std::size_t bar = name.find('|');
@@ -19,10 +24,9 @@ std::pair<std::string, std::string> split_row_name(const std::string &name) {
 
 const Row *find_row(const Rows &rows, const std::string &name) {
   const auto [table, key] = split_row_name(name);
-  const auto of_table = rows.find(table);
-  if (of_table == rows.end()) return nullptr;
-  const auto row = of_table->second.find(key);
-  return row != of_table->second.end() ? &row->second : nullptr;
+  const Table &of_table = table_of(rows, table);
+  const auto row = of_table.find(key);
+  return row != of_table.end() ? &row->second : nullptr;
 }
 
 void set_row(Rows &rows, const std::string &name, std::optional<Row> row) {
@@ -39,12 +43,10 @@ std::vector<std::string> differing_rows(const Rows &a, const Rows &b) {
   std::set<std::string> names;
   for (const auto &[these, others] : {std::pair{&a, &b}, std::pair{&b, &a}}) {
     for (const auto &[table, rows] : *these) {
-      const auto same = others->find(table);
-      if (same != others->end() && same->second == rows) continue;  // as nearly always
+      const Table &same = table_of(*others, table);
       for (const auto &[key, row] : rows) {
-        const std::string name = table + "|" + key;
-        const Row *other = find_row(*others, name);
-        if (other == nullptr || *other != row) names.insert(name);
+        const auto other = same.find(key);
+        if (other == same.end() || other->second != row) names.insert(table + "|" + key);
       }
     }
   }
@@ -56,11 +58,21 @@ void notice_change(Snapshot &snapshot, TimePoint now) {
   snapshot.last_change = now;
 }
 
-void change_row(Snapshot &snapshot, const std::string &name, std::optional<Row> row) {
-  const Row *now = find_row(snapshot.rows, name);
-  if (row ? now != nullptr && *now == *row : now == nullptr) return;
-  snapshot.before.try_emplace(name, copy_of(now));
-  set_row(snapshot.rows, name, std::move(row));
+bool set_contents(Snapshot &snapshot, SharedContents contents) {
+  if (snapshot.contents != nullptr && *snapshot.contents == *contents) return false;
+  snapshot.contents = std::move(contents);
+  return true;
+}
+
+InputErrors all_errors(const Snapshot &snapshot) {
+  InputErrors all;
+  if (snapshot.state == SourceState::lost) {
+    all.push_back({0, 0, "", snapshot.reason, "a configuration database"});
+  }
+  for (const auto &[row, errors] : snapshot.errors) {
+    all.insert(all.end(), errors.begin(), errors.end());
+  }
+  return all;
 }
 
 void lose(Snapshot &snapshot, std::string reason, bool refused) {
@@ -68,17 +80,6 @@ void lose(Snapshot &snapshot, std::string reason, bool refused) {
   snapshot.state = SourceState::lost;
   snapshot.reason = std::move(reason);
   snapshot.refused = refused;
-}
-
-ReadRows take_reading(Snapshot snapshot) {
-  ReadRows read{std::move(snapshot.rows), {}};
-  if (snapshot.state == SourceState::lost) {
-    read.errors.push_back({0, 0, "", snapshot.reason, "a configuration database"});
-  }
-  for (const auto &[row, errors] : snapshot.errors) {
-    read.errors.insert(read.errors.end(), errors.begin(), errors.end());
-  }
-  return read;
 }
 
 }  // namespace lab

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -10,6 +11,19 @@
 #include "text/wait.h"
 
 namespace lab {
+
+// What a source contains. Rows are packed into one text, as a watch of many pairs keeps the rows of
+// all of them.
+struct Contents {
+  bool has_rows = true;
+  std::string text;  // the rows, or the settings of a state file, which are only compared
+
+  bool operator==(const Contents &) const = default;
+};
+using SharedContents = std::shared_ptr<const Contents>;
+
+SharedContents pack(const Rows &rows);
+Rows unpack(const SharedContents &contents);  // none without contents, and of a state file
 
 enum class SourceState {
   opening,  // it is asked for the first time
@@ -24,12 +38,9 @@ struct Snapshot {
   bool notifications = false;  // it notifies of changes
   TimePoint checked;           // when all of it was last read
 
-  Rows rows;
-  std::string state_text;                     // of a state file, which has no rows
+  SharedContents contents;                    // nullptr: they have not been read
   std::map<std::string, InputErrors> errors;  // of reading, by row; "": the whole source
 
-  // Rows that changed, "TABLE|key", as they were when this was last emptied; "": the whole source.
-  std::map<std::string, std::optional<Row>> before;
   // Of the changes that have been noticed since settling began last.
   std::optional<TimePoint> first_change;
   std::optional<TimePoint> last_change;
@@ -47,13 +58,12 @@ std::vector<std::string> differing_rows(const Rows &a, const Rows &b);
 
 void notice_change(Snapshot &snapshot, TimePoint now);
 
-// A row has become another one.
-void change_row(Snapshot &snapshot, const std::string &name, std::optional<Row> row);
+// Are the contents other ones than before?
+bool set_contents(Snapshot &snapshot, SharedContents contents);
+
+InputErrors all_errors(const Snapshot &snapshot);  // also that it is lost
 
 // Forget the contents of the source.
 void lose(Snapshot &snapshot, std::string reason, bool refused);
-
-// The rows of a database that has been read, or is lost: an error says so.
-ReadRows take_reading(Snapshot snapshot);
 
 }  // namespace lab

@@ -1,13 +1,23 @@
 #include "sonic/source.h"
 
+#include <fcntl.h>
+#include <fmt/core.h>
+#include <sys/stat.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cctype>
+#include <cerrno>
 #include <cstdlib>
-#include <optional>
+#include <cstring>
+#include <filesystem>
+#include <utility>
 
 #include "sonic/rows.h"
+#include "text/file.h"
+#include "text/text.h"
 
 namespace lab {
 namespace {
@@ -22,8 +32,8 @@ constexpr std::array<std::string_view, 3> url_begins = {"redis:", "rediss:", "un
 constexpr const char *source_form = "redis://host, unix:///path, or a file";
 constexpr uint32_t most_database = UINT16_MAX;
 
-void add_error(ParsedSource &parsed, std::string found, std::string expected) {
-  parsed.errors.push_back({0, 0, "", std::move(found), std::move(expected)});
+void add_error(std::string found, std::string expected, InputErrors &errors) {
+  errors.push_back({0, 0, "", std::move(found), std::move(expected)});
 }
 
 std::string decoded(std::string_view text, ParsedSource &parsed) {
@@ -36,7 +46,8 @@ std::string decoded(std::string_view text, ParsedSource &parsed) {
     const std::string_view digits = text.substr(i + 1, 2);
     if (digits.size() < 2 || digits.find_first_not_of("0123456789abcdefABCDEF") != digits.npos ||
         digits == "00") {
-      add_error(parsed, "found a '%' that stands for no character", "%25 for the sign itself");
+      add_error("found a '%' that stands for no character", "%25 for the sign itself",
+                parsed.errors);
       return out;
     }
     out += static_cast<char>(unhex(digits)[0]);
@@ -50,8 +61,9 @@ uint32_t number(std::string_view text, const std::string &what, uint32_t least, 
                 ParsedSource &parsed) {
   const auto value = decimal(text);
   if (value && *value >= least && *value <= most) return *value;
-  add_error(parsed, "found a " + what + " that is none",
-            "a number from " + std::to_string(least) + " to " + std::to_string(most));
+  add_error("found a " + what + " that is none",
+            "a number from " + std::to_string(least) + " to " + std::to_string(most),
+            parsed.errors);
   return least;
 }
 
@@ -67,8 +79,8 @@ void parse_tcp(std::string_view authority, std::string_view path, ParsedSource &
     port = end != authority.npos ? authority.substr(end + 1) : "";
   }
   if (host.empty() || (!port.empty() && port.rfind(':') != 0)) {
-    add_error(parsed, "found no host, or more than one",
-              "redis://host:port/4, an IPv6 address in brackets");
+    add_error("found no host, or more than one", "redis://host:port/4, an IPv6 address in brackets",
+              parsed.errors);
     return;
   }
   source.place = decoded(host, parsed);
@@ -77,6 +89,7 @@ void parse_tcp(std::string_view authority, std::string_view path, ParsedSource &
   }
   if (path.size() > 1 || path == "?") {
     source.database = number(path.substr(1), "database", 0, most_database, parsed);
+    parsed.source.has_database = true;
   }
 }
 
@@ -89,14 +102,15 @@ void parse_unix(std::string_view path, ParsedSource &parsed) {
   const std::size_t end = std::min(path.find('?'), path.size());
   source.place = decoded(path.substr(0, end), parsed);
   if (source.place.size() > longest) {
-    add_error(parsed, "found a path of " + std::to_string(source.place.size()) + " bytes",
-              "one of at most " + std::to_string(longest));
+    add_error("found a path of " + std::to_string(source.place.size()) + " bytes",
+              "one of at most " + std::to_string(longest), parsed.errors);
   }
   const std::string_view query = path.substr(end);
   if (query.starts_with(database)) {
     source.database = number(query.substr(database.size()), "database", 0, most_database, parsed);
+    parsed.source.has_database = true;
   } else if (!query.empty()) {
-    add_error(parsed, "found something else behind the path", "?db=4 or the like");
+    add_error("found something else behind the path", "?db=4 or the like", parsed.errors);
   }
 }
 
@@ -113,7 +127,7 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
     source.shown = printable(std::string(scheme) + std::string(login.substr(0, end)) +
                              (end > 0 ? "@" : "") + std::string(authority) + std::string(path));
   } else if (!authority.empty() && path.find('@') != path.npos) {
-    add_error(parsed, "found a '/' or a '?' in a user or a password", "%2F or %3F");
+    add_error("found a '/' or a '?' in a user or a password", "%2F or %3F", parsed.errors);
     return;
   }
   if (scheme == redis_scheme) {
@@ -121,7 +135,7 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
   } else if (authority.empty() && path.starts_with('/')) {
     parse_unix(path, parsed);
   } else {
-    add_error(parsed, "found no path", "unix:///path, which begins with a slash");
+    add_error("found no path", "unix:///path, which begins with a slash", parsed.errors);
   }
 }
 
@@ -149,6 +163,63 @@ std::string without_login(std::string_view text, std::size_t colon) {
   return printable(text.substr(0, begin)) + "..." + printable(text.substr(last));
 }
 
+// --- credentials ---
+
+constexpr const char *credential_form =
+    "a source without a login, a user or nothing, and a password, separated by tabs";
+
+Databases databases_of(const Source &source) {
+  std::string place = source.place;
+  const bool is_host = source.kind == Source::Kind::tcp;
+  if (is_host) {
+    std::transform(place.begin(), place.end(), place.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  }
+  return {source.kind, place, is_host ? source.port : uint16_t{0}, source.database};
+}
+
+// What is wrong with a line, "" when it is added.
+std::string add_credential(const std::vector<std::string_view> &fields, Credentials &credentials) {
+  if (fields.size() != 3) {
+    return fmt::format("found a line of {} field{}", fields.size(), fields.size() == 1 ? "" : "s");
+  }
+  if (fields[2].empty()) return "found an empty password";
+  const ParsedSource parsed = parse_source(fields[0], std::nullopt);
+  const Source &source = parsed.source;
+  if (!parsed.errors.empty() || source.kind == Source::Kind::file) return "found no database";
+  if (fields[0].find('@') != std::string_view::npos) return "found a source with a login";
+  Databases databases = databases_of(source);
+  if (!parsed.source.has_database) std::get<std::optional<uint32_t>>(databases).reset();
+  const Login login{std::string(fields[1]), std::string(fields[2])};
+  return credentials.emplace(databases, login).second ? "" : "found a source twice";
+}
+
+bool is_passed_by_systemd(const std::string &path, const struct stat &status) {
+  const char *folder = std::getenv("CREDENTIALS_DIRECTORY");
+  if (folder == nullptr || (status.st_mode & 0037) != 0) return false;
+  if (status.st_uid != 0 && status.st_uid != geteuid()) return false;
+  std::error_code error;
+  const auto real_folder = std::filesystem::canonical(folder, error);
+  const auto real_path = std::filesystem::canonical(path, error);
+  return !error && real_path.parent_path() == real_folder;
+}
+
+// Its text, when nobody else can read it.
+std::string read_private(int file, const std::string &path, InputErrors &errors) {
+  struct stat status {};
+  std::string text;
+  if (fstat(file, &status) != 0 || !(S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode))) {
+    add_error("cannot be read: it is not a file", "a file", errors);
+  } else if ((status.st_mode & 0077) != 0 && !is_passed_by_systemd(path, status)) {
+    add_error(
+        fmt::format("others than its owner have access (mode {:04o})", status.st_mode & 07777U),
+        "mode 0600", errors);
+  } else if (const std::string problem = read_all(file, text); !problem.empty()) {
+    add_error("cannot be read: " + problem, "a file", errors);
+  }
+  return text;
+}
+
 }  // namespace
 
 ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side) {
@@ -159,16 +230,16 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
   const std::size_t colon = text.find("://");
   if (colon == text.npos || text.substr(0, colon).find('/') != text.npos) {
     if (begins_url(text)) {
-      add_error(parsed, "found a URL without '//' behind its scheme", source_form);
+      add_error("found a URL without '//' behind its scheme", source_form, parsed.errors);
     }
     return parsed;
   }
   const std::string_view scheme = text.substr(0, colon + 3);
   if (scheme == tls_scheme) {
-    add_error(parsed, "found 'rediss://', and TLS is not supported",
-              "redis:// or unix:// through ssh -L or stunnel, which encrypt");
+    add_error("found 'rediss://', and TLS is not supported",
+              "redis:// or unix:// through ssh -L or stunnel, which encrypt", parsed.errors);
   } else if (scheme != redis_scheme && scheme != unix_scheme) {
-    add_error(parsed, "found '" + printable(scheme) + "'", source_form);
+    add_error("found '" + printable(scheme) + "'", source_form, parsed.errors);
   } else {
     parse_url(scheme, text.substr(scheme.size()), parsed);
   }
@@ -185,6 +256,41 @@ std::string without_passwords(std::string_view text) {
 
 std::string hide_login(std::string_view word) {
   return without_login(word, word.find(':'));
+}
+
+Credentials read_credentials(std::string_view text, InputErrors &errors) {
+  Credentials credentials;
+  for (const TabbedLine &line : read_tabbed(text)) {
+    const std::string problem = add_credential(line.fields, credentials);
+    if (!problem.empty()) errors.push_back({line.number, 1, "", problem, credential_form});
+  }
+  return credentials;
+}
+
+Credentials load_credentials(const std::string &path, InputErrors &errors) {
+  // A pipe without a writer is not waited for.
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file < 0) {
+    add_error("cannot be read: " + std::string(std::strerror(errno)), "a file", errors);
+    return {};
+  }
+  const std::string text = read_private(file, path, errors);
+  return errors.empty() ? read_credentials(text, errors) : Credentials{};
+}
+
+void apply_credentials(const Credentials &credentials, Source &source) {
+  if (source.kind == Source::Kind::file || !source.password.empty()) return;
+  Databases databases = databases_of(source);
+  auto found = credentials.find(databases);
+  if (found == credentials.end()) {
+    std::get<std::optional<uint32_t>>(databases).reset();
+    found = credentials.find(databases);
+  }
+  if (found == credentials.end()) return;
+  const auto &[user, password] = found->second;
+  if (!source.user.empty() && !user.empty() && user != source.user) return;
+  if (source.user.empty()) source.user = user;
+  source.password = password;
 }
 
 }  // namespace lab

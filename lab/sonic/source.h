@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 #include "text/error.h"
 
@@ -17,7 +19,8 @@ struct Source {
   std::string place;  // a path ("-": the standard input), or a host's name or address
   uint16_t port = 6379;
   uint32_t database = 4;
-  std::string user;  // empty: the server's default one
+  bool has_database = false;  // it was given
+  std::string user;           // empty: the server's default one
   std::string password;
   std::string name_space = {};  // of a dump of several ASICs; empty: the only one
 
@@ -45,5 +48,34 @@ std::string without_passwords(std::string_view text);
 
 // The same of a word that may be meant as a source, which may lack its scheme.
 std::string hide_login(std::string_view word);
+
+// --- credentials ---
+
+// Users and passwords of databases, in a file of their own: lines of a source, a user (which may be
+// empty) and a password, separated by tabs.
+//
+// redis://host:port and unix:///path stand for all databases of a server, redis://host:port/4 and
+// unix:///path?db=4 for one of them.
+
+struct Login {
+  std::string user;
+  std::string password;
+};
+
+// Of a server's databases: their kind, place and port, and the number of one of them.
+using Databases = std::tuple<Source::Kind, std::string, uint16_t, std::optional<uint32_t>>;
+
+using Credentials = std::map<Databases, Login>;
+
+// Errors show nothing of a line.
+Credentials read_credentials(std::string_view text, InputErrors &errors);
+
+// The same of a file, which is refused when others than its owner can read it. Of those that
+// systemd passes in $CREDENTIALS_DIRECTORY a group can read some.
+Credentials load_credentials(const std::string &path, InputErrors &errors);
+
+// Give a database that has no password one of its own, else that of its server. A user that the
+// source names gets none that is another one's.
+void apply_credentials(const Credentials &credentials, Source &source);
 
 }  // namespace lab

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "tasks/pair_watch.h"
@@ -15,25 +16,35 @@ std::optional<Row> copy_row(const Row *row) {
 // The rows that are not as they were, also those of which all that is known is that they cannot be
 // read, or could not.
 std::vector<RowChange> find_changed_rows(PairWatch &watch, std::size_t side) {
-  std::vector<RowChange> rows;
+  const SideState &known = watch.sides[side];
   const Snapshot &snapshot = snapshot_of(watch, side);
-  const std::string &source = watch.entry.sources[side].source.shown;
-  for (const auto &[name, before] : snapshot.before) {
-    std::optional<Row> after = copy_row(find_row(snapshot.rows, name));
-    if (!name.empty() && before == after) continue;
+  std::vector<RowChange> rows;
+  std::set<std::string> names;
+  const auto add = [&](const std::string &name, std::optional<Row> before,
+                       std::optional<Row> after) {
+    names.insert(name);
     rows.push_back({.side = side,
-                    .row = name.empty() ? source : name,
-                    .before = before,
+                    .row = name.empty() ? watch.entry.sources[side].source.shown : name,
+                    .before = std::move(before),
                     .after = std::move(after)});
+  };
+  if (known.contents != snapshot.contents) {
+    const bool was_state = known.contents != nullptr && !known.contents->has_rows;
+    if (was_state || !snapshot.contents->has_rows) add("", {}, {});
+    const Rows before = unpack(known.contents);
+    const Rows after = unpack(snapshot.contents);
+    if (snapshot.contents->has_rows) {
+      for (const std::string &name : differing_rows(before, after)) {
+        add(name, copy_row(find_row(before, name)), copy_row(find_row(after, name)));
+      }
+    }
   }
-  const auto &known = watch.sides[side].reading;
   for (const auto &[these, others] :
-       {std::pair{&known, &snapshot.errors}, {&snapshot.errors, &known}}) {
+       {std::pair{&known.reading, &snapshot.errors}, {&snapshot.errors, &known.reading}}) {
     for (const auto &[name, errors] : *these) {
-      if (others->contains(name) || snapshot.before.contains(name)) continue;
-      if (name.empty() && !rows.empty()) continue;  // the rows say more than that it was repaired
-      rows.push_back(
-          {.side = side, .row = name.empty() ? source : name, .before = {}, .after = {}});
+      // The rows say more than that the whole source was repaired.
+      const bool is_repeated = name.empty() ? !rows.empty() : names.contains(name);
+      if (!others->contains(name) && !is_repeated) add(name, {}, {});
     }
   }
   return rows;
@@ -124,11 +135,11 @@ Event make_event(Event::Kind kind, const PairWatch &watch) {
 
 bool take_news(PairWatch &watch, std::size_t side) {
   SideState &known = watch.sides[side];
-  Snapshot &snapshot = snapshot_of(watch, side);
+  const Snapshot &snapshot = snapshot_of(watch, side);
   known.news.emplace();
   if (known.connected) known.news = find_changed_rows(watch, side);
   const bool is_new = !known.connected || !known.news->empty() || known.reading != snapshot.errors;
-  snapshot.before.clear();
+  known.contents = snapshot.contents;
   known.reading = snapshot.errors;
   return is_new;
 }

@@ -39,18 +39,18 @@ LAB_FIELDS(AcceptEntry, it.line, it.kind, it.scope, it.pair, it.acceptance, it.t
            it.note, it.incomplete)
 LAB_FIELDS(CompareOptions, it.name, it.is_intended, it.is_strict, it.accept)
 LAB_FIELDS(Source, it.shown, it.place, it.name_space)  // of a file
-LAB_FIELDS(ReadRows, it.rows, it.errors)
-LAB_FIELDS(SideJob, it.source, it.rows, it.is_watched)
+LAB_FIELDS(Contents, it.has_rows, it.text)
+LAB_FIELDS(SideJob, it.source, it.contents, it.errors, it.is_watched)
 LAB_FIELDS(CompareJob, it.sides, it.options)
-LAB_FIELDS(SideAnswer, it.errors, it.lost, it.rows, it.state)
+LAB_FIELDS(SideAnswer, it.errors, it.lost, it.contents)
 LAB_FIELDS(CompareAnswer, it.problem, it.sides, it.comparison)
 
 namespace {
 
 Side do_side(SideJob &job, SideAnswer &answer) {
   Side side;
-  if (job.rows) {
-    side = read_side(job.source, std::move(*job.rows));
+  if (job.contents != nullptr || !job.errors.empty()) {
+    side = read_side(job.source, {unpack(job.contents), std::move(job.errors)});
   } else {
     std::string bytes;
     if (job.is_watched) {
@@ -62,9 +62,12 @@ Side do_side(SideJob &job, SideAnswer &answer) {
     side = read_text(job.source, bytes, Format::by_content);
   }
   answer.errors = side.errors;
-  if (job.is_watched) answer.rows = side.rows;
-  if (job.is_watched && !side.rows && side.errors.empty())
-    answer.state = write_state(side.settings);
+  const bool has_contents = side.errors.empty() || (side.rows && !side.rows->empty());
+  if (job.is_watched && has_contents) {
+    answer.contents = side.rows
+                          ? pack(*side.rows)
+                          : std::make_shared<Contents>(Contents{false, write_state(side.settings)});
+  }
   return side;
 }
 

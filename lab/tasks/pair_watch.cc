@@ -56,8 +56,10 @@ std::optional<CompareJob> make_job(PairWatch &watch) {
       watch.sides[i].news.emplace();  // it will be known when the file is read
       begin_reading(*file);
     } else {
+      const Snapshot &snapshot = snapshot_of(watch, i);
       is_new = take_news(watch, i) || is_new;
-      side.rows = take_reading(snapshot_of(watch, i));
+      side.contents = snapshot.contents;
+      side.errors = all_errors(snapshot);
     }
     job.sides[i] = std::move(side);
   }
@@ -184,7 +186,7 @@ PairStatus PairWatch::status() {
 
 Snapshot &snapshot_of(PairWatch &watch, std::size_t side) {
   if (auto *file = std::get_if<WatchedFile>(&watch.feeds[side])) return file->snapshot;
-  return snapshot(*std::get<DatabaseFeed>(watch.feeds[side]).database);
+  return std::get<DatabaseFeed>(watch.feeds[side]).database.snapshot;
 }
 
 bool is_here(PairWatch &watch, std::size_t side) {
@@ -194,7 +196,7 @@ bool is_here(PairWatch &watch, std::size_t side) {
 void update_intervals(PairWatch &watch) {
   for (Feed &feed : watch.feeds) {
     auto *database = std::get_if<DatabaseFeed>(&feed);
-    if (database != nullptr) set_intervals(*database->database, watch.context.intervals);
+    if (database != nullptr) set_intervals(database->database, watch.context.intervals);
   }
 }
 

@@ -63,6 +63,7 @@ using Feed = std::variant<std::monostate, DatabaseFeed, WatchedFile>;
 struct SideState {
   bool connected = false;
   bool disconnected = false;
+  SharedContents contents = {};
   std::map<std::string, InputErrors> reading = {};  // the errors of the snapshot, by row
   InputErrors errors = {};                          // all
   // Of the comparison under way: its rows that have changed. Nothing: the source is not compared.
@@ -120,8 +121,7 @@ void update_intervals(PairWatch &watch);
 
 Event make_event(Event::Kind kind, const PairWatch &watch);
 
-// Take what is new in a source for a comparison; false: nothing. The snapshot's memory of changes is
-// taken, too.
+// Take what is new in a source for a comparison; false: nothing.
 bool take_news(PairWatch &watch, std::size_t side);
 
 // What a comparison of the sources with news has found.

@@ -1,4 +1,5 @@
 #include <list>
+#include <utility>
 
 #include "sonic/feed.h"
 #include "tasks/pool.h"
@@ -15,7 +16,7 @@ struct PairTask {
 
   const PairEntry &pair;
   std::array<std::optional<DatabaseFeed>, 2> feeds = {};
-  std::array<std::optional<ReadRows>, 2> rows = {};  // of the feeds
+  std::array<bool, 2> is_read = {};
 };
 
 struct PairsRun {
@@ -60,7 +61,12 @@ void compare(PairsRun &run, std::list<PairTask>::iterator task) {
     job.options.name = task->pair.name;
     for (std::size_t i = 0; i < job.sides.size(); ++i) {
       const auto &[source, errors] = task->pair.sources[i];
-      if (errors.empty()) job.sides[i] = SideJob{source, std::move(task->rows[i])};
+      if (!errors.empty()) continue;
+      job.sides[i] = SideJob{source};
+      if (!task->feeds[i]) continue;
+      const Snapshot &snapshot = task->feeds[i]->database.snapshot;
+      job.sides[i]->contents = snapshot.contents;
+      job.sides[i]->errors = all_errors(snapshot);
     }
     return job;
   };
@@ -70,11 +76,10 @@ void compare(PairsRun &run, std::list<PairTask>::iterator task) {
 
 // A database has taken a step.
 void take_rows(PairsRun &run, std::list<PairTask>::iterator task, std::size_t side) {
-  Snapshot &contents = snapshot(*task->feeds[side]->database);
-  if (contents.state == SourceState::opening || task->rows[side]) return;
-  task->rows[side] = take_reading(std::move(contents));
+  const Snapshot &snapshot = task->feeds[side]->database.snapshot;
+  if (snapshot.state == SourceState::opening || std::exchange(task->is_read[side], true)) return;
   for (std::size_t i = 0; i < task->feeds.size(); ++i) {
-    if (task->feeds[i] && !task->rows[i]) return;
+    if (task->feeds[i] && !task->is_read[i]) return;
   }
   compare(run, task);
 }

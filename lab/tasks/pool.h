@@ -9,6 +9,7 @@
 
 #include "io/loop.h"
 #include "sonic/limits.h"
+#include "sonic/snapshot.h"
 #include "tasks/compare.h"
 #include "text/child.h"
 
@@ -19,8 +20,9 @@ namespace lab {
 // One side: rows that are known, or a file to be read.
 struct SideJob {
   Source source;
-  std::optional<ReadRows> rows = {};
-  bool is_watched = false;  // the file must be a regular one, and its contents are returned
+  SharedContents contents = {};  // of a database
+  InputErrors errors = {};       // of their reading
+  bool is_watched = false;       // the file must be a regular one, and its contents are returned
 };
 
 struct CompareJob {
@@ -30,10 +32,9 @@ struct CompareJob {
 
 struct SideAnswer {
   InputErrors errors;
-  // What a watched file contained.
-  std::string lost;  // not empty: why it cannot be read
-  std::optional<Rows> rows;
-  std::string state;  // of a state file: its settings, to be compared only
+  // Of a watched file.
+  std::string lost;         // not empty: why it cannot be read
+  SharedContents contents;  // nullptr: it has errors, and no rows
 };
 
 struct CompareAnswer {

@@ -21,27 +21,6 @@ std::optional<std::time_t> find_modified(const std::string &path) {
   return is_file ? std::optional(status.st_mtime) : std::nullopt;
 }
 
-// The rows of databases, read once. Waits until all have been read, or their time is up. Throws
-// Interrupted.
-std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits) {
-  if (sources.empty()) return {};
-  Loop loop;
-  Admission admission(loop);
-  std::deque<DatabaseFeed> feeds;
-  const auto is_opening = [](const DatabaseFeed &feed) {
-    return snapshot(*feed.database).state == SourceState::opening;
-  };
-  for (const Source &source : sources) {
-    feeds.emplace_back(admission, source, ReadIntervals{}, limits, [&] {
-      if (std::none_of(feeds.begin(), feeds.end(), is_opening)) loop.stop();
-    });
-  }
-  loop.run();
-  std::vector<ReadRows> all;
-  for (DatabaseFeed &feed : feeds) all.push_back(take_reading(std::move(snapshot(*feed.database))));
-  return all;
-}
-
 }  // namespace
 
 ParsedSource find_source(const std::string &text, std::optional<std::size_t> password_of,

@@ -83,23 +83,9 @@ void take_contents(WatchedFile &file, const SideAnswer &contents) {
   snapshot.checked = Clock::now();
   snapshot.errors.clear();
   if (!contents.errors.empty()) snapshot.errors[""] = contents.errors;
-  if (!contents.errors.empty() && (!contents.rows || contents.rows->empty())) {
-    // Its last contents are kept: what it has when it is readable again is compared with them.
-    return;
-  }
-  const bool was_state = !snapshot.state_text.empty();
-  if (!contents.rows) {
-    if (snapshot.state_text != contents.state) snapshot.before.try_emplace("");
-    snapshot.rows.clear();
-    snapshot.state_text = contents.state;
-    return;
-  }
-  if (was_state) snapshot.before.try_emplace("");
-  snapshot.state_text.clear();
-  for (const std::string &name : differing_rows(snapshot.rows, *contents.rows)) {
-    const Row *row = find_row(*contents.rows, name);
-    change_row(snapshot, name, row != nullptr ? std::optional<Row>(*row) : std::nullopt);
-  }
+  // Of a file without rows the last contents are kept: what it has when it is readable again is
+  // compared with them.
+  if (contents.contents != nullptr) set_contents(snapshot, contents.contents);
 }
 
 }  // namespace lab

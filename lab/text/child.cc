@@ -1,6 +1,5 @@
 #include "text/child.h"
 
-#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <system_error>
+#include <utility>
 
 #include "text/wait.h"
 
@@ -15,8 +15,6 @@ namespace lab {
 
 ChildProcess &ChildProcess::operator=(ChildProcess &&other) noexcept {
   std::swap(pid, other.pid);
-  std::swap(output, other.output);
-  std::swap(text, other.text);
   return *this;
 }
 
@@ -44,40 +42,6 @@ ChildProcess start_child(const std::function<void()> &life) {
     _exit(1);
   }
   _exit(0);
-}
-
-ChildProcess start_writer(const std::function<std::string()> &work) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) {
-    throw std::system_error(errno, std::generic_category(), "no pipe can be made");
-  }
-  Descriptor reading(ends[0]);
-  const Descriptor writing(ends[1]);
-  ChildProcess child = start_child([&] {
-    // Copies of the lab's files would keep connections open, and its event loop busy.
-    const int output = dup2(writing, STDERR_FILENO + 1);
-    close_range(STDERR_FILENO + 2, ~0U, 0);
-    if (!write_all(output, work()).empty()) _exit(1);
-  });
-  child.output = std::move(reading);
-  return child;
-}
-
-bool read_output(ChildProcess &child) {
-  char buffer[65536];
-  pollfd ready = {child.output, POLLIN, 0};
-  while (child.output >= 0) {
-    if (poll(&ready, 1, 0) <= 0) return false;
-    const ssize_t got = read(child.output, buffer, sizeof buffer);
-    if (got < 0 && errno == EINTR) return false;
-    if (got > 0) {
-      child.text.append(buffer, static_cast<std::size_t>(got));
-    } else {
-      child.output.close();
-      reap(child);
-    }
-  }
-  return true;
 }
 
 int reap(ChildProcess &child) {

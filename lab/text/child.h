@@ -4,17 +4,12 @@
 #include <sys/types.h>
 
 #include <functional>
-#include <string>
-
-#include "text/file.h"
 
 namespace lab {
 
 // A process that ends with this record, and with the lab.
 struct ChildProcess {
   pid_t pid = -1;
-  Descriptor output;  // of one that writes; ready when there is something to read
-  std::string text;   // that has been read
 
   ChildProcess() = default;
   ChildProcess(ChildProcess &&other) noexcept { *this = std::move(other); }
@@ -25,12 +20,6 @@ struct ChildProcess {
 // Call a function in a new process, which then ends, with status 1 after an exception. Throws
 // std::system_error.
 ChildProcess start_child(const std::function<void()> &life);
-
-// The same for a function whose text the lab reads.
-ChildProcess start_writer(const std::function<std::string()> &work);
-
-// Read what a process has written by now; true: that is all.
-bool read_output(ChildProcess &child);
 
 // Wait for the end of a process; its status as waitpid() has it, less than 0: it is gone already.
 int reap(ChildProcess &child);
