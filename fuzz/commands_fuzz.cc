@@ -79,7 +79,7 @@ void command(Input &input) {
 
 // A message that is no request, whatever it calls itself.
 void no_request(Input &input) {
-  const uint32_t opcode = input.byte() % 4 > 0 ? STP_MCEC_MTS_OPC_CMD_REQ : input.word();
+  const uint32_t opcode = input.byte() % 4 > 0 ? uint32_t(STP_MCEC_MTS_OPC_CMD_REQ) : input.word();
   if (opcode == STP_MCEC_MTS_OPC_TYPE1_UPD) return;
   const Bytes payload = input.bytes(input.byte());
   void *const msg =

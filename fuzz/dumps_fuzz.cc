@@ -30,7 +30,7 @@ void check_text(std::string_view all) {
 
   const lab::PairOfSettings pair = {&left.is.settings, &right.is.settings};
   for (const lab::Note &note : lab::find_notes(pair, false)) {
-    const std::string text = lab::describe_note({.note = note});
+    const std::string text = lab::describe_note(note);
     must(!text.empty() && lab::printable(text) == text, "a note has a text");
   }
   std::vector<std::string> scopes = {""};
