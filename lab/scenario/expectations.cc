@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "report/verdict.h"
 #include "scenario/steps.h"
 #include "switch/values.h"
 

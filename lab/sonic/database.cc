@@ -307,11 +307,6 @@ Database open_database(const Source &source, const ReadIntervals &intervals, Tim
   return database;
 }
 
-void set_intervals(Database &database, const ReadIntervals &intervals) {
-  database.intervals = intervals;
-  database.read_next = std::min(database.read_next, Clock::now() + intervals.notified);
-}
-
 void step(Database &database, TimePoint now) {
   try {
     work(database, now);

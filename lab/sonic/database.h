@@ -68,9 +68,6 @@ struct Database : DatabaseSession {
 Database open_database(const Source &source, const ReadIntervals &intervals, TimePoint now,
                        const ReadLimits &limits);
 
-// From then on; what was planned for later comes earlier.
-void set_intervals(Database &database, const ReadIntervals &intervals);
-
 // Do all that can be done without waiting. Call it when a socket is ready, and when it is due.
 void step(Database &database, TimePoint now);
 TimePoint due(const Database &database);

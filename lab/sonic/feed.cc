@@ -106,6 +106,12 @@ void DatabaseFeed::wait() {
   timer.set(place == Place::inside ? std::min(due(database), leaves) : due(database));
 }
 
+void set_intervals(DatabaseFeed &feed, const ReadIntervals &intervals) {
+  Database &database = feed.database;
+  database.intervals = intervals;
+  database.read_next = std::min(database.read_next, Clock::now() + intervals.notified);
+}
+
 std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits) {
   if (sources.empty()) return {};
   Loop loop;

@@ -57,6 +57,9 @@ struct DatabaseFeed {
   TimePoint leaves = {};         // at the latest, when it is inside
 };
 
+// From then on; what was planned for later comes earlier.
+void set_intervals(DatabaseFeed &feed, const ReadIntervals &intervals);
+
 // The databases of these sources, read once, in their order. Waits until all have been read, or
 // their time is up; then an error says so. Throws Interrupted.
 std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits);

@@ -29,7 +29,7 @@ std::vector<std::string> keys_of(const std::vector<Named> &all) {
 }  // namespace
 
 const std::vector<Parameter> &parameters() {
-  enum Scope { INTERFACE, GLOBAL };
+  enum { INTERFACE, GLOBAL };
   static const std::vector<Parameter> all = {
 #define LAB_ROW(name, number, scope, bytes, code, kind_of, word, modes, pod) \
   {.type = number,                                                           \
@@ -49,7 +49,7 @@ const std::vector<Parameter> &parameters() {
 }
 
 const std::vector<CommandInfo> &commands() {
-  enum Gate { UNGATED, GATED };
+  enum { UNGATED, GATED };
   static const std::vector<CommandInfo> all = {
 #define LAB_ROW(name, number, function, gate, parameters) \
   {.id = number,                                          \

@@ -196,7 +196,7 @@ bool is_here(PairWatch &watch, std::size_t side) {
 void update_intervals(PairWatch &watch) {
   for (Feed &feed : watch.feeds) {
     auto *database = std::get_if<DatabaseFeed>(&feed);
-    if (database != nullptr) set_intervals(database->database, watch.context.intervals);
+    if (database != nullptr) set_intervals(*database, watch.context.intervals);
   }
 }
 
