@@ -1,5 +1,5 @@
-/* Event history: the last lines, in memory. Each line has a place of its own; the next one takes that
- * of the oldest. */
+/* Event history: the last lines, in memory. Each line has a place of its own; the next one takes
+ * that of the oldest. */
 #include <draimiofaf/platform/sdwrap.h>
 #include <string.h>
 

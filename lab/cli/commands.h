@@ -104,9 +104,10 @@ std::vector<AcceptEntry> read_accept_file(const std::string &path,
                                           std::vector<SourceErrors> &source_errors);
 
 // A list of pairs: lines of a name, the left and the right source and, if need be, the namespace of
-// their dumps, separated by tabs. Sources are relative to `folder`, which ends with a slash or is empty; `name_space` is that of
-// dumps whose line has none. Errors show nothing of a line, since it may be a password. The
-// passwords of the environment are for two servers, and a list may name any: none is sent.
+// their dumps, separated by tabs. Sources are relative to `folder`, which ends with a slash or is
+// empty; `name_space` is that of dumps whose line has none. Errors show nothing of a line, since it
+// may be a password. The passwords of the environment are for two servers, and a list may name any:
+// none is sent.
 std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &folder,
                                       const std::string &name_space, InputErrors &errors);
 

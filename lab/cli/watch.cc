@@ -288,8 +288,8 @@ void check_path(const std::string &path, const std::string &prefix,
 
 /*
  * Watches until a signal comes, nobody reads the output, or the options say so. The exit status: 0;
- * 1 where agreement was waited for and has not come, or the time is up; 2 where a source of the only
- * pair has an error at the start, or refuses access.
+ * 1 where agreement was waited for and has not come, or the time is up; 2 where a source of the
+ * only pair has an error at the start, or refuses access.
  */
 Status execute_watch(const Arguments &arguments) {
   if (arguments.pairs.empty() && arguments.right.empty()) {

@@ -14,8 +14,8 @@ struct LastLines {
   char text[kept][240];
 };
 
-// Serve requests from `control` until it closes, as the left switch, 0, or the right one. Arrays are
-// exchanged with the other switch over `peer`.
+// Serve requests from `control` until it closes, as the left switch, 0, or the right one. Arrays
+// are exchanged with the other switch over `peer`.
 void serve(int control, int peer, std::size_t side, LastLines &last_lines);
 
 }  // namespace lab
