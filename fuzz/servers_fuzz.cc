@@ -30,19 +30,27 @@ struct Listener {
   ~Listener() { unlink(path.c_str()); }
 };
 
+const Listener &listener() {
+  static const Listener only;
+  return only;
+}
+
+lab::Source listening_source() {
+  lab::Source source;
+  source.kind = lab::Source::Kind::unix_socket;
+  source.place = listener().path;
+  return source;
+}
+
 // A server's ends of both connections.
 struct Server {
   std::array<int, 2> ends{};  // of rows, of changes
   lab::Database database;
 
-  explicit Server(lab::TimePoint now) {
-    static const Listener listener;
-    lab::Source source;
-    source.kind = lab::Source::Kind::unix_socket;
-    source.place = listener.path;
-    database = lab::open_database(source, {}, now, {});
+  explicit Server(lab::TimePoint now)
+      : database(lab::open_database(listening_source(), {}, now, {})) {
     lab::step(database, now);
-    for (int &end : ends) end = accept4(listener.file, nullptr, nullptr, SOCK_NONBLOCK);
+    for (int &end : ends) end = accept4(listener().file, nullptr, nullptr, SOCK_NONBLOCK);
   }
   Server(const Server &) = delete;
   ~Server() {

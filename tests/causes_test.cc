@@ -112,7 +112,8 @@ std::vector<Cause> causes_of_checks() {
                   {{checked, invalid, both_missing, "40dd0003", with_arrays(checker, {}, {})},
                    {checked, local, local_missing, "40dd003a", with_arrays(checker, {}, none)},
                    {checked, peer, peer_missing, "40dd003a", with_arrays(checker, none, {})},
-                   {checked, "failed (rc=*) get_next_tlv", at_peer, "40dd0001", [=] {
+                   {checked, "failed (rc=*) get_next_tlv", at_peer, "40dd0001",
+                    [checker = checker, type = type] {
                       cache(0, STP_MCEC_TYPE1_STP_MODE, word(STP_MCEC_STP_MODE_MST));
                       return check_arrays(checker, array({{type, word(1)}}), array({{1, word(1)}}));
                     }}});

@@ -31,7 +31,7 @@ Descriptor make_input(std::string_view text) {
 // The program starts in a session and a process group of its own, with the usual signals and the
 // environment of the lab. A file without "#!" is no program: execvp() and what is built on it would
 // have a shell run it. 0, or an error.
-int spawn(std::string path, int input, pid_t &pid) {
+int spawn(const std::string &path, int input, pid_t &pid) {
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
   posix_spawn_file_actions_adddup2(&files, input, STDIN_FILENO);
@@ -47,7 +47,8 @@ int spawn(std::string path, int input, pid_t &pid) {
                            POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
   // hiredis leaves its sockets open for programs, and they are logged in.
   close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
-  const std::array<char *, 2> words = {path.data(), nullptr};
+  std::string name = path;
+  const std::array<char *, 2> words = {name.data(), nullptr};
   const int error = posix_spawn(&pid, path.c_str(), &files, &attributes, words.data(), environ);
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&files);
