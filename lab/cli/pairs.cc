@@ -95,7 +95,7 @@ std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &
            line_form});
     } else if (!names.insert(printable(parts[0])).second) {
       errors.push_back({number, 1, "",
-                        "found the name '" + printable(cut(parts[0], 64)) + "' twice",
+                        "found the name '" + cut(printable(parts[0]), 64) + "' twice",
                         "a name for each pair"});
     } else {
       PairEntry &pair = pairs.emplace_back();

@@ -103,7 +103,7 @@ ParsedRanges parse_member(std::string_view member) {
 }
 
 std::string shown(std::string_view text) {
-  return printable(cut(text, 64));
+  return cut(printable(text), 64);
 }
 
 std::string quote(std::string_view text) {
