@@ -69,12 +69,12 @@ struct Server {
 void check_snapshot(const lab::Snapshot &snapshot) {
   must(lab::printable(snapshot.reason) == snapshot.reason, "a reason can be shown");
   must(snapshot.reason.size() < 1000, "a reason is short");
-  must((snapshot.state == lab::SourceState::lost) == !snapshot.reason.empty(),
+  must((snapshot.state == lab::SourceState::disconnected) == !snapshot.reason.empty(),
        "a loss has a reason, and nothing else has");
   const lab::ReadSettings read =
       lab::settings_of(lab::unpack(snapshot.contents), lab::all_errors(snapshot));
   check_errors(read.errors, "");
-  if (snapshot.state == lab::SourceState::here && read.errors.empty()) {
+  if (snapshot.state == lab::SourceState::connected && read.errors.empty()) {
     write_and_read(read.settings);
   }
 }
@@ -87,7 +87,7 @@ void check_text(std::string_view rest) {
   lab::TimePoint now = lab::Clock::now();
   Server server(now);
   const lab::Snapshot &snapshot = server.database.snapshot;
-  while (!rest.empty() && snapshot.state != lab::SourceState::lost) {
+  while (!rest.empty() && snapshot.state != lab::SourceState::disconnected) {
     const std::size_t end = std::min(rest.find("\n\n"), rest.size() - 1) + 1;
     const std::string_view piece = rest.substr(0, end);
     rest.remove_prefix(std::min(end + 1, rest.size()));
@@ -99,10 +99,10 @@ void check_text(std::string_view rest) {
   }
   check_snapshot(snapshot);
   // From then on the server is silent.
-  for (int i = 0; i < 15 && snapshot.state != lab::SourceState::lost; ++i) {
+  for (int i = 0; i < 15 && snapshot.state != lab::SourceState::disconnected; ++i) {
     now += 1000ms;
     lab::step(server.database, now);
   }
-  must(snapshot.state == lab::SourceState::lost, "a silent server is lost within 15 s");
+  must(snapshot.state == lab::SourceState::disconnected, "a silent server is lost within 15 s");
   check_snapshot(snapshot);
 }

@@ -51,10 +51,10 @@ inline void write_and_read(const lab::Settings &settings) {
 inline void check_source(const lab::ParsedSource &parsed) {
   const lab::Source &source = parsed.source;
   check_errors(parsed.errors, "");
-  must(lab::printable(source.shown) == source.shown, "a source can be shown");
-  const std::size_t login = std::min(source.shown.find("://"), source.shown.size());
+  must(lab::printable(source.label) == source.label, "a source can be shown");
+  const std::size_t login = std::min(source.label.find("://"), source.label.size());
   const std::string host =
-      source.shown.substr(login, source.shown.find_first_of("/?", login + 3) - login);
+      source.label.substr(login, source.label.find_first_of("/?", login + 3) - login);
   must(source.password.empty() || host.find(':' + source.password + '@') == std::string::npos,
        "a password is not shown");
   must(!parsed.errors.empty() || !source.place.empty(), "a source has a place");

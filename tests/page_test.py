@@ -321,7 +321,7 @@ def look_at_fleet(driver, watch, address):
     check("messages", driver.get_log("browser"), [])
     driver.get(address)
     watch.kill()
-    within("the message that the watch is gone", lambda: driver.find_element("id", "lost").is_displayed())
+    within("the message that the watch is gone", lambda: driver.find_element("id", "stale").is_displayed())
 
 
 def look_without_script(driver, time_of_page):

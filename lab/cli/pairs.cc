@@ -120,9 +120,9 @@ std::vector<PairEntry> read_pairs_file(const std::string &path, const std::strin
   if (errors.empty()) {
     pairs = read_pair_list(text, path.substr(0, path.rfind('/') + 1), name_space, errors);
   }
-  const std::string shown = hide_login(path);
-  print_errors(shown, errors);
-  if (!errors.empty()) source_errors.push_back({shown, std::move(errors)});
+  const std::string label = hide_login(path);
+  print_errors(label, errors);
+  if (!errors.empty()) source_errors.push_back({label, std::move(errors)});
   return pairs;
 }
 
@@ -151,9 +151,9 @@ std::vector<PairEntry> read_watched_pairs(const Arguments &arguments,
   for (const PairEntry &pair : pairs) {
     for (const ParsedSource &parsed : pair.sources) {
       InputErrors wrong_with_it = find_errors(arguments, parsed);
-      print_errors(parsed.source.shown, wrong_with_it);
+      print_errors(parsed.source.label, wrong_with_it);
       if (wrong_with_it.empty()) continue;
-      errors.push_back({parsed.source.shown, std::move(wrong_with_it)});
+      errors.push_back({parsed.source.label, std::move(wrong_with_it)});
     }
   }
   return pairs;

@@ -126,7 +126,7 @@ std::string describe_changes(const Fix &fix, const SideNames &names) {
       const std::string place = place_text(change);
       const bool is_new = std::exchange(last_place, place) != place;
       return (is_new ? place + ": " : "") +
-             (change.value ? visible(shown(joined(*change.value))) : "nothing");
+             (change.value ? visible(shorten(joined(*change.value))) : "nothing");
     }));
   });
 }

@@ -85,7 +85,7 @@ std::string write_filters(const FleetStatus &fleet, const FleetFilter &filter) {
 <input type="hidden" name="verdict" value="{}">
 <button>Filter</button>
 </form>
-<p id="lost" role="alert" hidden>The watch does not answer: this page may be out of date.</p>
+<p id="stale" role="alert" hidden>The watch does not answer: this page may be out of date.</p>
 )",
                      links, escaped(filter.name), escaped(filter.verdict));
 }

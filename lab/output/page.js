@@ -16,7 +16,7 @@ const drawGrid = (grid) => {
     return element;
   };
 
-  // How a cell shows what one switch says of a VLAN.
+  // How a cell shows the state of a VLAN on one switch.
   const instanceOf = (fact) => Number(/^instance (\d+)$/.exec(fact)?.[1] ?? 0);
   const lookOf = (fact) => {
     const instance = instanceOf(fact) - 1;
@@ -29,16 +29,16 @@ const drawGrid = (grid) => {
     cell.append(make("i", `half upper ${lookOf(left)}`), make("i", `half lower ${lookOf(right)}`));
     return cell;
   };
-  const sentence = ({ left, right, says }) => {
+  const sentence = ({ left, right, meaning }) => {
     const other = left.startsWith("instance ") ? right.replace("instance ", "") : right;
     const where = left === right ? `${left} on both` : `${left} on ${sides.left}, ${other} on ${sides.right}`;
-    return `${where}: ${says}`;
+    return `${where}: ${meaning}`;
   };
 
   const groupOf = new Array(COUNT);
   const groups = [...document.querySelectorAll("tr[data-state]")].map((row) => {
-    const [, left, right, says] = [...row.cells].map((cell) => cell.textContent);
-    const group = { left, right, says, state: row.dataset.state };
+    const [, left, right, meaning] = [...row.cells].map((cell) => cell.textContent);
+    const group = { left, right, meaning, state: row.dataset.state };
     for (const range of row.dataset.vlans.split(",")) {
       const [first, last = first] = range.split("-").map(Number);
       groupOf.fill(group, first, last + 1);
@@ -85,8 +85,8 @@ const drawGrid = (grid) => {
   }
   const split = groups.find(({ left, right }) => left !== right);
   if (split) explain({ ...split, state: "same" }, `upper left: ${sides.left}; lower right: ${sides.right}`);
-  for (const [state, says] of new Map(groups.map(({ state, says }) => [state, says]))) {
-    if (state !== "same") explain({ left: "", right: "", state }, says);
+  for (const [state, meaning] of new Map(groups.map(({ state, meaning }) => [state, meaning]))) {
+    if (state !== "same") explain({ left: "", right: "", state }, meaning);
   }
 
   // --- hover and focus ---
@@ -162,7 +162,7 @@ const keepFresh = (name) => {
     }
     if (number !== last) return;
     if (page) replace(page);
-    document.getElementById("lost").hidden = page !== null;
+    document.getElementById("stale").hidden = page !== null;
     timer = setTimeout(refresh, PAUSE);
   };
   name.addEventListener("input", () => {
@@ -173,7 +173,7 @@ const keepFresh = (name) => {
   });
   timer = setTimeout(refresh, PAUSE);
 };
-if (document.getElementById("lost")) keepFresh(document.getElementById("name"));
+if (document.getElementById("stale")) keepFresh(document.getElementById("name"));
 
 // Paper has no folds to open: long values are printed whole.
 let opened = [];

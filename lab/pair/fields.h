@@ -37,7 +37,7 @@ Bytes encode_record(const Record &record) {
   return {text.begin(), text.end()};
 }
 
-// Throws Garbled. Lengths inside a frame are believed as far as memory lasts: frames come from the
+// Throws DecodeError. Lengths inside a frame are believed as far as memory lasts: frames come from the
 // lab's own processes, and one that is garbage ends in an exception.
 template <class Record>
 Record decode_record(const Bytes &frame) {
@@ -48,7 +48,7 @@ Record decode_record(const Bytes &frame) {
     archive(record);
     return record;
   } catch (const std::exception &problem) {
-    throw Garbled(problem.what());
+    throw DecodeError(problem.what());
   }
 }
 

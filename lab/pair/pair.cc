@@ -129,8 +129,8 @@ Replies ask(Pair &pair, const Requests &requests, bool log) {
         died.push_back(switch_name(i) + " " + how_it_ended(answering.process) +
                        last_words(*answering.last_lines));
       }
-    } catch (const Garbled &garbled) {
-      throw SwitchFailed(switch_name(i) + ": " + garbled.what());
+    } catch (const DecodeError &error) {
+      throw SwitchFailed(switch_name(i) + ": " + error.what());
     }
   }
   // A switch that misses the other one reports nothing but its end.

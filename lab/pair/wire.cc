@@ -96,7 +96,7 @@ std::optional<Bytes> read_frame(int socket, const Waiting &waiting) {
   Bytes length(sizeof size);
   if (!move_all(socket, POLLIN, waiting, length)) return std::nullopt;
   std::memcpy(&size, length.data(), sizeof size);
-  if (size > longest_frame) throw Garbled("a frame too long");
+  if (size > longest_frame) throw DecodeError("a frame too long");
   Bytes content(size);
   if (!move_all(socket, POLLIN, waiting, content)) return std::nullopt;
   return content;

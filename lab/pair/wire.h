@@ -12,8 +12,8 @@
 namespace lab {
 
 // The other end does not speak as it should.
-struct Garbled : std::runtime_error {
-  explicit Garbled(const std::string &how)
+struct DecodeError : std::runtime_error {
+  explicit DecodeError(const std::string &how)
       : std::runtime_error("it does not speak as a switch does: " + how) {}
 };
 
@@ -25,13 +25,13 @@ Bytes make_frame(const Bytes &content);
 // false: the other end is gone. Throws Interrupted, and what `waiting` throws.
 bool write_frame(int socket, const Bytes &content, const Waiting &waiting = nullptr);
 
-// Nothing: the other end is gone. Also throws Garbled.
+// Nothing: the other end is gone. Also throws DecodeError.
 std::optional<Bytes> read_frame(int socket, const Waiting &waiting = nullptr);
 
 Bytes encode(const Request &request);
 Bytes encode(const Reply &reply);
 
-// Throw Garbled.
+// Throw DecodeError.
 Request decode_request(const Bytes &frame);
 Reply decode_reply(const Bytes &frame);
 

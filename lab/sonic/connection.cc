@@ -76,7 +76,7 @@ void finish_connecting(Connection &connection) {
   int error = 0;
   socklen_t size = sizeof error;
   getsockopt(connection.context->fd, SOL_SOCKET, SO_ERROR, &error, &size);
-  if (error != 0) throw ConnectionLost{std::strerror(error)};
+  if (error != 0) throw ConnectionError{std::strerror(error)};
   connection.connected = true;
 }
 
@@ -84,7 +84,7 @@ void read_available(Connection &connection) {
   redisReader *reader = connection.context->reader;
   const std::size_t before = reader->len;
   if (redisBufferRead(connection.context.get()) != REDIS_OK) {
-    throw ConnectionLost{error_of(connection)};
+    throw ConnectionError{error_of(connection)};
   }
   connection.unfinished_bytes += reader->len - before;
   constexpr std::size_t greeting_size = 8;
@@ -110,7 +110,7 @@ void take_answers(Connection &connection, const std::function<void(const redisRe
   while (connection.context != nullptr) {
     void *read = nullptr;
     if (redisGetReplyFromReader(connection.context.get(), &read) != REDIS_OK) {
-      throw ConnectionLost{error_of(connection)};
+      throw ConnectionError{error_of(connection)};
     }
     const std::unique_ptr<redisReply, FreeReply> reply(static_cast<redisReply *>(read));
     if (reply == nullptr) break;
@@ -121,12 +121,12 @@ void take_answers(Connection &connection, const std::function<void(const redisRe
   const ReadLimits &limits = connection.limits;
   if (connection.context != nullptr &&
       has_long_line(*connection.context->reader, limits.line_bytes)) {
-    throw ConnectionLost{"the server sends a line of more than " +
-                         std::to_string(limits.line_bytes) + " bytes"};
+    throw ConnectionError{"the server sends a line of more than " +
+                          std::to_string(limits.line_bytes) + " bytes"};
   }
   if (connection.unfinished_bytes > limits.answer_bytes) {
-    throw ConnectionLost{"the server sends an answer of more than " +
-                         std::to_string(limits.answer_bytes) + " bytes"};
+    throw ConnectionError{"the server sends an answer of more than " +
+                          std::to_string(limits.answer_bytes) + " bytes"};
   }
 }
 
@@ -152,7 +152,7 @@ Resolved find_addresses(const std::string &host) {
 }  // namespace
 
 void refuse_answer(const std::string &what) {
-  throw ConnectionLost{protocol_error + what};
+  throw ConnectionError{protocol_error + what};
 }
 
 bool is_address(const std::string &host) {
@@ -187,8 +187,8 @@ Connection connect_to(const Source &source, const std::string &address, const Re
   if (!is_path) connection.place += ":" + std::to_string(source.port);
   connection.limits = limits;
   connection.elements_left = std::make_unique<std::size_t>(limits.answer_elements);
-  if (context == nullptr) throw ConnectionLost{"there is no memory for a connection"};
-  if (context->err != 0) throw ConnectionLost{error_of(connection)};
+  if (context == nullptr) throw ConnectionError{"there is no memory for a connection"};
+  if (context->err != 0) throw ConnectionError{error_of(connection)};
   static redisReplyObjectFunctions functions;
   usual_functions = std::exchange(context->reader->fn, &functions);
   functions = *usual_functions;
@@ -207,7 +207,7 @@ void send_request(Connection &connection, TimePoint now, Ask what,
   }
   if (redisAppendCommandArgv(connection.context.get(), static_cast<int>(words.size()), texts.data(),
                              lengths.data()) != REDIS_OK) {
-    throw ConnectionLost{error_of(connection)};
+    throw ConnectionError{error_of(connection)};
   }
   if (connection.awaited.empty()) connection.answered = now;
   connection.writing = true;
@@ -232,17 +232,17 @@ Asked next_awaited(Connection &connection, TimePoint now) {
 
 void refuse(Ask what, std::string_view error, const ReadLimits &limits) {
   const auto begins = [error](const char *word) { return error.starts_with(word); };
-  if (begins("LOADING")) throw ConnectionLost{"the server is loading its data"};
-  if (begins("NOAUTH")) throw ConnectionLost{"the server asks for a password", true};
+  if (begins("LOADING")) throw ConnectionError{"the server is loading its data"};
+  if (begins("NOAUTH")) throw ConnectionError{"the server asks for a password", true};
   std::string text = printable(cut(error.substr(0, error.find(". ")), limits.error_bytes));
   if (text.empty()) text = "the server answers with an error";
-  if (begins("NOPERM")) throw ConnectionLost{text, true};
+  if (begins("NOPERM")) throw ConnectionError{text, true};
   // An answer to a login may repeat the password.
   if (what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
-    throw ConnectionLost{"the password is refused", true};
+    throw ConnectionError{"the password is refused", true};
   }
   // A database that the server does not have will not come.
-  throw ConnectionLost{text, what == Ask::select};
+  throw ConnectionError{text, what == Ask::select};
 }
 
 std::string_view text_of(const redisReply &reply) {
@@ -257,7 +257,7 @@ void flush(Connection &connection) {
   if (connection.context == nullptr || !connection.connected || !connection.writing) return;
   int done = 1;
   if (redisBufferWrite(connection.context.get(), &done) != REDIS_OK) {
-    throw ConnectionLost{error_of(connection)};
+    throw ConnectionError{error_of(connection)};
   }
   connection.writing = done == 0;
 }
@@ -280,7 +280,7 @@ void check_answer_time(const Connection &connection, TimePoint now) {
   if (connection.awaited.empty() || now - connection.answered < connection.limits.answer_time) {
     return;
   }
-  throw ConnectionLost{"no complete answer within " + seconds_text(connection.limits.answer_time)};
+  throw ConnectionError{"no complete answer within " + seconds_text(connection.limits.answer_time)};
 }
 
 bool is_quiet(const Connection &connection, TimePoint now, Clock::duration time) {

@@ -59,7 +59,7 @@ struct Connection {
 };
 
 // Why a source is lost; thrown by all that follows.
-struct ConnectionLost {
+struct ConnectionError {
   std::string reason;
   bool refused = false;  // it is of no use to try again
   bool has_no_address = false;

@@ -64,7 +64,7 @@ void open(Database &database, TimePoint now) {
   try {
     database.resolver = start_resolver(database.source.place, now + database.limits.answer_time);
   } catch (const std::system_error &problem) {
-    throw ConnectionLost{"the host is not known: " + printable(problem.what()), false, true};
+    throw ConnectionError{"the host is not known: " + printable(problem.what()), false, true};
   }
 }
 
@@ -72,26 +72,26 @@ void take_addresses(Database &database, TimePoint now) {
   if (database.resolver->result.wait_for(0s) == std::future_status::ready) {
     const Resolved resolved = database.resolver->result.get();
     database.resolver.reset();
-    if (!resolved.problem.empty()) throw ConnectionLost{resolved.problem, false, true};
+    if (!resolved.problem.empty()) throw ConnectionError{resolved.problem, false, true};
     database.addresses = resolved.addresses;
   } else if (now >= database.resolver->due) {
-    throw ConnectionLost{"the address of the host is not found in time", false, true};
+    throw ConnectionError{"the address of the host is not found in time", false, true};
   }
 }
 
-void close_after(Database &database, const ConnectionLost &lost, TimePoint now) {
+void close_after(Database &database, const ConnectionError &error, TimePoint now) {
   const bool elsewhere = !database.rows.connected && !database.addresses.empty();
   static_cast<DatabaseSession &>(database) = {};
   if (elsewhere) return;  // at the host's next address
   database.away = true;
   database.pause = std::clamp<Clock::duration>(
       database.pause * 2, first_pause,
-      lost.refused || lost.has_no_address ? longest_pause_of_refused : longest_pause);
+      error.refused || error.has_no_address ? longest_pause_of_refused : longest_pause);
   // Those who lost a server at one time do not come back at one time.
   static std::minstd_rand random(std::random_device{}());
   const double part = std::uniform_real_distribution(0.5, 1.0)(random);
   database.try_next = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
-  lose(database.snapshot, lost.reason, lost.refused);
+  mark_disconnected(database.snapshot, error.reason, error.refused);
 }
 
 // --- readings ---
@@ -230,11 +230,12 @@ void take_notice(Database &database, const redisReply &reply, TimePoint now) {
 // --- a step ---
 
 void check_deadline(Database &database, TimePoint now) {
-  if (database.snapshot.state == SourceState::here && !database.reading && database.rounds == 0) {
+  if (database.snapshot.state == SourceState::connected && !database.reading &&
+      database.rounds == 0) {
     database.deadline.reset();
   } else if (database.deadline && now >= *database.deadline) {
-    throw ConnectionLost{"the database is not read within " +
-                         seconds_text(database.limits.reading_time)};
+    throw ConnectionError{"the database is not read within " +
+                          seconds_text(database.limits.reading_time)};
   }
 }
 
@@ -281,9 +282,9 @@ void work(Database &database, TimePoint now) {
   move(database.changes, [&](const redisReply &reply) { take_notice(database, reply, now); });
   continue_reading(database, now);
   Snapshot &snapshot = database.snapshot;
-  if (snapshot.state != SourceState::here && snapshot.contents != nullptr &&
+  if (snapshot.state != SourceState::connected && snapshot.contents != nullptr &&
       database.repeats == 0 && settle_changes(database, now)) {
-    snapshot.state = SourceState::here;
+    snapshot.state = SourceState::connected;
     snapshot.reason.clear();
     if (database.changed.empty()) snapshot.first_change.reset();
     database.pause = {};
@@ -310,8 +311,8 @@ Database open_database(const Source &source, const ReadIntervals &intervals, Tim
 void step(Database &database, TimePoint now) {
   try {
     work(database, now);
-  } catch (const ConnectionLost &lost) {
-    close_after(database, lost, now);
+  } catch (const ConnectionError &error) {
+    close_after(database, error, now);
   }
 }
 
@@ -330,7 +331,7 @@ TimePoint due(const Database &database) {
 
 bool settle(Database &database, TimePoint now) {
   Snapshot &snapshot = database.snapshot;
-  if (snapshot.state != SourceState::here) return true;
+  if (snapshot.state != SourceState::connected) return true;
   if (!snapshot.notifications && database.repeats > 0) return false;
   if (database.rounds == 0) {
     snapshot.first_change.reset();
@@ -340,8 +341,8 @@ bool settle(Database &database, TimePoint now) {
     const bool is_settled = settle_changes(database, now);
     flush(database.rows);
     return is_settled;
-  } catch (const ConnectionLost &lost) {
-    close_after(database, lost, now);
+  } catch (const ConnectionError &error) {
+    close_after(database, error, now);
     return true;
   }
 }

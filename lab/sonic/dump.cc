@@ -311,11 +311,11 @@ struct DumpReader {
     for (const Node &value : root.members) {
       if (!name_space.empty() && is_namespace(value.name)) namespaces.insert(value.name);
       if (name_space.empty() || value.name != name_space) continue;
-      if (std::exchange(is_selected, true)) repeated(shown(name_space));
+      if (std::exchange(is_selected, true)) repeated(shorten(name_space));
       if (value.what == an_object) {
         read_tables(value);
       } else {
-        add_error(shown(name_space), value.what, "a dump, an object of tables");
+        add_error(shorten(name_space), value.what, "a dump, an object of tables");
       }
     }
     check_form(root, name_space, is_selected);

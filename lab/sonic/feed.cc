@@ -76,8 +76,8 @@ bool DatabaseFeed::settle() {
 }
 
 void DatabaseFeed::wait() {
-  if (place == Place::inside &&
-      (database.snapshot.state == SourceState::here || database.away || Clock::now() >= leaves)) {
+  if (place == Place::inside && (database.snapshot.state == SourceState::connected ||
+                                 database.away || Clock::now() >= leaves)) {
     admission.leave(*this);
   }
   struct Needed {
@@ -118,7 +118,7 @@ std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const R
   Admission admission(loop);
   std::deque<DatabaseFeed> feeds;
   const auto is_opening = [](const DatabaseFeed &feed) {
-    return feed.database.snapshot.state == SourceState::opening;
+    return feed.database.snapshot.state == SourceState::connecting;
   };
   for (const Source &source : sources) {
     feeds.emplace_back(admission, source, ReadIntervals{}, limits, [&] {

@@ -28,13 +28,13 @@ std::size_t memory_of(const std::string &name, const Row &row) {
 
 void check_memory(const Reading &reading, const ReadLimits &limits) {
   if (reading.memory <= limits.memory_bytes) return;
-  throw ConnectionLost{
+  throw ConnectionError{
       fmt::format("the rows of the database take more than {} bytes", limits.memory_bytes)};
 }
 
 void check_size(const std::string &text, std::size_t most, const char *what) {
   if (text.size() <= most) return;
-  throw ConnectionLost{fmt::format("the server sends {} of more than {} bytes", what, most)};
+  throw ConnectionError{fmt::format("the server sends {} of more than {} bytes", what, most)};
 }
 
 bool is_list(const redisReply &reply, std::size_t elements) {
@@ -53,7 +53,7 @@ std::string text_in(const redisReply &list, std::size_t i, const char *command) 
 std::optional<Row> read_row(const std::string &name, const redisReply &reply, InputErrors &errors,
                             const ReadLimits &limits) {
   if (reply.type == REDIS_REPLY_ERROR) {  // the one that is left is a wrong type
-    errors.push_back({0, 0, shown(name), "found a value of another type", "a hash"});
+    errors.push_back({0, 0, shorten(name), "found a value of another type", "a hash"});
     return std::nullopt;
   }
   if (reply.type != REDIS_REPLY_ARRAY) refuse_answer("an answer to HGETALL that is not a list");
@@ -77,8 +77,8 @@ std::optional<Row> read_row(const std::string &name, const redisReply &reply, In
     }
     if (!row.try_emplace(field, has_list ? FieldValue(std::move(members)) : FieldValue(value))
              .second) {
-      errors.push_back(
-          {0, 0, shown(name) + " " + shown(field), "found it as a list and as a text", "it once"});
+      errors.push_back({0, 0, shorten(name) + " " + shorten(field),
+                        "found it as a list and as a text", "it once"});
     }
   }
   return row;
@@ -121,13 +121,13 @@ std::string take_keys(Reading &reading, const redisReply &reply, const ReadLimit
     reading.to_ask.push_back(std::move(name));
     const std::size_t most = table == "VLAN_MEMBER" ? limits.rows : limits.rows_of_table;
     if (of_table.size() > most) {
-      throw ConnectionLost{fmt::format("the database has more than {} rows of {}", most, table)};
+      throw ConnectionError{fmt::format("the database has more than {} rows of {}", most, table)};
     }
   }
   check_memory(reading, limits);
   if (++reading.scans >= limits.scan_rounds && cursor != "0") {
-    throw ConnectionLost{fmt::format("the server has not listed its keys after {} answers to SCAN",
-                                     limits.scan_rounds)};
+    throw ConnectionError{fmt::format("the server has not listed its keys after {} answers to SCAN",
+                                      limits.scan_rounds)};
   }
   return cursor;
 }
@@ -139,8 +139,8 @@ void take_row(Reading &reading, const std::string &name, const redisReply &reply
   reading.errors.erase(name);
   if (!errors.empty()) reading.errors.emplace(name, std::move(errors));
   if (reading.errors.size() > limits.unreadable_rows) {
-    throw ConnectionLost{fmt::format("the database has more than {} rows that cannot be read",
-                                     limits.unreadable_rows)};
+    throw ConnectionError{fmt::format("the database has more than {} rows that cannot be read",
+                                      limits.unreadable_rows)};
   }
   if (const Row *before = find_row(reading.rows, name)) {
     reading.memory -= memory_of(name, *before);

@@ -1,5 +1,5 @@
 // A reading of the rows of a database, and what the answers of its server contain. An answer that
-// no server would give is a protocol error, thrown as ConnectionLost, as is one past a limit.
+// no server would give is a protocol error, thrown as ConnectionError, as is one past a limit.
 #pragma once
 
 #include <deque>

@@ -67,7 +67,7 @@ std::string joined(const FieldValue &value);
 ParsedRanges parse_member(std::string_view member);
 
 // A text from outside as an error shows it: fit for a terminal, and not too long for one.
-std::string shown(std::string_view text);
+std::string shorten(std::string_view text);
 std::string quote(std::string_view text);  // in quotation marks
 
 // "STP_PORT|PortChannel10 root_guard"; without a field the row.

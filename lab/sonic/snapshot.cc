@@ -66,7 +66,7 @@ bool set_contents(Snapshot &snapshot, SharedContents contents) {
 
 InputErrors all_errors(const Snapshot &snapshot) {
   InputErrors all;
-  if (snapshot.state == SourceState::lost) {
+  if (snapshot.state == SourceState::disconnected) {
     all.push_back({0, 0, "", snapshot.reason, "a configuration database"});
   }
   for (const auto &[row, errors] : snapshot.errors) {
@@ -75,9 +75,9 @@ InputErrors all_errors(const Snapshot &snapshot) {
   return all;
 }
 
-void lose(Snapshot &snapshot, std::string reason, bool refused) {
+void mark_disconnected(Snapshot &snapshot, std::string reason, bool refused) {
   snapshot = Snapshot{};
-  snapshot.state = SourceState::lost;
+  snapshot.state = SourceState::disconnected;
   snapshot.reason = std::move(reason);
   snapshot.refused = refused;
 }

@@ -26,13 +26,13 @@ SharedContents pack(const Rows &rows);
 Rows unpack(const SharedContents &contents);  // none without contents, and of a state file
 
 enum class SourceState {
-  opening,  // it is asked for the first time
-  here,
-  lost,  // its contents are not known
+  connecting,  // it is asked for the first time
+  connected,
+  disconnected,  // its contents are not known
 };
 
 struct Snapshot {
-  SourceState state = SourceState::opening;
+  SourceState state = SourceState::connecting;
   std::string reason;          // of a loss
   bool refused = false;        // it is lost because it refuses access
   bool notifications = false;  // it notifies of changes
@@ -64,6 +64,6 @@ bool set_contents(Snapshot &snapshot, SharedContents contents);
 InputErrors all_errors(const Snapshot &snapshot);  // also that it is lost
 
 // Forget the contents of the source.
-void lose(Snapshot &snapshot, std::string reason, bool refused);
+void mark_disconnected(Snapshot &snapshot, std::string reason, bool refused);
 
 }  // namespace lab

@@ -124,7 +124,7 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
     source.user = decoded(login.substr(0, end), parsed);
     source.password = decoded(login.substr(std::min(end + 1, login.size())), parsed);
     authority.remove_prefix(at + 1);
-    source.shown = printable(std::string(scheme) + std::string(login.substr(0, end)) +
+    source.label = printable(std::string(scheme) + std::string(login.substr(0, end)) +
                              (end > 0 ? "@" : "") + std::string(authority) + std::string(path));
   } else if (!authority.empty() && path.find('@') != path.npos) {
     add_error("found a '/' or a '?' in a user or a password", "%2F or %3F", parsed.errors);
@@ -225,7 +225,7 @@ std::string read_private(int file, const std::string &path, InputErrors &errors)
 ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side) {
   ParsedSource parsed;
   Source &source = parsed.source;
-  source.shown = hide_login(text);
+  source.label = hide_login(text);
   source.place = text;
   const std::size_t colon = text.find("://");
   if (colon == text.npos || text.substr(0, colon).find('/') != text.npos) {
@@ -244,7 +244,7 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
     parse_url(scheme, text.substr(scheme.size()), parsed);
   }
   // What is wrong may be a part of the password, and stand anywhere.
-  if (!parsed.errors.empty()) source.shown = printable(scheme) + "...";
+  if (!parsed.errors.empty()) source.label = printable(scheme) + "...";
   const char *password = side ? std::getenv(password_variables.at(*side)) : nullptr;
   if (source.password.empty() && password != nullptr) source.password = password;
   return parsed;

@@ -15,7 +15,7 @@ namespace lab {
 struct Source {
   enum class Kind { file, tcp, unix_socket };
   Kind kind = Kind::file;
-  std::string shown;  // for people and programs: as it was given, without the password
+  std::string label;  // for people and programs: as it was given, without the password
   std::string place;  // a path ("-": the standard input), or a host's name or address
   uint16_t port = 6379;
   uint32_t database = 4;
@@ -29,7 +29,7 @@ struct Source {
 
 struct ParsedSource {
   Source source;
-  InputErrors errors;  // with some, only `shown` is set
+  InputErrors errors;  // with some, only `label` is set
 
   bool operator==(const ParsedSource &) const = default;
 };

@@ -102,16 +102,16 @@ ParsedRanges parse_member(std::string_view member) {
   return {{{*first, *last}}, RangeFault::none};
 }
 
-std::string shown(std::string_view text) {
+std::string shorten(std::string_view text) {
   return cut(printable(text), 64);
 }
 
 std::string quote(std::string_view text) {
-  return '\'' + shown(text) + '\'';
+  return '\'' + shorten(text) + '\'';
 }
 
 std::string row_place(const std::string &table, std::string_view key, std::string_view field) {
-  return table + '|' + shown(key) + (field.empty() ? "" : ' ' + shown(field));
+  return table + '|' + shorten(key) + (field.empty() ? "" : ' ' + shorten(field));
 }
 
 }  // namespace lab

@@ -24,7 +24,7 @@ std::vector<RowChange> find_changed_rows(PairWatch &watch, std::size_t side) {
                        std::optional<Row> after) {
     names.insert(name);
     rows.push_back({.side = side,
-                    .row = name.empty() ? watch.entry.sources[side].source.shown : name,
+                    .row = name.empty() ? watch.entry.sources[side].source.label : name,
                     .before = std::move(before),
                     .after = std::move(after)});
   };
@@ -148,7 +148,7 @@ std::vector<Event> report_disconnections(PairWatch &watch) {
   std::vector<Event> events;
   for (std::size_t i = 0; i < watch.sides.size(); ++i) {
     const Snapshot &snapshot = snapshot_of(watch, i);
-    if (snapshot.state != SourceState::lost) continue;
+    if (snapshot.state != SourceState::disconnected) continue;
     // A source that was not connected again in the meantime is reported once only.
     const bool is_reported = watch.sides[i].disconnected;
     watch.sides[i] = {.disconnected = true};
@@ -160,7 +160,7 @@ std::vector<Event> report_disconnections(PairWatch &watch) {
     if (is_reported) continue;
     Event event = make_event(Event::Kind::disconnected, watch);
     event.side = i;
-    event.source = watch.entry.sources[i].source.shown;
+    event.source = watch.entry.sources[i].source.label;
     event.reason = snapshot.reason;
     events.push_back(std::move(event));
   }
@@ -201,7 +201,7 @@ std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer) {
     }
     Event event = make_event(Event::Kind::error, watch);
     event.side = i;
-    event.source = watch.entry.sources[i].source.shown;
+    event.source = watch.entry.sources[i].source.label;
     event.rows = std::move(rows);
     event.errors = watch.sides[i].errors;
     events.push_back(std::move(event));

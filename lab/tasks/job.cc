@@ -38,11 +38,11 @@ LAB_FIELDS(Comparison, it.report, it.matched)
 LAB_FIELDS(AcceptEntry, it.line, it.kind, it.scope, it.pair, it.acceptance, it.type, it.values,
            it.note, it.incomplete)
 LAB_FIELDS(CompareOptions, it.name, it.is_intended, it.is_strict, it.accept)
-LAB_FIELDS(Source, it.shown, it.place, it.name_space)  // of a file
+LAB_FIELDS(Source, it.label, it.place, it.name_space)  // of a file
 LAB_FIELDS(Contents, it.has_rows, it.text)
 LAB_FIELDS(SideJob, it.source, it.contents, it.errors, it.is_watched)
 LAB_FIELDS(CompareJob, it.sides, it.options)
-LAB_FIELDS(SideAnswer, it.errors, it.lost, it.contents)
+LAB_FIELDS(SideAnswer, it.errors, it.unreadable, it.contents)
 LAB_FIELDS(CompareAnswer, it.problem, it.sides, it.comparison)
 
 namespace {
@@ -54,11 +54,11 @@ Side do_side(SideJob &job, SideAnswer &answer) {
   } else {
     std::string bytes;
     if (job.is_watched) {
-      answer.lost = read_regular_file(job.source.place, bytes);
+      answer.unreadable = read_regular_file(job.source.place, bytes);
     } else {
       bytes = read_file(job.source.place, answer.errors);
     }
-    if (!answer.lost.empty() || !answer.errors.empty()) return side;
+    if (!answer.unreadable.empty() || !answer.errors.empty()) return side;
     side = read_text(job.source, bytes, Format::by_content);
   }
   answer.errors = side.errors;
@@ -78,7 +78,7 @@ CompareAnswer do_job(CompareJob job, Pair &pair) {
   bool can_compare = true;
   for (std::size_t i = 0; i < sides.size(); ++i) {
     if (job.sides[i]) sides[i] = do_side(*job.sides[i], answer.sides[i]);
-    can_compare = can_compare && job.sides[i] && answer.sides[i].lost.empty() &&
+    can_compare = can_compare && job.sides[i] && answer.sides[i].unreadable.empty() &&
                   answer.sides[i].errors.empty();
   }
   if (can_compare) answer.comparison = compare(pair, sides, job.options);

@@ -23,7 +23,7 @@ TimePoint find_due(PairWatch &watch) {
   TimePoint due = TimePoint::max();
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
     const Snapshot &snapshot = snapshot_of(watch, i);
-    if (snapshot.state != SourceState::here) continue;
+    if (snapshot.state != SourceState::connected) continue;
     if (!watch.sides[i].connected) return watch.not_before;
     if (!snapshot.first_change) continue;
     due = std::min({due, *snapshot.last_change + quiet_after, *snapshot.first_change + at_latest});
@@ -48,7 +48,7 @@ std::optional<CompareJob> make_job(PairWatch &watch) {
   job.options.name = watch.entry.name;
   bool is_new = false;
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
-    if (!is_here(watch, i)) continue;
+    if (!is_connected(watch, i)) continue;
     SideJob side{watch.entry.sources[i].source};
     if (auto *file = std::get_if<WatchedFile>(&watch.feeds[i])) {
       side.is_watched = true;
@@ -73,7 +73,7 @@ void take_answer(PairWatch &watch, CompareAnswer answer) {
   if (!answer.problem.empty()) {
     watch.outcome.reset();
     Event event = make_event(Event::Kind::error, watch);
-    event.source = watch.entry.sources[0].source.shown;
+    event.source = watch.entry.sources[0].source.label;
     InputError error;
     error.found = answer.problem;
     event.errors = {error};
@@ -92,7 +92,7 @@ void take_answer(PairWatch &watch, CompareAnswer answer) {
     auto *file = std::get_if<WatchedFile>(&watch.feeds[i]);
     if (file == nullptr || !watch.sides[i].news) continue;
     take_contents(*file, answer.sides[i]);
-    if (is_here(watch, i)) take_news(watch, i);
+    if (is_connected(watch, i)) take_news(watch, i);
   }
   std::vector<Event> events = report_disconnections(watch);
   add(events, report_changes(watch, std::move(answer)));
@@ -120,7 +120,7 @@ void queue_job(PairWatch &watch) {
 // Do what has become possible.
 void advance(PairWatch &watch) {
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
-    if (!watch.is_open && snapshot_of(watch, i).state == SourceState::opening) return;
+    if (!watch.is_open && snapshot_of(watch, i).state == SourceState::connecting) return;
   }
   std::vector<Event> events = report_disconnections(watch);
   const TimePoint due = find_due(watch);
@@ -159,7 +159,7 @@ bool PairWatch::starts_wrong() {
   for (std::size_t i = 0; i < feeds.size(); ++i) {
     const Snapshot &snapshot = snapshot_of(*this, i);
     const bool is_file = std::holds_alternative<WatchedFile>(feeds[i]);
-    if (snapshot.state == SourceState::lost && (snapshot.refused || is_file)) return true;
+    if (snapshot.state == SourceState::disconnected && (snapshot.refused || is_file)) return true;
     if (!sides[i].errors.empty()) return true;
   }
   return false;
@@ -178,8 +178,8 @@ PairStatus PairWatch::status() {
                     .compared = confirmed,
                     .changed = changed};
   for (std::size_t i = 0; i < feeds.size(); ++i) {
-    status.sources[i] = entry.sources[i].source.shown;
-    status.connected[i] = is_here(*this, i) && sides[i].connected;
+    status.sources[i] = entry.sources[i].source.label;
+    status.connected[i] = is_connected(*this, i) && sides[i].connected;
   }
   return status;
 }
@@ -189,8 +189,8 @@ Snapshot &snapshot_of(PairWatch &watch, std::size_t side) {
   return std::get<DatabaseFeed>(watch.feeds[side]).database.snapshot;
 }
 
-bool is_here(PairWatch &watch, std::size_t side) {
-  return snapshot_of(watch, side).state == SourceState::here;
+bool is_connected(PairWatch &watch, std::size_t side) {
+  return snapshot_of(watch, side).state == SourceState::connected;
 }
 
 void update_intervals(PairWatch &watch) {

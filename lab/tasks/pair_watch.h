@@ -112,7 +112,7 @@ struct PairWatch {
 };
 
 Snapshot &snapshot_of(PairWatch &watch, std::size_t side);
-bool is_here(PairWatch &watch, std::size_t side);
+bool is_connected(PairWatch &watch, std::size_t side);
 
 // The reading intervals of the context have changed.
 void update_intervals(PairWatch &watch);

@@ -43,7 +43,7 @@ void report(PairsRun &run, std::list<PairTask>::iterator task, CompareAnswer ans
   for (std::size_t i = 0; i < answer.sides.size(); ++i) {
     const auto &[source, unusable] = task->pair.sources[i];
     const InputErrors &errors = unusable.empty() ? answer.sides[i].errors : unusable;
-    if (!errors.empty()) result.errors.push_back({source.shown, errors});
+    if (!errors.empty()) result.errors.push_back({source.label, errors});
   }
   if (answer.comparison) {
     result.report = std::move(answer.comparison->report);
@@ -77,7 +77,7 @@ void compare(PairsRun &run, std::list<PairTask>::iterator task) {
 // A database has taken a step.
 void take_rows(PairsRun &run, std::list<PairTask>::iterator task, std::size_t side) {
   const Snapshot &snapshot = task->feeds[side]->database.snapshot;
-  if (snapshot.state == SourceState::opening || std::exchange(task->is_read[side], true)) return;
+  if (snapshot.state == SourceState::connecting || std::exchange(task->is_read[side], true)) return;
   for (std::size_t i = 0; i < task->feeds.size(); ++i) {
     if (task->feeds[i] && !task->is_read[i]) return;
   }

@@ -115,7 +115,7 @@ void transfer(Pool &pool, PoolWorker &worker) {
   std::optional<CompareAnswer> answer;
   try {
     answer = decode_answer(worker.input);
-  } catch (const Garbled &) {
+  } catch (const DecodeError &) {
     return restart(pool, worker);
   }
   finish(pool, worker, std::move(*answer));

@@ -33,7 +33,7 @@ struct CompareJob {
 struct SideAnswer {
   InputErrors errors;
   // Of a watched file.
-  std::string lost;         // not empty: why it cannot be read
+  std::string unreadable;   // not empty: why it cannot be read
   SharedContents contents;  // nullptr: it has errors, and no rows
 };
 
@@ -87,7 +87,7 @@ CompareAnswer fail(const std::string &problem);
 
 Bytes encode(const CompareJob &job);
 
-// Throws Garbled.
+// Throws DecodeError.
 CompareAnswer decode_answer(const Bytes &frame);
 
 }  // namespace lab

@@ -40,7 +40,7 @@ ParsedSource find_source(const std::string &text, std::optional<std::size_t> pas
 
 Side read_side(const Source &source, ReadRows rows) {
   ReadSettings read = settings_of(rows.rows, rows.errors);
-  return {.source = source.shown,
+  return {.source = source.label,
           .settings = std::move(read.settings),
           .rows = std::move(rows.rows),
           .errors = std::move(read.errors)};
@@ -52,7 +52,7 @@ Side read_text(const Source &source, const std::string &bytes, Format format) {
     side = read_side(source, read_dump(bytes, source.name_space));
   } else {
     ReadSettings read = read_state(bytes);
-    side.source = source.shown;
+    side.source = source.label;
     side.settings = std::move(read.settings);
     side.errors = std::move(read.errors);
   }
@@ -75,7 +75,7 @@ std::vector<Side> read_sides(const std::vector<ParsedSource> &sources, Format fo
   std::vector<std::size_t> side_of_database;
   for (std::size_t i = 0; i < sources.size(); ++i) {
     const auto &[source, errors] = sources[i];
-    sides[i].source = source.shown;
+    sides[i].source = source.label;
     sides[i].errors = errors;
     if (!errors.empty()) continue;
     if (source.kind != Source::Kind::file) {

@@ -49,18 +49,20 @@ void WatchedFile::look() {
   const bool is_stable = is_same(seen, before);
   if (!is_stable) look_again.reset();
   if (error != 0) {
-    if (state != SourceState::lost) lose(snapshot, std::strerror(error), false);
-  } else if (state == SourceState::opening ||
-             (state == SourceState::lost && is_stable &&  // nobody is writing it
+    if (state != SourceState::disconnected)
+      mark_disconnected(snapshot, std::strerror(error), false);
+  } else if (state == SourceState::connecting ||
+             (state == SourceState::disconnected && is_stable &&  // nobody is writing it
               (!look_again || now >= *look_again))) {
     snapshot = {};
-    snapshot.state = SourceState::here;
+    snapshot.state = SourceState::connected;
     mark_changed(*this, now);
-  } else if (state == SourceState::here && (!is_stable || (look_again && now >= *look_again))) {
+  } else if (state == SourceState::connected &&
+             (!is_stable || (look_again && now >= *look_again))) {
     look_again.reset();
     mark_changed(*this, now);
   }
-  if (state == SourceState::here && !is_changed) snapshot.checked = now;
+  if (state == SourceState::connected && !is_changed) snapshot.checked = now;
   timer.set(now + (is_stable ? interval : std::min<Clock::duration>(interval, next_glance)));
   on_look();
 }
@@ -76,9 +78,9 @@ void begin_reading(WatchedFile &file) {
 
 void take_contents(WatchedFile &file, const SideAnswer &contents) {
   Snapshot &snapshot = file.snapshot;
-  if (!contents.lost.empty()) {
+  if (!contents.unreadable.empty()) {
     if (!file.is_changed) file.look_again = Clock::now() + pause_of_unreadable;
-    return lose(snapshot, contents.lost, false);
+    return mark_disconnected(snapshot, contents.unreadable, false);
   }
   snapshot.checked = Clock::now();
   snapshot.errors.clear();

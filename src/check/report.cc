@@ -47,7 +47,7 @@ void log_word(Step step, const Parameter &parameter, uint32_t value) {
 }
 
 // A name as it is, or a list of VLANs, which lasts until the next one is written.
-std::string_view shown(const Parameter &parameter, Bytes value) {
+std::string_view display_text(const Parameter &parameter, Bytes value) {
   return parameter.kind == STP_MCEC_KIND_VLANS ? range_text(vlans_of(value)) : text_of(value);
 }
 
@@ -64,7 +64,7 @@ void log_text(Step step, const Parameter &parameter, std::string_view value) {
            value.data());
   const cache::Node *cached = cache::find(0, parameter.type);
   const std::string_view cached_text =
-      cached != nullptr ? shown(parameter, cache::value_of(*cached)) : not_cached;
+      cached != nullptr ? display_text(parameter, cache::value_of(*cached)) : not_cached;
   hist_log(no_head, "cval = %.*s\n", static_cast<int>(cached_text.size()), cached_text.data());
 }
 
@@ -75,7 +75,7 @@ void write_value(Step step, RecordText &text, const Parameter &parameter, Bytes 
     write_word(text, parameter, word);
     log_word(step, parameter, word);
   } else if (parameter.kind != STP_MCEC_KIND_MAP) {
-    const std::string_view given = shown(parameter, value);
+    const std::string_view given = display_text(parameter, value);
     write_text(text, parameter, given);
     log_text(step, parameter, given);
   }
