@@ -39,6 +39,7 @@ ROWS = {
 }
 for (row, field), values in VALUES.items():
     ROWS.setdefault(row, {})[field] = values[0]
+SPARE = 3  # databases of each server that no pair of the fleet has
 
 
 def within(find_problems, seconds=PATIENCE):
@@ -106,18 +107,18 @@ class Fleet:
 
     def __init__(self, lab, folder, count, *options):
         self.lab, self.folder, self.count = lab, pathlib.Path(folder), count
-        self.servers = [Server(folder, count, free_port()), Server(folder, count, None)]
+        self.servers = [Server(folder, count + SPARE, free_port()), Server(folder, count + SPARE, None)]
         self.hostile = socket.create_server(("127.0.0.1", 0), backlog=1000)  # nobody answers
         self.names = [f"pair-{i:03}" for i in range(count)]
         self.unusual = {name: ({}, {}) for name in self.names}  # what is not usual, of each side
         self.possible = {name: {None, True} for name in self.names}  # verdicts since all was quiet
         self.verdicts, self.checks, self.events, self.failures = {}, {}, [], []
         rows = [["HSET", row, *(w for field in fields.items() for w in field)] for row, fields in ROWS.items()]
-        for i in range(count):
+        for i in range(count + SPARE):
             for server in self.servers:
                 server.do(i, *rows)
-            if self.has_file(i):
-                self.write_file(i)
+        for i in filter(self.has_file, range(count)):
+            self.write_file(i)
         self.write_pairs()
         self.metrics, self.port = self.folder / "fleet.prom", free_port()
         self.process = subprocess.Popen(
@@ -255,6 +256,46 @@ def check_signals(fleet):
         assert server.count_connections() - connections <= 4, "pairs that did not change were connected again"
 
 
+def watch_list(fleet, pairs, *options):
+    """Another watch, of pairs (name, left, right); returns its process, and its events as pairs (name, agree)."""
+    path = fleet.folder / "list"
+    path.write_text("".join("\t".join(pair) + "\n" for pair in pairs))
+    process = subprocess.Popen(["timeout", str(PATIENCE), fleet.lab, "watch", "--json", "--pairs", path, *options],
+                               stdout=subprocess.PIPE, text=True)
+    return process, ((event["pair"], event["agree"]) for event in map(json.loads, process.stdout))
+
+
+def check_hung_sources(fleet):
+    """More of them than are read at once, with all the time that they want, delay no other pair."""
+    hung = f"redis://127.0.0.1:{fleet.hostile.getsockname()[1]}"
+    server, spare = fleet.servers[0], fleet.count
+    pairs = [[f"hung-{i}", f"{hung}/{2 * i}", f"{hung}/{2 * i + 1}"] for i in range(150)]
+    process, events = watch_list(fleet, [*pairs, ["last", server.url(spare), server.url(spare + 1)]], "--read-timeout", "3600")
+    assert next(events, None) == ("last", True), "the last pair waited for those before it"
+    process.kill()
+
+
+def check_once_agreed(fleet):
+    """A watch for agreement goes on while a change is not compared yet."""
+    server, (left, right, late) = fleet.servers[0], range(fleet.count, fleet.count + SPARE)
+
+    def set_name(database, name):
+        server.do(database, ["HSET", "STP_MST|GLOBAL", "name", name])
+
+    set_name(late, "another")
+    process, events = watch_list(fleet, [["first", server.url(left), server.url(right)],
+                                         ["second", server.url(left), server.url(late)]], "--once-agreed")
+    assert {next(events), next(events)} == {("first", True), ("second", False)}
+    for i in range(8):  # the first pair changes until after the second is compared
+        set_name(right, f"another-{i}")
+        if i == 0:
+            set_name(late, "campus")
+        time.sleep(0.04)
+    assert ("first", False) in events, "the watch ended before the change was compared"
+    set_name(right, "campus")
+    assert ("first", True) in events and process.wait(PATIENCE) == 0
+
+
 def main():
     with tempfile.TemporaryDirectory() as folder:
         ran, program = pathlib.Path(folder, "ran"), pathlib.Path(folder, "program")
@@ -274,6 +315,8 @@ def main():
 
         def last_run():
             return {event.get("pair"): event["agree"] for event in map(json.loads, ran.read_text().splitlines())}
+        check_hung_sources(fleet)
+        check_once_agreed(fleet)
         within(lambda: [name for name in fleet.names if last_run().get(name, "none") != fleet.expected(name)])
         fleet.end()
 

@@ -30,7 +30,7 @@ using namespace std::chrono_literals;
 constexpr auto metrics_pause = 500ms;
 constexpr auto longest_metrics_pause = 30s;
 // What the process does for sources that do not change grows with their number no further.
-constexpr auto signs_of_life_apart = 15ms;
+constexpr auto signs_of_life_apart = 25ms;
 constexpr auto readings_apart = 1s;
 
 Clock::duration seconds(double count) {
@@ -41,7 +41,7 @@ ReadIntervals find_intervals(const Arguments &arguments, std::size_t pairs) {
   const auto sources = static_cast<int64_t>(2 * pairs);
   ReadIntervals intervals;
   intervals.unnotified = seconds(arguments.interval);
-  intervals.sign_of_life = std::clamp<Clock::duration>(sources * signs_of_life_apart, 1s, 15s);
+  intervals.sign_of_life = std::clamp<Clock::duration>(sources * signs_of_life_apart, 1s, 25s);
   intervals.notified = std::max<Clock::duration>(sources * readings_apart, 10s);
   return intervals;
 }

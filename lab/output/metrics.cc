@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "output/words.h"
@@ -59,7 +60,7 @@ constexpr PairMetric pair_metrics[] = {
     {"mcec_pair_scopes_disagreeing", "Scopes that do not agree.",
      [](const PairStatus &pair) -> Samples {
        if (!pair.outcome) return {};
-       return {{std::to_string(summarize(pair.comparison->checks).disagreeing)}};
+       return {{std::to_string(std::ranges::count(pair.comparison->checks, false, is_agreed))}};
      }},
     {"mcec_pair_compared_timestamp_seconds", "When the verdict was last known to hold.",
      [](const PairStatus &pair) { return sample_time(pair.compared); }},
