@@ -17,11 +17,6 @@ namespace {
 
 uint32_t trees = 0;
 
-// The element type of the set is void *; searching does not write to the key.
-void *as_element(const void *key) {
-  return const_cast<void *>(key);
-}
-
 }  // namespace
 
 avl_tree_t *avl_create(int (*compare)(const void *, const void *), uint32_t flags) {
@@ -37,7 +32,7 @@ void avl_destroy(avl_tree_t *tree, void (*release)(void *node)) {
 }
 
 void *avl_find(avl_tree_t *tree, const void *key) {
-  const auto found = tree->nodes.find(as_element(key));
+  const auto found = tree->nodes.find(const_cast<void *>(key));
   return found != tree->nodes.end() ? *found : nullptr;
 }
 

@@ -15,14 +15,6 @@ constexpr std::size_t text_offset = offsetof(sdwrap_hist_line_t, text);
 
 }  // namespace
 
-namespace standin {
-
-void reset_history() {
-  lines.clear();
-}
-
-}  // namespace standin
-
 uint32_t sdwrap_hist_init_for_uuid(uint32_t service_id, uint32_t size) {
   if (standin_service_name(service_id) == nullptr || size != SDWRAP_HIST_SIZE) {
     standin::misuse("a history of %u bytes for service %u", size, service_id);

@@ -13,9 +13,6 @@ __attribute__((format(printf, 1, 2))) void misuse(const char *format, ...);
 // Counts a call, and returns true if it must fail.
 bool fails(standin_operation_t operation);
 
-// Each source resets its own state.
-void reset_history();
-void reset_requests();
 void reset_switch();
 
 // The extents of the platform's own memory: blocks of the memory tracker and payloads of messages.

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,7 +45,7 @@ uint32_t handle_size = 0;
 
 struct mts_msg {
   uint32_t opcode;
-  std::vector<OddBytes> payload = {};  // one, or none
+  std::optional<OddBytes> payload = {};
   bool is_request = false;
   uint32_t cmd_id = 0;
   bool is_positive = false;
@@ -74,11 +75,6 @@ void read_attribute(Attribute &attribute, void **value, uint32_t *length) {
 
 }  // namespace
 
-void standin::reset_requests() {
-  answers.clear();
-  handle_size = 0;
-}
-
 uint32_t mts_opc_get(const mts_msg_t *msg) {
   return msg->opcode;
 }
@@ -95,7 +91,7 @@ const char *mts_opc_name_get(uint32_t opcode) {
 }
 
 void *mts_payload_get(mts_msg_t *msg) {
-  return msg->payload.empty() ? nullptr : msg->payload[0].data();
+  return msg->payload ? msg->payload->data() : nullptr;
 }
 
 uint32_t cmd_req_handle_get_1(mts_msg_t *msg) {
@@ -163,7 +159,7 @@ void cmd_rsp_send_nok(cmd_req_t *handle, uint32_t zero, const char *format, ...)
 void *standin_message(uint32_t opcode, const void *payload, size_t size) {
   auto *message = new mts_msg_t{.opcode = opcode};
   if (payload != nullptr) {
-    message->payload.emplace_back(payload, size);
+    message->payload.emplace(payload, size);
     standin::add_extent(mts_payload_get(message), size);
   }
   return message;

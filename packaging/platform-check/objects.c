@@ -72,7 +72,7 @@ static const struct {
 };
 enum { name_count = sizeof names / sizeof names[0] };
 
-_Static_assert(sizeof names / sizeof names[0] == 40, "the names of a platform");
+_Static_assert(name_count == 40, "the names of a platform");
 
 /* Returns the file name of the object that contains an address. */
 static const char *object_of(uintptr_t address) {
