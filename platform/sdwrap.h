@@ -9,8 +9,8 @@
 #include <stdint.h>
 
 enum {
-  SDWRAP_HIST_SIZE = 0x40000,       /* bytes of history that the library asks for */
-  SDWRAP_HIST_LINE_EVENT = 0x730000 /* the event of its records */
+  SDWRAP_HIST_SIZE = 0x40000,       /* bytes of history that the library requests */
+  SDWRAP_HIST_LINE_EVENT = 0x730000 /* the event of these records */
 };
 
 /* The record of a line. Only the bytes of text up to and including the NUL are passed. */

@@ -65,7 +65,7 @@ constexpr uint16_t parameter_set_by(uint32_t cmd_id) {
 #define MCEC_ROW(name, id, extractor, gate, sets) \
   case id:                                        \
     return static_cast<uint16_t>(std::countr_zero(sets));
-    STP_MCEC_COMMANDS(MCEC_ROW)  // NOLINT(bugprone-branch-clone): commands of one parameter
+    STP_MCEC_COMMANDS(MCEC_ROW)  // NOLINT(bugprone-branch-clone): several commands per parameter
 #undef MCEC_ROW
     default:
       return 0;

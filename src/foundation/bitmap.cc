@@ -47,7 +47,7 @@ inline char *write_run(char *out, uint32_t first, uint32_t last) {
 
 // Returns the position of the first VLAN in a non-empty word in host order.
 inline uint32_t first_of(uint64_t vlans) {
-  return static_cast<uint32_t>(__builtin_clzll(vlans));  // std::countl_zero would test for 0 first
+  return static_cast<uint32_t>(__builtin_clzll(vlans));  // std::countl_zero also tests for 0
 }
 
 inline uint32_t remove_first(uint64_t &vlans) {
@@ -117,7 +117,7 @@ void write_ranges(char *text, const VlanSet &vlans) {
     no_change = uint64_t{0} - (word & 1);
   }
   if (no_change != 0) out = write_run(out, first, vlan_id_count - 1);
-  if (out != text) --out;  // the last comma
+  if (out != text) --out;  // removes the last comma
   *out = '\0';
 }
 
