@@ -247,7 +247,7 @@ static void verify_error_texts(void) {
       0, 1, STP_MCEC_ERR_FAILURE, STP_MCEC_ERR_NO_MCEC_INFO, 0x7FFFFFFF, UINT32_MAX};
   for (size_t i = 0; i < sizeof codes / sizeof codes[0]; ++i) {
     const char *text = syserr2str(codes[i]);
-    REQUIRE(text != NULL, "NULL for 0x%X", codes[i]);
+    REQUIRE(text != NULL, "syserr2str returned NULL for 0x%X", codes[i]);
     for (const char *at = text; *at != '\0'; ++at) {
       REQUIRE((unsigned char)*at >= ' ', "the text for 0x%X is not printable", codes[i]);
     }

@@ -43,7 +43,8 @@ static void verify_opcode_names(void) {
   static const uint32_t opcodes[] = {STP_MCEC_MTS_OPC_CMD_REQ, STP_MCEC_MTS_OPC_TYPE1_UPD, 0,
                                      UINT32_MAX};
   for (size_t i = 0; i < sizeof opcodes / sizeof opcodes[0]; ++i) {
-    REQUIRE(mts_opc_name_get(opcodes[i]) != NULL, "NULL for 0x%X", opcodes[i]);
+    REQUIRE(mts_opc_name_get(opcodes[i]) != NULL, "mts_opc_name_get returned NULL for 0x%X",
+            opcodes[i]);
   }
 }
 
@@ -124,7 +125,7 @@ static void verify_commands(void) {
     REQUIRE(id == STP_MCEC_CMD_GBL_LOOPGUARD, "the command identifier is %u", id);
     REQUIRE((cmd_req_action_is_set(handle) != 0) == (is_positive != 0) &&
                 (cmd_req_action_is_del(handle) != 0) == (is_positive == 0),
-            "the form is wrong");
+            "the form of the command is wrong");
   }
 }
 

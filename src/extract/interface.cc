@@ -16,7 +16,7 @@ constexpr extract::Rules rules = {
     .array = STP_MCEC_LIB_MEM_tlv_array_7_t,
     .replaced_line = "found avl node",
     .added_line = "created avl node",
-    .logs_no_records = true,
+    .logs_records_failure = true,
 };
 
 constexpr std::size_t range_list_header_size = 16;

@@ -14,8 +14,8 @@ constexpr extract::Rules rules = {
     .array = STP_MCEC_LIB_MEM_tlv_array_4_t,
     .replaced_line = "Found avl node",
     .added_line = "added avl node for stp mode",
-    .logs_no_records = true,
-    .logs_no_array = true,
+    .logs_records_failure = true,
+    .logs_array_failure = true,
 };
 
 // Returns the mode that the command sets; the default is Rapid-PVST.

@@ -15,7 +15,7 @@ namespace {
 constexpr extract::Rules rules = {
     .records = STP_MCEC_LIB_MEM_mcecm_app_cmd2_extract_info_t,
     .array = STP_MCEC_LIB_MEM_tlv_array_3_t,
-    .logs_no_records = true,
+    .logs_records_failure = true,
 };
 
 // In the order of the returned entries. The default is an entry of `length` zero bytes, which is

@@ -63,7 +63,7 @@ Record *new_records(Step step, const Request &request, uint32_t count) {
   auto *records =
       static_cast<Record *>(zalloc_records(request.rules.records, 0, count, sizeof(Record)));
   *request.extract_info = records;
-  if (records == nullptr) reject_no_memory(step, request, request.rules.logs_no_records);
+  if (records == nullptr) reject_no_memory(step, request, request.rules.logs_records_failure);
   return records;
 }
 
@@ -81,7 +81,7 @@ void fill_records(const Request &request, Record *records, std::span<const Tlv> 
 
 Block<uint8_t> new_array(Step step, const Request &request, uint32_t size) {
   Block<uint8_t> array(static_cast<uint8_t *>(zalloc(request.rules.array, size)));
-  if (!array) reject_no_memory(step, request, request.rules.logs_no_array);
+  if (!array) reject_no_memory(step, request, request.rules.logs_array_failure);
   return array;
 }
 
@@ -91,7 +91,7 @@ uint32_t return_array(Step step, const Request &request, Block<uint8_t> array, u
   for (const Tlv &entry : entries) {
     const uint32_t code = tlv_add(array.get(), size, entry.type, entry.value);
     if (code == 0) continue;
-    if (request.rules.logs_no_array) hist_log(step, "Failed to TLV\n");
+    if (request.rules.logs_array_failure) hist_log(step, "Failed to TLV\n");
     array.reset();
     cmd_rsp_send_nok(request.handle, 0, "internal error: Failed TLV add");
     return code;

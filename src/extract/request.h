@@ -28,8 +28,8 @@ struct Rules {
   const char *replaced_line = nullptr;
   const char *added_line = nullptr;
   // Log failures to allocate the records; to allocate the array or to add an entry to it.
-  bool logs_no_records = false;
-  bool logs_no_array = false;
+  bool logs_records_failure = false;
+  bool logs_array_failure = false;
 };
 
 // The state of one extraction: its rules, its request, its outputs.
