@@ -1,4 +1,4 @@
-/* What draimiofaf-platform-check needs to know of the platform in platform/. */
+/* Fixtures of draimiofaf-platform-check for the platform in platform/. */
 #include <draimiofaf/platform/mcecm.h>
 #include <string.h>
 
@@ -39,11 +39,11 @@ mts_msg_t *platform_check_message(uint32_t opcode, const void *payload, uint32_t
 
 mts_msg_t *platform_check_command(uint32_t cmd_id, uint32_t is_positive,
                                   const platform_check_attribute_t *attributes, size_t count) {
-  platform_attribute_t given[8];
+  platform_attribute_t copies[8];
   for (size_t i = 0; i < count; ++i) {
-    given[i] = (platform_attribute_t){attributes[i].id, attributes[i].length, attributes[i].value};
+    copies[i] = (platform_attribute_t){attributes[i].id, attributes[i].length, attributes[i].value};
   }
-  return platform_command(cmd_id, is_positive, given, count);
+  return platform_command(cmd_id, is_positive, copies, count);
 }
 
 const char *platform_check_answer(const mts_msg_t *msg) {

@@ -1,4 +1,4 @@
-/* What draimiofaf-platform-check needs to know of the stand-in. */
+/* Fixtures of draimiofaf-platform-check for the stand-in. */
 #include <draimiofaf/standin/standin.h>
 
 #include "platform_check.h"
@@ -38,14 +38,14 @@ mts_msg_t *platform_check_message(uint32_t opcode, const void *payload, uint32_t
 
 mts_msg_t *platform_check_command(uint32_t cmd_id, uint32_t is_positive,
                                   const platform_check_attribute_t *attributes, size_t count) {
-  standin_attribute_t given[8];
+  standin_attribute_t copies[8];
   for (size_t i = 0; i < count; ++i) {
-    given[i] = (standin_attribute_t){attributes[i].id, attributes[i].length, attributes[i].value};
+    copies[i] = (standin_attribute_t){attributes[i].id, attributes[i].length, attributes[i].value};
   }
-  return standin_command(cmd_id, is_positive, given, (uint32_t)count);
+  return standin_command(cmd_id, is_positive, copies, (uint32_t)count);
 }
 
-/* The stand-in keeps its answers in the order in which they were given: the latest counts. */
+/* The stand-in keeps all answers in order: returns the latest. */
 const char *platform_check_answer(const mts_msg_t *msg) {
   (void)msg;
   const uint32_t count = standin_answer_count();

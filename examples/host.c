@@ -1,18 +1,17 @@
 /*
- * A host process: what a process that loads libdraimiofaf does with it, in the order in which it
- * would.
+ * A host process: uses libdraimiofaf in the usual order.
  *
- *   1. an update message has the switch's type-1 parameters
+ *   1. an update message contains the switch's type-1 parameters
  *   2. a command arrives that would change one of them
  *   3. the switch's parameters are exported for the peer
- *   4. they are checked against the peer's
- *   5. and reported as text
+ *   4. they are compared with the peer's
+ *   5. they are reported as text
  *
- * There is nothing to initialise: linking with the library loads it, and loading it registers it
- * with the platform's memory tracker and makes its cache. The platform must be there by then: as a
- * library that this program is linked with too, or inside the program.
+ * No initialisation is necessary: a process that is linked with the library loads it, and loading
+ * registers it with the platform's memory tracker and creates its cache. The platform must be
+ * available by then: in a library that this program is also linked with, or in the program itself.
  *
- * Everything here is called from one thread. The library takes no locks.
+ * The library uses no locks: call it from one thread only.
  */
 #include <draimiofaf/cache.h>
 #include <draimiofaf/check.h>
@@ -24,7 +23,7 @@
 #include <stdio.h>
 #include <string.h>
 
-/* --- messages: on a switch they arrive, here the platform makes them --- */
+/* --- messages: created by the platform here, received on a switch --- */
 
 #if __has_include("platform.h")
 #include "platform.h" /* the platform in platform/ */
@@ -38,7 +37,7 @@ static mts_msg_t *new_command(uint32_t cmd_id) {
   return platform_command(cmd_id, 1, NULL, 0);
 }
 
-static const char *answer_of(const mts_msg_t *msg) {
+static const char *get_answer(const mts_msg_t *msg) {
   return platform_answer(msg);
 }
 
@@ -57,8 +56,8 @@ static mts_msg_t *new_command(uint32_t cmd_id) {
   return standin_command(cmd_id, 1, NULL, 0);
 }
 
-/* Of the only command so far. */
-static const char *answer_of(const mts_msg_t *msg) {
+/* Returns the answer to the only command so far. */
+static const char *get_answer(const mts_msg_t *msg) {
   (void)msg;
   return standin_answer_count() > 0 ? standin_answer_at(0).text : NULL;
 }
@@ -69,8 +68,8 @@ static const char *answer_of(const mts_msg_t *msg) {
 
 /* --- the process --- */
 
-/* A parameter whose value is a word. Values are in network byte order in an array, a message and
- * the cache; everything else is in host byte order. */
+/* A parameter whose value is a word. Values in an array, a message and the cache are in network
+ * byte order; everything else is in host byte order. */
 typedef struct setting {
   uint16_t type;
   uint8_t value[4];
@@ -83,12 +82,13 @@ static const setting_t ours[] = {
 };
 enum { settings = sizeof ours / sizeof ours[0] };
 
-/* Arrays of this page fit here on every platform: an entry takes its head and its value. */
+/* Enough for the arrays of this example on every platform. */
 enum { buffer_size = 256 };
 
 /*
- * Make a TLV array of the settings, in a buffer that is all zero: zeros are an empty array. Its
- * size is the header's and every entry's footprint; only the platform knows these.
+ * Writes a TLV array of the settings to a buffer. A buffer filled with zeros is an empty array.
+ * Returns the size of the array: its header and the footprint of every entry, which only the
+ * platform knows.
  */
 static uint32_t make_array(void *buffer, const setting_t *from) {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
@@ -104,8 +104,8 @@ static uint32_t make_array(void *buffer, const setting_t *from) {
   return size;
 }
 
-/* Hand a message to the library. What comes back is ours, whatever the result is, and goes back
- * with mtrack_free: each pointer that is not NULL. */
+/* Passes a message to the library. The caller owns what it returns, whatever the result is: frees
+ * each pointer that is not NULL with mtrack_free. */
 static uint32_t extract(mts_msg_t *msg) {
   uint8_t *array = NULL;
   uint32_t count = 0;
@@ -125,11 +125,11 @@ static uint32_t extract(mts_msg_t *msg) {
   return result;
 }
 
-/* An update message: four words in host byte order, and the array behind them. */
-static uint32_t take_update(void) {
+/* Passes an update message: four words in host byte order, followed by the array. */
+static uint32_t process_update(void) {
   unsigned char payload[STP_MCEC_TYPE1_UPD_HDR_SIZE + buffer_size];
   const uint32_t length = make_array(payload + STP_MCEC_TYPE1_UPD_HDR_SIZE, ours);
-  const uint32_t header[4] = {1 /* of the switch */, 0 /* interface */, 0 /* unread */, length};
+  const uint32_t header[4] = {1 /* of the switch */, 0 /* interface */, 0 /* unused */, length};
   memcpy(payload, header, sizeof header);
   mts_msg_t *msg =
       new_message(STP_MCEC_MTS_OPC_TYPE1_UPD, payload, STP_MCEC_TYPE1_UPD_HDR_SIZE + length);
@@ -139,20 +139,20 @@ static uint32_t take_update(void) {
   return result;
 }
 
-/* A command request: the library answers it, and its cache shows what will be. */
-static uint32_t take_command(void) {
+/* Passes a command request: the library answers it, and writes the new value to its cache. */
+static uint32_t process_command(void) {
   mts_msg_t *msg = new_command(STP_MCEC_CMD_GBL_LOOPGUARD);
   puts("command: spanning-tree loopguard default");
   const uint32_t result = extract(msg);
-  const char *answer = answer_of(msg);
+  const char *answer = get_answer(msg);
   printf("  answer: %s\n", answer == NULL ? "none" : answer[0] == '\0' ? "accepted" : answer);
   release_message(msg);
   return result;
 }
 
-/* Check our array against the peer's, which still has loop guard off: the first parameter that
- * differs gives the result. The VLAN arguments are for Rapid-PVST, where the VLANs that both
- * switches share are compared. */
+/* Compares our array with the peer's, which still has loop guard off. The first parameter that
+ * differs determines the result. The VLAN arguments are for Rapid-PVST, which compares the VLANs
+ * that both switches carry. */
 static uint32_t check(void *local) {
   static const bmp4096_t shared_vlans = {sizeof shared_vlans.bmp, {0}};
   bmp4096_t pass, fail;
@@ -174,12 +174,12 @@ static void report(void *array) {
 
 int main(void) {
   set_up();
-  if (take_update() != 0 || take_command() != 0) return 1;
+  if (process_update() != 0 || process_command() != 0) return 1;
 
-  /* 1: the parameters of the switch. 0 and an interface index: those of the interface. */
+  /* 1: the parameters of the switch. For an interface, pass 0 and its index. */
   void *array = NULL;
   if (stp_mcec_type1_cfg_get_params(1, 0, &array) != 0) return 1;
-  /* To the peer go these bytes: */
+  /* The size of the array to send to the peer. */
   printf("export\n  %u bytes\n", stp_mcec_get_mcec_params_tlv_size(1, 0));
 
   const uint32_t result = check(array);

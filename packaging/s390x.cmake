@@ -1,4 +1,4 @@
-# A big-endian machine, whose programs run here under emulation.
+# Toolchain for a big-endian machine; its programs run under emulation.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR s390x)
 set(CMAKE_C_COMPILER s390x-linux-gnu-gcc)

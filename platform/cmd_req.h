@@ -1,8 +1,8 @@
 /*
- * Command requests: a configuration command on its way, readable through a handle, and its answer.
+ * Command requests: a pending configuration command, which is read and answered through a handle.
  *
- * An attribute's words are in host byte order. Its value may lie at any address inside the request
- * and is valid as long as the handle is; the library does not change it.
+ * The words of an attribute are in host byte order. Its value may be at any address inside the
+ * request and is valid as long as the handle; the library does not modify it.
  */
 #ifndef DRAIMIOFAF_PLATFORM_CMD_REQ_H
 #define DRAIMIOFAF_PLATFORM_CMD_REQ_H
@@ -11,45 +11,47 @@
 
 #include "mts.h"
 
-/* A request handle, the platform's own. */
+/* A request handle, defined by the platform. */
 typedef struct cmd_req cmd_req_t;
 
-/* What comes after the last attribute of a request, in the place of an identifier. */
+/* Returned instead of an identifier after the last attribute of a request. */
 #define CMD_REQ_NO_MORE_ATTRIBUTES UINT32_C(0xFFFFFFFF)
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/* The bytes that a handle for this message needs. Above 64 KiB the library does without. */
+/* Returns the bytes that a handle for this message needs. Above 64 KiB the library rejects the
+ * message. */
 uint32_t cmd_req_handle_get_1(mts_msg_t *msg);
 
-/* Build the handle of a message in a buffer of that many bytes, aligned to 16. NULL: the message
- * holds no usable request. The buffer goes away with the call of the library that provided it;
- * nothing is released. */
+/* Builds the handle of a message in a buffer of that size, aligned to 16. Returns NULL if the
+ * message has no usable request. The buffer is valid only during the library call that provides it;
+ * the handle is not released. */
 cmd_req_t *cmd_req_handle_get_2(mts_msg_t *msg, void *buffer);
 
-/* The identifier of the command. The library asks once for each handle. */
+/* Returns the identifier of the command. The library calls this once for each handle. */
 uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle);
 
-/* Find an attribute. 0: *value and *length (bytes) are set; else the request has none of it. */
+/* Finds an attribute. Returns 0 and sets *value and *length (bytes), or returns another value if
+ * the request does not have the attribute. */
 uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value, uint32_t *length);
 
-/* The next attribute: its identifier, with *value and *length set, or CMD_REQ_NO_MORE_ATTRIBUTES.
- * The handle keeps the position of this walk; the library does not reset it. */
+/* Returns the identifier of the next attribute and sets *value and *length, or returns
+ * CMD_REQ_NO_MORE_ATTRIBUTES. The handle stores the position; the library does not reset it. */
 uint32_t cmd_req_attr_getnext(cmd_req_t *handle, void **value, uint32_t *length);
 
-/* Not 0 when the command is in its positive form. */
+/* Returns a value other than 0 if the command is in its positive form. */
 uint32_t cmd_req_action_is_set(cmd_req_t *handle);
 
-/* Not 0 when the command is in its negating ("no") form. */
+/* Returns a value other than 0 if the command is in its negated ("no") form. */
 uint32_t cmd_req_action_is_del(cmd_req_t *handle);
 
-/* Answer the request: accepted. A request is answered once at the most; extract.h lists those that
- * are left to the process. */
+/* Accepts the request. A request is answered at most once; extract.h lists those that the library
+ * leaves to the process. */
 void cmd_rsp_send_ok(cmd_req_t *handle);
 
-/* Answer the request: refused, with a message for the user in the manner of printf. zero is 0. */
+/* Rejects the request, with a message for the user in printf format. zero is 0. */
 #if defined(__GNUC__)
 __attribute__((format(printf, 3, 4)))
 #endif

@@ -9,15 +9,15 @@
 #include <stdint.h>
 
 /*
- * One query, and its answer:
+ * A query and its answer:
  *
  *   0          4                20           24                536
  *   +----------+----------------+------------+-----------------+
- *   | if_index | the platform's | layer_mode | the platform's  |
+ *   | if_index | platform data  | layer_mode | platform data   |
  *   +----------+----------------+------------+-----------------+
  *
- * Words are in host byte order. The library aligns an entry to 8, fills in if_index and leaves the
- * rest 0.
+ * Words are in host byte order. The library aligns an entry to 8, sets if_index and leaves the rest
+ * 0.
  */
 typedef struct im_ifindex_layermode {
   uint32_t if_index;
@@ -33,8 +33,8 @@ static_assert(offsetof(im_ifindex_layermode_t, layer_mode) == 20, "im_ifindex_la
 extern "C" {
 #endif
 
-/* Fill in the layer mode of each of count entries (im_ifindex_layermode_t). 0: filled in; else the
- * entries are not to be read. */
+/* Sets the layer mode of each of count entries (im_ifindex_layermode_t). Returns 0 on success; on
+ * any other result the entries are not read. */
 uint32_t im_get_ifindex_layermode_list(void *entries, uint32_t count);
 
 #ifdef __cplusplus

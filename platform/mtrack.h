@@ -1,15 +1,15 @@
 /*
- * Memory tracker: blocks on account of a service and a memory type.
+ * Memory tracker: allocates blocks and accounts them to a service and a memory type.
  *
- * The library registers once when it is loaded, before any other operation of the platform is
- * called for it: as STP_MCEC_LIB_SERVICE_ID (633), "STP MCEC Type-1 CFG LIB", with 21 memory types.
- * It unregisters when it is unloaded, after the last block of its own is released; blocks that it
- * handed to a process may outlive it.
+ * The library registers once when it is loaded, before it calls any other operation of the
+ * platform: as STP_MCEC_LIB_SERVICE_ID (633), "STP MCEC Type-1 CFG LIB", with 21 memory types. It
+ * unregisters when it is unloaded, after it has freed its last own block; blocks that it returned
+ * to a process may still be live.
  *
- * Loading and unloading are the loader's: mtrack_init and avl_create are called before the static
- * objects of an executable are constructed, avl_destroy, mtrack_free and mtrack_uninit after they
- * are destroyed. A platform that is part of the executable keeps what these need in objects without
- * constructors and destructors.
+ * The dynamic loader loads and unloads the library: mtrack_init and avl_create are called before
+ * the static objects of an executable are constructed; avl_destroy, mtrack_free and mtrack_uninit
+ * after they are destroyed. If the platform is part of the executable, the state of these functions
+ * must be in objects without constructors and destructors.
  */
 #ifndef DRAIMIOFAF_PLATFORM_MTRACK_H
 #define DRAIMIOFAF_PLATFORM_MTRACK_H
@@ -21,23 +21,23 @@ extern "C" {
 #endif
 
 /*
- * Register a service. mem_type_names: count names, of memory types 0 to count - 1. The library's
- * array and texts last until mtrack_uninit.
+ * Registers a service. mem_type_names: count names, of memory types 0 to count - 1. The array and
+ * the texts stay valid until mtrack_uninit.
  */
 void mtrack_init(const char *lib_name, uint32_t service_id, const char *const *mem_type_names,
                  uint32_t count);
 
-/* Unregister a service. Blocks that are still live stay valid. */
+/* Unregisters a service. Live blocks stay valid. */
 void mtrack_uninit(uint32_t service_id);
 
 /*
- * A block of size bytes, aligned for any object, its content not set; NULL: none to be had. A size
- * of 0 is allowed (a TLV may be empty) and gives a block that can be released, or NULL, which the
- * library takes as a failure.
+ * Returns a block of size bytes, aligned for any object, with undefined content, or NULL if the
+ * allocation fails. A size of 0 is allowed (a TLV may be empty) and returns a block that can be
+ * freed, or NULL, which the library treats as a failure.
  */
 void *mtrack_alloc(uint32_t service_id, uint32_t mem_type, uint32_t size);
 
-/* Release a block. The library never passes NULL, nor a block twice. */
+/* Frees a block. The library never passes NULL, nor frees a block twice. */
 void mtrack_free(void *block);
 
 #ifdef __cplusplus

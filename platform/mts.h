@@ -1,16 +1,16 @@
 /*
- * Message transport: the messages that reach the process.
+ * Message transport: the messages that the process receives.
  */
 #ifndef DRAIMIOFAF_PLATFORM_MTS_H
 #define DRAIMIOFAF_PLATFORM_MTS_H
 
 #include <stdint.h>
 
-/* A message, the platform's own. */
+/* A message, defined by the platform. */
 typedef struct mts_msg mts_msg_t;
 
-/* Opcodes of the messages that the library takes: a command request, and an update of spanning
- * tree's type-1 parameters. */
+/* Opcodes of the messages that the library accepts: a command request, and an update of the type-1
+ * parameters of spanning tree. */
 enum {
   STP_MCEC_MTS_OPC_CMD_REQ = 7682,
   STP_MCEC_MTS_OPC_TYPE1_UPD = 0x1A00B,
@@ -20,19 +20,20 @@ enum {
 extern "C" {
 #endif
 
-/* The opcode of a message. */
+/* Returns the opcode of a message. */
 uint32_t mts_opc_get(const mts_msg_t *msg);
 
-/* A printable name of an opcode, for a log line; never NULL. */
+/* Returns a printable name of an opcode, for a log line; never NULL. */
 const char *mts_opc_name_get(uint32_t opcode);
 
 /*
- * The payload of a message, at any alignment, valid as long as the message is; NULL: it has none.
+ * Returns the payload of a message, at any alignment, valid as long as the message; NULL if there
+ * is none.
  *
- * The library does not learn its size. Of an update message it reads a header of 16 bytes and asks
- * the TLV library about the array behind it, so a payload holds at least these, the array's own
- * header, and as many bytes as the header gives the array. msg is what the process passed to the
- * library.
+ * The library does not know the size of the payload. It reads the 16-byte header of an update
+ * message and passes the array behind it to the TLV library. So a payload must contain at least
+ * this header, the header of the array, and as many bytes as the first header states for the array.
+ * msg is the pointer that the process passed to the library.
  */
 void *mts_payload_get(mts_msg_t *msg);
 

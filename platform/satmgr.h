@@ -10,7 +10,7 @@
 extern "C" {
 #endif
 
-/* Not 0 when the interface is a host-interface port of a pod. */
+/* Returns a value other than 0 if the interface is a host-interface port of a pod. */
 uint32_t satmgr_if_is_pod_port(uint32_t if_index);
 
 #ifdef __cplusplus

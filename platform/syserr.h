@@ -1,5 +1,5 @@
 /*
- * Error strings.
+ * Error texts.
  */
 #ifndef DRAIMIOFAF_PLATFORM_SYSERR_H
 #define DRAIMIOFAF_PLATFORM_SYSERR_H
@@ -10,8 +10,8 @@
 extern "C" {
 #endif
 
-/* A printable text for a code of the platform or of the library; never NULL, also for a code that
- * is not known. It lasts at least until the next call. */
+/* Returns a printable text for a code of the platform or of the library; never NULL, also for an
+ * unknown code. The text is valid at least until the next call. */
 const char *syserr2str(uint32_t code);
 
 #ifdef __cplusplus

@@ -10,7 +10,7 @@
 extern "C" {
 #endif
 
-/* The number of the partition in which the process runs; the low 16 bits count. */
+/* Returns the number of the partition in which the process runs; only the low 16 bits are used. */
 uint32_t sysmgr_slc_get(void);
 
 #ifdef __cplusplus

@@ -1,4 +1,5 @@
-// Loading and unloading: registration with the memory tracker, and the life of the cache.
+// Loads and unloads the library: registers it with the memory tracker, creates and destroys the
+// cache.
 
 #include "avl.h"
 #include "draimiofaf/cache.h"
@@ -6,7 +7,7 @@
 
 using namespace mcec;
 
-// Here, so that a program that is linked with the static library has this file too.
+// Defined here, so that a program linked with the static library also links this file.
 avl_tree_t *stp_mcec_type1_cfg_avl = nullptr;
 
 __attribute__((constructor)) static void load_library() {

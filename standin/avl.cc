@@ -17,15 +17,10 @@ namespace {
 
 uint32_t trees = 0;
 
-// An ordered set takes keys by its own element type; the tree does not write through them.
-void *as_element(const void *key) {
-  return const_cast<void *>(key);
-}
-
 }  // namespace
 
 avl_tree_t *avl_create(int (*compare)(const void *, const void *), uint32_t flags) {
-  if (flags != 0) standin::misuse("a tree with the flags 0x%x", flags);
+  if (flags != 0) standin::misuse("the flags of a tree are 0x%x; expected 0", flags);
   ++trees;
   return new avl_tree_t{std::set<void *, Less>(Less{compare})};
 }
@@ -37,13 +32,13 @@ void avl_destroy(avl_tree_t *tree, void (*release)(void *node)) {
 }
 
 void *avl_find(avl_tree_t *tree, const void *key) {
-  const auto found = tree->nodes.find(as_element(key));
+  const auto found = tree->nodes.find(const_cast<void *>(key));
   return found != tree->nodes.end() ? *found : nullptr;
 }
 
 uint32_t avl_insert(avl_tree_t *tree, void *node) {
   if (tree->nodes.insert(node).second) return 0;
-  standin::misuse("a node with this key is in the tree already");
+  standin::misuse("a node with the same key is already in the tree");
   return 1;
 }
 

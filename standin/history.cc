@@ -15,17 +15,9 @@ constexpr std::size_t text_offset = offsetof(sdwrap_hist_line_t, text);
 
 }  // namespace
 
-namespace standin {
-
-void reset_history() {
-  lines.clear();
-}
-
-}  // namespace standin
-
 uint32_t sdwrap_hist_init_for_uuid(uint32_t service_id, uint32_t size) {
   if (standin_service_name(service_id) == nullptr || size != SDWRAP_HIST_SIZE) {
-    standin::misuse("no history of %u bytes for service %u", size, service_id);
+    standin::misuse("a history of %u bytes for service %u", size, service_id);
     return 1;
   }
   return standin::fails(STANDIN_HISTORY_INIT) ? 1 : 0;
@@ -35,12 +27,12 @@ uint32_t sdwrap_his_log_event_for_uuid_inst(uint32_t service_id, uint32_t event,
                                             uint32_t b, uint32_t length, const void *record) {
   if (standin_service_name(service_id) == nullptr || event != SDWRAP_HIST_LINE_EVENT || a != 0 ||
       b != 0) {
-    standin::misuse("service %u logs an event 0x%x, %u, %u", service_id, event, a, b);
+    standin::misuse("service %u logs event 0x%x, %u, %u", service_id, event, a, b);
     return 1;
   }
   uint32_t flag = 0;
   std::memcpy(&flag, record, sizeof flag);
-  if (flag != 1) standin::misuse("a history record with the flag %u", flag);
+  if (flag != 1) standin::misuse("the flag of a history record is %u; expected 1", flag);
   const char *text = static_cast<const char *>(record) + text_offset;
   if (length <= text_offset || length > sizeof(sdwrap_hist_line_t) ||
       strnlen(text, length - text_offset) != length - text_offset - 1) {

@@ -1,4 +1,4 @@
-// What the stand-in's sources share.
+// Shared by the sources of the stand-in.
 #pragma once
 
 #include <cstddef>
@@ -10,20 +10,18 @@ namespace standin {
 
 __attribute__((format(printf, 1, 2))) void misuse(const char *format, ...);
 
-// Count a call; true when it is one that must fail.
+// Counts a call, and returns true if it must fail.
 bool fails(standin_operation_t operation);
 
-// Each source puts back what it keeps.
-void reset_history();
-void reset_requests();
 void reset_switch();
 
-// Where the platform's own memory ends: blocks of the memory tracker and payloads of messages. A
-// TLV array in one of them is not read past its end, whatever its header claims.
-void note_extent(const void *start, std::size_t size);
-void forget_extent(const void *start);
+// The extents of the platform's own memory: blocks of the memory tracker and payloads of messages.
+// A TLV array in one of them is not read past its end, whatever its header states.
+void add_extent(const void *start, std::size_t size);
+void remove_extent(const void *start);
 
-// The bytes from an address to the end of what it lies in; SIZE_MAX for memory of others.
-std::size_t extent_from(const void *at);
+// Returns the bytes from an address to the end of its extent, or SIZE_MAX if the address is in no
+// extent.
+std::size_t bytes_to_end(const void *at);
 
 }  // namespace standin

@@ -10,7 +10,7 @@
 
 namespace {
 
-// A block of the tracker; or a payload, which has no memory type.
+// A block of the tracker, or a payload, which has no memory type.
 struct Extent {
   std::size_t size;
   uint32_t mem_type = UINT32_MAX;
@@ -24,14 +24,14 @@ struct Service {
 std::map<const void *, Extent, std::less<>> extents;
 std::map<uint32_t, Service> services;
 
-constexpr uint32_t greatest_block = 1U << 30;
+constexpr uint32_t max_block_size = 1U << 30;
 
 bool is_block(const Extent &extent, uint32_t mem_type) {
   return mem_type == STANDIN_ALL_TYPES ? extent.mem_type != UINT32_MAX
                                        : extent.mem_type == mem_type;
 }
 
-// The extent of a live block; of any other address one without a memory type.
+// Returns the extent of a live block or payload; for any other address, one without a memory type.
 Extent block_at(const void *block) {
   const auto found = extents.find(block);
   return found != extents.end() ? found->second : Extent{UINT32_MAX};
@@ -41,20 +41,20 @@ Extent block_at(const void *block) {
 
 namespace standin {
 
-void note_extent(const void *start, std::size_t size) {
+void add_extent(const void *start, std::size_t size) {
   extents[start] = {size};
 }
 
-void forget_extent(const void *start) {
+void remove_extent(const void *start) {
   extents.erase(start);
 }
 
-std::size_t extent_from(const void *at) {
+std::size_t bytes_to_end(const void *at) {
   auto next = extents.upper_bound(at);
   if (next == extents.begin()) return SIZE_MAX;
   const auto &[start, extent] = *--next;
-  const std::size_t into = reinterpret_cast<uintptr_t>(at) - reinterpret_cast<uintptr_t>(start);
-  return into <= extent.size ? extent.size - into : SIZE_MAX;
+  const std::size_t offset = reinterpret_cast<uintptr_t>(at) - reinterpret_cast<uintptr_t>(start);
+  return offset <= extent.size ? extent.size - offset : SIZE_MAX;
 }
 
 }  // namespace standin
@@ -63,7 +63,7 @@ void mtrack_init(const char *lib_name, uint32_t service_id, const char *const *m
                  uint32_t count) {
   if (!services.try_emplace(service_id, Service{lib_name, {mem_type_names, mem_type_names + count}})
            .second) {
-    standin::misuse("service %u is registered already", service_id);
+    standin::misuse("service %u is already registered", service_id);
   }
 }
 
@@ -77,8 +77,8 @@ void *mtrack_alloc(uint32_t service_id, uint32_t mem_type, uint32_t size) {
     standin::misuse("service %u has no memory type %u", service_id, mem_type);
     return nullptr;
   }
-  if (standin::fails(STANDIN_ALLOC) || size > greatest_block) return nullptr;
-  // Not zeroed: the contract leaves the content open.
+  if (standin::fails(STANDIN_ALLOC) || size > max_block_size) return nullptr;
+  // Not zeroed: by contract the content is undefined.
   void *block = std::malloc(size > 0 ? size : 1);
   if (block == nullptr) return nullptr;
   std::memset(block, 0xA5, size);
@@ -88,7 +88,7 @@ void *mtrack_alloc(uint32_t service_id, uint32_t mem_type, uint32_t size) {
 
 void mtrack_free(void *block) {
   if (!is_block(block_at(block), STANDIN_ALL_TYPES)) {
-    standin::misuse("%p is no live block", block);
+    standin::misuse("%p is not a live block", block);
     return;
   }
   extents.erase(block);

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,7 +17,7 @@
 
 namespace {
 
-// Bytes at an odd address, which are read bytewise or not at all.
+// Bytes at an odd address: reveals aligned accesses.
 struct OddBytes {
   std::vector<uint8_t> buffer;
 
@@ -44,7 +45,7 @@ uint32_t handle_size = 0;
 
 struct mts_msg {
   uint32_t opcode;
-  std::vector<OddBytes> payload = {};  // one, or none
+  std::optional<OddBytes> payload = {};
   bool is_request = false;
   uint32_t cmd_id = 0;
   bool is_positive = false;
@@ -54,30 +55,25 @@ struct mts_msg {
 
 struct cmd_req {
   mts_msg_t *message;
-  std::size_t next = 0;        // of the attribute walk
-  bool is_identified = false;  // its command was asked for
+  std::size_t next = 0;        // position in the attributes
+  bool is_identified = false;  // its command identifier was read
 };
 
 namespace {
 
-void answer(cmd_req_t *handle, Answer given) {
+void answer(cmd_req_t *handle, Answer new_answer) {
   if (std::exchange(handle->message->is_answered, true)) {
-    return standin::misuse("the request is answered already");
+    return standin::misuse("the request is already answered");
   }
-  answers.push_back(std::move(given));
+  answers.push_back(std::move(new_answer));
 }
 
-void hand_out(Attribute &attribute, void **value, uint32_t *length) {
+void read_attribute(Attribute &attribute, void **value, uint32_t *length) {
   *value = attribute.value.data();
   *length = static_cast<uint32_t>(attribute.value.size());
 }
 
 }  // namespace
-
-void standin::reset_requests() {
-  answers.clear();
-  handle_size = 0;
-}
 
 uint32_t mts_opc_get(const mts_msg_t *msg) {
   return msg->opcode;
@@ -95,25 +91,27 @@ const char *mts_opc_name_get(uint32_t opcode) {
 }
 
 void *mts_payload_get(mts_msg_t *msg) {
-  return msg->payload.empty() ? nullptr : msg->payload[0].data();
+  return msg->payload ? msg->payload->data() : nullptr;
 }
 
 uint32_t cmd_req_handle_get_1(mts_msg_t *msg) {
-  if (msg == nullptr) standin::misuse("a handle of no message");
+  if (msg == nullptr) standin::misuse("a handle for a null message");
   return std::max<uint32_t>(handle_size, sizeof(cmd_req_t));
 }
 
-// All of the buffer is written, as by a platform whose handles take it.
+// Writes the whole buffer, like a platform whose handles need all of it.
 cmd_req_t *cmd_req_handle_get_2(mts_msg_t *msg, void *buffer) {
   if (!msg->is_request) return nullptr;
-  if (reinterpret_cast<uintptr_t>(buffer) % 16 != 0) standin::misuse("a handle at %p", buffer);
+  if (reinterpret_cast<uintptr_t>(buffer) % 16 != 0) {
+    standin::misuse("the handle at %p is not aligned to 16", buffer);
+  }
   std::memset(buffer, 0xA5, cmd_req_handle_get_1(msg));
   return new (buffer) cmd_req_t{msg};
 }
 
 uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle) {
   if (std::exchange(handle->is_identified, true)) {
-    standin::misuse("the command is asked for again");
+    standin::misuse("the command identifier is read twice");
   }
   return handle->message->cmd_id;
 }
@@ -121,10 +119,10 @@ uint32_t cmd_req_cmdId_getnext(cmd_req_t *handle) {
 uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value,
                           uint32_t *length) {
   for (Attribute &attribute : handle->message->attributes) {
-    hand_out(attribute, value, length);
+    read_attribute(attribute, value, length);
     if (attribute.id == attribute_id) return 0;
   }
-  // What is set here is not to be read.
+  // The library must not read these values.
   *length = UINT32_MAX;
   return 1;
 }
@@ -132,7 +130,7 @@ uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value
 uint32_t cmd_req_attr_getnext(cmd_req_t *handle, void **value, uint32_t *length) {
   std::vector<Attribute> &attributes = handle->message->attributes;
   if (handle->next == attributes.size()) return CMD_REQ_NO_MORE_ATTRIBUTES;
-  hand_out(attributes[handle->next], value, length);
+  read_attribute(attributes[handle->next], value, length);
   return attributes[handle->next++].id;
 }
 
@@ -149,7 +147,7 @@ void cmd_rsp_send_ok(cmd_req_t *handle) {
 }
 
 void cmd_rsp_send_nok(cmd_req_t *handle, uint32_t zero, const char *format, ...) {
-  if (zero != 0) standin::misuse("a refusal with %u before its message", zero);
+  if (zero != 0) standin::misuse("the second argument of a refusal is %u; expected 0", zero);
   char text[512];
   va_list arguments;
   va_start(arguments, format);
@@ -161,8 +159,8 @@ void cmd_rsp_send_nok(cmd_req_t *handle, uint32_t zero, const char *format, ...)
 void *standin_message(uint32_t opcode, const void *payload, size_t size) {
   auto *message = new mts_msg_t{.opcode = opcode};
   if (payload != nullptr) {
-    message->payload.emplace_back(payload, size);
-    standin::note_extent(mts_payload_get(message), size);
+    message->payload.emplace(payload, size);
+    standin::add_extent(mts_payload_get(message), size);
   }
   return message;
 }
@@ -182,7 +180,7 @@ void *standin_command(uint32_t cmd_id, uint32_t form, const standin_attribute_t 
 
 void standin_message_free(void *msg) {
   auto *message = static_cast<mts_msg_t *>(msg);
-  standin::forget_extent(mts_payload_get(message));
+  standin::remove_extent(mts_payload_get(message));
   delete message;
 }
 

@@ -49,8 +49,9 @@ bool fails(standin_operation_t operation) {
 
 void standin_reset() {
   failures = {};
-  standin::reset_history();
-  standin::reset_requests();
+  standin_history_clear();
+  standin_answers_clear();
+  standin_handle_size(0);
   standin::reset_switch();
 }
 

@@ -1,4 +1,4 @@
-// The switch: its ports, channels, VLANs and partition, as the managers of the platform see them.
+// The switch: ports, channels, VLANs and partition, as the managers of the platform report them.
 
 #include <algorithm>
 #include <cstring>
@@ -19,7 +19,7 @@ namespace {
 
 // The record of a port in the database.
 struct Membership {
-  uint32_t counts;  // 0: a record that counts as missing
+  uint32_t counts;  // 0: treated as missing
   uint32_t mcec_id;
 };
 
@@ -40,12 +40,12 @@ struct Key {
 };
 static_assert(sizeof(Key) == MCECM_SDB_KEY_SIZE);
 
-std::vector<Port> ports;  // in the order of their indexes
+std::vector<Port> ports;  // in ascending order of if_index
 std::set<uint32_t> internal_channels;
 bool trunk_exists = false;
 uint32_t partition = 0;
 
-// How many ports come before an index.
+// Returns the number of ports with a smaller index.
 std::size_t ports_before(uint64_t if_index) {
   const auto at = std::ranges::lower_bound(ports, if_index, {}, &Port::if_index);
   return static_cast<std::size_t>(at - ports.begin());
@@ -55,13 +55,13 @@ std::size_t ports_in(uint32_t first, uint32_t last) {
   return first <= last ? ports_before(uint64_t{last} + 1) - ports_before(first) : 0;
 }
 
-// nullptr when there is no such port.
+// Returns nullptr if there is no such port.
 Port *find_port(uint32_t if_index) {
   const std::size_t at = ports_before(if_index);
   return at < ports.size() && ports[at].if_index == if_index ? &ports[at] : nullptr;
 }
 
-// The port that a test or the lab sets up; made when there is none.
+// Returns the port, and adds it if it does not exist.
 Port &port_at(uint32_t if_index) {
   if (Port *port = find_port(if_index); port != nullptr) return *port;
   const auto place = ports.begin() + static_cast<std::ptrdiff_t>(ports_before(if_index));
@@ -74,24 +74,26 @@ void set_record(uint32_t if_index, bool has_record, Membership membership) {
   port.membership = membership;
 }
 
-// Records are handed out at an odd address, as a database that packs them would.
+// Records are returned at an odd address, like those of a database that packs them.
 uint8_t record_buffer[1 + sizeof(Membership)];
 
-void *packed(const Membership &membership) {
+void *write_record(const Membership &membership) {
   std::memcpy(record_buffer + 1, &membership, sizeof membership);
   return record_buffer + 1;
 }
 
 void write_key(void *key, KeyKind kind, uint32_t number) {
-  if (reinterpret_cast<uintptr_t>(key) % 8 != 0) standin::misuse("a key at %p", key);
-  const Key made{kind, number};
-  std::memcpy(key, &made, sizeof made);
+  if (reinterpret_cast<uintptr_t>(key) % 8 != 0) {
+    standin::misuse("the key at %p is not aligned to 8", key);
+  }
+  const Key value{kind, number};
+  std::memcpy(key, &value, sizeof value);
 }
 
-// What the library leaves for an answer is 0 before the call.
+// The library must set an output argument to 0 before the call.
 template <class Number>
 void expect_zero(const Number *answer) {
-  if (*answer != 0) standin::misuse("%u is where an answer goes, instead of 0", unsigned{*answer});
+  if (*answer != 0) standin::misuse("an output argument is %u; expected 0", unsigned{*answer});
 }
 
 }  // namespace
@@ -141,7 +143,8 @@ uint32_t im_get_ifindex_layermode_list(void *entries, uint32_t count) {
     if (reinterpret_cast<uintptr_t>(bytes) % 8 != 0 ||
         std::any_of(bytes + sizeof entry.if_index, bytes + sizeof entry,
                     [](uint8_t byte) { return byte != 0; })) {
-      standin::misuse("a query at %p that is not empty", static_cast<const void *>(bytes));
+      standin::misuse("the query at %p is not empty or not aligned to 8",
+                      static_cast<const void *>(bytes));
     }
     const Port *port = find_port(entry.if_index);
     if (port == nullptr) return 1;
@@ -172,17 +175,18 @@ void mcecm_sdb_generate_mct_key(uint32_t number, void *key) {
 void *mcecm_sdb_info_get(const void *key) {
   Key wanted;
   std::memcpy(&wanted, key, sizeof wanted);
-  if (wanted.kind == of_trunk) return trunk_exists && wanted.number == 1 ? packed({1, 0}) : nullptr;
+  if (wanted.kind == of_trunk)
+    return trunk_exists && wanted.number == 1 ? write_record({1, 0}) : nullptr;
   if (standin::fails(STANDIN_MEMBERSHIP)) return nullptr;
   const Port *port = find_port(wanted.number);
-  return port != nullptr && port->has_record ? packed(port->membership) : nullptr;
+  return port != nullptr && port->has_record ? write_record(port->membership) : nullptr;
 }
 
 uint32_t mcecm_api_is_internal_mcec(uint32_t mcec_id) {
   return internal_channels.contains(mcec_id) ? 1 : 0;
 }
 
-// --- setting it up ---
+// --- configuration ---
 
 void standin_add_ports(uint32_t first, uint32_t last, uint8_t type, uint32_t layer_mode) {
   for (uint64_t if_index = first; if_index <= last; ++if_index) {

@@ -7,13 +7,13 @@
  *   | entries  | (2)  | (2)    | (length) + pad  | ...          |
  *   +----------+------+--------+-----------------+--------------+
  *
- * Entries are padded to a multiple of 4. In the odd layout a byte follows the length,
- * and there is no padding after it, so that values lie at odd and even addresses by turns.
+ * Entries are padded to a multiple of 4. In the odd layout one byte follows the length, and there
+ * is no padding, so that values are at odd and at even addresses.
  *
- * The readers trust no length: an entry whose header or value reaches past the array is counted,
- * and cannot be read; and an array that claims more than the block or the message it lies in has
- * ends there. In memory that is not the platform's the first word is believed: whoever received an
- * array into it compares that word with the bytes received.
+ * Readers check every length. An entry whose header or value extends past the array is counted but
+ * cannot be read. If the first word exceeds the block or message that contains the array, the array
+ * ends there. In other memory the first word is trusted: code that receives an array must compare
+ * it with the number of bytes received.
  */
 #include "tlv.h"
 
@@ -33,7 +33,7 @@ constexpr uint32_t header_size = 4;
 enum Error : uint32_t {
   no_room = 0x40AA0001,
   broken_entry = 0x40AA0002,
-  no_such_entry = 0x40AA0003,
+  not_found = 0x40AA0003,
 };
 
 bool odd_layout = std::getenv("STANDIN_ODD_TLVS") != nullptr;
@@ -60,7 +60,7 @@ void store(uint8_t *at, Unsigned value) {
 }
 
 uint32_t entry_bytes(const void *array) {
-  const std::size_t extent = standin::extent_from(array);
+  const std::size_t extent = standin::bytes_to_end(array);
   if (extent < header_size) return 0;
   const uint32_t bytes = ntohl(load<uint32_t>(static_cast<const uint8_t *>(array)));
   return static_cast<uint32_t>(std::min<std::size_t>(bytes, extent - header_size));
@@ -70,10 +70,10 @@ struct Entry {
   uint16_t type;
   uint16_t length;
   const uint8_t *value;
-  uint32_t end;  // where the next one starts, behind the header
+  uint32_t end;  // cursor of the next entry
 };
 
-// The entry at a cursor, nothing when it does not lie within the array.
+// Returns the entry at a cursor, or empty if it does not fit in the array.
 std::optional<Entry> entry_at(const void *array, uint32_t cursor) {
   const uint32_t bytes = entry_bytes(array);
   if (cursor > bytes || bytes - cursor < value_offset()) return std::nullopt;
@@ -86,10 +86,10 @@ std::optional<Entry> entry_at(const void *array, uint32_t cursor) {
 }
 
 void expect_flag(uint32_t flag) {
-  if (flag != TLV_ALIGNED_FLAG) standin::misuse("a TLV operation with the flag %u", flag);
+  if (flag != TLV_ALIGNED_FLAG) standin::misuse("the flag of a TLV operation is %u", flag);
 }
 
-void hand_out(const Entry &entry, uint16_t *length, void **value) {
+void set_value(const Entry &entry, uint16_t *length, void **value) {
   *length = entry.length;
   *value = const_cast<uint8_t *>(entry.value);
 }
@@ -103,9 +103,9 @@ uint16_t tlv_aligned_data_size_get(uint32_t length) {
 uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t type, uint16_t length,
                                    const void *value, uint32_t flag) {
   expect_flag(flag);
-  const std::size_t extent = standin::extent_from(array);
+  const std::size_t extent = standin::bytes_to_end(array);
   if (extent != SIZE_MAX && extent != array_size) {
-    standin::misuse("a block of %zu bytes is passed with a size of %u", extent, array_size);
+    standin::misuse("the size of a block of %zu bytes is passed as %u", extent, array_size);
   }
   if (standin::fails(STANDIN_TLV_ADD)) return STANDIN_TLV_INJECTED_FAILURE;
   if (array_size < header_size) return no_room;
@@ -139,7 +139,7 @@ uint32_t tlv_aligned_array_get_next_tlv(const void *array, uint16_t *type, uint1
   const std::optional<Entry> entry = entry_at(array, *cursor);
   if (!entry) return broken_entry;
   *type = entry->type;
-  hand_out(*entry, length, value);
+  set_value(*entry, length, value);
   *cursor = entry->end;
   return 0;
 }
@@ -152,12 +152,12 @@ uint32_t tlv_aligned_array_find_tlv(const void *array, uint16_t type, uint16_t *
     const std::optional<Entry> entry = entry_at(array, cursor);
     if (!entry) return broken_entry;
     if (entry->type == type) {
-      hand_out(*entry, length, value);
+      set_value(*entry, length, value);
       return 0;
     }
     cursor = entry->end;
   }
-  return no_such_entry;
+  return not_found;
 }
 
 size_t standin_tlv_array_bytes(const void *array) {

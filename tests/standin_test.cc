@@ -34,7 +34,7 @@ const struct {
        mtrack_free(block);
        mtrack_free(block);
      },
-     "no live block"},
+     "not a live block"},
     {[] { EXPECT_EQ(mtrack_alloc(633, 21, 8), nullptr); }, "service 633 has no memory type 21"},
     {[] {
        const uint32_t record[] = {1, 0x41414141};
@@ -45,12 +45,13 @@ const struct {
        const uint32_t record[] = {2, 0};
        sdwrap_his_log_event_for_uuid_inst(633, 0x730000, 0, 0, 5, record);
      },
-     "the flag 2"},
-    {[] { sdwrap_hist_init_for_uuid(633, 0x1000); }, "no history of 4096 bytes"},
+     "record is 2; expected 1"},
+    {[] { sdwrap_hist_init_for_uuid(633, 0x1000); }, "a history of 4096 bytes"},
     {[] { sdwrap_his_log_event_for_uuid_inst(633, 0x730000, 0, 7, 5, aligned); }, "0x730000, 0, 7"},
-    {[] { mtrack_init("", 633, nullptr, 0); }, "registered already"},
+    {[] { mtrack_init("", 633, nullptr, 0); }, "already registered"},
     {[] { mtrack_uninit(634); }, "634 is not registered"},
-    {[] { avl_destroy(avl_create(stp_mcec_type1_cfg_avl_cmp_func, 1), nullptr); }, "0x1"},
+    {[] { avl_destroy(avl_create(stp_mcec_type1_cfg_avl_cmp_func, 1), nullptr); },
+     "0x1; expected 0"},
     {[] {
        static type1_cfg_avl_node_t node{};
        avl_tree_t *tree = make_tree();
@@ -65,33 +66,33 @@ const struct {
        avl_insert(tree, nodes + 1);
        avl_destroy(tree, [](void *) {});
      },
-     "in the tree already"},
-    {[] { tlv_aligned_array_add_tlv(aligned, 16, 1, 0, nullptr, 0); }, "the flag 0"},
-    {[] { tlv_aligned_array_get_num_tlvs(aligned, 2); }, "the flag 2"},
+     "already in the tree"},
+    {[] { tlv_aligned_array_add_tlv(aligned, 16, 1, 0, nullptr, 0); }, "operation is 0"},
+    {[] { tlv_aligned_array_get_num_tlvs(aligned, 2); }, "operation is 2"},
     {[] { tlv_aligned_array_get_next_tlv(aligned, &length, &length, &value, 3, &number); },
-     "the flag 3"},
-    {[] { tlv_aligned_array_find_tlv(aligned, 1, &length, &value, 4); }, "the flag 4"},
+     "operation is 3"},
+    {[] { tlv_aligned_array_find_tlv(aligned, 1, &length, &value, 4); }, "operation is 4"},
     {[] {
        void *block = mtrack_alloc(633, 6, 8);
        tlv_aligned_array_add_tlv(block, 9, 1, 0, nullptr, 1);
        mtrack_free(block);
      },
-     "a block of 8 bytes is passed with a size of 9"},
-    {[] { cmd_req_handle_get_2(msg, aligned + 8); }, "a handle at "},
-    {[] { cmd_req_handle_get_1(nullptr); }, "of no message"},
+     "a block of 8 bytes is passed as 9"},
+    {[] { cmd_req_handle_get_2(msg, aligned + 8); }, "not aligned to 16"},
+    {[] { cmd_req_handle_get_1(nullptr); }, "a null message"},
     {[] {
        cmd_req_cmdId_getnext(handle);
        cmd_req_cmdId_getnext(handle);
      },
-     "asked for again"},
-    {[] { cmd_rsp_send_nok(handle, 7, "no"); }, "a refusal with 7"},
-    {[] { cmd_rsp_send_ok(handle); }, "answered already"},
-    {[] { mcecm_sdb_generate_if_key(1, aligned + 4); }, "a key at "},
+     "read twice"},
+    {[] { cmd_rsp_send_nok(handle, 7, "no"); }, "a refusal is 7"},
+    {[] { cmd_rsp_send_ok(handle); }, "already answered"},
+    {[] { mcecm_sdb_generate_if_key(1, aligned + 4); }, "not aligned to 8"},
     {[] {
        number = 5;
        if_index_get_num_ports_in_if_index_range(1, 2, &number);
      },
-     "5 is where an answer goes"},
+     "an output argument is 5"},
     {[] {
        number = 0;
        if_index_get_if_index_in_range(1, 2, &number, 3);

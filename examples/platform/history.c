@@ -1,5 +1,4 @@
-/* Event history: the last lines, in memory. Each line has a place of its own; the next one takes
- * that of the oldest. */
+/* Event history: a ring buffer of lines in memory. */
 #include <draimiofaf/platform/sdwrap.h>
 #include <string.h>
 

@@ -1,5 +1,5 @@
-/* Memory: blocks of malloc. A platform that accounts for them keeps service and memory type in
- * front of each block. */
+/* Memory: blocks of malloc. A platform with accounting stores service and memory type in front of
+ * each block. */
 #include <draimiofaf/platform/mtrack.h>
 #include <stdlib.h>
 

@@ -1,17 +1,17 @@
 /*
- * A platform to copy from, made of other parts than the stand-in: each source implements the
- * operations of a header or two of draimiofaf/platform/.
+ * A platform to copy from, independent of the stand-in. Each source implements the operations of
+ * one or a few headers of draimiofaf/platform/.
  *
  *   memory.c     mtrack.h                          blocks of malloc
  *   history.c    sdwrap.h                          the last lines, in memory
  *   tree.c       avl.h                             the search trees of the C library
  *   tlv.c        tlv.h, syserr.h                   arrays in little-endian order
  *   requests.c   mts.h, cmd_req.h                  messages of the process itself
- *   switch.c     mcecm.h, if_index.h, im.h,        tables that the process hands over
+ *   switch.c     mcecm.h, if_index.h, im.h,        tables of the process
  *                satmgr.h, sysmgr.h
  *
- * This header is what its process sets up, and may ask. No locks, and nothing that a constructor
- * makes: the library calls its platform before the constructors of an executable have run.
+ * This header declares what the process configures and queries. No locks and no constructors: the
+ * library calls its platform before the constructors of an executable run.
  */
 #ifndef EXAMPLE_PLATFORM_H
 #define EXAMPLE_PLATFORM_H
@@ -24,15 +24,15 @@
 extern "C" {
 #endif
 
-/* --- the switch: tables of the process, which stay its own and in place --- */
+/* --- the switch: tables of the process, which keeps ownership and must not move them --- */
 
 typedef struct platform_port {
   uint32_t if_index;
   uint8_t type;
   uint8_t is_pod;      /* a host-interface port of a pod */
-  uint16_t has_record; /* 0: the multi-chassis manager does not know it */
+  uint16_t has_record; /* 0: the multi-chassis manager has no record of it */
   uint32_t layer_mode;
-  uint32_t record[2]; /* its record there: does it count, and its channel */
+  uint32_t record[2]; /* its record there: 0 if treated as missing, and its channel */
 } platform_port_t;
 
 typedef struct platform_switch {
@@ -44,8 +44,8 @@ typedef struct platform_switch {
   uint32_t partition;
 } platform_switch_t;
 
-/* The switch is this from now on; NULL: one without a port and without a trunk. Its user VLANs are
- * set in mcec_stp_vlan_count (mcecm.h). */
+/* Sets the switch; NULL: one without ports and without a trunk. Its user VLANs are set in
+ * mcec_stp_vlan_count (mcecm.h). */
 void platform_set_switch(const platform_switch_t *tables);
 
 /* --- messages --- */
@@ -56,27 +56,28 @@ typedef struct platform_attribute {
   const void *value;
 } platform_attribute_t;
 
-/* A message with a copy of the payload; payload NULL: one without. A command request, in its
- * positive or its negating form. NULL: no memory. */
+/* Return a message with a copy of the payload, without one if payload is NULL; and a command
+ * request, in its positive or its negated form. NULL if memory is exhausted. */
 mts_msg_t *platform_message(uint32_t opcode, const void *payload, uint32_t size);
 mts_msg_t *platform_command(uint32_t cmd_id, uint32_t is_positive,
                             const platform_attribute_t *attributes, size_t count);
 
-/* How a command was answered: NULL not yet, "" accepted, else the text of the refusal. */
+/* Returns the answer to a command: NULL if not yet answered, "" if accepted, else the text of the
+ * refusal. */
 const char *platform_answer(const mts_msg_t *msg);
 
 void platform_message_free(mts_msg_t *msg);
 
 /* --- arrays --- */
 
-/* The bytes that an array claims to have, its head included; size: those that are there. 0: fewer
- * are there than it claims. Ask this of an array that was received, before anything reads it. */
+/* Returns the size of an array in bytes, including its header, or 0 if that is more than size, the
+ * number of bytes received. Call this for every received array before anything reads it. */
 size_t platform_array_bytes(const void *array, size_t size);
 
 /* --- event history --- */
 
-/* How many lines were logged; and the line at a position, NULL when it was overwritten or none was
- * logged there. */
+/* Return the number of logged lines, and the line at a position, or NULL if it was overwritten or
+ * not yet logged. */
 uint32_t platform_history_count(void);
 const char *platform_history_line(uint32_t position);
 

@@ -1,4 +1,5 @@
-/* Messages. A command request has its attributes, and copies of their values, behind its head. */
+/* Messages. A command request stores its attributes, followed by copies of their values, after its
+ * header. */
 #include <draimiofaf/platform/cmd_req.h>
 #include <stdarg.h>
 #include <stdio.h>
@@ -21,10 +22,10 @@ struct mts_msg {
 
 struct cmd_req {
   mts_msg_t *message;
-  size_t next; /* of the walk over the attributes */
+  size_t next; /* position in the attributes */
 };
 
-/* A message with room for attributes and for bytes behind them. */
+/* Returns a message with room for attributes, followed by bytes. */
 static mts_msg_t *new_message(uint32_t opcode, size_t count, size_t bytes) {
   mts_msg_t *message = calloc(1, sizeof *message + count * sizeof message->attributes[0] + bytes);
   if (message == NULL) return NULL;
@@ -51,10 +52,10 @@ mts_msg_t *platform_command(uint32_t cmd_id, uint32_t is_positive,
   message->is_positive = is_positive;
   unsigned char *value = (unsigned char *)(message->attributes + count);
   for (size_t i = 0; i < count; ++i) {
-    const platform_attribute_t *given = &attributes[i];
-    message->attributes[i] = (platform_attribute_t){given->id, given->length, value};
-    if (given->length > 0) memcpy(value, given->value, given->length);
-    value += given->length;
+    const platform_attribute_t *source = &attributes[i];
+    message->attributes[i] = (platform_attribute_t){source->id, source->length, value};
+    if (source->length > 0) memcpy(value, source->value, source->length);
+    value += source->length;
   }
   return message;
 }
@@ -122,7 +123,7 @@ uint32_t cmd_req_attr_get(cmd_req_t *handle, uint32_t attribute_id, void **value
   return 1;
 }
 
-/* Only the first answer counts. */
+/* Only the first answer is kept. */
 void cmd_rsp_send_ok(cmd_req_t *handle) {
   handle->message->is_answered = 1;
 }

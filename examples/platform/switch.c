@@ -1,4 +1,4 @@
-/* The switch: its interfaces, channels and pods, out of the tables that the process handed over. */
+/* The switch: interfaces, channels and pods, from the tables of the process. */
 #include <draimiofaf/platform/if_index.h>
 #include <draimiofaf/platform/im.h>
 #include <draimiofaf/platform/mcecm.h>
@@ -8,19 +8,19 @@
 
 #include "platform.h"
 
-static platform_switch_t now;
+static platform_switch_t current;
 
 void platform_set_switch(const platform_switch_t *tables) {
-  now = tables != NULL ? *tables : (platform_switch_t){.ports = NULL};
+  current = tables != NULL ? *tables : (platform_switch_t){.ports = NULL};
 }
 
-/* How many ports of the table come before an index. */
+/* Returns the number of ports with a smaller index. */
 static size_t ports_before(uint64_t if_index) {
   size_t low = 0;
-  size_t high = now.port_count;
+  size_t high = current.port_count;
   while (low < high) {
     const size_t middle = low + (high - low) / 2;
-    if (now.ports[middle].if_index < if_index) {
+    if (current.ports[middle].if_index < if_index) {
       low = middle + 1;
     } else {
       high = middle;
@@ -29,9 +29,10 @@ static size_t ports_before(uint64_t if_index) {
   return low;
 }
 
-static const platform_port_t *port_of(uint32_t if_index) {
+static const platform_port_t *find_port(uint32_t if_index) {
   const size_t at = ports_before(if_index);
-  return at < now.port_count && now.ports[at].if_index == if_index ? &now.ports[at] : NULL;
+  return at < current.port_count && current.ports[at].if_index == if_index ? &current.ports[at]
+                                                                           : NULL;
 }
 
 static size_t ports_in(uint32_t first, uint32_t last) {
@@ -41,7 +42,7 @@ static size_t ports_in(uint32_t first, uint32_t last) {
 /* --- interface indexes --- */
 
 uint32_t if_index_get_type(uint32_t if_index, uint8_t *type) {
-  const platform_port_t *port = port_of(if_index);
+  const platform_port_t *port = find_port(if_index);
   if (port == NULL) return 1;
   *type = port->type;
   return 0;
@@ -56,7 +57,7 @@ uint32_t if_index_get_num_ports_in_if_index_range(uint32_t first, uint32_t last,
 uint32_t if_index_get_if_index_in_range(uint32_t first, uint32_t last, uint32_t *if_index,
                                         uint32_t position) {
   if (position >= ports_in(first, last)) return 1;
-  *if_index = now.ports[ports_before(first) + position].if_index;
+  *if_index = current.ports[ports_before(first) + position].if_index;
   return 0;
 }
 
@@ -65,7 +66,7 @@ uint32_t if_index_get_if_index_in_range(uint32_t first, uint32_t last, uint32_t 
 uint32_t im_get_ifindex_layermode_list(void *entries, uint32_t count) {
   im_ifindex_layermode_t *entry = entries;
   for (; count > 0; --count, ++entry) {
-    const platform_port_t *port = port_of(entry->if_index);
+    const platform_port_t *port = find_port(entry->if_index);
     if (port == NULL) return 1;
     entry->layer_mode = port->layer_mode;
   }
@@ -95,14 +96,14 @@ void *mcecm_sdb_info_get(const void *key) {
   static uint32_t trunk;
   uint32_t wanted[2];
   memcpy(wanted, key, sizeof wanted);
-  if (wanted[0] == of_trunk) return now.has_trunk != 0 && wanted[1] == 1 ? &trunk : NULL;
-  const platform_port_t *port = port_of(wanted[1]);
+  if (wanted[0] == of_trunk) return current.has_trunk != 0 && wanted[1] == 1 ? &trunk : NULL;
+  const platform_port_t *port = find_port(wanted[1]);
   return port != NULL && port->has_record != 0 ? (void *)port->record : NULL;
 }
 
 uint32_t mcecm_api_is_internal_mcec(uint32_t mcec_id) {
-  for (size_t i = 0; i < now.internal_count; ++i) {
-    if (now.internal_channels[i] == mcec_id) return 1;
+  for (size_t i = 0; i < current.internal_count; ++i) {
+    if (current.internal_channels[i] == mcec_id) return 1;
   }
   return 0;
 }
@@ -110,10 +111,10 @@ uint32_t mcecm_api_is_internal_mcec(uint32_t mcec_id) {
 /* --- satellite and system manager --- */
 
 uint32_t satmgr_if_is_pod_port(uint32_t if_index) {
-  const platform_port_t *port = port_of(if_index);
+  const platform_port_t *port = find_port(if_index);
   return port != NULL && port->is_pod != 0 ? 1 : 0;
 }
 
 uint32_t sysmgr_slc_get(void) {
-  return now.partition;
+  return current.partition;
 }

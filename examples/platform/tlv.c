@@ -3,16 +3,16 @@
  *
  *   0          4          6      8                                4 + bytes
  *   +----------+----------+------+-------------------+-------------+
- *   | bytes of | length,  | type | value, up to a    | next entry  |
- *   | entries  | head too | (2)  | multiple of 4     | ...         |
+ *   | bytes of | length + | type | value, padded to  | next entry  |
+ *   | entries  | 4        | (2)  | a multiple of 4   | ...         |
  *   |          | (2)      |      |                   |             |
  *   +----------+----------+------+-------------------+-------------+
  *
- * The head counts into a length of 16 bits, so a value has 65528 bytes at the most: longer ones are
- * refused.
+ * The length of 16 bits includes the header of the entry, so a value has at most 65528 bytes:
+ * longer ones are refused.
  *
- * The readers trust no length of an entry. The first word is believed, since they do not know how
- * much memory an array has: whoever receives one asks platform_array_bytes first.
+ * Readers check the length of every entry. They trust the first word, because they do not know the
+ * size of the buffer: code that receives an array must call platform_array_bytes first.
  */
 #include <draimiofaf/platform/syserr.h>
 #include <draimiofaf/platform/tlv.h>
@@ -35,7 +35,7 @@ static uint32_t footprint(uint32_t length) {
   return entry_head + (length + 3) / 4 * 4;
 }
 
-/* The bytes of entries that an array has. */
+/* Returns the size of all entries of an array in bytes. */
 static uint32_t entry_bytes(const void *array) {
   uint32_t bytes;
   memcpy(&bytes, array, sizeof bytes);
@@ -48,7 +48,8 @@ size_t platform_array_bytes(const void *array, size_t size) {
   return bytes <= size ? bytes : 0;
 }
 
-/* Read the entry at a position, and move the position behind it. 0: no entry within the array. */
+/* Reads the entry at a position and advances the position. Returns 0 if there is no entry inside
+ * the array. */
 static int read_entry(const void *array, uint32_t *position, uint16_t *type, uint16_t *length,
                       void **value) {
   const uint32_t bytes = entry_bytes(array);
@@ -82,8 +83,8 @@ uint32_t tlv_aligned_array_add_tlv(void *array, uint32_t array_size, uint16_t ty
   memset(at, 0, footprint(length));
   memcpy(at, head, sizeof head);
   if (length > 0) memcpy(at + entry_head, value, length);
-  const uint32_t now = htole32(bytes + footprint(length));
-  memcpy(array, &now, sizeof now);
+  const uint32_t new_bytes = htole32(bytes + footprint(length));
+  memcpy(array, &new_bytes, sizeof new_bytes);
   return 0;
 }
 

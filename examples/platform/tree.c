@@ -1,5 +1,5 @@
-/* Trees: those of the C library. They take memory for each node from malloc; with none left the
- * process ends, since linking a node has no failure. */
+/* Trees: those of the C library. They allocate memory for each node; if that fails, the process
+ * aborts, because avl_insert cannot fail. */
 #include <draimiofaf/platform/avl.h>
 #include <search.h>
 #include <stdlib.h>

@@ -7,9 +7,9 @@
 #include <stdint.h>
 
 /*
- * Configuration commands: X(name, identifier, sub-extractor, gated, the parameters that it sets as
- * bits of STP_MCEC_SETS). A GATED command concerns the check only while a multi-chassis trunk
- * exists; the interface commands decide port by port.
+ * Configuration commands: X(name, identifier, sub-extractor, gated, set of its parameters as bits
+ * of STP_MCEC_SETS). A GATED command is extracted only while a multi-chassis trunk exists; the
+ * interface commands decide for each port.
  */
 #define STP_MCEC_COMMANDS(X)                                                                       \
   X(STP_MODE, 1, stp_mcec_extract_stp_mode_param, GATED, STP_MCEC_SETS(STP_MODE))                  \
@@ -34,7 +34,7 @@
   X(IF_MST_SIMULATE_PVST, 50, stp_mcec_extract_if_params, UNGATED,                                 \
     STP_MCEC_SETS(IFI_MST_SIMULATE_PVST))
 
-/* The bit of a parameter in the set of those that a command sets. */
+/* The bit of a parameter in the set of parameters that a command sets. */
 #define STP_MCEC_SETS(name) (UINT32_C(1) << STP_MCEC_TYPE1_##name)
 
 enum {
@@ -47,13 +47,13 @@ enum {
  * Attributes of the commands; words are in host byte order.
  *
  *   STP_MODE        the mode, one word
- *   VLAN_LIST       a VLAN range list:   | unread | n | first last | first last | ...   (words)
- *   IFINDEX         the interface ranges: | unread | n | unread | unread | first last | ... (words)
+ *   VLAN_LIST       VLAN ranges, words:      | unused | n | first last | first last | ...
+ *   IFINDEX         interface ranges, words: | unused | n | unused | unused | first last | ...
  *   IF_PORT_MODE, IF_PORT_TYPE   one word: STP_MCEC_IF_PORT_MODE_*
  *   IF_GUARD        one word: STP_MCEC_IF_GUARD_*
- *   IF_MST_SIMULATE_PVST         its presence disables the simulation; the value is not read
+ *   IF_MST_SIMULATE_PVST         if present, disables the simulation; the value is not read
  *
- * The _2 identifiers mean the same as their namesakes, from another form of the command.
+ * The _2 identifiers have the same meaning, in another form of the command.
  */
 enum {
   STP_MCEC_ATTR_STP_MODE = 0x2020002,
@@ -69,7 +69,7 @@ enum {
   STP_MCEC_ATTR_IF_MST_SIMULATE_PVST_2 = 0x2020091,
 };
 
-/* Words of the attributes IF_PORT_MODE and IF_PORT_TYPE, and of IF_GUARD. */
+/* Values of the attributes IF_PORT_MODE and IF_PORT_TYPE, and of IF_GUARD. */
 enum {
   STP_MCEC_IF_PORT_MODE_NORMAL = 2,
   STP_MCEC_IF_PORT_MODE_EDGE_TRUNK = 3,
@@ -80,7 +80,7 @@ enum {
   STP_MCEC_IF_GUARD_NONE = 3,
 };
 
-/* The layer mode of an interface that spanning tree runs on. */
+/* The layer mode of interfaces that run spanning tree. */
 enum { STP_MCEC_IF_LAYER_MODE_ACCEPTED = 2 };
 
 #endif

@@ -1,5 +1,5 @@
 /*
- * The type-1 parameters with their names and values, and the result codes. Part of types.h.
+ * The type-1 parameters, their names and values, and the result codes. Part of types.h.
  */
 #ifndef DRAIMIOFAF_PARAMETERS_H
 #define DRAIMIOFAF_PARAMETERS_H
@@ -12,19 +12,19 @@
  * default word, modes in which it is compared, whether it is compared on pod ports).
  *
  * GLOBAL parameters belong to the switch and are cached under interface index 0, INTERFACE ones
- * under the index of their interface. The default word is that of the kinds that are one word; any
- * word but 0 is the default of BRIDGE_ASSURANCE and GBL_MST_SIMULATE_PVST. The default of the other
- * kinds is a value of zero bytes.
+ * under the index of their interface. The default word applies to the kinds with one word; for
+ * BRIDGE_ASSURANCE and GBL_MST_SIMULATE_PVST any word except 0 is the default. The default of the
+ * other kinds is all zeros.
  *
- *   STP_MODE                 one word: STP_MCEC_STP_MODE_*; Rapid-PVST by default
- *   STP_ENDIS                bmp4096_t, a set bit is a VLAN on which spanning tree is disabled
+ *   STP_MODE                 one word: STP_MCEC_STP_MODE_*; default Rapid-PVST
+ *   STP_ENDIS                bmp4096_t; a set bit is a VLAN on which spanning tree is disabled
  *   MST_REGION_NAME          text, NUL-terminated unless it fills the value
  *   MST_REGION_REVISION      one word
- *   MST_REGION_VI_MAP        4096 16-bit words, the MST instance of VLAN 0 to 4095
- *   LOOP_GUARD               one word, 0 disabled (the default), else enabled
- *   BRIDGE_ASSURANCE         one word, 0 disabled, else enabled (the default)
- *   GBL_PORT_TYPE            one word of STP_MCEC_GBL_PORT_TYPE_* flags, 0 by default
- *   GBL_MST_SIMULATE_PVST    one word, 0 disabled, else enabled (the default)
+ *   MST_REGION_VI_MAP        4096 16-bit words, the MST instances of VLANs 0 to 4095
+ *   LOOP_GUARD               one word: 0 disabled (default), else enabled
+ *   BRIDGE_ASSURANCE         one word: 0 disabled, else enabled (default)
+ *   GBL_PORT_TYPE            one word of STP_MCEC_GBL_PORT_TYPE_* flags; default 0
+ *   GBL_MST_SIMULATE_PVST    one word: 0 disabled, else enabled (default)
  *   IFI_PORT_TYPE            one word: STP_MCEC_IFI_PORT_TYPE_*
  *   IFI_PORT_GUARD           one word: STP_MCEC_IFI_PORT_GUARD_*
  *   IFI_MST_SIMULATE_PVST    one word: STP_MCEC_IFI_MST_SIMULATE_PVST_*
@@ -43,24 +43,24 @@
   X(IFI_PORT_GUARD, 11, INTERFACE, 4, 0x40DD0044, CHOICE, 0, IN_EVERY_MODE, ON_POD)    \
   X(IFI_MST_SIMULATE_PVST, 12, INTERFACE, 4, 0x40DD0046, CHOICE, 0, IN_MST, ON_POD)
 
-/* What a value is; the first three are one word. */
+/* Kinds of values; the first three are one word. */
 enum stp_mcec_kind {
   STP_MCEC_KIND_NUMBER,
-  STP_MCEC_KIND_CHOICE, /* one of a few texts */
+  STP_MCEC_KIND_CHOICE, /* displayed as one of a few texts */
   STP_MCEC_KIND_FLAGS,
   STP_MCEC_KIND_TEXT,
   STP_MCEC_KIND_VLANS,
   STP_MCEC_KIND_MAP,
 };
 
-/* The modes in which peers must agree on a parameter. */
+/* The modes in which a parameter is compared. */
 enum stp_mcec_compared {
   STP_MCEC_COMPARED_IN_EVERY_MODE,
   STP_MCEC_COMPARED_IN_MST,
   STP_MCEC_COMPARED_IN_RAPID_PVST,
 };
 
-/* Whether a difference on a pod host interface counts. */
+/* Whether a difference on a pod host interface is a mismatch. */
 enum stp_mcec_compared_on_pod {
   STP_MCEC_COMPARED_NOT_ON_POD,
   STP_MCEC_COMPARED_ON_POD,
@@ -68,7 +68,7 @@ enum stp_mcec_compared_on_pod {
 
 /*
  * The names of each parameter: X(name, name in log lines, title in the report, name in the files
- * and the output of mcec-lab). "Ifi Port Gaurd" is the text that the event history has always had.
+ * and the output of mcec-lab). "Ifi Port Gaurd" is spelled as it is in the event history.
  */
 #define STP_MCEC_TYPE1_NAMES(X)                                                                   \
   X(STP_MODE, "Mode", "STP Mode", "stp-mode")                                                     \
@@ -104,8 +104,8 @@ enum {
   X(ERR_TYPE1_PARAM_NULL, 0x40DD003A) \
   X(ERR_NO_MCEC_INFO, 0x41B70016)
 
-/* STP_MCEC_ERR_FAILURE and the like, and a mismatch code for each parameter, for instance
- * STP_MCEC_ERR_TYPE1_LOOP_GUARD. */
+/* STP_MCEC_ERR_FAILURE and the other codes above, and one mismatch code for each parameter, for
+ * instance STP_MCEC_ERR_TYPE1_LOOP_GUARD. */
 enum {
 #define STP_MCEC_ENUMERATOR(name, code) STP_MCEC_##name = (code),
   STP_MCEC_RESULT_CODES(STP_MCEC_ENUMERATOR)
@@ -118,11 +118,11 @@ enum {
 
 /* A block for the caller could not be allocated. */
 #define STP_MCEC_RESULT_NO_BLOCK UINT32_C(1)
-/* Rapid-PVST refused: more than STP_MCEC_PVRST_MAX_USER_VLANS user VLANs are configured. */
+/* Rapid-PVST was rejected: more than STP_MCEC_PVRST_MAX_USER_VLANS user VLANs are configured. */
 #define STP_MCEC_RESULT_PVRST_REFUSED UINT32_C(0xFFFFFFFF)
 
 /*
- * Every result of the library, with a text: X(code, text).
+ * All result codes of the library with their texts: X(code, text).
  *
  *   switch (result) {
  *   #define TEXT_OF(code, text) case (code): return text;
@@ -152,15 +152,15 @@ enum {
   X(STP_MCEC_ERR_TYPE1_IFI_PORT_GUARD, "the port guard of the interface differs")           \
   X(STP_MCEC_ERR_TYPE1_IFI_MST_SIMULATE_PVST, "MST simulate PVST of the interface differs")
 
-/* Values of STP_MODE, and the most user VLANs with which Rapid-PVST is accepted. */
+/* Values of STP_MODE, and the maximum number of user VLANs for Rapid-PVST. */
 enum {
   STP_MCEC_STP_MODE_MST = 4,
   STP_MCEC_STP_MODE_RAPID_PVST = 5,
   STP_MCEC_PVRST_MAX_USER_VLANS = 507,
 };
 
-/* Flags of GBL_PORT_TYPE: the default of the switch's ports. NORMAL is set by the commands exactly
- * when neither EDGE nor NETWORK is. */
+/* Flags of GBL_PORT_TYPE: the default of the switch's ports. The commands set NORMAL if neither
+ * EDGE nor NETWORK is set, and clear it otherwise. */
 enum {
   STP_MCEC_GBL_PORT_TYPE_EDGE = 0x1,
   STP_MCEC_GBL_PORT_TYPE_EDGE_BPDUGUARD = 0x2,
@@ -169,8 +169,7 @@ enum {
   STP_MCEC_GBL_PORT_TYPE_NORMAL = 0x10,
 };
 
-/* Values of the parameters of an interface; 0, what it has when nothing is configured, is their
- * default. */
+/* Values of the parameters of an interface. The default is 0, nothing configured. */
 enum {
   STP_MCEC_IFI_PORT_TYPE_DEFAULT = 0,
   STP_MCEC_IFI_PORT_TYPE_EDGE = 1,

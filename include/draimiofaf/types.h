@@ -1,8 +1,8 @@
 /*
- * Shared records of libdraimiofaf, and with commands.h and parameters.h its codes and constants.
+ * Shared records of libdraimiofaf; includes commands.h and parameters.h for codes and constants.
  *
- * Byte order: a value inside a TLV array or in the cache is in network byte order; the fields of
- * the records below are in host byte order unless stated otherwise.
+ * Byte order: values in a TLV array or in the cache are in network byte order. The fields of the
+ * records below are in host byte order unless stated otherwise.
  */
 #ifndef DRAIMIOFAF_TYPES_H
 #define DRAIMIOFAF_TYPES_H
@@ -26,12 +26,12 @@
 #define STP_MCEC_API
 #endif
 
-/* The layouts of the records are part of the binary interface. */
+/* The record layouts are part of the binary interface. */
 #define STP_MCEC_SIZE_IS(record, size) static_assert(sizeof(record) == (size), "size of " #record)
 #define STP_MCEC_FIELD_AT(record, field, offset) \
   static_assert(offsetof(record, field) == (offset), #record "." #field)
 
-/* The type of a parameter, as TLVs, cache nodes and records carry it. */
+/* The type of a parameter in TLVs, cache nodes and records. */
 typedef uint16_t stp_mcec_type1_cfg_type_t;
 
 /*
@@ -43,8 +43,8 @@ typedef uint16_t stp_mcec_type1_cfg_type_t;
  *   | = 512  |      of bmp[n / 8]                 |
  *   +--------+------------------------------------+
  *
- * size is in network byte order inside a TLV, a cached value or a message, in host byte order in
- * the records that a check is given and fills. The bitmap bytes have no byte order.
+ * size is in network byte order in a TLV, a cached value or a message, in host byte order in the
+ * records that a check reads and writes. The bitmap bytes have no byte order.
  */
 typedef struct bmp4096 {
   uint32_t size;
@@ -54,14 +54,14 @@ typedef struct bmp4096 {
 STP_MCEC_SIZE_IS(bmp4096_t, 516);
 STP_MCEC_FIELD_AT(bmp4096_t, bmp, 4);
 
-/* The block a cache node's value lives in: len bytes, as in a TLV. */
+/* The value of a cache node: len bytes, as in a TLV. */
 typedef uint8_t type1_cfg_avl_val_t;
 
-/* A node of the cache, and (with len and val zero) the key that finds it. */
+/* A node of the cache. With len and val zero it is also the key of a search. */
 typedef struct type1_cfg_avl_node {
   uint32_t if_index; /* 0 for a global parameter */
   stp_mcec_type1_cfg_type_t type;
-  uint16_t len;             /* bytes of val; does not change in a node's life */
+  uint16_t len;             /* bytes of val; never changes */
   type1_cfg_avl_val_t *val; /* owned by the node; network byte order */
 } type1_cfg_avl_node_t;
 
@@ -70,10 +70,10 @@ STP_MCEC_FIELD_AT(type1_cfg_avl_node_t, type, 4);
 STP_MCEC_FIELD_AT(type1_cfg_avl_node_t, len, 6);
 STP_MCEC_FIELD_AT(type1_cfg_avl_node_t, val, 8);
 
-/* One parameter on one interface that the caller of an extraction is to check. */
+/* A parameter on an interface that the caller of an extraction must check. */
 typedef struct mcecm_app_cmd_extract_info {
-  uint32_t type;      /* the parameter, whose value is in the TLV array */
-  uint32_t valid;     /* 1; 0: a slot that was not filled, to be ignored */
+  uint32_t type;      /* the parameter; its value is in the TLV array */
+  uint32_t valid;     /* 1; 0: unfilled, to be ignored */
   uint32_t is_global; /* not 0 for a parameter of the switch */
   uint32_t if_index;  /* the interface, 0 for a parameter of the switch */
 } mcecm_app_cmd_extract_info_t;
@@ -83,7 +83,7 @@ STP_MCEC_FIELD_AT(mcecm_app_cmd_extract_info_t, valid, 4);
 STP_MCEC_FIELD_AT(mcecm_app_cmd_extract_info_t, is_global, 8);
 STP_MCEC_FIELD_AT(mcecm_app_cmd_extract_info_t, if_index, 12);
 
-/* One parameter for display: texts are NUL-terminated and cut to 99 characters. */
+/* A parameter for display. Texts are NUL-terminated and truncated to 99 characters. */
 typedef struct mcecm_app_info {
   uint32_t app_code; /* STP_MCEC_APP_CODE */
   uint32_t param_type;
@@ -100,7 +100,7 @@ STP_MCEC_FIELD_AT(mcecm_app_info_t, component, 12);
 STP_MCEC_FIELD_AT(mcecm_app_info_t, param_name, 112);
 STP_MCEC_FIELD_AT(mcecm_app_info_t, param_value, 212);
 
-/* The block of a report: count records follow the count, mcecm_app_info_t[count]. */
+/* The block of a report: a count, followed by mcecm_app_info_t[count]. */
 typedef struct mcecm_app_info_report {
   uint32_t count;
   mcecm_app_info_t records[1];
@@ -110,18 +110,18 @@ STP_MCEC_FIELD_AT(mcecm_app_info_report_t, records, 4);
 
 enum {
   STP_MCEC_APP_CODE = 171,
-  /* By this number the library is known to the memory tracker and the event history. */
+  /* The library's identifier in the memory tracker and the event history. */
   STP_MCEC_LIB_SERVICE_ID = 633,
-  /* A TLV array takes this many bytes more than its entries. */
+  /* The size of a TLV array without its entries, in bytes. */
   STP_MCEC_TLV_ARRAY_HDR_SIZE = 4,
-  /* In both kinds of update message the TLV array starts this many bytes into the payload. */
+  /* The offset of the TLV array in the payload of both kinds of update message, in bytes. */
   STP_MCEC_TYPE1_UPD_HDR_SIZE = 16,
 };
 
 /*
- * Memory types, one for each place that allocates: X(name, number). Blocks that the library hands
- * out carry them, and are released with mtrack_free: 4 the report, 6 the exported array, and each
- * extractor's array and records:
+ * Memory types, one for each place that allocates: X(name, number). The blocks that the library
+ * returns have these types, and are freed with mtrack_free: 4 the report, 6 the exported array, and
+ * the array and the records of each extractor:
  *
  *   enable/disable    7, 14      mode                9, 16      global parameters   11, 18
  *   MST region reset  8, 15      global port type   10, 17      interfaces          12, 19
@@ -151,7 +151,7 @@ enum {
   X(mcecm_app_cmd7_extract_info_t, 20) \
   X(MAX, 21)
 
-/* The type of a block, as the memory tracker gets it. */
+/* A memory type, as passed to the memory tracker. */
 typedef uint32_t stp_mcec_lib_mem_type_t;
 
 enum {

@@ -1,14 +1,15 @@
 /*
- * The version of the headers, MAJOR.MINOR.PATCH; docs/abi.md lists what changes with which part.
+ * The version of the headers, MAJOR.MINOR.PATCH. docs/abi.md lists which changes increment which
+ * part.
  */
 #ifndef DRAIMIOFAF_VERSION_H
 #define DRAIMIOFAF_VERSION_H
 
-/* Changes with the binary interface. */
+/* Incremented by an incompatible change of the binary interface. */
 #define DRAIMIOFAF_VERSION_MAJOR 1
-/* Changes with an addition. */
+/* Incremented by an addition. */
 #define DRAIMIOFAF_VERSION_MINOR 0
-/* Changes with a correction. */
+/* Incremented by a correction. */
 #define DRAIMIOFAF_VERSION_PATCH 0
 
 /* For comparisons in the preprocessor: 10203 is 1.2.3. */

@@ -22,17 +22,17 @@ static uint32_t size_of_all(void) {
   return size;
 }
 
-/* Add an entry whose value is a pattern at an odd address. */
+/* Adds an entry whose value is a pattern at an odd address. */
 static uint32_t add(void *array, uint32_t size, uint16_t type, uint16_t length) {
   uint8_t *value = malloc((size_t)length + 2);
-  REQUIRE(value != NULL, "the check itself: no memory");
+  REQUIRE(value != NULL, "out of memory in the check itself");
   fill_pattern(value + 1, length, type);
   const uint32_t result = tlv_aligned_array_add_tlv(array, size, type, length, value + 1, flag);
   free(value);
   return result;
 }
 
-/* Fill an array in a buffer of zeros, beginning with one of the entries. */
+/* Fills an array in a buffer of zeros, starting with one of the entries. */
 static void fill(void *array, size_t first) {
   for (size_t i = 0; i < entry_count; ++i) {
     const size_t entry = (first + i) % entry_count;
@@ -45,25 +45,25 @@ static void verify_size(void) {
   for (size_t first = 0; first < entry_count; ++first) {
     uint8_t *array = guarded_buffer(size_of_all());
     fill(array, first);
-    REQUIRE(add(array, size_of_all(), no_such_type, 0) != 0, "a full array takes one entry more");
+    REQUIRE(add(array, size_of_all(), no_such_type, 0) != 0, "a full array accepts an entry");
   }
 }
 
 static void expect_entry(const void *array, size_t entry, uint16_t type, uint16_t length,
                          const void *value) {
   REQUIRE(type == type_of(entry) && length == lengths[entry],
-          "type %u, length %u in the place of type %u, length %u", type, length, type_of(entry),
+          "found type %u, length %u; expected type %u, length %u", type, length, type_of(entry),
           lengths[entry]);
   const uint8_t *start = array;
   const uint8_t *at = value;
   REQUIRE(at >= start && at + length <= start + size_of_all(), "a value outside of the array");
-  REQUIRE(has_pattern(value, length, type), "the value of type %u is not the one that was added",
+  REQUIRE(has_pattern(value, length, type), "the value of type %u differs from the one added",
           type);
 }
 
 static void expect_entries(const void *array, size_t first) {
   const uint32_t count = tlv_aligned_array_get_num_tlvs(array, flag);
-  REQUIRE(count == entry_count, "%u entries instead of %u", count, (unsigned)entry_count);
+  REQUIRE(count == entry_count, "found %u entries; expected %u", count, (unsigned)entry_count);
   uint32_t cursor = 0;
   uint16_t type = 0;
   uint16_t length = 0;
@@ -78,7 +78,7 @@ static void expect_entries(const void *array, size_t first) {
     expect_entry(array, entry, type_of(entry), length, value);
   }
   REQUIRE(tlv_aligned_array_find_tlv(array, no_such_type, &length, &value, flag) != 0,
-          "a type that is not there is found");
+          "a missing type is found");
 }
 
 static void verify_values(void) {
@@ -93,7 +93,7 @@ static void verify_empty(void) {
   uint16_t length;
   void *value;
   const void *array = guarded_buffer(header);
-  REQUIRE(tlv_aligned_array_get_num_tlvs(array, flag) == 0, "it has entries");
+  REQUIRE(tlv_aligned_array_get_num_tlvs(array, flag) == 0, "an empty array has entries");
   REQUIRE(tlv_aligned_array_find_tlv(array, 0, &length, &value, flag) != 0, "a type is found");
 }
 
@@ -114,13 +114,13 @@ static void verify_no_room(void) {
   const uint32_t size = size_of_all();
   uint8_t *array = guarded_buffer(size);
   uint8_t *copy = malloc(size);
-  REQUIRE(copy != NULL, "the check itself: no memory");
+  REQUIRE(copy != NULL, "out of memory in the check itself");
   fill(array, 0);
   memcpy(copy, array, size);
-  REQUIRE(add(array, size, no_such_type, 4) != 0, "an entry behind the buffer is taken");
-  REQUIRE(memcmp(copy, array, size) == 0, "the array is not as it was");
+  REQUIRE(add(array, size, no_such_type, 4) != 0, "a full array accepts an entry");
+  REQUIRE(memcmp(copy, array, size) == 0, "a refused entry changes the array");
   REQUIRE(add(guarded_buffer(header), header, no_such_type, 1) != 0,
-          "an entry is taken in a buffer that is full");
+          "a buffer with room for the header only accepts an entry");
   free(copy);
 }
 
@@ -133,12 +133,12 @@ static void verify_long_values(void) {
     void *value = NULL;
     if (add(array, size, 7, long_lengths[i]) != 0) {
       REQUIRE(long_lengths[i] > 8192, "a value of 8192 bytes is refused");
-      REQUIRE(tlv_aligned_array_get_num_tlvs(array, flag) == 0, "a refused entry is there");
+      REQUIRE(tlv_aligned_array_get_num_tlvs(array, flag) == 0, "a refused entry is in the array");
       continue;
     }
     REQUIRE(tlv_aligned_array_find_tlv(array, 7, &length, &value, flag) == 0 &&
                 length == long_lengths[i] && has_pattern(value, length, 7),
-            "a value of %u bytes is taken, and comes back as another", long_lengths[i]);
+            "a value of %u bytes is accepted but returned with changes", long_lengths[i]);
   }
 }
 
@@ -160,14 +160,14 @@ static void verify_result_codes(void) {
       tlv_aligned_array_get_next_tlv(empty, &type, &length, &value, flag, &cursor),
       add(empty, header, no_such_type, 4)};
   for (size_t i = 0; i < sizeof results / sizeof results[0]; ++i) {
-    REQUIRE(results[i] != 0, "a failure with the code 0");
+    REQUIRE(results[i] != 0, "a failure returns 0");
     for (size_t j = 0; j < sizeof codes_of_library / sizeof codes_of_library[0]; ++j) {
       REQUIRE(results[i] != codes_of_library[j], "0x%X is a code of the library", results[i]);
     }
   }
 }
 
-/* Whatever bytes an array has, the values that its readers return are within it. */
+/* Expects the values that the readers return to be inside the array, whatever bytes it contains. */
 static void expect_within(const uint8_t *array, uint32_t size, uint32_t position) {
   uint16_t type = 0;
   uint16_t length = 0;
@@ -178,16 +178,16 @@ static void expect_within(const uint8_t *array, uint32_t size, uint32_t position
   for (; left > 0; --left) {
     if (tlv_aligned_array_get_next_tlv(array, &type, &length, &value, flag, &cursor) != 0) break;
     REQUIRE((uint8_t *)value >= array && (uint8_t *)value + length <= array + size,
-            "with byte %u wrong a walk leaves the array", position);
+            "with a wrong byte %u a value of get_next_tlv is outside of the array", position);
   }
   for (uint16_t wanted = 0; wanted < 5; ++wanted) {
     if (tlv_aligned_array_find_tlv(array, wanted, &length, &value, flag) != 0) continue;
     REQUIRE((uint8_t *)value >= array && (uint8_t *)value + length <= array + size,
-            "with byte %u wrong a search leaves the array", position);
+            "with a wrong byte %u a value of find_tlv is outside of the array", position);
   }
 }
 
-/* Every byte of a range of an array has every value, one after the other. */
+/* Sets every byte in a range of an array to every value, one at a time. */
 static void expect_safe_readers(uint8_t *array, uint32_t size, uint32_t first, uint32_t end) {
   memset(array, 0, size);
   REQUIRE(add(array, size, 1, 4) == 0 && add(array, size, 2, 6) == 0 && add(array, size, 3, 0) == 0,
@@ -215,21 +215,21 @@ static void verify_forged_entries(void) {
 static void verify_forged_size(void) {
   const uint32_t size = size_of_forged();
   uint8_t *array = mtrack_alloc(STP_MCEC_LIB_SERVICE_ID, STP_MCEC_LIB_MEM_tlv_array_1_t, size);
-  REQUIRE(array != NULL, "no block of %u bytes", size);
+  REQUIRE(array != NULL, "allocation of %u bytes failed", size);
   expect_safe_readers(array, size, 0, header);
 }
 
 const contract_t array_contracts[] = {
-    {"tlv.size", "a buffer of the size that is computed takes exactly its entries", verify_size},
-    {"tlv.values", "values come back as they were added, by walk and by search", verify_values},
+    {"tlv.size", "a buffer of the computed size has room for exactly its entries", verify_size},
+    {"tlv.values", "values are returned as they were added", verify_values},
     {"tlv.empty", "a buffer of zeros is an empty array", verify_empty},
     {"tlv.address", "an array may start anywhere, and its copy is the same array",
      verify_addresses},
-    {"tlv.no-room", "an entry that does not fit is refused, and the array stays as it was",
+    {"tlv.no-room", "an entry that does not fit is refused, and the array is unchanged",
      verify_no_room},
-    {"tlv.long", "values of 8192 bytes are taken, longer ones taken whole or refused",
+    {"tlv.long", "values of 8192 bytes are accepted, longer ones completely or not at all",
      verify_long_values},
-    {"tlv.codes", "failures have codes of their own", verify_result_codes},
+    {"tlv.codes", "codes of failures differ from those of the library", verify_result_codes},
     {"tlv.forged-entries", "with any byte of an entry wrong, readers stay within the array",
      verify_forged_entries},
     {"tlv.forged-size", "with any byte of its header wrong, readers stay within the block",

@@ -1,4 +1,4 @@
-/* What the sources of the check share. */
+/* Shared by the sources of the check. */
 #ifndef DRAIMIOFAF_CHECK_H
 #define DRAIMIOFAF_CHECK_H
 
@@ -7,10 +7,10 @@
 typedef struct contract {
   const char *name; /* NULL: the end of a table */
   const char *statement;
-  void (*verify)(void); /* returns when the platform keeps the contract */
+  void (*verify)(void); /* returns if the platform keeps the contract */
 } contract_t;
 
-/* The contracts of a few headers each. */
+/* The contracts of one or a few headers each. */
 extern const contract_t object_contracts[];
 extern const contract_t memory_contracts[];
 extern const contract_t history_contracts[];
@@ -19,18 +19,19 @@ extern const contract_t array_contracts[];
 extern const contract_t request_contracts[];
 extern const contract_t switch_contracts[];
 
-/* The switch that the contracts find. */
+/* The switch under test. */
 extern const platform_check_switch_t *the_switch;
 
-/* Fail the contract that runs, and give the reason. */
+/* Fails the current contract with a reason. */
 _Noreturn void fail(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 #define REQUIRE(condition, ...) ((condition) ? (void)0 : fail(__VA_ARGS__))
 
-/* A buffer of zeros that ends where memory ends: an access behind it ends the process. */
+/* Returns a buffer of zeros followed by an inaccessible page: an access after its end crashes the
+ * process. */
 void *guarded_buffer(size_t size);
 
-/* Byte i of a pattern. */
+/* Returns byte i of a pattern. */
 uint8_t pattern_byte(size_t seed, size_t i);
 void fill_pattern(void *buffer, size_t size, size_t seed);
 int has_pattern(const void *buffer, size_t size, size_t seed);

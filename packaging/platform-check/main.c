@@ -1,8 +1,8 @@
 /*
- * Check a platform, contract by contract: a line of TAP for each.
+ * Checks the contracts of a platform, and writes a line of TAP for each.
  *
- *   draimiofaf-platform-check              every contract, each in a child process
- *   draimiofaf-platform-check CONTRACT     one, in the process itself, for a debugger
+ *   draimiofaf-platform-check              all contracts, each in a child process
+ *   draimiofaf-platform-check CONTRACT     one contract, in this process, for a debugger
  */
 #include <draimiofaf/platform/mtrack.h>
 #include <draimiofaf/types.h>
@@ -17,18 +17,18 @@
 
 #include "check.h"
 
-enum { seconds_for_a_contract = 30 };
+enum { seconds_per_contract = 30 };
 
 static const contract_t *const tables[] = {object_contracts, memory_contracts, history_contracts,
                                            tree_contracts,   array_contracts,  request_contracts,
                                            switch_contracts};
 enum { table_count = sizeof tables / sizeof tables[0] };
 
-/* --- what the contracts use --- */
+/* --- helpers for contracts --- */
 
 const platform_check_switch_t *the_switch;
 
-static int reason_file = -1; /* where a child writes; -1: this process runs one contract */
+static int reason_file = -1; /* of a child; -1: this process runs one contract itself */
 
 _Noreturn void fail(const char *format, ...) {
   char reason[400];
@@ -51,7 +51,7 @@ void *guarded_buffer(size_t size) {
   unsigned char *start =
       mmap(NULL, (pages + 1) * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (start == MAP_FAILED || mprotect(start + pages * page, page, PROT_NONE) != 0) {
-    fail("the check itself: no memory");
+    fail("out of memory in the check itself");
   }
   return start + pages * page - size;
 }
@@ -73,7 +73,7 @@ int has_pattern(const void *buffer, size_t size, size_t seed) {
   return 1;
 }
 
-/* --- running them --- */
+/* --- execution --- */
 
 static void set_up(void) {
   static const char *const mem_type_names[] = {
@@ -81,7 +81,7 @@ static void set_up(void) {
       STP_MCEC_LIB_MEM_TYPES(MEM_TYPE_NAME)
 #undef MEM_TYPE_NAME
   };
-  /* Ports of every kind, and gaps between them. */
+  /* Ports of every kind, with gaps between them. */
   static const platform_check_port_t ports[] = {
       {.if_index = 0x1000, .type = 22, .has_record = 1, .layer_mode = 2, .record = {1, 7}},
       {.if_index = 0x1001, .type = 26, .is_pod = 1, .has_record = 1, .record = {1, 0x10001}},
@@ -103,39 +103,39 @@ static void set_up(void) {
   if (the_switch == NULL) fail("platform_check_set_up returned NULL");
 }
 
-/* A child writes this when a contract is kept: it may also end by an exit of the platform's. */
+/* Written by a child after a success, because the platform may also call exit. */
 static const char kept[] = "kept";
 
 static _Noreturn void run_in_child(const contract_t *contract, int file) {
   reason_file = file;
-  alarm(seconds_for_a_contract);
+  alarm(seconds_per_contract);
   set_up();
   contract->verify();
   dprintf(file, "%s", kept);
   _exit(0);
 }
 
-/* Run a contract; writes why it is not kept, "" when it is. */
+/* Runs a contract and writes the reason of a failure, or "". */
 static void run(const contract_t *contract, char *reason, size_t size) {
-  int ends[2];
+  int pipe_ends[2];
   fflush(stdout);
-  const pid_t child = pipe(ends) == 0 ? fork() : -1;
+  const pid_t child = pipe(pipe_ends) == 0 ? fork() : -1;
   if (child < 0) {
     perror("draimiofaf-platform-check");
     exit(2);
   }
-  if (child == 0) run_in_child(contract, ends[1]);
-  close(ends[1]);
+  if (child == 0) run_in_child(contract, pipe_ends[1]);
+  close(pipe_ends[1]);
   size_t length = 0;
-  for (ssize_t got; (got = read(ends[0], reason + length, size - 1 - length)) > 0;) {
-    length += (size_t)got;
+  for (ssize_t count; (count = read(pipe_ends[0], reason + length, size - 1 - length)) > 0;) {
+    length += (size_t)count;
   }
   reason[length] = '\0';
-  close(ends[0]);
+  close(pipe_ends[0]);
   int status = 0;
   waitpid(child, &status, 0);
   if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM) {
-    snprintf(reason, size, "it did not end within %d seconds", seconds_for_a_contract);
+    snprintf(reason, size, "no result after %d seconds", seconds_per_contract);
   } else if (WIFSIGNALED(status)) {
     snprintf(reason, size, "ended by signal %d (%s)", WTERMSIG(status),
              strsignal(WTERMSIG(status)));
@@ -162,7 +162,7 @@ static const char *skip_reason(const contract_t *contract) {
   return NULL;
 }
 
-/* Every contract; returns how many are not kept. */
+/* Runs all contracts and returns the number of failures. */
 static int run_all(void) {
   int count = 0;
   int failures = 0;
@@ -197,7 +197,7 @@ int main(int argc, char **argv) {
   puts("TAP version 13");
   for (const platform_check_skip_t *skip = platform_check_skips; skip->contract != NULL; ++skip) {
     if (find_contract(skip->contract) != NULL) continue;
-    printf("Bail out! platform_check_skips names no contract: %s\n", skip->contract);
+    printf("Bail out! unknown contract in platform_check_skips: %s\n", skip->contract);
     return 2;
   }
   return run_all() == 0 ? 0 : 1;

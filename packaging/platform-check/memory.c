@@ -15,7 +15,7 @@ enum { service = STP_MCEC_LIB_SERVICE_ID, mem_type = STP_MCEC_LIB_MEM_tlv_array_
 
 static void *new_block(uint32_t size) {
   void *block = mtrack_alloc(service, mem_type, size);
-  REQUIRE(block != NULL, "no block of %u bytes", size);
+  REQUIRE(block != NULL, "allocation of %u bytes failed", size);
   return block;
 }
 
@@ -33,15 +33,15 @@ static void verify_blocks(void) {
     const uint32_t place = (random >> 16) % places;
     if (live[place].block != NULL) {
       REQUIRE(has_pattern(live[place].block, live[place].size, live[place].seed),
-              "a block of %u bytes did not keep its bytes", live[place].size);
+              "the content of a block of %u bytes has changed", live[place].size);
       mtrack_free(live[place].block);
     }
     const uint32_t size = 1 + (random >> 8) % 9000;
     live[place].block = new_block(size);
     live[place].size = size;
     live[place].seed = round;
-    REQUIRE((uintptr_t)live[place].block % alignof(max_align_t) == 0, "a block at %p",
-            live[place].block);
+    REQUIRE((uintptr_t)live[place].block % alignof(max_align_t) == 0,
+            "the block at %p is not aligned", live[place].block);
     fill_pattern(live[place].block, size, round);
   }
 }
@@ -49,7 +49,7 @@ static void verify_blocks(void) {
 static void verify_mem_types(void) {
   for (uint32_t type = 0; type < STP_MCEC_LIB_MEM_MAX; ++type) {
     void *block = mtrack_alloc(service, type, 16);
-    REQUIRE(block != NULL, "no block of memory type %u", type);
+    REQUIRE(block != NULL, "allocation with memory type %u failed", type);
     mtrack_free(block);
   }
 }
@@ -75,18 +75,17 @@ static void verify_unregistering(void) {
     void *block = new_block(500);
     fill_pattern(block, 500, 1);
     mtrack_uninit(service);
-    REQUIRE(has_pattern(block, 500, 1), "a block did not keep its bytes");
+    REQUIRE(has_pattern(block, 500, 1), "the content of a block has changed");
     mtrack_free(block);
     mtrack_init("draimiofaf", service, mem_type_names, STP_MCEC_LIB_MEM_MAX);
   }
 }
 
 const contract_t memory_contracts[] = {
-    {"mtrack.blocks", "blocks are aligned, do not overlap and keep their bytes", verify_blocks},
-    {"mtrack.mem-types", "each of the 21 memory types has blocks", verify_mem_types},
-    {"mtrack.empty", "a size of 0 gives a block that can be released, or NULL",
-     verify_empty_blocks},
-    {"mtrack.large", "a size that cannot be had gives NULL", verify_large_blocks},
+    {"mtrack.blocks", "blocks are aligned, do not overlap and keep their content", verify_blocks},
+    {"mtrack.mem-types", "each of the 21 memory types can be allocated", verify_mem_types},
+    {"mtrack.empty", "a size of 0 returns a block that can be freed, or NULL", verify_empty_blocks},
+    {"mtrack.large", "a size that cannot be allocated returns NULL", verify_large_blocks},
     {"mtrack.uninit", "blocks outlive their service, which can be registered again",
      verify_unregistering},
     {NULL, NULL, NULL},
@@ -94,7 +93,7 @@ const contract_t memory_contracts[] = {
 
 /* --- avl.h --- */
 
-/* A node's key comes first, as in the library's cache. */
+/* The key is the first field, as in the library's cache. */
 typedef struct node {
   uint32_t key;
   uint32_t is_released;
@@ -117,7 +116,7 @@ static int compare(const void *a, const void *b) {
   return (left->key > right->key) - (left->key < right->key);
 }
 
-/* 0 to node_count - 1, out of order. */
+/* Maps 0 to node_count - 1 to the same numbers in another order. */
 static uint32_t shuffled(uint32_t i) {
   return i * 211 % node_count;
 }
@@ -134,10 +133,10 @@ static avl_tree_t *full_tree(void) {
   return tree;
 }
 
-/* Look for a key that lives no longer than the call. */
+/* Finds a key that is valid only during the call. */
 static node_t *find(avl_tree_t *tree, uint32_t wanted) {
   node_t *key = malloc(sizeof *key);
-  REQUIRE(key != NULL, "the check itself: no memory");
+  REQUIRE(key != NULL, "out of memory in the check itself");
   *key = (node_t){.key = wanted};
   node_t *found = avl_find(tree, key);
   memset(key, 0xEE, sizeof *key);
@@ -165,7 +164,7 @@ static void verify_delete(void) {
     }
     for (uint32_t key = 0; key < node_count; ++key) {
       REQUIRE(find(tree, key) == (key % 3 == 0 ? NULL : &nodes[key]), "node %u is %s", key,
-              key % 3 == 0 ? "found after it was unlinked" : "not found");
+              key % 3 == 0 ? "found after it was removed" : "not found");
       REQUIRE(is_intact(&nodes[key]), "node %u was written to", key);
     }
     for (uint32_t key = 0; key < node_count; key += 3) avl_insert(tree, &nodes[key]);
@@ -176,7 +175,7 @@ static uint32_t released;
 
 static void release(void *at) {
   node_t *node = at;
-  REQUIRE(node >= nodes && node < nodes + node_count, "what is released is no node");
+  REQUIRE(node >= nodes && node < nodes + node_count, "an address that is not a node is released");
   REQUIRE(node->is_released == 0, "node %u is released twice", node->key);
   node->is_released = 1;
   ++released;
@@ -192,9 +191,9 @@ static void verify_destroy(void) {
 }
 
 const contract_t tree_contracts[] = {
-    {"avl.find", "a tree finds the nodes that are linked, and writes to none", verify_find},
-    {"avl.delete", "a node that is unlinked is not found, and not released", verify_delete},
-    {"avl.destroy", "each node is released once, and not looked at after that", verify_destroy},
+    {"avl.find", "a tree finds the inserted nodes, and does not modify them", verify_find},
+    {"avl.delete", "a removed node is not found, and not released", verify_delete},
+    {"avl.destroy", "each node is released once, and not accessed after that", verify_destroy},
     {NULL, NULL, NULL},
 };
 
@@ -220,13 +219,13 @@ static uint32_t init_history(void) {
 
 static void verify_history_init(void) {
   const uint32_t result = init_history();
-  REQUIRE(result == 0, "it returned 0x%X", result);
+  REQUIRE(result == 0, "sdwrap_hist_init_for_uuid returned 0x%X", result);
 }
 
 static void verify_lines(void) {
   char text[sizeof((sdwrap_hist_line_t *)NULL)->text];
   init_history();
-  /* More than the history keeps. */
+  /* More lines than the history keeps. */
   for (unsigned round = 0; round < 2000; ++round) {
     const size_t size = 2 + (round * 37 + 509) % (sizeof text - 1);
     memset(text, 'a' + (int)(round % 26), size - 1);
@@ -236,7 +235,8 @@ static void verify_lines(void) {
     if (round > 50 && round % 100 != 0) continue;
     const char *latest = platform_check_last_line();
     REQUIRE(latest != NULL && strcmp(latest, text) == 0,
-            "a line of %zu characters was not kept: '%s'", size - 1, latest != NULL ? latest : "");
+            "a line of %zu characters is missing; the latest is '%s'", size - 1,
+            latest != NULL ? latest : "");
   }
 }
 
@@ -247,16 +247,16 @@ static void verify_error_texts(void) {
       0, 1, STP_MCEC_ERR_FAILURE, STP_MCEC_ERR_NO_MCEC_INFO, 0x7FFFFFFF, UINT32_MAX};
   for (size_t i = 0; i < sizeof codes / sizeof codes[0]; ++i) {
     const char *text = syserr2str(codes[i]);
-    REQUIRE(text != NULL, "NULL for 0x%X", codes[i]);
+    REQUIRE(text != NULL, "syserr2str returned NULL for 0x%X", codes[i]);
     for (const char *at = text; *at != '\0'; ++at) {
-      REQUIRE((unsigned char)*at >= ' ', "a text for 0x%X that cannot be printed", codes[i]);
+      REQUIRE((unsigned char)*at >= ' ', "the text for 0x%X is not printable", codes[i]);
     }
   }
 }
 
 const contract_t history_contracts[] = {
-    {"sdwrap.early", "a line before the initialisation does no harm", verify_early_lines},
-    {"sdwrap.init", "the history is initialised", verify_history_init},
+    {"sdwrap.early", "a line before the initialisation is accepted or ignored", verify_early_lines},
+    {"sdwrap.init", "the initialisation of the history succeeds", verify_history_init},
     {"sdwrap.lines", "lines of up to 511 characters are copied before the call returns",
      verify_lines},
     {"syserr.text", "every code has a text", verify_error_texts},

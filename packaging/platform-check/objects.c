@@ -1,8 +1,8 @@
 /*
- * Which object has each name. The names are short, and another library of a process may have one
- * of them, too: the loader takes the first that it finds, without a message.
+ * Checks which object defines each name. The names are short, and another library of a process may
+ * define one of them, too: the loader uses the first that it finds, without a message.
  *
- * This file is position-independent: an address is then the one that the loader found.
+ * This file is position-independent, so that an address is the one that the loader found.
  */
 #include <dlfcn.h>
 #include <draimiofaf/platform/avl.h>
@@ -72,9 +72,9 @@ static const struct {
 };
 enum { name_count = sizeof names / sizeof names[0] };
 
-_Static_assert(sizeof names / sizeof names[0] == 40, "the names of a platform");
+_Static_assert(name_count == 40, "the names of a platform");
 
-/* The file name of the object that has an address. */
+/* Returns the file name of the object that contains an address. */
 static const char *object_of(uintptr_t address) {
   Dl_info found, program;
   if (dladdr((const void *)address, &found) == 0) return "unknown";
@@ -89,7 +89,7 @@ static const char *object_of(uintptr_t address) {
 static const char *expected_object(const char *name) {
   const platform_check_object_t *row = platform_check_objects;
   while (row->names != NULL && fnmatch(row->names, name, 0) != 0) ++row;
-  return row->names != NULL ? row->object : "no object: platform_check_objects has no row for it";
+  return row->names != NULL ? row->object : "a row in platform_check_objects";
 }
 
 static void verify_objects(void) {
@@ -108,6 +108,6 @@ static void verify_objects(void) {
 }
 
 const contract_t object_contracts[] = {
-    {"objects", "each of the 40 names is bound to the object that is expected", verify_objects},
+    {"objects", "each of the 40 names is bound to the expected object", verify_objects},
     {NULL, NULL, NULL},
 };

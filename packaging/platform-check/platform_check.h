@@ -1,10 +1,10 @@
 /*
- * What the integrator of a platform provides for its check: fixtures and two tables, in one C file.
+ * The integrator of a platform writes one C file for its check, with fixtures and two tables.
  *
  * The check calls each operation of <draimiofaf/platform/> as the library does, and writes a line
- * of TAP (Test Anything Protocol) for each contract. Each contract runs in a child process of its
- * own, with the service of the library registered and the switch set up: what one leaves behind
- * does not reach the next, and a crash or a hang fails that contract alone.
+ * of TAP (Test Anything Protocol) for each contract. Each contract runs in its own child process,
+ * with the service of the library registered and the switch set up: contracts do not affect one
+ * another, and a crash or a hang fails only one contract.
  */
 #ifndef DRAIMIOFAF_PLATFORM_CHECK_H
 #define DRAIMIOFAF_PLATFORM_CHECK_H
@@ -19,7 +19,7 @@ extern "C" {
 
 /* --- tables --- */
 
-/* A contract that the platform cannot keep, or that cannot be provoked on it. It is reported as
+/* A contract that the platform cannot keep, or that cannot be tested on it. It is reported as
  * skipped, with the reason. */
 typedef struct platform_check_skip {
   const char *contract;
@@ -29,12 +29,12 @@ typedef struct platform_check_skip {
 /* Ends with an empty row. */
 extern const platform_check_skip_t platform_check_skips[];
 
-/* The program itself, into which a platform may be linked. */
+/* The object name for a platform that is part of the program. */
 #define PLATFORM_CHECK_PROGRAM "program"
 
-/* Which shared object has which names: two patterns of fnmatch(3), the second for the object's
- * file name without folders, for instance {"avl_*", "libtrees.so*"}. The first row that fits a name
- * counts. */
+/* The shared object that must define a group of names: two patterns of fnmatch(3), the second for
+ * the object's file name without folders, for instance {"avl_*", "libtrees.so*"}. The first row
+ * that matches a name is used. */
 typedef struct platform_check_object {
   const char *names;
   const char *object;
@@ -65,11 +65,11 @@ typedef struct platform_check_switch {
   uint32_t partition; /* sysmgr_slc_get */
 } platform_check_switch_t;
 
-/* Set up a switch. Returns `wanted`, or what the switch is instead on a platform that cannot be
- * set up: a contract that needs something which is missing there fails unless it is skipped. */
+/* Sets up a switch. Returns `wanted`, or, on a platform that cannot be configured, a description of
+ * its switch: a contract that needs something that is missing there fails unless it is skipped. */
 const platform_check_switch_t *platform_check_set_up(const platform_check_switch_t *wanted);
 
-/* A message with a copy of the payload; payload NULL: one without. */
+/* Returns a message with a copy of the payload, or without one if payload is NULL. */
 mts_msg_t *platform_check_message(uint32_t opcode, const void *payload, uint32_t size);
 
 typedef struct platform_check_attribute {
@@ -78,17 +78,18 @@ typedef struct platform_check_attribute {
   const void *value;
 } platform_check_attribute_t;
 
-/* A command request in its positive or its negating form, with copies of the values. */
+/* Returns a command request in its positive or negated form, with copies of the values. */
 mts_msg_t *platform_check_command(uint32_t cmd_id, uint32_t is_positive,
                                   const platform_check_attribute_t *attributes, size_t count);
 
-/* How a command was answered: NULL not yet, "" accepted, else the text of the refusal. */
+/* Returns the answer to a command: NULL if not yet answered, "" if accepted, else the text of the
+ * refusal. */
 const char *platform_check_answer(const mts_msg_t *msg);
 
-/* Release a message of either kind. */
+/* Frees a message of either kind. */
 void platform_check_release(mts_msg_t *msg);
 
-/* The latest line of the event history, NULL: none. */
+/* Returns the latest line of the event history, or NULL if there is none. */
 const char *platform_check_last_line(void);
 
 #ifdef __cplusplus

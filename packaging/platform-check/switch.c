@@ -9,7 +9,7 @@
 
 #include "check.h"
 
-/* The ports to go through; a contract cannot be verified without one. */
+/* Returns the first port. Fails if there is none. */
 static const platform_check_port_t *first_port(void) {
   REQUIRE(the_switch->port_count > 0, "the switch has no port: set one up, or skip this");
   return the_switch->ports;
@@ -69,8 +69,7 @@ static void verify_trunk(void) {
 static void verify_no_trunk(void) {
   platform_check_switch_t wanted = *the_switch;
   wanted.has_trunk = 0;
-  REQUIRE(platform_check_set_up(&wanted)->has_trunk == 0,
-          "the switch cannot be without a trunk: skip this");
+  REQUIRE(platform_check_set_up(&wanted)->has_trunk == 0, "the trunk cannot be removed: skip this");
   REQUIRE(trunk_record() == NULL, "a trunk that does not exist has a record");
 }
 
@@ -111,7 +110,7 @@ static void verify_counts(void) {
     for (size_t last = 0; last < the_switch->port_count; ++last) {
       const uint32_t expected = last >= first ? (uint32_t)(last - first + 1) : 0;
       const uint32_t count = ports_in(ports[first].if_index, ports[last].if_index);
-      REQUIRE(count == expected, "0x%X to 0x%X has %u ports instead of %u", ports[first].if_index,
+      REQUIRE(count == expected, "0x%X to 0x%X has %u ports; expected %u", ports[first].if_index,
               ports[last].if_index, count, expected);
     }
   }
@@ -124,7 +123,7 @@ static void verify_positions(void) {
       uint32_t if_index = 0;
       if_index_get_if_index_in_range(ports[first].if_index, end_of_ports()[-1].if_index, &if_index,
                                      (uint32_t)(at - first));
-      REQUIRE(if_index == ports[at].if_index, "position %zu from 0x%X is 0x%X instead of 0x%X",
+      REQUIRE(if_index == ports[at].if_index, "position %zu from 0x%X is 0x%X; expected 0x%X",
               at - first, ports[first].if_index, if_index, ports[at].if_index);
     }
   }
@@ -136,7 +135,7 @@ static void verify_layer_modes(void) {
     im_ifindex_layermode_t *entries = guarded_buffer(count * sizeof *entries);
     for (uint32_t i = 0; i < count; ++i) entries[i].if_index = ports[i].if_index;
     const uint32_t result = im_get_ifindex_layermode_list(entries, count);
-    REQUIRE(result == 0, "it returned 0x%X", result);
+    REQUIRE(result == 0, "im_get_ifindex_layermode_list returned 0x%X", result);
     for (uint32_t i = 0; i < count; ++i) {
       REQUIRE(
           entries[i].if_index == ports[i].if_index && entries[i].layer_mode == ports[i].layer_mode,
@@ -150,28 +149,28 @@ static void verify_pods(void) {
   for (const platform_check_port_t *port = first_port(); port < end_of_ports(); ++port) {
     count += port->is_pod != 0;
     REQUIRE((satmgr_if_is_pod_port(port->if_index) != 0) == (port->is_pod != 0),
-            "interface 0x%X is %s port of a pod", port->if_index, port->is_pod ? "no" : "a");
+            "interface 0x%X is %s", port->if_index, port->is_pod ? "not a pod port" : "a pod port");
   }
   REQUIRE(count > 0, "the switch has no port of a pod: set one up, or skip this");
 }
 
 static void verify_partition(void) {
-  REQUIRE((sysmgr_slc_get() & 0xFFFF) == (the_switch->partition & 0xFFFF), "it is %u",
-          sysmgr_slc_get());
+  REQUIRE((sysmgr_slc_get() & 0xFFFF) == (the_switch->partition & 0xFFFF),
+          "sysmgr_slc_get returned %u", sysmgr_slc_get());
 }
 
 const contract_t switch_contracts[] = {
-    {"mcecm.key", "a key takes eight bytes", verify_keys},
+    {"mcecm.key", "a key has eight bytes", verify_keys},
     {"mcecm.record", "an interface has its record, or none", verify_records},
     {"mcecm.trunk", "the trunk has a record", verify_trunk},
-    {"mcecm.no-trunk", "a trunk that does not exist has none", verify_no_trunk},
-    {"mcecm.internal", "internal channels are known", verify_internal_channels},
+    {"mcecm.no-trunk", "a trunk that does not exist has no record", verify_no_trunk},
+    {"mcecm.internal", "internal channels are recognised", verify_internal_channels},
     {"mcecm.user-vlans", "VLAN n is bit 0x80 >> n % 8 of byte n / 8", verify_user_vlans},
     {"if_index.type", "an interface has its type", verify_types},
-    {"if_index.count", "a range counts both ends, a reversed one has no port", verify_counts},
+    {"if_index.count", "a range includes both ends, a reversed one is empty", verify_counts},
     {"if_index.position", "the ports of a range are numbered from 0", verify_positions},
     {"im.layer-mode", "each entry of a query is answered, and no more", verify_layer_modes},
-    {"satmgr.pod", "ports of pods are known", verify_pods},
-    {"sysmgr.partition", "the partition is the one that the process runs in", verify_partition},
+    {"satmgr.pod", "ports of pods are recognised", verify_pods},
+    {"sysmgr.partition", "the partition is that of the process", verify_partition},
     {NULL, NULL, NULL},
 };

@@ -1,4 +1,4 @@
-// The export: one TLV array with what is cached of a scope, for the peer.
+// Exports the cached parameters of a scope as a TLV array for the peer.
 
 #include "cache/store.h"
 #include "draimiofaf/cache.h"
@@ -8,7 +8,7 @@ using namespace mcec;
 
 namespace {
 
-uint32_t array_size(const cache::ScopeOf &scope) {
+uint32_t array_size(const cache::CacheScope &scope) {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
   for (const Parameter &parameter : scope.parameters) {
     const cache::Node key = cache::key_of(scope.if_index, parameter.type);
@@ -22,7 +22,7 @@ uint32_t array_size(const cache::ScopeOf &scope) {
 extern "C" uint32_t stp_mcec_type1_cfg_get_params(int32_t gbl, uint32_t if_index, void **out) {
   hist_log(here(), "type-1 cfg param get gbl=%d, ifi=0x%x\n", gbl, if_index);
   *out = nullptr;
-  const cache::ScopeOf scope = cache::scope_of(gbl, if_index);
+  const cache::CacheScope scope = cache::scope_of(gbl, if_index);
   const uint32_t size = array_size(scope);
   hist_log(here(), "TLV array size %d\n", size);
   void *array = zalloc(STP_MCEC_LIB_MEM_tlv_array_1_t, size);
@@ -44,7 +44,7 @@ extern "C" void stp_mcec_params_tlv_size_add(const void *key, uint32_t *size) {
   hist_log(here(), "finding type %d", static_cast<const cache::Node *>(key)->type);
   const cache::Node *node = cache::find(*static_cast<const cache::Node *>(key));
   if (node == nullptr) return;
-  hist_log(no_head, " found len=%d", node->len);
+  hist_log(no_prefix, " found len=%d", node->len);
   *size += tlv_aligned_data_size_get(node->len);
 }
 

@@ -35,7 +35,7 @@ Node *add(uint32_t if_index, uint16_t type, Bytes value) {
   return node.release();
 }
 
-Put put(uint32_t if_index, uint16_t type, Bytes value) {
+PutResult put(uint32_t if_index, uint16_t type, Bytes value) {
   if (Node *node = find(if_index, type); node != nullptr) {
     if (node->val != nullptr) fill({node->val, node->len}, value);
     return {node, false};

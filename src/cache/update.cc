@@ -1,4 +1,4 @@
-// Filling the cache from outside: parameters that are not cached yet are added, none is changed.
+// Adds received parameters to the cache. Parameters that are already cached do not change.
 
 #include "cache/store.h"
 #include "draimiofaf/cache.h"
@@ -9,9 +9,9 @@ using namespace mcec;
 
 namespace {
 
-// The lines of an array, with the number of its entries, and of an entry, with its type and length;
-// nullptr: none.
-struct Lines {
+// Log lines: one per array, with the number of entries; the others per entry, with type and length.
+// nullptr: not logged.
+struct LogLines {
   const char *count;
   const char *read = nullptr;
   const char *found = nullptr;
@@ -19,17 +19,17 @@ struct Lines {
   const char *added = nullptr;
 };
 
-constexpr Lines update_lines = {.count = "Num TLVs %d\n",
-                                .found = "Found avl node for type %d\n",
-                                .add = "Add type %d to cache\n",
-                                .added = "success add type %d len %zu to cache\n"};
-constexpr Lines rebuild_lines = {.count = "num_tlvs = %d\n", .read = "type = %d, tlen=%zu\n"};
+constexpr LogLines update_lines = {.count = "Num TLVs %d\n",
+                                   .found = "Found avl node for type %d\n",
+                                   .add = "Add type %d to cache\n",
+                                   .added = "success add type %d len %zu to cache\n"};
+constexpr LogLines rebuild_lines = {.count = "num_tlvs = %d\n", .read = "type = %d, tlen=%zu\n"};
 
 void log_entry(Step step, const char *line, const Tlv &tlv) {
   if (line != nullptr) hist_log(step, line, tlv.type, tlv.value.size());
 }
 
-uint32_t add_entries(Step step, const Lines &lines, const void *array, uint32_t if_index) {
+uint32_t add_entries(Step step, const LogLines &lines, const void *array, uint32_t if_index) {
   Walk walk = walk_over(array);
   hist_log(step, lines.count, walk.count);
   for (Tlv tlv; next(walk, tlv);) {
@@ -54,7 +54,7 @@ extern "C" uint32_t stp_mcec_type1_cfg_cache_update(int32_t del, int32_t gbl, ui
                                                     void *msg) {
   hist_log(here(), "update cache (delete=%s, gbl=%d, if_index=0x%x)\n", del != 0 ? "True" : "False",
            gbl, if_index);
-  const cache::ScopeOf scope = cache::scope_of(gbl, if_index);
+  const cache::CacheScope scope = cache::scope_of(gbl, if_index);
   if (del != 0) {
     for (const Parameter &parameter : scope.parameters) {
       cache::remove(scope.if_index, parameter.type);

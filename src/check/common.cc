@@ -1,5 +1,4 @@
-// The entry points, and the checks of what counts in every spanning-tree mode and in MST: the
-// region, and simulate PVST.
+// The entry points, and the checks of the parameters of every mode and of MST.
 
 #include "cache/store.h"
 #include "check/compare.h"
@@ -49,7 +48,7 @@ extern "C" uint32_t stp_mcec_type1_cfg_compat_check_common(
         check::compare(here(), STP_MCEC_COMPARED_IN_EVERY_MODE, tlv, remote_param, is_pod_hif != 0);
     if (ended) return *ended;
   }
-  // An entry that cannot be read ends this walk only: the check of the mode meets it again.
+  // An unreadable entry ends only this loop: the check of the mode finds it again.
   if (walk.code != 0) log_failure(here(), not_read, walk.code);
 
   uint32_t result = STP_MCEC_ERR_FAILURE;

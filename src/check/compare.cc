@@ -2,8 +2,8 @@
 
 namespace mcec::check {
 
-Ended missing_array(Step step, const void *local, const void *remote) {
-  if (local != nullptr && remote != nullptr) return go_on;
+CheckResult missing_array(Step step, const void *local, const void *remote) {
+  if (local != nullptr && remote != nullptr) return no_result;
   if (local == remote) {
     hist_log(step, "type-1 compat check invalid args\n");
     return STP_MCEC_ERR_INVALID_ARG;
@@ -18,29 +18,29 @@ const Parameter *find_compared(stp_mcec_compared compared, uint16_t type) {
   return parameter != nullptr && parameter->compared == compared ? parameter : nullptr;
 }
 
-Ended find_at_peer(Step step, const void *remote, uint16_t type, Tlv &found) {
+CheckResult find_peer_value(Step step, const void *remote, uint16_t type, Tlv &found) {
   const uint32_t code = tlv_find(remote, type, found);
-  if (code == 0) return go_on;
+  if (code == 0) return no_result;
   log_failure(step, not_read, code);
   return STP_MCEC_ERR_FAILURE;
 }
 
-bool agree(Bytes local, Bytes remote) {
+bool values_agree(Bytes local, Bytes remote) {
   return local.size() <= remote.size() && std::equal(local.begin(), local.end(), remote.begin());
 }
 
-uint32_t mismatch(Step step, const Parameter &parameter) {
+uint32_t log_mismatch(Step step, const Parameter &parameter) {
   hist_log(step, "%d type-1 compat check failed\n", parameter.type);
   return parameter.mismatch;
 }
 
-Ended compare(Step step, stp_mcec_compared compared, const Tlv &local, const void *remote,
-              bool on_pod_port) {
+CheckResult compare(Step step, stp_mcec_compared compared, const Tlv &local, const void *remote,
+                    bool on_pod_port) {
   const Parameter *parameter = find_compared(compared, local.type);
-  if (parameter == nullptr) return go_on;
+  if (parameter == nullptr) return no_result;
   Tlv peer{};
-  if (const Ended absent = find_at_peer(step, remote, local.type, peer)) return absent;
-  if (agree(local.value, peer.value)) return go_on;
+  if (const CheckResult absent = find_peer_value(step, remote, local.type, peer)) return absent;
+  if (values_agree(local.value, peer.value)) return no_result;
 
   const uint32_t local_word = word_of(local.value);
   const uint32_t peer_word = word_of(peer.value);
@@ -48,18 +48,18 @@ Ended compare(Step step, stp_mcec_compared compared, const Tlv &local, const voi
     hist_log(step, "type-1 compat check failed type=%d, len=%zu, lcl_value=%d, rmt_value=%d\n",
              local.type, local.value.size(), local_word, peer_word);
   } else if (parameter->kind == STP_MCEC_KIND_TEXT) {
-    const std::string_view ours = text_of(local.value);
-    const std::string_view theirs = text_of(peer.value);
+    const std::string_view local_text = text_of(local.value);
+    const std::string_view peer_text = text_of(peer.value);
     hist_log(step, "type-1 compat check failed type=%d, len=%zu, lcl_value=%.*s, rmt_value=%.*s\n",
-             local.type, local.value.size(), static_cast<int>(ours.size()), ours.data(),
-             static_cast<int>(theirs.size()), theirs.data());
+             local.type, local.value.size(), static_cast<int>(local_text.size()), local_text.data(),
+             static_cast<int>(peer_text.size()), peer_text.data());
   }
   if (on_pod_port && !parameter->is_compared_on_pod) {
     hist_log(step, "local port type %d remote port type %d type-1 compat check ignored\n",
              local_word, peer_word);
-    return go_on;
+    return no_result;
   }
-  return mismatch(step, *parameter);
+  return log_mismatch(step, *parameter);
 }
 
 }  // namespace mcec::check

@@ -1,5 +1,5 @@
-// The check of what counts in Rapid-PVST: the VLANs on which spanning tree is disabled, VLAN by
-// VLAN over those that the caller names because both switches carry them.
+// The check of the Rapid-PVST parameter: compares the VLANs with spanning tree disabled, one by
+// one, for the twin VLANs, which the caller passes.
 
 #include "check/compare.h"
 #include "draimiofaf/check.h"
@@ -9,15 +9,15 @@ using namespace mcec;
 
 namespace {
 
-// A value that is no whole bitmap record disagrees, and its VLANs are not compared. The exported
-// comparison, whose name its lines have, takes writable records.
-bool do_twins_agree(const Tlv &local, const Tlv &peer, const void *compat_vlans, void *pass_vlans,
-                    void *fail_vlans) {
+// A value shorter than a bitmap record differs; its VLANs are not compared. Copies the records
+// because the exported comparison, whose name is in the log lines, takes writable ones.
+bool twin_vlans_agree(const Tlv &local, const Tlv &peer, const void *compat_vlans, void *pass_vlans,
+                      void *fail_vlans) {
   if (std::min(local.value.size(), peer.value.size()) < sizeof(bmp4096_t)) return false;
-  auto ours = load<bmp4096_t>(local.value.data());
-  auto theirs = load<bmp4096_t>(peer.value.data());
-  return stp_mcec_pvrst_endis_check_for_twin_vlans(local.type, &ours, &theirs, compat_vlans,
-                                                   pass_vlans, fail_vlans) == 0;
+  auto local_record = load<bmp4096_t>(local.value.data());
+  auto peer_record = load<bmp4096_t>(peer.value.data());
+  return stp_mcec_pvrst_endis_check_for_twin_vlans(local.type, &local_record, &peer_record,
+                                                   compat_vlans, pass_vlans, fail_vlans) == 0;
 }
 
 void write_record(void *record, const VlanSet &vlans) {
@@ -40,12 +40,12 @@ extern "C" uint32_t stp_mcec_pvrst_type1_cfg_compat_check(uint32_t, uint32_t, vo
     if (parameter == nullptr) continue;
     if (check_stp_endis != 1) return 0;
     Tlv peer{};
-    const auto absent = check::find_at_peer(here(), remote_param, tlv.type, peer);
+    const auto absent = check::find_peer_value(here(), remote_param, tlv.type, peer);
     if (absent) return *absent;
-    if (check::agree(tlv.value, peer.value)) continue;
-    return do_twins_agree(tlv, peer, compat_vlans, pass_vlans, fail_vlans)
+    if (check::values_agree(tlv.value, peer.value)) continue;
+    return twin_vlans_agree(tlv, peer, compat_vlans, pass_vlans, fail_vlans)
                ? 0
-               : check::mismatch(here(), *parameter);
+               : check::log_mismatch(here(), *parameter);
   }
   if (walk.code != 0) return log_failure(here(), not_read, walk.code);
   hist_log(here(), "PVRST type-1 compat check passed\n");

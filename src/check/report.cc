@@ -1,5 +1,5 @@
-// The report: an array as records for display, each value of the switch logged beside the cached
-// one.
+// The report: converts an array to records for display, and logs the values of the switch together
+// with the cached ones.
 
 #include <cstdio>
 #include <cstring>
@@ -19,7 +19,7 @@ constexpr char not_cached[] = "Not Available";
 
 using RecordText = char[sizeof(mcecm_app_info_t::param_value)];
 
-// The record's texts are cut where they end.
+// Texts are truncated to the size of the field.
 void write_word(RecordText &text, const Parameter &parameter, uint32_t value) {
   if (parameter.kind == STP_MCEC_KIND_FLAGS) {
     std::snprintf(text, sizeof text, "%s, %s, %s", port_type_text(value),
@@ -46,7 +46,7 @@ void log_word(Step step, const Parameter &parameter, uint32_t value) {
   }
 }
 
-// A name as it is, or a list of VLANs, which lasts until the next one is written.
+// Returns a name, or a list of VLANs, which is valid until the next list is written.
 std::string_view display_text(const Parameter &parameter, Bytes value) {
   return parameter.kind == STP_MCEC_KIND_VLANS ? range_text(vlans_of(value)) : text_of(value);
 }
@@ -58,26 +58,26 @@ void write_text(RecordText &text, const Parameter &parameter, std::string_view v
   std::snprintf(text, sizeof text, "%s%.*s", before, static_cast<int>(value.size()), value.data());
 }
 
-// Each has a line of its own, the second without a head.
+// Logs both values, each in a line of its own; the second has no prefix.
 void log_text(Step step, const Parameter &parameter, std::string_view value) {
   hist_log(step, "Type %s - val = %.*s, ", parameter.name, static_cast<int>(value.size()),
            value.data());
   const cache::Node *cached = cache::find(0, parameter.type);
   const std::string_view cached_text =
       cached != nullptr ? display_text(parameter, cache::value_of(*cached)) : not_cached;
-  hist_log(no_head, "cval = %.*s\n", static_cast<int>(cached_text.size()), cached_text.data());
+  hist_log(no_prefix, "cval = %.*s\n", static_cast<int>(cached_text.size()), cached_text.data());
 }
 
-// Write the record's text, and log the value beside the cached one. A VLAN map has no text.
+// Writes the text of a record, and logs the value with the cached one. A VLAN map has no text.
 void write_value(Step step, RecordText &text, const Parameter &parameter, Bytes value) {
   if (is_word(parameter.kind)) {
     const uint32_t word = word_of(value);
     write_word(text, parameter, word);
     log_word(step, parameter, word);
   } else if (parameter.kind != STP_MCEC_KIND_MAP) {
-    const std::string_view given = display_text(parameter, value);
-    write_text(text, parameter, given);
-    log_text(step, parameter, given);
+    const std::string_view value_text = display_text(parameter, value);
+    write_text(text, parameter, value_text);
+    log_text(step, parameter, value_text);
   }
 }
 
@@ -93,9 +93,9 @@ extern "C" uint32_t stp_mcec_type1_cfg_get_param_info(void *param_array, void **
   if (report == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
   report->count = walk.count;
 
-  mcecm_app_info_t *free_record = report->records;
+  mcecm_app_info_t *next_record = report->records;
   for (Tlv tlv; next(walk, tlv);) {
-    mcecm_app_info_t &record = *free_record++;
+    mcecm_app_info_t &record = *next_record++;
     record.app_code = STP_MCEC_APP_CODE;
     record.param_type = tlv.type;
     std::strcpy(record.component, "STP");

@@ -1,5 +1,4 @@
-// Spanning tree enabled or disabled on a list of VLANs. The set of the disabled ones is what is
-// cached and handed out.
+// Enables or disables spanning tree on a list of VLANs. The parameter is the set of disabled VLANs.
 
 #include <utility>
 
@@ -35,7 +34,7 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
   hist_log(here(), "extract enable/disable STP\n");
   const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
   if (cmd_id != STP_MCEC_CMD_STP_ENDIS) {
-    return extract::refuse_command(here(), request, cmd_id, "Invalid Command ID %d");
+    return extract::reject_command(here(), request, cmd_id, "Invalid Command ID %d");
   }
   const auto list = extract::range_list(request, STP_MCEC_ATTR_VLAN_LIST, vlan_list_header_size);
   if (!list) {
@@ -68,5 +67,5 @@ extern "C" uint32_t stp_mcec_extract_stp_endis_param(void *handle, uint32_t cmd_
   const uint32_t size = extract::array_size(sizeof record);
   Block<uint8_t> array = extract::new_array(here(), request, size);
   if (array) hist_log(here(), "Adding disabled stp TLV\n");
-  return extract::hand_out(here(), request, std::move(array), size, {&entry, 1});
+  return extract::return_array(here(), request, std::move(array), size, {&entry, 1});
 }

@@ -1,4 +1,4 @@
-// The entry of all extractions, and the dispatch of commands to their extractors.
+// The entry point of all extractions, and the dispatch of commands to their extractors.
 
 #include <algorithm>
 
@@ -12,7 +12,7 @@ using namespace mcec;
 
 namespace {
 
-// A handle is built on the stack: one that asks for more than this is not built.
+// A handle is on the stack, so its size is limited.
 constexpr uint32_t max_handle_size = 64 * 1024;
 constexpr std::size_t buffer_alignment = 16 * 8;  // in bits
 
@@ -32,7 +32,7 @@ constexpr Command commands[] = {
 #define MCEC_ROW(name, id, extractor, gate, ...) {id, extractor, Gate::gate},
     STP_MCEC_COMMANDS(MCEC_ROW)
 #undef MCEC_ROW
-    // No command of ours, but routed: its extractor answers it as an invalid identifier.
+    // Not in STP_MCEC_COMMANDS, but dispatched: the extractor rejects it as an invalid identifier.
     {62, stp_mcec_extract_gbl_params, Gate::GATED},
 };
 
@@ -47,7 +47,7 @@ extern "C" uint32_t stp_mcec_type1_cfg_param_extractor(
     case STP_MCEC_MTS_OPC_CMD_REQ: {
       const uint32_t size = cmd_req_handle_get_1(message);
       const bool fits = size <= max_handle_size;
-      // On the stack, for as long as this block.
+      // On the stack, valid until the end of this block.
       void *buffer = __builtin_alloca_with_align(fits ? std::max(size, 1U) : 1, buffer_alignment);
       cmd_req_t *handle = fits ? cmd_req_handle_get_2(message, buffer) : nullptr;
       if (handle == nullptr) {

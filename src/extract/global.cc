@@ -1,4 +1,4 @@
-// Loop guard, bridge assurance and MST simulate PVST of the switch: on or off.
+// Sets loop guard, bridge assurance or MST simulate PVST of the switch: on or off.
 
 #include "draimiofaf/extract_port.h"
 #include "extract/request.h"
@@ -14,7 +14,7 @@ constexpr extract::Rules rules = {
 
 struct Setting {
   uint32_t cmd_id;
-  const char *log_word;  // simulate PVST is logged with the word of bridge assurance
+  const char *log_word;  // simulate PVST is also logged as BA
 };
 
 constexpr Setting settings[] = {
@@ -33,7 +33,7 @@ extern "C" uint32_t stp_mcec_extract_gbl_params(void *handle, uint32_t cmd_id, u
   const uint32_t value = cmd_req_action_is_set(request.handle) != 0 ? 1 : 0;
   const Setting *setting = extract::find_command(settings, cmd_id);
   if (setting == nullptr) {
-    return extract::refuse_command(here(), request, cmd_id, "Invalid command ID %d");
+    return extract::reject_command(here(), request, cmd_id, "Invalid command ID %d");
   }
   hist_log(here(), "Global %s changed to %s\n", setting->log_word, value != 0 ? "True" : "False");
   return extract::set_word(here(), request, extract::parameter_set_by(cmd_id), value);

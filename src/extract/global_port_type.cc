@@ -1,4 +1,4 @@
-// The global port type: a word of flags of which each command sets or clears one.
+// Sets or clears one flag of the global port type.
 
 #include "cache/store.h"
 #include "draimiofaf/extract_port.h"
@@ -26,7 +26,7 @@ constexpr Flag flags[] = {
     {STP_MCEC_CMD_GBL_NETWORK, STP_MCEC_GBL_PORT_TYPE_NETWORK, STP_MCEC_GBL_PORT_TYPE_EDGE},
 };
 
-uint32_t changed(uint32_t word, const Flag &flag, bool set) {
+uint32_t apply_flag(uint32_t word, const Flag &flag, bool set) {
   word = set ? (word | flag.flag) & ~flag.excludes : word & ~flag.flag;
   const bool normal = (word & (STP_MCEC_GBL_PORT_TYPE_EDGE | STP_MCEC_GBL_PORT_TYPE_NETWORK)) == 0;
   const uint32_t normal_flag = STP_MCEC_GBL_PORT_TYPE_NORMAL;
@@ -46,9 +46,9 @@ extern "C" uint32_t stp_mcec_extract_gbl_port_type_param(
   const bool set = cmd_req_action_is_set(request.handle) != 0;
   const Flag *flag = extract::find_command(flags, cmd_id);
   if (flag == nullptr) {
-    return extract::refuse_command(here(), request, cmd_id, "Invalid command ID %d");
+    return extract::reject_command(here(), request, cmd_id, "Invalid command ID %d");
   }
-  word = changed(word, *flag, set);
+  word = apply_flag(word, *flag, set);
   hist_log(here(), "Global port type changed to 0x%x\n", word);
   return extract::set_word(here(), request, STP_MCEC_TYPE1_GBL_PORT_TYPE, word);
 }

@@ -1,5 +1,5 @@
-// The settings of interfaces: one value for every port of the command's ranges that is a member of
-// a multi-chassis port channel.
+// Sets a parameter on every port of the command's ranges that is a member of a multi-chassis port
+// channel.
 
 #include "draimiofaf/extract_port.h"
 #include "extract/ports.h"
@@ -16,13 +16,13 @@ constexpr extract::Rules rules = {
     .array = STP_MCEC_LIB_MEM_tlv_array_7_t,
     .replaced_line = "found avl node",
     .added_line = "created avl node",
-    .logs_no_records = true,
+    .logs_records_failure = true,
 };
 
 constexpr std::size_t range_list_header_size = 16;
 
-// The host-interface ports of a pod on an internal channel are not compared. The first port stands
-// for all of the command.
+// True for the host-interface ports of a pod on an internal channel, which are not compared. Only
+// the first port of the command is tested.
 bool is_for_internal_pod(const extract::RangeList &list) {
   if (list.count == 0) return false;
   const uint32_t if_index = list[0].first;
@@ -31,9 +31,9 @@ bool is_for_internal_pod(const extract::RangeList &list) {
          mcecm_api_is_internal_mcec(channel) != 0;
 }
 
-// Cache the value of each member and fill its record. Membership is the multi-chassis manager's and
-// may have changed since the members were counted: no more records are filled than there are.
-// Returns how many were filled, nothing when the command is refused.
+// Caches the value of each member and fills its record. Membership may have changed since the
+// members were counted: fills no more records than there are. Returns the number of filled records,
+// or empty if the command is rejected.
 std::optional<std::size_t> set_members(Step step, const extract::Request &request,
                                        extract::Members &members, const Tlv &entry,
                                        std::span<extract::Record> records) {
@@ -72,7 +72,7 @@ extern "C" uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, ui
     return STP_MCEC_ERR_INVALID_ARG;
   }
   if (is_for_internal_pod(*list)) {
-    hist_log(no_head, "No Type-1 checks for HIF ports");
+    hist_log(no_prefix, "No Type-1 checks for HIF ports");
     return 0;
   }
 
@@ -83,7 +83,7 @@ extern "C" uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, ui
   if (count == 0) return 0;
   extract::Record *records = extract::new_records(here(), request, count);
   if (records == nullptr) return STP_MCEC_RESULT_NO_BLOCK;
-  extract::announce(request, count);
+  extract::set_record_count(request, count);
 
   const Word word = to_network(value);
   const Tlv entry{type, word};
@@ -91,12 +91,13 @@ extern "C" uint32_t stp_mcec_extract_if_params(void *handle, uint32_t cmd_id, ui
   const auto filled = set_members(here(), request, members, entry, {records, count});
   if (!filled) return STP_MCEC_ERR_NO_MEMORY;
   if (*filled == 0) {
-    // Nothing is handed out, and the last membership query decides whether the command succeeds: it
-    // fails when the ports have left their channels. When no port was left to be asked for, the
-    // answer for the last one that was counted stands.
+    // Returns no array. The last membership query determines the result: an error if the ports have
+    // left their channels. If no port was left to query, the result of the last query of the count
+    // is used.
     *tlv_array = nullptr;
     return members.membership;
   }
   const uint32_t size = extract::array_size(word.size());
-  return hand_out(here(), request, extract::new_array(here(), request, size), size, {&entry, 1});
+  return return_array(here(), request, extract::new_array(here(), request, size), size,
+                      {&entry, 1});
 }

@@ -1,4 +1,4 @@
-// The value that an interface command sets: from its form and its attributes.
+// Finds the value that an interface command sets, from its form and its attributes.
 
 #include "draimiofaf/extract_port.h"
 #include "extract/request.h"
@@ -12,7 +12,7 @@ struct AttributeValue {
   uint32_t parameter;
 };
 
-// From an attribute's word to the parameter's value.
+// Maps the word of an attribute to the value of the parameter.
 constexpr AttributeValue port_types[] = {
     {STP_MCEC_IF_PORT_MODE_NORMAL, STP_MCEC_IFI_PORT_TYPE_NORMAL},
     {STP_MCEC_IF_PORT_MODE_EDGE_TRUNK, STP_MCEC_IFI_PORT_TYPE_EDGE_TRUNK},
@@ -24,11 +24,11 @@ constexpr AttributeValue guards[] = {{STP_MCEC_IF_GUARD_ROOT, STP_MCEC_IFI_PORT_
 
 struct Setting {
   uint32_t cmd_id;
-  // The value of the positive form without an attribute; the negating form is always 0.
+  // The value of the positive form without an attribute; the negated form always sets 0.
   uint32_t positive;
-  // The attributes that change it, if any.
+  // Identifiers of the attributes that change the value, if any.
   uint32_t attribute_ids[2] = {};
-  // What their word may be; without any, their presence alone gives `present`.
+  // The valid words of the attributes. Empty: the presence of an attribute sets `present`.
   std::span<const AttributeValue> values = {};
   const char *unknown_value = nullptr;
   uint32_t present = 0;
@@ -57,23 +57,23 @@ constexpr Setting settings[] = {
      .present = STP_MCEC_IFI_MST_SIMULATE_PVST_DISABLED},
 };
 
-// Take one attribute into the value; false: the command must be refused. An attribute that is too
-// short to hold a word counts as absent.
-bool take_attribute(const Setting &setting, Bytes attribute, uint32_t &value) {
+// Applies one attribute to the value. Returns false if the command must be rejected. An attribute
+// shorter than a word counts as absent.
+bool apply_attribute(const Setting &setting, Bytes attribute, uint32_t &value) {
   if (setting.values.empty()) {
     value = setting.present;
     return true;
   }
   const std::optional<uint32_t> word = extract::word_of_attribute(attribute);
   if (!word) return true;
-  const auto known = std::ranges::find(setting.values, *word, &AttributeValue::attribute);
-  if (known == setting.values.end()) return false;
-  value = known->parameter;
+  const auto row = std::ranges::find(setting.values, *word, &AttributeValue::attribute);
+  if (row == setting.values.end()) return false;
+  value = row->parameter;
   return true;
 }
 
-// The value of the positive form; nothing when an attribute has an unknown word. Of several
-// attributes the last decides.
+// Returns the value of the positive form, or empty if an attribute has an unknown word. The last of
+// several attributes determines the value.
 std::optional<uint32_t> positive_value(const Setting &setting, cmd_req_t *handle) {
   uint32_t value = setting.positive;
   if (setting.attribute_ids[0] == 0) return value;
@@ -84,7 +84,7 @@ std::optional<uint32_t> positive_value(const Setting &setting, cmd_req_t *handle
     if (id == CMD_REQ_NO_MORE_ATTRIBUTES) return value;
     if (id != setting.attribute_ids[0] && id != setting.attribute_ids[1]) continue;
     const Bytes bytes{static_cast<const uint8_t *>(attribute), length};
-    if (!take_attribute(setting, bytes, value)) return std::nullopt;
+    if (!apply_attribute(setting, bytes, value)) return std::nullopt;
   }
 }
 
@@ -96,16 +96,16 @@ extern "C" uint32_t stp_mcec_extract_if_param_val(void *handle, uint32_t cmd_id,
   auto *request = static_cast<cmd_req_t *>(handle);
   const Setting *setting = extract::find_command(settings, cmd_id);
   if (setting == nullptr) return STP_MCEC_ERR_INVALID_ARG;
-  uint32_t set = 0;
+  uint32_t new_value = 0;
   if (cmd_req_action_is_set(request) != 0) {
     const std::optional<uint32_t> positive = positive_value(*setting, request);
     if (!positive) {
-      hist_log(no_head, "%s(): %s\n", here().operation, setting->unknown_value);
+      hist_log(no_prefix, "%s(): %s\n", here().operation, setting->unknown_value);
       return STP_MCEC_ERR_INVALID_ARG;
     }
-    set = *positive;
+    new_value = *positive;
   }
-  *value = set;
+  *value = new_value;
   *type = extract::parameter_set_by(cmd_id);
   if (cmd_req_action_is_del(request) != 0) *is_del = 1;
   return 0;

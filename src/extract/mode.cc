@@ -1,4 +1,4 @@
-// The spanning-tree mode.
+// Sets the spanning-tree mode.
 
 #include "draimiofaf/extract.h"
 #include "extract/request.h"
@@ -14,11 +14,11 @@ constexpr extract::Rules rules = {
     .array = STP_MCEC_LIB_MEM_tlv_array_4_t,
     .replaced_line = "Found avl node",
     .added_line = "added avl node for stp mode",
-    .logs_no_records = true,
-    .logs_no_array = true,
+    .logs_records_failure = true,
+    .logs_array_failure = true,
 };
 
-// The mode that the command sets; Rapid-PVST unless it says otherwise.
+// Returns the mode that the command sets; the default is Rapid-PVST.
 uint32_t mode_of(const extract::Request &request) {
   uint32_t mode = STP_MCEC_STP_MODE_RAPID_PVST;
   if (const auto value = extract::attribute(request, STP_MCEC_ATTR_STP_MODE)) {
@@ -36,7 +36,7 @@ extern "C" uint32_t stp_mcec_extract_stp_mode_param(void *handle, uint32_t cmd_i
   hist_log(here(), "Extract stp mode\n");
   const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
   if (cmd_id != STP_MCEC_CMD_STP_MODE) {
-    return extract::refuse_command(here(), request, cmd_id, "Invalid cmd id %d\n");
+    return extract::reject_command(here(), request, cmd_id, "Invalid cmd id %d\n");
   }
   const uint32_t mode = mode_of(request);
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST &&

@@ -1,4 +1,4 @@
-// The ports that an interface command is for.
+// The ports of an interface command.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,7 @@
 
 namespace mcec::extract {
 
-// A walk over the member ports, those of a multi-chassis port channel. The platform is asked for
-// each port of the ranges in turn, and whether it is a member:
+// A walk over the ports of the ranges that are members of a multi-chassis port channel:
 //
 //   Members members{.list = list};
 //   while (next(members)) ...
@@ -24,7 +23,7 @@ struct Members {
   uint32_t position = 0;
 };
 
-// false: none is left.
+// Finds the next member. Returns false if there are no more.
 inline bool next(Members &walk) {
   const Range &range = walk.range;
   do {

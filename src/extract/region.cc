@@ -1,5 +1,4 @@
-// The reset of the MST region: as far as name, revision and VLAN map are cached, they return to
-// their defaults and are handed out.
+// Resets the MST region: sets name, revision and VLAN map to their defaults if they are cached.
 
 #include <array>
 #include <utility>
@@ -16,11 +15,11 @@ namespace {
 constexpr extract::Rules rules = {
     .records = STP_MCEC_LIB_MEM_mcecm_app_cmd2_extract_info_t,
     .array = STP_MCEC_LIB_MEM_tlv_array_3_t,
-    .logs_no_records = true,
+    .logs_records_failure = true,
 };
 
-// In the order in which they are handed out: the default is an entry of `length` zero bytes, which
-// is shorter than a cached VLAN map.
+// In the order of the returned entries. The default is an entry of `length` zero bytes, which is
+// shorter than a cached VLAN map.
 struct Reset {
   uint16_t type;
   uint16_t length;
@@ -35,7 +34,7 @@ constexpr Reset resets[] = {
 
 constexpr uint8_t zeros[std::ranges::max(resets, {}, &Reset::length).length] = {};
 
-// For all three, whichever are cached.
+// The size for all three, even if not all are cached.
 uint32_t array_size() {
   uint32_t size = STP_MCEC_TLV_ARRAY_HDR_SIZE;
   for (const Reset &reset : resets) size += tlv_aligned_data_size_get(reset.length);
@@ -54,7 +53,7 @@ extern "C" uint32_t stp_mcec_extract_reset_mst_region_cfg(
   hist_log(here(), "Reset MST Region Config\n");
   const auto request = receive(rules, handle, tlv_array, num_extract_info, is_cmd, extract_info);
   if (cmd_id != STP_MCEC_CMD_MST_REGION_RESET) {
-    hist_log(here(), "Invalid cmd id %d\n", cmd_id);  // and no answer
+    hist_log(here(), "Invalid cmd id %d\n", cmd_id);  // not answered
     return STP_MCEC_ERR_INVALID_ARG;
   }
   std::array<Tlv, std::size(resets)> all;
@@ -74,5 +73,5 @@ extern "C" uint32_t stp_mcec_extract_reset_mst_region_cfg(
   const uint32_t size = array_size();
   Block<uint8_t> array = extract::new_array(here(), request, size);
   if (array) extract::fill_records(request, records, entries);
-  return extract::hand_out(here(), request, std::move(array), size, entries);
+  return extract::return_array(here(), request, std::move(array), size, entries);
 }

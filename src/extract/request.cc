@@ -5,14 +5,14 @@
 namespace mcec::extract {
 namespace {
 
-void refuse_no_memory(Step step, const Request &request, bool is_logged) {
+void reject_no_memory(Step step, const Request &request, bool is_logged) {
   if (is_logged) hist_log(step, "Failed malloc\n");
   cmd_rsp_send_nok(request.handle, 0, "internal error: Failed malloc");
 }
 
 }  // namespace
 
-uint32_t refuse_command(Step step, const Request &request, uint32_t cmd_id, const char *answer) {
+uint32_t reject_command(Step step, const Request &request, uint32_t cmd_id, const char *answer) {
   hist_log(step, "Invalid cmd id %d\n", cmd_id);
   cmd_rsp_send_nok(request.handle, 0, answer, cmd_id);
   return STP_MCEC_ERR_INVALID_ARG;
@@ -44,14 +44,14 @@ std::optional<RangeList> range_list(const Request &request, uint32_t attribute_i
 
 const cache::Node *put(Step step, const Request &request, uint32_t if_index, uint16_t type,
                        Bytes value) {
-  const cache::Put done = cache::put(if_index, type, value);
-  if (done.node == nullptr) {
-    refuse_no_memory(step, request, true);
+  const cache::PutResult result = cache::put(if_index, type, value);
+  if (result.node == nullptr) {
+    reject_no_memory(step, request, true);
     return nullptr;
   }
-  const char *line = done.added ? request.rules.added_line : request.rules.replaced_line;
+  const char *line = result.added ? request.rules.added_line : request.rules.replaced_line;
   if (line != nullptr) hist_log(step, "%s\n", line);
-  return done.node;
+  return result.node;
 }
 
 uint32_t array_size(std::size_t value_length) {
@@ -63,17 +63,17 @@ Record *new_records(Step step, const Request &request, uint32_t count) {
   auto *records =
       static_cast<Record *>(zalloc_records(request.rules.records, 0, count, sizeof(Record)));
   *request.extract_info = records;
-  if (records == nullptr) refuse_no_memory(step, request, request.rules.logs_no_records);
+  if (records == nullptr) reject_no_memory(step, request, request.rules.logs_records_failure);
   return records;
 }
 
-void announce(const Request &request, uint32_t count) {
+void set_record_count(const Request &request, uint32_t count) {
   *request.num_extract_info = count;
   *request.is_cmd = 1;
 }
 
 void fill_records(const Request &request, Record *records, std::span<const Tlv> entries) {
-  announce(request, static_cast<uint32_t>(entries.size()));
+  set_record_count(request, static_cast<uint32_t>(entries.size()));
   for (const Tlv &entry : entries) {
     *records++ = {.type = entry.type, .valid = 1, .is_global = 1, .if_index = 0};
   }
@@ -81,17 +81,17 @@ void fill_records(const Request &request, Record *records, std::span<const Tlv> 
 
 Block<uint8_t> new_array(Step step, const Request &request, uint32_t size) {
   Block<uint8_t> array(static_cast<uint8_t *>(zalloc(request.rules.array, size)));
-  if (!array) refuse_no_memory(step, request, request.rules.logs_no_array);
+  if (!array) reject_no_memory(step, request, request.rules.logs_array_failure);
   return array;
 }
 
-uint32_t hand_out(Step step, const Request &request, Block<uint8_t> array, uint32_t size,
-                  std::span<const Tlv> entries) {
+uint32_t return_array(Step step, const Request &request, Block<uint8_t> array, uint32_t size,
+                      std::span<const Tlv> entries) {
   if (!array) return STP_MCEC_RESULT_NO_BLOCK;
   for (const Tlv &entry : entries) {
     const uint32_t code = tlv_add(array.get(), size, entry.type, entry.value);
     if (code == 0) continue;
-    if (request.rules.logs_no_array) hist_log(step, "Failed to TLV\n");
+    if (request.rules.logs_array_failure) hist_log(step, "Failed to TLV\n");
     array.reset();
     cmd_rsp_send_nok(request.handle, 0, "internal error: Failed TLV add");
     return code;
@@ -108,7 +108,7 @@ uint32_t set_word(Step step, const Request &request, uint16_t type, uint32_t val
   const Tlv entry{type, word};
   fill_records(request, record, {&entry, 1});
   const uint32_t size = array_size(word.size());
-  return hand_out(step, request, new_array(step, request, size), size, {&entry, 1});
+  return return_array(step, request, new_array(step, request, size), size, {&entry, 1});
 }
 
 }  // namespace mcec::extract

@@ -1,4 +1,4 @@
-// A type-1 update message: every parameter that it carries is stored as it comes, and handed out.
+// Extracts a type-1 update message: stores every parameter as received, and returns it.
 
 #include <cstring>
 
@@ -12,11 +12,10 @@ using namespace mcec;
 
 namespace {
 
-// The header of the payload; the third word is not read.
 struct Header {
   uint32_t is_global;
   uint32_t if_index;
-  uint32_t unread;
+  uint32_t unused;
   uint32_t array_length;
 };
 static_assert(sizeof(Header) == STP_MCEC_TYPE1_UPD_HDR_SIZE);
@@ -28,12 +27,12 @@ bool is_default(const Tlv &tlv) {
   return parameter != nullptr && is_default(*parameter, tlv.value);
 }
 
-uint32_t no_memory(Step step, uint32_t result) {
+uint32_t fail_no_memory(Step step, uint32_t result) {
   hist_log(step, "Failed malloc\n");
   return result;
 }
 
-// Does a value lie within the length that the header gives the array?
+// True if a value is inside the length that the header states for the array.
 bool lies_within(Bytes array, Bytes value) {
   const auto start = reinterpret_cast<uintptr_t>(array.data());
   const auto at = reinterpret_cast<uintptr_t>(value.data());
@@ -63,10 +62,10 @@ extern "C" uint32_t stp_mcec_param_extractor_from_stp_type1_upd(
   Block<Record> records(static_cast<Record *>(zalloc_records(
       STP_MCEC_LIB_MEM_mcecm_app_cmd7_extract_info_t, 0, walk.count, sizeof(Record))));
   *extract_info = nullptr;
-  if (!records) return no_memory(here(), STP_MCEC_RESULT_NO_BLOCK);
+  if (!records) return fail_no_memory(here(), STP_MCEC_RESULT_NO_BLOCK);
   Block<uint8_t> copy(
       static_cast<uint8_t *>(zalloc(STP_MCEC_LIB_MEM_tlv_array_8_t, header.array_length)));
-  if (!copy) return no_memory(here(), STP_MCEC_RESULT_NO_BLOCK);
+  if (!copy) return fail_no_memory(here(), STP_MCEC_RESULT_NO_BLOCK);
   Record *record = *extract_info = records.release();
   *num_extract_info = walk.count;
   *is_cmd = 0;
@@ -78,7 +77,7 @@ extern "C" uint32_t stp_mcec_param_extractor_from_stp_type1_upd(
     hist_log(here(), "updating type=%d, len=%zu (is_default=%d)\n", tlv.type, tlv.value.size(),
              is_default(tlv) ? 1 : 0);
     if (cache::put(header.if_index, tlv.type, tlv.value).node == nullptr) {
-      return no_memory(here(), STP_MCEC_ERR_NO_MEMORY);
+      return fail_no_memory(here(), STP_MCEC_ERR_NO_MEMORY);
     }
     *record++ = {
         .type = tlv.type, .valid = 1, .is_global = header.is_global, .if_index = header.if_index};

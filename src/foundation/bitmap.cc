@@ -8,7 +8,8 @@
 namespace mcec {
 namespace {
 
-// The texts of 1000 to 4095, one behind the other; four characters can be read from each digit on.
+// The texts of 1000 to 4095 without separators, padded so that four characters can be read from
+// each digit.
 constexpr std::size_t vlan_digits = 4;
 constexpr uint32_t first_of_four_digits = 1000;
 constexpr auto four_digits = [] {
@@ -20,8 +21,9 @@ constexpr auto four_digits = [] {
   return texts;
 }();
 
-// A VLAN identifier. The text of a small one is the end of that of the one greater by 1000. Four
-// characters are always written; those past the end that is returned do not count.
+// Writes a VLAN identifier and returns its end. The text of a small one is the end of the text of
+// the one greater by 1000. Always writes four characters; those after the returned end are
+// undefined.
 inline char *write_vlan(char *out, uint32_t vlan) {
   if (vlan >= first_of_four_digits) {
     std::memcpy(out, &four_digits[vlan_digits * (vlan - first_of_four_digits)], vlan_digits);
@@ -32,7 +34,7 @@ inline char *write_vlan(char *out, uint32_t vlan) {
   return out + length;
 }
 
-// "7," or "1-3,".
+// Writes "7," or "1-3," and returns its end.
 inline char *write_run(char *out, uint32_t first, uint32_t last) {
   out = write_vlan(out, first);
   if (first != last) {
@@ -43,12 +45,12 @@ inline char *write_run(char *out, uint32_t first, uint32_t last) {
   return out;
 }
 
-// The position of the first VLAN in a word in host order that has one.
+// Returns the position of the first VLAN in a non-empty word in host order.
 inline uint32_t first_of(uint64_t vlans) {
-  return static_cast<uint32_t>(__builtin_clzll(vlans));  // std::countl_zero would test for 0 first
+  return static_cast<uint32_t>(__builtin_clzll(vlans));  // std::countl_zero also tests for 0
 }
 
-inline uint32_t take_first(uint64_t &vlans) {
+inline uint32_t remove_first(uint64_t &vlans) {
   const uint32_t position = first_of(vlans);
   vlans &= ~(uint64_t{1} << 63 >> position);
   return position;
@@ -84,12 +86,12 @@ uint32_t count(const VlanSet &vlans) {
   return static_cast<uint32_t>(ones);
 }
 
-// Runs start and end where a VLAN differs from the one before it: the exclusive or of a word and
-// the word moved by one has a bit for each such place. The buffer is an argument because hardening
-// would compare each number with the end of one that the compiler knows.
+// A run starts or ends where a VLAN differs from the one before it: the exclusive or of a word and
+// the word shifted by one has a bit for each change. The buffer is an argument because a hardened
+// build would check every write to a buffer of known size.
 void write_ranges(char *text, const VlanSet &vlans) {
   char *out = text;
-  uint32_t first = 0;      // of the run that is open
+  uint32_t first = 0;      // of the open run
   uint64_t no_change = 0;  // a word without a change: all ones in an open run, else 0
   for (std::size_t i = 0;; ++i) {
     while (i < vlans.size() && vlans[i] == no_change) ++i;
@@ -97,7 +99,7 @@ void write_ranges(char *text, const VlanSet &vlans) {
     const auto base = static_cast<uint32_t>(64 * i);
     const uint64_t word = swap_to_network(vlans[i]);
     const uint64_t changes = word ^ (word >> 1 | no_change << 63);
-    if ((changes & (changes - 1)) == 0) {  // one, as in most words of a few long runs
+    if ((changes & (changes - 1)) == 0) {  // one change, as in most words of long runs
       const uint32_t change = base + first_of(changes);
       if (no_change != 0) out = write_run(out, first, change - 1);
       first = change;
@@ -106,16 +108,16 @@ void write_ranges(char *text, const VlanSet &vlans) {
     }
     uint64_t starts = changes & word;
     uint64_t ends = changes & ~word;
-    if (no_change == 0) first = base + take_first(starts);
+    if (no_change == 0) first = base + remove_first(starts);
     while (ends != 0) {
-      out = write_run(out, first, base + take_first(ends) - 1);
+      out = write_run(out, first, base + remove_first(ends) - 1);
       if (starts == 0) break;
-      first = base + take_first(starts);
+      first = base + remove_first(starts);
     }
     no_change = uint64_t{0} - (word & 1);
   }
   if (no_change != 0) out = write_run(out, first, vlan_id_count - 1);
-  if (out != text) --out;  // the last comma
+  if (out != text) --out;  // removes the last comma
   *out = '\0';
 }
 

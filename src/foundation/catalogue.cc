@@ -42,7 +42,7 @@ constexpr const Choices *find_choices(uint16_t type) {
   return found != std::end(choices) ? found : nullptr;
 }
 
-// A parameter without names does not compile.
+// A parameter without names is a compile error.
 #define MCEC_NAMES(id, name, title, ...) constexpr const char *names_##id[] = {name, title};
 STP_MCEC_TYPE1_NAMES(MCEC_NAMES)
 #undef MCEC_NAMES
@@ -64,7 +64,7 @@ constexpr Parameter catalogue[] = {
 #undef MCEC_ROW
 };
 
-// By type, which is by scope too.
+// The catalogue is sorted by type, and so by scope.
 constexpr auto global_count =
     static_cast<std::size_t>(std::ranges::count(catalogue, Scope::GLOBAL, &Parameter::scope));
 
@@ -74,7 +74,7 @@ constexpr uint32_t results[] = {
 #undef MCEC_ROW
 };
 
-// A new parameter cannot be added in part.
+// Checks that every table has a row for the parameter.
 constexpr bool is_complete(const Parameter &parameter) {
   const auto position = static_cast<std::size_t>(&parameter - catalogue);
   return parameter.type == position + 1 &&
@@ -84,12 +84,12 @@ constexpr bool is_complete(const Parameter &parameter) {
 }
 static_assert(std::ranges::all_of(catalogue, is_complete));
 
-// Of a map that is not empty: every byte is equal to the one before it, and the first is 0.
+// True if all bytes of a non-empty map are 0: the first is, and each is equal to the one before it.
 bool is_zero(Bytes map) {
   return map[0] == 0 && std::memcmp(map.data(), map.data() + 1, map.size() - 1) == 0;
 }
 
-// A switch that is on by default is on with any word but 0.
+// A setting that is on by default is on with any word but 0.
 bool is_default_word(const Parameter &parameter, uint32_t word) {
   return parameter.default_word == 1 ? word != 0 : word == parameter.default_word;
 }
@@ -154,7 +154,7 @@ extern "C" uint32_t stp_mcec_get_type1_cfg_compat_chk_errcode(uint16_t type) {
 extern "C" uint32_t stp_mcec_type1_cfg_param_is_default(uint32_t type, uint32_t len, void *value) {
   const Parameter *parameter = find_parameter(type);
   if (parameter == nullptr) return 0;
-  // Only the test of a map looks at the length: the value has at least what the others read.
+  // Only the test of a map uses the length: the caller guarantees the bytes that the others read.
   const uint32_t length = parameter->kind == STP_MCEC_KIND_MAP ? len : parameter->length;
   return is_default(*parameter, {static_cast<const uint8_t *>(value), length}) ? 1 : 0;
 }

@@ -1,4 +1,4 @@
-// The catalogue: all that the library knows about each of the twelve type-1 parameters, as data.
+// The catalogue: the properties of the twelve type-1 parameters, as data.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@ namespace mcec {
 
 enum class Scope : uint8_t { GLOBAL, INTERFACE };
 
-// The texts of a CHOICE: of its values, and of every other word.
+// The texts of a CHOICE: one for each known value, and one for every other word.
 struct Choices {
   struct Text {
     uint32_t value;
@@ -31,25 +31,25 @@ struct Parameter {
   uint32_t default_word;
   stp_mcec_compared compared;
   bool is_compared_on_pod;
-  const char *name;        // of log lines
-  const char *title;       // of the report
-  const Choices *choices;  // of a CHOICE
+  const char *name;        // in log lines
+  const char *title;       // in the report
+  const Choices *choices;  // nullptr unless kind is CHOICE
 };
 
 constexpr bool is_word(stp_mcec_kind kind) {
   return kind <= STP_MCEC_KIND_FLAGS;
 }
 
-// The parameters of a scope in the order of their types.
+// Returns the parameters of a scope in ascending order of type.
 std::span<const Parameter> parameters_of(Scope scope);
 
-// The parameter of a type, nullptr when there is none.
+// Returns the parameter of a type, or nullptr if there is none.
 const Parameter *find_parameter(uint32_t type);
 
-// The mismatch code of a type, STP_MCEC_ERR_FAILURE when there is no such parameter.
+// Returns the mismatch code of a type, or STP_MCEC_ERR_FAILURE if there is no such parameter.
 uint32_t mismatch_of(uint32_t type);
 
-// A value that is shorter than what the test reads is not the default.
+// A value shorter than the test needs is not the default.
 bool is_default(const Parameter &parameter, Bytes value);
 
 const char *choice_text(const Parameter &parameter, uint32_t value);

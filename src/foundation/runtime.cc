@@ -22,9 +22,9 @@ constexpr char debug_path[] = "/zarn/tmp/stp_mcec_lib_dbg.log";
 constexpr char debug_banner[] =
     "STP MCEC Type-1 cfg debug file \n--------------------------------\n";
 
-// "stp_mcec_type1_cfg_compat_check(21): "; the names of operations are far shorter than a line. By
-// hand, because a check takes 1.6 times its floor with a snprintf, and 1.0 times without one.
-char *write_head(sdwrap_hist_line_t &line, Step step) {
+// Writes "stp_mcec_type1_cfg_compat_check(21): " and returns its end; names of operations are far
+// shorter than a line. With snprintf a check takes 1.6 times as long.
+char *write_prefix(sdwrap_hist_line_t &line, Step step) {
   char *out = std::copy_n(step.operation, std::strlen(step.operation), line.text);
   *out++ = '(';
   out = std::to_chars(out, std::end(line.text), step.line).ptr;
@@ -61,7 +61,7 @@ void hist_log(Step step, const char *format, ...) {
   if (stp_mcec_lib_sdwrap_init_done == 0) init_history();
   sdwrap_hist_line_t line;
   line.flag = 1;
-  char *text = step.operation != nullptr ? write_head(line, step) : line.text;
+  char *text = step.operation != nullptr ? write_prefix(line, step) : line.text;
   va_list arguments;
   va_start(arguments, format);
   const auto room = std::end(line.text) - text;

@@ -1,5 +1,4 @@
-// What every operation uses: tracked memory, lines of the event history, TLV arrays, the
-// multi-chassis database.
+// Services for all operations: tracked memory, event history, TLV arrays, multi-chassis database.
 #pragma once
 
 #include <cstdint>
@@ -16,44 +15,43 @@ struct Release {
   void operator()(void *block) const { mtrack_free(block); }
 };
 
-// A block of the memory tracker that goes back unless it is handed on.
+// A block of the memory tracker, freed unless released to another owner.
 template <class Object>
 using Block = std::unique_ptr<Object, Release>;
 
-// By memory type, STP_MCEC_LIB_MEM_MAX included.
+// Indexed by memory type, including STP_MCEC_LIB_MEM_MAX.
 extern const char *const mem_type_names[STP_MCEC_LIB_MEM_MAX + 1];
 
-// A zero-filled block, nullptr when none is to be had.
+// Returns a zero-filled block, or nullptr if the allocation fails.
 void *zalloc(stp_mcec_lib_mem_type_t mem_type, uint32_t size);
 
-// A zero-filled block of `header` bytes and `count` records of `record_size`; nullptr also when
-// their size does not fit a 32-bit number, which a count out of a foreign array can reach.
+// Returns a zero-filled block of `header` bytes and `count` records of `record_size`. Returns
+// nullptr also if the size does not fit in 32 bits, which a count from a received array can cause.
 void *zalloc_records(stp_mcec_lib_mem_type_t mem_type, uint32_t header, uint32_t count,
                      uint32_t record_size);
 
-// A step of an exported operation. The lines that are logged for it begin with the operation's name
-// and the line of its source that asks for the step, also in a function that several operations
-// share.
+// A step of an exported operation. Its log lines begin with the name of the operation and the
+// source line of the step, also if a function shared by several operations logs them.
 struct Step {
   const char *operation;
   int line;
 };
 
-// The step that the calling operation takes here.
+// Returns the step at this place of the calling operation.
 constexpr Step here(const char *operation = __builtin_FUNCTION(), int line = __builtin_LINE()) {
   return {operation, line};
 }
 
-constexpr Step no_head = {nullptr, 0};
+constexpr Step no_prefix = {nullptr, 0};
 
-// One line, cut to 511 characters.
+// Logs one line, truncated to 511 characters.
 __attribute__((format(printf, 2, 3))) void hist_log(Step step, const char *format, ...);
 
-// The line of a failure of the TLV library, a format for its code and the text of that; returns the
-// code.
+// Logs a failure of the TLV library and returns its code. The format has two arguments: the code
+// and its text.
 uint32_t log_failure(Step step, const char *format, uint32_t code);
 
-// Of an entry that cannot be read: on its way into the cache, and in a check.
+// Lines for an entry that cannot be read: while filling the cache, and in a check.
 inline constexpr char not_retrieved[] = "Failed (rc=0x%x, %s) to retrieve tlv\n";
 inline constexpr char not_read[] = "failed (rc=0x%x, %s) get_next_tlv\n";
 
@@ -66,7 +64,7 @@ inline uint32_t tlv_count(const void *array) {
   return tlv_aligned_array_get_num_tlvs(array, TLV_ALIGNED_FLAG);
 }
 
-// A code of the platform's, or 0 with the entry of that type in `found`.
+// Finds the entry of a type. Returns 0 and sets `found`, or returns a code of the platform.
 uint32_t tlv_find(const void *array, uint16_t type, Tlv &found);
 
 inline uint32_t tlv_add(void *array, uint32_t array_size, uint16_t type, Bytes value) {
@@ -79,7 +77,7 @@ inline uint32_t tlv_add(void *array, uint32_t array_size, uint16_t type, Bytes v
 //   Walk walk = walk_over(array);
 //   for (Tlv tlv; next(walk, tlv);) ...
 //
-// An entry that cannot be read ends it too, and leaves the code of the platform.
+// It also ends at an entry that cannot be read; `code` is then the platform's code, else 0.
 struct Walk {
   const void *array;
   uint32_t count;  // of entries
@@ -94,7 +92,8 @@ inline Walk walk_over(const void *array) {
 
 bool next(Walk &walk, Tlv &tlv);
 
-// The multi-chassis port channel of an interface; STP_MCEC_ERR_NO_MCEC_INFO when it has none.
+// Finds the multi-chassis port channel of an interface. Returns STP_MCEC_ERR_NO_MCEC_INFO if it has
+// none.
 uint32_t find_channel(uint32_t if_index, uint32_t &channel);
 
 bool has_trunk();

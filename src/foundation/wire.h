@@ -1,5 +1,5 @@
-// Values as they stand in TLV arrays, messages and the cache: bytes at any address, words in
-// network byte order unless a name says host. Each function says which bytes it looks at.
+// Values in TLV arrays, messages and the cache: bytes at any address; words are in network byte
+// order unless a name says host.
 #pragma once
 
 #include <algorithm>
@@ -24,7 +24,7 @@ constexpr Unsigned swap_to_network(Unsigned host) {
   if constexpr (sizeof(Unsigned) == 8) return __builtin_bswap64(host);
 }
 
-// sizeof(Value) bytes, in host order.
+// Reads sizeof(Value) bytes in host order.
 template <class Value>
 Value load(const void *at) {
   Value value;
@@ -37,7 +37,8 @@ void store(void *at, Unsigned value) {
   std::memcpy(at, &value, sizeof value);
 }
 
-// sizeof(Unsigned) bytes at src, turned around on their way to dst, which may be src.
+// Copies sizeof(Unsigned) bytes from src to dst, reversed on little-endian machines, and returns
+// the result. dst may be src.
 template <class Unsigned>
 Unsigned swap_copy(void *dst, const void *src) {
   const auto swapped = swap_to_network(load<Unsigned>(src));
@@ -45,7 +46,8 @@ Unsigned swap_copy(void *dst, const void *src) {
   return swapped;
 }
 
-// The first word of a value, in host order: up to 4 bytes, what is missing is 0 at the low end.
+// Returns the first word of a value in host order. If the value is shorter than 4 bytes, the
+// missing low-order bytes are 0.
 inline uint32_t word_of(Bytes value) {
   Word word{};
   std::copy_n(value.begin(), std::min(value.size(), word.size()), word.begin());
@@ -56,13 +58,13 @@ inline Word to_network(uint32_t host) {
   return std::bit_cast<Word>(swap_to_network(host));
 }
 
-// A text value up to its NUL, or all of it.
+// Returns a text value up to its NUL, or all of it if there is none.
 inline std::string_view text_of(Bytes value) {
   const auto *chars = reinterpret_cast<const char *>(value.data());
   return {chars, static_cast<std::size_t>(std::ranges::find(value, 0) - value.begin())};
 }
 
-// Put a value into a block that keeps its length: as many bytes as fit, the rest becomes 0.
+// Copies a value to a block of fixed length: as many bytes as fit; the rest of the block becomes 0.
 inline void fill(std::span<uint8_t> block, Bytes value) {
   const auto fits = std::min(block.size(), value.size());
   std::copy_n(value.begin(), fits, block.begin());

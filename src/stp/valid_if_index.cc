@@ -1,4 +1,4 @@
-// Which interfaces spanning tree runs on.
+// Finds out whether an interface runs spanning tree.
 
 #include <algorithm>
 #include <iterator>
@@ -7,7 +7,6 @@
 #include "if_index.h"
 #include "im.h"
 
-// The interface types that spanning tree runs on.
 constexpr uint8_t accepted_types[] = {22, 26, 28, 29, 31, 37};
 
 extern "C" uint32_t stp_valid_if_index_offline(uint32_t if_index) {

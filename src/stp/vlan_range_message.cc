@@ -1,4 +1,4 @@
-// Byte order of the VLAN-range state-change message, in place or from one buffer to another.
+// Converts the byte order of the VLAN-range state-change message, in place or between two buffers.
 
 #include "draimiofaf/stp.h"
 #include "foundation/wire.h"
