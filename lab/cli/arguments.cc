@@ -169,19 +169,15 @@ void add_watch(CLI::App &app, Arguments &arguments) {
   watch->add_flag("--json", arguments.json, "Print a JSON document on each line");
   watch->add_flag("--only-changes", arguments.only_changes,
                   "Print only events that change the verdict of a pair");
-  add_option(watch, "--summary", arguments.summary, "SECONDS",
-             "The time between two summaries of all pairs; one is printed on SIGUSR1, too")
-      ->check(CLI::Range(0.1, 1e9))
-      ->check(refuse_nan);
+  add_seconds(watch, "--summary", arguments.summary, CLI::Range(0.1, 1e9),
+              "The time between two summaries of all pairs; one is printed on SIGUSR1, too");
   add_option(watch, "--on-change", arguments.on_change, "PROGRAM",
              "Run a program on each event, which is its standard input");
   add_option(watch, "--listen", arguments.listen, "ADDRESS:PORT",
              "Serve the state of all pairs as a page, and metrics at /metrics");
-  add_option(watch, "--interval", arguments.interval, "SECONDS",
-             "The time between two readings of a file, or of a database without notifications; 1 "
-             "by default")
-      ->check(CLI::Range(0.05, 86400.0))
-      ->check(refuse_nan);
+  add_seconds(watch, "--interval", arguments.interval, CLI::Range(0.05, 86400.0),
+              "The time between two readings of a file, or of a database without notifications; 1 "
+              "by default");
   watch->add_flag("--once-agreed", arguments.once_agreed,
                   "End with status 0 as soon as the pair agrees; incomplete is not enough");
   add_seconds(watch, "--timeout", arguments.timeout, CLI::Range(0.001, 1e9),

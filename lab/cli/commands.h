@@ -130,6 +130,10 @@ void print_error(const std::string &text);
 // What is wrong with a source; of very many errors the first, and their number.
 void print_errors(const std::string &source, const InputErrors &errors);
 
+// Prints the errors of a source, and adds them to those of all sources if there are any.
+void report_errors(const std::string &source, InputErrors errors,
+                   std::vector<SourceErrors> &source_errors);
+
 // Write a file whole; "-" is the standard output. Throws std::runtime_error.
 void write_file(const std::string &path, const std::string &text);
 

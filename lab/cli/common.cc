@@ -43,6 +43,12 @@ void print_errors(const std::string &source, const InputErrors &errors) {
   }
 }
 
+void report_errors(const std::string &source, InputErrors errors,
+                   std::vector<SourceErrors> &source_errors) {
+  print_errors(source, errors);
+  if (!errors.empty()) source_errors.push_back({source, std::move(errors)});
+}
+
 ReadLimits limits_of(const Arguments &arguments) {
   return limits_within(std::chrono::milliseconds(std::lround(arguments.read_timeout * 1000)));
 }
@@ -57,8 +63,7 @@ std::vector<AcceptEntry> read_accept_file(const std::string &path,
     read = read_accept_list(text);
     errors = std::move(read.errors);
   }
-  print_errors(printable(path), errors);
-  if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
+  report_errors(printable(path), std::move(errors), source_errors);
   return std::move(read.entries);
 }
 

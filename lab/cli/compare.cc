@@ -45,10 +45,15 @@ void print_undecided(const Patches &patches, const PairReport &report) {
   }
 }
 
+std::array<bool, 2> find_sides_to_patch(const std::string &which) {
+  return {which == "left" || which == "both",
+          which == "right" || which == "both" || which == "actual"};
+}
+
 void write_patches(const Sides &sides, const PairReport &report,
                    const std::pair<std::string, std::string> &patch) {
   const auto &[which, path] = patch;
-  const std::array<bool, 2> changes = {which == "left" || which == "both", which != "left"};
+  const auto changes = find_sides_to_patch(which);
   const Patches patches = collect_patches(sides, report, changes);
   print_undecided(patches, report);
   bool is_empty = true;
@@ -97,10 +102,7 @@ void read_both(const Arguments &arguments, Sides &sides, std::vector<SourceError
                                        find_source(arguments.right, 1, arguments.name_space)},
                                       parse_format(arguments.format), limits_of(arguments));
   std::move(both.begin(), both.end(), sides.begin());
-  for (const Side &side : sides) {
-    print_errors(side.source, side.errors);
-    if (!side.errors.empty()) errors.push_back({side.source, side.errors});
-  }
+  for (const Side &side : sides) report_errors(side.source, side.errors, errors);
 }
 
 // What is wrong with the arguments together; empty: nothing.
@@ -128,13 +130,9 @@ std::string find_usage_error(const Arguments &arguments) {
 
 // A side that is to be patched must be a dump or a database; empty: it is.
 std::string find_unpatchable(const std::string &which, const Sides &sides) {
-  for (std::size_t i = 0; i < sides.size(); ++i) {
-    const bool is_patched = which == "both" || which == switch_names[i] ||
-                            (which == intended_names[i] && !which.empty());
-    if (!is_patched || sides[i].rows) continue;
-    return "--patch writes patches of dumps and databases; found a state file";
-  }
-  return "";
+  const auto changes = find_sides_to_patch(which);
+  const bool is_patchable = (!changes[0] || sides[0].rows) && (!changes[1] || sides[1].rows);
+  return is_patchable ? "" : "--patch writes patches of dumps and databases; found a state file";
 }
 
 void write_outputs(const Arguments &arguments, const Sides &sides, const PairReport &report) {
@@ -181,10 +179,8 @@ Status execute_compare(const Arguments &given) {
     return wrong;
   }
   Pair pair;
-  const PairReport report =
-      compare(pair, sides,
-              {.is_intended = is_intended, .is_strict = arguments.strict, .accept = accept})
-          .report;
+  const PairReport report = compare(
+      pair, sides, {.is_intended = is_intended, .is_strict = arguments.strict, .accept = accept});
   write_outputs(arguments, sides, report);
   return find_status(report);
 }

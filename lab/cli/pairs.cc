@@ -67,8 +67,8 @@ struct PairsPrinter {
   void print(const PairResult &result) {
     status = worst_status(status, status_of(result));
     count_result(result, counts);
-    for (std::size_t i = 0; i < result.matched.size(); ++i) {
-      matched[i] = matched[i] || result.matched[i];
+    for (std::size_t i = 0; i < result.report.matched.size(); ++i) {
+      matched[i] = matched[i] || result.report.matched[i];
     }
     if (arguments.json) {
       fmt::print("{}", format_pair_result(result));
@@ -120,9 +120,7 @@ std::vector<PairEntry> read_pairs_file(const std::string &path, const std::strin
   if (errors.empty()) {
     pairs = read_pair_list(text, path.substr(0, path.rfind('/') + 1), name_space, errors);
   }
-  const std::string label = hide_login(path);
-  print_errors(label, errors);
-  if (!errors.empty()) source_errors.push_back({label, std::move(errors)});
+  report_errors(hide_login(path), std::move(errors), source_errors);
   return pairs;
 }
 
@@ -131,8 +129,7 @@ void add_logins(const std::string &path, std::vector<PairEntry> &pairs,
   if (path.empty()) return;
   InputErrors errors;
   const Credentials credentials = load_credentials(path, errors);
-  print_errors(printable(path), errors);
-  if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
+  report_errors(printable(path), std::move(errors), source_errors);
   for (PairEntry &pair : pairs) {
     for (auto &[source, unusable] : pair.sources) apply_credentials(credentials, source);
   }
@@ -150,10 +147,7 @@ std::vector<PairEntry> read_watched_pairs(const Arguments &arguments,
   add_logins(arguments.credentials, pairs, errors);
   for (const PairEntry &pair : pairs) {
     for (const ParsedSource &parsed : pair.sources) {
-      InputErrors wrong_with_it = find_errors(arguments, parsed);
-      print_errors(parsed.source.label, wrong_with_it);
-      if (wrong_with_it.empty()) continue;
-      errors.push_back({parsed.source.label, std::move(wrong_with_it)});
+      report_errors(parsed.source.label, find_errors(arguments, parsed), errors);
     }
   }
   return pairs;

@@ -37,9 +37,7 @@ struct Progress {
 Status print_scenario_errors(const std::string &given, const InputErrors &errors, bool json) {
   const std::string path = hide_login(given);  // it may be the URL of a database
   print_errors(path, errors);
-  if (json) {
-    fmt::print("{}", format_scenario_errors(path, errors));
-  }
+  if (json) fmt::print("{}", format_scenario_errors(path, errors));
   return wrong;
 }
 

@@ -90,9 +90,10 @@ struct PairReport {
   bool is_strict = false;    // warnings count
   std::array<SideReport, 2> sides;
   Vlans twin_vlans;
-  std::vector<ScopeReport> checks;  // none where spanning tree is off on either switch
-  std::vector<IncompleteReport> incomplete;
+  std::vector<ScopeReport> checks = {};  // none where spanning tree is off on either switch
+  std::vector<IncompleteReport> incomplete = {};
   std::vector<Note> notes;
+  std::vector<bool> matched = {};  // which entries of accepted differences match
 };
 
 struct SourceErrors {
@@ -103,9 +104,8 @@ struct SourceErrors {
 // One of many pairs.
 struct PairResult {
   std::string name;
-  std::vector<SourceErrors> errors;  // of the sources that have some
-  PairReport report;                 // of no use with errors
-  std::vector<bool> matched;         // which entries of accepted differences match
+  std::vector<SourceErrors> errors = {};  // of the sources that have some
+  PairReport report = {};                 // of no use with errors
 };
 
 }  // namespace lab

@@ -57,21 +57,21 @@ struct StepHead {
 
 struct StepReport {
   StepHead head;
-  std::array<std::optional<SwitchReport>, 2> switches;
-  std::optional<std::vector<ScopeReport>> checks;
-  std::vector<ExpectationReport> expectations;
+  std::array<std::optional<SwitchReport>, 2> switches = {};
+  std::optional<std::vector<ScopeReport>> checks = {};
+  std::vector<ExpectationReport> expectations = {};
 };
 
 struct WhatIfSide {
   SwitchReport answer;
-  std::size_t checked = 0;       // scopes
-  std::vector<ScopeReport> now;  // of the scopes that the step would change
-  std::vector<ScopeReport> then;
+  std::size_t checked = 0;            // scopes
+  std::vector<ScopeReport> now = {};  // of the scopes that the step would change
+  std::vector<ScopeReport> then = {};
 };
 
 struct WhatIfReport {
   StepHead head;
-  std::array<std::optional<WhatIfSide>, 2> sides;
+  std::array<std::optional<WhatIfSide>, 2> sides = {};
 };
 
 struct RunFailure {
@@ -84,11 +84,11 @@ struct RunReport {
   std::string path;
   std::string title;
   std::string about;
-  std::optional<bool> agree;  // at the last check
-  std::size_t expected = 0;   // expectations
-  std::size_t met = 0;        // of these
-  std::optional<WhatIfReport> what_if;
-  std::optional<RunFailure> failure;
+  std::optional<bool> agree = {};  // at the last check
+  std::size_t expected = 0;        // expectations
+  std::size_t met = 0;             // of these
+  std::optional<WhatIfReport> what_if = {};
+  std::optional<RunFailure> failure = {};
 };
 
 // Did the run end, with every expectation met?

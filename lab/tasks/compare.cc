@@ -25,12 +25,6 @@ SideReport report_side(const Side &side) {
           .modified = side.modified};
 }
 
-// The switches of a pair, set up with their settings, check everything.
-std::vector<ScopeReport> check_pair(Pair &pair, const PairOfSettings &settings) {
-  ask(pair, {{{SetUp{*settings[0]}}, {SetUp{*settings[1]}}}});
-  return check_scopes(pair, {find_scopes(settings), twin_vlans(settings)});
-}
-
 FixReport report_fix(const Sides &sides, const PairScope &scope, uint16_t type, bool is_intended) {
   const std::string channel = scope.kind == PairScope::Kind::of_channel ? scope.name : "";
   const std::array<const Rows *, 2> rows = {sides[0].rows ? &*sides[0].rows : nullptr,
@@ -93,28 +87,25 @@ PairOfSettings settings_of(const Sides &sides) {
   return {&sides[0].settings, &sides[1].settings};
 }
 
-Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options) {
+PairReport compare(Pair &pair, const Sides &sides, const CompareOptions &options) {
   const PairOfSettings settings = settings_of(sides);
-  Comparison comparison;
-  PairReport &report = comparison.report;
-  report = {.name = options.name,
-            .is_intended = options.is_intended,
-            .is_strict = options.is_strict,
-            .sides = {report_side(sides[0]), report_side(sides[1])},
-            .twin_vlans = twin_vlans(settings),
-            .checks = {},
-            .incomplete = {},
-            .notes = find_notes(settings, options.is_intended)};
+  PairReport report{.name = options.name,
+                    .is_intended = options.is_intended,
+                    .is_strict = options.is_strict,
+                    .sides = {report_side(sides[0]), report_side(sides[1])},
+                    .twin_vlans = twin_vlans(settings),
+                    .notes = find_notes(settings, options.is_intended)};
   if (settings[0]->spanning_tree && settings[1]->spanning_tree) {
-    report.checks = check_pair(pair, settings);
+    ask(pair, {{{SetUp{*settings[0]}}, {SetUp{*settings[1]}}}});
+    report.checks = check_scopes(pair, {find_scopes(settings), report.twin_vlans});
     report.incomplete = find_incomplete(report, settings);
     for (ScopeReport &scope : report.checks) {
       add_digests(scope);
       add_fixes(sides, options.is_intended, scope);
     }
   }
-  comparison.matched = accept_differences(options.accept, format_today(), report);
-  return comparison;
+  report.matched = accept_differences(options.accept, format_today(), report);
+  return report;
 }
 
 Patches collect_patches(const Sides &sides, const PairReport &report,

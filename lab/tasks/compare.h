@@ -23,13 +23,8 @@ struct CompareOptions {
   std::vector<AcceptEntry> accept = {};
 };
 
-struct Comparison {
-  PairReport report;
-  std::vector<bool> matched;  // which entries of accepted differences match
-};
-
 // The switches may have been set up before. Throws SwitchFailed and Interrupted.
-Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options);
+PairReport compare(Pair &pair, const Sides &sides, const CompareOptions &options);
 
 struct Patches {
   std::array<Patch, 2> of_side;

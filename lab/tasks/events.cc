@@ -56,17 +56,14 @@ std::vector<RowChange> find_changed_rows(PairWatch &watch, std::size_t side) {
 ChangeEffect find_effect(const PairReport *before, const PairReport &after) {
   ChangeEffect effect;
   std::map<std::string, const ScopeReport *> known;
-  for (std::size_t i = 0; before != nullptr && i < before->checks.size(); ++i) {
-    known[before->checks[i].scope.name] = &before->checks[i];
+  if (before != nullptr) {
+    for (const ScopeReport &scope : before->checks) known[scope.scope.name] = &scope;
   }
   for (const ScopeReport &scope : after.checks) {
-    const auto found = known.find(scope.scope.name);
-    if (found == known.end() || *found->second != scope) effect.checks.push_back(scope);
-    if (found == known.end()) continue;
-    if (*found->second != scope) {
-      effect.agreed[found->first] = is_agreed(*found->second);
-    }
-    known.erase(found);
+    const auto old = known.extract(scope.scope.name);
+    if (old && *old.mapped() == scope) continue;
+    effect.checks.push_back(scope);
+    if (old) effect.agreed[old.key()] = is_agreed(*old.mapped());
   }
   for (const auto &[scope, check] : known) effect.gone.push_back(scope);
   return effect;
@@ -114,12 +111,13 @@ void add_note_event(const PairReport &before, const PairWatch &watch, std::vecto
 
 // The first side with errors is why the verdict is not known.
 void find_wrong_side(PairWatch &watch) {
-  for (std::size_t i = watch.sides.size(); i-- > 0;) {
+  for (std::size_t i = 0; i < watch.sides.size(); ++i) {
     if (watch.sides[i].errors.empty()) continue;
     watch.unknown = {.kind = UnknownCause::Kind::error,
                      .side = i,
                      .reason = "",
                      .error = watch.sides[i].errors.front()};
+    return;
   }
 }
 
@@ -169,7 +167,7 @@ std::vector<Event> report_disconnections(PairWatch &watch) {
 
 std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer) {
   bool is_new = false;
-  bool is_compared = answer.comparison.has_value();
+  bool is_compared = answer.report.has_value();
   std::array<bool, 2> has_new_errors = {};
   for (std::size_t i = 0; i < watch.sides.size(); ++i) {
     SideState &side = watch.sides[i];
@@ -186,7 +184,7 @@ std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer) {
   const auto before = watch.comparison;
   const auto outcome_before = std::exchange(watch.outcome, std::nullopt);
   if (is_compared) {
-    watch.comparison = std::make_shared<const PairReport>(std::move(answer.comparison->report));
+    watch.comparison = std::make_shared<const PairReport>(std::move(*answer.report));
     watch.outcome = find_outcome(*watch.comparison);
     watch.unknown.reset();
   }

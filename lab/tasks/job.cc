@@ -33,8 +33,7 @@ LAB_FIELDS(Note, it.kind, it.channel, it.side, it.vlans, it.fields, it.accepted,
 LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree, it.modified)
 LAB_FIELDS(IncompleteReport, it.reason, it.accepted)
 LAB_FIELDS(PairReport, it.name, it.is_intended, it.is_strict, it.sides, it.twin_vlans, it.checks,
-           it.incomplete, it.notes)
-LAB_FIELDS(Comparison, it.report, it.matched)
+           it.incomplete, it.notes, it.matched)
 LAB_FIELDS(AcceptEntry, it.line, it.kind, it.scope, it.pair, it.acceptance, it.type, it.values,
            it.note, it.incomplete)
 LAB_FIELDS(CompareOptions, it.name, it.is_intended, it.is_strict, it.accept)
@@ -43,7 +42,7 @@ LAB_FIELDS(Contents, it.has_rows, it.text)
 LAB_FIELDS(SideJob, it.source, it.contents, it.errors, it.is_watched)
 LAB_FIELDS(CompareJob, it.sides, it.options)
 LAB_FIELDS(SideAnswer, it.errors, it.unreadable, it.contents)
-LAB_FIELDS(CompareAnswer, it.problem, it.sides, it.comparison)
+LAB_FIELDS(CompareAnswer, it.problem, it.sides, it.report)
 
 namespace {
 
@@ -81,7 +80,7 @@ CompareAnswer do_job(CompareJob job, Pair &pair) {
     can_compare = can_compare && job.sides[i] && answer.sides[i].unreadable.empty() &&
                   answer.sides[i].errors.empty();
   }
-  if (can_compare) answer.comparison = compare(pair, sides, job.options);
+  if (can_compare) answer.report = compare(pair, sides, job.options);
   return answer;
 }
 
@@ -93,13 +92,13 @@ CompareAnswer do_job_or_fail(const CompareJob &job, std::unique_ptr<Pair> &pair)
       return do_job(job, *pair);
     } catch (const SwitchFailed &failure) {
       pair.reset();
-      if (attempt == most_attempts) return fail(failure.what());
+      if (attempt == most_attempts) return {.problem = failure.what()};
     } catch (const std::bad_alloc &) {
       pair.reset();  // an answer of it may still come
-      return fail("there is not enough memory");
+      return {.problem = "there is not enough memory"};
     } catch (const std::exception &problem) {
       pair.reset();
-      return fail(printable(problem.what()));
+      return {.problem = printable(problem.what())};
     }
   }
 }
@@ -121,12 +120,6 @@ int serve_jobs() {
     if (!write_frame(job_file, encode_record(answer))) return 1;
   }
   return 0;
-}
-
-CompareAnswer fail(const std::string &problem) {
-  CompareAnswer answer;
-  answer.problem = problem;
-  return answer;
 }
 
 }  // namespace lab

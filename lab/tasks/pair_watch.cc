@@ -44,7 +44,7 @@ bool is_settled(PairWatch &watch) {
 
 // Nothing: there is nothing to compare, or nothing new.
 std::optional<CompareJob> make_job(PairWatch &watch) {
-  CompareJob job{.sides = {}, .options = watch.context.compare};
+  CompareJob job{.options = watch.context.compare};
   job.options.name = watch.entry.name;
   bool is_new = false;
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {

@@ -16,7 +16,7 @@ struct PairTask {
 
   const PairEntry &pair;
   std::array<std::optional<DatabaseFeed>, 2> feeds = {};
-  std::array<bool, 2> is_read = {};
+  bool is_queued = false;
 };
 
 struct PairsRun {
@@ -34,7 +34,7 @@ struct PairsRun {
 void begin_pairs(PairsRun &run);
 
 void report(PairsRun &run, std::list<PairTask>::iterator task, CompareAnswer answer) {
-  PairResult result{.name = task->pair.name, .errors = {}, .report = {}, .matched = {}};
+  PairResult result{.name = task->pair.name};
   if (!answer.problem.empty()) {
     InputError error;
     error.found = answer.problem;
@@ -45,10 +45,7 @@ void report(PairsRun &run, std::list<PairTask>::iterator task, CompareAnswer ans
     const InputErrors &errors = unusable.empty() ? answer.sides[i].errors : unusable;
     if (!errors.empty()) result.errors.push_back({source.label, errors});
   }
-  if (answer.comparison) {
-    result.report = std::move(answer.comparison->report);
-    result.matched = std::move(answer.comparison->matched);
-  }
+  if (answer.report) result.report = std::move(*answer.report);
   run.tasks.erase(task);
   run.listener(result);
   begin_pairs(run);
@@ -57,7 +54,7 @@ void report(PairsRun &run, std::list<PairTask>::iterator task, CompareAnswer ans
 // What can be read from databases is read.
 void compare(PairsRun &run, std::list<PairTask>::iterator task) {
   const auto make = [&run, task]() -> std::optional<CompareJob> {
-    CompareJob job{.sides = {}, .options = run.options};
+    CompareJob job{.options = run.options};
     job.options.name = task->pair.name;
     for (std::size_t i = 0; i < job.sides.size(); ++i) {
       const auto &[source, errors] = task->pair.sources[i];
@@ -74,14 +71,12 @@ void compare(PairsRun &run, std::list<PairTask>::iterator task) {
       {make, [&run, task](CompareAnswer answer) { report(run, task, std::move(answer)); }});
 }
 
-// A database has taken a step.
-void take_rows(PairsRun &run, std::list<PairTask>::iterator task, std::size_t side) {
-  const Snapshot &snapshot = task->feeds[side]->database.snapshot;
-  if (snapshot.state == SourceState::connecting || std::exchange(task->is_read[side], true)) return;
-  for (std::size_t i = 0; i < task->feeds.size(); ++i) {
-    if (task->feeds[i] && !task->is_read[i]) return;
+// Queues the comparison when no database of the pair is being read any more.
+void compare_if_read(PairsRun &run, std::list<PairTask>::iterator task) {
+  for (const auto &feed : task->feeds) {
+    if (feed && feed->database.snapshot.state == SourceState::connecting) return;
   }
-  compare(run, task);
+  if (!std::exchange(task->is_queued, true)) compare(run, task);
 }
 
 void begin(PairsRun &run, const PairEntry &pair) {
@@ -90,9 +85,9 @@ void begin(PairsRun &run, const PairEntry &pair) {
     const auto &[source, errors] = pair.sources[i];
     if (!errors.empty() || source.kind == Source::Kind::file) continue;
     task->feeds[i].emplace(run.admission, source, ReadIntervals{}, run.limits,
-                           [&run, task, i] { take_rows(run, task, i); });
+                           [&run, task] { compare_if_read(run, task); });
   }
-  if (!task->feeds[0] && !task->feeds[1]) compare(run, task);
+  compare_if_read(run, task);
 }
 
 void begin_pairs(PairsRun &run) {

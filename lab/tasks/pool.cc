@@ -13,12 +13,13 @@
 #include <utility>
 
 #include "pair/wire.h"
+#include "text/file.h"
 
 namespace lab {
 
 struct PoolWorker {
   ChildProcess process = {};
-  int socket = -1;
+  Descriptor socket;
   std::optional<FileWatch> watch = {};
   std::optional<Timer> deadline = {};
   std::optional<PoolTask> task = {};
@@ -27,15 +28,10 @@ struct PoolWorker {
   std::size_t written = 0;
   Bytes input = {};
 
-  PoolWorker() = default;
-  PoolWorker(const PoolWorker &) = delete;
-  PoolWorker &operator=(const PoolWorker &) = delete;
-  ~PoolWorker() { end(); }
-
   void end() {
     watch.reset();
+    socket.close();
     process = {};
-    if (socket >= 0) close(std::exchange(socket, -1));
   }
 };
 
@@ -50,21 +46,16 @@ void start(PoolWorker &worker) {
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
     throw std::system_error(errno, std::generic_category(), "no socket for a process");
   }
-  worker.socket = ends[0];
-  try {
-    worker.process = start_child([&] {
-      // Another end of a connection would keep it open; hiredis lets it be inherited.
-      close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
-      dup2(ends[1], job_file);
-      fcntl(job_file, F_SETFD, 0);
-      execl("/proc/self/exe", "mcec-lab", pool_argument, nullptr);
-      _exit(1);
-    });
-  } catch (...) {
-    close(ends[1]);
-    throw;
-  }
-  close(ends[1]);
+  worker.socket = Descriptor(ends[0]);
+  const Descriptor job_end(ends[1]);
+  worker.process = start_child([&] {
+    // Another end of a connection would keep it open; hiredis lets it be inherited.
+    close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+    dup2(job_end, job_file);
+    fcntl(job_file, F_SETFD, 0);
+    execl("/proc/self/exe", "mcec-lab", pool_argument, nullptr);
+    _exit(1);
+  });
 }
 
 bool is_whole(const Bytes &frame) {
@@ -92,7 +83,7 @@ void restart(Pool &pool, PoolWorker &worker) {
   worker.end();
   if (!worker.task) return;
   if (worker.attempts == most_attempts) {
-    return finish(pool, worker, fail("the process of the comparison died"));
+    return finish(pool, worker, {.problem = "the process of the comparison died"});
   }
   send_job(pool, worker);
 }
@@ -130,7 +121,7 @@ void send_job(Pool &pool, PoolWorker &worker) {
       start(worker);
     } catch (const std::system_error &problem) {
       worker.end();
-      return finish(pool, worker, fail(problem.what()));
+      return finish(pool, worker, {.problem = problem.what()});
     }
     worker.watch.emplace(pool.loop, worker.socket, [&] { transfer(pool, worker); });
   }
@@ -139,7 +130,8 @@ void send_job(Pool &pool, PoolWorker &worker) {
 
 void give_up(Pool &pool, PoolWorker &worker) {
   worker.end();
-  finish(pool, worker, fail("the comparison did not end within " + seconds_text(pool.longest)));
+  finish(pool, worker,
+         {.problem = "the comparison did not end within " + seconds_text(pool.longest)});
 }
 
 // Give the free processes something to do.

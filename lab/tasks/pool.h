@@ -26,7 +26,7 @@ struct SideJob {
 };
 
 struct CompareJob {
-  std::array<std::optional<SideJob>, 2> sides;  // nothing: it is not known now
+  std::array<std::optional<SideJob>, 2> sides = {};  // nothing: it is not known now
   CompareOptions options;
 };
 
@@ -38,9 +38,9 @@ struct SideAnswer {
 };
 
 struct CompareAnswer {
-  std::string problem;  // not empty: it could not be done
-  std::array<SideAnswer, 2> sides;
-  std::optional<Comparison> comparison;
+  std::string problem = {};  // not empty: it could not be done
+  std::array<SideAnswer, 2> sides = {};
+  std::optional<PairReport> report = {};
 };
 
 // --- the pool ---
@@ -82,8 +82,6 @@ int serve_jobs();
 
 // A process can be killed for something that the job has no part in.
 constexpr int most_attempts = 3;
-
-CompareAnswer fail(const std::string &problem);
 
 Bytes encode(const CompareJob &job);
 

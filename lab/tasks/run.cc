@@ -32,7 +32,7 @@ void fill_in(const Runner &runner, const Step &step, std::size_t side, Operation
 }
 
 StepReport run_step(Runner &runner, const Step &step) {
-  StepReport report{.head = step, .switches = {}, .checks = {}, .expectations = {}};
+  StepReport report{.head = step};
   Requests requests = step.requests;
   if (step.check) requests = {{{*step.check}, {*step.check}}};
   for (std::size_t side = 0; side < requests.size(); ++side) {
@@ -71,12 +71,7 @@ void add_step(const StepReport &step, RunReport &report) {
 // Run the first `count` steps of a scenario, then `finish`.
 RunReport run_until(const Scenario &scenario, const RunOptions &options, std::size_t count,
                     const std::function<void(Runner &, RunReport &)> &finish) {
-  RunReport report{.path = scenario.path,
-                   .title = scenario.title,
-                   .about = scenario.about,
-                   .agree = {},
-                   .what_if = {},
-                   .failure = {}};
+  RunReport report{.path = scenario.path, .title = scenario.title, .about = scenario.about};
   std::optional<StepHead> at;
   try {
     Runner runner{.scenario = scenario, .log = options.log, .at = at};
@@ -121,9 +116,7 @@ WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t 
   Runner runner{.scenario = scenario, .log = log, .at = at};
   run_steps(runner, position, [](const StepReport &) {});
   WhatIfSide tried{.answer = run_step(runner, step).switches[side].value_or(SwitchReport{}),
-                   .checked = check.scopes.size(),
-                   .now = {},
-                   .then = {}};
+                   .checked = check.scopes.size()};
   const std::vector<ScopeReport> then = check_scopes(runner.pair, check);
   for (std::size_t i = 0; i < then.size(); ++i) {
     if (now[i] == then[i]) continue;
@@ -136,7 +129,7 @@ WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t 
 WhatIfReport try_on_each_side(Runner &runner, std::size_t position) {
   const Step &step = runner.scenario.steps[position];
   runner.at = step;
-  WhatIfReport report{.head = step, .sides = {}};
+  WhatIfReport report{.head = step};
   const Check check = make_whole_check(runner.scenario, position);
   const std::vector<ScopeReport> now = check_scopes(runner.pair, check);
   for (std::size_t side = 0; side < report.sides.size(); ++side) {
