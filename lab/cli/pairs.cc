@@ -1,4 +1,4 @@
-// Lists of pairs, and compare --pairs.
+// Reads lists of pairs, and executes compare --pairs.
 
 #include <fmt/core.h>
 
@@ -19,23 +19,23 @@ namespace {
 // --- lists of pairs ---
 
 constexpr const char *line_form =
-    "a name, the left and the right source (and a namespace), separated by tabs";
+    "a name, the left and the right source, and optionally a namespace, separated by tabs";
 
 std::string resolve_source(std::string_view source, const std::string &folder) {
   const bool is_absolute = source.starts_with('/') || source.find("://") != source.npos;
   return (is_absolute ? "" : folder) + std::string(source);
 }
 
-// What is wrong with a source that is to be watched.
-InputErrors find_errors(const Arguments &arguments, const ParsedSource &parsed) {
-  const auto &[source, unusable] = parsed;
-  InputErrors errors = unusable;
+// Returns the errors of a source, also if it cannot be watched.
+InputErrors find_watch_errors(const Arguments &arguments, const ParsedSource &parsed) {
+  const Source &source = parsed.source;
+  InputErrors errors = parsed.errors;
   if (source.kind != Source::Kind::file) return errors;
   if (source.place == "-") {
-    errors.push_back({0, 0, "", "can be read once only", "a database, or a file"});
+    errors.push_back({0, 0, "", "can be read only once", "a database or a file"});
   }
   if (!arguments.metrics.empty() && is_same_file(arguments.metrics, source.place)) {
-    errors.push_back({0, 0, "", "is the file of --metrics, too", "another file"});
+    errors.push_back({0, 0, "", "is also the --metrics file", "another file"});
   }
   return errors;
 }
@@ -46,7 +46,7 @@ Status status_of(const PairResult &result) {
   return result.errors.empty() ? find_status(result.report) : wrong;
 }
 
-// Entries of accepted differences that match in no pair.
+// Prints the accepted differences that match in no pair.
 void print_unmatched(const std::vector<AcceptEntry> &entries, const std::vector<bool> &matched,
                      const std::string &path) {
   for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -56,13 +56,13 @@ void print_unmatched(const std::vector<AcceptEntry> &entries, const std::vector<
   }
 }
 
-// Prints each result, and counts.
+// Prints each result, and collects the status and the counts of all.
 struct PairsPrinter {
   const Arguments &arguments;
   Layout layout;
   Status status = agreed;
   PairCounts counts = {};
-  std::vector<bool> matched;  // by entry
+  std::vector<bool> matched;  // which accepted differences match in a pair
 
   void print(const PairResult &result) {
     status = worst_status(status, status_of(result));
@@ -96,18 +96,19 @@ std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &
     } else if (!names.insert(printable(parts[0])).second) {
       errors.push_back({number, 1, "",
                         "found the name '" + cut(printable(parts[0]), 64) + "' twice",
-                        "a name for each pair"});
+                        "a unique name"});
     } else {
       PairEntry &pair = pairs.emplace_back();
       pair.name = printable(parts[0]);
       for (std::size_t i = 0; i < pair.sources.size(); ++i) {
-        pair.sources[i] = find_source(resolve_source(parts[i + 1], folder), std::nullopt,
-                                      parts.size() == 4 ? std::string(parts[3]) : name_space);
+        pair.sources[i] =
+            parse_source_argument(resolve_source(parts[i + 1], folder), std::nullopt,
+                                  parts.size() == 4 ? std::string(parts[3]) : name_space);
       }
     }
   }
   if (pairs.empty() && errors.empty()) {
-    errors.push_back({1, 1, "", "found no pair", std::string("lines of ") + line_form});
+    errors.push_back({1, 1, "", "found no pairs", std::string("lines of ") + line_form});
   }
   return pairs;
 }
@@ -131,23 +132,23 @@ void add_logins(const std::string &path, std::vector<PairEntry> &pairs,
   const Credentials credentials = load_credentials(path, errors);
   report_errors(printable(path), std::move(errors), source_errors);
   for (PairEntry &pair : pairs) {
-    for (auto &[source, unusable] : pair.sources) apply_credentials(credentials, source);
+    for (ParsedSource &parsed : pair.sources) apply_credentials(credentials, parsed.source);
   }
 }
 
 std::vector<PairEntry> read_watched_pairs(const Arguments &arguments,
-                                          std::vector<SourceErrors> &errors) {
+                                          std::vector<SourceErrors> &source_errors) {
   std::vector<PairEntry> pairs = {
       {.name = "",
-       .sources = {find_source(arguments.left, 0, arguments.name_space),
-                   find_source(arguments.right, 1, arguments.name_space)}}};
+       .sources = {parse_source_argument(arguments.left, 0, arguments.name_space),
+                   parse_source_argument(arguments.right, 1, arguments.name_space)}}};
   if (!arguments.pairs.empty()) {
-    pairs = read_pairs_file(arguments.pairs, arguments.name_space, errors);
+    pairs = read_pairs_file(arguments.pairs, arguments.name_space, source_errors);
   }
-  add_logins(arguments.credentials, pairs, errors);
+  add_logins(arguments.credentials, pairs, source_errors);
   for (const PairEntry &pair : pairs) {
     for (const ParsedSource &parsed : pair.sources) {
-      report_errors(parsed.source.label, find_errors(arguments, parsed), errors);
+      report_errors(parsed.source.label, find_watch_errors(arguments, parsed), source_errors);
     }
   }
   return pairs;

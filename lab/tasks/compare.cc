@@ -50,7 +50,6 @@ void add_digests(ScopeReport &scope) {
   }
 }
 
-// What a verdict depends on, and was not compared.
 std::vector<IncompleteReport> find_incomplete(const PairReport &report,
                                               const PairOfSettings &settings) {
   std::vector<IncompleteReport> found;
@@ -109,10 +108,10 @@ PairReport compare(Pair &pair, const Sides &sides, const CompareOptions &options
 }
 
 Patches collect_patches(const Sides &sides, const PairReport &report,
-                        const std::array<bool, 2> &changes) {
+                        const std::array<bool, 2> &patched) {
   Patches patches;
-  std::array<Changes, 2> all;
-  const std::size_t one = changes[1] ? 1 : 0;
+  std::array<Changes, 2> changes;
+  const std::size_t alone_side = patched[1] ? 1 : 0;
   for (const ScopeReport &scope : report.checks) {
     if (missing_side(scope) && !scope.accepted) patches.undecided.push_back(&scope);
     for (const ParameterReport &parameter : scope.parameters) {
@@ -120,18 +119,18 @@ Patches collect_patches(const Sides &sides, const PairReport &report,
       const Fix &fix = parameter.fix->fix;
       bool is_decided = fix.kind == Fix::Kind::with_mode;
       for (std::size_t i = 0; i < sides.size(); ++i) {
-        const Changes *made = fix.both && changes[i]     ? &(*fix.both)[i]
-                              : i == one && fix.alone[i] ? &*fix.alone[i]
-                                                         : nullptr;
-        if (made == nullptr) continue;
+        const Changes *added = fix.both && patched[i]            ? &(*fix.both)[i]
+                               : i == alone_side && fix.alone[i] ? &*fix.alone[i]
+                                                                 : nullptr;
+        if (added == nullptr) continue;
         is_decided = true;
-        all[i].insert(all[i].end(), made->begin(), made->end());
+        changes[i].insert(changes[i].end(), added->begin(), added->end());
       }
       if (!is_decided) patches.unfixed.push_back({&scope, &parameter});
     }
   }
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    if (sides[i].rows) patches.of_side[i] = make_patch(*sides[i].rows, all[i]);
+    if (sides[i].rows) patches.of_side[i] = make_patch(*sides[i].rows, changes[i]);
   }
   return patches;
 }
