@@ -256,10 +256,8 @@ CommandLine parse_command_line(int argc, const char *const *argv) {
   CommandLine line;
   const auto app = make_parser(line.arguments);
   wrap_descriptions(*app);
-  std::vector<std::string> names;
-  for (const CLI::App *command : app->get_subcommands(nullptr)) {
-    names.push_back(command->get_name());
-  }
+  const auto names = describe_each(app->get_subcommands(nullptr),
+                                   [](const CLI::App *command) { return command->get_name(); });
   if (argc > 1 && argv[1][0] != '-' &&
       std::find(names.begin(), names.end(), argv[1]) == names.end()) {
     line.error = fmt::format("mcec-lab: found '{}'; expected {}\n", hide_login(argv[1]),

@@ -73,22 +73,22 @@ void write_patches(const Sides &sides, const PairReport &report,
 
 // Returns the error if an output would replace an input or another output, else "".
 std::string find_clashing_output(const Arguments &arguments) {
-  std::vector<std::pair<std::string, std::string>> files = {{"the left source", arguments.left},
-                                                            {"the right source", arguments.right}};
-  if (!arguments.accept.empty()) files.emplace_back("--accept", arguments.accept);
-  const std::size_t inputs = files.size();
-  if (!arguments.html.empty()) files.emplace_back("--html", arguments.html);
-  if (!arguments.write_accept.empty()) {
-    files.emplace_back("--write-accept", arguments.write_accept);
-  }
+  constexpr std::size_t inputs = 3;
+  std::vector<std::pair<std::string, std::string>> files = {
+      {"the left source", arguments.left},
+      {"the right source", arguments.right},
+      {"--accept", arguments.accept},
+      {"--html", arguments.html},
+      {"--write-accept", arguments.write_accept}};
   const auto &[side, patch] = arguments.patch;
   for (const char *name : switch_names) {
     if (side == "both") files.emplace_back("--patch", insert_side(patch, name));
   }
-  if (!side.empty() && side != "both") files.emplace_back("--patch", patch);
+  if (side != "both") files.emplace_back("--patch", patch);
   for (std::size_t i = inputs; i < files.size(); ++i) {
+    if (files[i].second.empty() || files[i].second == "-") continue;
     for (std::size_t k = 0; k < i; ++k) {
-      if (files[i].second == "-" || !is_same_file(files[i].second, files[k].second)) continue;
+      if (!is_same_file(files[i].second, files[k].second)) continue;
       return fmt::format("{}: found {}, which is {}; expected another file", files[i].first,
                          printable(files[i].second), files[k].first);
     }

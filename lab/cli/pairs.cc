@@ -46,14 +46,17 @@ Status status_of(const PairResult &result) {
   return result.errors.empty() ? find_status(result.report) : wrong;
 }
 
-// Prints the accepted differences that match in no pair.
-void print_unmatched(const std::vector<AcceptEntry> &entries, const std::vector<bool> &matched,
+// Prints the accepted differences that match in no pair. Returns whether there are any.
+bool print_unmatched(const std::vector<AcceptEntry> &entries, const std::vector<bool> &matched,
                      const std::string &path) {
+  bool has_unmatched = false;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     if (matched[i]) continue;
+    has_unmatched = true;
     print_error(fmt::format("{}:{}: the accepted difference matches nothing", printable(path),
                             entries[i].line));
   }
+  return has_unmatched;
 }
 
 // Prints each result, and collects the status and the counts of all.
@@ -168,10 +171,8 @@ Status compare_pairs(const Arguments &arguments) {
                        .matched = std::vector<bool>(accept.size())};
   compare_all(pairs, {.is_strict = arguments.strict, .accept = accept}, limits_of(arguments),
               [&](const PairResult &result) { printer.print(result); });
-  print_unmatched(accept, printer.matched, arguments.accept);
+  const bool has_unmatched = print_unmatched(accept, printer.matched, arguments.accept);
   if (!arguments.json && !arguments.quiet) print_pair_counts(printer.counts);
-  const bool has_unmatched =
-      std::find(printer.matched.begin(), printer.matched.end(), false) != printer.matched.end();
   return arguments.strict && has_unmatched ? worst_status(printer.status, disagreed)
                                            : printer.status;
 }

@@ -130,7 +130,7 @@ Status execute_what_if(const Arguments &arguments) {
     progress.print(step.head.number, arguments.step - 1);
   };
   const RunReport report =
-      what_if(scenario, arguments.step - 1, {.log = arguments.log, .on_step = on_step});
+      run(scenario, {.log = arguments.log, .on_step = on_step, .what_if = arguments.step - 1});
   progress.clear();
   if (!arguments.json && !report.failure) {
     for (const StepReport &step : steps) print_unmet_step(step, style);

@@ -47,17 +47,32 @@ ReadIntervals find_intervals(const Arguments &arguments, std::size_t pairs) {
   return intervals;
 }
 
+struct Watch;
+void end_watch(Watch &watch, Status status);
+void update_metrics(Watch &watch);
+void summarize_pairs(Watch &watch);
+void handle_events(Watch &watch, PairWatch &pair, std::vector<Event> events);
+
 struct Watch {
   const Arguments &arguments;
+  const std::vector<AcceptEntry> &accept;
   Loop loop = {};
   Admission admission{loop};
-  Pool pool;
-  WatchContext context;
+  Pool pool{loop, limits_of(arguments)};
+  WatchContext context{loop,
+                       admission,
+                       pool,
+                       {.is_strict = arguments.strict, .accept = accept},
+                       limits_of(arguments),
+                       {},
+                       [this](PairWatch &pair, std::vector<Event> events) {
+                         handle_events(*this, pair, std::move(events));
+                       }};
   std::list<PairWatch> pairs = {};
   std::optional<Status> status = {};
-  Timer end_timer;
-  Timer metrics_timer;
-  Timer summary_timer;
+  Timer end_timer{loop, [this] { end_watch(*this, disagreed); }};
+  Timer metrics_timer{loop, [this] { update_metrics(*this); }};
+  Timer summary_timer{loop, [this] { summarize_pairs(*this); }};
   TimePoint metrics_written = {};
   TimePoint metrics_due = TimePoint::max();
   std::string metrics_error = {};  // the last one, which is not printed again
@@ -66,8 +81,6 @@ struct Watch {
   std::optional<SignalWatch> summary_signal = {};
   std::optional<HttpServer> server = {};
   std::optional<ChangeProgram> program = {};
-
-  Watch(const Arguments &arguments, const std::vector<AcceptEntry> &accept);
 };
 
 void end_watch(Watch &watch, Status status) {
@@ -92,8 +105,7 @@ void set_pairs(Watch &watch, const std::vector<PairEntry> &entries) {
   std::list<PairWatch> before;
   before.swap(watch.pairs);
   for (const PairEntry &entry : entries) {
-    const auto same = std::find_if(before.begin(), before.end(),
-                                   [&](const PairWatch &pair) { return pair.entry == entry; });
+    const auto same = std::ranges::find(before, entry, &PairWatch::entry);
     if (same != before.end()) {
       update_intervals(*same);
       watch.pairs.splice(watch.pairs.end(), before, same);
@@ -184,10 +196,10 @@ void handle_events(Watch &watch, PairWatch &pair, std::vector<Event> events) {
     if (watch.status) return;
   }
   if (is_start_error) end_watch(watch, wrong);
-  if (!watch.arguments.once_agreed) return;
-  if (std::all_of(watch.pairs.begin(), watch.pairs.end(), [](PairWatch &other) {
-        return other.outcome == Outcome::agree && other.is_current();
-      })) {
+  const auto is_done = [](PairWatch &other) {
+    return other.outcome == Outcome::agree && other.is_current();
+  };
+  if (watch.arguments.once_agreed && std::ranges::all_of(watch.pairs, is_done)) {
     end_watch(watch, agreed);
   }
 }
@@ -205,22 +217,6 @@ void summarize_pairs(Watch &watch) {
 }
 
 // --- the watch ---
-
-Watch::Watch(const Arguments &command_line, const std::vector<AcceptEntry> &accept)
-    : arguments(command_line),
-      pool(loop, limits_of(command_line)),
-      context{loop,
-              admission,
-              pool,
-              {.is_strict = command_line.strict, .accept = accept},
-              limits_of(command_line),
-              {},
-              [this](PairWatch &pair, std::vector<Event> events) {
-                handle_events(*this, pair, std::move(events));
-              }},
-      end_timer(loop, [this] { end_watch(*this, disagreed); }),
-      metrics_timer(loop, [this] { update_metrics(*this); }),
-      summary_timer(loop, [this] { summarize_pairs(*this); }) {}
 
 // Ends the watch when the reader of standard output closes it. Files have no reader.
 void watch_output(Watch &watch) {
@@ -311,7 +307,7 @@ Status execute_watch(const Arguments &arguments) {
   check_path(arguments.on_change, "--on-change", find_program_problem);
   std::signal(SIGPIPE, SIG_IGN);
   raise_file_limit();
-  Watch watch(arguments, accept);
+  Watch watch{arguments, accept};
   set_pairs(watch, entries);
   const std::string problem = write_fleet_metrics(watch, find_fleet_status(watch));
   if (!problem.empty()) throw std::runtime_error(problem);

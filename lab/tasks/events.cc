@@ -92,12 +92,9 @@ std::vector<Event> report_connections(PairWatch &watch, bool is_compared) {
 // Returns the warnings in `report` that are not in `other`.
 std::vector<Note> find_new_warnings(const PairReport &report, const PairReport &other) {
   std::vector<Note> found;
-  for (const Note &note : report.notes) {
-    if (is_warning(note) &&
-        std::find(other.notes.begin(), other.notes.end(), note) == other.notes.end()) {
-      found.push_back(note);
-    }
-  }
+  std::ranges::copy_if(report.notes, std::back_inserter(found), [&](const Note &note) {
+    return is_warning(note) && std::ranges::count(other.notes, note) == 0;
+  });
   return found;
 }
 

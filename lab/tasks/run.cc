@@ -70,26 +70,6 @@ void add_step(const StepReport &step, RunReport &report) {
       std::size_t(std::ranges::count(step.expectations, true, &ExpectationReport::is_met));
 }
 
-// Runs the first `count` steps of a scenario, then calls `finish`.
-RunReport run_until(const Scenario &scenario, const RunOptions &options, std::size_t count,
-                    const std::function<void(Runner &, RunReport &)> &finish) {
-  RunReport report{.path = scenario.path, .title = scenario.title, .about = scenario.about};
-  std::optional<StepHead> current_step;
-  try {
-    Runner runner{.scenario = scenario, .log = options.log, .current_step = current_step};
-    run_steps(runner, count, [&](const StepReport &step) {
-      add_step(step, report);
-      options.on_step(step);
-    });
-    finish(runner, report);
-  } catch (const Interrupted &) {
-    report.failure = {"interrupted", current_step};
-  } catch (const SwitchFailed &failure) {
-    report.failure = {failure.what(), current_step};
-  }
-  return report;
-}
-
 // --- what if ---
 
 // Returns a check of all scopes with the settings before a step.
@@ -144,13 +124,21 @@ WhatIfReport try_on_each_side(Runner &runner, std::size_t position) {
 }  // namespace
 
 RunReport run(const Scenario &scenario, const RunOptions &options) {
-  return run_until(scenario, options, scenario.steps.size(), [](Runner &, RunReport &) {});
-}
-
-RunReport what_if(const Scenario &scenario, std::size_t position, const RunOptions &options) {
-  return run_until(scenario, options, position, [position](Runner &runner, RunReport &report) {
-    report.what_if = try_on_each_side(runner, position);
-  });
+  RunReport report{.path = scenario.path, .title = scenario.title, .about = scenario.about};
+  std::optional<StepHead> current_step;
+  try {
+    Runner runner{.scenario = scenario, .log = options.log, .current_step = current_step};
+    run_steps(runner, options.what_if.value_or(scenario.steps.size()), [&](const StepReport &step) {
+      add_step(step, report);
+      options.on_step(step);
+    });
+    if (options.what_if) report.what_if = try_on_each_side(runner, *options.what_if);
+  } catch (const Interrupted &) {
+    report.failure = {"interrupted", current_step};
+  } catch (const SwitchFailed &failure) {
+    report.failure = {failure.what(), current_step};
+  }
+  return report;
 }
 
 }  // namespace lab
