@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "output/layout.h"
 #include "report/acceptance.h"
 #include "report/verdict.h"
 #include "tasks/compare.h"

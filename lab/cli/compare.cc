@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "cli/commands.h"
 #include "output/json.h"
@@ -17,11 +18,8 @@ Format parse_format(const std::string &format) {
 
 // "fix.json" becomes "fix.left.json".
 std::string insert_side(const std::string &path, const char *side) {
-  const std::size_t dot = path.rfind('.');
-  const std::size_t slash = path.rfind('/');
-  const bool has_extension = dot != path.npos && (slash == path.npos || dot > slash + 1);
-  const std::size_t position = has_extension ? dot : path.size();
-  return path.substr(0, position) + "." + side + path.substr(position);
+  std::filesystem::path file = path;
+  return file.replace_extension(std::string(".") + side + file.extension().string());
 }
 
 // Prints the differences that the operator must resolve, with the rows that they concern.

@@ -293,7 +293,7 @@ void check_path(const std::string &path, const std::string &prefix,
 Status execute_watch(const Arguments &arguments) {
   if (arguments.pairs.empty() && arguments.right.empty()) {
     print_error(
-        "mcec-lab watch: found fewer than two sources; expected LEFT and RIGHT, or --pairs");
+        "mcec-lab watch: found fewer than two sources; expected left and right, or --pairs");
     return wrong;
   }
   std::vector<SourceErrors> errors;

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "pair/wire.h"
+#include "text/child.h"
 #include "text/file.h"
 
 namespace lab {

@@ -11,7 +11,6 @@
 #include "sonic/limits.h"
 #include "sonic/snapshot.h"
 #include "tasks/compare.h"
-#include "text/child.h"
 
 namespace lab {
 
