@@ -1,5 +1,5 @@
 /*
- * For coverage builds. The switch processes end by SIGKILL or _exit(), which write no coverage data:
+ * For coverage builds. The lab's processes end by SIGKILL or _exit(), which write no coverage data;
  * these wrappers let them end by exit().
  */
 #include <signal.h>
