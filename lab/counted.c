@@ -1,6 +1,6 @@
 /*
- * For a build that counts what runs: the processes of the switches are killed once nobody needs
- * them, and leave by _exit, and neither would write what they counted.
+ * For coverage builds. The lab's processes end by SIGKILL or _exit(), which write no coverage data;
+ * these wrappers let them end by exit().
  */
 #include <signal.h>
 #include <stdio_ext.h>
@@ -12,7 +12,10 @@ int __real_kill(pid_t pid, int number);
 int __wrap_kill(pid_t pid, int number);
 _Noreturn void __wrap__exit(int status);
 
-/* A process whose line is closed ends by itself, soon; one that is stopped does not. */
+/*
+ * Waits up to 0.5 s before SIGKILL: a process whose socket is closed ends by itself, but a stopped
+ * process does not.
+ */
 int __wrap_kill(pid_t pid, int number) {
   siginfo_t ended = {0};
   for (int tries = 0; number == SIGKILL && ended.si_pid == 0 && tries < 500; ++tries) {
@@ -22,7 +25,7 @@ int __wrap_kill(pid_t pid, int number) {
   return __real_kill(pid, number);
 }
 
-/* What was to be said belongs to the process that is left. */
+/* Discards the buffered output, which belongs to the parent process. */
 _Noreturn void __wrap__exit(int status) {
   __fpurge(stdout);
   exit(status);

@@ -1,4 +1,4 @@
-// mcec-lab: check whether the type-1 spanning-tree parameters of two switches agree.
+// mcec-lab: checks whether the type-1 spanning-tree parameters of two switches agree.
 
 #include <fcntl.h>
 #include <fmt/core.h>
@@ -31,9 +31,9 @@ Status parse_and_execute(int argc, char **argv) {
   return is_help ? agreed : line.arguments.execute(line.arguments);
 }
 
-// So that a file that is opened does not get the descriptor of a closed standard file, writing to
-// which fails.
-void keep_standard_files() {
+// Opens closed standard descriptors in the wrong direction, so that no other file gets their
+// numbers and their use still fails.
+void reserve_standard_descriptors() {
   for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(file, F_GETFD) < 0) open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
@@ -43,19 +43,19 @@ void keep_standard_files() {
 
 int main(int argc, char **argv) {
   if (argc == 2 && std::string_view(argv[1]) == pool_argument) return serve_jobs();
-  keep_standard_files();
+  reserve_standard_descriptors();
   std::setlocale(LC_CTYPE, "");
   stop_on_signals();
   standin_reset();
   Status status = wrong;
   bool is_stopped = false;
-  std::string why;  // the output cannot be written
+  std::string why;  // why the output cannot be written
   try {
     status = parse_and_execute(argc, argv);
   } catch (const Interrupted &) {
     is_stopped = true;
   } catch (const std::bad_alloc &) {
-    print_error("mcec-lab: there is not enough memory");
+    print_error("mcec-lab: out of memory");
   } catch (const std::system_error &problem) {
     if (std::ferror(stdout) != 0) why = problem.code().message();
     if (why.empty()) print_error("mcec-lab: " + printable(problem.what()));
@@ -68,5 +68,5 @@ int main(int argc, char **argv) {
     return wrong;
   }
   print_error("mcec-lab: interrupted");
-  _exit(wrong);  // what could not be written stays so
+  _exit(wrong);  // exit() would try to flush the output again
 }

@@ -107,7 +107,7 @@ def check_inputs_and_outputs():
             ('cat both', 0, "<!DOCTYPE html>"),
             ('"$0" compare --html own.json own.json "$2"', 2, "which is the left source"),
             ('"$0" compare --patch both new "$1" "$2" --html ./new.right', 2, "which is --html"),
-            ('"$0" watch --metrics own.json own.json "$2"', 2, "is the file of --metrics, too"),
+            ('"$0" watch --metrics own.json own.json "$2"', 2, "is also the --metrics file"),
             ('"$0" compare secret "$2"', 2, "secret:1:1: found no mapping; expected a state file"),
             ('"$0" compare --pairs secret', 2, "secret:1:1: found a line of 1 field; expected a name"),
             ('"$0" run secret', 2, "secret:1:1: found no mapping; expected a scenario, a mapping\n"),

@@ -119,7 +119,7 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
             "cannot be read: No such file or directory");
   std::string many = "steps:\n";
   for (int i = 0; i < 120; ++i) many += "- {crash: X}\n";
-  EXPECT_NE(run(many).out.find("\n" + file + ": and 20 errors more\n"), std::string::npos);
+  EXPECT_NE(run(many).out.find("\n" + file + ": 20 more errors\n"), std::string::npos);
   EXPECT_EQ(lab("run --quiet -", "echo 'steps: [{check: switch}]' |").status, 0);
   EXPECT_EQ(lab("run").status, 2);
   EXPECT_EQ(lab("walk").status, 2);
@@ -135,7 +135,7 @@ TEST_F(Lab, ComparesTwoSourcesThatAreWrittenAsSuch) {
       {"a",
        "mcec-lab compare: found one source; expected two sources, left and right, or "
        "--pairs\n"},
-      {"- -", "mcec-lab compare: found '-' twice; expected the standard input on one side\n"},
+      {"- -", "mcec-lab compare: found '-' twice; expected standard input on one side only\n"},
       {"redis://h%zz -",
        "redis://...: found a '%' that stands for no character; expected %25 for "
        "the sign itself\n"},
@@ -172,7 +172,7 @@ TEST_F(Lab, OutputThatCannotBeWrittenIsAFailure) {
 
 TEST_F(Lab, NoNumberIsNoTime) {
   EXPECT_EQ(lab("watch --interval nan a b").out,
-            "mcec-lab: --interval: Value nan is no number\nSee mcec-lab watch --help.\n");
+            "mcec-lab: --interval: Value nan is not a number\nSee mcec-lab watch --help.\n");
 }
 
 TEST_F(Lab, WhatIsNoTextIsEscaped) {

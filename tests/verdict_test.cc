@@ -151,7 +151,7 @@ TEST(Verdict, IsTheSameInEveryOutput) {
     const std::string text = printed([&] { print_comparison(report, {}); });
     expect_word(text.substr(0, text.find('\n')),
                 {"The pair agrees", "The pair does NOT agree", "NOT COMPARED"}, outcome);
-    const std::string line = printed([&] { print_pair_result({"p", {}, report, {}}, {}, false); });
+    const std::string line = printed([&] { print_pair_result({"p", {}, report}, {}, false); });
     expect_word(line, {"p: agrees", "p: DIFFERENT", "p: NOT COMPARED"}, outcome);
     const std::string page = write_page(report);
     const std::size_t heading = page.find("<h1");

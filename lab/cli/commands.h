@@ -1,4 +1,4 @@
-// The commands of mcec-lab: their arguments, and the exit status that each gives.
+// The commands of mcec-lab and their arguments.
 #pragma once
 
 #include <memory>
@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "output/layout.h"
 #include "report/acceptance.h"
 #include "report/verdict.h"
 #include "tasks/compare.h"
@@ -17,9 +16,9 @@ class App;
 
 namespace lab {
 
-// The arguments of all commands: an option of one name has one meaning.
+// The arguments of all commands. An option has the same meaning in each command.
 struct Arguments {
-  Status (*execute)(const Arguments &arguments) = nullptr;  // nullptr: there is no command
+  Status (*execute)(const Arguments &arguments) = nullptr;  // nullptr: no command
   std::string color = "auto";
   bool json = false;
   bool quiet = false;
@@ -36,7 +35,7 @@ struct Arguments {
   std::string what;
 
   // compare, capture, watch
-  std::string left;  // or the only source
+  std::string left;  // of capture: the only source
   std::string right;
   std::string pairs;
   std::string credentials;
@@ -48,7 +47,7 @@ struct Arguments {
 
   // compare
   std::string intended;
-  std::pair<std::string, std::string> patch;  // a side, and a file
+  std::pair<std::string, std::string> patch;  // side and file
   std::string html;
   std::string write_accept;
   bool notes = false;
@@ -58,31 +57,33 @@ struct Arguments {
   std::string on_change;  // a program
   std::string listen;
   std::string metrics;
-  double interval = 1;
-  double timeout = 0;  // 0: none
-  double summary = 0;  // 0: none
+  double interval = 1;  // seconds
+  double timeout = 0;   // seconds; 0: none
+  double summary = 0;   // seconds; 0: none
   bool once_agreed = false;
   bool only_changes = false;
 };
 
-// --- the command line, in arguments.cc: the options exist there only, for the parser, --help, the
-// manual page and the completion ---
+// --- the command line ---
+//
+// arguments.cc defines the options for the parser, --help, the manual page and the completion.
 
-// Either a command with its arguments, help that was asked for, or what is wrong.
+// A command with its arguments, a help text, or an error.
 struct CommandLine {
   Arguments arguments;
   std::string help;
   std::string error;
 };
 
-// Parses the arguments of main; nothing is executed.
+// Parses the arguments of main().
 CommandLine parse_command_line(int argc, const char *const *argv);
 
-// A parser that fills in the arguments, which outlive it.
+// Returns a parser that sets `arguments`, which must outlive it.
 std::shared_ptr<CLI::App> make_parser(Arguments &arguments);
 
 // --- the commands ---
 
+// Each returns the exit status.
 Status execute_run(const Arguments &arguments);
 Status execute_what_if(const Arguments &arguments);
 Status execute_compare(const Arguments &arguments);
@@ -91,46 +92,51 @@ Status execute_watch(const Arguments &arguments);
 Status execute_explain(const Arguments &arguments);
 Status execute_list(const Arguments &arguments);
 
-// compare with --pairs.
+// Executes compare with --pairs.
 Status compare_pairs(const Arguments &arguments);
 
-// --- what they share ---
+// --- shared by the commands ---
 
 ReadLimits limits_of(const Arguments &arguments);
 
-// The entries of a file of accepted differences, none without a path. Its errors are printed, and
-// added to those of the sources.
+// The functions that read files report errors with report_errors(); errors in lists of pairs and in
+// credentials quote no text of the file, which may contain a password.
+
+// Reads a file of accepted differences. Returns no entries if the path is empty.
 std::vector<AcceptEntry> read_accept_file(const std::string &path,
                                           std::vector<SourceErrors> &source_errors);
 
-// A list of pairs: lines of a name, the left and the right source and, if need be, the namespace of
-// their dumps, separated by tabs. Sources are relative to `folder`, which ends with a slash or is
-// empty; `name_space` is that of dumps whose line has none. Errors show nothing of a line, since it
-// may be a password. The passwords of the environment are for two servers, and a list may name any:
-// none is sent.
+// Parses a list of pairs: lines of a name, the left and the right source and, optionally, the
+// namespace of their dumps (default: `name_space`), separated by tabs. Paths of sources are
+// relative to `folder`, which ends with a slash or is empty. The passwords in the environment are
+// not used: they belong to two known servers, a list can name any.
 std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &folder,
                                       const std::string &name_space, InputErrors &errors);
 
-// Those of a file. Its errors are printed, and added to those of the sources.
+// Reads a list of pairs from a file.
 std::vector<PairEntry> read_pairs_file(const std::string &path, const std::string &name_space,
                                        std::vector<SourceErrors> &source_errors);
 
-// The sources get the logins of a file, none without a path. Errors as above.
+// Adds the logins in a file of credentials to the sources. Does nothing if the path is empty.
 void add_logins(const std::string &path, std::vector<PairEntry> &pairs,
                 std::vector<SourceErrors> &source_errors);
 
-// The pairs that are to be watched, or the only one: the passwords of the environment are for its
-// two sources. Errors as above, those of the sources, too.
+// Returns the pairs of a watch with their logins: those of the list, or the one of the command
+// line, which uses the passwords in the environment. Also reports the errors of the sources.
 std::vector<PairEntry> read_watched_pairs(const Arguments &arguments,
-                                          std::vector<SourceErrors> &errors);
+                                          std::vector<SourceErrors> &source_errors);
 
-// A line on the standard error output.
+// Prints the lines of a text to standard error, without passwords.
 void print_error(const std::string &text);
 
-// What is wrong with a source; of very many errors the first, and their number.
+// Prints the errors of a source; of very many only the first, and the number of the others.
 void print_errors(const std::string &source, const InputErrors &errors);
 
-// Write a file whole; "-" is the standard output. Throws std::runtime_error.
+// Prints the errors of a source and, if there are any, adds them to `source_errors`.
+void report_errors(const std::string &source, InputErrors errors,
+                   std::vector<SourceErrors> &source_errors);
+
+// Writes a file atomically; "-" is standard output. Throws std::runtime_error.
 void write_file(const std::string &path, const std::string &text);
 
 }  // namespace lab

@@ -14,33 +14,36 @@
 namespace lab {
 namespace {
 
-// More errors than these help no person at once.
-constexpr std::size_t most_errors = 100;
-
-// Of an error that is printed.
-constexpr std::size_t error_bytes = 4000;
+constexpr std::size_t max_errors = 100;
+constexpr std::size_t max_error_bytes = 4000;
 
 }  // namespace
 
 void print_error(const std::string &text) {
   std::fflush(stdout);
-  // Where even this cannot be written, the exit status has to say it.
+  // If standard error is closed too, only the exit status reports the error.
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    line = cut(as_shown(without_passwords(line)), error_bytes) + "\n";
+    line = cut(as_shown(without_passwords(line)), max_error_bytes) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
   }
 }
 
 void print_errors(const std::string &source, const InputErrors &errors) {
-  for (std::size_t i = 0; i < std::min(errors.size(), most_errors); ++i) {
+  for (std::size_t i = 0; i < std::min(errors.size(), max_errors); ++i) {
     const std::string place = place_of(errors[i]);
     print_error(
         fmt::format("{}:{}{} {}", source, place, place.empty() ? "" : ":", text_of(errors[i])));
   }
-  if (errors.size() > most_errors) {
-    print_error(fmt::format("{}: and {} errors more", source, errors.size() - most_errors));
+  if (errors.size() > max_errors) {
+    print_error(fmt::format("{}: {} more errors", source, errors.size() - max_errors));
   }
+}
+
+void report_errors(const std::string &source, InputErrors errors,
+                   std::vector<SourceErrors> &source_errors) {
+  print_errors(source, errors);
+  if (!errors.empty()) source_errors.push_back({source, std::move(errors)});
 }
 
 ReadLimits limits_of(const Arguments &arguments) {
@@ -57,8 +60,7 @@ std::vector<AcceptEntry> read_accept_file(const std::string &path,
     read = read_accept_list(text);
     errors = std::move(read.errors);
   }
-  print_errors(printable(path), errors);
-  if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
+  report_errors(printable(path), std::move(errors), source_errors);
   return std::move(read.entries);
 }
 

@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "cli/commands.h"
 #include "output/json.h"
@@ -15,23 +16,20 @@ Format parse_format(const std::string &format) {
   return format == "dump" ? Format::dump : format == "state" ? Format::state : Format::by_content;
 }
 
-// fix.json with a side: fix.left.json.
+// "fix.json" becomes "fix.left.json".
 std::string insert_side(const std::string &path, const char *side) {
-  const std::size_t dot = path.rfind('.');
-  const std::size_t slash = path.rfind('/');
-  const bool has_ending = dot != path.npos && (slash == path.npos || dot > slash + 1);
-  const std::size_t at = has_ending ? dot : path.size();
-  return path.substr(0, at) + "." + side + path.substr(at);
+  std::filesystem::path file = path;
+  return file.replace_extension(std::string(".") + side + file.extension().string());
 }
 
-// What a patch leaves to an operator, with the rows to look at.
+// Prints the differences that the operator must resolve, with the rows that they concern.
 void print_undecided(const Patches &patches, const PairReport &report) {
   const SideNames &names = side_names(report);
   for (const ScopeReport *scope : patches.undecided) {
     const char *side = names[*missing_side(*scope)];
-    const std::string what =
+    const std::string missing =
         scope->missing_row.empty() ? "channel " + scope->scope.name : scope->missing_row;
-    print_error(fmt::format("not decided: {} is missing on {}", what, side));
+    print_error(fmt::format("not decided: {} is missing on {}", missing, side));
   }
   for (const auto &[scope, parameter] : patches.unfixed) {
     print_error(fmt::format("not decided: {} of {}: {}", parameter_key(parameter->type),
@@ -45,45 +43,50 @@ void print_undecided(const Patches &patches, const PairReport &report) {
   }
 }
 
+std::array<bool, 2> find_patched_sides(const std::string &which) {
+  return {which == "left" || which == "both",
+          which == "right" || which == "both" || which == "actual"};
+}
+
 void write_patches(const Sides &sides, const PairReport &report,
                    const std::pair<std::string, std::string> &patch) {
   const auto &[which, path] = patch;
-  const std::array<bool, 2> changes = {which == "left" || which == "both", which != "left"};
-  const Patches patches = collect_patches(sides, report, changes);
+  const auto patched = find_patched_sides(which);
+  const Patches patches = collect_patches(sides, report, patched);
   print_undecided(patches, report);
   bool is_empty = true;
-  for (std::size_t i = 0; i < changes.size(); ++i) {
-    if (!changes[i]) continue;
+  for (std::size_t i = 0; i < patched.size(); ++i) {
+    if (!patched[i]) continue;
     is_empty = is_empty && patches.of_side[i].empty();
     if (has_mode_change(patches.of_side[i])) {
-      print_error(std::string("the patch changes the mode of spanning tree: ") + mode_steps);
+      print_error(std::string("the patch changes the spanning-tree mode: ") + mode_steps);
     }
     if (which == "both" && path == "-") continue;
     write_file(which == "both" ? insert_side(path, switch_names[i]) : path,
                format_patch(patches.of_side[i]));
   }
   if (which == "both" && path == "-") write_file("-", format_patches(patches.of_side));
-  if (is_empty) print_error("the patch changes nothing");
+  if (is_empty) print_error("the patch is empty");
 }
 
-// An output that would replace an input or another output is an error; empty: there is none.
+// Returns the error if an output would replace an input or another output, else "".
 std::string find_clashing_output(const Arguments &arguments) {
-  std::vector<std::pair<std::string, std::string>> files = {{"the left source", arguments.left},
-                                                            {"the right source", arguments.right}};
-  if (!arguments.accept.empty()) files.emplace_back("--accept", arguments.accept);
-  const std::size_t inputs = files.size();
-  if (!arguments.html.empty()) files.emplace_back("--html", arguments.html);
-  if (!arguments.write_accept.empty()) {
-    files.emplace_back("--write-accept", arguments.write_accept);
-  }
+  constexpr std::size_t inputs = 3;
+  std::vector<std::pair<std::string, std::string>> files = {
+      {"the left source", arguments.left},
+      {"the right source", arguments.right},
+      {"--accept", arguments.accept},
+      {"--html", arguments.html},
+      {"--write-accept", arguments.write_accept}};
   const auto &[side, patch] = arguments.patch;
   for (const char *name : switch_names) {
     if (side == "both") files.emplace_back("--patch", insert_side(patch, name));
   }
-  if (!side.empty() && side != "both") files.emplace_back("--patch", patch);
+  if (side != "both") files.emplace_back("--patch", patch);
   for (std::size_t i = inputs; i < files.size(); ++i) {
+    if (files[i].second.empty() || files[i].second == "-") continue;
     for (std::size_t k = 0; k < i; ++k) {
-      if (files[i].second == "-" || !is_same_file(files[i].second, files[k].second)) continue;
+      if (!is_same_file(files[i].second, files[k].second)) continue;
       return fmt::format("{}: found {}, which is {}; expected another file", files[i].first,
                          printable(files[i].second), files[k].first);
     }
@@ -91,50 +94,45 @@ std::string find_clashing_output(const Arguments &arguments) {
   return "";
 }
 
-// Read both sides, and print the errors of both.
+// Reads both sides, and reports the errors of both.
 void read_both(const Arguments &arguments, Sides &sides, std::vector<SourceErrors> &errors) {
-  std::vector<Side> both = read_sides({find_source(arguments.left, 0, arguments.name_space),
-                                       find_source(arguments.right, 1, arguments.name_space)},
-                                      parse_format(arguments.format), limits_of(arguments));
+  std::vector<Side> both =
+      read_sides({parse_source_argument(arguments.left, 0, arguments.name_space),
+                  parse_source_argument(arguments.right, 1, arguments.name_space)},
+                 parse_format(arguments.format), limits_of(arguments));
   std::move(both.begin(), both.end(), sides.begin());
-  for (const Side &side : sides) {
-    print_errors(side.source, side.errors);
-    if (!side.errors.empty()) errors.push_back({side.source, side.errors});
-  }
+  for (const Side &side : sides) report_errors(side.source, side.errors, errors);
 }
 
-// What is wrong with the arguments together; empty: nothing.
+// Returns the error if the arguments do not fit together, else "".
 std::string find_usage_error(const Arguments &arguments) {
   if (arguments.right.empty()) {
     return fmt::format("found {}; expected two sources, left and right, or --pairs",
                        arguments.left.empty() ? "no source" : "one source");
   }
   if (arguments.left == "-" && arguments.right == "-") {
-    return "found '-' twice; expected the standard input on one side";
+    return "found '-' twice; expected standard input on one side only";
   }
   if (arguments.json + (arguments.html == "-") + (arguments.patch.second == "-") +
           (arguments.write_accept == "-") >
       1) {
-    return "expected one of --json, --html -, --patch SIDE - and --write-accept -, which all write "
-           "to the standard output";
+    return "expected only one of --json, --html -, --patch SIDE - and --write-accept -, which "
+           "write "
+           "to standard output";
   }
   const bool is_actual = arguments.patch.first == intended_names[1];
   if (!arguments.patch.first.empty() && is_actual == arguments.intended.empty()) {
     return arguments.intended.empty() ? "--patch: found 'actual'; expected left, right or both"
-                                      : "--patch: expected actual, with --intended";
+                                      : "--patch: expected actual with --intended";
   }
   return find_clashing_output(arguments);
 }
 
-// A side that is to be patched must be a dump or a database; empty: it is.
+// Returns the error if a side to patch is not a dump or a database, else "".
 std::string find_unpatchable(const std::string &which, const Sides &sides) {
-  for (std::size_t i = 0; i < sides.size(); ++i) {
-    const bool is_patched = which == "both" || which == switch_names[i] ||
-                            (which == intended_names[i] && !which.empty());
-    if (!is_patched || sides[i].rows) continue;
-    return "--patch writes patches of dumps and databases; found a state file";
-  }
-  return "";
+  const auto patched = find_patched_sides(which);
+  const bool is_patchable = (!patched[0] || sides[0].rows) && (!patched[1] || sides[1].rows);
+  return is_patchable ? "" : "--patch: found a state file; expected a dump or a database";
 }
 
 void write_outputs(const Arguments &arguments, const Sides &sides, const PairReport &report) {
@@ -156,13 +154,13 @@ void write_outputs(const Arguments &arguments, const Sides &sides, const PairRep
 
 }  // namespace
 
-Status execute_compare(const Arguments &given) {
-  if (!given.pairs.empty()) return compare_pairs(given);
-  Arguments arguments = given;
-  const bool is_intended = !given.intended.empty();
+Status execute_compare(const Arguments &command_line) {
+  if (!command_line.pairs.empty()) return compare_pairs(command_line);
+  Arguments arguments = command_line;
+  const bool is_intended = !arguments.intended.empty();
   if (is_intended) {
-    arguments.right = given.left;
-    arguments.left = given.intended;
+    arguments.right = command_line.left;
+    arguments.left = command_line.intended;
   }
   if (const std::string error = find_usage_error(arguments); !error.empty()) {
     print_error("mcec-lab compare: " + error);
@@ -181,17 +179,16 @@ Status execute_compare(const Arguments &given) {
     return wrong;
   }
   Pair pair;
-  const PairReport report =
-      compare(pair, sides,
-              {.is_intended = is_intended, .is_strict = arguments.strict, .accept = accept})
-          .report;
+  const PairReport report = compare(
+      pair, sides, {.is_intended = is_intended, .is_strict = arguments.strict, .accept = accept});
   write_outputs(arguments, sides, report);
   return find_status(report);
 }
 
 Status execute_capture(const Arguments &arguments) {
-  const Side side = std::move(read_sides({find_source(arguments.left, 0, arguments.name_space)},
-                                         parse_format(arguments.format), limits_of(arguments))[0]);
+  const Side side =
+      std::move(read_sides({parse_source_argument(arguments.left, 0, arguments.name_space)},
+                           parse_format(arguments.format), limits_of(arguments))[0]);
   print_errors(side.source, side.errors);
   if (!side.errors.empty()) return wrong;
   fmt::print("{}", write_state(side.settings));

@@ -11,8 +11,8 @@ namespace lab {
 Status execute_explain(const Arguments &arguments) {
   if (explain(arguments.what, standard_layout(arguments.color))) return agreed;
   std::vector<std::string> names = parameter_keys();
-  for (const auto &more : {command_keys(), result_keys()}) {
-    names.insert(names.end(), more.begin(), more.end());
+  for (const auto &keys : {command_keys(), result_keys()}) {
+    names.insert(names.end(), keys.begin(), keys.end());
   }
   print_error(
       fmt::format("mcec-lab explain: found '{}'; expected a result code or its name, a "

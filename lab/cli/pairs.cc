@@ -1,4 +1,4 @@
-// Lists of pairs, and compare --pairs.
+// Reads lists of pairs, and executes compare --pairs.
 
 #include <fmt/core.h>
 
@@ -19,23 +19,23 @@ namespace {
 // --- lists of pairs ---
 
 constexpr const char *line_form =
-    "a name, the left and the right source (and a namespace), separated by tabs";
+    "a name, the left and the right source, and optionally a namespace, separated by tabs";
 
 std::string resolve_source(std::string_view source, const std::string &folder) {
   const bool is_absolute = source.starts_with('/') || source.find("://") != source.npos;
   return (is_absolute ? "" : folder) + std::string(source);
 }
 
-// What is wrong with a source that is to be watched.
-InputErrors find_errors(const Arguments &arguments, const ParsedSource &parsed) {
-  const auto &[source, unusable] = parsed;
-  InputErrors errors = unusable;
+// Returns the errors of a source, also if it cannot be watched.
+InputErrors find_watch_errors(const Arguments &arguments, const ParsedSource &parsed) {
+  const Source &source = parsed.source;
+  InputErrors errors = parsed.errors;
   if (source.kind != Source::Kind::file) return errors;
   if (source.place == "-") {
-    errors.push_back({0, 0, "", "can be read once only", "a database, or a file"});
+    errors.push_back({0, 0, "", "can be read only once", "a database or a file"});
   }
   if (!arguments.metrics.empty() && is_same_file(arguments.metrics, source.place)) {
-    errors.push_back({0, 0, "", "is the file of --metrics, too", "another file"});
+    errors.push_back({0, 0, "", "is also the --metrics file", "another file"});
   }
   return errors;
 }
@@ -46,29 +46,32 @@ Status status_of(const PairResult &result) {
   return result.errors.empty() ? find_status(result.report) : wrong;
 }
 
-// Entries of accepted differences that match in no pair.
-void print_unmatched(const std::vector<AcceptEntry> &entries, const std::vector<bool> &matched,
+// Prints the accepted differences that match in no pair. Returns whether there are any.
+bool print_unmatched(const std::vector<AcceptEntry> &entries, const std::vector<bool> &matched,
                      const std::string &path) {
+  bool has_unmatched = false;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     if (matched[i]) continue;
+    has_unmatched = true;
     print_error(fmt::format("{}:{}: the accepted difference matches nothing", printable(path),
                             entries[i].line));
   }
+  return has_unmatched;
 }
 
-// Prints each result, and counts.
+// Prints each result, and collects the status and the counts of all.
 struct PairsPrinter {
   const Arguments &arguments;
   Layout layout;
   Status status = agreed;
   PairCounts counts = {};
-  std::vector<bool> matched;  // by entry
+  std::vector<bool> matched;  // which accepted differences match in a pair
 
   void print(const PairResult &result) {
     status = worst_status(status, status_of(result));
     count_result(result, counts);
-    for (std::size_t i = 0; i < result.matched.size(); ++i) {
-      matched[i] = matched[i] || result.matched[i];
+    for (std::size_t i = 0; i < result.report.matched.size(); ++i) {
+      matched[i] = matched[i] || result.report.matched[i];
     }
     if (arguments.json) {
       fmt::print("{}", format_pair_result(result));
@@ -96,18 +99,19 @@ std::vector<PairEntry> read_pair_list(std::string_view text, const std::string &
     } else if (!names.insert(printable(parts[0])).second) {
       errors.push_back({number, 1, "",
                         "found the name '" + cut(printable(parts[0]), 64) + "' twice",
-                        "a name for each pair"});
+                        "a unique name"});
     } else {
       PairEntry &pair = pairs.emplace_back();
       pair.name = printable(parts[0]);
       for (std::size_t i = 0; i < pair.sources.size(); ++i) {
-        pair.sources[i] = find_source(resolve_source(parts[i + 1], folder), std::nullopt,
-                                      parts.size() == 4 ? std::string(parts[3]) : name_space);
+        pair.sources[i] =
+            parse_source_argument(resolve_source(parts[i + 1], folder), std::nullopt,
+                                  parts.size() == 4 ? std::string(parts[3]) : name_space);
       }
     }
   }
   if (pairs.empty() && errors.empty()) {
-    errors.push_back({1, 1, "", "found no pair", std::string("lines of ") + line_form});
+    errors.push_back({1, 1, "", "found no pairs", std::string("lines of ") + line_form});
   }
   return pairs;
 }
@@ -120,9 +124,7 @@ std::vector<PairEntry> read_pairs_file(const std::string &path, const std::strin
   if (errors.empty()) {
     pairs = read_pair_list(text, path.substr(0, path.rfind('/') + 1), name_space, errors);
   }
-  const std::string label = hide_login(path);
-  print_errors(label, errors);
-  if (!errors.empty()) source_errors.push_back({label, std::move(errors)});
+  report_errors(hide_login(path), std::move(errors), source_errors);
   return pairs;
 }
 
@@ -131,29 +133,25 @@ void add_logins(const std::string &path, std::vector<PairEntry> &pairs,
   if (path.empty()) return;
   InputErrors errors;
   const Credentials credentials = load_credentials(path, errors);
-  print_errors(printable(path), errors);
-  if (!errors.empty()) source_errors.push_back({printable(path), std::move(errors)});
+  report_errors(printable(path), std::move(errors), source_errors);
   for (PairEntry &pair : pairs) {
-    for (auto &[source, unusable] : pair.sources) apply_credentials(credentials, source);
+    for (ParsedSource &parsed : pair.sources) apply_credentials(credentials, parsed.source);
   }
 }
 
 std::vector<PairEntry> read_watched_pairs(const Arguments &arguments,
-                                          std::vector<SourceErrors> &errors) {
+                                          std::vector<SourceErrors> &source_errors) {
   std::vector<PairEntry> pairs = {
       {.name = "",
-       .sources = {find_source(arguments.left, 0, arguments.name_space),
-                   find_source(arguments.right, 1, arguments.name_space)}}};
+       .sources = {parse_source_argument(arguments.left, 0, arguments.name_space),
+                   parse_source_argument(arguments.right, 1, arguments.name_space)}}};
   if (!arguments.pairs.empty()) {
-    pairs = read_pairs_file(arguments.pairs, arguments.name_space, errors);
+    pairs = read_pairs_file(arguments.pairs, arguments.name_space, source_errors);
   }
-  add_logins(arguments.credentials, pairs, errors);
+  add_logins(arguments.credentials, pairs, source_errors);
   for (const PairEntry &pair : pairs) {
     for (const ParsedSource &parsed : pair.sources) {
-      InputErrors wrong_with_it = find_errors(arguments, parsed);
-      print_errors(parsed.source.label, wrong_with_it);
-      if (wrong_with_it.empty()) continue;
-      errors.push_back({parsed.source.label, std::move(wrong_with_it)});
+      report_errors(parsed.source.label, find_watch_errors(arguments, parsed), source_errors);
     }
   }
   return pairs;
@@ -173,10 +171,8 @@ Status compare_pairs(const Arguments &arguments) {
                        .matched = std::vector<bool>(accept.size())};
   compare_all(pairs, {.is_strict = arguments.strict, .accept = accept}, limits_of(arguments),
               [&](const PairResult &result) { printer.print(result); });
-  print_unmatched(accept, printer.matched, arguments.accept);
+  const bool has_unmatched = print_unmatched(accept, printer.matched, arguments.accept);
   if (!arguments.json && !arguments.quiet) print_pair_counts(printer.counts);
-  const bool has_unmatched =
-      std::find(printer.matched.begin(), printer.matched.end(), false) != printer.matched.end();
   return arguments.strict && has_unmatched ? worst_status(printer.status, disagreed)
                                            : printer.status;
 }

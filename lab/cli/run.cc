@@ -12,19 +12,20 @@
 namespace lab {
 namespace {
 
-// A line on the terminal about a run that takes longer than two seconds.
+// Prints a progress line on the terminal if a run takes longer than two seconds.
 struct Progress {
   std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
   std::chrono::steady_clock::time_point printed = started;
   bool visible = false;
 
-  void print(std::size_t done, std::size_t all) {
+  void print(std::size_t done, std::size_t total) {
     using namespace std::chrono_literals;
     const auto now = std::chrono::steady_clock::now();
     if (isatty(STDERR_FILENO) != 1 || now - started < 2s || now - printed < 100ms) return;
     printed = now;
     visible = true;
-    fmt::print(stderr, "\r{} of {} done ({} %)\033[K", done, all, all > 0 ? done * 100 / all : 100);
+    fmt::print(stderr, "\r{} of {} done ({} %)\033[K", done, total,
+               total > 0 ? done * 100 / total : 100);
     std::fflush(stderr);
   }
 
@@ -34,12 +35,10 @@ struct Progress {
   }
 };
 
-Status print_scenario_errors(const std::string &given, const InputErrors &errors, bool json) {
-  const std::string path = hide_login(given);  // it may be the URL of a database
-  print_errors(path, errors);
-  if (json) {
-    fmt::print("{}", format_scenario_errors(path, errors));
-  }
+Status print_scenario_errors(const std::string &path, const InputErrors &errors, bool json) {
+  const std::string label = hide_login(path);  // the path may be the URL of a database
+  print_errors(label, errors);
+  if (json) fmt::print("{}", format_scenario_errors(label, errors));
   return wrong;
 }
 
@@ -51,7 +50,7 @@ void print_failure(const RunReport &report) {
   print_error(report.path + ":" + where + failure.problem);
 }
 
-// What is left to print of a run, and its status.
+// Prints the JSON document or the failure of a run, and returns its status.
 Status end_run(const RunReport &report, const std::vector<StepReport> &steps, bool json) {
   if (json) fmt::print("{}", format_run(report, steps));
   if (report.failure) {
@@ -90,13 +89,13 @@ Status run_file(const std::string &file, const Arguments &arguments) {
   return status == agreed && differs ? disagreed : status;
 }
 
-// The steps that what-if can be asked about.
+// Lists the steps that what-if can try.
 std::string list_changing_steps(const Scenario &scenario) {
   std::vector<std::string> numbers;
   for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
     if (changes_settings(scenario.steps[i])) numbers.push_back(std::to_string(i + 1));
   }
-  return numbers.empty() ? "a scenario that has one" : "one of " + join(numbers);
+  return numbers.empty() ? "a scenario with such a step" : "one of " + join(numbers);
 }
 
 }  // namespace
@@ -119,7 +118,7 @@ Status execute_what_if(const Arguments &arguments) {
   if (arguments.step > scenario.steps.size() ||
       !changes_settings(scenario.steps[arguments.step - 1])) {
     InputError no_step;
-    no_step.found = fmt::format("step {} is no command and no update", arguments.step);
+    no_step.found = fmt::format("step {} is neither a command nor an update", arguments.step);
     no_step.expected = list_changing_steps(scenario);
     return print_scenario_errors(scenario.path, {no_step}, arguments.json);
   }
@@ -131,7 +130,7 @@ Status execute_what_if(const Arguments &arguments) {
     progress.print(step.head.number, arguments.step - 1);
   };
   const RunReport report =
-      what_if(scenario, arguments.step - 1, {.log = arguments.log, .on_step = on_step});
+      run(scenario, {.log = arguments.log, .on_step = on_step, .what_if = arguments.step - 1});
   progress.clear();
   if (!arguments.json && !report.failure) {
     for (const StepReport &step : steps) print_unmet_step(step, style);

@@ -26,12 +26,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Since metrics were written last, when something changes, and when sources are only confirmed.
-constexpr auto metrics_pause = 500ms;
-constexpr auto longest_metrics_pause = 30s;
-// What the process does for sources that do not change grows with their number no further.
-constexpr auto signs_of_life_apart = 25ms;
-constexpr auto readings_apart = 1s;
+// The shortest time between two writes of the metrics after a change, and after mere confirmations.
+constexpr auto change_metrics_interval = 500ms;
+constexpr auto confirmed_metrics_interval = 30s;
+// The intervals grow with the number of sources, so that requests to unchanged ones are on average
+// this far apart: for the number of keys, and for all rows.
+constexpr auto probe_spacing = 25ms;
+constexpr auto reading_spacing = 1s;
 
 Clock::duration seconds(double count) {
   return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(count));
@@ -41,42 +42,55 @@ ReadIntervals find_intervals(const Arguments &arguments, std::size_t pairs) {
   const auto sources = static_cast<int64_t>(2 * pairs);
   ReadIntervals intervals;
   intervals.unnotified = seconds(arguments.interval);
-  intervals.sign_of_life = std::clamp<Clock::duration>(sources * signs_of_life_apart, 1s, 25s);
-  intervals.notified = std::max<Clock::duration>(sources * readings_apart, 10s);
+  intervals.sign_of_life = std::clamp<Clock::duration>(sources * probe_spacing, 1s, 25s);
+  intervals.notified = std::max<Clock::duration>(sources * reading_spacing, 10s);
   return intervals;
 }
 
+struct Watch;
+void end_watch(Watch &watch, Status status);
+void update_metrics(Watch &watch);
+void summarize_pairs(Watch &watch);
+void handle_events(Watch &watch, PairWatch &pair, std::vector<Event> events);
+
 struct Watch {
   const Arguments &arguments;
+  const std::vector<AcceptEntry> &accept;
   Loop loop = {};
   Admission admission{loop};
-  Pool pool;
-  WatchContext context;
+  Pool pool{loop, limits_of(arguments)};
+  WatchContext context{loop,
+                       admission,
+                       pool,
+                       {.is_strict = arguments.strict, .accept = accept},
+                       limits_of(arguments),
+                       {},
+                       [this](PairWatch &pair, std::vector<Event> events) {
+                         handle_events(*this, pair, std::move(events));
+                       }};
   std::list<PairWatch> pairs = {};
   std::optional<Status> status = {};
-  Timer end_timer;
-  Timer metrics_timer;
-  Timer summary_timer;
+  Timer end_timer{loop, [this] { end_watch(*this, disagreed); }};
+  Timer metrics_timer{loop, [this] { update_metrics(*this); }};
+  Timer summary_timer{loop, [this] { summarize_pairs(*this); }};
   TimePoint metrics_written = {};
   TimePoint metrics_due = TimePoint::max();
-  std::string metrics_problem = {};
+  std::string metrics_error = {};  // the last one, which is not printed again
   std::optional<FileWatch> output = {};
-  std::optional<SignalWatch> hang_up = {};
+  std::optional<SignalWatch> hangup_signal = {};
   std::optional<SignalWatch> summary_signal = {};
   std::optional<HttpServer> server = {};
   std::optional<ChangeProgram> program = {};
-
-  Watch(const Arguments &arguments, const std::vector<AcceptEntry> &accept);
 };
 
-void end(Watch &watch, Status status) {
+void end_watch(Watch &watch, Status status) {
   if (!watch.status) watch.status = status;
   watch.loop.stop();
 }
 
-// As nobody reads, or a signal asks for it.
-void leave(Watch &watch) {
-  end(watch, watch.arguments.once_agreed ? disagreed : agreed);
+// Ends the watch on a signal or when the output is closed.
+void interrupt_watch(Watch &watch) {
+  end_watch(watch, watch.arguments.once_agreed ? disagreed : agreed);
 }
 
 FleetStatus find_fleet_status(Watch &watch) {
@@ -85,14 +99,13 @@ FleetStatus find_fleet_status(Watch &watch) {
   return fleet;
 }
 
-// Pairs of the list that are watched already go on.
+// Replaces the watched pairs; the watches of unchanged entries continue.
 void set_pairs(Watch &watch, const std::vector<PairEntry> &entries) {
   watch.context.intervals = find_intervals(watch.arguments, entries.size());
   std::list<PairWatch> before;
   before.swap(watch.pairs);
   for (const PairEntry &entry : entries) {
-    const auto same = std::find_if(before.begin(), before.end(),
-                                   [&](const PairWatch &pair) { return pair.entry == entry; });
+    const auto same = std::ranges::find(before, entry, &PairWatch::entry);
     if (same != before.end()) {
       update_intervals(*same);
       watch.pairs.splice(watch.pairs.end(), before, same);
@@ -104,87 +117,90 @@ void set_pairs(Watch &watch, const std::vector<PairEntry> &entries) {
 
 // --- metrics ---
 
-// What is wrong, "" when they are written.
-std::string write_fleet(Watch &watch, const FleetStatus &fleet) {
+// Returns the error, or "".
+std::string write_fleet_metrics(Watch &watch, const FleetStatus &fleet) {
   watch.metrics_written = Clock::now();
   watch.metrics_due = TimePoint::max();
   const std::string &path = watch.arguments.metrics;
   return path.empty() ? "" : write_metrics(path, fleet);
 }
 
-// A disk that is full now is no reason to end the watch; it is reported once.
+// Prints an error once, and continues: it may be temporary, such as a full disk.
 void update_metrics(Watch &watch) {
-  const std::string problem = write_fleet(watch, find_fleet_status(watch));
-  if (!problem.empty() && problem != watch.metrics_problem) print_error(problem);
-  watch.metrics_problem = problem;
+  const std::string error = write_fleet_metrics(watch, find_fleet_status(watch));
+  if (!error.empty() && error != watch.metrics_error) print_error(error);
+  watch.metrics_error = error;
 }
 
-void plan_metrics(Watch &watch, bool is_change) {
-  const auto pause = is_change ? Clock::duration(metrics_pause) : longest_metrics_pause;
-  const TimePoint due = std::max(watch.metrics_written + pause, Clock::now());
+void schedule_metrics(Watch &watch, bool is_change) {
+  const Clock::duration interval =
+      is_change ? Clock::duration(change_metrics_interval) : confirmed_metrics_interval;
+  const TimePoint due = std::max(watch.metrics_written + interval, Clock::now());
   if (watch.arguments.metrics.empty() || due >= watch.metrics_due) return;
   watch.metrics_due = due;
   watch.metrics_timer.set(due);
 }
 
-// Nobody looks at the pairs any more.
-void mark_unwatched(Watch &watch) {
+// The watch has ended: writes metrics with all pairs unknown.
+void write_unknown_metrics(Watch &watch) {
   FleetStatus fleet = find_fleet_status(watch);
   for (PairStatus &pair : fleet) {
     pair.outcome.reset();
     pair.connected = {};
   }
-  write_fleet(watch, fleet);
+  write_fleet_metrics(watch, fleet);
 }
 
 // --- events ---
 
-// Write a text to the standard output at once, past what is buffered there; false: nobody reads it.
-bool write_out(std::string_view text) {
+// Writes a text to standard output without buffering. Returns false if the reader has closed it.
+bool write_stdout(std::string_view text) {
   if (write_all(STDOUT_FILENO, text).empty()) return true;
   if (errno == EPIPE) return false;
   throw std::system_error(errno, std::generic_category(), "the output cannot be written");
 }
 
-// Because of an event that `is_wrong` the watch ends with 2.
-void print_event(Watch &watch, const Event &event, bool is_wrong) {
+// `is_start_error`: the event ends the watch with status 2.
+void print_event(Watch &watch, const Event &event, bool is_start_error) {
   const bool is_summary = event.kind == Event::Kind::summary;
-  const bool is_left_out = watch.arguments.only_changes && !event.changes_outcome && !is_summary;
-  if (!is_wrong && is_left_out) return;
+  const bool is_filtered = watch.arguments.only_changes && !event.changes_outcome && !is_summary;
+  if (!is_start_error && is_filtered) return;
   if (watch.program && !is_summary) watch.program->run(event.pair, format_event(event));
-  if (is_wrong) print_error(describe_event(event));
-  if (is_wrong && !watch.arguments.json) return;
-  if (!write_out(watch.arguments.json ? format_event(event) : describe_event(event))) leave(watch);
+  if (is_start_error) print_error(describe_event(event));
+  if (is_start_error && !watch.arguments.json) return;
+  if (!write_stdout(watch.arguments.json ? format_event(event) : describe_event(event))) {
+    interrupt_watch(watch);
+  }
 }
 
-// What has been reported of a pair, and what follows from it for the watch.
-void take_events(Watch &watch, PairWatch &pair, std::vector<Event> events) {
+// Prints the events of a pair, and updates the confirmation times, the metrics and the status.
+void handle_events(Watch &watch, PairWatch &pair, std::vector<Event> events) {
   const std::array<TimePoint, 2> checked = {snapshot_of(pair, 0).checked,
                                             snapshot_of(pair, 1).checked};
-  // A verdict holds as long as everything that is read says the same.
+  // The verdict is confirmed when both sources have been checked since the last confirmation.
   const bool is_confirmed = checked[0] != pair.checked[0] && checked[1] != pair.checked[1];
   if (is_confirmed) pair.checked = checked;
   if (pair.outcome && (is_confirmed || !events.empty())) {
     pair.confirmed = std::chrono::system_clock::now();
   }
-  if (is_confirmed || !events.empty()) plan_metrics(watch, !events.empty());
-  const bool is_first = pair.is_open && !std::exchange(pair.has_started, pair.is_open);
-  const bool is_wrong = is_first && pair.entry.name.empty() && pair.starts_wrong();
+  if (is_confirmed || !events.empty()) schedule_metrics(watch, !events.empty());
+  const bool is_first = pair.is_started && !std::exchange(pair.has_reported_start, true);
+  const bool is_start_error = is_first && pair.entry.name.empty() && pair.has_start_error();
   for (Event &event : events) {
     event.pair = pair.entry.name;
     event.changes_outcome = std::exchange(pair.reported, event.outcome) != event.outcome;
     if (event.changes_outcome || pair.changed == decltype(pair.changed){}) {
       pair.changed = event.time;
     }
-    print_event(watch, event, is_wrong);
+    print_event(watch, event, is_start_error);
     if (watch.status) return;
   }
-  if (is_wrong) end(watch, wrong);
-  if (!watch.arguments.once_agreed) return;
-  if (std::all_of(watch.pairs.begin(), watch.pairs.end(), [](PairWatch &each) {
-        return each.outcome == Outcome::agree && each.is_current();
-      })) {
-    end(watch, agreed);
+  if (is_start_error) end_watch(watch, wrong);
+  const auto is_done = [](PairWatch &other) {
+    return other.outcome == Outcome::agree && other.is_current();
+  };
+  if (watch.arguments.once_agreed && std::ranges::all_of(watch.pairs, is_done)) {
+    end_watch(watch, agreed);
   }
 }
 
@@ -200,53 +216,38 @@ void summarize_pairs(Watch &watch) {
   }
 }
 
-// --- the whole ---
+// --- the watch ---
 
-Watch::Watch(const Arguments &given, const std::vector<AcceptEntry> &accept)
-    : arguments(given),
-      pool(loop, limits_of(given)),
-      context{loop,
-              admission,
-              pool,
-              {.is_strict = given.strict, .accept = accept},
-              limits_of(given),
-              {},
-              [this](PairWatch &pair, std::vector<Event> events) {
-                take_events(*this, pair, std::move(events));
-              }},
-      end_timer(loop, [this] { end(*this, disagreed); }),
-      metrics_timer(loop, [this] { update_metrics(*this); }),
-      summary_timer(loop, [this] { summarize_pairs(*this); }) {}
-
-// The output is looked at for one thing only: that its reader has gone. A file has none.
+// Ends the watch when the reader of standard output closes it. Files have no reader.
 void watch_output(Watch &watch) {
   struct stat status {};
   if (fstat(STDOUT_FILENO, &status) != 0 || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
     return;
   }
   try {
-    watch.output.emplace(watch.loop, STDOUT_FILENO, [&watch] { leave(watch); });
-    watch.output->wait_for(UV_PRIORITIZED);  // its end is reported in any case
+    watch.output.emplace(watch.loop, STDOUT_FILENO, [&watch] { interrupt_watch(watch); });
+    watch.output->wait_for(UV_PRIORITIZED);  // errors and hang-ups are reported for any event
   } catch (const std::system_error &) {
-    watch.output.reset();  // a device
+    watch.output.reset();  // a device that cannot be polled
   }
 }
 
-void read_pairs_again(Watch &watch) {
+// Keeps the pairs if the list has errors.
+void reread_pairs(Watch &watch) {
   std::vector<SourceErrors> errors;
   const auto entries = read_watched_pairs(watch.arguments, errors);
   if (!errors.empty()) return;
   set_pairs(watch, entries);
-  plan_metrics(watch, true);
+  schedule_metrics(watch, true);
 }
 
-// What else can happen than that a pair changes. Throws std::runtime_error.
-void set_up(Watch &watch) {
+// Sets up the signals, timers, server and program. Throws std::runtime_error.
+void set_up_watch(Watch &watch) {
   const Arguments &arguments = watch.arguments;
   watch_output(watch);
   watch.summary_signal.emplace(watch.loop, SIGUSR1, [&watch] { summarize_pairs(watch); });
   if (!arguments.pairs.empty()) {
-    watch.hang_up.emplace(watch.loop, SIGHUP, [&watch] { read_pairs_again(watch); });
+    watch.hangup_signal.emplace(watch.loop, SIGHUP, [&watch] { reread_pairs(watch); });
   }
   if (!arguments.listen.empty()) {
     watch.server.emplace(watch.loop, arguments.listen, [&watch](const HttpRequest &request) {
@@ -264,12 +265,12 @@ void run_watch(Watch &watch) {
   try {
     watch.loop.run();
   } catch (const Interrupted &) {
-    leave(watch);
+    interrupt_watch(watch);
   } catch (...) {
-    mark_unwatched(watch);
+    write_unknown_metrics(watch);
     throw;
   }
-  if (!watch.arguments.once_agreed || watch.status != agreed) return mark_unwatched(watch);
+  if (!watch.arguments.once_agreed || watch.status != agreed) return write_unknown_metrics(watch);
   update_metrics(watch);
   watch.pairs.clear();
   while (watch.program && !watch.program->running.empty()) {
@@ -277,7 +278,7 @@ void run_watch(Watch &watch) {
   }
 }
 
-// An option with a path that cannot be used. Throws std::runtime_error.
+// Throws std::runtime_error if an option has an unusable path.
 void check_path(const std::string &path, const std::string &prefix,
                 std::string (*find_problem)(const std::string &path)) {
   const std::string problem = path.empty() ? "" : find_problem(path);
@@ -286,14 +287,13 @@ void check_path(const std::string &path, const std::string &prefix,
 
 }  // namespace
 
-/*
- * Watches until a signal comes, nobody reads the output, or the options say so. The exit status: 0;
- * 1 where agreement was waited for and has not come, or the time is up; 2 where a source of the
- * only pair has an error at the start, or refuses access.
- */
+// Watches until a signal, the end of the output, a timeout, or agreement with --once-agreed.
+// Returns 0; 1 on a timeout, or without the agreement that --once-agreed waits for; 2 if a source
+// of the only pair has an error or refuses access at the start.
 Status execute_watch(const Arguments &arguments) {
   if (arguments.pairs.empty() && arguments.right.empty()) {
-    print_error("mcec-lab watch: found no two sources; expected left and right, or --pairs");
+    print_error(
+        "mcec-lab watch: found fewer than two sources; expected left and right, or --pairs");
     return wrong;
   }
   std::vector<SourceErrors> errors;
@@ -307,11 +307,11 @@ Status execute_watch(const Arguments &arguments) {
   check_path(arguments.on_change, "--on-change", find_program_problem);
   std::signal(SIGPIPE, SIG_IGN);
   raise_file_limit();
-  Watch watch(arguments, accept);
+  Watch watch{arguments, accept};
   set_pairs(watch, entries);
-  const std::string problem = write_fleet(watch, find_fleet_status(watch));
+  const std::string problem = write_fleet_metrics(watch, find_fleet_status(watch));
   if (!problem.empty()) throw std::runtime_error(problem);
-  set_up(watch);
+  set_up_watch(watch);
   run_watch(watch);
   return *watch.status;
 }

@@ -1,5 +1,5 @@
-// Writes the manual page or the completion from its template: a line of the template that asks for
-// the arguments of the program becomes these, for a manual page or for a completion.
+// Writes the manual page or the completion from a template: replaces the line @MAN_ARGUMENTS@ or
+// @BASH_ARGUMENTS@ by the arguments of the program.
 //   write-page TEMPLATE PAGE
 #include <fmt/core.h>
 
@@ -18,14 +18,14 @@ namespace {
 
 using namespace lab;
 
-// Text of a manual page; options in it are bold.
+// Escapes text for a manual page; options become bold.
 std::string roff(const std::string &text) {
   std::string page;
   for (const std::string_view word : split(text, ' ')) {
     const bool is_option = word.substr(0, 2) == "--";
     page += page.empty() ? "" : " ";
     page += is_option ? "\\fB" : "";
-    for (const char sign : word) page += (sign == '-' ? "\\" : "") + std::string(1, sign);
+    for (const char byte : word) page += (byte == '-' ? "\\" : "") + std::string(1, byte);
     page += is_option ? "\\fR" : "";
   }
   return page;
@@ -35,7 +35,7 @@ bool is_repeated(const CLI::Option &argument) {
   return argument.get_expected_max() == CLI::detail::expected_max_vector_size;
 }
 
-// The placeholders of its values, or words to choose from: "dump|state".
+// Returns the placeholders of its values, or choices of words: "dump|state".
 std::vector<std::string> values_of(const CLI::Option &argument) {
   std::istringstream text(argument.get_option_text());
   return {std::istream_iterator<std::string>(text), {}};
@@ -50,7 +50,7 @@ std::string man_argument(const CLI::Option &argument) {
                      roff(argument.get_description()));
 }
 
-// What every command has comes once, at the end.
+// Lists the arguments that all commands have once, at the end.
 std::string man_arguments(const std::vector<const CLI::App *> &commands) {
   std::string page;
   std::string shared;
@@ -69,7 +69,7 @@ std::string man_arguments(const std::vector<const CLI::App *> &commands) {
   return page + ".SS all commands\n" + shared;
 }
 
-// COMMAND, an option or the place of another argument (+: any), and the values.
+// Writes a line for each argument: the command, the option or the position (+: any), the values.
 std::string bash_arguments(const std::vector<const CLI::App *> &commands) {
   std::string page;
   for (const CLI::App *command : commands) {
@@ -94,7 +94,7 @@ std::string bash_arguments(const std::vector<const CLI::App *> &commands) {
 
 int main(int argc, char **argv) {
   if (argc != 3) {
-    std::cerr << "write-page TEMPLATE PAGE\n";
+    std::cerr << "usage: write-page TEMPLATE PAGE\n";
     return 2;
   }
   std::ifstream source(argv[1]);
@@ -102,7 +102,7 @@ int main(int argc, char **argv) {
   lab::Arguments unused;
   const auto parser = make_parser(unused);
   const auto commands = std::as_const(*parser).get_subcommands(nullptr);
-  int count = 0;  // of the lines that ask for arguments
+  int count = 0;  // of replaced lines
   for (std::string line; std::getline(source, line);) {
     const bool is_man = line == "@MAN_ARGUMENTS@";
     const bool is_bash = line == "@BASH_ARGUMENTS@";
@@ -112,6 +112,6 @@ int main(int argc, char **argv) {
   }
   page.close();
   if (count == 1 && page) return 0;
-  std::cerr << argv[1] << ": no page was written\n";
+  std::cerr << argv[1] << ": the template is invalid, or the page cannot be written\n";
   return 1;
 }

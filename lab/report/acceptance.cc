@@ -20,10 +20,9 @@ constexpr char unfinished_reason[] = "TODO";
 const Words incomplete_words = {{"no-channels", uint32_t(Incomplete::no_channels)},
                                 {"no-twin-vlans", uint32_t(Incomplete::no_twin_vlans)}};
 
-// What an entry is about: it has exactly one of these.
+// An entry has exactly one of these keys.
 const std::vector<std::string> subject_keys = {"parameter", "channel", "note", "incomplete"};
 
-// A date that exists.
 bool is_date(const std::string &text) {
   using namespace std::chrono;
   std::tm parts{};
@@ -72,11 +71,11 @@ void read_acceptance(Reader &reader, const YAML::Node &node, Acceptance &accepta
 }
 
 AcceptEntry read_entry(Reader &reader, const YAML::Node &node) {
-  constexpr char what[] = "an accepted difference";
+  constexpr char entry_name[] = "an accepted difference";
   constexpr char any_scope[] = "a scope: switch, a channel or a pattern";
   AcceptEntry entry;
   entry.line = node.Mark().line + 1;
-  if (!reader.mapping(node, what,
+  if (!reader.mapping(node, entry_name,
                       {"scope", "pair", "reason", "until", "parameter", "left", "right", "channel",
                        "note", "incomplete"})) {
     return entry;
@@ -90,14 +89,14 @@ AcceptEntry read_entry(Reader &reader, const YAML::Node &node) {
   }
   read_acceptance(reader, node, entry.acceptance);
   read_subject(reader, node, entry);
-  reader.required(node, "reason", what);
+  reader.required(node, "reason", entry_name);
   const auto subjects =
       std::ranges::count_if(subject_keys, [&](const std::string &key) { return bool(node[key]); });
   if (subjects != 1) {
-    reader.add_error(node, what + (" with " + std::to_string(subjects)) + " of its subjects",
+    reader.add_error(node, entry_name + (" with " + std::to_string(subjects)) + " subjects",
                      "one of " + one_of(subject_keys));
   } else if (entry.kind != AcceptKind::incomplete) {
-    reader.required(node, "scope", what);
+    reader.required(node, "scope", entry_name);
   }
   for (const char *side : switch_names) {
     if (node[side] && !node["parameter"]) {
@@ -123,7 +122,7 @@ bool matches_parameter(const AcceptEntry &entry, const ParameterReport &paramete
   return true;
 }
 
-// Marks what an entry is about; whether there was any. An expired entry marks nothing.
+// Marks the differences that an entry matches, unless it has expired. Returns whether it matches.
 bool accept_entry(const AcceptEntry &entry, bool is_expired, PairReport &report) {
   bool has_matched = false;
   const auto accept = [&](std::optional<Acceptance> &accepted) {
@@ -156,9 +155,9 @@ bool accept_entry(const AcceptEntry &entry, bool is_expired, PairReport &report)
 }
 
 bool has_channel(const PairReport &report, const std::string &name) {
-  return name != PairScope{}.name && std::ranges::any_of(report.checks, [&](const ScopeReport &of) {
-           return of.scope.name == name;
-         });
+  return name != PairScope{}.name &&
+         std::ranges::any_of(report.checks,
+                             [&](const ScopeReport &check) { return check.scope.name == name; });
 }
 
 }  // namespace
@@ -188,10 +187,10 @@ std::vector<bool> accept_differences(const std::vector<AcceptEntry> &entries,
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const AcceptEntry &entry = entries[i];
     if (!entry.pair.empty() && !matches(entry.pair, report.name)) continue;
-    // ISO dates sort as texts.
+    // ISO dates compare correctly as strings.
     const bool is_expired = !entry.acceptance.until.empty() && entry.acceptance.until < today;
     matched[i] = accept_entry(entry, is_expired, report);
-    // Of many pairs, an entry concerns those in which it matches.
+    // With many pairs, an entry need not match in each of them.
     if (!matched[i] && !report.name.empty()) continue;
     std::optional<AcceptanceProblem> problem;
     if (entry.acceptance.reason == unfinished_reason) problem = AcceptanceProblem::no_reason;
@@ -230,7 +229,7 @@ std::string format_accept_list(const PairReport &report) {
                              parameter_key(parameter.type), value(0), value(1)));
     }
   }
-  return "# What may differ between two switches, for mcec-lab compare --accept.\n" +
+  return "# Accepted differences between two switches, for mcec-lab compare --accept.\n" +
          (entries.empty() ? "[]\n" : entries);
 }
 

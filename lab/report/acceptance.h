@@ -1,4 +1,4 @@
-// Accepted differences: what may differ according to a file, and its effect on a report.
+// Accepted differences: reads them from a file, and marks them in a report.
 #pragma once
 
 #include "report/pair.h"
@@ -6,7 +6,7 @@
 
 namespace lab {
 
-// The text of a value in a document; nothing: not sent.
+// The text of a value; nullopt: not sent.
 using ValueText = std::optional<std::string>;
 
 struct AcceptEntry {
@@ -18,28 +18,28 @@ struct AcceptEntry {
   std::string pair;   // a name or a pattern; empty: every pair
   Acceptance acceptance;
   uint16_t type = 0;                               // of the parameter
-  std::array<std::optional<ValueText>, 2> values;  // on left and right; nothing: any
+  std::array<std::optional<ValueText>, 2> values;  // on left and right; nullopt: any
   NoteKind note = NoteKind::acceptance;
   Incomplete incomplete = Incomplete::no_channels;
 };
 
 struct ReadAcceptList {
   std::vector<AcceptEntry> entries;
-  InputErrors errors;  // in the order of the file; with some, the entries are not usable
+  InputErrors errors;  // in the order of the file; if not empty, the entries are invalid
 };
 
-// Reads the text of a file.
+// Parses the text of a file.
 ReadAcceptList read_accept_list(const std::string &text);
 
-// "2026-11-24", local time.
+// Returns the local date: "2026-11-24".
 std::string format_today();
 
-// Marks what the entries accept, and adds a note for each that has expired, matches nothing or
-// still has the reason TODO. Returns which entries have matched.
+// Marks the differences that the entries accept. Adds a note for each entry that has expired,
+// matches nothing or still has the reason TODO. Returns which entries match.
 std::vector<bool> accept_differences(const std::vector<AcceptEntry> &entries,
                                      const std::string &today, PairReport &report);
 
-// A file that accepts what differs in a report.
+// Writes a file that accepts the differences in a report.
 std::string format_accept_list(const PairReport &report);
 
 }  // namespace lab

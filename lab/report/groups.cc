@@ -7,8 +7,8 @@
 namespace lab {
 namespace {
 
-// What must be equal in the scopes of a group.
-ScopeReport without_name(const ScopeReport &scope) {
+// Returns the part that is equal in all scopes of a group.
+ScopeReport common_part(const ScopeReport &scope) {
   ScopeReport common = scope;
   common.scope.name.clear();
   for (PairScope::End &end : common.scope.ends) {
@@ -19,7 +19,7 @@ ScopeReport without_name(const ScopeReport &scope) {
   return common;
 }
 
-bool has_ports_of_its_own(const ScopeReport &scope) {
+bool is_ungroupable(const ScopeReport &scope) {
   return scope.scope.kind != PairScope::Kind::of_channel || has_inconsistent_ports(scope) ||
          std::ranges::any_of(scope.scope.ends, [&](const PairScope::End &end) {
            return end.present && (end.port_name != scope.scope.name || !end.others.empty());
@@ -31,13 +31,13 @@ bool has_ports_of_its_own(const ScopeReport &scope) {
 std::vector<ScopeGroup> group_scopes(const std::vector<const ScopeReport *> &scopes) {
   std::vector<ScopeGroup> groups;
   for (const ScopeReport *scope : scopes) {
-    const bool is_alone = has_ports_of_its_own(*scope);
-    const ScopeReport common = without_name(*scope);
-    const auto like = std::ranges::find_if(groups, [&](const ScopeGroup &group) {
+    const bool is_alone = is_ungroupable(*scope);
+    const ScopeReport common = common_part(*scope);
+    const auto match = std::ranges::find_if(groups, [&](const ScopeGroup &group) {
       const ScopeReport &first = *group.scopes.front();
-      return !is_alone && !has_ports_of_its_own(first) && without_name(first) == common;
+      return !is_alone && !is_ungroupable(first) && common_part(first) == common;
     });
-    (like != groups.end() ? *like : groups.emplace_back()).scopes.push_back(scope);
+    (match != groups.end() ? *match : groups.emplace_back()).scopes.push_back(scope);
   }
   for (ScopeGroup &group : groups) {
     group.name = join_ranges(
@@ -49,12 +49,12 @@ std::vector<ScopeGroup> group_scopes(const std::vector<const ScopeReport *> &sco
 std::vector<NoteGroup> group_notes(const std::vector<Note> &notes) {
   std::vector<NoteGroup> groups;
   for (const Note &note : notes) {
-    const auto like = std::ranges::find_if(groups, [&](const NoteGroup &group) {
+    const auto match = std::ranges::find_if(groups, [&](const NoteGroup &group) {
       Note first = *group.note;
       if (!first.channel.empty() && !note.channel.empty()) first.channel = note.channel;
       return first == note;
     });
-    NoteGroup &group = like != groups.end() ? *like : groups.emplace_back(NoteGroup{{}, &note});
+    NoteGroup &group = match != groups.end() ? *match : groups.emplace_back(NoteGroup{{}, &note});
     if (!note.channel.empty()) group.channels.push_back(note.channel);
   }
   return groups;
@@ -62,16 +62,16 @@ std::vector<NoteGroup> group_notes(const std::vector<Note> &notes) {
 
 std::string join_ranges(const std::vector<std::string> &names) {
   std::vector<std::string> parts;
-  for (std::size_t at = 0, end = 0; at < names.size(); at = end) {
-    const std::string &first = names[at];
+  for (std::size_t start = 0, end = 0; start < names.size(); start = end) {
+    const std::string &first = names[start];
     const std::size_t digits = first.find_last_not_of("0123456789") + 1;
     const auto number = parse_number(first.substr(digits));
     const auto is_in_range = [&](std::size_t i) {
-      return number && names[i] == first.substr(0, digits) + std::to_string(*number + (i - at));
+      return number && names[i] == first.substr(0, digits) + std::to_string(*number + (i - start));
     };
-    for (end = at + 1; is_in_range(at) && end < names.size() && is_in_range(end);) ++end;
+    for (end = start + 1; is_in_range(start) && end < names.size() && is_in_range(end);) ++end;
     parts.push_back(first);
-    if (end - at > 1) parts.back() += '-' + std::to_string(*number + (end - at - 1));
+    if (end - start > 1) parts.back() += '-' + std::to_string(*number + (end - start - 1));
   }
   return join(parts, ",");
 }

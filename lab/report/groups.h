@@ -1,4 +1,4 @@
-// Scopes that differ alike, as one.
+// Groups of scopes and of notes that are equal except for the channel.
 #pragma once
 
 #include "report/pair.h"
@@ -7,21 +7,22 @@ namespace lab {
 
 struct ScopeGroup {
   std::string name;                         // "PortChannel10-69"
-  std::vector<const ScopeReport *> scopes;  // at least one, alike but for their names
+  std::vector<const ScopeReport *> scopes;  // at least one; equal except for their names
 };
 
-// In the order of their first scopes. Scopes whose ports have names of their own stay alone.
+// Groups scopes in the order of their first occurrence. A scope with ports that are not named after
+// the channel, or with inconsistent ports, is a group of its own.
 std::vector<ScopeGroup> group_scopes(const std::vector<const ScopeReport *> &scopes);
 
 struct NoteGroup {
-  std::vector<std::string> channels;  // none: the switch
+  std::vector<std::string> channels;  // empty: the switch
   const Note *note;
 };
 
-// Notes that are alike but for their channels.
+// Groups notes that are equal except for their channels.
 std::vector<NoteGroup> group_notes(const std::vector<Note> &notes);
 
-// "PortChannel10-12,PortChannel20,Po1", of names in natural order.
+// Joins names, in natural order, with ranges: "PortChannel10-12,PortChannel20,Po1".
 std::string join_ranges(const std::vector<std::string> &names);
 
 }  // namespace lab

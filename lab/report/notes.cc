@@ -10,26 +10,26 @@ using enum NoteKind;
 
 using TextMap = std::map<std::string, std::string>;
 
-std::optional<std::string> value_in(const TextMap &texts, const std::string &name) {
+std::optional<std::string> find_text(const TextMap &texts, const std::string &name) {
   const auto found = texts.find(name);
   return found != texts.end() ? std::optional(found->second) : std::nullopt;
 }
 
-// The fields whose values differ, by their defaults, which count where there is no value.
+// Returns the fields of `defaults` whose values differ. A missing value has the default.
 template <class Defaults>
 std::vector<NoteField> find_differing(const TextMap &left, const TextMap &right,
                                       const Defaults &defaults) {
   std::vector<NoteField> fields;
-  for (const auto &[name, value] : defaults) {
-    NoteField field{name, {value_in(left, name), value_in(right, name)}};
-    if (field.values[0].value_or(value) != field.values[1].value_or(value)) {
+  for (const auto &[name, default_text] : defaults) {
+    NoteField field{name, {find_text(left, name), find_text(right, name)}};
+    if (field.values[0].value_or(default_text) != field.values[1].value_or(default_text)) {
       fields.push_back(std::move(field));
     }
   }
   return fields;
 }
 
-// Adds a note on fields, if there are any.
+// Adds a note unless there are no fields.
 void add_field_note(NoteKind kind, const std::string &channel, std::vector<NoteField> fields,
                     std::vector<Note> &notes) {
   if (!fields.empty()) {
@@ -56,12 +56,12 @@ void add_port_notes(const std::string &channel, const Port &left, const Port &ri
 
 void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
                        std::vector<Note> &notes) {
-  const Channel *half = find_channel(*settings[1], channel.name);
-  if (half == nullptr) return;
-  if (channel.vlans != half->vlans) {
+  const Channel *peer = find_channel(*settings[1], channel.name);
+  if (peer == nullptr) return;
+  if (channel.vlans != peer->vlans) {
     notes.push_back({.kind = vlan_on_one_half,
                      .channel = channel.name,
-                     .vlans = {channel.vlans & ~half->vlans, half->vlans & ~channel.vlans}});
+                     .vlans = {channel.vlans & ~peer->vlans, peer->vlans & ~channel.vlans}});
   }
   const Port *left = port_of_channel(*settings[0], channel.name);
   const Port *right = port_of_channel(*settings[1], channel.name);
@@ -75,33 +75,33 @@ void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
 
 // --- timers ---
 
-// A field for each timer and pair of values, with the VLANs that have them.
-std::vector<NoteField> differing_vlan_timers(const PairOfSettings &settings) {
-  const auto timers_of = [](const Settings &of, uint32_t vlan) {
-    const auto found = of.vlan_timers.find(vlan);
-    return found != of.vlan_timers.end() ? found->second : Timers{};
+// Returns a field for each timer and pair of values, with the VLANs that have these values.
+std::vector<NoteField> find_differing_vlan_timers(const PairOfSettings &settings) {
+  const auto timers_of = [&](std::size_t side, uint32_t vlan) {
+    const auto found = settings[side]->vlan_timers.find(vlan);
+    return found != settings[side]->vlan_timers.end() ? found->second : Timers{};
   };
-  std::vector<NoteField> all;
+  std::vector<NoteField> fields;
   const Vlans twins = twin_vlans(settings);
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
     if (!twins[vlan]) continue;
-    for (NoteField &field : find_differing(timers_of(*settings[0], vlan),
-                                           timers_of(*settings[1], vlan), timer_defaults)) {
-      auto at = std::ranges::find_if(all, [&](const NoteField &known) {
-        return known.name == field.name && known.values == field.values;
+    for (NoteField &field :
+         find_differing(timers_of(0, vlan), timers_of(1, vlan), timer_defaults)) {
+      auto found = std::ranges::find_if(fields, [&](const NoteField &other) {
+        return other.name == field.name && other.values == field.values;
       });
-      if (at == all.end()) at = all.insert(all.end(), field);
-      at->vlans.set(vlan);
+      if (found == fields.end()) found = fields.insert(fields.end(), field);
+      found->vlans.set(vlan);
     }
   }
-  return all;
+  return fields;
 }
 
 void add_timer_notes(const PairOfSettings &settings, std::vector<Note> &notes) {
   const auto mode = running_mode(*settings[0]);
   if (!mode || mode != running_mode(*settings[1])) return;
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST) {
-    add_field_note(vlan_timer, "", differing_vlan_timers(settings), notes);
+    add_field_note(vlan_timer, "", find_differing_vlan_timers(settings), notes);
   }
   add_field_note(timer, "",
                  find_differing(settings[0]->timers, settings[1]->timers, timer_defaults), notes);
@@ -109,21 +109,22 @@ void add_timer_notes(const PairOfSettings &settings, std::vector<Note> &notes) {
 
 // --- the switches ---
 
-// A value of the domains of both sides. A switch has one, as a rule; of several all are listed.
-NoteField domain_field(const std::string &name, const PairOfSettings &settings,
-                       std::optional<std::string> (*value_of)(const Domain &)) {
+// Returns a value of the domains on both sides. A switch usually has one domain; the values of
+// several are joined.
+NoteField make_domain_field(const std::string &name, const PairOfSettings &settings,
+                            std::optional<std::string> (*value_of)(const Domain &)) {
   NoteField field{name, {}};
   for (std::size_t side = 0; side < settings.size(); ++side) {
-    auto &all = field.values[side];
+    auto &values = field.values[side];
     for (const Domain &domain : settings[side]->domains) {
       const auto value = value_of(domain);
-      if (value) all = all ? *all + ", " + *value : *value;
+      if (value) values = values ? *values + ", " + *value : *value;
     }
   }
   return field;
 }
 
-std::optional<std::string> if_given(const std::string &text) {
+std::optional<std::string> null_if_empty(const std::string &text) {
   return text.empty() ? std::nullopt : std::optional(text);
 }
 
@@ -137,19 +138,20 @@ void add_domain_notes(const PairOfSettings &settings, bool is_intended, std::vec
   const auto &right = settings[1]->domains;
   if (left.empty() || right.empty()) return;
   std::vector<NoteField> differing = {
-      domain_field("id", settings, [](const Domain &of) { return std::optional(of.id); }),
-      domain_field("system-id", settings, [](const Domain &of) { return of.system_id; })};
+      make_domain_field("id", settings, [](const Domain &row) { return std::optional(row.id); }),
+      make_domain_field("system-id", settings, [](const Domain &row) { return row.system_id; })};
   std::erase_if(differing, [](const auto &field) { return field.values[0] == field.values[1]; });
   add_field_note(domain, "", std::move(differing), notes);
-  const bool cross = std::ranges::any_of(left, [&](const Domain &ours) {
-    return std::ranges::any_of(right, [&](const Domain &peer) { return are_peers(ours, peer); });
+  const bool has_peers = std::ranges::any_of(left, [&](const Domain &local) {
+    return std::ranges::any_of(right, [&](const Domain &peer) { return are_peers(local, peer); });
   });
-  if (cross || is_intended) return;
-  add_field_note(
-      peers_do_not_cross, "",
-      {domain_field("source", settings, [](const Domain &of) { return if_given(of.source); }),
-       domain_field("peer", settings, [](const Domain &of) { return if_given(of.peer); })},
-      notes);
+  if (has_peers || is_intended) return;
+  add_field_note(peers_do_not_cross, "",
+                 {make_domain_field("source", settings,
+                                    [](const Domain &row) { return null_if_empty(row.source); }),
+                  make_domain_field("peer", settings,
+                                    [](const Domain &row) { return null_if_empty(row.peer); })},
+                 notes);
 }
 
 void add_switch_notes(const PairOfSettings &settings, bool is_intended, std::vector<Note> &notes) {

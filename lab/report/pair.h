@@ -1,4 +1,4 @@
-// What a comparison of two switches found.
+// The report of a comparison of two switches.
 #pragma once
 
 #include <ctime>
@@ -14,15 +14,15 @@ struct SideReport {
   std::string source;  // without a password
   std::string name;
   SpanningTree spanning_tree = SpanningTree::unknown;
-  std::optional<std::time_t> modified;  // a file; nothing: the source is none
+  std::optional<std::time_t> modified;  // only of a file
 
   bool operator==(const SideReport &) const = default;
 };
 
-// What the verdict depends on, and could not be compared.
+// Why a verdict is incomplete: something that it depends on could not be compared.
 enum class Incomplete : uint8_t {
   no_channels,    // neither switch has a multi-chassis channel
-  no_twin_vlans,  // Rapid-PVST on both, and no VLAN is a twin
+  no_twin_vlans,  // both switches run Rapid-PVST, and no VLAN is a twin
 };
 
 struct IncompleteReport {
@@ -32,7 +32,7 @@ struct IncompleteReport {
   bool operator==(const IncompleteReport &) const = default;
 };
 
-// --- notes: what is worth a look although it does not change the verdict ---
+// --- notes: findings that do not change the verdict ---
 
 enum class NoteKind : uint8_t {
   spanning_tree_on_one_half,
@@ -49,30 +49,31 @@ enum class NoteKind : uint8_t {
   acceptance,
 };
 
-// The keys of all kinds in their order: "vlan-on-one-half".
+// Returns the keys of all kinds, in their order: "vlan-on-one-half".
 const std::vector<std::string> &note_keys();
 
-// A setting that differs, with the value of each side; nothing: not set.
+// A setting that differs, with the value of each side; nullopt: not set.
 struct NoteField {
   std::string name;
   std::array<std::optional<std::string>, 2> values;
-  Vlans vlans = {};  // to which it belongs; none: it is of no VLAN
+  Vlans vlans = {};  // the VLANs of a VLAN setting
 
   bool operator==(const NoteField &) const = default;
 };
 
-// What is wrong with an entry of a file of accepted differences.
+// A problem of an entry in a file of accepted differences.
 enum class AcceptanceProblem : uint8_t { expired, matches_nothing, no_reason };
 
-// At most one of each kind for the switch and for each channel; no-peer-link is one for each side.
+// There is at most one note of each kind for the switch and for each channel, but a no_peer_link
+// note for each side.
 struct Note {
   NoteKind kind = NoteKind::acceptance;
   std::string channel = {};              // empty: the switch
-  std::optional<std::size_t> side = {};  // that it is about; nothing: both
-  std::array<Vlans, 2> vlans = {};       // that the channel carries on this side only
-  std::vector<NoteField> fields = {};    // that differ
+  std::optional<std::size_t> side = {};  // nullopt: both
+  std::array<Vlans, 2> vlans = {};       // those that the channel carries on this side only
+  std::vector<NoteField> fields = {};    // those that differ
   std::optional<Acceptance> accepted = {};
-  // Of NoteKind::acceptance: the entry, by its line.
+  // Only of NoteKind::acceptance: the problem of an entry, and its line and date.
   AcceptanceProblem problem = AcceptanceProblem::expired;
   int line = 0;
   std::string until = {};
@@ -80,19 +81,20 @@ struct Note {
   bool operator==(const Note &) const = default;
 };
 
-// All notes but those on accepted differences, in the order of their kinds. With an intended state
-// on the left, addresses and peers of two switches are not compared.
+// Finds all notes except those on accepted differences, sorted by kind. Does not compare addresses
+// and peers if the left side is an intended state.
 std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended);
 
 struct PairReport {
-  std::string name;          // of one of many pairs
-  bool is_intended = false;  // the left side is the intended state of the right one
-  bool is_strict = false;    // warnings count
+  std::string name;          // of the pair, if it is one of many
+  bool is_intended = false;  // the left side is the intended state of the right side
+  bool is_strict = false;    // with warnings, the pair disagrees
   std::array<SideReport, 2> sides;
   Vlans twin_vlans;
-  std::vector<ScopeReport> checks;  // none where spanning tree is off on either switch
-  std::vector<IncompleteReport> incomplete;
+  std::vector<ScopeReport> checks = {};  // empty if spanning tree is off on a switch
+  std::vector<IncompleteReport> incomplete = {};
   std::vector<Note> notes;
+  std::vector<bool> matched = {};  // which accepted differences match
 };
 
 struct SourceErrors {
@@ -100,12 +102,11 @@ struct SourceErrors {
   InputErrors errors;
 };
 
-// One of many pairs.
+// The result of one of many pairs.
 struct PairResult {
   std::string name;
-  std::vector<SourceErrors> errors;  // of the sources that have some
-  PairReport report;                 // of no use with errors
-  std::vector<bool> matched;         // which entries of accepted differences match
+  std::vector<SourceErrors> errors = {};  // only of sources with errors
+  PairReport report = {};                 // invalid if there are errors
 };
 
 }  // namespace lab

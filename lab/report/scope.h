@@ -1,4 +1,4 @@
-// What a check found in one scope: the switch, a port or a channel.
+// The report of a check of one scope: the switch, a port or a channel.
 #pragma once
 
 #include "pair/protocol.h"
@@ -7,35 +7,35 @@
 
 namespace lab {
 
-// Why a difference is accepted, and until which date ("2026-12-31"; empty: for good).
+// The acceptance of a difference.
 struct Acceptance {
   std::string reason;
-  std::string until;
+  std::string until;  // the last day, "2026-12-31"; empty: no limit
 
   bool operator==(const Acceptance &) const = default;
 };
 
 using Patch = std::vector<PatchOperation>;
 
-// What would bring a parameter into agreement.
+// The fix of a parameter that differs, with its patches.
 struct FixReport {
   Fix fix;
-  // Of left and right, the patch of its dump that alone is enough; nothing: that side cannot.
+  // The patch of the left or right side that suffices alone; nullopt if there is none.
   std::array<std::optional<Patch>, 2> alone = {};
-  // To be applied together, where neither side should change alone.
+  // The patches to apply together, if neither side should change alone.
   std::optional<std::array<Patch, 2>> both = {};
 
   bool operator==(const FixReport &) const = default;
 };
 
-// What the library finds about a parameter alone.
+// The result of the library for one parameter on one switch.
 enum class State : uint8_t {
-  same,             // it compares it, and it agrees
-  different,        // it compares it, and it does not
-  same_on_twins,    // disabled VLANs that differ on other VLANs only
-  missing_at_peer,  // it compares it and refuses without it
-  only_at_peer,     // it does not look at it
-  not_in_mode,      // what follows is not compared, each for another reason
+  same,
+  different,
+  same_on_twins,    // disabled VLANs that differ only on VLANs that are not twins
+  missing_at_peer,  // the check fails
+  only_at_peer,     // ignored
+  not_in_mode,      // this state and the following ones: not compared
   not_without_twins,
   ignored_on_pod,
   not_without_mode,
@@ -43,9 +43,9 @@ enum class State : uint8_t {
 
 struct ParameterReport {
   uint16_t type = 0;
-  std::array<std::optional<Bytes>, 2> values = {};  // of left and right; nothing: not sent
-  std::array<State, 2> states = {};                 // as left and right compare them
-  // Of a VLAN map in a comparison: the configuration digest of left and right.
+  std::array<std::optional<Bytes>, 2> values = {};  // on left and right; nullopt: not sent
+  std::array<State, 2> states = {};                 // on left and right
+  // Only of a VLAN map in a comparison: the configuration digests of left and right.
   std::optional<std::array<std::optional<std::string>, 2>> digests = {};
   std::optional<FixReport> fix = {};
   std::optional<Acceptance> accepted = {};
@@ -56,14 +56,14 @@ struct ParameterReport {
 struct ScopeReport {
   PairScope scope;
   bool on_pod = false;
-  std::array<uint32_t, 2> codes = {};  // the library's result on left and right
+  std::array<uint32_t, 2> codes = {};  // the result codes of the library on left and right
   std::vector<ParameterReport> parameters;
   std::array<std::vector<InconsistentPort>, 2> inconsistent;
-  // The twin VLANs by whether they agree, where disabled VLANs were compared.
+  // The twin VLANs that agree and that differ, if disabled VLANs were compared.
   std::optional<Vlans> pass;
   std::optional<Vlans> fail;
-  std::string missing_row;             // that the side without the channel lacks, where it has rows
-  std::optional<Acceptance> accepted;  // of a missing channel
+  std::string missing_row;  // the row to add on the side without the channel, if it has rows
+  std::optional<Acceptance> accepted;  // only of a missing channel
 
   bool operator==(const ScopeReport &) const = default;
 };

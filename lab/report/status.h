@@ -1,4 +1,4 @@
-// What is known of watched pairs now, and what happened to them.
+// The state of watched pairs, and the events of a watch.
 #pragma once
 
 #include <chrono>
@@ -11,44 +11,44 @@
 
 namespace lab {
 
-// Why a verdict is not known.
+// Why a verdict is unknown.
 struct UnknownCause {
   enum class Kind : uint8_t { disconnected, error, failed };
-  Kind kind = Kind::failed;  // the comparison failed
+  Kind kind = Kind::failed;  // failed: the comparison
   std::size_t side = 0;      // disconnected, error
   std::string reason;        // disconnected, failed
-  InputError error;          // the first
+  InputError error;          // error: the first one
 };
 
 struct PairStatus {
-  std::string name;  // of one of many pairs
+  std::string name;  // empty: the only pair
   std::array<std::string, 2> sources;
-  std::optional<Outcome> outcome;                  // nothing: not known
-  std::optional<UnknownCause> unknown;             // why it is not known, as far as it is known
-  std::shared_ptr<const PairReport> comparison;    // the last
+  std::optional<Outcome> outcome;                  // nullopt: unknown
+  std::optional<UnknownCause> unknown;             // the cause of an unknown outcome, if available
+  std::shared_ptr<const PairReport> comparison;    // the last one
   std::array<bool, 2> connected = {};              // each source
   std::chrono::system_clock::time_point compared;  // when `outcome` was last confirmed; 0: never
-  std::chrono::system_clock::time_point changed;   // since when `outcome` is what it is
+  std::chrono::system_clock::time_point changed;   // when `outcome` last changed
 };
 
-// What the pair is called where many are: one that is watched alone has no name but its sources.
+// Returns the name of a pair, or its sources if it has no name.
 inline std::string pair_name(const PairStatus &status) {
   return status.name.empty() ? status.sources[0] + " " + status.sources[1] : status.name;
 }
 
-// All pairs that are watched, in the order of their list.
+// All watched pairs, in the order of their list.
 using FleetStatus = std::vector<PairStatus>;
 
-// How many pairs have an outcome.
+// Counts the pairs with an outcome.
 std::size_t count_pairs(const FleetStatus &fleet, std::optional<Outcome> outcome);
 
-// The first of `all_outcomes` that a pair has.
+// Returns the first of `all_outcomes` that a pair has; agree without pairs.
 std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet);
 
 // --- events ---
 
-// A row before and after a change; nothing: there was or is none. Where both are nothing, only that
-// it changed is known.
+// A row before and after a change; nullopt: no such row. If both are nullopt, the contents are
+// unknown.
 struct RowChange {
   std::size_t side = 0;
   std::string row;  // "TABLE|key", or the source
@@ -56,11 +56,11 @@ struct RowChange {
   std::optional<Row> after;
 };
 
-// What a change did to the verdicts.
+// The effect of a change on the verdicts.
 struct ChangeEffect {
-  std::vector<ScopeReport> checks;     // the scopes that are not as before
-  std::map<std::string, bool> agreed;  // whether those that were there before agreed
-  std::vector<std::string> gone;       // scopes
+  std::vector<ScopeReport> checks;     // changed and new scopes
+  std::map<std::string, bool> agreed;  // whether the changed scopes agreed before
+  std::vector<std::string> gone;       // removed scopes
 };
 
 struct Event {
@@ -68,9 +68,9 @@ struct Event {
 
   Kind kind = Kind::compared;
   std::chrono::system_clock::time_point time;
-  std::string pair;                              // its name, of one of many
-  std::optional<Outcome> outcome;                // nothing: not known
-  bool changes_outcome = false;                  // the event before had another one
+  std::string pair;                              // its name, if it is one of many
+  std::optional<Outcome> outcome;                // nullopt: unknown
+  bool changes_outcome = false;                  // differs from the previous event
   std::shared_ptr<const PairReport> comparison;  // compared, connected
   std::array<bool, 2> notifications = {};  // compared, connected: whether each source sends them
   std::size_t side = 0;                    // disconnected, connected, error
@@ -80,8 +80,8 @@ struct Event {
   ChangeEffect effect;                     // changed
   std::optional<Outcome> outcome_before;   // changed
   InputErrors errors;                      // error
-  std::vector<Note> appeared;              // note: warnings that were not there before
-  std::vector<Note> gone_notes;            // note: warnings that are there no more
+  std::vector<Note> appeared;              // note: new warnings
+  std::vector<Note> gone_notes;            // note: removed warnings
   FleetStatus fleet;                       // summary
 };
 

@@ -38,8 +38,9 @@ std::array<std::optional<std::string>, 2> find_value_texts(const ParameterReport
 }
 
 bool has_accepted(const ScopeReport &scope) {
-  return scope.accepted || std::ranges::any_of(scope.parameters, [](const ParameterReport &of) {
-           return of.accepted.has_value();
+  return scope.accepted ||
+         std::ranges::any_of(scope.parameters, [](const ParameterReport &parameter) {
+           return parameter.accepted.has_value();
          });
 }
 
@@ -94,7 +95,8 @@ Status find_status(const PairReport &report) {
   const Outcome outcome = find_outcome(report);
   if (outcome == Outcome::disagree) return disagreed;
   const bool is_accepted = std::ranges::all_of(
-      report.incomplete, [](const IncompleteReport &of) { return of.accepted.has_value(); });
+      report.incomplete,
+      [](const IncompleteReport &reason) { return reason.accepted.has_value(); });
   return is_accepted ? agreed : incomplete;
 }
 

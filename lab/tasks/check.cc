@@ -9,19 +9,18 @@
 namespace lab {
 namespace {
 
-// Why a parameter is not compared.
+// Returns why a parameter is not compared.
 State uncompared_state(const Parameter &parameter, std::optional<uint32_t> mode, bool has_twins) {
   if (!mode) return State::not_without_mode;
   if (is_compared(parameter, mode, false, has_twins)) return State::ignored_on_pod;
   return is_compared(parameter, mode, false, true) ? State::not_without_twins : State::not_in_mode;
 }
 
-// A peer's value that begins with all of the local one agrees with it.
-bool is_same(const Bytes &local, const Bytes &peer) {
+// The library compares as many bytes as the local value has: a longer peer value can match.
+bool matches_peer(const Bytes &local, const Bytes &peer) {
   return local.size() <= peer.size() && std::equal(local.begin(), local.end(), peer.begin());
 }
 
-// What a side finds about a parameter.
 State find_state(const ScopeAnswer &side, const Entry *local, const Entry *peer,
                  const std::optional<Vlans> &twins) {
   if (local == nullptr) return State::only_at_peer;
@@ -31,21 +30,22 @@ State find_state(const ScopeAnswer &side, const Entry *local, const Entry *peer,
     return uncompared_state(*parameter, side.mode, twins.has_value());
   }
   if (peer == nullptr) return State::missing_at_peer;
-  if (is_same(local->value, peer->value)) return State::same;
+  if (matches_peer(local->value, peer->value)) return State::same;
   const bool has_vlans = parameter->kind == STP_MCEC_KIND_VLANS;
-  const std::size_t least = std::min(local->value.size(), peer->value.size());
-  if (!has_vlans || least < parameter->length) return State::different;
+  const std::size_t shorter = std::min(local->value.size(), peer->value.size());
+  if (!has_vlans || shorter < parameter->length) return State::different;
   const Vlans differ = vlans_of_record(local->value) ^ vlans_of_record(peer->value);
   return (differ & *twins).any() ? State::different : State::same_on_twins;
 }
 
-// The twin VLANs that agree and those that do not. Values that are no whole records have no VLANs.
+// Splits the twin VLANs into those that agree and those that differ. Leaves both sets empty if the
+// values differ and one is too short for a bitmap record.
 void add_vlans(ScopeReport &report, const Bytes &local, const Bytes &peer, const Vlans &twins) {
-  const bool are_whole =
-      std::min(local.size(), peer.size()) >= sizeof(bmp4096_t) || is_same(local, peer);
+  const bool are_complete =
+      std::min(local.size(), peer.size()) >= sizeof(bmp4096_t) || matches_peer(local, peer);
   const Vlans differ = vlans_of_record(local) ^ vlans_of_record(peer);
-  report.pass = are_whole ? twins & ~differ : Vlans{};
-  report.fail = are_whole ? twins & differ : Vlans{};
+  report.pass = are_complete ? twins & ~differ : Vlans{};
+  report.fail = are_complete ? twins & differ : Vlans{};
 }
 
 ScopeReport report_scope(const PairScope &scope, const std::array<const ScopeAnswer *, 2> &answers,
@@ -84,7 +84,7 @@ std::vector<ScopeReport> report_scopes(const Check &check, const Replies &replie
   std::vector<ScopeReport> reports;
   for (const Reply &reply : replies) {
     if (reply.checked.size() != check.scopes.size()) {
-      throw SwitchFailed("a switch has checked other scopes than it was asked for");
+      throw SwitchFailed("a switch did not check the scopes of the request");
     }
   }
   for (std::size_t i = 0; i < check.scopes.size(); ++i) {

@@ -1,4 +1,4 @@
-// What the switches of a pair find when they check scopes, as reports.
+// Checks scopes on both switches of a pair and builds the reports.
 #pragma once
 
 #include "pair/pair.h"
@@ -6,10 +6,11 @@
 
 namespace lab {
 
-// Let both switches check these scopes. Throws SwitchFailed and Interrupted.
+// Checks the scopes on both switches. Throws SwitchFailed and Interrupted.
 std::vector<ScopeReport> check_scopes(Pair &pair, const Check &check);
 
-// Reports on the scopes, in their order, from the replies of both.
+// Builds the reports of the scopes, in their order, from the replies of both switches.
+// Throws SwitchFailed if a reply does not have an answer for each scope.
 std::vector<ScopeReport> report_scopes(const Check &check, const Replies &replies);
 
 }  // namespace lab

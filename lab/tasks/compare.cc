@@ -25,12 +25,6 @@ SideReport report_side(const Side &side) {
           .modified = side.modified};
 }
 
-// The switches of a pair, set up with their settings, check everything.
-std::vector<ScopeReport> check_pair(Pair &pair, const PairOfSettings &settings) {
-  ask(pair, {{{SetUp{*settings[0]}}, {SetUp{*settings[1]}}}});
-  return check_scopes(pair, {find_scopes(settings), twin_vlans(settings)});
-}
-
 FixReport report_fix(const Sides &sides, const PairScope &scope, uint16_t type, bool is_intended) {
   const std::string channel = scope.kind == PairScope::Kind::of_channel ? scope.name : "";
   const std::array<const Rows *, 2> rows = {sides[0].rows ? &*sides[0].rows : nullptr,
@@ -56,7 +50,6 @@ void add_digests(ScopeReport &scope) {
   }
 }
 
-// What a verdict depends on, and was not compared.
 std::vector<IncompleteReport> find_incomplete(const PairReport &report,
                                               const PairOfSettings &settings) {
   std::vector<IncompleteReport> found;
@@ -93,35 +86,32 @@ PairOfSettings settings_of(const Sides &sides) {
   return {&sides[0].settings, &sides[1].settings};
 }
 
-Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options) {
+PairReport compare(Pair &pair, const Sides &sides, const CompareOptions &options) {
   const PairOfSettings settings = settings_of(sides);
-  Comparison comparison;
-  PairReport &report = comparison.report;
-  report = {.name = options.name,
-            .is_intended = options.is_intended,
-            .is_strict = options.is_strict,
-            .sides = {report_side(sides[0]), report_side(sides[1])},
-            .twin_vlans = twin_vlans(settings),
-            .checks = {},
-            .incomplete = {},
-            .notes = find_notes(settings, options.is_intended)};
+  PairReport report{.name = options.name,
+                    .is_intended = options.is_intended,
+                    .is_strict = options.is_strict,
+                    .sides = {report_side(sides[0]), report_side(sides[1])},
+                    .twin_vlans = twin_vlans(settings),
+                    .notes = find_notes(settings, options.is_intended)};
   if (settings[0]->spanning_tree && settings[1]->spanning_tree) {
-    report.checks = check_pair(pair, settings);
+    ask(pair, {{{SetUp{*settings[0]}}, {SetUp{*settings[1]}}}});
+    report.checks = check_scopes(pair, {find_scopes(settings), report.twin_vlans});
     report.incomplete = find_incomplete(report, settings);
     for (ScopeReport &scope : report.checks) {
       add_digests(scope);
       add_fixes(sides, options.is_intended, scope);
     }
   }
-  comparison.matched = accept_differences(options.accept, format_today(), report);
-  return comparison;
+  report.matched = accept_differences(options.accept, format_today(), report);
+  return report;
 }
 
 Patches collect_patches(const Sides &sides, const PairReport &report,
-                        const std::array<bool, 2> &changes) {
+                        const std::array<bool, 2> &patched) {
   Patches patches;
-  std::array<Changes, 2> all;
-  const std::size_t one = changes[1] ? 1 : 0;
+  std::array<Changes, 2> changes;
+  const std::size_t alone_side = patched[1] ? 1 : 0;
   for (const ScopeReport &scope : report.checks) {
     if (missing_side(scope) && !scope.accepted) patches.undecided.push_back(&scope);
     for (const ParameterReport &parameter : scope.parameters) {
@@ -129,18 +119,18 @@ Patches collect_patches(const Sides &sides, const PairReport &report,
       const Fix &fix = parameter.fix->fix;
       bool is_decided = fix.kind == Fix::Kind::with_mode;
       for (std::size_t i = 0; i < sides.size(); ++i) {
-        const Changes *made = fix.both && changes[i]     ? &(*fix.both)[i]
-                              : i == one && fix.alone[i] ? &*fix.alone[i]
-                                                         : nullptr;
-        if (made == nullptr) continue;
+        const Changes *added = fix.both && patched[i]            ? &(*fix.both)[i]
+                               : i == alone_side && fix.alone[i] ? &*fix.alone[i]
+                                                                 : nullptr;
+        if (added == nullptr) continue;
         is_decided = true;
-        all[i].insert(all[i].end(), made->begin(), made->end());
+        changes[i].insert(changes[i].end(), added->begin(), added->end());
       }
       if (!is_decided) patches.unfixed.push_back({&scope, &parameter});
     }
   }
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    if (sides[i].rows) patches.of_side[i] = make_patch(*sides[i].rows, all[i]);
+    if (sides[i].rows) patches.of_side[i] = make_patch(*sides[i].rows, changes[i]);
   }
   return patches;
 }

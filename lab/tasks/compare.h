@@ -1,4 +1,4 @@
-// The comparison of two switches by their settings.
+// Compares two switches by their settings.
 #pragma once
 
 #include <array>
@@ -17,45 +17,40 @@ using Sides = std::array<Side, 2>;
 PairOfSettings settings_of(const Sides &sides);
 
 struct CompareOptions {
-  std::string name = {};     // of one of many pairs
-  bool is_intended = false;  // left is what right should be
+  std::string name = {};     // of the pair, if it is one of many
+  bool is_intended = false;  // left is the intended state of right
   bool is_strict = false;
   std::vector<AcceptEntry> accept = {};
 };
 
-struct Comparison {
-  PairReport report;
-  std::vector<bool> matched;  // which entries of accepted differences match
-};
-
-// The switches may have been set up before. Throws SwitchFailed and Interrupted.
-Comparison compare(Pair &pair, const Sides &sides, const CompareOptions &options);
+// Compares two switches; `pair` can be used for several comparisons. Throws SwitchFailed and
+// Interrupted.
+PairReport compare(Pair &pair, const Sides &sides, const CompareOptions &options);
 
 struct Patches {
   std::array<Patch, 2> of_side;
-  // What only an operator can decide: channels that a side lacks, and parameters without a fix.
-  std::vector<const ScopeReport *> undecided;
+  // Differences that the operator must resolve.
+  std::vector<const ScopeReport *> undecided;  // channels that one side lacks
   std::vector<std::pair<const ScopeReport *, const ParameterReport *>> unfixed;
 };
 
-// The patches that bring a pair into agreement where one side changes, or both: what one side can
-// do alone is then left to the right one. The sides that change have rows.
+// Collects the patches that make a pair agree. `patched`: the sides to change, which must have
+// rows. If both change, a fix that one side can make alone goes into the patch of the right side.
 Patches collect_patches(const Sides &sides, const PairReport &report,
-                        const std::array<bool, 2> &changes);
+                        const std::array<bool, 2> &patched);
 
 // --- many pairs ---
 
-// One of many pairs, or, without a name, the only one.
 struct PairEntry {
-  std::string name;
+  std::string name;  // empty: the only pair
   std::array<ParsedSource, 2> sources;
 
   bool operator==(const PairEntry &) const = default;
 };
 
-// Compare all pairs; the listener gets the results in the order in which they are found. A
-// comparison that does not end in three times the time of a reading is given up. Throws
-// Interrupted, and std::system_error where no process can be made.
+// Compares all pairs and calls the listener with each result as soon as it is complete. A
+// comparison that takes more than three times `limits.reading_time` is aborted and reported as an
+// error. Throws Interrupted, and std::system_error if the event loop cannot be set up.
 void compare_all(const std::vector<PairEntry> &pairs, const CompareOptions &options,
                  const ReadLimits &limits, const std::function<void(const PairResult &)> &listener);
 

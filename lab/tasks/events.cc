@@ -13,10 +13,9 @@ std::optional<Row> copy_row(const Row *row) {
   return row != nullptr ? std::optional<Row>(*row) : std::nullopt;
 }
 
-// The rows that are not as they were, also those of which all that is known is that they cannot be
-// read, or could not.
+// Returns the changed rows, including rows that have become unreadable or readable.
 std::vector<RowChange> find_changed_rows(PairWatch &watch, std::size_t side) {
-  const SideState &known = watch.sides[side];
+  const SideState &last = watch.sides[side];
   const Snapshot &snapshot = snapshot_of(watch, side);
   std::vector<RowChange> rows;
   std::set<std::string> names;
@@ -28,10 +27,10 @@ std::vector<RowChange> find_changed_rows(PairWatch &watch, std::size_t side) {
                     .before = std::move(before),
                     .after = std::move(after)});
   };
-  if (known.contents != snapshot.contents) {
-    const bool was_state = known.contents != nullptr && !known.contents->has_rows;
-    if (was_state || !snapshot.contents->has_rows) add("", {}, {});
-    const Rows before = unpack(known.contents);
+  if (last.contents != snapshot.contents) {
+    const bool was_state_file = last.contents != nullptr && !last.contents->has_rows;
+    if (was_state_file || !snapshot.contents->has_rows) add("", {}, {});
+    const Rows before = unpack(last.contents);
     const Rows after = unpack(snapshot.contents);
     if (snapshot.contents->has_rows) {
       for (const std::string &name : differing_rows(before, after)) {
@@ -39,12 +38,12 @@ std::vector<RowChange> find_changed_rows(PairWatch &watch, std::size_t side) {
       }
     }
   }
-  for (const auto &[these, others] :
-       {std::pair{&known.reading, &snapshot.errors}, {&snapshot.errors, &known.reading}}) {
-    for (const auto &[name, errors] : *these) {
-      // The rows say more than that the whole source was repaired.
+  for (const auto &[from, to] :
+       {std::pair{&last.row_errors, &snapshot.errors}, {&snapshot.errors, &last.row_errors}}) {
+    for (const auto &[name, errors] : *from) {
+      // Row events carry more detail than one event for the source.
       const bool is_repeated = name.empty() ? !rows.empty() : names.contains(name);
-      if (!others->contains(name) && !is_repeated) add(name, {}, {});
+      if (!to->contains(name) && !is_repeated) add(name, {}, {});
     }
   }
   return rows;
@@ -52,23 +51,20 @@ std::vector<RowChange> find_changed_rows(PairWatch &watch, std::size_t side) {
 
 // --- checks ---
 
-// What a comparison found that the one before did not.
+// Returns the differences between two comparisons.
 ChangeEffect find_effect(const PairReport *before, const PairReport &after) {
   ChangeEffect effect;
-  std::map<std::string, const ScopeReport *> known;
-  for (std::size_t i = 0; before != nullptr && i < before->checks.size(); ++i) {
-    known[before->checks[i].scope.name] = &before->checks[i];
+  std::map<std::string, const ScopeReport *> old_scopes;
+  if (before != nullptr) {
+    for (const ScopeReport &scope : before->checks) old_scopes[scope.scope.name] = &scope;
   }
   for (const ScopeReport &scope : after.checks) {
-    const auto found = known.find(scope.scope.name);
-    if (found == known.end() || *found->second != scope) effect.checks.push_back(scope);
-    if (found == known.end()) continue;
-    if (*found->second != scope) {
-      effect.agreed[found->first] = is_agreed(*found->second);
-    }
-    known.erase(found);
+    const auto old = old_scopes.extract(scope.scope.name);
+    if (old && *old.mapped() == scope) continue;
+    effect.checks.push_back(scope);
+    if (old) effect.agreed[old.key()] = is_agreed(*old.mapped());
   }
-  for (const auto &[scope, check] : known) effect.gone.push_back(scope);
+  for (const auto &[scope, check] : old_scopes) effect.gone.push_back(scope);
   return effect;
 }
 
@@ -77,7 +73,7 @@ ChangeEffect find_effect(const PairReport *before, const PairReport &after) {
 std::vector<Event> report_connections(PairWatch &watch, bool is_compared) {
   std::vector<Event> events;
   for (std::size_t i = 0; i < watch.sides.size(); ++i) {
-    if (!watch.sides[i].news || !std::exchange(watch.sides[i].disconnected, false)) continue;
+    if (!watch.sides[i].row_changes || !std::exchange(watch.sides[i].disconnected, false)) continue;
     events.push_back(make_event(Event::Kind::connected, watch));
     events.back().side = i;
   }
@@ -93,15 +89,12 @@ std::vector<Event> report_connections(PairWatch &watch, bool is_compared) {
   return events;
 }
 
-// The warnings of a report that another one has not.
+// Returns the warnings in `report` that are not in `other`.
 std::vector<Note> find_new_warnings(const PairReport &report, const PairReport &other) {
   std::vector<Note> found;
-  for (const Note &note : report.notes) {
-    if (is_warning(note) &&
-        std::find(other.notes.begin(), other.notes.end(), note) == other.notes.end()) {
-      found.push_back(note);
-    }
-  }
+  std::ranges::copy_if(report.notes, std::back_inserter(found), [&](const Note &note) {
+    return is_warning(note) && std::ranges::count(other.notes, note) == 0;
+  });
   return found;
 }
 
@@ -112,14 +105,15 @@ void add_note_event(const PairReport &before, const PairWatch &watch, std::vecto
   if (!event.appeared.empty() || !event.gone_notes.empty()) events.push_back(std::move(event));
 }
 
-// The first side with errors is why the verdict is not known.
-void find_wrong_side(PairWatch &watch) {
-  for (std::size_t i = watch.sides.size(); i-- > 0;) {
+// Sets the cause of an unknown verdict to the first side with errors.
+void set_error_cause(PairWatch &watch) {
+  for (std::size_t i = 0; i < watch.sides.size(); ++i) {
     if (watch.sides[i].errors.empty()) continue;
     watch.unknown = {.kind = UnknownCause::Kind::error,
                      .side = i,
                      .reason = "",
                      .error = watch.sides[i].errors.front()};
+    return;
   }
 }
 
@@ -133,14 +127,15 @@ Event make_event(Event::Kind kind, const PairWatch &watch) {
   return event;
 }
 
-bool take_news(PairWatch &watch, std::size_t side) {
-  SideState &known = watch.sides[side];
+bool collect_row_changes(PairWatch &watch, std::size_t side) {
+  SideState &last = watch.sides[side];
   const Snapshot &snapshot = snapshot_of(watch, side);
-  known.news.emplace();
-  if (known.connected) known.news = find_changed_rows(watch, side);
-  const bool is_new = !known.connected || !known.news->empty() || known.reading != snapshot.errors;
-  known.contents = snapshot.contents;
-  known.reading = snapshot.errors;
+  last.row_changes.emplace();
+  if (last.connected) last.row_changes = find_changed_rows(watch, side);
+  const bool is_new =
+      !last.connected || !last.row_changes->empty() || last.row_errors != snapshot.errors;
+  last.contents = snapshot.contents;
+  last.row_errors = snapshot.errors;
   return is_new;
 }
 
@@ -149,7 +144,7 @@ std::vector<Event> report_disconnections(PairWatch &watch) {
   for (std::size_t i = 0; i < watch.sides.size(); ++i) {
     const Snapshot &snapshot = snapshot_of(watch, i);
     if (snapshot.state != SourceState::disconnected) continue;
-    // A source that was not connected again in the meantime is reported once only.
+    // Reported once until the source is connected again.
     const bool is_reported = watch.sides[i].disconnected;
     watch.sides[i] = {.disconnected = true};
     watch.outcome.reset();
@@ -169,32 +164,32 @@ std::vector<Event> report_disconnections(PairWatch &watch) {
 
 std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer) {
   bool is_new = false;
-  bool is_compared = answer.comparison.has_value();
+  bool is_compared = answer.report.has_value();
   std::array<bool, 2> has_new_errors = {};
   for (std::size_t i = 0; i < watch.sides.size(); ++i) {
     SideState &side = watch.sides[i];
-    is_compared = is_compared && side.news;
-    if (!side.news) continue;
+    is_compared = is_compared && side.row_changes;
+    if (!side.row_changes) continue;
     const InputErrors before = std::exchange(side.errors, std::move(answer.sides[i].errors));
     has_new_errors[i] = !side.errors.empty() && side.errors != before;
-    is_new = is_new || !side.connected || !side.news->empty() || side.errors != before;
+    is_new = is_new || !side.connected || !side.row_changes->empty() || side.errors != before;
     side.connected = true;
   }
   if (!is_new) return {};
 
-  find_wrong_side(watch);
+  set_error_cause(watch);
   const auto before = watch.comparison;
   const auto outcome_before = std::exchange(watch.outcome, std::nullopt);
   if (is_compared) {
-    watch.comparison = std::make_shared<const PairReport>(std::move(answer.comparison->report));
+    watch.comparison = std::make_shared<const PairReport>(std::move(*answer.report));
     watch.outcome = find_outcome(*watch.comparison);
     watch.unknown.reset();
   }
   std::vector<Event> events = report_connections(watch, is_compared);
   Event changed = make_event(Event::Kind::changed, watch);
   for (std::size_t i = 0; i < watch.sides.size(); ++i) {
-    if (!watch.sides[i].news) continue;
-    std::vector<RowChange> &rows = *watch.sides[i].news;
+    if (!watch.sides[i].row_changes) continue;
+    std::vector<RowChange> &rows = *watch.sides[i].row_changes;
     if (!has_new_errors[i]) {
       std::move(rows.begin(), rows.end(), std::back_inserter(changed.rows));
       continue;

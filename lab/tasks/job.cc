@@ -14,7 +14,7 @@ LAB_FIELDS(Change, it.table, it.key, it.field, it.value)
 LAB_FIELDS(PatchOperation, it.op, it.path, it.value)
 LAB_FIELDS(VlanGroup, it.vlans, it.words)
 
-// The field is a row of a table: its position travels.
+// `field` points into a table: its index is encoded.
 template <class Archive>
 void serialize(Archive &archive, Fix &it) {
   std::ptrdiff_t field = it.field != nullptr ? it.field - fields().data() : -1;
@@ -33,24 +33,23 @@ LAB_FIELDS(Note, it.kind, it.channel, it.side, it.vlans, it.fields, it.accepted,
 LAB_FIELDS(SideReport, it.source, it.name, it.spanning_tree, it.modified)
 LAB_FIELDS(IncompleteReport, it.reason, it.accepted)
 LAB_FIELDS(PairReport, it.name, it.is_intended, it.is_strict, it.sides, it.twin_vlans, it.checks,
-           it.incomplete, it.notes)
-LAB_FIELDS(Comparison, it.report, it.matched)
+           it.incomplete, it.notes, it.matched)
 LAB_FIELDS(AcceptEntry, it.line, it.kind, it.scope, it.pair, it.acceptance, it.type, it.values,
            it.note, it.incomplete)
 LAB_FIELDS(CompareOptions, it.name, it.is_intended, it.is_strict, it.accept)
-LAB_FIELDS(Source, it.label, it.place, it.name_space)  // of a file
+LAB_FIELDS(Source, it.label, it.place, it.name_space)  // enough for a file
 LAB_FIELDS(Contents, it.has_rows, it.text)
 LAB_FIELDS(SideJob, it.source, it.contents, it.errors, it.is_watched)
 LAB_FIELDS(CompareJob, it.sides, it.options)
 LAB_FIELDS(SideAnswer, it.errors, it.unreadable, it.contents)
-LAB_FIELDS(CompareAnswer, it.problem, it.sides, it.comparison)
+LAB_FIELDS(CompareAnswer, it.problem, it.sides, it.report)
 
 namespace {
 
-Side do_side(SideJob &job, SideAnswer &answer) {
+Side load_side(SideJob &job, SideAnswer &answer) {
   Side side;
   if (job.contents != nullptr || !job.errors.empty()) {
-    side = read_side(job.source, {unpack(job.contents), std::move(job.errors)});
+    side = convert_rows(job.source, {unpack(job.contents), std::move(job.errors)});
   } else {
     std::string bytes;
     if (job.is_watched) {
@@ -59,7 +58,7 @@ Side do_side(SideJob &job, SideAnswer &answer) {
       bytes = read_file(job.source.place, answer.errors);
     }
     if (!answer.unreadable.empty() || !answer.errors.empty()) return side;
-    side = read_text(job.source, bytes, Format::by_content);
+    side = parse_side(job.source, bytes, Format::by_content);
   }
   answer.errors = side.errors;
   const bool has_contents = side.errors.empty() || (side.rows && !side.rows->empty());
@@ -72,34 +71,34 @@ Side do_side(SideJob &job, SideAnswer &answer) {
 }
 
 // Throws SwitchFailed and Interrupted.
-CompareAnswer do_job(CompareJob job, Pair &pair) {
+CompareAnswer execute_job(CompareJob job, Pair &pair) {
   CompareAnswer answer;
   Sides sides;
   bool can_compare = true;
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    if (job.sides[i]) sides[i] = do_side(*job.sides[i], answer.sides[i]);
+    if (job.sides[i]) sides[i] = load_side(*job.sides[i], answer.sides[i]);
     can_compare = can_compare && job.sides[i] && answer.sides[i].unreadable.empty() &&
                   answer.sides[i].errors.empty();
   }
-  if (can_compare) answer.comparison = compare(pair, sides, job.options);
+  if (can_compare) answer.report = compare(pair, sides, job.options);
   return answer;
 }
 
-// A switch that died is made anew, and the job done once more.
-CompareAnswer do_job_or_fail(const CompareJob &job, std::unique_ptr<Pair> &pair) {
+// Retries the job with a new pair of processes if a switch process dies.
+CompareAnswer execute_with_retries(const CompareJob &job, std::unique_ptr<Pair> &pair) {
   for (int attempt = 1;; ++attempt) {
     try {
       if (pair == nullptr) pair = std::make_unique<Pair>();
-      return do_job(job, *pair);
+      return execute_job(job, *pair);
     } catch (const SwitchFailed &failure) {
       pair.reset();
-      if (attempt == most_attempts) return fail(failure.what());
+      if (attempt == max_attempts) return {.problem = failure.what()};
     } catch (const std::bad_alloc &) {
-      pair.reset();  // an answer of it may still come
-      return fail("there is not enough memory");
+      pair.reset();  // it may still send an answer to this job
+      return {.problem = "out of memory"};
     } catch (const std::exception &problem) {
       pair.reset();
-      return fail(printable(problem.what()));
+      return {.problem = printable(problem.what())};
     }
   }
 }
@@ -117,16 +116,10 @@ CompareAnswer decode_answer(const Bytes &frame) {
 int serve_jobs() {
   std::unique_ptr<Pair> pair;
   while (const std::optional<Bytes> frame = read_frame(job_file)) {
-    const CompareAnswer answer = do_job_or_fail(decode_record<CompareJob>(*frame), pair);
+    const CompareAnswer answer = execute_with_retries(decode_record<CompareJob>(*frame), pair);
     if (!write_frame(job_file, encode_record(answer))) return 1;
   }
   return 0;
-}
-
-CompareAnswer fail(const std::string &problem) {
-  CompareAnswer answer;
-  answer.problem = problem;
-  return answer;
 }
 
 }  // namespace lab

@@ -8,17 +8,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A burst is compared this long after its last change, and after its first.
-constexpr auto quiet_after = 200ms;
-constexpr auto at_latest = 400ms;
-// A comparison that failed is made again.
-constexpr auto pause_of_failure = 5s;
+// A burst of changes is compared this long after its last change, at the latest this long after the
+// first.
+constexpr auto quiet_time = 200ms;
+constexpr auto longest_delay = 400ms;
+// A failed comparison is repeated after this time.
+constexpr auto retry_delay = 5s;
 
-void add(std::vector<Event> &events, std::vector<Event> more) {
+void append_events(std::vector<Event> &events, std::vector<Event> more) {
   std::move(more.begin(), more.end(), std::back_inserter(events));
 }
 
-// When what has changed is to be compared.
+// Returns when the next comparison is due.
 TimePoint find_due(PairWatch &watch) {
   TimePoint due = TimePoint::max();
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
@@ -26,12 +27,13 @@ TimePoint find_due(PairWatch &watch) {
     if (snapshot.state != SourceState::connected) continue;
     if (!watch.sides[i].connected) return watch.not_before;
     if (!snapshot.first_change) continue;
-    due = std::min({due, *snapshot.last_change + quiet_after, *snapshot.first_change + at_latest});
+    due =
+        std::min({due, *snapshot.last_change + quiet_time, *snapshot.first_change + longest_delay});
   }
   return std::max(watch.not_before, due);
 }
 
-// A side that is settled stays so until both are: what changes later is compared later.
+// A settled side remains settled until both are: later changes wait for the next comparison.
 bool is_settled(PairWatch &watch) {
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
     auto *database = std::get_if<DatabaseFeed>(&watch.feeds[i]);
@@ -42,9 +44,9 @@ bool is_settled(PairWatch &watch) {
 
 // --- jobs ---
 
-// Nothing: there is nothing to compare, or nothing new.
+// Returns nullopt if no source has changed.
 std::optional<CompareJob> make_job(PairWatch &watch) {
-  CompareJob job{.sides = {}, .options = watch.context.compare};
+  CompareJob job{.options = watch.context.compare};
   job.options.name = watch.entry.name;
   bool is_new = false;
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
@@ -53,11 +55,11 @@ std::optional<CompareJob> make_job(PairWatch &watch) {
     if (auto *file = std::get_if<WatchedFile>(&watch.feeds[i])) {
       side.is_watched = true;
       is_new = is_new || file->is_changed || !watch.sides[i].connected;
-      watch.sides[i].news.emplace();  // it will be known when the file is read
-      begin_reading(*file);
+      watch.sides[i].row_changes.emplace();  // collected after the worker has read the file
+      prepare_reading(*file);
     } else {
       const Snapshot &snapshot = snapshot_of(watch, i);
-      is_new = take_news(watch, i) || is_new;
+      is_new = collect_row_changes(watch, i) || is_new;
       side.contents = snapshot.contents;
       side.errors = all_errors(snapshot);
     }
@@ -68,36 +70,37 @@ std::optional<CompareJob> make_job(PairWatch &watch) {
 
 void advance(PairWatch &watch);
 
-void take_answer(PairWatch &watch, CompareAnswer answer) {
-  watch.phase = PairWatch::Phase::idle;
-  if (!answer.problem.empty()) {
-    watch.outcome.reset();
-    Event event = make_event(Event::Kind::error, watch);
-    event.source = watch.entry.sources[0].source.label;
-    InputError error;
-    error.found = answer.problem;
-    event.errors = {error};
-    watch.unknown = {
-        .kind = UnknownCause::Kind::failed, .side = 0, .reason = answer.problem, .error = {}};
-    for (SideState &side : watch.sides) {
-      side.connected = false;
-      side.news.reset();
-    }
-    watch.has_compared = false;  // it is reported when there is a verdict again
-    watch.not_before = Clock::now() + pause_of_failure;
-    watch.timer.set(watch.not_before);
-    return watch.context.listener(watch, {event});
+void handle_failure(PairWatch &watch, const std::string &problem) {
+  watch.outcome.reset();
+  Event event = make_event(Event::Kind::error, watch);
+  event.source = watch.entry.sources[0].source.label;
+  InputError error;
+  error.found = problem;
+  event.errors = {error};
+  watch.unknown = {.kind = UnknownCause::Kind::failed, .side = 0, .reason = problem, .error = {}};
+  for (SideState &side : watch.sides) {
+    side.connected = false;
+    side.row_changes.reset();
   }
+  watch.has_compared = false;  // the next verdict is reported as a new one
+  watch.not_before = Clock::now() + retry_delay;
+  watch.timer.set(watch.not_before);
+  watch.context.listener(watch, {event});
+}
+
+void handle_answer(PairWatch &watch, CompareAnswer answer) {
+  watch.phase = PairWatch::Phase::idle;
+  if (!answer.problem.empty()) return handle_failure(watch, answer.problem);
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
     auto *file = std::get_if<WatchedFile>(&watch.feeds[i]);
-    if (file == nullptr || !watch.sides[i].news) continue;
-    take_contents(*file, answer.sides[i]);
-    if (is_connected(watch, i)) take_news(watch, i);
+    if (file == nullptr || !watch.sides[i].row_changes) continue;
+    update_contents(*file, answer.sides[i]);
+    if (is_connected(watch, i)) collect_row_changes(watch, i);
   }
   std::vector<Event> events = report_disconnections(watch);
-  add(events, report_changes(watch, std::move(answer)));
-  for (SideState &side : watch.sides) side.news.reset();
-  watch.is_open = true;
+  append_events(events, report_changes(watch, std::move(answer)));
+  for (SideState &side : watch.sides) side.row_changes.reset();
+  watch.is_started = true;
   watch.context.listener(watch, std::move(events));
   advance(watch);
 }
@@ -108,19 +111,20 @@ void queue_job(PairWatch &watch) {
   watch.context.pool.add({[&watch, is_alive]() -> std::optional<CompareJob> {
                             if (is_alive.expired()) return std::nullopt;
                             std::optional<CompareJob> job = make_job(watch);
-                            watch.phase = job ? PairWatch::Phase::compared : PairWatch::Phase::idle;
+                            watch.phase =
+                                job ? PairWatch::Phase::comparing : PairWatch::Phase::idle;
                             if (!job) watch.timer.set(TimePoint{});
                             return job;
                           },
                           [&watch, is_alive](CompareAnswer answer) {
-                            if (!is_alive.expired()) take_answer(watch, std::move(answer));
+                            if (!is_alive.expired()) handle_answer(watch, std::move(answer));
                           }});
 }
 
-// Do what has become possible.
+// Takes the steps that are possible now.
 void advance(PairWatch &watch) {
   for (std::size_t i = 0; i < watch.feeds.size(); ++i) {
-    if (!watch.is_open && snapshot_of(watch, i).state == SourceState::connecting) return;
+    if (!watch.is_started && snapshot_of(watch, i).state == SourceState::connecting) return;
   }
   std::vector<Event> events = report_disconnections(watch);
   const TimePoint due = find_due(watch);
@@ -129,21 +133,20 @@ void advance(PairWatch &watch) {
     watch.settled = {};
   }
   if (watch.phase == PairWatch::Phase::settling && is_settled(watch)) {
-    add(events, report_disconnections(watch));
+    append_events(events, report_disconnections(watch));
     queue_job(watch);
   }
   if (watch.phase == PairWatch::Phase::idle) watch.timer.set(due);
-  if (watch.phase == PairWatch::Phase::idle || watch.starts_wrong()) watch.is_open = true;
+  if (watch.phase == PairWatch::Phase::idle || watch.has_start_error()) watch.is_started = true;
   watch.context.listener(watch, std::move(events));
 }
 
 }  // namespace
 
-PairWatch::PairWatch(WatchContext &shared, const PairEntry &given)
-    : context(shared), entry(given), timer(shared.loop, [this] { advance(*this); }) {
+PairWatch::PairWatch(WatchContext &shared, const PairEntry &pair)
+    : context(shared), entry(pair), timer(shared.loop, [this] { advance(*this); }) {
   for (std::size_t i = 0; i < feeds.size(); ++i) {
     const Source &source = entry.sources[i].source;
-    // A step of the one may come before the other is made.
     const auto on_step = [this] { advance(*this); };
     if (source.kind == Source::Kind::file) {
       feeds[i].emplace<WatchedFile>(context.loop, source.place, context.intervals.unnotified,
@@ -155,7 +158,7 @@ PairWatch::PairWatch(WatchContext &shared, const PairEntry &given)
   }
 }
 
-bool PairWatch::starts_wrong() {
+bool PairWatch::has_start_error() {
   for (std::size_t i = 0; i < feeds.size(); ++i) {
     const Snapshot &snapshot = snapshot_of(*this, i);
     const bool is_file = std::holds_alternative<WatchedFile>(feeds[i]);

@@ -1,5 +1,4 @@
-// A pair that is watched: its two sources, the comparisons that their changes ask for, and what has
-// been reported.
+// Watches a pair: follows its two sources, compares them after changes, and makes the events.
 #pragma once
 
 #include <sys/stat.h>
@@ -18,56 +17,56 @@
 
 namespace lab {
 
-// A file that is looked at again and again.
+// A file that is polled for changes.
 struct WatchedFile {
-  // `on_look` is called after each look, and must not end the record.
-  WatchedFile(Loop &loop, std::string path, Clock::duration interval, Callback on_look);
+  // `on_poll` is called after each poll, and must not destroy the record.
+  WatchedFile(Loop &loop, std::string path, Clock::duration interval, Callback on_poll);
 
-  void look();
+  void poll();
 
   std::string path;
   Clock::duration interval;
-  Callback on_look;
+  Callback on_poll;
   Timer timer;
   Snapshot snapshot;
-  bool is_changed = false;              // since it was read
-  std::optional<TimePoint> look_again;  // at its contents, though nothing shows a change
-  struct stat seen {};
+  bool is_changed = false;             // since it was read
+  std::optional<TimePoint> reread_at;  // read it then, even if its status is unchanged
+  struct stat status {};               // of the last poll
 };
 
-// The file is about to be read.
-void begin_reading(WatchedFile &file);
+// Called before the file is read.
+void prepare_reading(WatchedFile &file);
 
-// It has been read.
-void take_contents(WatchedFile &file, const SideAnswer &contents);
+// Called after the file has been read.
+void update_contents(WatchedFile &file, const SideAnswer &answer);
 
 // --- the pair ---
 
 struct PairWatch;
 
-// What all pairs of a watch share.
+// Shared by all pairs of a watch.
 struct WatchContext {
   Loop &loop;
   Admission &admission;
   Pool &pool;
   CompareOptions compare;
   ReadLimits limits;
-  ReadIntervals intervals;  // of databases; `unnotified` of files, too
-  // Called with what has happened, perhaps nothing, and when a source has been confirmed.
+  ReadIntervals intervals;  // of databases; files are polled every `unnotified`
+  // Called after each step of a pair, also without events: a source may have been confirmed.
   std::function<void(PairWatch &, std::vector<Event>)> listener;
 };
 
 using Feed = std::variant<std::monostate, DatabaseFeed, WatchedFile>;
 
-// What has been reported of a source.
+// The state of a source as last reported.
 struct SideState {
   bool connected = false;
   bool disconnected = false;
   SharedContents contents = {};
-  std::map<std::string, InputErrors> reading = {};  // the errors of the snapshot, by row
-  InputErrors errors = {};                          // all
-  // Of the comparison under way: its rows that have changed. Nothing: the source is not compared.
-  std::optional<std::vector<RowChange>> news = {};
+  std::map<std::string, InputErrors> row_errors = {};  // as in Snapshot::errors
+  InputErrors errors = {};                             // all, also those of the settings
+  // The changed rows in the current comparison; nullopt if the source is not part of it.
+  std::optional<std::vector<RowChange>> row_changes = {};
 };
 
 struct PairWatch {
@@ -75,16 +74,17 @@ struct PairWatch {
   PairWatch(const PairWatch &) = delete;
   PairWatch &operator=(const PairWatch &) = delete;
 
-  // At the start: has a source an error, does it refuse access, or is it no file?
-  bool starts_wrong();
-  bool is_current();  // nothing has changed that is not compared yet
+  // Has a source an error, does it refuse access, or is it an unreadable file? Such a source ends a
+  // watch of one pair at the start.
+  bool has_start_error();
+  bool is_current();  // no change waits for a comparison
   PairStatus status();
 
   enum class Phase {
     idle,
-    settling,  // rows that changed are read
-    queued,    // for a process of the pool
-    compared,
+    settling,  // changed rows are being read
+    queued,    // waits for a worker of the pool
+    comparing,
   };
 
   WatchContext &context;
@@ -92,42 +92,44 @@ struct PairWatch {
   std::array<Feed, 2> feeds;
   Timer timer;
   Phase phase = Phase::idle;
-  bool is_open = false;  // each source has been reached once, or has not
+  bool is_started = false;  // the first comparison has ended, or is not possible
   std::array<bool, 2> settled = {};
-  TimePoint not_before = {};  // the next comparison, after one that failed
+  TimePoint not_before = {};  // delays the next comparison after a failure
 
-  // What has been reported.
+  // The state as last reported.
   std::array<SideState, 2> sides = {};
-  bool has_started = false;
+  bool has_reported_start = false;
   bool has_compared = false;
-  std::optional<Outcome> outcome = {};                // nothing: not known
-  std::optional<UnknownCause> unknown = {};           // why it is not known
-  std::shared_ptr<const PairReport> comparison = {};  // the last
-  std::optional<Outcome> reported = Outcome::agree;   // by the last event
-  std::array<TimePoint, 2> checked = {};
+  std::optional<Outcome> outcome = {};                // nullopt if unknown
+  std::optional<UnknownCause> unknown = {};           // why the outcome is unknown
+  std::shared_ptr<const PairReport> comparison = {};  // the last one
+  std::optional<Outcome> reported = Outcome::agree;   // the outcome in the last event
+  std::array<TimePoint, 2> checked = {};              // as in Snapshot, at the last confirmation
   std::chrono::system_clock::time_point confirmed = {};
   std::chrono::system_clock::time_point changed = {};
-  // Ends with the record: the pool may have a job of it then.
+  // Expires with the record: tasks in the pool can outlive it.
   std::shared_ptr<bool> is_alive = std::make_shared<bool>(true);
 };
 
 Snapshot &snapshot_of(PairWatch &watch, std::size_t side);
 bool is_connected(PairWatch &watch, std::size_t side);
 
-// The reading intervals of the context have changed.
+// Applies the reading intervals of the context.
 void update_intervals(PairWatch &watch);
 
 // --- events ---
 
 Event make_event(Event::Kind kind, const PairWatch &watch);
 
-// Take what is new in a source for a comparison; false: nothing.
-bool take_news(PairWatch &watch, std::size_t side);
+// Collects the rows of a source that have changed since the last call. Returns false if nothing
+// has.
+bool collect_row_changes(PairWatch &watch, std::size_t side);
 
-// What a comparison of the sources with news has found.
+// Makes the events of a comparison, for the sources with collected rows.
 std::vector<Event> report_changes(PairWatch &watch, CompareAnswer answer);
 
-// The sources that have become disconnected. The comparison under way says nothing of them.
+// Makes the events of sources that have become disconnected, and excludes these from the current
+// comparison.
 std::vector<Event> report_disconnections(PairWatch &watch);
 
 }  // namespace lab

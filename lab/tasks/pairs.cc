@@ -7,16 +7,17 @@
 namespace lab {
 namespace {
 
-// Pairs that are compared at once; nearly all may wait for servers that do not answer.
-constexpr std::size_t most_pairs = 256;
+// Pairs in progress at once. The number is high because most may wait for servers that do not
+// answer.
+constexpr std::size_t max_pairs = 256;
 
-// A comparison under way.
+// A comparison in progress.
 struct PairTask {
-  explicit PairTask(const PairEntry &of) : pair(of) {}
+  explicit PairTask(const PairEntry &entry) : pair(entry) {}
 
   const PairEntry &pair;
   std::array<std::optional<DatabaseFeed>, 2> feeds = {};
-  std::array<bool, 2> is_read = {};
+  bool is_queued = false;
 };
 
 struct PairsRun {
@@ -24,40 +25,36 @@ struct PairsRun {
   const CompareOptions &options;
   const ReadLimits &limits;
   const std::function<void(const PairResult &)> &listener;
-  std::size_t begun = 0;
+  std::size_t started = 0;
   Loop loop = {};
   Admission admission{loop};
   Pool pool{loop, limits};
   std::list<PairTask> tasks = {};
 };
 
-void begin_pairs(PairsRun &run);
+void start_pairs(PairsRun &run);
 
-void report(PairsRun &run, std::list<PairTask>::iterator task, CompareAnswer answer) {
-  PairResult result{.name = task->pair.name, .errors = {}, .report = {}, .matched = {}};
+void finish_pair(PairsRun &run, std::list<PairTask>::iterator task, CompareAnswer answer) {
+  PairResult result{.name = task->pair.name};
   if (!answer.problem.empty()) {
     InputError error;
     error.found = answer.problem;
     result.errors.push_back({task->pair.name, {error}});
   }
   for (std::size_t i = 0; i < answer.sides.size(); ++i) {
-    const auto &[source, unusable] = task->pair.sources[i];
-    const InputErrors &errors = unusable.empty() ? answer.sides[i].errors : unusable;
+    const auto &[source, source_errors] = task->pair.sources[i];
+    const InputErrors &errors = source_errors.empty() ? answer.sides[i].errors : source_errors;
     if (!errors.empty()) result.errors.push_back({source.label, errors});
   }
-  if (answer.comparison) {
-    result.report = std::move(answer.comparison->report);
-    result.matched = std::move(answer.comparison->matched);
-  }
+  if (answer.report) result.report = std::move(*answer.report);
   run.tasks.erase(task);
   run.listener(result);
-  begin_pairs(run);
+  start_pairs(run);
 }
 
-// What can be read from databases is read.
-void compare(PairsRun &run, std::list<PairTask>::iterator task) {
-  const auto make = [&run, task]() -> std::optional<CompareJob> {
-    CompareJob job{.sides = {}, .options = run.options};
+void queue_comparison(PairsRun &run, std::list<PairTask>::iterator task) {
+  const auto make_job = [&run, task]() -> std::optional<CompareJob> {
+    CompareJob job{.options = run.options};
     job.options.name = task->pair.name;
     for (std::size_t i = 0; i < job.sides.size(); ++i) {
       const auto &[source, errors] = task->pair.sources[i];
@@ -70,34 +67,32 @@ void compare(PairsRun &run, std::list<PairTask>::iterator task) {
     }
     return job;
   };
-  run.pool.add(
-      {make, [&run, task](CompareAnswer answer) { report(run, task, std::move(answer)); }});
+  run.pool.add({make_job,
+                [&run, task](CompareAnswer answer) { finish_pair(run, task, std::move(answer)); }});
 }
 
-// A database has taken a step.
-void take_rows(PairsRun &run, std::list<PairTask>::iterator task, std::size_t side) {
-  const Snapshot &snapshot = task->feeds[side]->database.snapshot;
-  if (snapshot.state == SourceState::connecting || std::exchange(task->is_read[side], true)) return;
-  for (std::size_t i = 0; i < task->feeds.size(); ++i) {
-    if (task->feeds[i] && !task->is_read[i]) return;
+// Queues the comparison once all databases of the pair have been read or have failed.
+void queue_if_read(PairsRun &run, std::list<PairTask>::iterator task) {
+  for (const auto &feed : task->feeds) {
+    if (feed && feed->database.snapshot.state == SourceState::connecting) return;
   }
-  compare(run, task);
+  if (!std::exchange(task->is_queued, true)) queue_comparison(run, task);
 }
 
-void begin(PairsRun &run, const PairEntry &pair) {
+void start_pair(PairsRun &run, const PairEntry &pair) {
   const auto task = run.tasks.emplace(run.tasks.end(), pair);
   for (std::size_t i = 0; i < task->feeds.size(); ++i) {
     const auto &[source, errors] = pair.sources[i];
     if (!errors.empty() || source.kind == Source::Kind::file) continue;
     task->feeds[i].emplace(run.admission, source, ReadIntervals{}, run.limits,
-                           [&run, task, i] { take_rows(run, task, i); });
+                           [&run, task] { queue_if_read(run, task); });
   }
-  if (!task->feeds[0] && !task->feeds[1]) compare(run, task);
+  queue_if_read(run, task);
 }
 
-void begin_pairs(PairsRun &run) {
-  while (run.begun < run.pairs.size() && run.tasks.size() < most_pairs) {
-    begin(run, run.pairs[run.begun++]);
+void start_pairs(PairsRun &run) {
+  while (run.started < run.pairs.size() && run.tasks.size() < max_pairs) {
+    start_pair(run, run.pairs[run.started++]);
   }
   if (run.tasks.empty()) run.loop.stop();
 }
@@ -109,7 +104,7 @@ void compare_all(const std::vector<PairEntry> &pairs, const CompareOptions &opti
                  const std::function<void(const PairResult &)> &listener) {
   raise_file_limit();
   PairsRun run{pairs, options, limits, listener};
-  begin_pairs(run);
+  start_pairs(run);
   run.loop.run();
 }
 

@@ -13,86 +13,78 @@
 #include <utility>
 
 #include "pair/wire.h"
+#include "text/child.h"
+#include "text/file.h"
 
 namespace lab {
 
 struct PoolWorker {
   ChildProcess process = {};
-  int socket = -1;
+  Descriptor socket;
   std::optional<FileWatch> watch = {};
   std::optional<Timer> deadline = {};
   std::optional<PoolTask> task = {};
   int attempts = 0;
-  Bytes output = {};  // the frame of the job
+  Bytes output = {};  // the encoded job
   std::size_t written = 0;
   Bytes input = {};
 
-  PoolWorker() = default;
-  PoolWorker(const PoolWorker &) = delete;
-  PoolWorker &operator=(const PoolWorker &) = delete;
-  ~PoolWorker() { end(); }
-
   void end() {
     watch.reset();
+    socket.close();
     process = {};
-    if (socket >= 0) close(std::exchange(socket, -1));
   }
 };
 
 namespace {
 
-// Of a job, in times of a reading.
-constexpr int readings_of_job = 3;
-constexpr std::size_t read_at_once = std::size_t{64} << 10;
+// The time limit of a job, as a multiple of the one for reading a database.
+constexpr int job_time_factor = 3;
+constexpr std::size_t receive_bytes = std::size_t{64} << 10;
 
-void start(PoolWorker &worker) {
+void start_worker(PoolWorker &worker) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-    throw std::system_error(errno, std::generic_category(), "no socket for a process");
+    throw std::system_error(errno, std::generic_category(), "cannot create a socket for a process");
   }
-  worker.socket = ends[0];
-  try {
-    worker.process = start_child([&] {
-      // Another end of a connection would keep it open; hiredis lets it be inherited.
-      close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
-      dup2(ends[1], job_file);
-      fcntl(job_file, F_SETFD, 0);
-      execl("/proc/self/exe", "mcec-lab", pool_argument, nullptr);
-      _exit(1);
-    });
-  } catch (...) {
-    close(ends[1]);
-    throw;
-  }
-  close(ends[1]);
+  worker.socket = Descriptor(ends[0]);
+  const Descriptor job_end(ends[1]);
+  worker.process = start_child([&] {
+    // hiredis does not set CLOEXEC; an inherited descriptor would keep a connection open.
+    close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+    dup2(job_end, job_file);
+    fcntl(job_file, F_SETFD, 0);
+    execl("/proc/self/exe", "mcec-lab", pool_argument, nullptr);
+    _exit(1);
+  });
 }
 
-bool is_whole(const Bytes &frame) {
+bool is_complete_frame(const Bytes &frame) {
   uint32_t size = 0;
   if (frame.size() < sizeof size) return false;
   std::memcpy(&size, frame.data(), sizeof size);
   return frame.size() - sizeof size >= size;
 }
 
-// The worker is free before the task is done, which may add tasks.
-void finish(Pool &pool, PoolWorker &worker, CompareAnswer answer) {
+// Frees the worker before it calls `on_done`, which may add tasks.
+void finish_task(Pool &pool, PoolWorker &worker, CompareAnswer answer) {
   worker.deadline->set(TimePoint::max());
   worker.output = {};
   worker.input = {};
-  const auto done = std::move(worker.task->done);
+  const auto on_done = std::move(worker.task->on_done);
   worker.task.reset();
   if (!pool.tasks.empty()) pool.timer.set(TimePoint{});
-  done(std::move(answer));
+  on_done(std::move(answer));
 }
 
 void send_job(Pool &pool, PoolWorker &worker);
 
-// The process of a job has gone.
+// Called when the process of a worker has died or violated the protocol.
 void restart(Pool &pool, PoolWorker &worker) {
   worker.end();
   if (!worker.task) return;
-  if (worker.attempts == most_attempts) {
-    return finish(pool, worker, fail("the process of the comparison died"));
+  if (worker.attempts == max_attempts) {
+    return finish_task(pool, worker, {.problem = "the comparison process died"});
   }
   send_job(pool, worker);
 }
@@ -104,13 +96,15 @@ void transfer(Pool &pool, PoolWorker &worker) {
     if (sent < 0 && errno != EAGAIN && errno != EINTR) return restart(pool, worker);
     if (sent > 0) worker.written += static_cast<std::size_t>(sent);
   }
-  uint8_t bytes[read_at_once];
-  const ssize_t got = recv(worker.socket, bytes, sizeof bytes, MSG_DONTWAIT);
-  if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR)) return restart(pool, worker);
-  if (got > 0) worker.input.insert(worker.input.end(), bytes, bytes + got);
+  uint8_t bytes[receive_bytes];
+  const ssize_t received = recv(worker.socket, bytes, sizeof bytes, MSG_DONTWAIT);
+  if (received == 0 || (received < 0 && errno != EAGAIN && errno != EINTR)) {
+    return restart(pool, worker);
+  }
+  if (received > 0) worker.input.insert(worker.input.end(), bytes, bytes + received);
   worker.watch->wait_for(worker.written < worker.output.size() ? UV_READABLE | UV_WRITABLE
                                                                : UV_READABLE);
-  if (!worker.task || !is_whole(worker.input)) return;
+  if (!worker.task || !is_complete_frame(worker.input)) return;
   worker.input.erase(worker.input.begin(), worker.input.begin() + sizeof(uint32_t));
   std::optional<CompareAnswer> answer;
   try {
@@ -118,7 +112,7 @@ void transfer(Pool &pool, PoolWorker &worker) {
   } catch (const DecodeError &) {
     return restart(pool, worker);
   }
-  finish(pool, worker, std::move(*answer));
+  finish_task(pool, worker, std::move(*answer));
 }
 
 void send_job(Pool &pool, PoolWorker &worker) {
@@ -127,50 +121,51 @@ void send_job(Pool &pool, PoolWorker &worker) {
   worker.input.clear();
   if (worker.socket < 0) {
     try {
-      start(worker);
+      start_worker(worker);
     } catch (const std::system_error &problem) {
       worker.end();
-      return finish(pool, worker, fail(problem.what()));
+      return finish_task(pool, worker, {.problem = problem.what()});
     }
     worker.watch.emplace(pool.loop, worker.socket, [&] { transfer(pool, worker); });
   }
   worker.watch->wait_for(UV_READABLE | UV_WRITABLE);
 }
 
-void give_up(Pool &pool, PoolWorker &worker) {
+void abort_job(Pool &pool, PoolWorker &worker) {
   worker.end();
-  finish(pool, worker, fail("the comparison did not end within " + seconds_text(pool.longest)));
+  finish_task(pool, worker,
+              {.problem = "the comparison did not end within " + seconds_text(pool.job_timeout)});
 }
 
-// Give the free processes something to do.
-void hand_out(Pool &pool) {
+// Assigns waiting tasks to free workers, and starts workers up to the limit.
+void assign_tasks(Pool &pool) {
   while (!pool.tasks.empty()) {
     auto worker = pool.workers.begin();
     while (worker != pool.workers.end() && worker->task) ++worker;
     if (worker == pool.workers.end()) {
-      if (pool.workers.size() == pool.most_workers) return;
+      if (pool.workers.size() == pool.max_workers) return;
       worker = pool.workers.emplace(pool.workers.end());
-      worker->deadline.emplace(pool.loop, [&pool, &made = *worker] { give_up(pool, made); });
+      worker->deadline.emplace(pool.loop, [&pool, &added = *worker] { abort_job(pool, added); });
     }
     PoolTask task = std::move(pool.tasks.front());
     pool.tasks.pop_front();
-    std::optional<CompareJob> job = task.make();
+    std::optional<CompareJob> job = task.make_job();
     if (!job) continue;
     worker->task = std::move(task);
     worker->output = make_frame(encode(*job));
     worker->attempts = 0;
-    worker->deadline->set_after(pool.longest);
+    worker->deadline->set_after(pool.job_timeout);
     send_job(pool, *worker);
   }
 }
 
 }  // namespace
 
-Pool::Pool(Loop &of, const ReadLimits &limits)
-    : loop(of),
-      most_workers(std::max(1U, std::thread::hardware_concurrency())),
-      longest(readings_of_job * limits.reading_time),
-      timer(of, [this] { hand_out(*this); }) {}
+Pool::Pool(Loop &event_loop, const ReadLimits &limits)
+    : loop(event_loop),
+      max_workers(std::max(1U, std::thread::hardware_concurrency())),
+      job_timeout(job_time_factor * limits.reading_time),
+      timer(event_loop, [this] { assign_tasks(*this); }) {}
 
 Pool::~Pool() = default;
 

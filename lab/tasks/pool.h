@@ -1,5 +1,5 @@
-// Processes that compare pairs of switches, each with two processes of switches, which are used
-// again and again.
+// A pool of worker processes that compare pairs. Each worker has two switch processes of its own,
+// which it reuses for all of its jobs.
 #pragma once
 
 #include <deque>
@@ -11,52 +11,50 @@
 #include "sonic/limits.h"
 #include "sonic/snapshot.h"
 #include "tasks/compare.h"
-#include "text/child.h"
 
 namespace lab {
 
-// --- a comparison as a job, and what comes of it ---
+// --- jobs and answers ---
 
-// One side: rows that are known, or a file to be read.
+// One side of a job: the contents of a database, or a file for the worker to read.
 struct SideJob {
   Source source;
   SharedContents contents = {};  // of a database
-  InputErrors errors = {};       // of their reading
+  InputErrors errors = {};       // of reading the database
   bool is_watched = false;       // the file must be a regular one, and its contents are returned
 };
 
 struct CompareJob {
-  std::array<std::optional<SideJob>, 2> sides;  // nothing: it is not known now
+  std::array<std::optional<SideJob>, 2> sides = {};  // nullopt: unknown, nothing is compared
   CompareOptions options;
 };
 
 struct SideAnswer {
   InputErrors errors;
-  // Of a watched file.
-  std::string unreadable;   // not empty: why it cannot be read
-  SharedContents contents;  // nullptr: it has errors, and no rows
+  // Only of a watched file.
+  std::string unreadable;   // why it cannot be read; empty if it can
+  SharedContents contents;  // nullptr if the file has errors and no rows
 };
 
 struct CompareAnswer {
-  std::string problem;  // not empty: it could not be done
-  std::array<SideAnswer, 2> sides;
-  std::optional<Comparison> comparison;
+  std::string problem = {};  // why the job failed; empty if it did not
+  std::array<SideAnswer, 2> sides = {};
+  std::optional<PairReport> report = {};
 };
 
 // --- the pool ---
 
-// What a process of the pool is to do. `make` is called when one is free; nothing: there is nothing
-// to do any more.
+// `make_job` is called when a worker is free; if it returns nullopt, the task is dropped.
 struct PoolTask {
-  std::function<std::optional<CompareJob>()> make;
-  std::function<void(CompareAnswer)> done;
+  std::function<std::optional<CompareJob>()> make_job;
+  std::function<void(CompareAnswer)> on_done;
 };
 
 struct PoolWorker;
 
 struct Pool {
-  // A process for each processor, as far as there are jobs. A job that takes longer than several
-  // readings of a database is given up.
+  // Starts workers as tasks need them, at most one per processor. Aborts a job that takes longer
+  // than a multiple of the time limit for reading a database.
   Pool(Loop &loop, const ReadLimits &limits);
   Pool(const Pool &) = delete;
   Pool &operator=(const Pool &) = delete;
@@ -65,25 +63,27 @@ struct Pool {
   void add(PoolTask task);
 
   Loop &loop;
-  std::size_t most_workers;
-  std::chrono::milliseconds longest;  // of a job
-  Timer timer;                        // of the next hand-out
+  std::size_t max_workers;
+  std::chrono::milliseconds job_timeout;
+  Timer timer;  // calls assign_tasks()
   std::deque<PoolTask> tasks;
   std::list<PoolWorker> workers;
 };
 
-// --- of its processes ---
+// --- workers ---
 
-// A process of the pool is this program with this argument only, which then calls serve_jobs(): a
-// copy of a large process would keep its memory.
+// A worker is this program, executed with this argument only: a plain fork would keep a copy of the
+// parent's memory.
 constexpr char pool_argument[] = "--serve-jobs";
+
+// The descriptor of a worker's socket.
 constexpr int job_file = 3;
+
+// Executes jobs until the socket closes. Returns the exit status of the worker.
 int serve_jobs();
 
-// A process can be killed for something that the job has no part in.
-constexpr int most_attempts = 3;
-
-CompareAnswer fail(const std::string &problem);
+// A process can die for reasons unrelated to its job (the OOM killer), so jobs are retried.
+constexpr int max_attempts = 3;
 
 Bytes encode(const CompareJob &job);
 

@@ -10,17 +10,19 @@
 namespace lab {
 namespace {
 
-// A pair that runs a scenario.
+// A pair on which a scenario runs.
 struct Runner {
   const Scenario &scenario;
   bool log;
-  std::optional<StepHead> &at;                             // the step under way
+  std::optional<StepHead> &current_step;
   std::array<std::map<std::string, Bytes>, 2> saved = {};  // exported arrays by name
   Pair pair = {};
 };
 
-// Give an operation what an earlier step has saved, on this switch or else on the other.
-void fill_in(const Runner &runner, const Step &step, std::size_t side, Operation &operation) {
+// Sets the array of a rebuild: the one that an earlier step saved on this switch, else on the
+// other.
+void set_saved_array(const Runner &runner, const Step &step, std::size_t side,
+                     Operation &operation) {
   auto *rebuild = std::get_if<Rebuild>(&operation);
   if (rebuild == nullptr) return;
   for (const std::size_t i : {side, 1 - side}) {
@@ -32,11 +34,11 @@ void fill_in(const Runner &runner, const Step &step, std::size_t side, Operation
 }
 
 StepReport run_step(Runner &runner, const Step &step) {
-  StepReport report{.head = step, .switches = {}, .checks = {}, .expectations = {}};
+  StepReport report{.head = step};
   Requests requests = step.requests;
   if (step.check) requests = {{{*step.check}, {*step.check}}};
   for (std::size_t side = 0; side < requests.size(); ++side) {
-    for (Operation &operation : requests[side]) fill_in(runner, step, side, operation);
+    for (Operation &operation : requests[side]) set_saved_array(runner, step, side, operation);
   }
   const Replies replies = ask(runner.pair, requests, runner.log);
   for (std::size_t side = 0; side < replies.size(); ++side) {
@@ -56,7 +58,7 @@ void run_steps(Runner &runner, std::size_t count,
   const SettingsPair &settings = runner.scenario.settings;
   ask(runner.pair, {{{SetUp{settings[0]}}, {SetUp{settings[1]}}}});
   for (std::size_t i = 0; i < count; ++i) {
-    runner.at = runner.scenario.steps[i];
+    runner.current_step = runner.scenario.steps[i];
     on_step(run_step(runner, runner.scenario.steps[i]));
   }
 }
@@ -68,35 +70,10 @@ void add_step(const StepReport &step, RunReport &report) {
       std::size_t(std::ranges::count(step.expectations, true, &ExpectationReport::is_met));
 }
 
-// Run the first `count` steps of a scenario, then `finish`.
-RunReport run_until(const Scenario &scenario, const RunOptions &options, std::size_t count,
-                    const std::function<void(Runner &, RunReport &)> &finish) {
-  RunReport report{.path = scenario.path,
-                   .title = scenario.title,
-                   .about = scenario.about,
-                   .agree = {},
-                   .what_if = {},
-                   .failure = {}};
-  std::optional<StepHead> at;
-  try {
-    Runner runner{.scenario = scenario, .log = options.log, .at = at};
-    run_steps(runner, count, [&](const StepReport &step) {
-      add_step(step, report);
-      options.on_step(step);
-    });
-    finish(runner, report);
-  } catch (const Interrupted &) {
-    report.failure = {"interrupted", at};
-  } catch (const SwitchFailed &failure) {
-    report.failure = {failure.what(), at};
-  }
-  return report;
-}
-
 // --- what if ---
 
-// Everything that a verdict depends on, before a step.
-Check make_whole_check(const Scenario &scenario, std::size_t position) {
+// Returns a check of all scopes with the settings before a step.
+Check make_full_check(const Scenario &scenario, std::size_t position) {
   PairOfSettings now = {&scenario.settings[0], &scenario.settings[1]};
   for (std::size_t i = 0; i < position; ++i) {
     for (std::size_t side = 0; side < now.size(); ++side) {
@@ -110,20 +87,18 @@ Check make_whole_check(const Scenario &scenario, std::size_t position) {
   return {find_scopes(now), scenario.twins};
 }
 
-// What a step would do on one switch: on another pair that has run as far, so that a failure that
-// was injected occurs there as it would here.
+// Tries a step on one switch. A new pair runs the steps before it, so that injected failures occur
+// where they would in the run itself.
 WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t side, bool log,
                     const Check &check, const std::vector<ScopeReport> &now) {
   Step step = scenario.steps[position];
   step.on[1 - side] = false;
   step.requests[1 - side].clear();
-  std::optional<StepHead> at;
-  Runner runner{.scenario = scenario, .log = log, .at = at};
+  std::optional<StepHead> unused;
+  Runner runner{.scenario = scenario, .log = log, .current_step = unused};
   run_steps(runner, position, [](const StepReport &) {});
   WhatIfSide tried{.answer = run_step(runner, step).switches[side].value_or(SwitchReport{}),
-                   .checked = check.scopes.size(),
-                   .now = {},
-                   .then = {}};
+                   .checked = check.scopes.size()};
   const std::vector<ScopeReport> then = check_scopes(runner.pair, check);
   for (std::size_t i = 0; i < then.size(); ++i) {
     if (now[i] == then[i]) continue;
@@ -135,9 +110,9 @@ WhatIfSide try_step(const Scenario &scenario, std::size_t position, std::size_t 
 
 WhatIfReport try_on_each_side(Runner &runner, std::size_t position) {
   const Step &step = runner.scenario.steps[position];
-  runner.at = step;
-  WhatIfReport report{.head = step, .sides = {}};
-  const Check check = make_whole_check(runner.scenario, position);
+  runner.current_step = step;
+  WhatIfReport report{.head = step};
+  const Check check = make_full_check(runner.scenario, position);
   const std::vector<ScopeReport> now = check_scopes(runner.pair, check);
   for (std::size_t side = 0; side < report.sides.size(); ++side) {
     if (!step.on[side]) continue;
@@ -149,13 +124,21 @@ WhatIfReport try_on_each_side(Runner &runner, std::size_t position) {
 }  // namespace
 
 RunReport run(const Scenario &scenario, const RunOptions &options) {
-  return run_until(scenario, options, scenario.steps.size(), [](Runner &, RunReport &) {});
-}
-
-RunReport what_if(const Scenario &scenario, std::size_t position, const RunOptions &options) {
-  return run_until(scenario, options, position, [position](Runner &runner, RunReport &report) {
-    report.what_if = try_on_each_side(runner, position);
-  });
+  RunReport report{.path = scenario.path, .title = scenario.title, .about = scenario.about};
+  std::optional<StepHead> current_step;
+  try {
+    Runner runner{.scenario = scenario, .log = options.log, .current_step = current_step};
+    run_steps(runner, options.what_if.value_or(scenario.steps.size()), [&](const StepReport &step) {
+      add_step(step, report);
+      options.on_step(step);
+    });
+    if (options.what_if) report.what_if = try_on_each_side(runner, *options.what_if);
+  } catch (const Interrupted &) {
+    report.failure = {"interrupted", current_step};
+  } catch (const SwitchFailed &failure) {
+    report.failure = {failure.what(), current_step};
+  }
+  return report;
 }
 
 }  // namespace lab

@@ -1,4 +1,4 @@
-// Runs of scenarios: each step on the switches, and its expectations checked.
+// Runs the steps of scenarios on a pair of switches, and checks their expectations.
 #pragma once
 
 #include <functional>
@@ -9,16 +9,14 @@
 namespace lab {
 
 struct RunOptions {
-  bool log = false;                                     // with the event histories
-  std::function<void(const StepReport &step)> on_step;  // after each step
+  bool log = false;                                     // collect the event histories
+  std::function<void(const StepReport &step)> on_step;  // called after each step
+  // Run only the steps before this one (from 0), then try it on copies of the pair.
+  std::optional<std::size_t> what_if = {};
 };
 
-// Run a whole scenario. When a switch fails or the run is interrupted, the report has a failure,
-// and the steps before it have been handed to on_step.
+// Runs a scenario. If a switch fails or the run is interrupted, the report has a failure; `on_step`
+// has been called for the steps before.
 RunReport run(const Scenario &scenario, const RunOptions &options);
-
-// Run the steps before `position` (from 0), then find out what that step would change; in what_if
-// of the report unless there is a failure.
-RunReport what_if(const Scenario &scenario, std::size_t position, const RunOptions &options);
 
 }  // namespace lab

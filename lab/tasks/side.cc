@@ -14,7 +14,7 @@
 namespace lab {
 namespace {
 
-// Of a file; nothing: it is none.
+// Returns nullopt if the path is not a regular file.
 std::optional<std::time_t> find_modified(const std::string &path) {
   struct stat status {};
   const bool is_file = stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
@@ -23,22 +23,22 @@ std::optional<std::time_t> find_modified(const std::string &path) {
 
 }  // namespace
 
-ParsedSource find_source(const std::string &text, std::optional<std::size_t> password_of,
-                         const std::string &name_space) {
+ParsedSource parse_source_argument(const std::string &text, std::optional<std::size_t> password_of,
+                                   const std::string &name_space) {
   ParsedSource parsed = parse_source(text, password_of);
   Source &source = parsed.source;
   source.name_space = name_space;
-  const std::size_t mark = source.place.rfind('#');
+  const std::size_t hash = source.place.rfind('#');
   std::error_code error;
-  if (source.kind == Source::Kind::file && mark != text.npos && mark != 0 &&
+  if (source.kind == Source::Kind::file && hash != text.npos && hash != 0 &&
       !std::filesystem::exists(source.place, error)) {
-    source.name_space = source.place.substr(mark + 1);
-    source.place.resize(mark);
+    source.name_space = source.place.substr(hash + 1);
+    source.place.resize(hash);
   }
   return parsed;
 }
 
-Side read_side(const Source &source, ReadRows rows) {
+Side convert_rows(const Source &source, ReadRows rows) {
   ReadSettings read = settings_of(rows.rows, rows.errors);
   return {.source = source.label,
           .settings = std::move(read.settings),
@@ -46,10 +46,10 @@ Side read_side(const Source &source, ReadRows rows) {
           .errors = std::move(read.errors)};
 }
 
-Side read_text(const Source &source, const std::string &bytes, Format format) {
+Side parse_side(const Source &source, const std::string &bytes, Format format) {
   Side side;
   if (format == Format::dump || (format == Format::by_content && !is_state_file(bytes))) {
-    side = read_side(source, read_dump(bytes, source.name_space));
+    side = convert_rows(source, read_dump(bytes, source.name_space));
   } else {
     ReadSettings read = read_state(bytes);
     side.source = source.label;
@@ -64,7 +64,7 @@ std::string read_regular_file(const std::string &path, std::string &bytes) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (file < 0 || fstat(file, &status) != 0) return std::strerror(errno);
-  if (!S_ISREG(status.st_mode)) return "this is no regular file";
+  if (!S_ISREG(status.st_mode)) return "it is not a regular file";
   return read_all(file, bytes);
 }
 
@@ -84,18 +84,19 @@ std::vector<Side> read_sides(const std::vector<ParsedSource> &sources, Format fo
       continue;
     }
     const std::string bytes = read_file(source.place, sides[i].errors);
-    if (sides[i].errors.empty()) sides[i] = read_text(source, bytes, format);
+    if (sides[i].errors.empty()) sides[i] = parse_side(source, bytes, format);
   }
   std::vector<ReadRows> read = read_databases(databases, limits);
   for (std::size_t i = 0; i < read.size(); ++i) {
-    sides[side_of_database[i]] = read_side(databases[i], std::move(read[i]));
+    sides[side_of_database[i]] = convert_rows(databases[i], std::move(read[i]));
   }
   return sides;
 }
 
-ReadSettings settings_from(const std::string &source, std::size_t which) {
-  Side side = std::move(read_sides({find_source(source, which)}, Format::by_content, {})[0]);
-  return {std::move(side.settings), std::move(side.errors), side.source};
+ReadSettings settings_from(const std::string &source, std::size_t side) {
+  Side read =
+      std::move(read_sides({parse_source_argument(source, side)}, Format::by_content, {})[0]);
+  return {std::move(read.settings), std::move(read.errors), read.source};
 }
 
 }  // namespace lab

@@ -1,4 +1,4 @@
-// One of the two switches of a comparison, from wherever its settings come.
+// One side of a comparison, read from a state file, a dump or a database.
 #pragma once
 
 #include <ctime>
@@ -14,37 +14,37 @@
 namespace lab {
 
 struct Side {
-  std::string source = {};  // as it is shown: without a password
+  std::string source = {};  // its label, without a password
   Settings settings = {};
-  std::optional<Rows> rows = {};             // of a dump or a database, which can be patched
-  std::optional<std::time_t> modified = {};  // a file
-  InputErrors errors = {};                   // all of them; with some, the settings are of no use
+  std::optional<Rows> rows = {};             // only of a dump or a database; required for a patch
+  std::optional<std::time_t> modified = {};  // only of a file
+  InputErrors errors = {};                   // if not empty, the settings are invalid
 };
 
-// What a file is; by_content: a JSON object is a dump, anything else a state file.
+// The format of a file; by_content: text that looks like YAML is a state file, else a dump.
 enum class Format { by_content, state, dump };
 
-// A source as it was given, and whose password the environment has for it: that of the left (0),
-// the right (1) or neither. "dump.json#asic0" is a namespace of a dump, unless a file has that
-// name.
-ParsedSource find_source(const std::string &text, std::optional<std::size_t> password_of,
-                         const std::string &name_space = "");
+// Parses a source argument. A missing password is read from the environment variable of the left
+// (0) or right (1) side, or from neither. "dump.json#asic0" selects a namespace of a dump, unless a
+// file of that name exists.
+ParsedSource parse_source_argument(const std::string &text, std::optional<std::size_t> password_of,
+                                   const std::string &name_space = "");
 
-// What the bytes of a file say.
-Side read_text(const Source &source, const std::string &bytes, Format format);
+// Parses the contents of a file.
+Side parse_side(const Source &source, const std::string &bytes, Format format);
 
-// What the rows of a database say.
-Side read_side(const Source &source, ReadRows rows);
+// Converts the rows of a dump or a database.
+Side convert_rows(const Source &source, ReadRows rows);
 
-// Why a file cannot be read, or is no regular one; "": it is read.
+// Reads a regular file. Returns the error, or "".
 std::string read_regular_file(const std::string &path, std::string &bytes);
 
-// The switches that sources say: state files or dumps ("-" is standard input), or databases, which
-// are read at the same time. Throws Interrupted.
+// Reads state files, dumps ("-" is standard input) and databases; databases are read concurrently.
+// Throws Interrupted.
 std::vector<Side> read_sides(const std::vector<ParsedSource> &sources, Format format,
                              const ReadLimits &limits);
 
-// One of them, for a scenario.
-ReadSettings settings_from(const std::string &source, std::size_t which);
+// Reads the settings of a side, 0 or 1, for a scenario. Throws Interrupted.
+ReadSettings settings_from(const std::string &source, std::size_t side);
 
 }  // namespace lab

@@ -10,19 +10,19 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Two changes within so much time may leave a file as large and as old as it was.
-constexpr auto time_of_a_tick = 1s;
-// Between two looks at a file that is being written.
-constexpr auto next_glance = 50ms;
-// Until a file that could not be read is read again, though nothing shows a change.
-constexpr auto pause_of_unreadable = 30s;
+// Two changes within this time may leave the same size and timestamps.
+constexpr auto timestamp_resolution = 1s;
+// The poll interval while a file is being written.
+constexpr auto unstable_interval = 50ms;
+// An unreadable file is read again after this time, even if its status is unchanged.
+constexpr auto unreadable_delay = 30s;
 
-bool is_same(const struct stat &a, const struct stat &b) {
-  const auto all_of = [](const struct stat &of) {
-    return std::tuple(of.st_dev, of.st_ino, of.st_size, of.st_mtim.tv_sec, of.st_mtim.tv_nsec,
-                      of.st_ctim.tv_sec, of.st_ctim.tv_nsec);
+bool is_unchanged(const struct stat &a, const struct stat &b) {
+  const auto key = [](const struct stat &status) {
+    return std::tuple(status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
+                      status.st_mtim.tv_nsec, status.st_ctim.tv_sec, status.st_ctim.tv_nsec);
   };
-  return all_of(a) == all_of(b);
+  return key(a) == key(b);
 }
 
 void mark_changed(WatchedFile &file, TimePoint now) {
@@ -32,62 +32,62 @@ void mark_changed(WatchedFile &file, TimePoint now) {
 
 }  // namespace
 
-WatchedFile::WatchedFile(Loop &loop, std::string given, Clock::duration pause, Callback callback)
-    : path(std::move(given)),
-      interval(pause),
-      on_look(std::move(callback)),
-      timer(loop, [this] { look(); }) {
+WatchedFile::WatchedFile(Loop &loop, std::string file_path, Clock::duration poll_interval,
+                         Callback callback)
+    : path(std::move(file_path)),
+      interval(poll_interval),
+      on_poll(std::move(callback)),
+      timer(loop, [this] { poll(); }) {
   timer.set(TimePoint{});
 }
 
-void WatchedFile::look() {
+void WatchedFile::poll() {
   const TimePoint now = Clock::now();
-  const struct stat before = seen;
+  const struct stat before = status;
   const SourceState state = snapshot.state;
-  seen = {};
-  const int error = stat(path.c_str(), &seen) != 0 ? errno : 0;
-  const bool is_stable = is_same(seen, before);
-  if (!is_stable) look_again.reset();
+  status = {};
+  const int error = stat(path.c_str(), &status) != 0 ? errno : 0;
+  const bool is_stable = is_unchanged(status, before);
+  if (!is_stable) reread_at.reset();
   if (error != 0) {
     if (state != SourceState::disconnected)
       mark_disconnected(snapshot, std::strerror(error), false);
   } else if (state == SourceState::connecting ||
-             (state == SourceState::disconnected && is_stable &&  // nobody is writing it
-              (!look_again || now >= *look_again))) {
+             (state == SourceState::disconnected && is_stable &&  // it is not being written
+              (!reread_at || now >= *reread_at))) {
     snapshot = {};
     snapshot.state = SourceState::connected;
     mark_changed(*this, now);
-  } else if (state == SourceState::connected &&
-             (!is_stable || (look_again && now >= *look_again))) {
-    look_again.reset();
+  } else if (state == SourceState::connected && (!is_stable || (reread_at && now >= *reread_at))) {
+    reread_at.reset();
     mark_changed(*this, now);
   }
   if (state == SourceState::connected && !is_changed) snapshot.checked = now;
-  timer.set(now + (is_stable ? interval : std::min<Clock::duration>(interval, next_glance)));
-  on_look();
+  timer.set(now + (is_stable ? interval : std::min<Clock::duration>(interval, unstable_interval)));
+  on_poll();
 }
 
-void begin_reading(WatchedFile &file) {
+void prepare_reading(WatchedFile &file) {
   file.is_changed = false;
   file.snapshot.first_change.reset();
   file.snapshot.last_change.reset();
   const auto age = std::chrono::system_clock::now() -
-                   std::chrono::system_clock::from_time_t(file.seen.st_ctim.tv_sec);
-  if (age < 2 * time_of_a_tick) file.look_again = Clock::now() + time_of_a_tick;
+                   std::chrono::system_clock::from_time_t(file.status.st_ctim.tv_sec);
+  if (age < 2 * timestamp_resolution) file.reread_at = Clock::now() + timestamp_resolution;
 }
 
-void take_contents(WatchedFile &file, const SideAnswer &contents) {
+void update_contents(WatchedFile &file, const SideAnswer &answer) {
   Snapshot &snapshot = file.snapshot;
-  if (!contents.unreadable.empty()) {
-    if (!file.is_changed) file.look_again = Clock::now() + pause_of_unreadable;
-    return mark_disconnected(snapshot, contents.unreadable, false);
+  if (!answer.unreadable.empty()) {
+    if (!file.is_changed) file.reread_at = Clock::now() + unreadable_delay;
+    return mark_disconnected(snapshot, answer.unreadable, false);
   }
   snapshot.checked = Clock::now();
   snapshot.errors.clear();
-  if (!contents.errors.empty()) snapshot.errors[""] = contents.errors;
-  // Of a file without rows the last contents are kept: what it has when it is readable again is
-  // compared with them.
-  if (contents.contents != nullptr) set_contents(snapshot, contents.contents);
+  if (!answer.errors.empty()) snapshot.errors[""] = answer.errors;
+  // An invalid file without rows keeps its last contents, to find the changes once it is valid
+  // again.
+  if (answer.contents != nullptr) set_contents(snapshot, answer.contents);
 }
 
 }  // namespace lab
