@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "draimiofaf/types.h"
 #include "output/print.h"
@@ -54,9 +55,11 @@ void print_verdicts(const ScopeReport &scope, const Style &style) {
   } else if (describe(0) == describe(1)) {
     print_indented({describe(0), agrees ? Colour::yellow : Colour::red}, style);
   } else {
+    const auto &[left, right] = style.sides;
+    const std::size_t width = std::max(std::strlen(left), std::strlen(right)) + 1;
     for (std::size_t side = 0; side < style.sides.size(); ++side) {
       print_indented({describe(side), agrees ? Colour::yellow : code_colour(scope, side)}, style,
-                     fmt::format("{:6}", style.sides[side]));
+                     fmt::format("{:{}}", style.sides[side], width));
     }
   }
   print_inconsistent_ports(scope, style);

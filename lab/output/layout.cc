@@ -201,8 +201,9 @@ void put_wrapped(const Cell &text, const Layout &layout, std::size_t indent,
                  const std::string &heading) {
   const std::size_t room = layout.width > indent ? layout.width - indent : 1;
   std::string before = as_shown(heading);
-  before.resize(std::max(before.size(), indent), ' ');
-  for (const std::string &line : wrap(as_shown(coloured(text, layout)), room)) {
+  const std::string overflow = before.size() > indent ? before.substr(indent) : "";
+  before.resize(indent, ' ');
+  for (const std::string &line : wrap(overflow + as_shown(coloured(text, layout)), room)) {
     if (line.empty()) before.erase(before.find_last_not_of(' ') + 1);
     fmt::print("{}{}\n", before, line);
     before.assign(indent, ' ');

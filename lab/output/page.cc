@@ -47,7 +47,7 @@ std::string describe_page_verdict(const PairReport &report) {
                     link_scopes(different, report), isolated(describe_differences(report))));
   }
   for (const IncompleteReport &incomplete : report.incomplete) {
-    texts.push_back(fmt::format("Not compared: {}.{}", describe_incomplete(incomplete.reason),
+    texts.push_back(fmt::format("Not compared: {}. {}", describe_incomplete(incomplete.reason),
                                 describe_accepted(incomplete.accepted)));
   }
   if (!accepted.empty()) {
