@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t row_indent = 4;
 
-// Of longer values that differ only what one side alone has is printed.
+// Of longer values that differ, only the differences are printed.
 constexpr std::size_t long_value = 24;
 
 void print_indented(const Cell &text, const Style &style, const std::string &heading = "") {
@@ -20,7 +20,7 @@ void print_indented(const Cell &text, const Style &style, const std::string &hea
               std::string(row_indent, ' ') + heading);
 }
 
-// Behind a heading, whose length is not that of the indent.
+// All items have the same indent, whatever their headings.
 void print_item(const char *heading, const std::string &text, const Style &style) {
   put_wrapped(text, style.layout, row_indent + 5, std::string(row_indent, ' ') + heading);
 }
@@ -76,14 +76,14 @@ Cell state_cell(const ParameterReport &parameter, const Style &style) {
   return {text, is_different(parameter) ? Colour::red : is_same ? Colour::green : Colour::yellow};
 }
 
-// The beginning of a long list.
+// Cuts a long list behind one of its items.
 std::string cut_list(const std::string &text) {
   if (text.size() <= 2 * long_value) return text;
   const std::size_t end = text.find_last_of(",;", 2 * long_value - 4);
   return text.substr(0, end == text.npos ? 0 : end) + ",...";
 }
 
-// What a side alone has of a long value.
+// The part of a long value that only one side has.
 Cell difference_cell(uint16_t type, const char *side, const std::string &text) {
   if (text.empty()) return "nothing more";
   const bool is_disabled = type == STP_MCEC_TYPE1_STP_ENDIS;
@@ -119,7 +119,7 @@ void print_parameters(const ScopeReport &scope, const Style &style) {
     const auto [left, right] = value_cells(parameter, style);
     rows.push_back({parameter_key(parameter.type), left, right, state_cell(parameter, style)});
   }
-  if (rows.empty()) return put_line("neither switch has a parameter to send", row_indent);
+  if (rows.empty()) return put_line("neither switch sends a parameter", row_indent);
   put_table({"parameter", style.sides[0], style.sides[1], "comparison"}, rows, style.layout);
   for (const ParameterReport &parameter : scope.parameters) {
     for (std::size_t side = 0; parameter.digests && side < style.sides.size(); ++side) {
@@ -141,7 +141,7 @@ void print_twins(const ScopeReport &scope, const Style &style) {
   }
 }
 
-// What to do about a group of scopes, once for all of them.
+// The accepted differences and the fixes of a group.
 void print_fixes(const ScopeGroup &group, const Style &style) {
   const ScopeReport &scope = *group.scopes.front();
   if (scope.accepted) print_item("accepted: ", describe_acceptance(*scope.accepted), style);
@@ -178,17 +178,17 @@ void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
   add_count("inconsistent ports", summary.inconsistent, causes);
   add_count("accepted", summary.accepted, causes);
   const std::size_t count = summary.disagreeing;
-  print_indented({fmt::format("looked at {}; {} differ{}{}{}", count_of(checks.size(), "scope"),
-                              count == 0 ? "none" : std::to_string(count), count <= 1 ? "s" : "",
-                              causes.empty() ? "" : ": ", join(causes)),
-                  count == 0 ? Colour::green : Colour::red},
-                 style);
+  print_indented(
+      {fmt::format("checked {}; {}{}{}", format_count(checks.size(), "scope"),
+                   format_verb(count, "differ"), causes.empty() ? "" : ": ", join(causes)),
+       count == 0 ? Colour::green : Colour::red},
+      style);
 }
 
 }  // namespace
 
 void print_checks(const std::vector<ScopeReport> &checks, const Style &style) {
-  if (checks.empty()) put_line("neither switch has such a channel", row_indent);
+  if (checks.empty()) put_line("neither switch has the channel", row_indent);
   std::vector<const ScopeReport *> printed;
   for (const ScopeReport &scope : checks) {
     if (!style.only_different || !is_agreed(scope) || has_accepted(scope)) {
@@ -199,14 +199,14 @@ void print_checks(const std::vector<ScopeReport> &checks, const Style &style) {
   if (checks.size() > 1) print_summary(checks, style);
 }
 
-void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::size_t side,
+void print_scope_change(const ScopeReport &now, const ScopeReport &then, std::size_t side,
                         const Style &style) {
   std::vector<std::vector<Cell>> rows;
   std::vector<std::string> differing;
   std::vector<std::string> agreeing;
   for (const ParameterReport &parameter : then.parameters) {
     const ParameterReport *before = find_in(
-        now.parameters, [&](const ParameterReport &of) { return of.type == parameter.type; });
+        now.parameters, [&](const ParameterReport &each) { return each.type == parameter.type; });
     if (before != nullptr && *before == parameter) continue;
     const std::string key = parameter_key(parameter.type);
     const auto texts = find_value_texts(parameter);
@@ -218,11 +218,11 @@ void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::si
     if (!is_different(parameter) && was_different) agreeing.push_back(key);
   }
   print_indented({describe_scope(then), Colour::bold}, style);
-  for (std::size_t judge = 0; judge < switch_names.size(); ++judge) {
+  for (std::size_t i = 0; i < switch_names.size(); ++i) {
     print_indented(
-        fmt::format("now {}; then {}", describe_code(now, judge),
-                    coloured({describe_code(then, judge), code_colour(then, judge)}, style.layout)),
-        style, fmt::format("{:6}", switch_names[judge]));
+        fmt::format("now {}; then {}", describe_code(now, i),
+                    add_colour({describe_code(then, i), code_colour(then, i)}, style.layout)),
+        style, fmt::format("{:6}", switch_names[i]));
   }
   if (!rows.empty()) {
     const std::string name = switch_names[side];
@@ -232,10 +232,10 @@ void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::si
   print_twins(then, style);
   print_inconsistent_ports(then, style);
   if (!differing.empty()) {
-    print_indented({"would put out of step: " + join(differing, " "), Colour::red}, style);
+    print_indented({"would then differ: " + join(differing, " "), Colour::red}, style);
   }
   if (!agreeing.empty()) {
-    print_indented({"would bring into step: " + join(agreeing, " "), Colour::green}, style);
+    print_indented({"would then agree: " + join(agreeing, " "), Colour::green}, style);
   }
 }
 

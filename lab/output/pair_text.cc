@@ -10,7 +10,7 @@ namespace {
 void print_incomplete(const PairReport &report, const Layout &layout) {
   const bool is_first = find_outcome(report) == Outcome::incomplete;
   for (const IncompleteReport &incomplete : report.incomplete) {
-    // The first is the first line then.
+    // print_comparison() has printed the first reason in the verdict.
     if (&incomplete != &report.incomplete.front() || !is_first) {
       put_wrapped(std::string("not compared: ") + describe_incomplete(incomplete.reason), layout);
     }
@@ -45,7 +45,7 @@ void print_notes(const PairReport &report, const Style &style) {
 
 // --- many pairs ---
 
-// What one of many pairs came to, and why.
+// The outcome of one of many pairs, and its reason.
 std::pair<Outcome, std::string> summarize_result(const PairResult &result) {
   if (!result.errors.empty()) {
     std::size_t count = 0;
@@ -59,8 +59,8 @@ std::pair<Outcome, std::string> summarize_result(const PairResult &result) {
   }
   const Outcome outcome = find_outcome(result.report);
   if (outcome == Outcome::disagree) return {outcome, describe_differences(result.report)};
-  const auto gaps = describe_each(result.report.incomplete, [](const IncompleteReport &of) {
-    return std::string(describe_incomplete(of.reason)) + (of.accepted ? ", accepted" : "");
+  const auto gaps = describe_each(result.report.incomplete, [](const IncompleteReport &each) {
+    return std::string(describe_incomplete(each.reason)) + (each.accepted ? ", accepted" : "");
   });
   return {outcome, join(gaps, "; ")};
 }
@@ -72,7 +72,7 @@ void print_comparison(const PairReport &report, const Style &style) {
   put_wrapped(verdict_cell(report), layout);
   print_incomplete(report, layout);
   if (find_reasons(report).contains(Reason::warnings)) {
-    put_line("Warnings remain, and --strict counts them.");
+    put_line("Warnings remain, which --strict does not allow.");
   }
   std::vector<std::string> off;
   for (std::size_t side = 0; side < style.sides.size(); ++side) {
@@ -106,8 +106,8 @@ void print_pair_result(const PairResult &result, const Layout &layout, bool with
   Cell cell = outcome == Outcome::agree      ? Cell("agrees", Colour::green)
               : outcome == Outcome::disagree ? Cell("DIFFERENT: " + why, Colour::red)
                                              : Cell("NOT COMPARED: " + why, Colour::yellow);
-  if (notes > 0) cell.text += " (" + count_of(notes, "note") + ")";
-  put_line(result.name + ": " + coloured(cell, layout));
+  if (notes > 0) cell.text += " (" + format_count(notes, "note") + ")";
+  put_line(result.name + ": " + add_colour(cell, layout));
   if (!with_notes) return;
   for (const NoteGroup &group : group_notes(result.report.notes)) {
     put_wrapped(describe_notes(group), layout, 4, "  - ");

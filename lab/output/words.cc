@@ -53,11 +53,11 @@ std::string vlans_text(const Note &note, const SideNames &names) {
   return text + ".";
 }
 
-// How a sentence about a note of each kind is formatted.
+// By kind.
 constexpr const char *note_sentences[] = {
     "Spanning tree is enabled on {side} only.",
     "{vlans}",
-    "The ports differ in what no parameter covers: {fields}.",
+    "Port settings that no parameter covers differ: {fields}.",
     "Spanning tree is enabled on neither half.",
     "Timers of twin VLANs differ: {fields}.",
     "Timers differ: {fields}.",
@@ -83,8 +83,13 @@ std::string list_first(const std::vector<std::string> &texts, std::size_t most,
          (texts.size() > most ? fmt::format(" and {} more", texts.size() - most) : "");
 }
 
-std::string count_of(std::size_t count, const char *what) {
+std::string format_count(std::size_t count, const char *what) {
   return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+std::string format_verb(std::size_t count, const char *verb) {
+  return fmt::format("{} {}{}", count == 0 ? "none" : std::to_string(count), verb,
+                     count <= 1 ? "s" : "");
 }
 
 std::vector<std::string> list_keys(const std::vector<uint16_t> &types) {
@@ -111,7 +116,7 @@ std::string describe_scope(const ScopeReport &report, const SideNames &names) {
   if (scope.kind == PairScope::Kind::of_port) {
     title = "port " + scope.name;
   } else if (missing_side(report)) {
-    // The one port says nothing more than the channel's name.
+    // The name of the channel is enough.
   } else if (left != right) {
     title += fmt::format(": {} on the {}, {} on the {}", left, names[0], right, names[1]);
   } else if (left != scope.name) {
