@@ -55,7 +55,7 @@ TEST_F(Lab, GatesAComparison) {
        "fix: STP_PORT|PortChannel10-69 root_guard: true on right, or false on left\n"},
       {"guarded open --accept guards", 0,
        "    accepted: ifi-port-guard: the server moves to another room by then (until\n"
-       "         2999-01-01)\n"},
+       "              2999-01-01)\n"},
       {"guarded open --accept guards --strict", 1, "Warnings remain"},
       {"guarded open --accept old", 1,
        "The accepted difference at line 1 has expired on 2001-01-01."},

@@ -20,11 +20,6 @@ void print_indented(const Cell &text, const Style &style, const std::string &hea
               std::string(row_indent, ' ') + heading);
 }
 
-// All items have the same indent, whatever their headings.
-void print_item(const char *heading, const std::string &text, const Style &style) {
-  put_wrapped(text, style.layout, row_indent + 5, std::string(row_indent, ' ') + heading);
-}
-
 // --- verdicts ---
 
 Colour code_colour(const ScopeReport &scope, std::size_t side) {
@@ -144,19 +139,19 @@ void print_twins(const ScopeReport &scope, const Style &style) {
 // The accepted differences and the fixes of a group.
 void print_fixes(const ScopeGroup &group, const Style &style) {
   const ScopeReport &scope = *group.scopes.front();
-  if (scope.accepted) print_item("accepted: ", describe_acceptance(*scope.accepted), style);
+  if (scope.accepted) print_indented(describe_acceptance(*scope.accepted), style, "accepted: ");
   for (const ParameterReport &parameter : scope.parameters) {
     if (parameter.accepted) {
-      print_item("accepted: ",
-                 parameter_key(parameter.type) + ": " + describe_acceptance(*parameter.accepted),
-                 style);
+      print_indented(
+          parameter_key(parameter.type) + ": " + describe_acceptance(*parameter.accepted), style,
+          "accepted: ");
     } else if (parameter.fix) {
-      print_item("fix: ", describe_fix(parameter.fix->fix, style.sides, &group), style);
+      print_indented(describe_fix(parameter.fix->fix, style.sides, &group), style, "fix: ");
       if (has_mode_change(parameter)) put_wrapped(mode_steps, style.layout, row_indent + 5);
     }
   }
   const std::string row = describe_missing_row(group, style.sides);
-  if (!row.empty()) print_item("fix: ", row, style);
+  if (!row.empty()) print_indented(row, style, "fix: ");
 }
 
 void print_group(const ScopeGroup &group, const Style &style) {

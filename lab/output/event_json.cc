@@ -55,8 +55,7 @@ void add_effect(const Event &event, Json &json) {
 
 // Lists the pairs that do not agree.
 void add_summary(const FleetStatus &fleet, Json &json) {
-  for (const auto &outcome : {std::optional(Outcome::agree), std::optional(Outcome::disagree),
-                              std::optional(Outcome::incomplete), std::optional<Outcome>()}) {
+  for (const auto &outcome : all_outcomes) {
     json["counts"][outcome_word(outcome)] = count_pairs(fleet, outcome);
   }
   Json &pairs = json["pairs"] = Json::array();

@@ -208,10 +208,7 @@ Lines list_event(const Event &event) {
 }  // namespace
 
 std::string describe_causes(const PairReport &report) {
-  std::vector<std::string> off;
-  for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(switch_names[side]);
-  }
+  const std::vector<std::string> off = list_sides_off(report, switch_names);
   const Outcome outcome = find_outcome(report);
   if (outcome == Outcome::incomplete) return describe_incomplete(report.incomplete.front().reason);
   if (outcome == Outcome::agree) return off.empty() ? "" : "spanning tree is off on both";

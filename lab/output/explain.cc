@@ -141,12 +141,6 @@ Items explain_routed() {
           {"extracted", "only if a multi-chassis trunk exists; else it is accepted unread"}};
 }
 
-// Parses a code without its 0x: "40DD003B".
-std::optional<uint32_t> bare_code(const std::string &what) {
-  constexpr std::size_t digits = 8;
-  return what.size() == digits ? parse_number("0x" + what) : std::nullopt;
-}
-
 // Explains the fields that belong to no parameter, and the parameters of the other fields.
 void explain_fields(const std::vector<const Field *> &found, std::vector<Items> &parts) {
   if (found.empty()) return;
@@ -178,7 +172,10 @@ bool explain(const std::string &what, const Layout &layout) {
   if (command != nullptr) parts.push_back(explain_command(*command));
   if (number == routed_only) parts.push_back(explain_routed());
   if (parts.empty()) explain_fields(find_fields(what), parts);
-  const auto code = bare_code(what) ? bare_code(what) : find_result(what);
+  // "40DD003B" is a code, too.
+  constexpr std::size_t code_digits = 8;
+  const auto bare_code = what.size() == code_digits ? parse_number("0x" + what) : std::nullopt;
+  const auto code = bare_code ? bare_code : find_result(what);
   if (code && (parts.empty() || *code <= 1 || *code > UINT16_MAX)) {
     parts.push_back(explain_code(*code));
     const Parameter *mismatching = parameter_of_mismatch(*code);

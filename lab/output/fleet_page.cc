@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
 
 #include "output/events.h"
 #include "output/metrics.h"
@@ -40,12 +39,6 @@ bool is_selected(const PairStatus &status, const FleetFilter &filter) {
   return strcasestr(text.c_str(), filter.name.c_str()) != nullptr;
 }
 
-std::map<std::optional<Outcome>, std::size_t> count_outcomes(const FleetStatus &fleet) {
-  std::map<std::optional<Outcome>, std::size_t> counts;
-  for (const PairStatus &status : fleet) ++counts[status.outcome];
-  return counts;
-}
-
 // --- HTML ---
 
 // Percent-encodes all but the unreserved characters.
@@ -71,11 +64,10 @@ std::string link_verdict(const std::string &verdict, const std::string &text, st
 }
 
 std::string write_filters(const FleetStatus &fleet, const FleetFilter &filter) {
-  auto counts = count_outcomes(fleet);
   std::string links = link_verdict("", "all", fleet.size(), filter);
   for (const auto &outcome : all_outcomes) {
     const char *word = outcome_word(outcome);
-    links += link_verdict(word, word, counts[outcome], filter);
+    links += link_verdict(word, word, count_pairs(fleet, outcome), filter);
   }
   return fmt::format(R"(<nav id="verdicts" data-live aria-label="Pairs by verdict"><ul>
 {}</ul></nav>
@@ -128,12 +120,10 @@ std::string write_pairs(const FleetStatus &fleet, const FleetFilter &filter, Wal
 // The page reloads every few seconds, with or without scripts.
 std::string write_fleet_page(const FleetStatus &fleet, const FleetFilter &filter, WallTime now) {
   constexpr const char *words[] = {"Agreement", "Disagreement", "Not compared"};
-  auto counts = count_outcomes(fleet);
-  const auto *worst = find_in(all_outcomes, [&](auto outcome) { return counts[outcome] > 0; });
-  const std::optional<Outcome> outcome = worst != nullptr ? *worst : std::nullopt;
+  const std::optional<Outcome> outcome = find_fleet_outcome(fleet);
   const std::string heading =
       fmt::format("{}: {} of {}", outcome ? words[std::size_t(*outcome)] : "Unknown",
-                  counts[outcome], format_count(fleet.size(), "pair"));
+                  count_pairs(fleet, outcome), format_count(fleet.size(), "pair"));
   return write_document(
       {.title = heading,
        .head = "<noscript><meta http-equiv=\"refresh\" content=\"5\"></noscript>\n",

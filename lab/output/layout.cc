@@ -123,8 +123,7 @@ std::vector<std::size_t> find_column_widths(const std::vector<std::vector<Cell>>
       least[i] = std::max(least[i], min_width((*row)[i].text));
     }
   }
-  const std::size_t gaps = column_gap * (titles.size() - 1);
-  room -= std::min(room, gaps);
+  room -= column_gap * (titles.size() - 1);
   narrow_columns(widths, least, room);
   for (std::size_t &title : titles) title = std::max(title, min_column_width);
   narrow_columns(widths, titles, room);
@@ -199,11 +198,9 @@ void put_line(const std::string &text, std::size_t indent) {
 
 void put_wrapped(const Cell &text, const Layout &layout, std::size_t indent,
                  const std::string &heading) {
-  const std::size_t room = layout.width > indent ? layout.width - indent : 1;
   std::string before = as_shown(heading);
-  const std::string overflow = before.size() > indent ? before.substr(indent) : "";
   before.resize(indent, ' ');
-  for (const std::string &line : wrap(overflow + as_shown(add_colour(text, layout)), room)) {
+  for (const std::string &line : wrap(as_shown(add_colour(text, layout)), layout.width - indent)) {
     if (line.empty()) before.erase(before.find_last_not_of(' ') + 1);
     fmt::print("{}{}\n", before, line);
     before.assign(indent, ' ');
@@ -217,8 +214,7 @@ void put_table(const std::vector<Cell> &heading, const std::vector<std::vector<C
   for (auto &row : cells) {
     for (Cell &cell : row) cell.text = as_shown(cell.text);
   }
-  const std::size_t room = layout.width > table_margin ? layout.width - table_margin : 1;
-  const std::vector<std::size_t> most = find_column_widths(cells, room);
+  const std::vector<std::size_t> most = find_column_widths(cells, layout.width - table_margin);
   // Wrapped columns can be narrower than their share.
   std::vector<std::size_t> widths(heading.size());
   std::vector<std::vector<Lines>> lines;

@@ -9,7 +9,7 @@ namespace lab {
 
 struct Layout {
   bool colour = false;
-  std::size_t width = 80;  // columns
+  std::size_t width = 80;  // columns, at least 40
 };
 
 // The layout of standard output, from its terminal and the environment. `color`: "auto", "always"
@@ -44,7 +44,7 @@ std::string wrapped(const std::string &text, std::size_t width);
 // Prints an indented line without wrapping it.
 void put_line(const std::string &text, std::size_t indent = 0);
 
-// Prints wrapped, indented lines. A heading replaces the first indent, and may be longer.
+// Prints wrapped, indented lines. A heading of at most the indent replaces the first indent.
 void put_wrapped(const Cell &text, const Layout &layout, std::size_t indent = 0,
                  const std::string &heading = "");
 

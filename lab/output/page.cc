@@ -15,11 +15,7 @@ namespace {
 // --- the verdict ---
 
 std::string describe_heading(const PairReport &report) {
-  const SideNames &names = side_names(report);
-  std::vector<std::string> off;
-  for (std::size_t side = 0; side < names.size(); ++side) {
-    if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(names[side]);
-  }
+  const std::vector<std::string> off = list_sides_off(report, side_names(report));
   const Outcome outcome = find_outcome(report);
   return (outcome == Outcome::agree ? "The pair agrees"
           : outcome == Outcome::disagree
@@ -112,10 +108,6 @@ struct Section {
   const char *title;
   std::string content;
 };
-
-std::string link_section(const Section &section) {
-  return fmt::format("<li><a href=\"#{}\">{}</a></li>\n", section.id, section.title);
-}
 
 std::string write_section(const Section &section) {
   return fmt::format(R"(<section id="{0}" aria-labelledby="{0}-heading">
@@ -247,7 +239,7 @@ std::string write_page(const PairReport &report) {
   std::string main;
   for (const Section &section : sections) {
     if (section.content.empty()) continue;
-    links += link_section(section);
+    links += fmt::format("<li><a href=\"#{}\">{}</a></li>\n", section.id, section.title);
     main += write_section(section);
   }
   return write_document(

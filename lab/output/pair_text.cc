@@ -21,14 +21,9 @@ void print_incomplete(const PairReport &report, const Layout &layout) {
 }
 
 Cell verdict_cell(const PairReport &report) {
-  switch (find_outcome(report)) {
-    case Outcome::agree:
-      return {"The pair agrees.", Colour::green};
-    case Outcome::disagree:
-      return {"The pair does NOT agree.", Colour::red};
-    case Outcome::incomplete:
-      break;
-  }
+  const Outcome outcome = find_outcome(report);
+  if (outcome == Outcome::agree) return {"The pair agrees.", Colour::green};
+  if (outcome == Outcome::disagree) return {"The pair does NOT agree.", Colour::red};
   return {std::string("NOT COMPARED: ") + describe_incomplete(report.incomplete.front().reason),
           Colour::yellow};
 }
@@ -74,15 +69,14 @@ void print_comparison(const PairReport &report, const Style &style) {
   if (find_reasons(report).contains(Reason::warnings)) {
     put_line("Warnings remain, which --strict does not allow.");
   }
-  std::vector<std::string> off;
   for (std::size_t side = 0; side < style.sides.size(); ++side) {
     const SideReport &of_side = report.sides[side];
     put_wrapped(fmt::format("{}: {}{}, spanning tree {}", style.sides[side],
                             of_side.name.empty() ? "" : of_side.name + ", from ", of_side.source,
                             spanning_tree_name(of_side.spanning_tree)),
                 layout);
-    if (of_side.spanning_tree == SpanningTree::off) off.emplace_back(style.sides[side]);
   }
+  const std::vector<std::string> off = list_sides_off(report, style.sides);
   if (off.empty()) {
     const Vlans &twins = report.twin_vlans;
     put_wrapped("twin VLANs: " + (twins.none() ? "none" : vlan_text(twins)), layout, 4);

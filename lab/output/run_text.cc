@@ -19,17 +19,15 @@ std::string describe_entries(const std::vector<Entry> &entries) {
   }));
 }
 
-// " on 2 member ports: 0x1001, 0x1003"; consecutive records of a port count once.
+// " on 2 member ports: 0x1001, 0x1003". Consecutive records of a port count once.
 std::string describe_record_ports(const std::vector<ParameterRecord> &records) {
-  constexpr std::size_t most = 4;
+  constexpr std::size_t most_ports = 4;
   auto ports = describe_each(records, [](const ParameterRecord &record) { return record.port; });
   std::erase(ports, "");
   ports.erase(std::unique(ports.begin(), ports.end()), ports.end());
-  const std::size_t count = ports.size();
-  if (count == 0) return "";
-  if (count > most) ports.resize(most);
-  return fmt::format(" on {}: {}{}", format_count(count, "member port"), join(ports),
-                     count > most ? ", ..." : "");
+  if (ports.empty()) return "";
+  return fmt::format(" on {}: {}", format_count(ports.size(), "member port"),
+                     list_first(ports, most_ports));
 }
 
 Cell answer_cell(const SwitchReport &report) {
@@ -147,13 +145,13 @@ void print_unmet_step(const StepReport &step, const Style &style) {
 }
 
 void print_end(const RunReport &report, const Style &style) {
-  const auto &[expected, met] = std::pair(report.expected, report.met);
-  const std::string text =
-      expected == 0    ? "nothing was expected"
-      : met < expected ? fmt::format("{} of {} expectations not met", expected - met, expected)
-      : expected == 1  ? "the one expectation holds"
-                       : fmt::format("all {} expectations hold", expected);
-  put_line(add_colour({text, met == expected ? Colour::green : Colour::red}, style.layout));
+  const std::size_t count = report.expected;
+  const std::size_t unmet = count - report.met;
+  const std::string text = count == 0   ? "nothing was expected"
+                           : unmet > 0  ? fmt::format("{} of {} expectations not met", unmet, count)
+                           : count == 1 ? "the one expectation holds"
+                                        : fmt::format("all {} expectations hold", count);
+  put_line(add_colour({text, unmet == 0 ? Colour::green : Colour::red}, style.layout));
   put_line("");
 }
 

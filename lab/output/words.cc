@@ -179,6 +179,14 @@ std::string describe_acceptance(const Acceptance &acceptance) {
   return acceptance.reason + (acceptance.until.empty() ? "" : " (until " + acceptance.until + ")");
 }
 
+std::vector<std::string> list_sides_off(const PairReport &report, const SideNames &names) {
+  std::vector<std::string> off;
+  for (std::size_t side = 0; side < names.size(); ++side) {
+    if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(names[side]);
+  }
+  return off;
+}
+
 const char *describe_incomplete(Incomplete reason) {
   return reason == Incomplete::no_channels
              ? "neither switch has a multi-chassis channel"

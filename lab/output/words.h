@@ -63,6 +63,9 @@ std::string describe_acceptance(const Acceptance &acceptance);
 
 // --- pairs ---
 
+// The names of the sides with spanning tree off.
+std::vector<std::string> list_sides_off(const PairReport &report, const SideNames &names);
+
 // "neither switch has a multi-chassis channel".
 const char *describe_incomplete(Incomplete reason);
 
