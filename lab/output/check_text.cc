@@ -29,7 +29,7 @@ Colour code_colour(const ScopeReport &scope, std::size_t side) {
 void print_inconsistent_ports(const ScopeReport &scope, const Style &style) {
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     for (const InconsistentPort &port : scope.inconsistent[side]) {
-      print_indented({fmt::format("INCONSISTENT on the {}: {}", switch_names[side],
+      print_indented({fmt::format("INCONSISTENT on the {}: {}", style.sides[side],
                                   describe_inconsistent_port(port, scope.scope.ends[side])),
                       Colour::red},
                      style);
