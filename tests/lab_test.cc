@@ -29,7 +29,7 @@ TEST_F(Lab, ShowsBothSidesAndTheVerdicts) {
             "    mst-region-name  east   west   different\n"
             "    channel 10: 0x1000 on the left, 0x2000 on the right\n"
             "    DIFFERENT: ifi-port-type   (STP_MCEC_ERR_TYPE1_IFI_PORT_TYPE, 0x40DD0043)\n"
-            "    INCONSISTENT on the left: port 0x1001 is not set like 0x1000: ifi-port-type\n"
+            "    INCONSISTENT on the left: port 0x1001 differs from 0x1000: ifi-port-type\n"
             "    parameter      left       right         comparison\n"
             "    ifi-port-type  Edge Port  Network Port  different\n"
             "    channel 11\n"

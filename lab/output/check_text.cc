@@ -94,12 +94,10 @@ std::array<Cell, 2> value_cells(const ParameterReport &parameter, const Style &s
     if (text) text = visible(*text);
     is_long = is_long || (text && text->size() > long_value);
   }
-  if (texts[0] && texts[1] && is_long) {
-    const Difference only = difference(type, *parameter.values[0], *parameter.values[1]);
-    if (!only.left.empty() || !only.right.empty()) {
-      return {difference_cell(type, style.sides[0], only.left),
-              difference_cell(type, style.sides[1], only.right)};
-    }
+  const Difference only = find_difference(parameter);
+  if (is_long && (!only.left.empty() || !only.right.empty())) {
+    return {difference_cell(type, style.sides[0], only.left),
+            difference_cell(type, style.sides[1], only.right)};
   }
   const bool is_list = type == STP_MCEC_TYPE1_STP_ENDIS || type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
   for (auto &text : texts) {

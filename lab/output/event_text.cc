@@ -77,17 +77,15 @@ std::string describe_value(const FieldValue *value) {
 // "root_guard true->(none)" for each field that has changed.
 std::vector<std::string> describe_fields(const RowChange &change) {
   const char *arrow = is_utf8_locale() ? "\u2192" : "->";
+  Row all = change.before.value_or(Row{});
+  if (change.after) all.insert(change.after->begin(), change.after->end());
   std::vector<std::string> fields;
-  for (const auto *row : {&change.before, &change.after}) {
-    for (const auto &[name, value] : row->value_or(Row{})) {
-      const FieldValue *before = find_value(change.before, name);
-      const FieldValue *after = find_value(change.after, name);
-      const bool is_repeated = row == &change.after && before != nullptr;
-      if (is_repeated || (before && after && *before == *after)) continue;
-      fields.push_back(printable(name) + " " +
-                       (change.before ? describe_value(before) + arrow : "") +
-                       describe_value(after));
-    }
+  for (const auto &[name, value] : all) {
+    const FieldValue *before = find_value(change.before, name);
+    const FieldValue *after = find_value(change.after, name);
+    if (before && after && *before == *after) continue;
+    fields.push_back(printable(name) + " " + (change.before ? describe_value(before) + arrow : "") +
+                     describe_value(after));
   }
   return fields;
 }
@@ -121,7 +119,7 @@ std::string describe_effect(const Event &event) {
     effects.push_back(describe_scope_change(scope, event.effect));
   }
   for (const std::string &scope : event.effect.gone) {
-    effects.push_back(name_scope(scope) + " is gone");
+    effects.push_back(name_scope(scope) + " was removed");
   }
   std::string text = list_first(effects, most_scopes, "; ");
   if (event.outcome != event.outcome_before) {

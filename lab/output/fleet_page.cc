@@ -79,7 +79,7 @@ std::string write_filters(const FleetStatus &fleet, const FleetFilter &filter) {
 </form>
 <p id="stale" role="alert" hidden>The server does not respond. This page may be out of date.</p>
 )",
-                     links, escaped(filter.name), escaped(filter.verdict));
+                     links, escape_html(filter.name), escape_html(filter.verdict));
 }
 
 std::string write_pair(const PairStatus &status, WallTime now) {
@@ -143,7 +143,7 @@ std::string write_unknown_page(const PairStatus &status, WallTime now) {
     main += fmt::format("<p><a href=\"{}?last\">The last comparison</a> was valid until {}.</p>\n",
                         encode_url(name), describe_time(status.compared));
   }
-  return write_document({.title = "Unknown: " + escaped(name),
+  return write_document({.title = "Unknown: " + escape_html(name),
                          .head = "<meta http-equiv=\"refresh\" content=\"5\">\n",
                          .look = find_look({}),
                          .what = fmt::format("{} and {}, at {}.", isolate(status.sources[0]),

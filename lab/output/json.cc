@@ -73,11 +73,9 @@ Json parameter_to_json(const ParameterReport &parameter, const SideNames &names)
   const auto texts = find_value_texts(parameter);
   json.update(sides_json([&](auto side) { return json_or_null(texts[side]); }));
   json["states"] = sides_json([&](auto side) { return state_name(parameter.states[side]); });
-  if (parameter.values[0] && parameter.values[1] && parameter.values[0] != parameter.values[1]) {
-    const Difference only = difference(parameter.type, *parameter.values[0], *parameter.values[1]);
-    if (!only.left.empty() || !only.right.empty()) {
-      json["difference"] = {{"left", only.left}, {"right", only.right}};
-    }
+  const Difference only = find_difference(parameter);
+  if (!only.left.empty() || !only.right.empty()) {
+    json["difference"] = {{"left", only.left}, {"right", only.right}};
   }
   if (const auto &digests = parameter.digests) {
     json["digest"] = sides_json([&](auto side) { return json_or_null((*digests)[side]); });

@@ -56,7 +56,7 @@ std::size_t width_of(std::string_view text) {
   return measure(text).columns;
 }
 
-// The width of the longest word: a wrapped text needs it so that no word is cut.
+// The width of the longest word, which a text needs to wrap without cutting words.
 std::size_t min_width(std::string_view text) {
   std::size_t longest = 0;
   while (!text.empty()) {
@@ -130,7 +130,7 @@ std::vector<std::size_t> find_column_widths(const std::vector<std::vector<Cell>>
   return widths;
 }
 
-// Formats a row of a table: the wrapped cells side by side.
+// Formats a row of a table: the lines of its cells side by side.
 std::string format_row(const std::vector<Cell> &cells, const std::vector<Lines> &lines,
                        const std::vector<std::size_t> &widths, const Layout &layout) {
   std::string out;

@@ -44,11 +44,11 @@ std::string wrapped(const std::string &text, std::size_t width);
 // Prints an indented line without wrapping it.
 void put_line(const std::string &text, std::size_t indent = 0);
 
-// Prints wrapped, indented lines. A heading of at most the indent replaces the first indent.
+// Prints indented lines and wraps them. A heading of at most the indent replaces the first indent.
 void put_wrapped(const Cell &text, const Layout &layout, std::size_t indent = 0,
                  const std::string &heading = "");
 
-// Prints a table. Cells that are wider than their share of the terminal are wrapped.
+// Prints a table. Cells wider than their share of the terminal span several lines.
 void put_table(const std::vector<Cell> &heading, const std::vector<std::vector<Cell>> &rows,
                const Layout &layout);
 

@@ -129,7 +129,7 @@ std::string_view find_beginning(std::string_view text) {
 
 }  // namespace
 
-std::string escaped(std::string_view text, const char *comma) {
+std::string escape_html(std::string_view text, const char *comma) {
   const std::pair<char, const char *> entities[] = {{'&', "&amp;"},  {'<', "&lt;"},   {'>', "&gt;"},
                                                     {'"', "&quot;"}, {'\'', "&#39;"}, {',', comma}};
   std::string html;
@@ -141,7 +141,7 @@ std::string escaped(std::string_view text, const char *comma) {
 }
 
 std::string isolate(std::string_view text) {
-  return "<bdi>" + escaped(text, ",<wbr>") + "</bdi>";
+  return "<bdi>" + escape_html(text, ",<wbr>") + "</bdi>";
 }
 
 std::string fold_text(const std::string &text, const std::string &what) {
@@ -243,8 +243,8 @@ std::string write_page(const PairReport &report) {
     main += write_section(section);
   }
   return write_document(
-      {.title = fmt::format("{}: {} and {}", heading, escaped(name_side(report.sides[0])),
-                            escaped(name_side(report.sides[1]))),
+      {.title = fmt::format("{}: {} and {}", heading, escape_html(name_side(report.sides[0])),
+                            escape_html(name_side(report.sides[1]))),
        .look = find_look(find_outcome(report)),
        .what = fmt::format(
            "Spanning-tree settings of {}. Generated {} by mcec-lab {}.",

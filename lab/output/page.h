@@ -16,7 +16,7 @@ std::string write_page(const PairReport &report);
 // --- parts of pages ---
 
 // Escapes a text for elements and quoted attributes.
-std::string escaped(std::string_view text, const char *comma = ",");
+std::string escape_html(std::string_view text, const char *comma = ",");
 
 // Escapes a text and isolates its direction of writing. Lines may break after commas.
 std::string isolate(std::string_view text);

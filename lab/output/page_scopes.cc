@@ -24,14 +24,11 @@ std::string write_value(const ParameterReport &parameter, std::size_t side) {
   const auto text = find_value_texts(parameter)[side];
   if (!text) return "<span class=\"none\">not sent</span>";
   std::string html;
-  const auto &[left, right] = parameter.values;
-  if (left && right && left != right) {
-    const Difference both = difference(parameter.type, *left, *right);
-    const std::string &only = side == 0 ? both.left : both.right;
+  const Difference both = find_difference(parameter);
+  const std::string &only = side == 0 ? both.left : both.right;
+  if (!only.empty()) {
     const char *off = parameter.type == STP_MCEC_TYPE1_STP_ENDIS ? "off " : "";
-    if (!only.empty()) {
-      html = fmt::format("<div class=\"only\">{}only here: {}</div>", off, fold_text(only));
-    }
+    html = fmt::format("<div class=\"only\">{}only here: {}</div>", off, fold_text(only));
   }
   html += fold_text(*text);
   if (parameter.digests && (*parameter.digests)[side]) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "draimiofaf/types.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
@@ -96,6 +97,11 @@ std::vector<std::string> list_keys(const std::vector<uint16_t> &types) {
   return describe_each(types, parameter_key);
 }
 
+Difference find_difference(const ParameterReport &parameter) {
+  const auto &[left, right] = parameter.values;
+  return left && right ? difference(parameter.type, *left, *right) : Difference{};
+}
+
 std::string describe_result(uint32_t code, const char *success) {
   return fmt::format("{} (0x{:08X})", code == 0 ? success : result_name(code), code);
 }
@@ -171,7 +177,7 @@ std::string describe_states(const ParameterReport &parameter, const SideNames &n
 }
 
 std::string describe_inconsistent_port(const InconsistentPort &port, const PairScope::End &end) {
-  return fmt::format("port {} is not set like {}: {}", port.name,
+  return fmt::format("port {} differs from {}: {}", port.name,
                      end.present ? end.port_name : "the first", join(list_keys(port.types)));
 }
 

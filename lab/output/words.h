@@ -8,6 +8,8 @@
 
 namespace lab {
 
+struct Difference;
+
 // The names of the sides of a report.
 using SideNames = std::array<const char *, 2>;
 inline constexpr SideNames intended_names = {"intended", "actual"};
@@ -27,6 +29,9 @@ std::string format_verb(std::size_t count, const char *verb);
 std::vector<std::string> list_keys(const std::vector<uint16_t> &types);
 
 // --- checks ---
+
+// What only one side has of VLANs that both sides send; else empty.
+Difference find_difference(const ParameterReport &parameter);
 
 // "STP_MCEC_ERR_TYPE1_LOOP_GUARD (0x40DD0040)", "ok (0x00000000)".
 std::string describe_result(uint32_t code, const char *success = "ok");
@@ -55,7 +60,7 @@ const char *state_name(State state);
 std::string describe_states(const ParameterReport &parameter,
                             const SideNames &names = switch_names);
 
-// "port Ethernet4 is not set like Ethernet0: loop-guard".
+// "port Ethernet4 differs from Ethernet0: ifi-port-guard".
 std::string describe_inconsistent_port(const InconsistentPort &port, const PairScope::End &end);
 
 // "a reason (until 2026-12-31)".
