@@ -62,6 +62,7 @@ TEST_F(Lab, GatesAComparison) {
       {"guarded open --quiet", 1, ""},
       {"--intended guarded open", 1, "root_guard: true on actual\n"},
       {"--intended plan.yaml none", 1, "    intended MISSING on the actual: loop-guard"},
+      {"--intended plan.yaml none", 1, "fix: loop-guard: enabled on actual\n"},
       {"--intended guarded open none", 2, "RIGHT excludes --intended"},
       {"guarded open --patch actual -", 2, "expected left, right or both\n"},
       {"guarded none --patch left -", 1,

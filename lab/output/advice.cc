@@ -118,11 +118,13 @@ std::string place_text(const Change &change) {
   return change.table + '|' + change.key + ' ' + change.field;
 }
 
-// "true on right, or false on left". Sides with an empty text are left out.
+// "true on right, or false on left". Sides with an empty text are left out, and an intended state,
+// which does not change.
 template <class Describe>
 std::string describe_sides(const SideNames &names, Describe describe) {
   std::vector<std::string> texts;
   for (const std::size_t side : {1U, 0U}) {
+    if (side == 0 && names == intended_names) continue;
     const std::string text = describe(side);
     if (!text.empty()) texts.push_back(text + " on " + names[side]);
   }
