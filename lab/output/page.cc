@@ -103,20 +103,6 @@ std::string write_notes(const PairReport &report) {
                      items);
 }
 
-struct Section {
-  const char *id;
-  const char *title;
-  std::string content;
-};
-
-std::string write_section(const Section &section) {
-  return fmt::format(R"(<section id="{0}" aria-labelledby="{0}-heading">
-<h2 id="{0}-heading">{1}</h2>
-{2}</section>
-)",
-                     section.id, section.title, section.content);
-}
-
 constexpr std::size_t max_unfolded = 120;
 constexpr std::size_t fold_summary = 60;
 
@@ -227,7 +213,11 @@ std::string write_document(const Document &document) {
 
 std::string write_page(const PairReport &report) {
   const std::string heading = describe_heading(report);
-  const Section sections[] = {
+  const struct {
+    const char *id;
+    const char *title;
+    std::string content;
+  } sections[] = {
       {"summary", "Summary by parameter", write_parameter_summary(report)},
       {"differ", "Scopes that differ", write_scope_tables(report, ScopeClass::different)},
       {"accepted", "Scopes with accepted differences",
@@ -237,10 +227,14 @@ std::string write_page(const PairReport &report) {
       {"notes", "Notes", write_notes(report)}};
   std::string links;
   std::string main;
-  for (const Section &section : sections) {
-    if (section.content.empty()) continue;
-    links += fmt::format("<li><a href=\"#{}\">{}</a></li>\n", section.id, section.title);
-    main += write_section(section);
+  for (const auto &[id, title, content] : sections) {
+    if (content.empty()) continue;
+    links += fmt::format("<li><a href=\"#{}\">{}</a></li>\n", id, title);
+    main += fmt::format(R"(<section id="{0}" aria-labelledby="{0}-heading">
+<h2 id="{0}-heading">{1}</h2>
+{2}</section>
+)",
+                        id, title, content);
   }
   return write_document(
       {.title = fmt::format("{}: {} and {}", heading, escape_html(name_side(report.sides[0])),

@@ -112,9 +112,9 @@ void print_pair_counts(PairCounts counts) {
   const auto &agree = counts[Outcome::agree];
   const auto &differing = counts[Outcome::disagree];
   const auto &failed = counts[Outcome::incomplete];
-  put_line(fmt::format("{} pairs: {} agree, {} differ, {} not compared",
-                       agree.size() + differing.size() + failed.size(), agree.size(),
-                       differing.size(), failed.size()));
+  const std::size_t count = agree.size() + differing.size() + failed.size();
+  put_line(fmt::format("{}: {} agree, {} differ, {} not compared", format_count(count, "pair"),
+                       agree.size(), differing.size(), failed.size()));
   for (const auto *lines : {&failed, &differing}) {
     for (const std::string &line : *lines) put_line(line, 4);
   }
