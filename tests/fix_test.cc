@@ -48,7 +48,7 @@ TEST(Capture, NotesWhatIsWorthALook) {
            R"("GLOBAL": {"mode": "mst", "max_age": "7"}}})",
        "spanning-tree-on-one-half PortChannel1: Spanning tree is enabled on right only.\n"
        "vlan-on-one-half PortChannel1: Only left carries VLAN 2, and only right VLAN 3.\n"
-       "port-setting PortChannel1: The ports differ in what no parameter covers: link_type (x on "
+       "port-setting PortChannel1: Port settings that no parameter covers differ: link_type (x on "
        "left, not set on right).\n"
        "timer switch: Timers differ: max-hops (9 on left, not set on right).\n"
        "domain switch: The multi-chassis domains differ: system-id (not set on left, x on right).\n"

@@ -75,7 +75,7 @@ TEST(Fleet, AnswersRequests) {
     std::vector<const char *> has_not;
   } rows[] = {
       {{"/", {}},
-       {"4 of 4 pairs", "Not known: 1 of 4", ">&lt;i&gt;&quot;",
+       {"4 of 4 pairs", "Unknown: 1 of 4", ">&lt;i&gt;&quot;",
         "pair/%3Ci%3E%22%5C%20100%25%2F%C3%BC\"", "agree: 2</a>"},
        {"<i>"}},
       {{"/", {}},

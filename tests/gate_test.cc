@@ -35,8 +35,9 @@ TEST_F(Lab, GatesAComparison) {
   put("bad",
       "- scope: switch\n  reason: x\n  note: lost\n- {scope: x, until: 2026-02-30, reason: y}\n");
   put("guards",
-      "- {scope: 'PortChannel*', parameter: ifi-port-guard, left: Root, reason: r, until: "
-      "2999-01-01}\n");
+      "- {scope: 'PortChannel*', parameter: ifi-port-guard, left: Root, reason: the server "
+      "moves to another room by then, until: 2999-01-01}\n");
+  put("plan.yaml", "parameters: {stp-mode: mst, mst-region-name: x, loop-guard: enabled}");
   put("old",
       "- {scope: 'PortChannel*', parameter: ifi-port-guard, reason: r, until: 2001-01-01}\n");
   const struct {
@@ -52,12 +53,16 @@ TEST_F(Lab, GatesAComparison) {
       {"guarded open", 1, "    PortChannel10-69 (60 channels)\n    DIFFERENT: ifi-port-guard"},
       {"guarded open", 1,
        "fix: STP_PORT|PortChannel10-69 root_guard: true on right, or false on left\n"},
-      {"guarded open --accept guards", 0, "accepted: ifi-port-guard: r (until 2999-01-01)\n"},
+      {"guarded open --accept guards", 0,
+       "    accepted: ifi-port-guard: the server moves to another room by then (until\n"
+       "              2999-01-01)\n"},
       {"guarded open --accept guards --strict", 1, "Warnings remain"},
       {"guarded open --accept old", 1,
        "The accepted difference at line 1 has expired on 2001-01-01."},
       {"guarded open --quiet", 1, ""},
       {"--intended guarded open", 1, "root_guard: true on actual\n"},
+      {"--intended plan.yaml none", 1, "    intended MISSING on the actual: loop-guard"},
+      {"--intended plan.yaml none", 1, "fix: loop-guard: enabled on actual\n"},
       {"--intended guarded open none", 2, "RIGHT excludes --intended"},
       {"guarded open --patch actual -", 2, "expected left, right or both\n"},
       {"guarded none --patch left -", 1,
@@ -71,7 +76,7 @@ TEST_F(Lab, GatesAComparison) {
     EXPECT_LT(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 70) << row.arguments;
     EXPECT_TRUE(*row.text != '\0' || outcome.out.empty()) << outcome.out;
   }
-  for (const char *name : {"none", "guarded", "open", "gap", "bad", "guards", "old"}) {
+  for (const char *name : {"none", "guarded", "open", "gap", "bad", "guards", "old", "plan.yaml"}) {
     unlink((folder + "/" + name).c_str());
   }
 }

@@ -380,7 +380,7 @@ def test_files(folder):
         (lambda: replace(dump("false")), f"right {PORT} root_guard true->false: PortChannel10 no longer agrees "
          "(ifi-port-guard); the pair does not agree"),
         (lambda: replace(dump("true")[:99]), r"right .*: the dump is cut off"),
-        (lambda: None, "right: the verdict is not known"),
+        (lambda: None, "right: the verdict is unknown"),
         (lambda: replace(dump("true")), r"right STP_PORT.* false->true: PortChannel10 now agrees; the pair agrees"),
         (path.unlink, "right is disconnected: No such file or directory"),
         (lambda: replace(dump("false")), r"right is connected: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),

@@ -11,66 +11,74 @@
 namespace lab {
 namespace {
 
-// Where a configuration dump has the parameter, the fix is in its words, else in those of commands.
+// A fix names the field of a configuration dump, or only the command if dumps have no such field.
 constexpr Advice advice_table[] = {
     {STP_MCEC_TYPE1_STP_MODE,
-     "The two halves of a channel send different BPDUs, so the device behind it hears two bridges "
-     "where it should hear one. Between the switches themselves only one common tree is left.",
-     "Give both the same mode: STP|GLOBAL mode, mst or pvst; or the command stp-mode."},
+     "The halves of a channel send different BPDUs, so the attached device sees two bridges "
+     "instead of one. Between the two switches, only the common spanning tree works.",
+     "Configure the same mode on both switches: STP|GLOBAL mode, mst or pvst; or the command "
+     "stp-mode."},
     {STP_MCEC_TYPE1_STP_ENDIS,
-     "On such a VLAN one half of a channel forwards whatever comes, while the other follows the "
-     "tree. A loop through the half without spanning tree is not broken.",
-     "Let spanning tree run on the same VLANs of the channels: STP_VLAN|VlanN enabled, true or "
-     "false on both; or the command stp-endis."},
+     "On such a VLAN, one half of a channel forwards all frames and the other half follows "
+     "spanning tree. A loop through the half without spanning tree is not blocked.",
+     "Enable spanning tree on a twin VLAN on both switches or on neither: STP_VLAN|VlanN enabled, "
+     "true or false; or the command stp-endis."},
     {STP_MCEC_TYPE1_MST_REGION_NAME,
-     "The switches are two regions, and between regions all VLANs follow one common tree: what the "
-     "instances spread over several links is blocked on all but one.",
-     "Give both regions one name: STP_MST|GLOBAL name. Without a name a region is called after its "
-     "switch's own address, so two of them never agree."},
+     "The switches are in different MST regions. Between regions, all VLANs follow one common "
+     "tree: of several links, all but one are blocked for every instance.",
+     "Configure the same region name on both switches: STP_MST|GLOBAL name. Without a name, a "
+     "region is named after the address of its switch, so two such regions always differ."},
     {STP_MCEC_TYPE1_MST_REGION_REVISION,
-     "The switches are two regions, as with two names. It happens when a change of the region has "
-     "reached one switch only.",
-     "Make the change on the other, too, then the revision: STP_MST|GLOBAL revision, one number on "
-     "both."},
+     "The switches are in different MST regions, with the same effect as different names. The "
+     "usual cause is a change of the region on one switch only.",
+     "Make the change on the other switch too, then configure the same revision on both: "
+     "STP_MST|GLOBAL revision."},
     {STP_MCEC_TYPE1_MST_REGION_VI_MAP,
-     "The digests of the maps differ, so the switches are two regions, as with two names. Where "
-     "the common tree uses a link that does not carry a VLAN, that VLAN is cut off.",
-     "Give each instance the same VLANs: STP_MST_INST|MST_INSTANCE|N vlan_list. It counts where a "
-     "VLAN is, not in what order it is listed."},
+     "The digests of the maps differ, so the switches are in different MST regions, with the same "
+     "effect as different names. A VLAN is cut off where the common tree uses a link that does "
+     "not carry it.",
+     "Assign each VLAN to the same instance on both switches: STP_MST_INST|MST_INSTANCE|N "
+     "vlan_list. The order of the list does not matter."},
     {STP_MCEC_TYPE1_LOOP_GUARD,
      "When BPDUs stop on a link that still carries frames, the switch with loop guard blocks its "
-     "port and the other lets its own forward: a loop through the half without it.",
-     "Switch it on on both, or off: the command gbl-loopguard. Dumps say nothing of it."},
+     "port, but the other switch forwards: a loop through the half without loop guard.",
+     "Enable or disable loop guard on both switches: the command gbl-loopguard. Dumps do not "
+     "contain this setting."},
     {STP_MCEC_TYPE1_BRIDGE_ASSURANCE,
-     "A network port with bridge assurance is blocked when its neighbour is silent; a switch "
-     "without it is silent on ports that only listen. Links go down although nothing is broken.",
-     "Switch it on on both, or off: the command gbl-bridge-assurance. Dumps say nothing of it."},
+     "A network port with bridge assurance is blocked when it receives no BPDUs. A switch without "
+     "bridge assurance sends no BPDUs on ports that only receive them, so working links are "
+     "blocked.",
+     "Enable or disable bridge assurance on both switches: the command gbl-bridge-assurance. Dumps "
+     "do not contain this setting."},
     {STP_MCEC_TYPE1_GBL_PORT_TYPE,
-     "Ports without a type of their own take this one: one half of a channel forwards at once, "
-     "drops BPDUs or is shut down by one, where the other takes part in the tree.",
-     "Give both the same defaults: the commands gbl-edge, gbl-edge-bpduguard, gbl-edge-bpdufilter "
-     "and gbl-network. Dumps say nothing of them."},
+     "Ports without a type of their own use this default: one half of a channel forwards "
+     "immediately, drops BPDUs or is shut down by a BPDU, while the other half takes part in "
+     "spanning tree.",
+     "Configure the same defaults on both switches: the commands gbl-edge, gbl-edge-bpduguard, "
+     "gbl-edge-bpdufilter and gbl-network. Dumps do not contain these settings."},
     {STP_MCEC_TYPE1_GBL_MST_SIMULATE_PVST,
-     "Where a device behind a channel runs Rapid-PVST, the half with the simulation talks to it "
-     "and the other half is blocked.",
-     "Switch it on on both, or off: the command gbl-mst-simulate-pvst. Dumps say nothing of it."},
-    {STP_MCEC_TYPE1_IFI_PORT_TYPE,
-     "One half of the channel forwards at once, the other waits for the tree. What is wired "
-     "wrongly behind the channel loops through the edge half until the first BPDU comes.",
-     "Give both halves one type: STP_PORT|PortChannelN edge_port in mst, portfast in pvst, true or "
-     "false on both; or the command if-port-type."},
-    {STP_MCEC_TYPE1_IFI_PORT_GUARD,
-     "When a better bridge appears behind the channel, the half with root guard is blocked, and "
-     "the other takes that bridge for the root: what is sent over the blocked half is lost.",
-     "Guard both halves, or none: STP_PORT|PortChannelN root_guard, true or false on both; or the "
-     "command if-guard."},
-    {STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST,
-     "Where the device behind the channel runs Rapid-PVST, the half with the simulation talks to "
+     "If a device on a channel runs Rapid-PVST, the half with PVST simulation interoperates with "
      "it and the other half is blocked.",
-     "Set both halves alike: the command if-mst-simulate-pvst. Dumps say nothing of it."},
+     "Enable or disable PVST simulation on both switches: the command gbl-mst-simulate-pvst. Dumps "
+     "do not contain this setting."},
+    {STP_MCEC_TYPE1_IFI_PORT_TYPE,
+     "One half of the channel forwards immediately, the other half waits for spanning tree. A loop "
+     "behind the channel stays open through the edge half until the first BPDU arrives.",
+     "Configure the same type on both halves: STP_PORT|PortChannelN edge_port in mst, portfast in "
+     "pvst, true or false; or the command if-port-type."},
+    {STP_MCEC_TYPE1_IFI_PORT_GUARD,
+     "When the channel receives superior BPDUs, the half with root guard is blocked and the other "
+     "half accepts the new root bridge. Frames sent over the blocked half are lost.",
+     "Configure root guard on both halves or on neither: STP_PORT|PortChannelN root_guard, true or "
+     "false; or the command if-guard."},
+    {STP_MCEC_TYPE1_IFI_MST_SIMULATE_PVST,
+     "If the device on the channel runs Rapid-PVST, the half with PVST simulation interoperates "
+     "with it and the other half is blocked.",
+     "Configure the same value on both halves: the command if-mst-simulate-pvst. Dumps do not "
+     "contain this setting."},
 };
 
-// Sorted by type, with a row for each.
+// The table is sorted by type and complete.
 #define LAB_TYPE(name, type, ...) type,
 constexpr uint16_t advised_types[] = {STP_MCEC_TYPE1_PARAMETERS(LAB_TYPE)};
 #undef LAB_TYPE
@@ -80,24 +88,28 @@ static_assert(std::equal(std::begin(advice_table), std::end(advice_table),
 
 struct FieldMeaning {
   std::string_view table;
-  std::string_view field;  // empty: the row, and every field that has no meaning of its own
+  std::string_view field;  // empty: the row, and every field without an entry of its own
   const char *meaning;
 };
 
+// The fields of no parameter. The first entry that matches applies.
 constexpr FieldMeaning field_meanings[] = {
-    {"DEVICE_METADATA", "mac", "The switch's address; without a name, the region is called by it."},
-    {"DEVICE_METADATA", "hostname", "The switch's name."},
+    {"DEVICE_METADATA", "mac",
+     "The address of the switch. A region without a name is named after it."},
+    {"DEVICE_METADATA", "hostname", "The name of the switch."},
     {"VLAN", "", "The VLAN exists."},
     {"VLAN_MEMBER", "",
      "The interface carries the VLAN. A VLAN that a multi-chassis channel carries on both switches "
-     "is a twin: spanning tree must run on it on both, or on neither."},
-    {"STP_PORT", "enabled", "Spanning tree runs on the interface; a difference is noted."},
-    {"MCLAG_DOMAIN", "peer_link", "The peer link: without one, a multi-chassis channel is noted."},
-    {"MCLAG_DOMAIN", "", "Names the peers of the domain; a difference is noted."},
+     "is a twin VLAN: enable spanning tree on it on both switches or on neither."},
+    {"STP_PORT", "enabled",
+     "Spanning tree is enabled on the interface; a note reports a difference."},
+    {"MCLAG_DOMAIN", "peer_link",
+     "The peer link; a note reports a switch that has multi-chassis channels and no peer link."},
+    {"MCLAG_DOMAIN", "", "Identifies the peers of the domain; a note reports a difference."},
     {"MCLAG_INTERFACE", "",
-     "The channel is multi-chassis, and the channel of the same name on the peer is its other "
-     "half. Where one switch lacks the row, add it there, or remove it from the other."},
-    {"", "", "A timer; a difference is noted."},
+     "The channel is multi-chassis; the channel of the same name on the peer is its other half. If "
+     "only one switch has the row, add it on the other switch or remove it."},
+    {"", "", "A timer; a note reports a difference."},
 };
 
 // --- fixes ---
@@ -106,12 +118,13 @@ std::string place_text(const Change &change) {
   return change.table + '|' + change.key + ' ' + change.field;
 }
 
-// "true on right, or false on left": a fix names first what brings the right side into line. A side
-// without a text is left out.
+// "true on right, or false on left". Sides with an empty text are left out, and an intended state,
+// which does not change.
 template <class Describe>
 std::string describe_sides(const SideNames &names, Describe describe) {
   std::vector<std::string> texts;
   for (const std::size_t side : {1U, 0U}) {
+    if (side == 0 && names == intended_names) continue;
     const std::string text = describe(side);
     if (!text.empty()) texts.push_back(text + " on " + names[side]);
   }
@@ -131,8 +144,8 @@ std::string describe_changes(const Fix &fix, const SideNames &names) {
   });
 }
 
-// How a side would have the VLANs of a group.
-std::string word_text(const Fix &fix, uint32_t word) {
+// The new state of the VLANs of a group: "in instance 2", "true", "listed".
+std::string describe_word(const Fix &fix, uint32_t word) {
   if (fix.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) return "in instance " + std::to_string(word);
   if (fix.field != nullptr) return word != 0 ? "false" : "true";
   return word != 0 ? "listed" : "not listed";
@@ -140,13 +153,13 @@ std::string word_text(const Fix &fix, uint32_t word) {
 
 std::string describe_vlan_groups(const Fix &fix, const SideNames &names) {
   constexpr std::size_t most_groups = 4;
-  // A side of two that cannot be patched is left out.
+  // If only one side can be patched, the other is left out.
   const bool is_any = !fix.alone[0] && !fix.alone[1];
   std::vector<std::string> texts;
   for (std::size_t i = 0; i < std::min(fix.groups.size(), most_groups); ++i) {
     const VlanGroup &group = fix.groups[i];
     const auto describe = [&](std::size_t side) {
-      return is_any || fix.alone[side] ? word_text(fix, group.words[1 - side]) : "";
+      return is_any || fix.alone[side] ? describe_word(fix, group.words[1 - side]) : "";
     };
     texts.push_back(vlan_words(group.vlans) + " " + describe_sides(names, describe));
   }
@@ -167,7 +180,7 @@ std::string describe_settings(const Fix &fix, const SideNames &names) {
          });
 }
 
-// The fix for all scopes of its group.
+// The fix of one scope, with the name of its group in place of the channel.
 Fix widen_fix(Fix fix, const ScopeGroup &group) {
   for (auto &changes : fix.alone) {
     if (!changes || fix.channel.empty()) continue;
@@ -181,27 +194,28 @@ Fix widen_fix(Fix fix, const ScopeGroup &group) {
 
 }  // namespace
 
-const Advice &advice_on(uint16_t type) {
+const Advice &find_advice(uint16_t type) {
   return *std::ranges::find(advice_table, type, &Advice::type);
 }
 
-const char *field_meaning(const Field &field) {
-  const auto is_meant = [&](const FieldMeaning &row) {
+const char *describe_field(const Field &field) {
+  const auto matches = [&](const FieldMeaning &row) {
     return row.table.empty() ||
            (row.table == field.table && (row.field.empty() || row.field == field.name));
   };
-  return std::ranges::find_if(field_meanings, is_meant)->meaning;
+  return std::ranges::find_if(field_meanings, matches)->meaning;
 }
 
 std::string describe_fix(const Fix &fix, const SideNames &names, const ScopeGroup *group) {
   if (group != nullptr) return describe_fix(widen_fix(fix, *group), names);
   if (!fix.groups.empty()) return describe_vlan_groups(fix, names);
   if (fix.kind == Fix::Kind::with_mode) {
-    return fmt::format("it goes with {}|{} {}", fix.field->table, fix.field->key, fix.field->name);
+    return fmt::format("fixed by the change of {}|{} {}", fix.field->table, fix.field->key,
+                       fix.field->name);
   }
   if (fix.kind == Fix::Kind::common_name) {
-    const Change &named = (*fix.both)[0][0];
-    return place_text(named) + ": one name on both, for instance " + joined(*named.value);
+    const Change &change = (*fix.both)[0][0];
+    return place_text(change) + ": one name on both, for instance " + joined(*change.value);
   }
   const bool is_any = !fix.alone[0] && !fix.alone[1];
   return is_any ? describe_settings(fix, names) : describe_changes(fix, names);

@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "draimiofaf/types.h"
 #include "output/print.h"
@@ -11,17 +12,12 @@ namespace {
 
 constexpr std::size_t row_indent = 4;
 
-// Of longer values that differ only what one side alone has is printed.
+// Of longer values that differ, only the differences are printed.
 constexpr std::size_t long_value = 24;
 
 void print_indented(const Cell &text, const Style &style, const std::string &heading = "") {
   put_wrapped(text, style.layout, row_indent + heading.size(),
               std::string(row_indent, ' ') + heading);
-}
-
-// Behind a heading, whose length is not that of the indent.
-void print_item(const char *heading, const std::string &text, const Style &style) {
-  put_wrapped(text, style.layout, row_indent + 5, std::string(row_indent, ' ') + heading);
 }
 
 // --- verdicts ---
@@ -33,7 +29,7 @@ Colour code_colour(const ScopeReport &scope, std::size_t side) {
 void print_inconsistent_ports(const ScopeReport &scope, const Style &style) {
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     for (const InconsistentPort &port : scope.inconsistent[side]) {
-      print_indented({fmt::format("INCONSISTENT on the {}: {}", switch_names[side],
+      print_indented({fmt::format("INCONSISTENT on the {}: {}", style.sides[side],
                                   describe_inconsistent_port(port, scope.scope.ends[side])),
                       Colour::red},
                      style);
@@ -54,9 +50,11 @@ void print_verdicts(const ScopeReport &scope, const Style &style) {
   } else if (describe(0) == describe(1)) {
     print_indented({describe(0), agrees ? Colour::yellow : Colour::red}, style);
   } else {
+    const auto &[left, right] = style.sides;
+    const std::size_t width = std::max(std::strlen(left), std::strlen(right)) + 1;
     for (std::size_t side = 0; side < style.sides.size(); ++side) {
       print_indented({describe(side), agrees ? Colour::yellow : code_colour(scope, side)}, style,
-                     fmt::format("{:6}", style.sides[side]));
+                     fmt::format("{:{}}", style.sides[side], width));
     }
   }
   print_inconsistent_ports(scope, style);
@@ -73,14 +71,14 @@ Cell state_cell(const ParameterReport &parameter, const Style &style) {
   return {text, is_different(parameter) ? Colour::red : is_same ? Colour::green : Colour::yellow};
 }
 
-// The beginning of a long list.
+// Cuts a long list behind one of its items.
 std::string cut_list(const std::string &text) {
   if (text.size() <= 2 * long_value) return text;
   const std::size_t end = text.find_last_of(",;", 2 * long_value - 4);
   return text.substr(0, end == text.npos ? 0 : end) + ",...";
 }
 
-// What a side alone has of a long value.
+// The part of a long value that only one side has.
 Cell difference_cell(uint16_t type, const char *side, const std::string &text) {
   if (text.empty()) return "nothing more";
   const bool is_disabled = type == STP_MCEC_TYPE1_STP_ENDIS;
@@ -96,12 +94,10 @@ std::array<Cell, 2> value_cells(const ParameterReport &parameter, const Style &s
     if (text) text = visible(*text);
     is_long = is_long || (text && text->size() > long_value);
   }
-  if (texts[0] && texts[1] && is_long) {
-    const Difference only = difference(type, *parameter.values[0], *parameter.values[1]);
-    if (!only.left.empty() || !only.right.empty()) {
-      return {difference_cell(type, style.sides[0], only.left),
-              difference_cell(type, style.sides[1], only.right)};
-    }
+  const Difference only = find_difference(parameter);
+  if (is_long && (!only.left.empty() || !only.right.empty())) {
+    return {difference_cell(type, style.sides[0], only.left),
+            difference_cell(type, style.sides[1], only.right)};
   }
   const bool is_list = type == STP_MCEC_TYPE1_STP_ENDIS || type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
   for (auto &text : texts) {
@@ -116,7 +112,7 @@ void print_parameters(const ScopeReport &scope, const Style &style) {
     const auto [left, right] = value_cells(parameter, style);
     rows.push_back({parameter_key(parameter.type), left, right, state_cell(parameter, style)});
   }
-  if (rows.empty()) return put_line("neither switch has a parameter to send", row_indent);
+  if (rows.empty()) return put_line("neither switch sends a parameter", row_indent);
   put_table({"parameter", style.sides[0], style.sides[1], "comparison"}, rows, style.layout);
   for (const ParameterReport &parameter : scope.parameters) {
     for (std::size_t side = 0; parameter.digests && side < style.sides.size(); ++side) {
@@ -138,22 +134,22 @@ void print_twins(const ScopeReport &scope, const Style &style) {
   }
 }
 
-// What to do about a group of scopes, once for all of them.
+// The accepted differences and the fixes of a group.
 void print_fixes(const ScopeGroup &group, const Style &style) {
   const ScopeReport &scope = *group.scopes.front();
-  if (scope.accepted) print_item("accepted: ", describe_acceptance(*scope.accepted), style);
+  if (scope.accepted) print_indented(describe_acceptance(*scope.accepted), style, "accepted: ");
   for (const ParameterReport &parameter : scope.parameters) {
     if (parameter.accepted) {
-      print_item("accepted: ",
-                 parameter_key(parameter.type) + ": " + describe_acceptance(*parameter.accepted),
-                 style);
+      print_indented(
+          parameter_key(parameter.type) + ": " + describe_acceptance(*parameter.accepted), style,
+          "accepted: ");
     } else if (parameter.fix) {
-      print_item("fix: ", describe_fix(parameter.fix->fix, style.sides, &group), style);
+      print_indented(describe_fix(parameter.fix->fix, style.sides, &group), style, "fix: ");
       if (has_mode_change(parameter)) put_wrapped(mode_steps, style.layout, row_indent + 5);
     }
   }
   const std::string row = describe_missing_row(group, style.sides);
-  if (!row.empty()) print_item("fix: ", row, style);
+  if (!row.empty()) print_indented(row, style, "fix: ");
 }
 
 void print_group(const ScopeGroup &group, const Style &style) {
@@ -175,17 +171,17 @@ void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
   add_count("inconsistent ports", summary.inconsistent, causes);
   add_count("accepted", summary.accepted, causes);
   const std::size_t count = summary.disagreeing;
-  print_indented({fmt::format("looked at {}; {} differ{}{}{}", count_of(checks.size(), "scope"),
-                              count == 0 ? "none" : std::to_string(count), count <= 1 ? "s" : "",
-                              causes.empty() ? "" : ": ", join(causes)),
-                  count == 0 ? Colour::green : Colour::red},
-                 style);
+  print_indented(
+      {fmt::format("checked {}; {}{}{}", format_count(checks.size(), "scope"),
+                   format_verb(count, "differ"), causes.empty() ? "" : ": ", join(causes)),
+       count == 0 ? Colour::green : Colour::red},
+      style);
 }
 
 }  // namespace
 
 void print_checks(const std::vector<ScopeReport> &checks, const Style &style) {
-  if (checks.empty()) put_line("neither switch has such a channel", row_indent);
+  if (checks.empty()) put_line("neither switch has the channel", row_indent);
   std::vector<const ScopeReport *> printed;
   for (const ScopeReport &scope : checks) {
     if (!style.only_different || !is_agreed(scope) || has_accepted(scope)) {
@@ -196,14 +192,14 @@ void print_checks(const std::vector<ScopeReport> &checks, const Style &style) {
   if (checks.size() > 1) print_summary(checks, style);
 }
 
-void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::size_t side,
+void print_scope_change(const ScopeReport &now, const ScopeReport &then, std::size_t side,
                         const Style &style) {
   std::vector<std::vector<Cell>> rows;
   std::vector<std::string> differing;
   std::vector<std::string> agreeing;
   for (const ParameterReport &parameter : then.parameters) {
     const ParameterReport *before = find_in(
-        now.parameters, [&](const ParameterReport &of) { return of.type == parameter.type; });
+        now.parameters, [&](const ParameterReport &each) { return each.type == parameter.type; });
     if (before != nullptr && *before == parameter) continue;
     const std::string key = parameter_key(parameter.type);
     const auto texts = find_value_texts(parameter);
@@ -215,11 +211,11 @@ void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::si
     if (!is_different(parameter) && was_different) agreeing.push_back(key);
   }
   print_indented({describe_scope(then), Colour::bold}, style);
-  for (std::size_t judge = 0; judge < switch_names.size(); ++judge) {
+  for (std::size_t i = 0; i < switch_names.size(); ++i) {
     print_indented(
-        fmt::format("now {}; then {}", describe_code(now, judge),
-                    coloured({describe_code(then, judge), code_colour(then, judge)}, style.layout)),
-        style, fmt::format("{:6}", switch_names[judge]));
+        fmt::format("now {}; then {}", describe_code(now, i),
+                    add_colour({describe_code(then, i), code_colour(then, i)}, style.layout)),
+        style, fmt::format("{:6}", switch_names[i]));
   }
   if (!rows.empty()) {
     const std::string name = switch_names[side];
@@ -229,10 +225,10 @@ void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::si
   print_twins(then, style);
   print_inconsistent_ports(then, style);
   if (!differing.empty()) {
-    print_indented({"would put out of step: " + join(differing, " "), Colour::red}, style);
+    print_indented({"would then differ: " + join(differing, " "), Colour::red}, style);
   }
   if (!agreeing.empty()) {
-    print_indented({"would bring into step: " + join(agreeing, " "), Colour::green}, style);
+    print_indented({"would then agree: " + join(agreeing, " "), Colour::green}, style);
   }
 }
 

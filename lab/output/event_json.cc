@@ -21,7 +21,7 @@ Json value_to_json(const FieldValue &value) {
   return list_json(std::get<std::vector<std::string>>(value), printable);
 }
 
-// The fields of a row that are not the same in the other one; null where there is no such row.
+// The fields of a row that differ from the other row; null if the row does not exist.
 Json fields_to_json(const std::optional<Row> &row, const std::optional<Row> &other) {
   if (!row) return nullptr;
   Json fields = Json::object();
@@ -53,10 +53,9 @@ void add_effect(const Event &event, Json &json) {
   if (!event.effect.gone.empty()) json["gone"] = event.effect.gone;
 }
 
-// The pairs that do not agree are listed.
+// Lists the pairs that do not agree.
 void add_summary(const FleetStatus &fleet, Json &json) {
-  for (const auto &outcome : {std::optional(Outcome::agree), std::optional(Outcome::disagree),
-                              std::optional(Outcome::incomplete), std::optional<Outcome>()}) {
+  for (const auto &outcome : all_outcomes) {
     json["counts"][outcome_word(outcome)] = count_pairs(fleet, outcome);
   }
   Json &pairs = json["pairs"] = Json::array();

@@ -14,12 +14,12 @@ constexpr std::size_t most_scopes = 4;
 constexpr std::size_t most_parameters = 12;
 constexpr std::size_t longest_field = 60;
 
-// Of many lines the first, and how many more there are.
+// Keeps the first lines and adds the number of the others: "and 3 more rows".
 Lines limit_lines(Lines lines, const std::string &start, const char *what) {
   if (lines.size() <= most_lines) return lines;
   const std::size_t more = lines.size() - most_lines;
   lines.resize(most_lines);
-  lines.push_back(fmt::format("{}and {} more {}", start, more, what));
+  lines.push_back(start + "and " + format_count(more, what));
   return lines;
 }
 
@@ -76,18 +76,16 @@ std::string describe_value(const FieldValue *value) {
 
 // "root_guard true->(none)" for each field that has changed.
 std::vector<std::string> describe_fields(const RowChange &change) {
-  const char *arrow = takes_utf8() ? "\u2192" : "->";
+  const char *arrow = is_utf8_locale() ? "\u2192" : "->";
+  Row all = change.before.value_or(Row{});
+  if (change.after) all.insert(change.after->begin(), change.after->end());
   std::vector<std::string> fields;
-  for (const auto *row : {&change.before, &change.after}) {
-    for (const auto &[name, value] : row->value_or(Row{})) {
-      const FieldValue *before = find_value(change.before, name);
-      const FieldValue *after = find_value(change.after, name);
-      const bool is_listed = row == &change.after && before != nullptr;
-      if (is_listed || (before && after && *before == *after)) continue;
-      fields.push_back(printable(name) + " " +
-                       (change.before ? describe_value(before) + arrow : "") +
-                       describe_value(after));
-    }
+  for (const auto &[name, value] : all) {
+    const FieldValue *before = find_value(change.before, name);
+    const FieldValue *after = find_value(change.after, name);
+    if (before && after && *before == *after) continue;
+    fields.push_back(printable(name) + " " + (change.before ? describe_value(before) + arrow : "") +
+                     describe_value(after));
   }
   return fields;
 }
@@ -102,7 +100,7 @@ std::string describe_row(const RowChange &change) {
 }
 
 std::string describe_scope_change(const ScopeReport &scope, const ChangeEffect &effect) {
-  // By whether it agreed before, where it was there.
+  // By the state before: none, disagreed, agreed.
   constexpr const char *agrees[] = {" is new and agrees", " now agrees", " still agrees"};
   constexpr const char *differs[] = {" is new and does not agree", " still does not agree",
                                      " no longer agrees"};
@@ -115,13 +113,13 @@ std::string describe_scope_change(const ScopeReport &scope, const ChangeEffect &
 
 // "PortChannel10 now agrees; the pair agrees".
 std::string describe_effect(const Event &event) {
-  if (!event.outcome) return "the verdict is not known";
+  if (!event.outcome) return "the verdict is unknown";
   std::vector<std::string> effects;
   for (const ScopeReport &scope : event.effect.checks) {
     effects.push_back(describe_scope_change(scope, event.effect));
   }
   for (const std::string &scope : event.effect.gone) {
-    effects.push_back(name_scope(scope) + " is gone");
+    effects.push_back(name_scope(scope) + " was removed");
   }
   std::string text = list_first(effects, most_scopes, "; ");
   if (event.outcome != event.outcome_before) {
@@ -131,7 +129,7 @@ std::string describe_effect(const Event &event) {
 }
 
 Lines list_change(const Event &event) {
-  Lines lines = limit_lines(describe_each(event.rows, describe_row), "", "rows");
+  Lines lines = limit_lines(describe_each(event.rows, describe_row), "", "more row");
   if (event.rows.size() != 1) lines.emplace_back("together");
   lines.back() += ": " + describe_effect(event);
   return lines;
@@ -140,13 +138,12 @@ Lines list_change(const Event &event) {
 // --- the other kinds ---
 
 Lines list_connection(const Event &event, const std::string &start) {
-  if (!event.comparison) return {start + "the verdict is not known"};
+  if (!event.comparison) return {start + "the verdict is unknown"};
   Lines lines = {start + describe_verdict(*event.comparison)};
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     const std::string &source = event.comparison->sides[side].source;
     if (event.notifications[side] || source.find("://") == source.npos) continue;
-    lines.push_back(
-        fmt::format("{} sends no notifications; it is read again and again", switch_names[side]));
+    lines.push_back(fmt::format("{} sends no notifications and is polled", switch_names[side]));
   }
   return lines;
 }
@@ -157,8 +154,8 @@ Lines list_errors(const Event &event) {
     const std::string place = place_of(error);
     return side + " " + (place.empty() ? event.source : place) + ": " + text_of(error);
   });
-  lines = limit_lines(std::move(lines), side + " ", "errors");
-  lines.push_back(side + ": the verdict is not known");
+  lines = limit_lines(std::move(lines), side + " ", "more error");
+  lines.push_back(side + ": the verdict is unknown");
   return lines;
 }
 
@@ -173,8 +170,8 @@ Lines list_notes(const Event &event) {
 }
 
 Lines list_fleet(const FleetStatus &fleet) {
-  Lines lines = {fmt::format("{} pairs: {} agree, {} disagree, {} incomplete, {} not known",
-                             fleet.size(), count_pairs(fleet, Outcome::agree),
+  Lines lines = {fmt::format("{}: {} agree, {} disagree, {} incomplete, {} unknown",
+                             format_count(fleet.size(), "pair"), count_pairs(fleet, Outcome::agree),
                              count_pairs(fleet, Outcome::disagree),
                              count_pairs(fleet, Outcome::incomplete), count_pairs(fleet, {}))};
   for (const PairStatus &pair : fleet) {
@@ -209,10 +206,7 @@ Lines list_event(const Event &event) {
 }  // namespace
 
 std::string describe_causes(const PairReport &report) {
-  std::vector<std::string> off;
-  for (std::size_t side = 0; side < switch_names.size(); ++side) {
-    if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(switch_names[side]);
-  }
+  const std::vector<std::string> off = list_sides_off(report, switch_names);
   const Outcome outcome = find_outcome(report);
   if (outcome == Outcome::incomplete) return describe_incomplete(report.incomplete.front().reason);
   if (outcome == Outcome::agree) return off.empty() ? "" : "spanning tree is off on both";
@@ -227,7 +221,7 @@ std::string describe_causes(const PairReport &report) {
 }
 
 std::string describe_unknown(const PairStatus &status) {
-  const std::string unknown = "the verdict is not known";
+  const std::string unknown = "the verdict is unknown";
   if (!status.unknown) return unknown;
   const auto &[kind, side, reason, error] = *status.unknown;
   if (kind == UnknownCause::Kind::failed) return unknown + ": " + reason;

@@ -32,41 +32,41 @@ std::vector<std::string> keys_set_by(const CommandInfo &command) {
 struct Explanation {
   uint32_t code;
   const char *meaning;
-  const char *who;
-  const char *look;
+  const char *origin;
+  const char *check;
 };
 
 constexpr Explanation explanations[] = {
-    {0, "Success. Of a check: what was compared agrees.", "every operation",
-     "Nothing. Parameters that this mode does not compare may still differ: see the table of a "
-     "check."},
-    {STP_MCEC_RESULT_NO_BLOCK, "A block that is handed to the caller could not be allocated.",
+    {0, "Success. For a check: all compared parameters agree.", "all operations",
+     "Nothing. Parameters that are not compared in this mode may differ; the table of a check "
+     "shows them."},
+    {STP_MCEC_RESULT_NO_BLOCK, "A block for the caller could not be allocated.",
      "the export, the report and the extractors",
-     "The memory of the process. A command that failed so was refused; its value may be cached."},
+     "The memory of the process. The command was refused, but its value may be cached."},
     {STP_MCEC_RESULT_PVRST_REFUSED,
      "The mode command refused Rapid-PVST: too many user VLANs are configured.", "the mode command",
      "How many user VLANs the switch has; 507 are accepted, or use MST."},
     {STP_MCEC_ERR_FAILURE,
-     "The check could not be carried out: no spanning-tree mode is cached, the cached mode is "
-     "neither MST nor Rapid-PVST, or the peer did not send a parameter that is compared.",
-     "the checks; also the mismatch code of a type that is no parameter",
-     "Whether this switch has a mode cached, and which parameter is missing at the peer."},
-    {STP_MCEC_ERR_NO_MEMORY, "An entry of the cache could not be allocated.",
+     "The check failed: no spanning-tree mode is cached, the cached mode is neither MST nor "
+     "Rapid-PVST, or the peer did not send a parameter that is compared.",
+     "the checks; also the mismatch code of an unknown parameter type",
+     "Whether this switch has a mode in its cache, and which parameter the peer does not send."},
+    {STP_MCEC_ERR_NO_MEMORY, "A cache entry could not be allocated.",
      "cache update, rebuild and the extractors", "The memory of the process."},
     {STP_MCEC_ERR_INVALID_ARG,
      "A required argument is missing or out of range, or a message or command is unknown.",
      "checks, report, rebuild and the extractors",
-     "The request: its identifier, its attributes and the lengths that they claim."},
+     "The request: its identifier, its attributes and their lengths."},
     {STP_MCEC_ERR_TYPE1_PARAM_NULL, "One of the two arrays of a check is missing.", "the checks",
      "Whether the peer has sent its parameters."},
     {STP_MCEC_ERR_NO_MCEC_INFO, "The interface has no multi-chassis port channel.",
-     "the membership query, and an interface command whose ports all left their channels meanwhile",
-     "The membership of the ports that the command names."},
+     "the membership query, and an interface command whose ports have all left their channels",
+     "The membership of the ports of the command."},
 };
 
 constexpr Explanation foreign_code = {
-    0, "No code of this library: it passes on those of the platform's TLV library.",
-    "whatever reads or writes an array", "The line before it in the event history, and the array."};
+    0, "Not a code of this library, which also returns the codes of the platform's TLV library.",
+    "operations that read or write an array", "The last line of the event history, and the array."};
 
 // "STP_PORT|PortChannelN portfast, in Rapid-PVST".
 std::string describe_field_place(const Field &field) {
@@ -79,23 +79,22 @@ std::string describe_field_place(const Field &field) {
 
 Items explain_parameter(const Parameter &parameter) {
   const std::string display_name = stp_mcec_type1_cfg_type_to_str(parameter.type);
-  Items items = {
-      {"parameter",
-       fmt::format("{} (type {}, {})", parameter.key, parameter.type, parameter.enumerator)},
-      {"called", fmt::format("\"{}\", in reports \"{}\"", display_name, title(parameter))},
-      {"scope", scope_of(parameter)},
-      {"length", std::to_string(parameter.length) + " bytes"},
-      {"default", describe_default(parameter)},
-      {"values", value_help(parameter)}};
+  Items items = {{"parameter", fmt::format("{} (type {}, {})", parameter.key, parameter.type,
+                                           parameter.enumerator)},
+                 {"name", fmt::format("\"{}\", in reports \"{}\"", display_name, title(parameter))},
+                 {"scope", scope_of(parameter)},
+                 {"length", std::to_string(parameter.length) + " bytes"},
+                 {"default", describe_default(parameter)},
+                 {"values", value_help(parameter)}};
   if (parameter.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) {
     items.emplace_back("digest",
-                       "Bridges do not show the map itself, but its IEEE 802.1Q "
-                       "configuration digest; that of the default is " +
+                       "Switches display the IEEE 802.1Q configuration digest of the map; the "
+                       "digest of the default is " +
                            region_digest(default_value(parameter)) + ".");
   }
-  const Advice &advice = advice_on(parameter.type);
+  const Advice &advice = find_advice(parameter.type);
   items.emplace_back("mismatch", describe_result(parameter.mismatch));
-  items.emplace_back("goes wrong", advice.harm);
+  items.emplace_back("effect", advice.effect);
   items.emplace_back("fix", advice.fix);
   for (const Field &field : fields()) {
     if (field.type == parameter.type) items.emplace_back("field", describe_field_place(field));
@@ -110,47 +109,39 @@ Items explain_command(const CommandInfo &command) {
   return {{"command",
            fmt::format("{} (identifier {}, {})", command.key, command.id, command.enumerator)},
           {"extractor", command.extractor},
-          {"asked", command.is_gated ? "only while a multi-chassis trunk exists"
-                                     : "always; port by port, whether it is a member"},
+          {"extracted", command.is_gated ? "only if a multi-chassis trunk exists"
+                                         : "always, for the member ports of a channel"},
           {"sets", join(keys_set_by(command))}};
 }
 
 Items explain_code(uint32_t code) {
   Items items = {{"result", describe_result(code, "success")}};
   if (const Parameter *parameter = parameter_of_mismatch(code)) {
-    items.emplace_back("means",
-                       fmt::format("The parameter \"{}\" is the first that differs between the "
-                                   "peers.",
-                                   stp_mcec_type1_cfg_type_to_str(parameter->type)));
-    items.emplace_back("from", "the checks");
-    items.emplace_back("look at",
-                       "Its value on both switches: a check in the lab shows them side by side.");
+    items.emplace_back("meaning", fmt::format("\"{}\" is the first parameter that differs.",
+                                              stp_mcec_type1_cfg_type_to_str(parameter->type)));
+    items.emplace_back("returned by", "the checks");
+    items.emplace_back("check",
+                       "Its value on both switches: a check in the lab prints them side by side.");
     return items;
   }
   const auto *known = std::ranges::find(explanations, code, &Explanation::code);
   const Explanation &explanation = known != std::end(explanations) ? *known : foreign_code;
-  items.emplace_back("means", explanation.meaning);
-  items.emplace_back("from", explanation.who);
-  items.emplace_back("look at", explanation.look);
+  items.emplace_back("meaning", explanation.meaning);
+  items.emplace_back("returned by", explanation.origin);
+  items.emplace_back("check", explanation.check);
   return items;
 }
 
-// An identifier that the library routes although it is no command.
+// The library routes this identifier although no command has it.
 constexpr uint32_t routed_only = 62;
 
 Items explain_routed() {
-  return {{"command", fmt::format("{}: no command of this library, but routed", routed_only)},
+  return {{"command", fmt::format("{}: not a command of this library, but routed", routed_only)},
           {"extractor", "stp_mcec_extract_gbl_params, which refuses it as an invalid identifier"},
-          {"asked", "only while a multi-chassis trunk exists; without one it is accepted unread"}};
+          {"extracted", "only if a multi-chassis trunk exists; else it is accepted unread"}};
 }
 
-// "40DD003B" as well as "0x40DD003B".
-std::optional<uint32_t> bare_code(const std::string &what) {
-  constexpr std::size_t digits = 8;
-  return what.size() == digits ? parse_number("0x" + what) : std::nullopt;
-}
-
-// The fields of no parameter that an operator means by a word, and the parameters of the others.
+// Explains the fields that belong to no parameter, and the parameters of the other fields.
 void explain_fields(const std::vector<const Field *> &found, std::vector<Items> &parts) {
   if (found.empty()) return;
   Items &items = parts.emplace_back();
@@ -160,7 +151,7 @@ void explain_fields(const std::vector<const Field *> &found, std::vector<Items> 
       types.insert(field->type);
     } else {
       items.emplace_back("field", describe_field_place(*field));
-      items.emplace_back("means", field_meaning(*field));
+      items.emplace_back("meaning", describe_field(*field));
     }
   }
   for (const uint16_t type : types) {
@@ -181,7 +172,10 @@ bool explain(const std::string &what, const Layout &layout) {
   if (command != nullptr) parts.push_back(explain_command(*command));
   if (number == routed_only) parts.push_back(explain_routed());
   if (parts.empty()) explain_fields(find_fields(what), parts);
-  const auto code = bare_code(what) ? bare_code(what) : find_result(what);
+  // "40DD003B" is a code, too.
+  constexpr std::size_t code_digits = 8;
+  const auto bare_code = what.size() == code_digits ? parse_number("0x" + what) : std::nullopt;
+  const auto code = bare_code ? bare_code : find_result(what);
   if (code && (parts.empty() || *code <= 1 || *code > UINT16_MAX)) {
     parts.push_back(explain_code(*code));
     const Parameter *mismatching = parameter_of_mismatch(*code);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
 
 #include "output/events.h"
 #include "output/metrics.h"
@@ -15,10 +14,10 @@
 namespace lab {
 namespace {
 
-// Which pairs a page shows.
+// Selects the pairs of a page.
 struct FleetFilter {
-  std::string verdict;  // as outcome_word() writes it; empty: all
-  std::string name;     // a part of the pair's name or of a source, in any case
+  std::string verdict;  // as outcome_word() returns it; empty: all
+  std::string name;     // substring of the pair's name or of a source, case-insensitive
 };
 
 // "12 s", "5 min", "3 h 12 min", "4 d 3 h".
@@ -32,7 +31,7 @@ std::string describe_age(WallTime::duration age) {
   return fmt::format("{} d {} h", hours / 24, hours % 24);
 }
 
-// --- which pairs ---
+// --- filters ---
 
 bool is_selected(const PairStatus &status, const FleetFilter &filter) {
   if (!filter.verdict.empty() && filter.verdict != outcome_word(status.outcome)) return false;
@@ -40,15 +39,9 @@ bool is_selected(const PairStatus &status, const FleetFilter &filter) {
   return strcasestr(text.c_str(), filter.name.c_str()) != nullptr;
 }
 
-std::map<std::optional<Outcome>, std::size_t> count_outcomes(const FleetStatus &fleet) {
-  std::map<std::optional<Outcome>, std::size_t> counts;
-  for (const PairStatus &status : fleet) ++counts[status.outcome];
-  return counts;
-}
-
 // --- HTML ---
 
-// What is special in a URL as %20.
+// Percent-encodes all but the unreserved characters.
 std::string encode_url(std::string_view text) {
   constexpr std::string_view plain =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
@@ -71,11 +64,10 @@ std::string link_verdict(const std::string &verdict, const std::string &text, st
 }
 
 std::string write_filters(const FleetStatus &fleet, const FleetFilter &filter) {
-  auto counts = count_outcomes(fleet);
   std::string links = link_verdict("", "all", fleet.size(), filter);
   for (const auto &outcome : all_outcomes) {
     const char *word = outcome_word(outcome);
-    links += link_verdict(word, word, counts[outcome], filter);
+    links += link_verdict(word, word, count_pairs(fleet, outcome), filter);
   }
   return fmt::format(R"(<nav id="verdicts" data-live aria-label="Pairs by verdict"><ul>
 {}</ul></nav>
@@ -85,30 +77,30 @@ std::string write_filters(const FleetStatus &fleet, const FleetFilter &filter) {
 <input type="hidden" name="verdict" value="{}">
 <button>Filter</button>
 </form>
-<p id="stale" role="alert" hidden>The watch does not answer: this page may be out of date.</p>
+<p id="stale" role="alert" hidden>The server does not respond. This page may be out of date.</p>
 )",
-                     links, escaped(filter.name), escaped(filter.verdict));
+                     links, escape_html(filter.name), escape_html(filter.verdict));
 }
 
 std::string write_pair(const PairStatus &status, WallTime now) {
-  const Look &look = look_of(status.outcome);
+  const Look &look = find_look(status.outcome);
   const std::string name = pair_name(status);
   std::string sources;
   if (!status.name.empty()) {
-    sources = fmt::format("<small>{} {}</small>", isolated(status.sources[0]),
-                          isolated(status.sources[1]));
+    sources =
+        fmt::format("<small>{} {}</small>", isolate(status.sources[0]), isolate(status.sources[1]));
   }
   std::string age;
   if (status.changed != WallTime{}) {
     age = fmt::format("{}<small>{}</small>", describe_age(now - status.changed),
                       describe_time(status.changed));
   }
-  const std::string why =
+  const std::string reason =
       status.outcome ? describe_causes(*status.comparison) : describe_unknown(status);
   return write_row(
       fmt::format("class=\"{}\"", look.name),
-      {fmt::format("<a href=\"pair/{}\">{}</a>{}", encode_url(name), isolated(name), sources),
-       write_state(look, outcome_word(status.outcome)), age, isolated(why)});
+      {fmt::format("<a href=\"pair/{}\">{}</a>{}", encode_url(name), isolate(name), sources),
+       write_state(look, outcome_word(status.outcome)), age, isolate(reason)});
 }
 
 std::string write_pairs(const FleetStatus &fleet, const FleetFilter &filter, WallTime now) {
@@ -121,45 +113,42 @@ std::string write_pairs(const FleetStatus &fleet, const FleetFilter &filter, Wal
       ++count;
     }
   }
-  return write_table("fleet", fmt::format("{} of {}", count, count_of(fleet.size(), "pair")),
-                     {"Pair", "Verdict", "For", "Why"}, rows);
+  return write_table("fleet", fmt::format("{} of {}", count, format_count(fleet.size(), "pair")),
+                     {"Pair", "Verdict", "Unchanged for", "Reason"}, rows);
 }
 
-// The page reads itself again every few seconds, by its script or without.
+// The page reloads every few seconds, with or without scripts.
 std::string write_fleet_page(const FleetStatus &fleet, const FleetFilter &filter, WallTime now) {
   constexpr const char *words[] = {"Agreement", "Disagreement", "Not compared"};
-  auto counts = count_outcomes(fleet);
-  const auto *worst = find_in(all_outcomes, [&](auto outcome) { return counts[outcome] > 0; });
-  const std::optional<Outcome> outcome = worst != nullptr ? *worst : std::nullopt;
+  const std::optional<Outcome> outcome = find_fleet_outcome(fleet);
   const std::string heading =
-      fmt::format("{}: {} of {}", outcome ? words[std::size_t(*outcome)] : "Not known",
-                  counts[outcome], count_of(fleet.size(), "pair"));
+      fmt::format("{}: {} of {}", outcome ? words[std::size_t(*outcome)] : "Unknown",
+                  count_pairs(fleet, outcome), format_count(fleet.size(), "pair"));
   return write_document(
       {.title = heading,
        .head = "<noscript><meta http-equiv=\"refresh\" content=\"5\"></noscript>\n",
        .contacts = "'self'",
-       .look = look_of(outcome),
+       .look = find_look(outcome),
        .what = "Spanning-tree settings of watched pairs, at " + describe_time(now) + ".",
        .heading = heading,
        .header = write_filters(fleet, filter),
        .main = write_content(write_pairs(fleet, filter, now))});
 }
 
-// In place of a comparison that may hold no more.
+// Replaces a comparison that may be out of date.
 std::string write_unknown_page(const PairStatus &status, WallTime now) {
   const std::string name = pair_name(status);
-  std::string main = "<p>" + isolated(describe_unknown(status)) + "</p>\n";
+  std::string main = "<p>" + isolate(describe_unknown(status)) + "</p>\n";
   if (status.comparison) {
-    main +=
-        fmt::format("<p><a href=\"{}?last\">The last comparison</a>, which held until {}.</p>\n",
-                    encode_url(name), describe_time(status.compared));
+    main += fmt::format("<p><a href=\"{}?last\">The last comparison</a> was valid until {}.</p>\n",
+                        encode_url(name), describe_time(status.compared));
   }
-  return write_document({.title = "Not known: " + escaped(name),
+  return write_document({.title = "Unknown: " + escape_html(name),
                          .head = "<meta http-equiv=\"refresh\" content=\"5\">\n",
-                         .look = look_of({}),
-                         .what = fmt::format("{} and {}, at {}.", isolated(status.sources[0]),
-                                             isolated(status.sources[1]), describe_time(now)),
-                         .heading = isolated(name) + ": the verdict is not known",
+                         .look = find_look({}),
+                         .what = fmt::format("{} and {}, at {}.", isolate(status.sources[0]),
+                                             isolate(status.sources[1]), describe_time(now)),
+                         .heading = isolate(name) + ": the verdict is unknown",
                          .header = "",
                          .main = write_content(main)});
 }
@@ -182,9 +171,9 @@ std::optional<HttpReply> answer_request(const HttpRequest &request, const FleetS
   const PairStatus *status = find_in(
       fleet, [&path = path](const PairStatus &pair) { return path == "/pair/" + pair_name(pair); });
   if (status == nullptr) return std::nullopt;
-  const bool is_shown = status->comparison && (status->outcome || query.contains("last"));
+  const bool has_page = status->comparison && (status->outcome || query.contains("last"));
   return HttpReply{html,
-                   is_shown ? write_page(*status->comparison) : write_unknown_page(*status, now)};
+                   has_page ? write_page(*status->comparison) : write_unknown_page(*status, now)};
 }
 
 }  // namespace lab

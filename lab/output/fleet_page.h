@@ -1,4 +1,4 @@
-// What is served of the pairs that are watched: their page, their metrics, and their comparisons.
+// The HTTP server of a watch: a page of all pairs, their comparisons, and metrics.
 #pragma once
 
 #include <chrono>
@@ -9,7 +9,7 @@
 
 namespace lab {
 
-// "/?verdict=disagree&name=rack", "/metrics", "/pair/rack 12". Nothing: there is no such page.
+// Answers "/?verdict=disagree&name=rack", "/metrics" and "/pair/rack 12"; nullopt for other paths.
 std::optional<HttpReply> answer_request(const HttpRequest &request, const FleetStatus &fleet,
                                         std::chrono::system_clock::time_point now);
 

@@ -13,7 +13,7 @@ Json error_to_json(const std::string &source, const InputError &error) {
     json["line"] = error.line;
     json["column"] = error.column;
   }
-  // A sentence begins with it, a field does not.
+  // Only the text form of an error begins with the verb.
   constexpr std::string_view found_verb = "found ";
   const bool has_verb = error.found.starts_with(found_verb);
   json["found"] = error.found.substr(has_verb ? found_verb.size() : 0);
@@ -27,7 +27,7 @@ Json patch_value_to_json(const FieldValue &value) {
   return std::visit([](const auto &texts) { return Json(texts); }, value);
 }
 
-// Rows and tables. Their keys are new, and need no looking up.
+// Rows and tables. emplace_back() skips the look-up of keys, which are unique here.
 template <class Value>
 Json patch_value_to_json(const std::map<std::string, Value> &members) {
   Json::object_t object;
@@ -73,11 +73,9 @@ Json parameter_to_json(const ParameterReport &parameter, const SideNames &names)
   const auto texts = find_value_texts(parameter);
   json.update(sides_json([&](auto side) { return json_or_null(texts[side]); }));
   json["states"] = sides_json([&](auto side) { return state_name(parameter.states[side]); });
-  if (parameter.values[0] && parameter.values[1] && parameter.values[0] != parameter.values[1]) {
-    const Difference only = difference(parameter.type, *parameter.values[0], *parameter.values[1]);
-    if (!only.left.empty() || !only.right.empty()) {
-      json["difference"] = {{"left", only.left}, {"right", only.right}};
-    }
+  const Difference only = find_difference(parameter);
+  if (!only.left.empty() || !only.right.empty()) {
+    json["difference"] = {{"left", only.left}, {"right", only.right}};
   }
   if (const auto &digests = parameter.digests) {
     json["digest"] = sides_json([&](auto side) { return json_or_null((*digests)[side]); });
@@ -169,8 +167,8 @@ Json comparison_to_json(const PairReport &report) {
   Json json = {{"version", 1},
                {"verdict", outcome_word(outcome)},
                {"agree", outcome == Outcome::agree},
-               {"incomplete", list_json(report.incomplete, [](const IncompleteReport &of) {
-                  return describe_incomplete(of.reason);
+               {"incomplete", list_json(report.incomplete, [](const IncompleteReport &each) {
+                  return describe_incomplete(each.reason);
                 })}};
   if (report.is_intended) json["intended"] = true;
   json.update(sides_json([&](auto side) -> Json {

@@ -1,4 +1,4 @@
-// What the lab found, as the JSON documents that docs/lab.md describes.
+// Writes reports as JSON documents; packaging/documents.schema.json describes them.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -7,7 +7,7 @@
 
 namespace lab {
 
-// Keeps the order in which fields are written.
+// Keeps the order of insertion.
 using Json = nlohmann::ordered_json;
 
 template <class Items, class Convert>
@@ -23,22 +23,22 @@ Json sides_json(Convert convert) {
   return {{switch_names[0], convert(0U)}, {switch_names[1], convert(1U)}};
 }
 
-// The value, or null.
 template <class Value>
 Json json_or_null(const std::optional<Value> &value) {
   return value ? Json(*value) : Json();
 }
 
-// A document as text, on one line or indented; bytes that are not UTF-8 are replaced.
 enum class JsonForm { line, indented };
+
+// Formats a document with a final line feed. Replaces bytes that are not UTF-8.
 std::string format_json(const Json &json, JsonForm form);
 
 // --- parts of documents ---
 
-// All errors of some sources, as a list; of a text file by line and column, else by "where".
+// A list of the errors of all sources. Errors in text files have "line" and "column".
 Json errors_to_json(const std::vector<SourceErrors> &sources);
 
-// {"name": "STP_MCEC_ERR_FAILURE", "code": ...}; `success` is the name of 0.
+// {"name": "STP_MCEC_ERR_FAILURE", "code": ...}; code 0 has the name `success`.
 Json code_to_json(uint32_t code, const char *success);
 
 Json checks_to_json(const std::vector<ScopeReport> &checks, const SideNames &names = switch_names);
@@ -48,7 +48,6 @@ Json patch_to_json(const Patch &patch);  // RFC 6902
 
 // --- documents ---
 
-// Errors only; those of a scenario that cannot be run.
 std::string format_errors(const std::vector<SourceErrors> &sources, JsonForm form);
 std::string format_scenario_errors(const std::string &path, const InputErrors &errors);
 
@@ -57,16 +56,15 @@ std::string format_comparison(const PairReport &report);
 // The document of one of many pairs, on one line.
 std::string format_pair_result(const PairResult &result);
 
-// A patch, and those of both sides.
 std::string format_patch(const Patch &patch);
 std::string format_patches(const std::array<Patch, 2> &patches);
 
-// The tables of the library.
+// All parameters, commands and results of the library.
 std::string format_list();
 
 std::string format_run(const RunReport &report, const std::vector<StepReport> &steps);
 
-// What was expected or found, as text: "stp-mode: MST, loop-guard: Enabled"; "nothing".
+// An expected or found value as text: "stp-mode: MST, loop-guard: Enabled", "nothing".
 std::string describe_finding(const Finding &finding);
 
 }  // namespace lab

@@ -1,4 +1,4 @@
-// How text gets to a person: the width of the terminal, wrapping, colours, tables.
+// Terminal output: width, wrapping, colours, tables.
 #pragma once
 
 #include <string>
@@ -9,53 +9,51 @@ namespace lab {
 
 struct Layout {
   bool colour = false;
-  std::size_t width = 80;  // columns
+  std::size_t width = 80;  // columns, at least 40
 };
 
-// Of the standard output, by its terminal, its locale and the environment. `color`: "auto",
-// "always" or "never".
+// The layout of standard output, from its terminal and the environment. `color`: "auto", "always"
+// or "never".
 Layout standard_layout(const std::string &color);
 
 enum class Colour { none, red, green, yellow, bold };
 
-// A text in a colour.
+// A text and its colour.
 struct Cell {
-  Cell(std::string of_text, Colour of_colour = Colour::none)
-      : text(std::move(of_text)), colour(of_colour) {}
-  Cell(const char *of_text, Colour of_colour = Colour::none) : text(of_text), colour(of_colour) {}
+  Cell(std::string cell_text, Colour cell_colour = Colour::none)
+      : text(std::move(cell_text)), colour(cell_colour) {}
+  Cell(const char *cell_text, Colour cell_colour = Colour::none)
+      : text(cell_text), colour(cell_colour) {}
 
   std::string text;
   Colour colour;
 };
 
-std::string coloured(const Cell &cell, const Layout &layout);
+std::string add_colour(const Cell &cell, const Layout &layout);
 
-// Does this locale take more than ASCII?
-bool takes_utf8();
+bool is_utf8_locale();
 
-// A text as this locale can show it: what it has no letters for is escaped.
+// Escapes the characters that this locale cannot display.
 std::string as_shown(std::string_view text);
 
-// Text wrapped at blanks and commas; a word wider than the width is cut where it must be, and goes
-// on in the next line. Lines of the text stay lines.
+// Wraps text after blanks and commas. Cuts words that are wider than the width. Keeps line feeds.
 std::string wrapped(const std::string &text, std::size_t width);
 
-// --- printing: everything that a person reads goes through these ---
+// --- printing: these functions escape their texts for the locale ---
 
-// A line behind some blanks, as wide as it is.
+// Prints an indented line without wrapping it.
 void put_line(const std::string &text, std::size_t indent = 0);
 
-// Lines wrapped behind some blanks; the first may have a heading in their place.
+// Prints indented lines and wraps them. A heading of at most the indent replaces the first indent.
 void put_wrapped(const Cell &text, const Layout &layout, std::size_t indent = 0,
                  const std::string &heading = "");
 
-// Rows under a heading; a text that is wider than its share of the terminal goes on in the next
-// line.
+// Prints a table. Cells wider than their share of the terminal span several lines.
 void put_table(const std::vector<Cell> &heading, const std::vector<std::vector<Cell>> &rows,
                const Layout &layout);
 
-// Is all that was printed written? When not, `why` says what is in the way, unless it does so
-// already.
+// Flushes standard output. Returns false if something could not be written; `why` is then the
+// reason, unless it is set already.
 bool all_written(std::string &why);
 
 }  // namespace lab

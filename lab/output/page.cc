@@ -15,11 +15,7 @@ namespace {
 // --- the verdict ---
 
 std::string describe_heading(const PairReport &report) {
-  const SideNames &names = side_names(report);
-  std::vector<std::string> off;
-  for (std::size_t side = 0; side < names.size(); ++side) {
-    if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(names[side]);
-  }
+  const std::vector<std::string> off = list_sides_off(report, side_names(report));
   const Outcome outcome = find_outcome(report);
   return (outcome == Outcome::agree ? "The pair agrees"
           : outcome == Outcome::disagree
@@ -29,7 +25,7 @@ std::string describe_heading(const PairReport &report) {
          (off.size() == 2 ? "both switches" : join(off));
 }
 
-// The paragraphs below the heading: what differs, and what the verdict depends on.
+// The paragraphs below the heading.
 std::string describe_page_verdict(const PairReport &report) {
   const std::size_t count = report.checks.size();
   const Scopes different = select_scopes(report, ScopeClass::different);
@@ -43,16 +39,17 @@ std::string describe_page_verdict(const PairReport &report) {
   } else {
     texts.push_back(
         fmt::format("{} of {} {}: {}. What differs: {}.", different.size(),
-                    count_of(count, "scope"), different.size() == 1 ? "differs" : "differ",
-                    link_scopes(different, report), isolated(describe_differences(report))));
+                    format_count(count, "scope"), different.size() == 1 ? "differs" : "differ",
+                    link_scopes(different, report), isolate(describe_differences(report))));
   }
   for (const IncompleteReport &incomplete : report.incomplete) {
-    texts.push_back(fmt::format("Not compared: {}.{}", describe_incomplete(incomplete.reason),
+    texts.push_back(fmt::format("Not compared: {}. {}", describe_incomplete(incomplete.reason),
                                 describe_accepted(incomplete.accepted)));
   }
   if (!accepted.empty()) {
     texts.push_back(fmt::format("Accepted differences make {} agree: {}.",
-                                count_of(accepted.size(), "scope"), link_scopes(accepted, report)));
+                                format_count(accepted.size(), "scope"),
+                                link_scopes(accepted, report)));
   }
   if (find_reasons(report).contains(Reason::warnings)) {
     texts.emplace_back("The comparison is strict, and <a href=\"#notes\">warnings</a> remain.");
@@ -66,7 +63,7 @@ std::string write_pair_table(const PairReport &report) {
   std::string rows;
   const auto add = [&](const char *title, const auto &describe) {
     rows += write_row(
-        "", {title, isolated(describe(report.sides[0])), isolated(describe(report.sides[1]))});
+        "", {title, isolate(describe(report.sides[0])), isolate(describe(report.sides[1]))});
   };
   add("Name", [](const SideReport &side) { return side.name; });
   add("Source", [](const SideReport &side) { return side.source; });
@@ -86,7 +83,7 @@ std::string write_agreeing_scopes(const PairReport &report) {
   const Scopes agreed = select_scopes(report, ScopeClass::agreed);
   if (agreed.empty()) return "";
   return fmt::format("<details class=\"fold\"><summary>{}: {}</summary>\n{}</details>\n",
-                     count_of(agreed.size(), "scope"), link_scopes(agreed, report, false),
+                     format_count(agreed.size(), "scope"), link_scopes(agreed, report, false),
                      write_scope_tables(report, ScopeClass::agreed));
 }
 
@@ -94,50 +91,31 @@ std::string write_notes(const PairReport &report) {
   std::string items;
   for (const NoteGroup &group : group_notes(report.notes)) {
     const Note &note = *group.note;
-    items += fmt::format("<li>{}: {}{} {}</li>\n", severity_name(note.kind),
-                         group.channels.empty() ? "" : folded(join_ranges(group.channels)) + ": ",
-                         folded(describe_note(note, side_names(report))),
-                         describe_accepted(note.accepted));
+    items += fmt::format(
+        "<li>{}: {}{} {}</li>\n", severity_name(note.kind),
+        group.channels.empty() ? "" : fold_text(join_ranges(group.channels)) + ": ",
+        fold_text(describe_note(note, side_names(report))), describe_accepted(note.accepted));
   }
   if (items.empty()) return "";
   return fmt::format("<p>{}</p>\n<ul>\n{}</ul>\n",
                      report.is_strict ? "A warning that is not accepted makes the pair disagree."
-                                      : "These do not change the verdict.",
+                                      : "Notes do not change the verdict.",
                      items);
 }
 
-struct Section {
-  const char *id;
-  const char *title;
-  std::string content;
-};
+constexpr std::size_t max_unfolded = 120;
+constexpr std::size_t fold_summary = 60;
 
-std::string link_section(const Section &section) {
-  return fmt::format("<li><a href=\"#{}\">{}</a></li>\n", section.id, section.title);
-}
-
-std::string write_section(const Section &section) {
-  return fmt::format(R"(<section id="{0}" aria-labelledby="{0}-heading">
-<h2 id="{0}-heading">{1}</h2>
-{2}</section>
-)",
-                     section.id, section.title, section.content);
-}
-
-// Longer texts are folded, with so much of them before the fold.
-constexpr std::size_t longest_text = 120;
-constexpr std::size_t shown_of_longer = 60;
-
-// The beginning of a long text; of a list, whole items.
-std::string_view beginning_of(std::string_view text) {
-  const std::string_view beginning = whole_characters(text, shown_of_longer);
+// The first characters of a long text; the first items of a list.
+std::string_view find_beginning(std::string_view text) {
+  const std::string_view beginning = whole_characters(text, fold_summary);
   const std::size_t item = beginning.find_last_of(", ");
   return item == beginning.npos || item == 0 ? beginning : beginning.substr(0, item);
 }
 
 }  // namespace
 
-std::string escaped(std::string_view text, const char *comma) {
+std::string escape_html(std::string_view text, const char *comma) {
   const std::pair<char, const char *> entities[] = {{'&', "&amp;"},  {'<', "&lt;"},   {'>', "&gt;"},
                                                     {'"', "&quot;"}, {'\'', "&#39;"}, {',', comma}};
   std::string html;
@@ -148,18 +126,18 @@ std::string escaped(std::string_view text, const char *comma) {
   return html;
 }
 
-std::string isolated(std::string_view text) {
-  return "<bdi>" + escaped(text, ",<wbr>") + "</bdi>";
+std::string isolate(std::string_view text) {
+  return "<bdi>" + escape_html(text, ",<wbr>") + "</bdi>";
 }
 
-std::string folded(const std::string &text, const std::string &what) {
-  if (text.size() <= longest_text) return isolated(text);
+std::string fold_text(const std::string &text, const std::string &what) {
+  if (text.size() <= max_unfolded) return isolate(text);
   return fmt::format("<details><summary>{}{}…</summary>{}</details>", what,
-                     isolated(beginning_of(text)), isolated(text));
+                     isolate(find_beginning(text)), isolate(text));
 }
 
-std::string folded(const Vlans &vlans) {
-  return folded(vlan_text(vlans), count_of(vlans.count(), "VLAN") + ": ");
+std::string fold_vlans(const Vlans &vlans) {
+  return fold_text(vlan_text(vlans), format_count(vlans.count(), "VLAN") + ": ");
 }
 
 const std::string &name_side(const SideReport &side) {
@@ -172,10 +150,10 @@ std::string describe_time(WallTime time) {
 }
 
 std::string describe_accepted(const std::optional<Acceptance> &accepted) {
-  return accepted ? "Accepted: " + isolated(describe_acceptance(*accepted)) : "";
+  return accepted ? "Accepted: " + isolate(describe_acceptance(*accepted)) : "";
 }
 
-const Look &look_of(std::optional<Outcome> outcome) {
+const Look &find_look(std::optional<Outcome> outcome) {
   static constexpr Look unknown = {"caution", "!"};
   static constexpr Look known[] = {good_look, bad_look, {"caution", "?"}};
   return outcome ? known[std::size_t(*outcome)] : unknown;
@@ -235,7 +213,11 @@ std::string write_document(const Document &document) {
 
 std::string write_page(const PairReport &report) {
   const std::string heading = describe_heading(report);
-  const Section sections[] = {
+  const struct {
+    const char *id;
+    const char *title;
+    std::string content;
+  } sections[] = {
       {"summary", "Summary by parameter", write_parameter_summary(report)},
       {"differ", "Scopes that differ", write_scope_tables(report, ScopeClass::different)},
       {"accepted", "Scopes with accepted differences",
@@ -245,15 +227,19 @@ std::string write_page(const PairReport &report) {
       {"notes", "Notes", write_notes(report)}};
   std::string links;
   std::string main;
-  for (const Section &section : sections) {
-    if (section.content.empty()) continue;
-    links += link_section(section);
-    main += write_section(section);
+  for (const auto &[id, title, content] : sections) {
+    if (content.empty()) continue;
+    links += fmt::format("<li><a href=\"#{}\">{}</a></li>\n", id, title);
+    main += fmt::format(R"(<section id="{0}" aria-labelledby="{0}-heading">
+<h2 id="{0}-heading">{1}</h2>
+{2}</section>
+)",
+                        id, title, content);
   }
   return write_document(
-      {.title = fmt::format("{}: {} and {}", heading, escaped(name_side(report.sides[0])),
-                            escaped(name_side(report.sides[1]))),
-       .look = look_of(find_outcome(report)),
+      {.title = fmt::format("{}: {} and {}", heading, escape_html(name_side(report.sides[0])),
+                            escape_html(name_side(report.sides[1]))),
+       .look = find_look(find_outcome(report)),
        .what = fmt::format(
            "Spanning-tree settings of {}. Generated {} by mcec-lab {}.",
            report.is_intended ? "a switch, compared with its intended state" : "two switches",

@@ -1,4 +1,4 @@
-# The style and the script of the page of a comparison become constants of the lab.
+# Makes page.css and page.js constants: output/page_parts.h.
 file(READ ${CMAKE_CURRENT_LIST_DIR}/page.css style)
 file(READ ${CMAKE_CURRENT_LIST_DIR}/page.js script)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS

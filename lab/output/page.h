@@ -1,4 +1,4 @@
-// The comparison of two switches as a page for a browser, and what all pages have in common.
+// Writes the HTML page of a comparison, and the parts that all pages share.
 #pragma once
 
 #include <chrono>
@@ -9,32 +9,32 @@ namespace lab {
 
 using WallTime = std::chrono::system_clock::time_point;
 
-// The page of a comparison. It needs no other file and loads none. What comes from the switches is
-// only ever text in it, and its policy lets the browser run nothing but its own script.
+// The page of a comparison. It loads no other file. Names and values of switches are escaped, and a
+// content security policy allows only the script of the page.
 std::string write_page(const PairReport &report);
 
 // --- parts of pages ---
 
-// A text from outside, safe in an element and in quotation marks.
-std::string escaped(std::string_view text, const char *comma = ",");
+// Escapes a text for elements and quoted attributes.
+std::string escape_html(std::string_view text, const char *comma = ",");
 
-// The same in a direction of writing of its own. Long lists may break at commas.
-std::string isolated(std::string_view text);
+// Escapes a text and isolates its direction of writing. Lines may break after commas.
+std::string isolate(std::string_view text);
 
-// A long text is folded behind its beginning, and behind what it is.
-std::string folded(const std::string &text, const std::string &what = "");
-std::string folded(const Vlans &vlans);
+// Isolates a text. A long text is folded: its summary is `what` and its beginning.
+std::string fold_text(const std::string &text, const std::string &what = "");
+std::string fold_vlans(const Vlans &vlans);
 
-// The name of the switch, or else its source.
+// The name of the switch, or its source if it has no name.
 const std::string &name_side(const SideReport &side);
 
-// "2026-11-24 09:30:00 +0100", local time.
+// "2026-11-24 09:30:00 +0100", in local time.
 std::string describe_time(WallTime time);
 
-// "Accepted: a reason"; empty: it is not.
+// "Accepted: a reason"; empty if not accepted.
 std::string describe_accepted(const std::optional<Acceptance> &accepted);
 
-// How something looks: a class of the style, and a sign for whoever sees no colours.
+// A CSS class, and a sign that does not depend on colours.
 struct Look {
   const char *name;
   const char *sign;
@@ -43,10 +43,10 @@ inline constexpr Look good_look = {"good", "="};
 inline constexpr Look bad_look = {"bad", "≠"};
 inline constexpr Look accepted_look = {"caution", "≈"};
 
-// Of a verdict; nothing: it is not known.
-const Look &look_of(std::optional<Outcome> outcome);
+// nullopt: the verdict is unknown.
+const Look &find_look(std::optional<Outcome> outcome);
 
-// The sign and the words.
+// The sign and a text.
 std::string write_state(const Look &look, const std::string &html);
 
 // The first cell is the heading of the row.
@@ -57,12 +57,12 @@ std::string write_table(const char *kind, const std::string &caption,
 
 struct Document {
   std::string title;
-  const char *head = "";            // more of it
-  const char *contacts = "'none'";  // where the page may send requests to: its own server at most
+  const char *head = "";            // further elements
+  const char *contacts = "'none'";  // CSP sources that the page may connect to
   Look look;
   std::string what;  // above the heading
   std::string heading;
-  std::string header;  // below it
+  std::string header;  // below the heading
   std::string main;
 };
 
@@ -74,13 +74,13 @@ enum class ScopeClass { different, accepted, agreed };
 using Scopes = std::vector<const ScopeReport *>;
 Scopes select_scopes(const PairReport &report, ScopeClass wanted);
 
-// "PortChannel10-69, PortChannel80 and 5 more"; as links, each leads to its table.
+// "PortChannel10-69, PortChannel80 and 5 more", optionally as links to the tables of the groups.
 std::string link_scopes(const Scopes &scopes, const PairReport &report, bool as_links = true);
 
 std::string write_scope_tables(const PairReport &report, ScopeClass wanted);
 std::string write_parameter_summary(const PairReport &report);
 
-// The twin VLANs, and what both switches have for each VLAN.
+// The twin VLANs, and a grid and tables of the settings of all VLANs.
 std::string write_vlan_section(const PairReport &report);
 
 }  // namespace lab

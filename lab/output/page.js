@@ -1,9 +1,9 @@
 "use strict";
-// Draws the grid of VLANs from the tables of VLANs, where readers without a script find the same.
+// Draws the grid of VLANs from the tables of VLANs.
 const drawGrid = (grid) => {
   const COLUMNS = 64;
   const COUNT = 4096;
-  const LEGEND_INSTANCES = 24;
+  const LEGEND_SETTINGS = 24;
   const [picture, named, legend] = ["picture", "named", "legend"].map((id) => document.getElementById(id));
   const sides = picture.dataset;
   const hint = named.textContent;
@@ -16,20 +16,20 @@ const drawGrid = (grid) => {
     return element;
   };
 
-  // How a cell shows the state of a VLAN on one switch.
-  const instanceOf = (fact) => Number(/^instance (\d+)$/.exec(fact)?.[1] ?? 0);
-  const lookOf = (fact) => {
-    const instance = instanceOf(fact) - 1;
+  // The style of a cell for the setting of a VLAN on one switch.
+  const instanceOf = (setting) => Number(/^instance (\d+)$/.exec(setting)?.[1] ?? 0);
+  const styleOf = (setting) => {
+    const instance = instanceOf(setting) - 1;
     if (instance >= 0) return `hue${instance % 8} pattern${Math.floor(instance / 8) % 4}`;
-    return fact === "disabled" ? "off" : fact === "not sent" ? "unsent" : "";
+    return setting === "disabled" ? "off" : setting === "not sent" ? "unsent" : "";
   };
   const makeCell = ({ left, right, state }, attributes) => {
-    if (left === right) return make("span", `cell ${state} ${lookOf(left)}`, "", attributes);
+    if (left === right) return make("span", `cell ${state} ${styleOf(left)}`, "", attributes);
     const cell = make("span", `cell ${state}`, "", attributes);
-    cell.append(make("i", `half upper ${lookOf(left)}`), make("i", `half lower ${lookOf(right)}`));
+    cell.append(make("i", `half upper ${styleOf(left)}`), make("i", `half lower ${styleOf(right)}`));
     return cell;
   };
-  const sentence = ({ left, right, meaning }) => {
+  const describe = ({ left, right, meaning }) => {
     const other = left.startsWith("instance ") ? right.replace("instance ", "") : right;
     const where = left === right ? `${left} on both` : `${left} on ${sides.left}, ${other} on ${sides.right}`;
     return `${where}: ${meaning}`;
@@ -49,7 +49,7 @@ const drawGrid = (grid) => {
   // --- the grid ---
 
   const cells = groupOf.map((group, vlan) =>
-    makeCell(group, { role: "gridcell", tabindex: -1, "aria-label": `VLAN ${vlan}: ${sentence(group)}` }));
+    makeCell(group, { role: "gridcell", tabindex: -1, "aria-label": `VLAN ${vlan}: ${describe(group)}` }));
   const ticks = make("div", "line ticks", "", { "aria-hidden": true });
   ticks.append(make("span", "head", ""), ...cells.slice(0, COLUMNS).map(
     (cell, column) => make("span", "tick", column % 8 === 0 ? `+${column}` : "")));
@@ -61,7 +61,7 @@ const drawGrid = (grid) => {
       ...cells.slice(start, start + COLUMNS));
     grid.append(line);
   }
-  // Where an instance begins in a row its number is written, if there is room for it.
+  // The first cell of an instance in a row has its number, if there is room.
   groupOf.forEach((group, vlan) => {
     const column = vlan % COLUMNS;
     const instance = instanceOf(group.left);
@@ -77,11 +77,13 @@ const drawGrid = (grid) => {
     item.append(makeCell(group), text);
     legend.append(item);
   };
-  const facts = [...new Set(groups.flatMap(({ left, right }) => [left, right]))];
-  facts.sort((a, b) => instanceOf(a) - instanceOf(b));
-  for (const fact of facts.slice(0, LEGEND_INSTANCES)) explain({ left: fact, right: fact, state: "same" }, fact);
-  if (facts.length > LEGEND_INSTANCES) {
-    legend.append(make("li", "", `and ${facts.length - LEGEND_INSTANCES} more instances`));
+  const settings = [...new Set(groups.flatMap(({ left, right }) => [left, right]))];
+  settings.sort((a, b) => instanceOf(a) - instanceOf(b));
+  for (const setting of settings.slice(0, LEGEND_SETTINGS)) {
+    explain({ left: setting, right: setting, state: "same" }, setting);
+  }
+  if (settings.length > LEGEND_SETTINGS) {
+    legend.append(make("li", "", `and ${settings.length - LEGEND_SETTINGS} more instances`));
   }
   const split = groups.find(({ left, right }) => left !== right);
   if (split) explain({ ...split, state: "same" }, `upper left: ${sides.left}; lower right: ${sides.right}`);
@@ -93,22 +95,22 @@ const drawGrid = (grid) => {
 
   let active = Math.max(0, cells.findIndex((cell) => cell.matches(".different, .fail")));
   cells[active].tabIndex = 0;
-  const name = (cell = document.activeElement.closest("#grid .cell")) => {
+  const showName = (cell = document.activeElement.closest("#grid .cell")) => {
     named.textContent = cell?.ariaLabel ?? hint;
   };
-  // A pointer that rests while the page scrolls below it does not move.
+  // Ignores the events that scrolling sends while the pointer rests.
   let pointer = "";
   grid.addEventListener("mousemove", ({ screenX, screenY, target }) => {
-    if (pointer !== `${screenX},${screenY}`) name(target.closest(".cell") ?? undefined);
+    if (pointer !== `${screenX},${screenY}`) showName(target.closest(".cell") ?? undefined);
     pointer = `${screenX},${screenY}`;
   });
-  grid.addEventListener("mouseleave", () => name());
+  grid.addEventListener("mouseleave", () => showName());
   grid.addEventListener("focusout", () => { named.textContent = hint; });
   grid.addEventListener("focusin", (event) => {
     cells[active].tabIndex = -1;
     active = cells.indexOf(event.target);
     cells[active].tabIndex = 0;
-    name(cells[active]);
+    showName(cells[active]);
   });
   grid.addEventListener("keydown", (event) => {
     const column = active % COLUMNS;
@@ -135,9 +137,9 @@ const drawGrid = (grid) => {
 };
 if (document.getElementById("grid")) drawGrid(document.getElementById("grid"));
 
-// Reads the page of watched pairs again. Its filter is the server's, so that it is the same without a script.
-const keepFresh = (name) => {
-  const PAUSE = 5000;
+// Reloads the page of watched pairs. The server filters, as without scripts.
+const refreshPairs = (name) => {
+  const PERIOD = 5000;
   let timer = 0;
   let last = 0;
   const replace = (page) => {
@@ -155,15 +157,15 @@ const keepFresh = (name) => {
     const number = ++last;
     let page = null;
     try {
-      const answer = await fetch(location.href);
-      if (answer.ok) page = new DOMParser().parseFromString(await answer.text(), "text/html");
+      const response = await fetch(location.href);
+      if (response.ok) page = new DOMParser().parseFromString(await response.text(), "text/html");
     } catch {
-      // The server may come back.
+      // The next request may succeed.
     }
     if (number !== last) return;
     if (page) replace(page);
     document.getElementById("stale").hidden = page !== null;
-    timer = setTimeout(refresh, PAUSE);
+    timer = setTimeout(refresh, PERIOD);
   };
   name.addEventListener("input", () => {
     const url = new URL(location.href);
@@ -171,11 +173,11 @@ const keepFresh = (name) => {
     history.replaceState(null, "", url);
     refresh();
   });
-  timer = setTimeout(refresh, PAUSE);
+  timer = setTimeout(refresh, PERIOD);
 };
-if (document.getElementById("stale")) keepFresh(document.getElementById("name"));
+if (document.getElementById("stale")) refreshPairs(document.getElementById("name"));
 
-// Paper has no folds to open: long values are printed whole.
+// Opens the folds of long values for printing.
 let opened = [];
 addEventListener("beforeprint", () => {
   opened = [...document.querySelectorAll("details:not(.fold, [open])")];

@@ -15,8 +15,8 @@ ScopeClass class_of(const ScopeReport &scope) {
   return has_accepted(scope) ? ScopeClass::accepted : ScopeClass::agreed;
 }
 
-// The page's address of a group, by the position of its first scope in the report.
-std::string anchor_of(const ScopeGroup &group, const PairReport &report) {
+// The id of a group's table: the position of its first scope in the report.
+std::string find_anchor(const ScopeGroup &group, const PairReport &report) {
   return fmt::format("scope-{}", group.scopes.front() - report.checks.data());
 }
 
@@ -24,16 +24,13 @@ std::string write_value(const ParameterReport &parameter, std::size_t side) {
   const auto text = find_value_texts(parameter)[side];
   if (!text) return "<span class=\"none\">not sent</span>";
   std::string html;
-  const auto &[left, right] = parameter.values;
-  if (left && right && left != right) {
-    const Difference both = difference(parameter.type, *left, *right);
-    const std::string &only = side == 0 ? both.left : both.right;
+  const Difference both = find_difference(parameter);
+  const std::string &only = side == 0 ? both.left : both.right;
+  if (!only.empty()) {
     const char *off = parameter.type == STP_MCEC_TYPE1_STP_ENDIS ? "off " : "";
-    if (!only.empty()) {
-      html = fmt::format("<div class=\"only\">{}only here: {}</div>", off, folded(only));
-    }
+    html = fmt::format("<div class=\"only\">{}only here: {}</div>", off, fold_text(only));
   }
-  html += folded(*text);
+  html += fold_text(*text);
   if (parameter.digests && (*parameter.digests)[side]) {
     html += fmt::format("<div class=\"digest\">digest <code>{}</code></div>",
                         *(*parameter.digests)[side]);
@@ -41,7 +38,7 @@ std::string write_value(const ParameterReport &parameter, std::size_t side) {
   return html;
 }
 
-Look look_of_parameter(const ScopeReport &scope, const ParameterReport &parameter) {
+Look find_parameter_look(const ScopeReport &scope, const ParameterReport &parameter) {
   if (is_different(parameter)) {
     return parameter.accepted || scope.accepted ? accepted_look : bad_look;
   }
@@ -50,7 +47,7 @@ Look look_of_parameter(const ScopeReport &scope, const ParameterReport &paramete
   return {"other", left == State::same_on_twins || right == State::same_on_twins ? "≈" : "–"};
 }
 
-// A row below a parameter or a table.
+// A row of one cell below a parameter or at the end of a table.
 std::string write_note_row(const char *look, const std::string &html) {
   if (html.empty()) return "";
   return fmt::format("<tr class=\"{}\"><td colspan=\"4\">{}</td></tr>\n", look, html);
@@ -58,7 +55,7 @@ std::string write_note_row(const char *look, const std::string &html) {
 
 std::string write_parameter(const ScopeGroup &group, const ParameterReport &parameter,
                             const SideNames &names) {
-  const Look look = look_of_parameter(*group.scopes.front(), parameter);
+  const Look look = find_parameter_look(*group.scopes.front(), parameter);
   std::string rows =
       write_row(fmt::format("class=\"{}\"", look.name),
                 {parameter_key(parameter.type), write_value(parameter, 0),
@@ -67,7 +64,7 @@ std::string write_parameter(const ScopeGroup &group, const ParameterReport &para
   if (!parameter.fix || parameter.accepted) return rows;
   const std::string fix = describe_fix(parameter.fix->fix, names, &group);
   const std::string steps = has_mode_change(parameter) ? std::string("; ") + mode_steps : "";
-  return rows + write_note_row("fix", "Fix: " + folded(fix) + steps + ".");
+  return rows + write_note_row("fix", "Fix: " + fold_text(fix) + steps + ".");
 }
 
 std::string write_parameters(const ScopeGroup &group, const SideNames &names) {
@@ -76,16 +73,15 @@ std::string write_parameters(const ScopeGroup &group, const SideNames &names) {
   for (const ParameterReport &parameter : scope.parameters) {
     rows += write_parameter(group, parameter, names);
   }
-  if (rows.empty()) rows = write_note_row("other", "neither switch has a parameter to send");
+  if (rows.empty()) rows = write_note_row("other", "neither switch sends a parameter");
   rows += write_note_row("caution", describe_accepted(scope.accepted));
   const std::string missing = describe_missing_row(group, names);
-  if (!missing.empty()) rows += write_note_row("fix", "Fix: " + folded(missing));
+  if (!missing.empty()) rows += write_note_row("fix", "Fix: " + fold_text(missing));
   for (std::size_t side = 0; side < names.size(); ++side) {
     for (const InconsistentPort &port : scope.inconsistent[side]) {
       const std::string text = describe_inconsistent_port(port, scope.scope.ends[side]);
-      rows +=
-          write_note_row("bad", write_state(bad_look, fmt::format("Inconsistent on the {}: {}",
-                                                                  names[side], isolated(text))));
+      rows += write_note_row("bad", write_state(bad_look, fmt::format("Inconsistent on the {}: {}",
+                                                                      names[side], isolate(text))));
     }
   }
   return rows;
@@ -97,9 +93,9 @@ std::string describe_scope_verdict(const ScopeReport &scope, const SideNames &na
   const char *accepted = class_of(scope) == ScopeClass::accepted ? "accepted; " : "";
   if (left != right) {
     return fmt::format("{}{}: <code>{}</code>, {}: <code>{}</code>", accepted, names[0],
-                       isolated(left), names[1], isolated(right));
+                       isolate(left), names[1], isolate(right));
   }
-  if (scope.codes[0] != 0) return fmt::format("{}<code>{}</code>", accepted, isolated(left));
+  if (scope.codes[0] != 0) return fmt::format("{}<code>{}</code>", accepted, isolate(left));
   return has_inconsistent_ports(scope) ? "inconsistent ports" : "agrees";
 }
 
@@ -123,9 +119,9 @@ std::string link_scopes(const Scopes &scopes, const PairReport &report, bool as_
       break;
     }
     rest -= group.scopes.size();
-    const std::string name = isolated(cut(group.name, 60));
-    texts.push_back(as_links ? fmt::format("<a href=\"#{}\">{}</a>", anchor_of(group, report), name)
-                             : name);
+    const std::string name = isolate(cut(group.name, 60));
+    texts.push_back(
+        as_links ? fmt::format("<a href=\"#{}\">{}</a>", find_anchor(group, report), name) : name);
   }
   return listed(texts);
 }
@@ -134,13 +130,14 @@ std::string write_scope_tables(const PairReport &report, ScopeClass wanted) {
   const SideNames &names = side_names(report);
   std::string html;
   for (const ScopeGroup &group : group_scopes(select_scopes(report, wanted))) {
-    const std::string caption = fmt::format(
-        "<h3 id=\"{}\">{}</h3> {}", anchor_of(group, report), folded(describe_group(group, names)),
-        write_state(class_looks[std::size_t(wanted)],
-                    describe_scope_verdict(*group.scopes.front(), names)));
+    const std::string caption =
+        fmt::format("<h3 id=\"{}\">{}</h3> {}", find_anchor(group, report),
+                    fold_text(describe_group(group, names)),
+                    write_state(class_looks[std::size_t(wanted)],
+                                describe_scope_verdict(*group.scopes.front(), names)));
     const auto column = [&](std::size_t side) {
       return fmt::format("{} <small>{}</small>", names[side],
-                         isolated(name_side(report.sides[side])));
+                         isolate(name_side(report.sides[side])));
     };
     html += write_table("scope", caption, {"parameter", column(0), column(1), "comparison"},
                         write_parameters(group, names));
@@ -159,7 +156,7 @@ std::string write_parameter_summary(const PairReport &report) {
                    count.differ.empty() ? "none" : link_scopes(count.differ, report)});
   }
   if (rows.empty()) return "";
-  return write_table("summary", "In how many scopes each parameter differs",
+  return write_table("summary", "Number of scopes in which each parameter differs",
                      {"parameter", "scopes that differ", "which"}, rows);
 }
 

@@ -9,25 +9,25 @@
 namespace lab {
 namespace {
 
-// What one switch has of each VLAN: its instance, or one of these.
+// The setting of a VLAN on one switch: its instance, or one of these.
 enum : int { not_sent = -3, enabled = -2, disabled = -1 };
 
-std::string describe_fact(int fact) {
+std::string describe_setting(int setting) {
   constexpr const char *words[] = {"not sent", "enabled", "disabled"};
-  return fact < 0 ? words[fact - not_sent] : fmt::format("instance {}", fact);
+  return setting < 0 ? words[setting - not_sent] : fmt::format("instance {}", setting);
 }
 
-// The facts of a side by a parameter; nullptr: none is sent.
-std::vector<int> find_facts(const ParameterReport *parameter, std::size_t side) {
-  std::vector<int> facts(vlan_count, not_sent);
-  if (parameter == nullptr) return facts;
+// The setting of each VLAN on one side, from a parameter that it sends, or nullptr.
+std::vector<int> find_vlan_settings(const ParameterReport *parameter, std::size_t side) {
+  std::vector<int> settings(vlan_count, not_sent);
+  if (parameter == nullptr) return settings;
   const Bytes &value = *parameter->values[side];
   const Vlans off = vlans_of_record(value);
   const bool is_map = parameter->type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
-    facts[vlan] = is_map ? int(instance_of(value, vlan)) : off[vlan] ? disabled : enabled;
+    settings[vlan] = is_map ? int(instance_of(value, vlan)) : off[vlan] ? disabled : enabled;
   }
-  return facts;
+  return settings;
 }
 
 bool is_compared_by_library(const ParameterReport &parameter) {
@@ -35,8 +35,8 @@ bool is_compared_by_library(const ParameterReport &parameter) {
   return state == State::same || state == State::different || state == State::same_on_twins;
 }
 
-// The parameter that has the VLANs of left and right: one that both send, rather one that counts
-// in the verdict; where they send different ones, each its own.
+// The parameter that contains the VLANs of left and right: preferably one that both send and the
+// library compares. If the sides send different ones, each has its own.
 std::array<const ParameterReport *, 2> find_vlan_parameters(const ScopeReport &scope) {
   std::array<const ParameterReport *, 2> found = {};
   for (const ParameterReport &parameter : scope.parameters) {
@@ -53,53 +53,53 @@ std::array<const ParameterReport *, 2> find_vlan_parameters(const ScopeReport &s
   return found;
 }
 
-// Those that an operator looks for come first.
-enum VlanState { fail, different, apart, unlike, pass, same };
+// The result of comparing a VLAN, in the order of the tables.
+enum VlanState { fail, different, ignored, incomparable, pass, same };
 constexpr struct {
   const char *key;
   const char *words;
 } vlan_states[] = {{"fail", "twin VLAN, fails"},
                    {"different", "different"},
-                   {"apart", "differs, but is not compared"},
-                   {"unlike", "not compared"},
+                   {"ignored", "differs, but is not compared"},
+                   {"incomparable", "not compared"},
                    {"pass", "twin VLAN, passes"},
                    {"same", "same"}};
 
-// The VLANs with the same state, and the same facts on left and right.
+// The VLANs by state, and by setting on left and right.
 using VlanGroups = std::map<std::tuple<VlanState, int, int>, Vlans>;
 
 VlanGroups group_vlans(const ScopeReport &scope) {
   const auto [of_left, of_right] = find_vlan_parameters(scope);
   if (of_left == nullptr && of_right == nullptr) return {};
-  const auto left = find_facts(of_left, 0);
-  const auto right = find_facts(of_right, 1);
+  const auto left = find_vlan_settings(of_left, 0);
+  const auto right = find_vlan_settings(of_right, 1);
   VlanGroups groups;
   for (std::size_t vlan = 0; vlan < vlan_count; ++vlan) {
     const bool is_map = left[vlan] >= 0 && right[vlan] >= 0;
     const VlanState state = scope.fail && (*scope.fail)[vlan]            ? fail
                             : scope.pass && (*scope.pass)[vlan]          ? pass
-                            : of_left != of_right                        ? unlike
+                            : of_left != of_right                        ? incomparable
                             : left[vlan] == right[vlan]                  ? same
                             : is_map && is_compared_by_library(*of_left) ? different
-                                                                         : apart;
+                                                                         : ignored;
     groups[{state, left[vlan], right[vlan]}].set(vlan);
   }
   return groups;
 }
 
-// The groups that are equal on both switches, folded, or the others, folded when they are many.
+// A foldable table of the groups that are equal on both switches, or of the others.
 std::string write_vlan_table(const VlanGroups &groups, bool are_equal, const SideNames &names) {
   constexpr std::size_t most_open_rows = 40;
   std::size_t count = 0;
   std::string rows;
-  for (const auto &[facts, vlans] : groups) {
-    const auto &[state, left, right] = facts;
+  for (const auto &[key, vlans] : groups) {
+    const auto &[state, left, right] = key;
     if ((left == right) != are_equal) continue;
     ++count;
-    rows += write_row(
-        fmt::format("data-state=\"{}\" data-vlans=\"{}\"", vlan_states[state].key,
-                    vlan_text(vlans)),
-        {folded(vlans), describe_fact(left), describe_fact(right), vlan_states[state].words});
+    rows += write_row(fmt::format("data-state=\"{}\" data-vlans=\"{}\"", vlan_states[state].key,
+                                  vlan_text(vlans)),
+                      {fold_vlans(vlans), describe_setting(left), describe_setting(right),
+                       vlan_states[state].words});
   }
   if (rows.empty()) return "";
   const char *title = are_equal ? "VLANs that are the same on both switches"
@@ -115,7 +115,7 @@ std::string write_vlan_table(const VlanGroups &groups, bool are_equal, const Sid
 std::string write_vlan_section(const PairReport &report) {
   std::string html = "<dl>";
   const auto add = [&html](const char *title, const Vlans &vlans) {
-    html += fmt::format("<dt>{}</dt><dd>{}</dd>", title, vlans.none() ? "none" : folded(vlans));
+    html += fmt::format("<dt>{}</dt><dd>{}</dd>", title, vlans.none() ? "none" : fold_vlans(vlans));
   };
   add("Twin VLANs", report.twin_vlans);
   if (report.checks.empty()) return html + "</dl>\n";
@@ -137,7 +137,7 @@ std::string write_vlan_section(const PairReport &report) {
                      R"(aria-readonly="true"></div></div>
 <ul id="legend" aria-label="Legend of the grid"></ul>
 </figure>
-<noscript><p>The picture of the VLANs needs a script; the tables have the content.</p></noscript>
+<noscript><p>The grid of VLANs needs JavaScript. The tables have the same content.</p></noscript>
 )",
                      names[0], names[1]) +
          write_vlan_table(groups, false, names) + write_vlan_table(groups, true, names);

@@ -10,7 +10,7 @@ namespace {
 void print_incomplete(const PairReport &report, const Layout &layout) {
   const bool is_first = find_outcome(report) == Outcome::incomplete;
   for (const IncompleteReport &incomplete : report.incomplete) {
-    // The first is the first line then.
+    // print_comparison() has printed the first reason in the verdict.
     if (&incomplete != &report.incomplete.front() || !is_first) {
       put_wrapped(std::string("not compared: ") + describe_incomplete(incomplete.reason), layout);
     }
@@ -21,14 +21,9 @@ void print_incomplete(const PairReport &report, const Layout &layout) {
 }
 
 Cell verdict_cell(const PairReport &report) {
-  switch (find_outcome(report)) {
-    case Outcome::agree:
-      return {"The pair agrees.", Colour::green};
-    case Outcome::disagree:
-      return {"The pair does NOT agree.", Colour::red};
-    case Outcome::incomplete:
-      break;
-  }
+  const Outcome outcome = find_outcome(report);
+  if (outcome == Outcome::agree) return {"The pair agrees.", Colour::green};
+  if (outcome == Outcome::disagree) return {"The pair does NOT agree.", Colour::red};
   return {std::string("NOT COMPARED: ") + describe_incomplete(report.incomplete.front().reason),
           Colour::yellow};
 }
@@ -45,7 +40,7 @@ void print_notes(const PairReport &report, const Style &style) {
 
 // --- many pairs ---
 
-// What one of many pairs came to, and why.
+// The outcome of one of many pairs, and its reason.
 std::pair<Outcome, std::string> summarize_result(const PairResult &result) {
   if (!result.errors.empty()) {
     std::size_t count = 0;
@@ -59,8 +54,8 @@ std::pair<Outcome, std::string> summarize_result(const PairResult &result) {
   }
   const Outcome outcome = find_outcome(result.report);
   if (outcome == Outcome::disagree) return {outcome, describe_differences(result.report)};
-  const auto gaps = describe_each(result.report.incomplete, [](const IncompleteReport &of) {
-    return std::string(describe_incomplete(of.reason)) + (of.accepted ? ", accepted" : "");
+  const auto gaps = describe_each(result.report.incomplete, [](const IncompleteReport &each) {
+    return std::string(describe_incomplete(each.reason)) + (each.accepted ? ", accepted" : "");
   });
   return {outcome, join(gaps, "; ")};
 }
@@ -72,17 +67,16 @@ void print_comparison(const PairReport &report, const Style &style) {
   put_wrapped(verdict_cell(report), layout);
   print_incomplete(report, layout);
   if (find_reasons(report).contains(Reason::warnings)) {
-    put_line("Warnings remain, and --strict counts them.");
+    put_line("Warnings remain, which --strict does not allow.");
   }
-  std::vector<std::string> off;
   for (std::size_t side = 0; side < style.sides.size(); ++side) {
     const SideReport &of_side = report.sides[side];
     put_wrapped(fmt::format("{}: {}{}, spanning tree {}", style.sides[side],
                             of_side.name.empty() ? "" : of_side.name + ", from ", of_side.source,
                             spanning_tree_name(of_side.spanning_tree)),
                 layout);
-    if (of_side.spanning_tree == SpanningTree::off) off.emplace_back(style.sides[side]);
   }
+  const std::vector<std::string> off = list_sides_off(report, style.sides);
   if (off.empty()) {
     const Vlans &twins = report.twin_vlans;
     put_wrapped("twin VLANs: " + (twins.none() ? "none" : vlan_text(twins)), layout, 4);
@@ -106,8 +100,8 @@ void print_pair_result(const PairResult &result, const Layout &layout, bool with
   Cell cell = outcome == Outcome::agree      ? Cell("agrees", Colour::green)
               : outcome == Outcome::disagree ? Cell("DIFFERENT: " + why, Colour::red)
                                              : Cell("NOT COMPARED: " + why, Colour::yellow);
-  if (notes > 0) cell.text += " (" + count_of(notes, "note") + ")";
-  put_line(result.name + ": " + coloured(cell, layout));
+  if (notes > 0) cell.text += " (" + format_count(notes, "note") + ")";
+  put_line(result.name + ": " + add_colour(cell, layout));
   if (!with_notes) return;
   for (const NoteGroup &group : group_notes(result.report.notes)) {
     put_wrapped(describe_notes(group), layout, 4, "  - ");
@@ -118,9 +112,9 @@ void print_pair_counts(PairCounts counts) {
   const auto &agree = counts[Outcome::agree];
   const auto &differing = counts[Outcome::disagree];
   const auto &failed = counts[Outcome::incomplete];
-  put_line(fmt::format("{} pairs: {} agree, {} differ, {} not compared",
-                       agree.size() + differing.size() + failed.size(), agree.size(),
-                       differing.size(), failed.size()));
+  const std::size_t count = agree.size() + differing.size() + failed.size();
+  put_line(fmt::format("{}: {} agree, {} differ, {} not compared", format_count(count, "pair"),
+                       agree.size(), differing.size(), failed.size()));
   for (const auto *lines : {&failed, &differing}) {
     for (const std::string &line : *lines) put_line(line, 4);
   }

@@ -1,4 +1,4 @@
-// What was found, printed for a person.
+// Prints reports as text.
 #pragma once
 
 #include "output/layout.h"
@@ -8,27 +8,27 @@ namespace lab {
 
 struct Style {
   Layout layout;
-  bool quiet = false;           // verdicts and expectations that are not met only
-  bool only_different = false;  // of checks what does not agree, or differs as accepted
-  bool is_short = false;        // long lists that are equal on both sides are cut
+  bool quiet = false;           // only verdicts and unmet expectations
+  bool only_different = false;  // only scopes that disagree or have accepted differences
+  bool is_short = false;        // cut long lists that are equal on both sides
   SideNames sides = switch_names;
 };
 
 // --- checks ---
 
-// The scopes of a check, and, of several, a summary.
+// Prints each scope, and a summary if there are several.
 void print_checks(const std::vector<ScopeReport> &checks, const Style &style);
 
-// A scope as it is and as it would be after a step on a side.
-void print_now_and_then(const ScopeReport &now, const ScopeReport &then, std::size_t side,
+// Compares a scope now and after a step on one side.
+void print_scope_change(const ScopeReport &now, const ScopeReport &then, std::size_t side,
                         const Style &style);
 
 // --- comparisons ---
 
-// The verdict, the scopes (those that differ, or all), the notes.
+// Prints the verdict, the scopes and the notes.
 void print_comparison(const PairReport &report, const Style &style);
 
-// What the comparisons of many pairs came to: a line for each pair.
+// The results of many pairs by outcome, a line for each pair.
 using PairCounts = std::map<Outcome, std::vector<std::string>>;
 
 void count_result(const PairResult &result, PairCounts &counts);
@@ -37,10 +37,10 @@ void print_pair_counts(PairCounts counts);
 
 // --- the tables of the library ---
 
-// A result code, parameter or command, by name, number or key. false: nothing of that name.
+// Explains a result code, parameter, command or field. Returns false if nothing has that name.
 bool explain(const std::string &what, const Layout &layout);
 
-// The parameters, the commands, or both.
+// Lists "parameters", "commands", or both.
 void list(const std::string &what, const Layout &layout);
 
 // --- runs ---
@@ -49,7 +49,7 @@ void print_title(const std::string &path, const std::string &title, const std::s
                  const Style &style);
 void print_step(const StepReport &step, const Style &style);
 
-// Of a step before a what-if, only what was not as expected.
+// Prints the unmet expectations of a step before a what-if.
 void print_unmet_step(const StepReport &step, const Style &style);
 void print_end(const RunReport &report, const Style &style);
 void print_what_if(const WhatIfReport &report, const Style &style);

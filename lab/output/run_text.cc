@@ -19,17 +19,15 @@ std::string describe_entries(const std::vector<Entry> &entries) {
   }));
 }
 
-// The ports of records that follow one another.
+// " on 2 member ports: 0x1001, 0x1003". Consecutive records of a port count once.
 std::string describe_record_ports(const std::vector<ParameterRecord> &records) {
-  constexpr std::size_t most = 4;
+  constexpr std::size_t most_ports = 4;
   auto ports = describe_each(records, [](const ParameterRecord &record) { return record.port; });
   std::erase(ports, "");
   ports.erase(std::unique(ports.begin(), ports.end()), ports.end());
-  const std::size_t count = ports.size();
-  if (count == 0) return "";
-  if (count > most) ports.resize(most);
-  return fmt::format(" on {}: {}{}", count_of(count, "member port"), join(ports),
-                     count > most ? ", ..." : "");
+  if (ports.empty()) return "";
+  return fmt::format(" on {}: {}", format_count(ports.size(), "member port"),
+                     list_first(ports, most_ports));
 }
 
 Cell answer_cell(const SwitchReport &report) {
@@ -58,14 +56,14 @@ void print_answer(const SwitchReport &report, std::size_t side, const Style &sty
     const std::string ports = report.records ? describe_record_ports(*report.records) : "";
     put_wrapped(describe_entries(*report.values) + ports, style.layout, under_answer);
   } else if (report.answer && report.answer->is_accepted) {
-    put_line("nothing to check with the peer", under_answer);
+    put_line("no parameter to check with the peer", under_answer);
   }
 }
 
-// A table for each scope with display records.
+// Prints a table for each scope.
 void print_display(const SwitchReport &report, std::size_t side, const Style &style) {
   const std::vector<DisplayRecord> &records = *report.display;
-  put_line(coloured({switch_names[side], Colour::bold}, style.layout), step_indent);
+  put_line(add_colour({switch_names[side], Colour::bold}, style.layout), step_indent);
   if (records.empty()) {
     put_line("nothing to report: " + describe_result(*report.result), step_indent);
   }
@@ -96,7 +94,7 @@ void print_unmet(const StepReport &step, const Style &style) {
   for (const ExpectationReport &expectation : step.expectations) {
     if (expectation.is_met) continue;
     put_wrapped(fmt::format("{} {}: expected {}, found {}",
-                            coloured({"NOT AS EXPECTED", Colour::red}, style.layout),
+                            add_colour({"NOT AS EXPECTED", Colour::red}, style.layout),
                             describe_subject(expectation), describe_finding(expectation.expected),
                             describe_finding(expectation.found)),
                 style.layout, step_indent);
@@ -118,7 +116,7 @@ void print_head(const StepHead &head, bool is_check, const Style &style) {
 
 void print_title(const std::string &path, const std::string &title, const std::string &about,
                  const Style &style) {
-  put_line(coloured({title.empty() ? path : title, Colour::bold}, style.layout));
+  put_line(add_colour({title.empty() ? path : title, Colour::bold}, style.layout));
   const std::string text = about.substr(0, about.find_last_not_of('\n') + 1);
   if (!text.empty() && !style.quiet) put_wrapped(text, style.layout);
 }
@@ -147,13 +145,13 @@ void print_unmet_step(const StepReport &step, const Style &style) {
 }
 
 void print_end(const RunReport &report, const Style &style) {
-  const auto &[expected, met] = std::pair(report.expected, report.met);
-  const std::string text =
-      expected == 0    ? "nothing was expected"
-      : met < expected ? fmt::format("{} of {} expectations not met", expected - met, expected)
-      : expected == 1  ? "the one expectation holds"
-                       : fmt::format("all {} expectations hold", expected);
-  put_line(coloured({text, met == expected ? Colour::green : Colour::red}, style.layout));
+  const std::size_t count = report.expected;
+  const std::size_t unmet = count - report.met;
+  const std::string text = count == 0   ? "nothing was expected"
+                           : unmet > 0  ? fmt::format("{} of {} expectations not met", unmet, count)
+                           : count == 1 ? "the one expectation holds"
+                                        : fmt::format("all {} expectations hold", count);
+  put_line(add_colour({text, unmet == 0 ? Colour::green : Colour::red}, style.layout));
   put_line("");
 }
 
@@ -166,13 +164,11 @@ void print_what_if(const WhatIfReport &report, const Style &style) {
     print_answer(tried.answer, side, style);
     const std::size_t changed = tried.then.size();
     for (std::size_t i = 0; i < changed; ++i) {
-      print_now_and_then(tried.now[i], tried.then[i], side, style);
+      print_scope_change(tried.now[i], tried.then[i], side, style);
     }
     put_wrapped(
-        fmt::format("looked at the switch and {}; {}", count_of(tried.checked - 1, "channel"),
-                    changed == 0   ? "nothing changes"
-                    : changed == 1 ? "one changes"
-                                   : fmt::format("{} change", changed)),
+        fmt::format("checked the switch and {}; {}", format_count(tried.checked - 1, "channel"),
+                    format_verb(changed, "change")),
         style.layout, step_indent);
   }
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "draimiofaf/types.h"
+#include "switch/values.h"
 
 namespace lab {
 namespace {
@@ -53,11 +54,11 @@ std::string vlans_text(const Note &note, const SideNames &names) {
   return text + ".";
 }
 
-// How a sentence about a note of each kind is formatted.
+// By kind.
 constexpr const char *note_sentences[] = {
     "Spanning tree is enabled on {side} only.",
     "{vlans}",
-    "The ports differ in what no parameter covers: {fields}.",
+    "Port settings that no parameter covers differ: {fields}.",
     "Spanning tree is enabled on neither half.",
     "Timers of twin VLANs differ: {fields}.",
     "Timers differ: {fields}.",
@@ -83,12 +84,22 @@ std::string list_first(const std::vector<std::string> &texts, std::size_t most,
          (texts.size() > most ? fmt::format(" and {} more", texts.size() - most) : "");
 }
 
-std::string count_of(std::size_t count, const char *what) {
+std::string format_count(std::size_t count, const char *what) {
   return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+std::string format_verb(std::size_t count, const char *verb) {
+  return fmt::format("{} {}{}", count == 0 ? "none" : std::to_string(count), verb,
+                     count <= 1 ? "s" : "");
 }
 
 std::vector<std::string> list_keys(const std::vector<uint16_t> &types) {
   return describe_each(types, parameter_key);
+}
+
+Difference find_difference(const ParameterReport &parameter) {
+  const auto &[left, right] = parameter.values;
+  return left && right ? difference(parameter.type, *left, *right) : Difference{};
 }
 
 std::string describe_result(uint32_t code, const char *success) {
@@ -111,7 +122,7 @@ std::string describe_scope(const ScopeReport &report, const SideNames &names) {
   if (scope.kind == PairScope::Kind::of_port) {
     title = "port " + scope.name;
   } else if (missing_side(report)) {
-    // The one port says nothing more than the channel's name.
+    // The name of the channel is enough.
   } else if (left != right) {
     title += fmt::format(": {} on the {}, {} on the {}", left, names[0], right, names[1]);
   } else if (left != scope.name) {
@@ -166,12 +177,20 @@ std::string describe_states(const ParameterReport &parameter, const SideNames &n
 }
 
 std::string describe_inconsistent_port(const InconsistentPort &port, const PairScope::End &end) {
-  return fmt::format("port {} is not set like {}: {}", port.name,
+  return fmt::format("port {} differs from {}: {}", port.name,
                      end.present ? end.port_name : "the first", join(list_keys(port.types)));
 }
 
 std::string describe_acceptance(const Acceptance &acceptance) {
   return acceptance.reason + (acceptance.until.empty() ? "" : " (until " + acceptance.until + ")");
+}
+
+std::vector<std::string> list_sides_off(const PairReport &report, const SideNames &names) {
+  std::vector<std::string> off;
+  for (std::size_t side = 0; side < names.size(); ++side) {
+    if (report.sides[side].spanning_tree == SpanningTree::off) off.emplace_back(names[side]);
+  }
+  return off;
 }
 
 const char *describe_incomplete(Incomplete reason) {

@@ -234,6 +234,8 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
   if (is_sent_by_both) fix.groups = find_groups(settings, type);
   if (rows[0] == nullptr && rows[1] == nullptr) return fix;
   if (!is_sent_by_both) {
+    // In one mode all dumps send the same parameters: a state file leaves this one out.
+    if (running_mode(*settings[0]) == running_mode(*settings[1])) return fix;
     fix.kind = Fix::Kind::with_mode;
     fix.field = field_of_parameter(STP_MCEC_TYPE1_STP_MODE, 0);
     return fix;
