@@ -1,4 +1,4 @@
-// Files of credentials: which database gets which login, and which files are refused.
+// Files of credentials: logins of databases, errors, and permissions.
 
 #include "sonic/source.h"
 
@@ -12,7 +12,7 @@
 namespace lab {
 namespace {
 
-TEST(Credentials, GiveADatabaseItsLogin) {
+TEST(Credentials, ApplyToTheirDatabases) {
   InputErrors errors;
   const Credentials credentials = read_credentials(
       "\xef\xbb\xbf# passwords\r\n\nredis://Leaf\twatcher\ts3:cret\r\n"
@@ -43,7 +43,7 @@ TEST(Credentials, GiveADatabaseItsLogin) {
   }
 }
 
-TEST(Credentials, ReportErrorsWithoutTheirText) {
+TEST(Credentials, DoNotQuoteLinesInErrors) {
   const struct {
     const char *line;
     const char *error;
@@ -63,7 +63,7 @@ TEST(Credentials, ReportErrorsWithoutTheirText) {
   }
 }
 
-TEST(Credentials, RefuseAFileThatOthersCanRead) {
+TEST(Credentials, MustBeAccessibleByTheOwnerOnly) {
   namespace fs = std::filesystem;
   std::string name = testing::TempDir() + "credentialsXXXXXX";
   const fs::path folder = mkdtemp(name.data());

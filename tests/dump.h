@@ -1,4 +1,4 @@
-// Dumps of real switches, as the tests of captures take them.
+// Dumps with their rows, settings and errors.
 #pragma once
 
 #include <fstream>

@@ -1,4 +1,4 @@
-// compare as a gate: exit status, accepted differences, intended states, groups.
+// compare in CI: exit status, accepted differences, intended states, groups.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-TEST_F(Lab, GatesAComparison) {
+TEST_F(Lab, ComparesInCi) {
   const std::string no_channel =
       R"("STP_MST": {"GLOBAL": {"name": "x"}}, "STP": {"GLOBAL": {"mode": "mst"}})";
   const auto put = [&](const char *name, const std::string &text) {

@@ -1,4 +1,4 @@
-// The program as a person and a script use it.
+// Runs mcec-lab as a process.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 
 struct Outcome {
   int status;
-  std::string out;  // with what went to standard error
+  std::string out;  // standard output and standard error
 };
 
 struct Lab : testing::Test {

@@ -1,4 +1,4 @@
-// The program that runs on events: which events it gets, how many run, and what ends it.
+// The program of --on-change: its events, its environment, and its failures.
 
 #include "io/program.h"
 
@@ -48,7 +48,7 @@ struct ProgramTest : testing::Test {
         write("program", "#!/bin/sh\ncd " + folder.string() + "\n" + script, 0700);
     program.emplace(loop, path, limits, [&](const std::string &text) { problems.push_back(text); });
   }
-  // Until a condition is met that programs bring about.
+  // Runs the loop until a condition is met.
   void wait_until(const std::function<bool()> &is_met) {
     const TimePoint ends = Clock::now() + 60s;
     Timer timer(loop, [&] {
@@ -70,7 +70,7 @@ struct ProgramTest : testing::Test {
 };
 
 TEST_F(ProgramTest, GetsTheLastEventOfEachPair) {
-  // While there is a file "hold" the program does not end.
+  // The program runs as long as the file "hold" exists.
   use(R"(read -r event; echo "$event" >>order; touch running.$event
 while [ -e hold ]; do sleep 0.01; done; rm running.$event)",
       {.at_once = 2, .time = 60s});
@@ -89,7 +89,7 @@ while [ -e hold ]; do sleep 0.01; done; rm running.$event)",
   EXPECT_TRUE(problems.empty()) << problems[0];
 }
 
-TEST_F(ProgramTest, StartsInAUsualProcess) {
+TEST_F(ProgramTest, StartsWithoutInheritedSignalsAndFiles) {
   const int kept = open(write("kept-open", "", 0600).c_str(), O_RDONLY);
   std::signal(SIGPIPE, SIG_IGN);
   use(R"(wc -c >size; grep -E '^Sig(Ign|Blk)' /proc/$$/status | cut -f2 | sort -u >signals
@@ -132,7 +132,7 @@ TEST_F(ProgramTest, ReportsFailures) {
   EXPECT_EQ(find_program_problem(write("x", "", 0600)), "it is not executable");
 }
 
-TEST_F(ProgramTest, EndsWithItsRecord) {
+TEST_F(ProgramTest, EndsWithItsOwner) {
   use("sleep 60 & echo $! >child.new; mv child.new child; wait");
   program->run("a", "");
   wait_until([&] { return fs::exists(folder / "child"); });
