@@ -7,9 +7,9 @@
 #include <fstream>
 #include <functional>
 #include <regex>
-#include <sstream>
 
 #include "extract.h"
+#include "files.h"
 
 namespace {
 
@@ -265,10 +265,9 @@ TEST_F(Causes, GuideContainsTheTable) {
     const std::string row = row_of(cause);
     if (table.find(row) == table.npos) table += row;
   }
-  std::stringstream guide;
-  guide << std::ifstream(SOURCES "/../docs/causes.md").rdbuf();
-  EXPECT_NE(guide.str().find("\n" + table), std::string::npos) << "docs/causes.md must contain\n"
-                                                               << table;
+  const std::string guide = read_file(SOURCES "/../docs/causes.md");
+  EXPECT_NE(guide.find("\n" + table), std::string::npos) << "docs/causes.md must contain\n"
+                                                         << table;
 }
 
 // If this fails, add a row for the new path.

@@ -6,8 +6,8 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
+
+#include "files.h"
 
 namespace lab {
 namespace {
@@ -65,8 +65,8 @@ TEST(Credentials, DoNotQuoteLinesInErrors) {
 
 TEST(Credentials, MustBeAccessibleByTheOwnerOnly) {
   namespace fs = std::filesystem;
-  std::string name = testing::TempDir() + "credentialsXXXXXX";
-  const fs::path folder = mkdtemp(name.data());
+  const test::TempFolder temporary;
+  const fs::path &folder = temporary.path;
   const std::string path = folder / "file";
   std::ofstream(path) << "redis://leaf\t\ts3cret\n";
   const struct {
@@ -94,7 +94,6 @@ TEST(Credentials, MustBeAccessibleByTheOwnerOnly) {
   load_credentials(folder, errors);
   load_credentials(folder / "none", errors);
   EXPECT_EQ(errors.size(), 2U);
-  fs::remove_all(folder);
 }
 
 }  // namespace

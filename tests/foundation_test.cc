@@ -1,15 +1,13 @@
 // The catalogue, VLAN bitmaps and runtime services.
 
 #include <dlfcn.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <random>
 #include <sstream>
 
+#include "files.h"
 #include "mcecm.h"
 #include "support.h"
 
@@ -211,21 +209,15 @@ TEST_F(Foundation, DebugFileIsOpenedWhenPossible) {
   stp_mcec_lib_debug_print(1, "lost %d\n", 1);
   EXPECT_EQ(stp_mcec_lib_debug_file, nullptr);
 
-  char folder[] = "/tmp/draimiofaf-test-XXXXXX";
-  ASSERT_NE(mkdtemp(folder), nullptr);
-  debug_folder = std::string(folder) + "/";
+  const TempFolder folder;
+  debug_folder = folder.path.string() + "/";
   stp_mcec_lib_debug_print(1, "first %d\n", 2);
   stp_mcec_lib_debug_print(0, "second\n");
-  const std::string path = debug_folder + "stp_mcec_lib_dbg.log.3";
-  std::stringstream text;
-  text << std::ifstream(path).rdbuf();
-  EXPECT_EQ(text.str(),
+  EXPECT_EQ(read_file(folder.path / "stp_mcec_lib_dbg.log.3"),
             "STP MCEC Type-1 cfg debug file \n--------------------------------\nfirst 2\nsecond\n");
   ASSERT_NE(stp_mcec_lib_debug_file, nullptr);
   std::fclose(stp_mcec_lib_debug_file);
   stp_mcec_lib_debug_file = nullptr;
-  unlink(path.c_str());
-  rmdir(folder);
 }
 
 TEST_F(Foundation, ChannelsComeFromTheDatabase) {

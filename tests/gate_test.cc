@@ -71,9 +71,6 @@ TEST_F(Lab, ComparesInCi) {
     EXPECT_LT(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 70) << row.arguments;
     EXPECT_TRUE(*row.text != '\0' || outcome.out.empty()) << outcome.out;
   }
-  for (const char *name : {"none", "guarded", "open", "gap", "bad", "guards", "old"}) {
-    unlink((folder + "/" + name).c_str());
-  }
 }
 
 }  // namespace

@@ -1,13 +1,11 @@
 // Runs mcec-lab as a process.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <string>
+#include <cstdio>
+
+#include "files.h"
 
 struct Outcome {
   int status;
@@ -15,18 +13,9 @@ struct Outcome {
 };
 
 struct Lab : testing::Test {
-  std::string folder;
-  std::string file;
-
-  void SetUp() override {
-    char made[] = "/tmp/mcec-lab-test-XXXXXX";
-    folder = mkdtemp(made);
-    file = folder + "/scenario.yaml";
-  }
-  void TearDown() override {
-    unlink(file.c_str());
-    rmdir(folder.c_str());
-  }
+  test::TempFolder temporary;
+  std::string folder = temporary.path;
+  std::string file = folder + "/scenario.yaml";
 
   void write(const std::string &scenario) { std::ofstream(file) << scenario; }
 

@@ -7,10 +7,9 @@
 
 #include <algorithm>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
+
+#include "files.h"
 
 namespace lab {
 namespace {
@@ -18,25 +17,12 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-std::string read_whole(const fs::path &path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 struct ProgramTest : testing::Test {
-  fs::path folder;
+  test::TempFolder temporary;
+  fs::path folder = temporary.path;
   Loop loop;
   std::vector<std::string> problems;
   std::optional<ChangeProgram> program;
-
-  ProgramTest() {
-    std::string name = testing::TempDir() + "programXXXXXX";
-    folder = mkdtemp(name.data());
-  }
-  ~ProgramTest() override {
-    program.reset();
-    fs::remove_all(folder);
-  }
 
   fs::path write(const std::string &name, const std::string &text, unsigned mode) {
     std::ofstream(folder / name) << text;
@@ -97,9 +83,9 @@ ls -l /proc/$$/fd >files; [ $$ = $(ps -o pgid= -p $$) ] && touch leader)");
   program->run("", std::string(1 << 20, 'x'));
   wait_for_all();
   close(kept);
-  EXPECT_EQ(read_whole(folder / "size"), "1048576\n");
-  EXPECT_EQ(read_whole(folder / "signals"), "0000000000000000\n");
-  const std::string files = read_whole(folder / "files");
+  EXPECT_EQ(test::read_file(folder / "size"), "1048576\n");
+  EXPECT_EQ(test::read_file(folder / "signals"), "0000000000000000\n");
+  const std::string files = test::read_file(folder / "files");
   EXPECT_NE(files.find("event"), files.npos) << files;
   EXPECT_EQ(files.find("kept-open"), files.npos) << files;
   EXPECT_TRUE(fs::exists(folder / "leader"));
@@ -137,10 +123,10 @@ TEST_F(ProgramTest, EndsWithItsOwner) {
   program->run("a", "");
   wait_until([&] { return fs::exists(folder / "child"); });
   program.reset();
-  const int child = std::stoi(read_whole(folder / "child"));
+  const int child = std::stoi(test::read_file(folder / "child"));
   const std::string command = "/proc/" + std::to_string(child) + "/cmdline";
-  for (int i = 0; i < 1000 && !read_whole(command).empty(); ++i) usleep(10000);
-  EXPECT_EQ(read_whole(command), "");
+  for (int i = 0; i < 1000 && !test::read_file(command).empty(); ++i) usleep(10000);
+  EXPECT_EQ(test::read_file(command), "");
 }
 
 }  // namespace
