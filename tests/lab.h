@@ -1,9 +1,12 @@
 // Runs mcec-lab as a process.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <fstream>
+#include <string>
 
 #include "files.h"
 

@@ -7,6 +7,9 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <set>
 
 #include "files.h"
