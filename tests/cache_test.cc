@@ -1,4 +1,4 @@
-// The cache: what gets in, what leaves, and what the peer is sent.
+// The cache: update, delete, rebuild, export.
 
 #include "avl.h"
 #include "support.h"
@@ -42,7 +42,7 @@ TEST_F(Cache, NodesAreOrderedByIndexThenType) {
   }
 }
 
-TEST_F(Cache, UpdateAddsWhatIsMissingOnly) {
+TEST_F(Cache, UpdateAddsMissingEntriesOnly) {
   EXPECT_EQ(cache_update(1, 0x1000, {{1, word(5)}, {13, {1, 2, 3}}}), 0U);
   EXPECT_EQ(log(), (Lines{update_op + "update cache (delete=False, gbl=1, if_index=0x1000)",
                           update_op + "Num TLVs 2", update_op + "Add type 1 to cache",
@@ -65,7 +65,7 @@ TEST_F(Cache, UpdateAddsWhatIsMissingOnly) {
   EXPECT_EQ(standin_live_bytes(2), 4U + 3U + 0U + 4U);
 }
 
-TEST_F(Cache, UpdateWithoutPayloadOrEntriesIsNoError) {
+TEST_F(Cache, UpdateWithoutPayloadOrEntriesSucceeds) {
   const Message bare(standin_message(0, nullptr, 0));
   EXPECT_EQ(stp_mcec_type1_cfg_cache_update(0, 0, 5, bare.msg), 0U);
   EXPECT_EQ(log(), (Lines{update_op + "update cache (delete=False, gbl=0, if_index=0x5)",
@@ -74,7 +74,7 @@ TEST_F(Cache, UpdateWithoutPayloadOrEntriesIsNoError) {
   EXPECT_EQ(log().back(), update_op + "Num TLVs 0");
 }
 
-TEST_F(Cache, DeletingAScopeLeavesTheOthers) {
+TEST_F(Cache, DeleteRemovesOneScope) {
   for (const uint32_t if_index : {0U, 0x1000U, 0x1001U}) {
     for (uint16_t type = 1; type <= 13; ++type) cache(if_index, type, word(type));
   }
@@ -89,7 +89,7 @@ TEST_F(Cache, DeletingAScopeLeavesTheOthers) {
   }
 }
 
-TEST_F(Cache, RebuildKeepsTheFirstOfATypeAndTheCached) {
+TEST_F(Cache, RebuildKeepsCachedValuesAndTheFirstDuplicate) {
   EXPECT_EQ(rebuild(0, {{1, word(4)}, {1, word(5)}, {6, word(0)}}), 0U);
   EXPECT_EQ(log(), (Lines{rebuild_op + "rebuilding type-1 cache", rebuild_op + "num_tlvs = 3",
                           rebuild_op + "type = 1, tlen=4", rebuild_op + "type = 1, tlen=4",
@@ -99,7 +99,7 @@ TEST_F(Cache, RebuildKeepsTheFirstOfATypeAndTheCached) {
   EXPECT_EQ(log(), (Lines{rebuild_op + "rebuilding type-1 cache", rebuild_op + "num_tlvs = 0"}));
 }
 
-TEST_F(Cache, ExportHoldsWhatIsCachedOfTheScope) {
+TEST_F(Cache, ExportContainsTheScope) {
   EXPECT_EQ(exported(1, 0), "");
   EXPECT_EQ(stp_mcec_get_mcec_params_tlv_size(1, 0), 4U);
   cache(0, 7, word(1));
@@ -121,8 +121,8 @@ TEST_F(Cache, ExportHoldsWhatIsCachedOfTheScope) {
                                                               tlv_aligned_data_size_get(80));
 }
 
-// As a process may link it that knows the tree.
-TEST_F(Cache, AnEntryWithoutAValueStaysEmpty) {
+// A process can insert such an entry, because the tree is exported.
+TEST_F(Cache, EntryWithoutAValueStaysEmpty) {
   auto *node =
       static_cast<type1_cfg_avl_node_t *>(mtrack_alloc(633, 1, sizeof(type1_cfg_avl_node_t)));
   *node = {0, 1, 0, nullptr};
@@ -133,7 +133,7 @@ TEST_F(Cache, AnEntryWithoutAValueStaysEmpty) {
   EXPECT_EQ(exported(1, 0), "1:");
 }
 
-TEST_F(Cache, ExportLogsItsStepsAndGoesOnWithoutAnEntry) {
+TEST_F(Cache, ExportSkipsAnEntryThatCannotBeAdded) {
   cache(0x1000, 10, word(1));
   cache(0x1000, 12, word(2));
   const std::string get = "stp_mcec_type1_cfg_get_params: ";

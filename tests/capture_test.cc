@@ -1,4 +1,4 @@
-// Dumps of real switches: what they say, and what is wrong with them.
+// Dumps: settings, forms, and errors.
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
       {R"({"PORT": {}})",
        ": found none of the tables that are read; expected DEVICE_METADATA, MCLAG_DOMAIN, "
        "MCLAG_INTERFACE, STP, STP_MST, STP_MST_INST, STP_PORT, STP_VLAN, VLAN or VLAN_MEMBER\n"},
-      // An error does not hide the others, nor make new ones.
+      // An error neither hides others nor causes new ones.
       {R"({"DEVICE_METADATA": 5, "STP": {"GLOBAL": {"mode": "mst"}}, "VLAN": {"Vlan1": []},
            "STP_VLAN": {"Vlan1": {"enabled": true, "priority": 5}},
            "STP_PORT": {"a": {"bpdu_guard": {"x": [{}]}, "root_guard": ["true"],)"
@@ -96,7 +96,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        "STP_MST_INST|MST_INSTANCE:INSTANCE2 vlan_list: found VLAN 7, which '1' has too; expected "
        "each "
        "VLAN in one instance\n"},
-      // In other forms.
+      // Other forms.
       {R"({"STP|GLOBAL": {"mode": "pvst", "mode@": ""}, "STP|GLOBAL": {}, "VLAN": {)"
        R"("VLAN|Vlan1": {}},
            "STP_PORT|a": {"type": "hash", "value": {"root_guard@": "true"}}, "STP_VLAN|Vlan1": 5})",
@@ -120,7 +120,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        "one of them in mst\n"},
   };
   for (const auto &row : rows) EXPECT_EQ(dump_of(row.dump).errors, row.errors) << row.dump;
-  // Wherever a dump is cut off, and however deep it goes.
+  // A dump that is truncated at any place, and one that is deeply nested.
   const std::string whole = capture("guard-left");
   for (std::size_t size = 1; size + 2 < whole.size(); ++size) {
     const std::string errors = dump_of(whole.substr(0, size)).errors;
@@ -130,7 +130,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
   EXPECT_NE(dump_of("{\"VLAN\": " + std::string(1000000, '[')).errors, "");
 }
 
-TEST(Capture, BecomesAStateFile) {
+TEST(Capture, IsWrittenAsAStateFile) {
   const std::string head = "# What a switch is set to: a lab state file, which mcec-lab reads.\n";
   const struct {
     const char *dump;
@@ -200,7 +200,7 @@ TEST(Capture, WritesTheConfigurationDigest) {
   EXPECT_EQ(region_digest(spread), "9D145C267DBE9FB5D893441BE3BA08CE");
 }
 
-TEST(Capture, HasOneMeaningInEveryForm) {
+TEST(Capture, HasTheSameSettingsInEveryForm) {
   const std::string expected = write_state(
       dump_of(R"({"VLAN": {"Vlan1": {}, "Vlan2": {}}, "STP": {"GLOBAL": {"mode": "mst"}},
                   "STP_MST": {"GLOBAL": {"name": "x"}}, "STP_MST_INST": {"1": {"vlan_list": [)"

@@ -1,5 +1,5 @@
-// Every path to STP_MCEC_ERR_FAILURE and STP_MCEC_ERR_INVALID_ARG, and those of a missing array:
-// the call, the last line of the log, and the cause. docs/causes.md has this table.
+// Every path to STP_MCEC_ERR_FAILURE and STP_MCEC_ERR_INVALID_ARG, and the results for missing
+// arrays: the call, the last log line, and the cause. docs/causes.md has this table.
 
 #include <fnmatch.h>
 
@@ -7,15 +7,15 @@
 #include <fstream>
 #include <functional>
 #include <regex>
-#include <sstream>
 
 #include "extract.h"
+#include "files.h"
 
 namespace {
 
 using namespace test;
 
-// --- calls; each returns its outcome ---
+// --- calls, which return their outcomes ---
 
 using Checker = uint32_t (*)(void *local, void *remote);
 
@@ -31,7 +31,7 @@ uint32_t check_rapid_pvst(void *local, void *remote) {
   return stp_mcec_pvrst_type1_cfg_compat_check(0, 0, local, remote, 1, nullptr, nullptr, nullptr);
 }
 
-// An array without bytes is missing.
+// Passes NULL for an array without bytes.
 std::string check_arrays(Checker checker, Bytes local, Bytes remote) {
   return in_hex(
       checker(local.empty() ? nullptr : local.data(), remote.empty() ? nullptr : remote.data()));
@@ -42,10 +42,10 @@ std::string check_in_mode(const Bytes &mode) {
   return check_arrays(check_all, array({{6, word(1)}}), array({{6, word(1)}}));
 }
 
-// An extractor with a command that is not one of its own.
 using CommandExtractor = uint32_t (*)(void *, uint32_t, uint8_t **, uint32_t *, uint32_t *,
                                       mcecm_app_cmd_extract_info_t **);
 
+// Calls an extractor with a command of another one.
 std::string call_extractor(CommandExtractor extractor) {
   const Message made(standin_command(9, 1, nullptr, 0));
   void *handle = standin_handle(made.msg);
@@ -72,10 +72,10 @@ std::string report_on(Bytes entries) {
 // --- the table ---
 
 struct Cause {
-  const char *called;
-  const char *line;  // fnmatch(); "": none
+  const char *caller;
+  const char *line;  // a pattern of fnmatch(); "": no line
   const char *cause;
-  std::string outcome;  // begins with the result
+  std::string outcome;  // starts with the result
   std::function<std::string()> act;
 };
 
@@ -83,16 +83,16 @@ constexpr char checked[] = "check";
 constexpr char both_missing[] = "Both arrays are NULL.";
 constexpr char local_missing[] = "The local array is NULL.";
 constexpr char peer_missing[] = "The peer's array is NULL.";
-constexpr char at_peer[] = "The peer's array has no such parameter, or ends before it.";
+constexpr char at_peer[] = "The peer's array lacks the parameter, or ends before it.";
 constexpr char other_mode[] = "The cached mode is neither MST nor Rapid-PVST.";
-constexpr char no_type[] = "The type is not that of a parameter.";
+constexpr char no_type[] = "The type is not a parameter.";
 constexpr char commanded[] = "extraction of a command";
 constexpr char other_command[] =
-    "The command is not one of this extractor. Only 62 reaches one from a message.";
+    "The command belongs to another extractor. From a message only 62 causes this.";
 constexpr char vlans_missing[] =
-    "`STP_ENDIS` without `VLAN_LIST`, or the list's count reaches past its end.";
+    "`STP_ENDIS` without `VLAN_LIST`, or the count of the list exceeds its length.";
 constexpr char ports_missing[] =
-    "An interface command without `IFINDEX`, or the list's count reaches past its end.";
+    "An interface command without `IFINDEX`, or the count of the list exceeds its length.";
 constexpr char no_value[] = "40dd0003 | internal error: Failed to get param val\n";
 constexpr char updated[] = "extraction of an update message";
 constexpr char reported[] = "report";
@@ -157,11 +157,11 @@ std::vector<Cause> causes_of_commands() {
   static constexpr char values[] = "extract interface params";
   return {
       {"extraction", "type-1 param extractor",
-       "The opcode is neither that of a command nor that of an update message.", "40dd0003 | | | |",
+       "The opcode is neither a command nor an update message.", "40dd0003 | | | |",
        [] { return extract_message(5, {'x'}); }},
       {commanded, "Failed to get CMI (TLV) request handle",
-       "No usable request in the message, or its handle is larger than 64 KiB.", "40dd0003 | | | |",
-       [] { return extract_message(STP_MCEC_MTS_OPC_CMD_REQ, {'x'}); }},
+       "The message has no usable request, or its handle is larger than 64 KiB.",
+       "40dd0003 | | | |", [] { return extract_message(STP_MCEC_MTS_OPC_CMD_REQ, {'x'}); }},
       {commanded, "CLI extractor", "The command is not in `STP_MCEC_COMMANDS`.",
        "40dd0003 | | count 0 | |", [] { return command(3, set_form); }},
       {commanded, other, other_command, "40dd0003 | Invalid command ID 62 | count 0 | |",
@@ -177,7 +177,7 @@ std::vector<Cause> causes_of_commands() {
       {commanded, "Invalid arg", vlans_missing,
        "40dd0003 | internal error: Failed to get vlan | count 0 | |",
        [] { return command(STP_MCEC_CMD_STP_ENDIS, set_form); }},
-      {commanded, values, "The command is not one for interfaces.", no_value,
+      {commanded, values, "The command is not an interface command.", no_value,
        extractor(stp_mcec_extract_if_params)},
       {commanded, "Portfast mode unknown!!", "The value of the port mode or port type is unknown.",
        std::string(no_value) + " | count 0 | |",
@@ -201,7 +201,7 @@ std::vector<Cause> causes_of_arrays() {
       {updated, "type-1 (*) param extractor", "The array has no entry.", "40dd0003 | | | |",
        [] { return update(1, 0, {}); }},
       {updated, "Failed (rc=0x40dd0003, *) to retrieve tlv",
-       "An entry reaches past the length in the header; what came before it is cached.",
+       "An entry exceeds the length in the header; the entries before it are cached.",
        "40dd0003 | | cmd 0 count 2 | type 20 6,1,1,0 0,0,0,0 |",
        [=] { return update(1, 0, two, 4 + tlv_aligned_data_size_get(4)); }},
       {reported, "", "The array is NULL or has no entry.", "40dd0003 | ",
@@ -209,8 +209,9 @@ std::vector<Cause> causes_of_arrays() {
       {reported, "", "The array is NULL or has no entry.", "40dd0003 | ",
        [] { return report_on(array({})); }},
       {reported, "Type * - val = *",
-       "The entry after the one in the line has a type that is not 1 to 12. No line: it is the "
-       "first entry.",
+       "The type of the entry after the one in the line is not 1 to 12. Without a line: of the "
+       "first "
+       "entry.",
        "40dd0003 | 3",
        [] {
          return report_on(array({{6, word(1)}, {13, word(1)}, {7, word(1)}}));
@@ -230,7 +231,7 @@ std::vector<Cause> all_causes() {
 
 struct Causes : Extract {};
 
-TEST_F(Causes, EachPathHasItsResultAndItsLine) {
+TEST_F(Causes, ResultsAndLastLinesIdentifyCauses) {
   for (const Cause &cause : all_causes()) {
     SCOPED_TRACE(cause.cause);
     empty_cache();
@@ -254,23 +255,23 @@ std::string row_of(const Cause &cause) {
     if (cause.outcome.starts_with(code)) result = name;
   }
   const std::string line = std::regex_replace(cause.line, std::regex("\\*"), "...");
-  return "| `" + result + "` | " + cause.called + " | " +
+  return "| `" + result + "` | " + cause.caller + " | " +
          (line.empty() ? "none" : "`" + line + "`") + " | " + cause.cause + " |\n";
 }
 
-TEST_F(Causes, TheGuideHasTheTable) {
+TEST_F(Causes, GuideContainsTheTable) {
   std::string table = "| result | returned by | last line | cause |\n| --- | --- | --- | --- |\n";
   for (const Cause &cause : all_causes()) {
     const std::string row = row_of(cause);
     if (table.find(row) == table.npos) table += row;
   }
-  std::stringstream guide;
-  guide << std::ifstream(SOURCES "/../docs/causes.md").rdbuf();
-  EXPECT_NE(guide.str().find("\n" + table), std::string::npos) << "docs/causes.md needs\n" << table;
+  const std::string guide = read_file(SOURCES "/../docs/causes.md");
+  EXPECT_NE(guide.find("\n" + table), std::string::npos) << "docs/causes.md must contain\n"
+                                                         << table;
 }
 
-// A new path needs a row.
-TEST_F(Causes, TheSourcesHaveNoOtherPath) {
+// If this fails, add a row for the new path.
+TEST_F(Causes, SourcesHaveNoOtherPaths) {
   std::string code;
   for (const auto &file : std::filesystem::recursive_directory_iterator(SOURCES)) {
     std::ifstream in(file.path());

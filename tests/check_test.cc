@@ -1,4 +1,4 @@
-// The checks: which parameter is named, in which mode, and over which VLANs.
+// Checks: the first difference, the parameters of each mode, twin VLANs.
 
 #include <set>
 
@@ -19,7 +19,7 @@ struct Vlans {
   bmp4096_t pass{77, {0xAA}};
   bmp4096_t fail{78, {0xBB}};
 
-  bool untouched() const {
+  bool is_unchanged() const {
     return pass.size == 77 && fail.size == 78 && pass.bmp[0] == 0xAA && fail.bmp[0] == 0xBB;
   }
   std::string text() const {
@@ -33,7 +33,7 @@ struct Vlans {
 struct Check : LibraryTest {
   Vlans result;
 
-  // The check of the switch; twins: the twin VLANs, or none compared.
+  // Checks the switch. Without twin VLANs, disabled VLANs are not compared.
   uint32_t check(const Entries &local, const Entries &remote, const char *twins = nullptr) {
     return run(local, remote, twins,
                [](auto... arguments) { return stp_mcec_type1_cfg_compat_check(arguments...); });
@@ -47,8 +47,8 @@ struct Check : LibraryTest {
 
   template <class Entry>
   uint32_t run(const Entries &local, const Entries &remote, const char *twins, Entry entry) {
-    Given local_array(local);
-    Given remote_array(remote);
+    ConstantArray local_array(local);
+    ConstantArray remote_array(remote);
     const Bytes compat = vlans(twins != nullptr ? twins : "");
     result = {};
     return entry(0xCA11U, local_array.bytes.data(), remote_array.bytes.data(),
@@ -74,7 +74,7 @@ TEST_F(Check, ModeComesFromTheCache) {
   }
 }
 
-TEST_F(Check, EachParameterCountsInItsModeOnly) {
+TEST_F(Check, ParametersCountInTheirModesOnly) {
   const std::set<uint16_t> in_every_mode = {1, 6, 7, 8, 10, 11};
   const std::set<uint16_t> in_mst = {3, 4, 5, 9, 12};
   for (const uint32_t mode : {4U, 5U}) {
@@ -93,12 +93,12 @@ TEST_F(Check, EachParameterCountsInItsModeOnly) {
   }
 }
 
-TEST_F(Check, TheFirstDifferenceDecides) {
+TEST_F(Check, FirstDifferenceIsReturned) {
   cache(0, 1, word(4));
   const Entries remote = {{3, name("b")}, {6, word(1)}, {7, word(1)}, {9, word(1)}};
   EXPECT_EQ(check({{7, word(0)}, {6, word(0)}}, remote), 0x40DD0041U);
   EXPECT_EQ(check({{9, word(0)}, {3, name("a")}}, remote), 0x40DD0045U);
-  // The parameters of every mode come before those of the mode.
+  // The parameters of every mode precede those of the mode.
   EXPECT_EQ(check({{9, word(0)}, {3, name("a")}, {6, word(0)}}, remote), 0x40DD0040U);
 }
 
@@ -121,7 +121,7 @@ TEST_F(Check, ValuesAreComparedOverTheLocalLength) {
   }
 }
 
-TEST_F(Check, DifferencesAreLoggedByWhatTheValueIs) {
+TEST_F(Check, DifferencesAreLoggedByKindOfValue) {
   cache(0, 1, word(4));
   const struct {
     uint16_t type;
@@ -184,15 +184,14 @@ TEST_F(Check, PortTypeMayDifferOnPodPorts) {
   EXPECT_EQ(check(local, {{10, word(2)}, {11, word(1)}}), 0x40DD0043U);
 }
 
-// The check of the mode still counts.
-TEST_F(Check, AnUnreadableEntryEndsTheWalkOfEveryMode) {
+TEST_F(Check, CheckOfTheModeFollowsAnUnreadableEntry) {
   cache(0, 1, word(4));
   standin_fail(STANDIN_TLV_NEXT, 1, 1);
   EXPECT_EQ(check({{6, word(1)}}, {{6, word(2)}}), 0U);
   EXPECT_EQ(log().at(3), common + "failed (rc=0x40aa00ff, system error 0x40AA00FF) get_next_tlv");
 }
 
-TEST_F(Check, DisabledVlansAreComparedOverTheTwins) {
+TEST_F(Check, DisabledVlansAreComparedOverTwins) {
   cache(0, 1, word(5));
   const struct {
     const char *local, *remote, *twins;
@@ -211,33 +210,33 @@ TEST_F(Check, DisabledVlansAreComparedOverTheTwins) {
   }
 }
 
-TEST_F(Check, DisabledVlansThatAreNotComparedLeaveTheResultAlone) {
+TEST_F(Check, ResultBitmapsChangeOnlyIfVlansAreCompared) {
   cache(0, 1, word(5));
   const Entries local = {{2, vlans("10")}};
   log();
   EXPECT_EQ(check(local, {}), 0U);
   EXPECT_EQ(log().back(), common + "type-1 compat check passed");
-  EXPECT_TRUE(result.untouched());
+  EXPECT_TRUE(result.is_unchanged());
   EXPECT_EQ(check(local, local, "10"), 0U);
-  EXPECT_TRUE(result.untouched());
+  EXPECT_TRUE(result.is_unchanged());
   const Lines lines = log();
   EXPECT_EQ(lines.at(lines.size() - 2), pvrst + "PVRST type-1 compat check passed");
   EXPECT_EQ(check(local, {}, "10"), check_failed);
-  EXPECT_TRUE(result.untouched());
-  // Values that are no whole bitmap record differ without a look at their VLANs.
+  EXPECT_TRUE(result.is_unchanged());
+  // Values shorter than a bitmap record differ; their VLANs are not compared.
   for (const std::size_t size : {515U, 4U, 1U}) {
     Bytes cut = vlans("10");
     cut.resize(size);
     log();
     EXPECT_EQ(check(local, {{2, cut}}, "20"), 0x40DD003CU);
-    EXPECT_TRUE(result.untouched());
+    EXPECT_TRUE(result.is_unchanged());
     EXPECT_EQ(log().back(), pvrst + "2 type-1 compat check failed");
   }
   EXPECT_EQ(check({{2, Bytes(3, 9)}}, local, "20"), 0x40DD003CU);
-  EXPECT_TRUE(result.untouched());
+  EXPECT_TRUE(result.is_unchanged());
 }
 
-TEST_F(Check, TwinComparisonLogsItsSets) {
+TEST_F(Check, TwinComparisonLogsVlans) {
   Bytes local = vlans("10,20");
   Bytes remote = vlans("10");
   const Bytes twins = vlans("10,20,30");

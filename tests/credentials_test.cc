@@ -1,4 +1,4 @@
-// Files of credentials: which database gets which login, and which files are refused.
+// Files of credentials: logins of databases, errors, and permissions.
 
 #include "sonic/source.h"
 
@@ -9,10 +9,12 @@
 #include <filesystem>
 #include <fstream>
 
+#include "files.h"
+
 namespace lab {
 namespace {
 
-TEST(Credentials, GiveADatabaseItsLogin) {
+TEST(Credentials, ApplyToTheirDatabases) {
   InputErrors errors;
   const Credentials credentials = read_credentials(
       "\xef\xbb\xbf# passwords\r\n\nredis://Leaf\twatcher\ts3:cret\r\n"
@@ -43,7 +45,7 @@ TEST(Credentials, GiveADatabaseItsLogin) {
   }
 }
 
-TEST(Credentials, ReportErrorsWithoutTheirText) {
+TEST(Credentials, DoNotQuoteLinesInErrors) {
   const struct {
     const char *line;
     const char *error;
@@ -63,10 +65,10 @@ TEST(Credentials, ReportErrorsWithoutTheirText) {
   }
 }
 
-TEST(Credentials, RefuseAFileThatOthersCanRead) {
+TEST(Credentials, MustBeAccessibleByTheOwnerOnly) {
   namespace fs = std::filesystem;
-  std::string name = testing::TempDir() + "credentialsXXXXXX";
-  const fs::path folder = mkdtemp(name.data());
+  const test::TempFolder temporary;
+  const fs::path &folder = temporary.path;
   const std::string path = folder / "file";
   std::ofstream(path) << "redis://leaf\t\ts3cret\n";
   const struct {
@@ -94,7 +96,6 @@ TEST(Credentials, RefuseAFileThatOthersCanRead) {
   load_credentials(folder, errors);
   load_credentials(folder / "none", errors);
   EXPECT_EQ(errors.size(), 2U);
-  fs::remove_all(folder);
 }
 
 }  // namespace

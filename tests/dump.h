@@ -1,10 +1,9 @@
-// Dumps of real switches, as the tests of captures take them.
+// Dumps with their rows, settings and errors.
 #pragma once
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
+#include "files.h"
 #include "sonic/rows.h"
 
 namespace lab {
@@ -27,8 +26,7 @@ inline Dump dump_of(const std::string &json, const std::string &name_space = "")
 }
 
 inline std::string capture(const std::string &name) {
-  std::ifstream file(CAPTURES "/" + name + ".json");
-  return {std::istreambuf_iterator<char>(file), {}};
+  return test::read_file(CAPTURES "/" + name + ".json");
 }
 
 }  // namespace lab

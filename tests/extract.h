@@ -1,4 +1,4 @@
-// What the tests of extraction share.
+// Shared by the tests of extraction.
 #pragma once
 
 #include "support.h"

@@ -1,4 +1,4 @@
-// Extraction of what belongs to ports: interface commands and update messages.
+// Extraction from interface commands and update messages.
 
 #include "extract.h"
 
@@ -51,7 +51,7 @@ const struct {
     {50, false, {attribute(0x202008B, 0)}, 12, 0},
 };
 
-TEST_F(Extract, InterfaceValuesComeFromFormAndAttributes) {
+TEST_F(Extract, InterfaceValuesDependOnFormAndAttributes) {
   for (const auto &row : interface_values) {
     std::vector<Attribute> attributes = row.attributes;
     attributes.insert(attributes.begin(), ports({0x1000, 0x1001}));
@@ -72,7 +72,7 @@ TEST_F(Extract, InterfaceValuesComeFromFormAndAttributes) {
   }
 }
 
-TEST_F(Extract, EveryMemberPortIsARecord) {
+TEST_F(Extract, MemberPortsHaveRecords) {
   const std::string op = "stp_mcec_extract_if_params: ";
   standin_set_void_member(0x1002, 12);
   cache(0x1001, 11, {9});
@@ -105,7 +105,7 @@ TEST_F(Extract, PodPortsOnInternalChannelsAreNotChecked) {
   EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {both}), "0 | ok | count 0 | |");
   EXPECT_EQ(log().back(), "No Type-1 checks for HIF ports\\");
   EXPECT_EQ(cached(0x1003, 10), "-");
-  // Only the first port is asked about; one that is no member is on no channel.
+  // Only the first port is queried. A port that is not a member has no channel.
   standin_set_pod_port(0x1000, 1);
   EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {ports({0x1000, 0x1001})}).substr(0, 23),
             "0 | ok | cmd 1 count 1 ");
@@ -114,9 +114,9 @@ TEST_F(Extract, PodPortsOnInternalChannelsAreNotChecked) {
             "0 | ok | cmd 1 count 2 ");
 }
 
-TEST_F(Extract, MembershipMayChangeBetweenThePasses) {
+TEST_F(Extract, MembershipCanChangeBetweenPasses) {
   const auto all = ports({0x1000, 0x1003});
-  // Four questions to count, four to fill: which of them find no member?
+  // Four queries count the ports, four fill the records. Queries that fail find no member.
   const struct {
     uint32_t first, times;
     const char *outcome;
@@ -131,7 +131,7 @@ TEST_F(Extract, MembershipMayChangeBetweenThePasses) {
     EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {all}), row.outcome);
     log();
   }
-  // A member beyond the counted ones ends the pass: it is not cached, and no port behind it asked.
+  // A member beyond the counted number ends the pass: it is not cached, later ports are not queried.
   EXPECT_EQ(cached(0x1001, 10), "00000003");
   EXPECT_EQ(cached(0x1003, 10), "-");
   const uint32_t before = standin_calls(STANDIN_MEMBERSHIP);
@@ -140,7 +140,7 @@ TEST_F(Extract, MembershipMayChangeBetweenThePasses) {
   EXPECT_EQ(standin_calls(STANDIN_MEMBERSHIP) - before, 5U + 4U);
 }
 
-TEST_F(Extract, FiveThousandPortsAreOneEntry) {
+TEST_F(Extract, FiveThousandPortsHaveOneEntry) {
   standin_add_ports(0x10000, 0x10000 + 4999, 26, 2);
   for (uint32_t port = 0x10000; port < 0x10000 + 5000; ++port) standin_set_member(port, 9);
   const std::string outcome =
@@ -157,7 +157,7 @@ TEST_F(Extract, FiveThousandPortsAreOneEntry) {
 
 const std::string upd_op = "stp_mcec_param_extractor_from_stp_type1_upd: ";
 
-TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
+TEST_F(Extract, UpdateCachesAndReturnsItsEntries) {
   cache(7, 11, {9, 9, 9, 9, 9, 9});
   EXPECT_EQ(update(3, 7, {{10, word(0)}, {11, word(2)}, {13, {}}}),
             "0 | | cmd 0 count 3 | type 20 10,1,3,7 11,1,3,7 13,1,3,7 | "
@@ -170,7 +170,7 @@ TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
                           upd_op + "updating type=10, len=4 (is_default=1)",
                           upd_op + "updating type=11, len=4 (is_default=0)",
                           upd_op + "updating type=13, len=0 (is_default=0)"}));
-  // A value that is shorter than what its default test reads is not the default.
+  // A value shorter than its default test reads is not the default.
   EXPECT_EQ(
       update(1, 0,
              {{6, {0}}, {4, {0, 0, 0}}, {3, {}}, {3, Bytes(1)}, {2, Bytes(515)}, {5, Bytes(8192)}})
@@ -184,17 +184,17 @@ TEST_F(Extract, UpdateStoresAndHandsOutWhatItCarries) {
                            upd_op + "updating type=5, len=8192 (is_default=1)"}));
 }
 
-TEST_F(Extract, UpdateEndsWhereItsHeaderSays) {
+TEST_F(Extract, UpdateEndsAtTheLengthInItsHeader) {
   const uint32_t one = 4 + tlv_aligned_data_size_get(4);
   for (uint32_t length = 2 * one - 5; length >= 4; --length) {
-    const bool first_lies_within = length >= one;
+    const bool is_first_within = length >= one;
     EXPECT_EQ(update(1, 0, {{6, word(1)}, {7, word(2)}}, length),
-              first_lies_within ? "40dd0003 | | cmd 0 count 2 | type 20 6,1,1,0 0,0,0,0 |"
-                                : "40dd0003 | | cmd 0 count 2 | type 20 0,0,0,0 0,0,0,0 |")
+              is_first_within ? "40dd0003 | | cmd 0 count 2 | type 20 6,1,1,0 0,0,0,0 |"
+                              : "40dd0003 | | cmd 0 count 2 | type 20 0,0,0,0 0,0,0,0 |")
         << length;
     EXPECT_EQ(log().back(), upd_op + "Failed (rc=0x40dd0003, " +
                                 syserr2str(STP_MCEC_ERR_INVALID_ARG) + ") to retrieve tlv");
-    EXPECT_EQ(cached(0, 6), first_lies_within ? "00000001" : "-");
+    EXPECT_EQ(cached(0, 6), is_first_within ? "00000001" : "-");
     EXPECT_EQ(cached(0, 7), "-");
     empty_cache();
   }

@@ -1,6 +1,5 @@
-// Extraction: what a command would set, how it is answered, and what each failure leaves behind.
-//
-// Outcomes are written "result | answers | is_cmd and count | records | array", see support.h.
+// Extraction from commands of the switch. Outcomes are "result | answers | is_cmd and count |
+// records | array", see support.h.
 
 #include "extract.h"
 
@@ -22,18 +21,18 @@ TEST_F(Extract, HandlesAboveTheLimitAreNotBuilt) {
 
 TEST_F(Extract, WithoutATrunkOnlyInterfaceCommandsAreExtracted) {
   standin_set_trunk(0);
-  const uint32_t of_the_switch[] = {STP_MCEC_CMD_STP_MODE,
-                                    STP_MCEC_CMD_STP_ENDIS,
-                                    STP_MCEC_CMD_GBL_EDGE,
-                                    STP_MCEC_CMD_GBL_EDGE_BPDUGUARD,
-                                    STP_MCEC_CMD_GBL_EDGE_BPDUFILTER,
-                                    STP_MCEC_CMD_GBL_LOOPGUARD,
-                                    STP_MCEC_CMD_MST_REGION_RESET,
-                                    STP_MCEC_CMD_GBL_NETWORK,
-                                    STP_MCEC_CMD_GBL_BRIDGE_ASSURANCE,
-                                    STP_MCEC_CMD_GBL_MST_SIMULATE_PVST,
-                                    routed_command};
-  for (const uint32_t id : of_the_switch) {
+  const uint32_t switch_commands[] = {STP_MCEC_CMD_STP_MODE,
+                                      STP_MCEC_CMD_STP_ENDIS,
+                                      STP_MCEC_CMD_GBL_EDGE,
+                                      STP_MCEC_CMD_GBL_EDGE_BPDUGUARD,
+                                      STP_MCEC_CMD_GBL_EDGE_BPDUFILTER,
+                                      STP_MCEC_CMD_GBL_LOOPGUARD,
+                                      STP_MCEC_CMD_MST_REGION_RESET,
+                                      STP_MCEC_CMD_GBL_NETWORK,
+                                      STP_MCEC_CMD_GBL_BRIDGE_ASSURANCE,
+                                      STP_MCEC_CMD_GBL_MST_SIMULATE_PVST,
+                                      routed_command};
+  for (const uint32_t id : switch_commands) {
     EXPECT_EQ(command(id, set_form), "0 | ok | count 0 | |") << id;
   }
   EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), 0U);
@@ -43,7 +42,7 @@ TEST_F(Extract, WithoutATrunkOnlyInterfaceCommandsAreExtracted) {
 
 // --- commands of the switch ---
 
-TEST_F(Extract, ModeIsSetUnlessTooManyVlansForbidIt) {
+TEST_F(Extract, RapidPvstIsRefusedWithTooManyUserVlans) {
   const std::string refused =
       "ffffffff | PVRST mode is not supported when there are more than 507 user VLANs configured\n"
       " | count 0 | |";
@@ -76,7 +75,7 @@ TEST_F(Extract, ModeIsSetUnlessTooManyVlansForbidIt) {
   }
 }
 
-TEST_F(Extract, ModeLogsWhatItDoes) {
+TEST_F(Extract, ModeLogsItsSteps) {
   const std::string op = "stp_mcec_extract_stp_mode_param: ";
   const Lines head = {entry_op + "type-1 param extractor", cli_op + "CLI extractor",
                       op + "Extract stp mode", op + "Changing to mode 4"};
@@ -88,7 +87,7 @@ TEST_F(Extract, ModeLogsWhatItDoes) {
   }
 }
 
-TEST_F(Extract, DisabledVlansAreCachedAndHandedOutWhole) {
+TEST_F(Extract, DisabledVlansAreCachedAndReturned) {
   const std::string op = "stp_mcec_extract_stp_endis_param: ";
   const struct {
     const char *cached;
@@ -124,7 +123,7 @@ TEST_F(Extract, DisabledVlansAreCachedAndHandedOutWhole) {
                            op + "Update vlans: 100", op + "Adding disabled stp TLV"}));
 }
 
-TEST_F(Extract, ListsThatReachPastTheirAttributeCountAsMissing) {
+TEST_F(Extract, ListsLongerThanTheirAttributeAreMissing) {
   cache(0, 2, vlans("10"));
   const std::string no_vlans = "40dd0003 | internal error: Failed to get vlan | count 0 | |";
   const std::string no_ports = "40dd0003 | internal error: Failed to get IFINDEX | count 0 | |";
@@ -137,7 +136,7 @@ TEST_F(Extract, ListsThatReachPastTheirAttributeCountAsMissing) {
     EXPECT_EQ(command(STP_MCEC_CMD_IF_PORT_MODE, set_form, {cut(range_list, length)}), no_ports)
         << length;
   }
-  const Attribute no_range = ports({});  // ends behind its count at the earliest
+  const Attribute no_range = ports({});  // valid if it contains the count
   for (std::size_t length = 0; length <= no_range.value.size(); ++length) {
     EXPECT_EQ(command(STP_MCEC_CMD_IF_PORT_MODE, set_form, {cut(no_range, length)}),
               length < 8 ? no_ports : "0 | ok | count 0 | |")
@@ -150,7 +149,7 @@ TEST_F(Extract, ListsThatReachPastTheirAttributeCountAsMissing) {
   EXPECT_EQ(cached(0x1001, 10), "-");
 }
 
-TEST_F(Extract, RegionResetReturnsWhatIsCachedToItsDefault) {
+TEST_F(Extract, RegionResetSetsCachedValuesToDefaults) {
   EXPECT_EQ(command(STP_MCEC_CMD_MST_REGION_RESET, set_form), "0 | ok | count 0 | |");
   const std::string zeros32(64, '0');
   const std::string zeros80(160, '0');
@@ -224,7 +223,7 @@ TEST_F(Extract, GlobalPortTypeChangesOneFlag) {
         value.push_back(uint8_t(std::stoul(std::string(row.cached + i, 2), nullptr, 16)));
       }
       cache(0, 8, value);
-      // The array carries the whole word also where the cached block holds only a part of it.
+      // The array has the whole word even if the cached block is shorter.
       if (value.size() == 2) tlv = "00000010";
       if (value.size() == 1) tlv = "08000010";
     }
@@ -238,7 +237,7 @@ TEST_F(Extract, GlobalPortTypeChangesOneFlag) {
                    op + "Global port type changed to 0x8000001"}));
 }
 
-TEST_F(Extract, InterfaceValueReportsTheNegatingForm) {
+TEST_F(Extract, InterfaceValueReportsTheNegativeForm) {
   for (const bool positive : {true, false}) {
     const Message message(
         standin_command(STP_MCEC_CMD_IF_EDGE_TRUNK, positive ? 1 : 0, nullptr, 0));

@@ -1,6 +1,6 @@
-// Every operation under every failure that the platform can have, call by call: what comes of it,
-// what stays in the cache, that nothing leaks, and that the operation then succeeds. And a long
-// random sequence of them. A new operation is a row of operations.cc.
+// Failure injection: each operation with each failing call of the platform. Checks the outcome, the
+// cache, leaks, and that the operation then succeeds. Then a long random sequence. operations.cc has
+// the operations.
 
 #include <map>
 #include <random>
@@ -12,18 +12,18 @@ namespace {
 
 using namespace test;
 
-// What is cached, by index and type. Each node and its value are whole blocks, and nothing else is
-// live.
+// The cache: values by index and type.
 using Contents = std::map<std::pair<uint32_t, uint16_t>, std::string>;
 
+// Returns the cache. Expects a block for each node and each value, and no other blocks.
 Contents contents() {
   struct Walked {
     Contents nodes;
     uint64_t bytes = 0;
   } walked;
-  const auto each = [](const void *at, void *context) {
+  const auto add = [](const void *item, void *context) {
     auto &into = *static_cast<Walked *>(context);
-    const auto *node = static_cast<const type1_cfg_avl_node_t *>(at);
+    const auto *node = static_cast<const type1_cfg_avl_node_t *>(item);
     EXPECT_EQ(standin_block_type(node), 1U);
     EXPECT_EQ(standin_block_size(node), sizeof *node);
     EXPECT_EQ(standin_block_type(node->val), 2U);
@@ -31,7 +31,7 @@ Contents contents() {
     into.nodes[{node->if_index, node->type}].assign(reinterpret_cast<char *>(node->val), node->len);
     into.bytes += sizeof *node + node->len;
   };
-  standin_tree_walk(stp_mcec_type1_cfg_avl, each, &walked);
+  standin_tree_walk(stp_mcec_type1_cfg_avl, add, &walked);
   EXPECT_EQ(standin_live_blocks(STANDIN_ALL_TYPES), 2 * walked.nodes.size());
   EXPECT_EQ(standin_live_bytes(STANDIN_ALL_TYPES), walked.bytes);
   return walked.nodes;
@@ -56,8 +56,8 @@ void set_stage(Stage stage) {
   stp_mcec_lib_sdwrap_init_done = 0;
 }
 
-// How the last line of the log describes a failure that is logged.
-constexpr std::pair<standin_operation_t, const char *> last_words[] = {
+// The text of the last log line for a failure that is logged.
+constexpr std::pair<standin_operation_t, const char *> last_lines[] = {
     {STANDIN_ALLOC, "Failed malloc"},
     {STANDIN_TLV_ADD, "Failed to TLV"},
     {STANDIN_TLV_NEXT, "ailed (rc=0x40aa00ff, system error 0x40AA00FF) "},
@@ -79,7 +79,7 @@ struct FailureInjection : LibraryTest {
   }
 };
 
-// The cache has entries as they were, or as they would have become.
+// Expects that each entry has its value before the operation, or after its success.
 void expect_whole_entries(const Contents &now, const Contents &before, const Contents &after) {
   for (const auto &entry : now) {
     const auto old = before.find(entry.first);
@@ -88,7 +88,7 @@ void expect_whole_entries(const Contents &now, const Contents &before, const Con
   }
 }
 
-// The failure of the nth call of an operation of the platform; false: there is no such call.
+// Executes an operation whose nth platform call fails. Returns false if there is no nth call.
 bool inject_failure(const Operation &operation, standin_operation_t platform, uint32_t nth,
                     std::string &outcome) {
   set_stage(operation.stage);
@@ -120,7 +120,7 @@ TEST_F(FailureInjection, EveryFailureOfEveryOperationIsHandled) {
     const Contents before = contents();
     const std::string clean = operation.act();
     const Contents after = contents();
-    for (const auto &[platform, words] : last_words) {
+    for (const auto &[platform, words] : last_lines) {
       const auto found = operation.failures.find(platform);
       const Failures failures = found != operation.failures.end() ? found->second : Failures{};
       for (uint32_t nth = 1;; ++nth) {
@@ -142,7 +142,7 @@ TEST_F(FailureInjection, EveryFailureOfEveryOperationIsHandled) {
   }
 }
 
-TEST_F(FailureInjection, OperationsDoWithoutTheEventHistory) {
+TEST_F(FailureInjection, OperationsSucceedWithoutTheEventHistory) {
   for (const Operation &operation : make_operations()) {
     set_stage(operation.stage);
     const std::string clean = operation.act();
@@ -160,8 +160,8 @@ TEST_F(FailureInjection, OperationsDoWithoutTheEventHistory) {
   }
 }
 
-// contents() compares the live blocks and bytes with what is in the cache.
-TEST_F(FailureInjection, ALongRandomSequenceLeaksNothing) {
+// contents() checks for leaks.
+TEST_F(FailureInjection, RandomSequenceLeaksNothing) {
   standin_on_history(nullptr);
   const std::vector<Operation> operations = make_operations();
   std::mt19937 random(1);

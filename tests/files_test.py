@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""What mcec-lab reads and writes other than plain files, and that a signal ends it wherever it waits.
+"""Test mcec-lab with files that are not regular, and with signals while it waits.
 
-  tests/files_test.py MCEC-LAB FOLDER
+  tests/files_test.py MCEC-LAB
 """
 import os
 import pathlib
@@ -13,34 +13,28 @@ import sys
 import tempfile
 import time
 
+from common import captures, expect, faults
+
 LAB = os.path.abspath(sys.argv[1])
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-LEFT, RIGHT = (str(ROOT / "captures" / f"vlans-{side}.json") for side in ("left", "right"))
-LONGEST_END = 2  # seconds
-faults = []
-
-
-def expect(holds, name, found):
-    if not holds:
-        faults.append(name)
-        print(f"{name}: {found}", file=sys.stderr)
+LEFT, RIGHT = captures("vlans")
+SECONDS_TO_END = 2
 
 
 def check_interruption():
-    """Each of these waits for ever: for input, in a parser, for a reader of its output."""
+    """A signal ends a process that waits for input, parses, or waits for a reader of its output."""
     os.mkfifo("in")
     os.mkfifo("out")
     pathlib.Path("large.yaml").write_text("ports:\n" + "- {ports: 0x1, pod: true}\n" * 600000)
     pathlib.Path("long.yaml").write_text("steps:\n" + "- {check: all}\n" * 20000)
     rows = [
-        ("a FIFO that nobody writes", ["compare", "in", RIGHT], 2),
-        ("a FIFO that nobody reads", ["compare", "--html", "out", LEFT, RIGHT], 2),
+        ("FIFO without a writer", ["compare", "in", RIGHT], 2),
+        ("FIFO without a reader", ["compare", "--html", "out", LEFT, RIGHT], 2),
         ("standard input", ["compare", "-", RIGHT], 2),
-        ("a parser", ["compare", "large.yaml", RIGHT], 2),
-        ("a full pipe", ["run", "long.yaml"], 2),
-        ("a full pipe and JSON", ["run", "--json", "long.yaml"], 2),
-        ("a watch", ["watch", "--metrics", "plain.prom", LEFT, RIGHT], 0),
-        ("a watch and a full pipe", ["watch", "--metrics", "full.prom", "changing.json", RIGHT], 0)]
+        ("parser", ["compare", "large.yaml", RIGHT], 2),
+        ("full pipe", ["run", "long.yaml"], 2),
+        ("full pipe, JSON", ["run", "--json", "long.yaml"], 2),
+        ("watch", ["watch", "--metrics", "plain.prom", LEFT, RIGHT], 0),
+        ("watch, full pipe", ["watch", "--metrics", "full.prom", "changing.json", RIGHT], 0)]
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         shutil.copy(LEFT, "changing.json")
         labs = [subprocess.Popen([LAB, *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
@@ -50,15 +44,15 @@ def check_interruption():
         shutil.copy(RIGHT, "changing.json")
         time.sleep(0.7)
         for (name, _, _), lab in zip(rows, labs):
-            expect(lab.poll() is None, name, "ended by itself")
+            expect(lab.poll() is None, name, "it ended without a signal")
             lab.send_signal(number)
         began = time.monotonic()
         for (name, arguments, status), lab in zip(rows, labs):
             title = f"{signal.Signals(number).name}: {name}"
             try:
-                lab.wait(timeout=max(0.01, began + LONGEST_END - time.monotonic()))
+                lab.wait(timeout=max(0.01, began + SECONDS_TO_END - time.monotonic()))
             except subprocess.TimeoutExpired:
-                expect(False, title, "does not end")
+                expect(False, title, "it does not end")
                 lab.kill()
                 lab.wait()
             output = lab.stderr.read()
@@ -70,7 +64,7 @@ def check_interruption():
 
 
 def fill(output):
-    """Fill the pipe that a process writes to."""
+    """Fill the pipe to which a process writes."""
     writer = os.open(f"/proc/self/fd/{output.fileno()}", os.O_WRONLY | os.O_NONBLOCK)
     try:
         while True:
@@ -95,7 +89,7 @@ def check_inputs_and_outputs():
     os.symlink("kept.html", "link.html")
     os.symlink("later.html", "dangling.html")
     shutil.copy(LEFT, "own.json")
-    for command, status, word in [
+    for command, status, text in [
             ('"$0" compare /dev/zero "$2"', 2, "/dev/zero: cannot be read: it is a device; "),
             ('head -c 70000000 /dev/zero | "$0" compare - "$2"', 2, "it is larger than 64 MiB"),
             ('"$0" compare <(cat "$1") "$2"', 1, "DIFFERENT"),
@@ -114,13 +108,13 @@ def check_inputs_and_outputs():
             ('"$0" run from.yaml', 2, "in secret:1:1: found no mapping; expected a state file")]:
         ended = run(command)
         output = ended.stdout.decode()
-        expect((ended.returncode == status or status == 0) and word in output, command,
+        expect((ended.returncode == status or status == 0) and text in output, command,
                f"status {ended.returncode}: {output[:400]}")
         expect("$y$hash" not in output, command, output)
-    expect(pathlib.Path("victim").read_text() == "old", "a hard link", "is written to")
-    expect(stat.S_IMODE(os.stat("kept.html").st_mode) == 0o600, "the mode", oct(os.stat("kept.html").st_mode))
-    left = [name for name in os.listdir() if name.startswith(".")]
-    expect(not left, "unfinished files", left)
+    expect(pathlib.Path("victim").read_text() == "old", "hard link", "its contents changed")
+    expect(stat.S_IMODE(os.stat("kept.html").st_mode) == 0o600, "mode", oct(os.stat("kept.html").st_mode))
+    temporary = [name for name in os.listdir() if name.startswith(".")]
+    expect(not temporary, "temporary files", temporary)
 
 
 def main():

@@ -1,4 +1,4 @@
-// Pairs of dumps: what is noted of them, and what fixes them.
+// Notes and fixes of pairs of dumps.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 namespace lab {
 namespace {
 
-// The bytes of a parameter; of a channel's port by its name.
+// Returns the value of a parameter of the switch, or of a channel.
 Bytes value(const Settings &settings, const std::string &channel, uint16_t type) {
   const Port *port = port_of_channel(settings, channel);
   for (const Entry &entry : port != nullptr ? port->parameters : settings.parameters) {
@@ -21,7 +21,7 @@ Bytes value(const Settings &settings, const std::string &channel, uint16_t type)
   return {};
 }
 
-TEST(Capture, NotesWhatIsWorthALook) {
+TEST(Capture, HasNotes) {
   const std::string channel = R"("MCLAG_INTERFACE": {"1|PortChannel1": {}}, )";
   const struct {
     std::string left;
@@ -87,7 +87,7 @@ TEST(Capture, NotesWhatIsWorthALook) {
   }
 }
 
-// Each patch is applied to the dump, and what it fixes is looked at again.
+// Applies each patch to its dump, and compares the values again.
 TEST(Capture, IsFixed) {
   const auto inside = [](const std::string &tables, const char *mode = "mst") {
     return "{\"STP\": {\"GLOBAL\": {\"mode\": \"" + std::string(mode) + "\"}}, " + tables + "}";
@@ -180,15 +180,15 @@ TEST(Capture, IsFixed) {
       after[side] = patched.settings;
     }
     const bool is_both = fix.both.has_value();
-    // The VLANs that are no twins may stay different.
-    const auto seen = [&](const Settings &settings) {
+    // VLANs that are not twins may still differ.
+    const auto compared = [&](const Settings &settings) {
       const Bytes bytes = value(settings, row.channel, row.type);
       return row.type != STP_MCEC_TYPE1_STP_ENDIS
                  ? bytes
                  : vlan_record(vlans_of_record(bytes) & twin_vlans(pair));
     };
-    EXPECT_EQ(seen(after[0]), seen(is_both ? after[1] : *pair[1])) << row.text;
-    EXPECT_EQ(seen(after[1]), seen(is_both ? after[0] : *pair[0])) << row.text;
+    EXPECT_EQ(compared(after[0]), compared(is_both ? after[1] : *pair[1])) << row.text;
+    EXPECT_EQ(compared(after[1]), compared(is_both ? after[0] : *pair[0])) << row.text;
   }
   const Dump left = dump_of(capture("vlans-left"));
   const Dump right = dump_of(capture("vlans-right"));

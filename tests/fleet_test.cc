@@ -1,4 +1,4 @@
-// What is served of watched pairs.
+// Metrics and pages of watched pairs.
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""mcec-lab watch with many pairs and real redis-servers: what its events add up to is what compare reports.
+"""Test mcec-lab watch with many pairs and real Redis servers: the sum of its events equals the output of compare.
 
   tests/fleet_test.py MCEC-LAB
 
-Two servers have a database for each pair. Some left sides are files, one server never answers, one has
-no name. The servers and the watch end with the test. scripts/soak runs the same for longer.
+Two servers have a database for each pair. Some left sides are files, one server never answers, and one host name is
+unknown. scripts/soak runs the same for longer.
 """
 import json
 import os
@@ -20,10 +20,11 @@ import threading
 import time
 import urllib.request
 
-PATIENCE = 60  # seconds until an event is missed; a loaded machine is slow
+from common import PATIENCE, RedisServer, commands_for, format_dump, free_port, replace_file, within
+
 PASSWORD = "s3cret"
 CHANNELS, VLANS = range(1, 21), range(10, 30)
-VALUES = {  # of a row and a field: first the usual one; "yes" is an error
+VALUES = {  # of a row and a field: the default, then others; "yes" is invalid
     **{(f"STP_PORT|PortChannel{channel}", "root_guard"): ["true", "false", "yes"] for channel in CHANNELS},
     ("STP_MST|GLOBAL", "name"): ["campus", "another"],
     ("STP_MST_INST|MST_INSTANCE|1", "vlan_list@"): ["10-29", "10-28"],
@@ -42,81 +43,22 @@ for (row, field), values in VALUES.items():
 SPARE = 3  # databases of each server that no pair of the fleet has
 
 
-def within(find_problems, seconds=PATIENCE):
-    """Wait until no problem is found."""
-    ends = time.monotonic() + seconds
-    while problems := find_problems():
-        assert time.monotonic() < ends, f"after {seconds} s: {str(problems)[:2000]}"
-        time.sleep(0.02)
-
-
-def free_port():
-    with socket.create_server(("127.0.0.1", 0)) as listener:
-        return listener.getsockname()[1]
-
-
-class Server:
-    """A redis-server on a TCP port, or on a Unix socket with a password."""
-
-    def __init__(self, folder, databases, port):
-        self.port, self.path, self.connections = port, f"{folder}/redis.sock", 0
-        where = ["--port", str(port)] if port else ["--port", "0", "--unixsocket", self.path, "--requirepass", PASSWORD]
-        self.command = ["setpriv", "--pdeathsig", "KILL", "redis-server", *where, "--databases", str(databases), "--save", "",
-                        "--dir", folder, "--dbfilename", f"{port}.rdb", "--notify-keyspace-events", "KEA"]
-        self.start()
-
-    def url(self, database, login=""):
-        return f"redis://127.0.0.1:{self.port}/{database}" if self.port else f"unix://{login}{self.path}?db={database}"
-
-    def start(self):
-        self.process = subprocess.Popen(self.command, stdout=subprocess.DEVNULL)
-        within(lambda: not self.can_answer())
-
-    def stop(self):
-        self.do(0, ["SAVE"])
-        self.process.kill()
-        self.process.wait()
-
-    def can_answer(self):
-        try:
-            return b"PONG" in self.do(0, ["PING"])
-        except OSError:
-            return False
-
-    def do(self, database, *commands):
-        commands = [*([] if self.port else [["AUTH", PASSWORD]]), ["SELECT", str(database)], *commands]
-        with socket.socket(socket.AF_INET if self.port else socket.AF_UNIX) as connection:
-            connection.settimeout(PATIENCE)
-            connection.connect(("127.0.0.1", self.port) if self.port else self.path)
-            self.connections += 1
-            connection.sendall("".join(f"*{len(words)}\r\n" + "".join(f"${len(word)}\r\n{word}\r\n" for word in words)
-                                       for words in commands).encode())
-            answers = b""
-            while answers.count(b"\r\n") < len(commands) and (got := connection.recv(1 << 16)):
-                answers += got
-        assert b"-ERR" not in answers, answers
-        return answers
-
-    def count_connections(self):
-        """Those of others."""
-        return int(re.search(rb"total_connections_received:(\d+)", self.do(0, ["INFO", "stats"]))[1]) - self.connections
-
-
 class Fleet:
-    """Pairs, what is set on their sides, and a watch of them."""
+    """Pairs with their settings, and a watch of them."""
 
     def __init__(self, lab, folder, count, *options):
         self.lab, self.folder, self.count = lab, pathlib.Path(folder), count
-        self.servers = [Server(folder, count + SPARE, free_port()), Server(folder, count + SPARE, None)]
-        self.hostile = socket.create_server(("127.0.0.1", 0), backlog=1000)  # nobody answers
+        databases = ["--databases", str(count + SPARE)]
+        self.servers = [RedisServer(folder, *databases, port=free_port()),
+                        RedisServer(folder, *databases, password=PASSWORD)]
+        self.silent = socket.create_server(("127.0.0.1", 0), backlog=1000)  # never answers
         self.names = [f"pair-{i:03}" for i in range(count)]
-        self.unusual = {name: ({}, {}) for name in self.names}  # what is not usual, of each side
-        self.possible = {name: {None, True} for name in self.names}  # verdicts since all was quiet
+        self.changes = {name: ({}, {}) for name in self.names}  # values of each side that are not the default
+        self.possible = {name: {None, True} for name in self.names}  # verdicts since the last settle()
         self.verdicts, self.checks, self.events, self.failures = {}, {}, [], []
-        rows = [["HSET", row, *(w for field in fields.items() for w in field)] for row, fields in ROWS.items()]
         for i in range(count + SPARE):
             for server in self.servers:
-                server.do(i, *rows)
+                server.do(*commands_for(ROWS), database=i)
         for i in filter(self.has_file, range(count)):
             self.write_file(i)
         self.write_pairs()
@@ -131,36 +73,35 @@ class Fleet:
         return i % 12 == 5
 
     def write_file(self, i):
-        tables = {}
-        for row, fields in ROWS.items():
-            table, _, key = row.partition("|")
-            fields = {field: self.unusual[self.names[i]][0].get((row, field), value) for field, value in fields.items()}
-            tables.setdefault(table, {})[key] = {f.rstrip("@"): v for f, v in fields.items() if f != "NULL"}
-        path = self.folder / f"left-{i}.json"
-        path.with_suffix(".new").write_text(json.dumps(tables))
-        path.with_suffix(".new").rename(path)
+        changes = self.changes[self.names[i]][0]
+        rows = {row: {field: changes.get((row, field), value) for field, value in fields.items()}
+                for row, fields in ROWS.items()}
+        replace_file(self.folder / f"left-{i}.json", format_dump(rows))
 
     def write_pairs(self):
-        """For the watch, and for compare, which has no credentials."""
-        def pairs(login):
-            return [[name, f"left-{i}.json" if self.has_file(i) else self.servers[0].url(i), self.servers[1].url(i, login)]
+        """Write the lists for watch and for compare, which has no credentials."""
+        left, right = (server.url for server in self.servers)
+
+        def pairs(url):
+            return [[name, f"left-{i}.json" if self.has_file(i) else f"{left}/{i}", f"{url}?db={i}"]
                     for i, name in enumerate(self.names)]
-        silent = [["hostile", "redis://127.0.0.1:%d" % self.hostile.getsockname()[1], self.servers[1].url(0)],
-                  ["nowhere", "redis://no.such.host.invalid", self.servers[1].url(0)]]
+        broken = [["silent", "redis://127.0.0.1:%d" % self.silent.getsockname()[1], right],
+                  ["nowhere", "redis://no.such.host.invalid", right]]
         middle = self.count // 2
-        for name, lines in [("pairs", pairs("")[:middle] + silent + pairs("")[middle:]), ("compared", pairs(f":{PASSWORD}@")),
-                            ("credentials", [[f"unix://{self.servers[1].path}", "", PASSWORD]])]:
+        for name, lines in [("pairs", pairs(right)[:middle] + broken + pairs(right)[middle:]),
+                            ("compared", pairs(right.replace("//", f"//:{PASSWORD}@"))),
+                            ("credentials", [[right, "", PASSWORD]])]:
             (self.folder / name).write_text("".join("\t".join(line) + "\n" for line in lines))
             (self.folder / name).chmod(0o600)
 
     def read(self):
         for line in self.process.stdout:
             try:
-                self.take({**json.loads(line), "arrived": time.monotonic()})
-            except Exception as failure:  # what is wrong with an event fails the test
+                self.add({**json.loads(line), "arrived": time.monotonic()})
+            except Exception as failure:  # reported by wrong_verdicts()
                 self.failures.append(f"{failure!r}: {line[:500]}")
 
-    def take(self, event):
+    def add(self, event):
         self.events.append(event)
         if event["event"] == "summary":
             return
@@ -175,20 +116,20 @@ class Fleet:
         self.verdicts[name] = agree
 
     def expected(self, name):
-        left, right = self.unusual[name]
+        left, right = self.changes[name]
         return None if "yes" in [*left.values(), *right.values()] else left == right
 
     def set(self, i, side, key, value):
         name = self.names[i]
-        unusual = self.unusual[name][side]
-        unusual.pop(key, None) if value == VALUES[key][0] else unusual.update({key: value})
+        changes = self.changes[name][side]
+        changes.pop(key, None) if value == VALUES[key][0] else changes.update({key: value})
         self.possible[name].add(self.expected(name))
-        self.write_file(i) if side == 0 and self.has_file(i) else self.servers[side].do(i, ["HSET", *key, value])
+        self.write_file(i) if side == 0 and self.has_file(i) else self.servers[side].do(["HSET", *key, value], database=i)
 
     def change(self, i):
-        """What is unusual becomes usual again, or one of all values unusual."""
-        for side, unusual in enumerate(self.unusual[self.names[i]]):
-            for key in list(unusual):
+        """Restore a changed value to its default, or change one value."""
+        for side, changes in enumerate(self.changes[self.names[i]]):
+            for key in list(changes):
                 return self.set(i, side, key, VALUES[key][0])
         key = random.choice(list(VALUES))
         self.set(i, random.randrange(2), key, random.choice(VALUES[key][1:]))
@@ -196,6 +137,7 @@ class Fleet:
     def restart(self, side):
         for possible in self.possible.values():
             possible.add(None)
+        self.servers[side].do(["SAVE"])
         self.servers[side].stop()
         within(lambda: [name for i, name in enumerate(self.names)
                         if self.verdicts[name] is not None and not (side == 0 and self.has_file(i))])
@@ -207,7 +149,7 @@ class Fleet:
 
     def wrong_verdicts(self):
         assert not self.failures, self.failures[:3]
-        assert self.process.poll() is None, f"the watch has ended with {self.process.returncode}"
+        assert self.process.poll() is None, f"watch: exit status {self.process.returncode}"
         return [(name, self.verdicts.get(name, "no event"), self.expected(name)) for name in self.names
                 if self.verdicts.get(name, "no event") != self.expected(name)]
 
@@ -215,18 +157,18 @@ class Fleet:
         within(self.wrong_verdicts, seconds)
 
     def compare(self):
-        """Now that nothing changes, compare and the metrics say of each pair what its events add up to."""
+        """Without changes, the sum of events of each pair equals its comparison and metrics."""
         self.settle()
         output = subprocess.run([self.lab, "compare", "--json", "--pairs", self.folder / "compared"], capture_output=True,
                                 text=True, timeout=10 * PATIENCE).stdout
         compared = {line["pair"]: line for line in map(json.loads, output.splitlines())}
         assert {name: line.get("agree") for name, line in compared.items()} == {n: self.expected(n) for n in self.names}, output[:500]
-        within(lambda: self.differing(compared))
+        within(lambda: self.find_differences(compared))
         for name in self.names:
             self.possible[name] = {self.expected(name)}
         self.settle()
 
-    def differing(self, compared):
+    def find_differences(self, compared):
         served = urllib.request.urlopen(f"http://127.0.0.1:{self.port}/metrics").read().decode()
         known = [(name, line, f'mcec_pair_agrees{{pair="{name}"}} {int(line["agree"])}\n') for name, line in compared.items() if "agree" in line]
         return [(name, gauge) for name, line, gauge in known
@@ -237,24 +179,29 @@ class Fleet:
         self.process.send_signal(signal.SIGTERM)
         assert self.process.wait(PATIENCE) == 0, self.process.returncode
         for server in self.servers:
-            server.process.kill()
-            server.process.wait()
+            server.stop()
+
+
+def count_connections(server):
+    """Return the number of connections from other processes."""
+    statistics, = server.do(["INFO", "stats"])
+    return int(re.search(r"total_connections_received:(\d+)", statistics)[1]) - server.connections
 
 
 def check_signals(fleet):
-    """SIGUSR1 has a summary written, SIGHUP the pairs read again; unchanged ones keep their connections."""
+    """SIGUSR1 writes a summary. SIGHUP reads the list again; unchanged pairs keep their connections."""
     fleet.process.send_signal(signal.SIGUSR1)
     within(lambda: "summary" not in [event["event"] for event in fleet.events])
     [counts] = [event["counts"] for event in fleet.events if event["event"] == "summary"]
     assert counts["agree"] == [*map(fleet.expected, fleet.names)].count(True), counts
-    before = [server.count_connections() for server in fleet.servers]
+    before = [count_connections(server) for server in fleet.servers]
     fleet.names[0] = "renamed"
-    fleet.unusual["renamed"], fleet.possible["renamed"] = fleet.unusual["pair-000"], {None, fleet.expected("pair-000")}
+    fleet.changes["renamed"], fleet.possible["renamed"] = fleet.changes["pair-000"], {None, fleet.expected("pair-000")}
     fleet.write_pairs()
     fleet.process.send_signal(signal.SIGHUP)
     fleet.settle()
     for server, connections in zip(fleet.servers, before):
-        assert server.count_connections() - connections <= 4, "pairs that did not change were connected again"
+        assert count_connections(server) - connections <= 4, "unchanged pairs were connected again"
 
 
 def watch_list(fleet, pairs, *options):
@@ -268,10 +215,10 @@ def watch_list(fleet, pairs, *options):
 
 def check_hung_sources(fleet):
     """More of them than are read at once, with all the time that they want, delay no other pair."""
-    hung = f"redis://127.0.0.1:{fleet.hostile.getsockname()[1]}"
+    hung = f"redis://127.0.0.1:{fleet.silent.getsockname()[1]}"
     server, spare = fleet.servers[0], fleet.count
     pairs = [[f"hung-{i}", f"{hung}/{2 * i}", f"{hung}/{2 * i + 1}"] for i in range(150)]
-    process, events = watch_list(fleet, [*pairs, ["last", server.url(spare), server.url(spare + 1)]], "--read-timeout", "3600")
+    process, events = watch_list(fleet, [*pairs, ["last", f"{server.url}/{spare}", f"{server.url}/{spare + 1}"]], "--read-timeout", "3600")
     assert next(events, None) == ("last", True), "the last pair waited for those before it"
     process.kill()
 
@@ -281,11 +228,11 @@ def check_once_agreed(fleet):
     server, (left, right, late) = fleet.servers[0], range(fleet.count, fleet.count + SPARE)
 
     def set_name(database, name):
-        server.do(database, ["HSET", "STP_MST|GLOBAL", "name", name])
+        server.do(["HSET", "STP_MST|GLOBAL", "name", name], database=database)
 
     set_name(late, "another")
-    process, events = watch_list(fleet, [["first", server.url(left), server.url(right)],
-                                         ["second", server.url(left), server.url(late)]], "--once-agreed")
+    process, events = watch_list(fleet, [["first", f"{server.url}/{left}", f"{server.url}/{right}"],
+                                         ["second", f"{server.url}/{left}", f"{server.url}/{late}"]], "--once-agreed")
     assert {next(events), next(events)} == {("first", True), ("second", False)}
     for i in range(8):  # the first pair changes until after the second is compared
         set_name(right, f"another-{i}")

@@ -1,15 +1,13 @@
 // The catalogue, VLAN bitmaps and runtime services.
 
 #include <dlfcn.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <random>
 #include <sstream>
 
+#include "files.h"
 #include "mcecm.h"
 #include "support.h"
 
@@ -21,8 +19,7 @@ std::string debug_folder;
 
 }  // namespace
 
-// The debug file lies where only root may write. The test's own fopen sends it elsewhere, so that
-// an ordinary user can run it.
+// Redirects the debug file, because only root can write to its folder.
 extern "C" __attribute__((visibility("default"))) FILE *fopen(const char *path, const char *mode) {
   static const auto next =
       reinterpret_cast<FILE *(*)(const char *, const char *)>(dlsym(RTLD_NEXT, "fopen"));
@@ -36,7 +33,7 @@ namespace {
 
 struct Foundation : LibraryTest {};
 
-TEST_F(Foundation, CatalogueKnowsTwelveParameters) {
+TEST_F(Foundation, CatalogueHasTwelveParameters) {
   const struct {
     uint16_t type;
     const char *name;
@@ -121,7 +118,7 @@ TEST_F(Foundation, VlansAreWrittenAsRanges) {
   }
 }
 
-TEST_F(Foundation, RandomVlansAtAnyAddressMatchASlowWriter) {
+TEST_F(Foundation, RandomVlansAtAnyAddressMatchAReference) {
   std::mt19937 random(1);
   for (int round = 0; round < 300; ++round) {
     std::ostringstream expected;
@@ -148,7 +145,7 @@ TEST_F(Foundation, RandomVlansAtAnyAddressMatchASlowWriter) {
   standin_clear_user_vlans();
 }
 
-TEST_F(Foundation, BitmapCountWordTurnsAround) {
+TEST_F(Foundation, BitmapSizeIsConverted) {
   bmp4096_t record{512, {1, 2, 3}};
   bmp4096_t other{7, {9, 9}};
   stp_mcec_lib_bmp4096_hton(&record, &other);
@@ -181,11 +178,11 @@ TEST_F(Foundation, MemoryTypesHaveNames) {
   EXPECT_STREQ(standin_service_name(633), "STP MCEC Type-1 CFG LIB");
 }
 
-TEST_F(Foundation, LongLinesAreCut) {
-  const auto expect_cut = [](const std::string &line, const std::string &text) {
+TEST_F(Foundation, LongLinesAreTruncated) {
+  const auto expect_truncated = [](const std::string &line, const std::string &text) {
     EXPECT_EQ(line, (line.substr(0, line.find("): ") + 3) + text).substr(0, 511));
   };
-  // Names of every length, on both sides of the limit: in a line with numbers, and in one of texts.
+  // Names that are shorter and longer than the limit, in two kinds of lines.
   for (std::size_t length = 150; length < 500; ++length) {
     const std::string text(length, 'x');
     const std::string peer_text(length, 'y');
@@ -194,42 +191,36 @@ TEST_F(Foundation, LongLinesAreCut) {
     standin_history_clear();
     stp_mcec_mst_type1_cfg_compat_check(0, 0, local.data(), peer.data());
     ASSERT_GT(standin_history_count(), 1U);
-    expect_cut(standin_history_line(1),
-               "type-1 compat check failed type=3, len=" + std::to_string(length) +
-                   ", lcl_value=" + text + ", rmt_value=" + peer_text + "\n");
+    expect_truncated(standin_history_line(1),
+                     "type-1 compat check failed type=3, len=" + std::to_string(length) +
+                         ", lcl_value=" + text + ", rmt_value=" + peer_text + "\n");
     standin_history_clear();
     void *report = nullptr;
     stp_mcec_type1_cfg_get_param_info(local.data(), &report);
     mtrack_free(report);
     ASSERT_GT(standin_history_count(), 0U);
-    expect_cut(standin_history_line(0), "Type MST Region Name - val = " + text + ", ");
+    expect_truncated(standin_history_line(0), "Type MST Region Name - val = " + text + ", ");
   }
 }
 
-TEST_F(Foundation, DebugFileIsOpenedWhenItCanBe) {
+TEST_F(Foundation, DebugFileIsOpenedWhenPossible) {
   standin_set_partition(0xABC0003);
   debug_folder.clear();
   stp_mcec_lib_debug_print(1, "lost %d\n", 1);
   EXPECT_EQ(stp_mcec_lib_debug_file, nullptr);
 
-  char folder[] = "/tmp/draimiofaf-test-XXXXXX";
-  ASSERT_NE(mkdtemp(folder), nullptr);
-  debug_folder = std::string(folder) + "/";
+  const TempFolder folder;
+  debug_folder = folder.path.string() + "/";
   stp_mcec_lib_debug_print(1, "first %d\n", 2);
   stp_mcec_lib_debug_print(0, "second\n");
-  const std::string path = debug_folder + "stp_mcec_lib_dbg.log.3";
-  std::stringstream text;
-  text << std::ifstream(path).rdbuf();
-  EXPECT_EQ(text.str(),
+  EXPECT_EQ(read_file(folder.path / "stp_mcec_lib_dbg.log.3"),
             "STP MCEC Type-1 cfg debug file \n--------------------------------\nfirst 2\nsecond\n");
   ASSERT_NE(stp_mcec_lib_debug_file, nullptr);
   std::fclose(stp_mcec_lib_debug_file);
   stp_mcec_lib_debug_file = nullptr;
-  unlink(path.c_str());
-  rmdir(folder);
 }
 
-TEST_F(Foundation, MultiChassisDatabaseIsAsked) {
+TEST_F(Foundation, ChannelsComeFromTheDatabase) {
   uint32_t id = 99;
   EXPECT_EQ(stp_mcec_lib_get_mcec_id(0x1000, &id), uint32_t{STP_MCEC_ERR_NO_MCEC_INFO});
   standin_set_void_member(0x1000, 5);

@@ -1,7 +1,7 @@
 /*
- * A host process in C, not position-independent, that refers to the library's exported globals and
- * functions directly, and has some of the platform's operations in itself. Exits with 0 when
- * loading, use and unloading went as they must.
+ * A host process in C that is not position-independent. It uses the exported globals and functions of
+ * the library directly, and defines some operations of the platform. Exits with 0 if loading, use and
+ * unloading succeed.
  */
 #include <dlfcn.h>
 #include <stdio.h>
@@ -17,11 +17,11 @@ enum { service = 633, wrong = 1 };
 
 static int steps; /* 1 registered, 2 tree created, 3 used, 4 tree released */
 
-static void step(int number, int as_it_must) {
-  if (steps == number - 1 && as_it_must) {
+static void step(int number, int is_correct) {
+  if (steps == number - 1 && is_correct) {
     steps = number;
   } else {
-    fprintf(stderr, "step %d went wrong\n", number);
+    fprintf(stderr, "step %d failed\n", number);
     _exit(wrong);
   }
 }
@@ -68,5 +68,5 @@ int main(void) {
               stp_mcec_type1_cfg_avl != NULL && stp_mcec_lib_debug_file == NULL &&
               stp_mcec_type1_cfg_get_params(1, 0, &array) == 0 && array != NULL);
   mtrack_free(array);
-  return wrong; /* unloading ends the process otherwise */
+  return wrong; /* mtrack_uninit ends the process */
 }

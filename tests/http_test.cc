@@ -1,4 +1,4 @@
-// The HTTP server, seen through sockets.
+// The HTTP server.
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto answer_in_time = 2s;  // of a server that nobody delays
+constexpr auto answer_time = 2s;  // of a server without slow clients
 
 std::optional<HttpReply> answer_test(const HttpRequest &request) {
   if (request.path == "/none") return std::nullopt;
@@ -67,7 +67,7 @@ struct Client {
     return send(file, text.data(), text.size(), MSG_NOSIGNAL) == ssize_t(text.size());
   }
 
-  // All until the server closes the connection.
+  // Reads until the server closes the connection.
   std::string read_answer() const {
     std::string text;
     char part[4096];
@@ -86,7 +86,7 @@ std::string find_problem_of_address(const std::string &address) {
   }
 }
 
-TEST(Http, RefusesWhatIsNoAddress) {
+TEST(Http, RefusesInvalidAddresses) {
   const RunningServer running;
   const std::string used = "127.0.0.1:" + std::to_string(running.server.port());
   EXPECT_EQ(find_problem_of_address("0.0.0.0:0"), "");
@@ -106,7 +106,7 @@ TEST(Http, AnswersRequests) {
   const struct {
     std::string request;
     const char *status;
-    const char *body;  // its end
+    const char *body;  // the end of the answer
   } rows[] = {
       {"GET /a%2Fb%zz?c=1&e&c=%20+d HTTP/1.1" + end, "200", "\r\n\r\npath /a/b%zz;c=  d;e="},
       {"GET / HTTP/1.0\r\n\r\n", "200", "path /"},
@@ -136,16 +136,16 @@ TEST(Http, AnswersRequests) {
   }
 }
 
-TEST(Http, SlowClientsDelayNobody) {
+TEST(Http, SlowClientsDoNotDelayOthers) {
   const RunningServer running;
   const std::string request = "GET / HTTP/1.0\r\n\r\n";
   const TimePoint start = Clock::now();
-  // One sends a byte now and then, the others half a request.
+  // One client sends single bytes, the others half a request.
   const Client slow(running, "GET / HTTP/1.0\r\nX: ");
   std::list<Client> half;
   for (int i = 0; i < 30; ++i) half.emplace_back(running, "GET");
   EXPECT_NE(Client(running, request).read_answer(), "");
-  EXPECT_LT(Clock::now() - start, answer_in_time);
+  EXPECT_LT(Clock::now() - start, answer_time);
 
   half.emplace_back(running, "GET");
   const Client waits(running, request);  // the 33rd
@@ -156,10 +156,10 @@ TEST(Http, SlowClientsDelayNobody) {
   }
   const auto ends_after = Clock::now() - start;
   EXPECT_GT(ends_after, 4s);
-  EXPECT_LT(ends_after, 5s + answer_in_time);
+  EXPECT_LT(ends_after, 5s + answer_time);
   EXPECT_NE(waits.read_answer(), "");
   EXPECT_GT(Clock::now() - start, 4s);
-  EXPECT_LT(Clock::now() - start, 5s + answer_in_time);
+  EXPECT_LT(Clock::now() - start, 5s + answer_time);
 }
 
 }  // namespace

@@ -1,32 +1,24 @@
-// The program as a person and a script use it.
+// Runs mcec-lab as a process.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdlib>
+#include <cstdio>
 #include <fstream>
 #include <string>
 
+#include "files.h"
+
 struct Outcome {
   int status;
-  std::string out;  // with what went to standard error
+  std::string out;  // standard output and standard error
 };
 
 struct Lab : testing::Test {
-  std::string folder;
-  std::string file;
-
-  void SetUp() override {
-    char made[] = "/tmp/mcec-lab-test-XXXXXX";
-    folder = mkdtemp(made);
-    file = folder + "/scenario.yaml";
-  }
-  void TearDown() override {
-    unlink(file.c_str());
-    rmdir(folder.c_str());
-  }
+  test::TempFolder temporary;
+  std::string folder = temporary.path;
+  std::string file = folder + "/scenario.yaml";
 
   void write(const std::string &scenario) { std::ofstream(file) << scenario; }
 

@@ -1,4 +1,4 @@
-// Errors of scenarios, sources and arguments, with their places.
+// Errors in scenarios, sources and arguments; failures of outputs and switches.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ using Json = nlohmann::json;
 TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
   const struct {
     const char *scenario;
-    const char *errors;  // each line behind "FILE:"
+    const char *errors;  // without "FILE:" before each line
   } rows[] = {
       {"[", "1:1: no YAML here: end of sequence flow not found; expected a scenario in YAML\n"},
       {"steps: []", "1:8: no step in 'steps'; expected a list of at least one\n"},
@@ -126,7 +126,7 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
   EXPECT_EQ(lab("--help").status, 0);
 }
 
-TEST_F(Lab, ComparesTwoSourcesThatAreWrittenAsSuch) {
+TEST_F(Lab, RefusesInvalidSources) {
   const struct {
     const char *arguments;
     const char *line;
@@ -157,7 +157,7 @@ TEST_F(Lab, ComparesTwoSourcesThatAreWrittenAsSuch) {
   }
 }
 
-TEST_F(Lab, OutputThatCannotBeWrittenIsAFailure) {
+TEST_F(Lab, ReportsOutputsThatCannotBeWritten) {
   write("steps: [{command: gbl-loopguard}]");
   for (const std::string &command :
        {"run " + file, "run --json " + file, "what-if " + file + " 1", std::string("list"),
@@ -170,12 +170,12 @@ TEST_F(Lab, OutputThatCannotBeWrittenIsAFailure) {
   }
 }
 
-TEST_F(Lab, NoNumberIsNoTime) {
+TEST_F(Lab, RefusesATimeThatIsNotANumber) {
   EXPECT_EQ(lab("watch --interval nan a b").out,
             "mcec-lab: --interval: Value nan is not a number\nSee mcec-lab watch --help.\n");
 }
 
-TEST_F(Lab, WhatIsNoTextIsEscaped) {
+TEST_F(Lab, EscapesControlCharacters) {
   write("title: \"a\\x1b[31mb\"\nabout: \"c\\x07\"\nsteps:\n- {check: switch, note: \"\\x9b\"}\n");
   for (const char *options : {"", "--json"}) {
     const Outcome outcome = lab(std::string("run ") + options + " " + file);
@@ -185,7 +185,7 @@ TEST_F(Lab, WhatIsNoTextIsEscaped) {
   }
 }
 
-TEST_F(Lab, ADeadSwitchIsReportedWithItsLastLines) {
+TEST_F(Lab, ReportsADeadSwitchWithItsLastLines) {
   const Outcome outcome = run("steps:\n- command: gbl-loopguard\n- {crash: SEGV, on: right}\n");
   EXPECT_EQ(outcome.status, 2);
   EXPECT_NE(outcome.out.find("the right switch died of SIGSEGV (Segmentation fault)"),
@@ -194,7 +194,7 @@ TEST_F(Lab, ADeadSwitchIsReportedWithItsLastLines) {
   EXPECT_NE(outcome.out.find("Global Loopguard changed to True\n"), std::string::npos);
 }
 
-TEST_F(Lab, AnInterruptLeavesNothingBehind) {
+TEST_F(Lab, StopsBothSwitchesOnAnInterrupt) {
   std::string steps = region;
   for (int i = 0; i < 20000; ++i) steps += "- {check: all}\n";
   write(steps);

@@ -1,4 +1,4 @@
-// Runs, checks and explanations: tables, verdicts, documents.
+// Runs, checks and explanations, as text and JSON.
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-TEST_F(Lab, ShowsBothSidesAndTheVerdicts) {
+TEST_F(Lab, PrintsBothSidesAndTheirVerdicts) {
   const std::string odd = "- {update: {ifi-port-type: normal-port}, port: 0x1001, on: left}\n";
   const Outcome outcome = run(std::string(region) + odd + "- check: all\n");
   EXPECT_EQ(outcome.status, 0);
@@ -54,7 +54,7 @@ TEST_F(Lab, ShowsBothSidesAndTheVerdicts) {
             0);
 }
 
-TEST_F(Lab, NamesOfEveryLanguageAreShownByTheirWidth) {
+TEST_F(Lab, AlignsNamesByTheirWidth) {
   const std::string step = "steps:\n- {report: switch, on: left}\n";
   const struct {
     const char *name, *in_utf8, *in_ascii;
@@ -73,7 +73,7 @@ TEST_F(Lab, NamesOfEveryLanguageAreShownByTheirWidth) {
   }
 }
 
-TEST_F(Lab, WritesAStateFileThatItReads) {
+TEST_F(Lab, ReadsTheStateFilesThatItWrites) {
   write(
       "ports:\n"
       "- {ports: 0x1000-0x1001, member: 10, parameters: {ifi-port-guard: root}}\n"
@@ -95,7 +95,7 @@ TEST_F(Lab, WritesAStateFileThatItReads) {
             file + ":1:7: found '\\xff'; expected the switch's name in UTF-8\n");
 }
 
-TEST_F(Lab, UnmetExpectationsArePrinted) {
+TEST_F(Lab, PrintsUnmetExpectations) {
   const Outcome outcome = run(std::string(region) +
                                   "- check: switch\n"
                                   "  expect: {left: agree, differ: [mst-region-name]}\n"
@@ -121,7 +121,7 @@ TEST_F(Lab, UnmetExpectationsArePrinted) {
   EXPECT_NE(outcome.out.find("4 of 7 expectations not met"), std::string::npos);
 }
 
-TEST_F(Lab, WhatIfLooksAtEverythingAndChangesNothing) {
+TEST_F(Lab, PredictsWithoutChanges) {
   write(std::string(region) +
         "- command: stp-mode\n  on: left\n  mode: rapid-pvst\n"
         "- {command: if-guard, on: right, ports: 0x2000-0x2001, guard: root}\n"
@@ -149,7 +149,7 @@ TEST_F(Lab, WhatIfLooksAtEverythingAndChangesNothing) {
   EXPECT_EQ(none.out, file + ": step 4 is neither a command nor an update; expected one of 1, 2, 3\n");
 }
 
-TEST_F(Lab, JsonHasTheSteps) {
+TEST_F(Lab, WritesStepsAsJson) {
   const Outcome outcome =
       run(std::string(region) + "- check: switch\n- {export: switch, as: it}\n", "--json --log");
   const Json document = Json::parse(outcome.out);
@@ -161,7 +161,7 @@ TEST_F(Lab, JsonHasTheSteps) {
   EXPECT_EQ(document["steps"][1]["switches"]["left"]["parameters"][0]["bytes"], "00000004");
 }
 
-TEST_F(Lab, LongValuesAreWrappedWithinTheWidth) {
+TEST_F(Lab, WrapsLongValues) {
   std::string odd;
   for (int vlan = 1; vlan < 400; vlan += 2) odd += (odd.empty() ? "" : ",") + std::to_string(vlan);
   write("steps:\n- cache-update: {stp-endis: \"" + odd + "\", mst-region-name: \"" +
@@ -179,7 +179,7 @@ TEST_F(Lab, LongValuesAreWrappedWithinTheWidth) {
   }
 }
 
-TEST_F(Lab, FailuresOnOrderAreForTheLibraryOnly) {
+TEST_F(Lab, InjectsFailuresIntoTheLibraryOnly) {
   const Json document =
       Json::parse(run(std::string(region) + "- {fail: tlv-add, on: left}\n"
                                             "- {update: {loop-guard: enabled}, on: left}\n"
@@ -190,13 +190,13 @@ TEST_F(Lab, FailuresOnOrderAreForTheLibraryOnly) {
                                             "- check: switch\n",
                       "--json")
                       .out);
-  // The message of an update is the lab's to build, the tables of a check are its own questions.
+  // The lab builds messages of updates and tables of checks without failures.
   EXPECT_EQ(document["steps"][1]["switches"]["left"]["result"]["code"], 0);
   EXPECT_EQ(document["steps"][2]["switches"]["left"]["answer"], "internal error: Failed TLV add");
   const Json &first = document["steps"][4]["checks"][0];
   EXPECT_EQ(first["verdicts"]["left"]["name"], "STP_MCEC_ERR_FAILURE");
   EXPECT_EQ(first["parameters"][0]["states"]["left"], "same");
-  // A switch that has no array to send is checked without one.
+  // A switch without an array is checked without it.
   const Json &second = document["steps"][6]["checks"][0];
   EXPECT_EQ(second["verdicts"]["left"]["name"], "STP_MCEC_ERR_TYPE1_PARAM_NULL");
   EXPECT_EQ(second["verdicts"]["right"]["name"], "STP_MCEC_ERR_TYPE1_PARAM_NULL");

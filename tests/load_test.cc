@@ -1,4 +1,4 @@
-// Loading and unloading, as a process that opens the library at run time sees it.
+// Loading and unloading with dlopen.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ constexpr uint32_t service = 633;
 TEST(Load, RegistersAndReleasesEachTime) {
   for (uint32_t round = 1; round <= 1000 && !HasFailure(); ++round) {
     ASSERT_EQ(standin_service_name(service), nullptr);
-    // Loading hangs on nothing that can fail.
+    // Loading does not use operations that can fail.
     const auto failing = standin_operation_t(round % STANDIN_OPERATIONS);
     standin_fail(failing, 1, UINT32_MAX);
     void *library = dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL);
@@ -31,7 +31,7 @@ TEST(Load, RegistersAndReleasesEachTime) {
     ASSERT_NE(extract, nullptr);
     standin_set_trunk(1);
     void *message = standin_command(STP_MCEC_CMD_GBL_LOOPGUARD, 1, nullptr, 0);
-    standin_fail(STANDIN_ALLOC, 4, 1);  // the entry is cached, the array is not handed out
+    standin_fail(STANDIN_ALLOC, 4, 1);  // the entry is cached, the array is not returned
     uint8_t *array = nullptr;
     uint32_t count = 0;
     uint32_t is_cmd = 0;

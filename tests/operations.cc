@@ -15,7 +15,7 @@ std::string exported(int32_t gbl, uint32_t if_index) {
 }
 
 std::string report() {
-  Given given({{6, word(1)}, {2, vlans("3")}});
+  ConstantArray given({{6, word(1)}, {2, vlans("3")}});
   void *block = nullptr;
   const uint32_t result = stp_mcec_type1_cfg_get_param_info(given.bytes.data(), &block);
   if (block == nullptr) return in_hex(result) + " | null";
@@ -28,8 +28,8 @@ std::string report() {
 
 template <class Check>
 std::string verdict(Check check) {
-  Given local({{6, word(1)}, {3, name("east")}, {2, vlans("10,20")}});
-  Given remote({{2, vlans("10")}, {3, name("east")}, {6, word(1)}});
+  ConstantArray local({{6, word(1)}, {3, name("east")}, {2, vlans("10,20")}});
+  ConstantArray remote({{2, vlans("10")}, {3, name("east")}, {6, word(1)}});
   const Bytes twins = vlans("10,20");
   bmp4096_t pass{};
   bmp4096_t fail{};
@@ -47,21 +47,21 @@ std::string set_one_port(uint32_t id, bool positive, uint32_t attribute) {
 
 // --- outcomes of failures ---
 
-// A command: without an entry, records, an array or a TLV.
+// Commands: no memory for an entry, the records or the array, or no TLV can be added.
 constexpr char no_entry[] = "40dd0002 | internal error: Failed malloc | count 0 | |";
 constexpr char no_records[] = "1 | internal error: Failed malloc | count 0 | null |";
 constexpr char no_array[] = "1 | internal error: Failed malloc |{counts} |{records} |";
 constexpr char no_tlv[] = "40aa00ff | internal error: Failed TLV add |{counts} |{records} |";
-// A reset of the region counts its records last.
+// A reset of the region counts its records after the array is built.
 constexpr char no_region_array[] = "1 | internal error: Failed malloc | count 0 |{records 0} |";
-// A command for ports: without the entry of the first or the second port.
+// Interface commands: no memory for the entry of the first or the second port.
 constexpr char no_port_entry[] =
     "40dd0002 | internal error: Failed malloc |{counts} |{records 0} |";
 constexpr char one_port_entry[] =
     "40dd0002 | internal error: Failed malloc |{counts} |{records 1} |";
 constexpr char some_ports[] = "0 | ok | cmd 1 {any}";
 
-// An update message: nothing handed out; no entry, or no reading, of the first or the second TLV.
+// Update messages: nothing returned; the first or the second TLV cannot be cached, or read.
 constexpr char no_update[] = "1 | | | null |";
 constexpr char no_update_entry[] = "40dd0002 | |{counts} |{records 0} |";
 constexpr char one_update_entry[] = "40dd0002 | |{counts} |{records 1} |";
@@ -126,7 +126,7 @@ void add_interface_commands(Operations &operations, bool positive) {
   const Failures of_alloc = {{no_records, 0, true},     {no_port_entry, 0, true},
                              {no_port_entry, 0, true},  {one_port_entry, 1, true},
                              {one_port_entry, 1, true}, {no_array, 2}};
-  // A port whose channel is not found is left out, in the pass that counts or the one that fills.
+  // A port whose channel is not found is skipped, by the pass that counts or the pass that fills.
   const Failure one = {some_ports, 1};
   const Failure two = {some_ports, 2};
   for (const auto &row : rows) {
@@ -194,7 +194,7 @@ void add_exports(Operations &operations) {
 void add_checks(Operations &operations) {
   const Failure unread = {"40aa00ff |  | ", 0, true};
   const Failure failed = {"40dd0001 |  | ", 0, true};
-  // The walk over what counts in every mode may end early: the check of the mode goes on.
+  // If the pass over the parameters of every mode fails, the check of the mode continues.
   const FailuresOf of_check = {{STANDIN_TLV_NEXT, {{same}, {same}, {same}, unread, unread, unread}},
                                {STANDIN_TLV_FIND, {failed, failed}}};
   const FailuresOf of_mode = {{STANDIN_TLV_NEXT, {unread, unread, unread}},
@@ -203,17 +203,17 @@ void add_checks(Operations &operations) {
     operations.push_back({name, stage, [=] { return verdict(check); }, failures});
   };
   add("check in MST", Stage::mst, of_check,
-      [](auto... given) { return stp_mcec_type1_cfg_compat_check(0, given...); });
-  add("check of a port in Rapid-PVST", Stage::rapid_pvst, of_check, [](auto... given) {
-    return stp_mcec_type1_cfg_compat_check_with_ifindex(0x1000, 0, given...);
+      [](auto... arguments) { return stp_mcec_type1_cfg_compat_check(0, arguments...); });
+  add("check of a port in Rapid-PVST", Stage::rapid_pvst, of_check, [](auto... arguments) {
+    return stp_mcec_type1_cfg_compat_check_with_ifindex(0x1000, 0, arguments...);
   });
   add("check without a mode", Stage::empty, {},
-      [](auto... given) { return stp_mcec_type1_cfg_compat_check_common(1, 0, given...); });
+      [](auto... arguments) { return stp_mcec_type1_cfg_compat_check_common(1, 0, arguments...); });
   add("check of MST", Stage::empty, of_mode, [](void *local, void *remote, auto...) {
     return stp_mcec_mst_type1_cfg_compat_check(0, 0, local, remote);
   });
   add("check of Rapid-PVST", Stage::empty, of_mode,
-      [](auto... given) { return stp_mcec_pvrst_type1_cfg_compat_check(0, 0, given...); });
+      [](auto... arguments) { return stp_mcec_pvrst_type1_cfg_compat_check(0, 0, arguments...); });
 }
 
 std::string find_channel() {
@@ -236,7 +236,7 @@ void add_queries(Operations &operations) {
 
 // --- texts ---
 
-// The fields of an outcome.
+// Splits an outcome into its fields.
 std::vector<std::string> fields_of(const std::string &outcome) {
   std::vector<std::string> fields;
   for (std::size_t at = 0; at <= outcome.size();) {
@@ -247,14 +247,14 @@ std::vector<std::string> fields_of(const std::string &outcome) {
   return fields;
 }
 
-// Replace the words that are chosen by their number; those without a replacement go.
-template <class Chosen>
-std::string replace_words(const std::string &text, Chosen is_chosen, const char *replacement) {
+// Replaces the words whose numbers are selected, or removes them if the replacement is empty.
+template <class Selected>
+std::string replace_words(const std::string &text, Selected is_selected, const char *replacement) {
   std::istringstream in(text);
   std::string replaced;
   std::string word;
   for (std::size_t i = 0; in >> word; ++i) {
-    if (is_chosen(i)) word = replacement;
+    if (is_selected(i)) word = replacement;
     replaced += (replaced.empty() || word.empty() ? "" : " ") + word;
   }
   return replaced;
@@ -265,7 +265,7 @@ std::string replace_words(const std::string &text, Chosen is_chosen, const char 
 std::string expand_outcome(const std::string &outcome, const std::string &clean, uint32_t nth) {
   const std::vector<std::string> fields = fields_of(clean);
   if (outcome == same) return clean;
-  if (outcome == without_entry) {  // behind the result and a bar
+  if (outcome == without_entry) {  // after the result and a bar
     return replace_words(
         clean, [=](std::size_t i) { return i == nth + 1; }, "");
   }

@@ -1,4 +1,4 @@
-// The operations of the library, and their outcomes when a call of the platform fails.
+// Operations of the library, and their outcomes if a call of the platform fails.
 #pragma once
 
 #include <functional>
@@ -13,17 +13,17 @@ namespace test {
 // Member ports of multi-chassis channels.
 constexpr uint32_t members[] = {0x1001, 0x1003};
 
-// What is cached before an operation.
+// The cache before an operation.
 enum class Stage { empty, mst, rapid_pvst, full };
 
-// The outcome of an operation of which one call of the platform fails.
+// The outcome of an operation in which one call of the platform fails.
 struct Failure {
   const char *outcome;        // see expand_outcome()
-  std::size_t added = 0;      // entries in the cache that were not there before
-  bool is_last_line = false;  // the log ends with the failure
+  std::size_t added = 0;      // new entries in the cache
+  bool is_last_line = false;  // the last log line reports the failure
 };
 
-// For each call of an operation of the platform in turn.
+// For the first call of an operation of the platform, the second, ...
 using Failures = std::vector<Failure>;
 using FailuresOf = std::map<standin_operation_t, Failures>;
 
@@ -36,9 +36,9 @@ struct Operation {
 
 std::vector<Operation> make_operations();
 
-// The outcome of a failure, from the one without a failure: {same} stands for all of it, {counts}
-// and {records} for these fields, {records N} for the records of which the first N are filled,
-// {without entry} for an exported array that lacks the entry of the failing call.
+// Expands placeholders in the outcome of a failure, from the outcome without failures: {same} is all
+// of it, {counts} and {records} are these fields, {records N} are the records of which the first N
+// are filled, {without entry} is an exported array without the entry of the failing call.
 std::string expand_outcome(const std::string &outcome, const std::string &clean, uint32_t nth);
 
 }  // namespace test

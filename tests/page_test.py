@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Look at the pages of `mcec-lab compare --html` and of `watch --listen` in a browser.
+"""Test the pages of `mcec-lab compare --html` and `watch --listen` in a browser.
 
   tests/page_test.py MCEC-LAB FOLDER
 
-Dumps, pages and prints stay in FOLDER, to be looked at. The browser's driver is Debian's, hence its Python.
-Exit status 77: there is no browser.
+Dumps, pages and prints remain in FOLDER for inspection. The test runs with the Python of Debian, which has the driver of
+the browser. Exit status 77 if there is no browser.
 """
 import base64
 import contextlib
@@ -19,6 +19,8 @@ import sys
 import tempfile
 import time
 
+from common import expect, faults, free_port
+
 try:
     from selenium import webdriver
     from selenium.common import exceptions
@@ -29,22 +31,16 @@ except ImportError:
     webdriver = None
 browser, service = shutil.which("chromium"), shutil.which("chromedriver")
 if not (webdriver and browser and service and shutil.which("pdftotext")):
-    print("skipped: chromium, chromium-driver, poppler-utils, python3-selenium are not all there")
+    print("skipped: chromium, chromium-driver, poppler-utils or python3-selenium is missing")
     sys.exit(77)
 
 lab, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
 folder.mkdir(parents=True, exist_ok=True)
-bad = 0
 
 
 def check(what, found, expected):
-    global bad
-    if found != expected:
-        bad += 1
-        print(f"{what}: expected {expected!r}, found {found!r}", file=sys.stderr)
+    expect(found == expected, what, f"expected {expected!r}, found {found!r}")
 
-
-# --- the pairs ---
 
 HOSTILE = "</script><img src=x onerror=alert(1)>\"'&amp;\u202e😀"
 REGION = "</td><b onclick='x'>\"&lt;;%s{}"
@@ -74,14 +70,14 @@ TWO = {1: ["10-20"], 2: ["30-39", "700"]}
 ODD = [str(vlan) for vlan in range(11, 1200, 2)]
 GUARDS = [{"root_guard": guard, "edge_port": edge} for guard in ("true", "false")
           for edge in ("true", "false")]
-# Channels that differ in twelve ways, and sixty in one.
+# Channels with twelve different pairs of settings, and sixty channels with the same.
 MANY = [{**{f"PortChannel{300 + 4 * i + k}": (GUARDS[i], GUARDS[k])[side]
             for i in range(4) for k in range(4) if i != k},
          **{f"PortChannel{i}": {"root_guard": ("true", "false")[side]} for i in range(100, 160)}}
         for side in (0, 1)]
 MANY[0].update({f"PortChannel{i}": {} for i in range(200, 204)})
 ACCEPT = [{"scope": "PortChannel1*", "parameter": "ifi-port-guard", "reason": "<i>moves</i> in May"}]
-# Name, the dumps, the exit status, the heading, what the page must say, VLANs by what they must say.
+# Name, dumps, exit status, heading, texts of the page, names of the cells of VLANs.
 PAIRS = [
     ("agree", dump("leaf-1", "mst", ONE), dump("leaf-2", "mst", ONE), 0, "The pair agrees",
      ["All 3 scopes agree", "0 of 2"],
@@ -115,19 +111,19 @@ PAIRS = [
 ]
 ARGUMENTS = {"intended": ["--strict", "--accept", "accept.yaml", "--intended"]}
 
-# What every page must have, found by its own script engine: each call of the driver is slow.
-LOOK = """
+# Collects the properties of a page in one call, because each call of the driver is slow.
+INSPECT = """
 const all = (selector) => [...document.querySelectorAll(selector)];
-const light = (colour) => {
-  const [r, g, b] = colour.match(/[0-9.]+/g).map((part) => {
+const luminance = (color) => {
+  const [r, g, b] = color.match(/[0-9.]+/g).map((part) => {
     const share = part / 255;
     return share <= 0.04045 ? share / 12.92 : ((share + 0.055) / 1.055) ** 2.4;
   });
   return 0.2126 * r + 0.7152 * g + 0.0722 * b;
 };
-const behind = (element) => {
-  const colour = element ? getComputedStyle(element).backgroundColor : "rgb(255, 255, 255)";
-  return colour.endsWith(", 0)") ? behind(element.parentElement) : colour;
+const background = (element) => {
+  const color = element ? getComputedStyle(element).backgroundColor : "rgb(255, 255, 255)";
+  return color.endsWith(", 0)") ? background(element.parentElement) : color;
 };
 const texts = [];
 const walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
@@ -138,7 +134,7 @@ while (walker.nextNode()) {
 const textsWithoutContrast = (scheme) => {
   document.documentElement.style.colorScheme = scheme;
   return texts.filter((element) => {
-    const [a, b] = [light(getComputedStyle(element).color), light(behind(element))];
+    const [a, b] = [luminance(getComputedStyle(element).color), luminance(background(element))];
     return (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05) < 4.5;
   }).length;
 };
@@ -152,21 +148,21 @@ return {
   found: {
     "texts in light without contrast": textsWithoutContrast("light"),
     "texts in dark without contrast": textsWithoutContrast("dark"),
-    "long texts that are to be read at once":
+    "texts of more than 300 characters":
       all("td, th, li, dd, h3").filter((element) => element.innerText.length >= 300).length,
-    "elements that switches made": all("img, main b:not(.number), [onclick]").length,
+    "elements from names of switches": all("img, main b:not(.number), [onclick]").length,
     "scripts": document.scripts.length,
     "tables without a caption": all("table:not(:has(caption))").length,
-    "heads of columns without a scope": all("th:not([scope])").length,
-    "levels of headings that are left out":
+    "column headers without a scope": all("th:not([scope])").length,
+    "skipped levels of headings":
       levels.filter((level, i) => level - (i ? levels[i - 1] : 0) > 1).length,
     "cells": cells.length,
-    "cells that Tab reaches": cells.filter((cell) => cell.tabIndex >= 0).length,
+    "cells in the tab order": cells.filter((cell) => cell.tabIndex >= 0).length,
     "files loaded": performance.getEntriesByType("resource").filter(({ name }) => name !== location.href).length,
   },
 };"""
 
-# Writes down where each key leads; null: out of the page.
+# Records the focus after each key; null: outside of the page.
 RECORD_KEYS = """
 const cells = [...document.querySelectorAll("[role=gridcell]")];
 cells[130].focus();
@@ -175,8 +171,8 @@ addEventListener("keyup", () => steps.push(document.activeElement === document.b
   [cells.indexOf(document.activeElement), document.getElementById("named").textContent.split(":")[0]]));
 """
 
-# Do heads of rows and columns stay when the grid is scrolled to its end?
-HEADS_STAY = """
+# Checks that row and column headers are still visible after the grid is scrolled to its end.
+HEADERS_ARE_STICKY = """
 const scroll = document.querySelector(".scroll");
 const places = () => [document.querySelectorAll(".head")[64].getBoundingClientRect().left,
                       document.querySelector(".ticks").getBoundingClientRect().top];
@@ -197,19 +193,19 @@ def on_phone(driver):
 
 
 def check_common(name, page, cells):
-    expected = {"scripts": 1, "cells": cells, "cells that Tab reaches": min(cells, 1)}
+    expected = {"scripts": 1, "cells": cells, "cells in the tab order": min(cells, 1)}
     for what, found in page["found"].items():
         check(f"{name}: {what}", found, expected.get(what, 0))
 
 
-def look_at(driver, name, heading, says, vlans):
+def check_comparison(driver, name, heading, texts, vlans):
     driver.get((folder / f"{name}.html").as_uri())
-    page = driver.execute_script(LOOK)
+    page = driver.execute_script(INSPECT)
     check("title", page["title"].startswith(heading + ": "), True)
     check("h1", page["h1"], heading)
     spaced = " ".join(page["text"].split())
-    for expected in says:
-        check("the page says", expected if expected in spaced else spaced[:3000], expected)
+    for expected in texts:
+        check("text of the page", expected if expected in spaced else spaced[:3000], expected)
     check("times and version", [len(re.findall(pattern, page["text"])) for pattern in (
         r"Generated \d{4}-\d\d-\d\d \d\d:\d\d:\d\d \+0000 by mcec-lab \d", "2001-09-09 01:46:40")],
         [1, 2])
@@ -218,8 +214,8 @@ def look_at(driver, name, heading, says, vlans):
         check("name of a cell", page["cells"][vlan], f"VLAN {vlan}: {expected}")
 
 
-def look_at_grid(driver):
-    """Pointer, keys, and a narrow window, on the last page."""
+def check_grid(driver):
+    """Test pointer, keys, and a narrow window on the current page."""
     press = lambda *keys: ActionChains(driver).send_keys(keys).perform()
     cell = driver.find_elements("css selector", "[role=gridcell]:is(.pass, .fail)")[0]
     driver.execute_script("arguments[0].scrollIntoView({block: 'center'})", cell)
@@ -233,22 +229,22 @@ def look_at_grid(driver):
     driver.execute_script(RECORD_KEYS)
     press(*[key for key, _ in moves])
     check("after keys", driver.execute_script("return steps"), [[to, f"VLAN {to}"] for _, to in moves])
-    # Once around, from the end of the page to its end.
+    # One round of the tab order, from the end of the page to its end.
     driver.execute_script("steps = []")
     press(*40 * [Keys.TAB])
     stops = [stop for stop, _ in driver.execute_script("return steps")]
     once = stops[stops.index(None) + 1:]
     once = once[:once.index(None)]
-    check("stops of Tab in the grid", [stop for stop in once if stop >= 0], [0])
+    check("cells of the grid in the tab order", [stop for stop in once if stop >= 0], [0])
     with on_phone(driver):
         check("hint", "Scroll" in driver.find_element("id", "more").text, True)
-        check("heads stay", driver.execute_script(HEADS_STAY), True)
+        check("sticky headers", driver.execute_script(HEADERS_ARE_STICKY), True)
 
 
-def look_at_paper(driver, name, height, shown, printed):
-    """Without a script: folds are printed open, and no page ends with a heading.
+def check_print(driver, name, height, shown, printed):
+    """Without scripts: folded parts are printed, and no page ends with a heading.
 
-    The heights are those at which a heading that may end a page does.
+    At these heights a heading without the rule against page breaks would end a page.
     """
     driver.get((folder / f"{name}.html").as_uri())
     with on_phone(driver):
@@ -261,15 +257,15 @@ def look_at_paper(driver, name, height, shown, printed):
         driver.execute_cdp_cmd("Page.printToPDF", {"paperHeight": height})["data"]))
     text = subprocess.run(["pdftotext", "-layout", pdf, "-"], capture_output=True, text=True,
                           check=True, timeout=60).stdout
-    check(f"{pdf.name} in full", re.search(printed, text) is not None, True)
+    check(f"{pdf.name} complete", re.search(printed, text) is not None, True)
     pages = [page.strip().splitlines() for page in text.split("\f") if page.strip()]
     lasts = [" ".join(page[-1].split()) for page in pages]
-    check(f"headings at the foot of {pdf.name}", [last for last in lasts if any(
+    check(f"headings at the end of pages of {pdf.name}", [last for last in lasts if any(
         heading.endswith(last) for heading in headings)], [])
 
 
 def within(what, condition, seconds=30):
-    """The driver fails to find what is replaced while the page is read again."""
+    """Wait for a condition. The driver may not find elements while the page is updated."""
     ends, error = time.monotonic() + seconds, None
     while True:
         try:
@@ -283,9 +279,8 @@ def within(what, condition, seconds=30):
 
 @contextlib.contextmanager
 def watching():
-    """All pairs, as one watch serves them."""
-    with socket.create_server(("127.0.0.1", 0)) as free:
-        port = free.getsockname()[1]
+    """Serve all pairs with one watch."""
+    port = free_port()
     lines = [f"{name}\t{name}-left.json\t{name}-right.json\n" for name, *_ in PAIRS]
     (folder / "pairs.tsv").write_text("".join(lines))
     watch = subprocess.Popen([str(lab), "watch", "--pairs", "pairs.tsv", "--listen", f"127.0.0.1:{port}"],
@@ -298,21 +293,21 @@ def watching():
         watch.wait()
 
 
-def look_at_fleet(driver, watch, address):
-    """One of the pairs changes."""
+def check_fleet(driver, watch, address):
+    """Test the page of all pairs while one of them changes."""
     ask = driver.execute_script
     heading = "return document.querySelector('h1').textContent.slice(2)"
     caption = "return document.querySelector('caption').textContent"
     driver.get(address)
     within("all verdicts", lambda: ask(heading) == f"Disagreement: 5 of {len(PAIRS)} pairs")
-    check_common("fleet", ask(LOOK), 0)
+    check_common("fleet", ask(INSPECT), 0)
     with on_phone(driver):
         pass
 
     ask("window.same = true; document.querySelector('a[href=\"pair/agree\"]').focus()")
     shutil.copy(folder / "off-right.json", folder / "agree-right.json")
     within("a change", lambda: ask(heading).startswith("Disagreement: 6 of"))
-    check("not loaded anew", ask("return window.same"), True)
+    check("updated without loading", ask("return window.same"), True)
     check("focus", ask("return document.activeElement.getAttribute('href')"), "pair/agree")
     driver.find_element("id", "name").send_keys("ONERROR")
     within("the filter", lambda: ask(caption) == f"1 of {len(PAIRS)} pairs")
@@ -321,24 +316,24 @@ def look_at_fleet(driver, watch, address):
     check("messages", driver.get_log("browser"), [])
     driver.get(address)
     watch.kill()
-    within("the message that the watch is gone", lambda: driver.find_element("id", "stale").is_displayed())
+    within("the message that the watch has ended", lambda: driver.find_element("id", "stale").is_displayed())
 
 
-def look_without_script(driver, time_of_page):
-    within("refreshed without a script", lambda: driver.find_element("id", "time").text != time_of_page)
+def check_without_script(driver, time_of_page):
+    within("update without scripts", lambda: driver.find_element("id", "time").text != time_of_page)
 
     def is_filtered():
-        # The page may be read again before all is typed.
+        # The page may update while the text is typed.
         name = driver.find_element("id", "name")
         if name.get_attribute("value") != "vlans":
             name.clear()
             name.send_keys("vlans", Keys.ENTER)
         return driver.find_element("tag name", "caption").text == f"1 of {len(PAIRS)} pairs"
-    within("filtered without a script", is_filtered)
+    within("filter without scripts", is_filtered)
 
-    look_at_paper(driver, "vlans", 8, "The pair does not agree", "Twin VLANs that fail")
-    look_at_paper(driver, "many", 6.5, "The pair does not agree", r"1195,\s*1197")
-    look_at_paper(driver, PAIRS[1][0], 6.5, "700 instance 1 instance 2 different", "Scopes that differ")
+    check_print(driver, "vlans", 8, "The pair does not agree", "Twin VLANs that fail")
+    check_print(driver, "many", 6.5, "The pair does not agree", r"1195,\s*1197")
+    check_print(driver, PAIRS[1][0], 6.5, "700 instance 1 instance 2 different", "Scopes that differ")
 
 
 def start_browser(profile):
@@ -367,23 +362,23 @@ for name, left, right, status, *_ in PAIRS:
 
 with (tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile, watching() as (watch, address),
       start_browser(profile) as driver):
-    # A window without scripts reads its page again while the other looks at the comparisons.
+    # The window without scripts updates its page while comparisons are tested in the other.
     plain = driver.current_window_handle
     driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
     driver.get(address + "?verdict=disagree")
     time_of_page = driver.find_element("id", "time").text
     driver.switch_to.new_window("window")
     scripted = driver.current_window_handle
-    # What a script does every 5 s, it does every 0.25 s.
+    # Scripts update every 0.25 s instead of 5 s.
     driver.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {
         "source": "const wait = setTimeout; window.setTimeout = (run, pause) => wait(run, pause / 20);"})
     for name, _, _, _, *expected in PAIRS:
-        look_at(driver, name, *expected)
+        check_comparison(driver, name, *expected)
         if name == "vlans":
-            look_at_grid(driver)
+            check_grid(driver)
     driver.switch_to.window(plain)
-    look_without_script(driver, time_of_page)
+    check_without_script(driver, time_of_page)
     driver.switch_to.window(scripted)
-    look_at_fleet(driver, watch, address)
-print("the pages are as they must be" if bad == 0 else f"{bad} faults", "- look at", folder)
-sys.exit(bad > 0)
+    check_fleet(driver, watch, address)
+print(f"{len(faults)} faults; pages and prints are in {folder}")
+sys.exit(bool(faults))

@@ -1,4 +1,4 @@
-// The program that runs on events: which events it gets, how many run, and what ends it.
+// The program of --on-change: its events, its environment, and its failures.
 
 #include "io/program.h"
 
@@ -12,31 +12,20 @@
 #include <iterator>
 #include <set>
 
+#include "files.h"
+
 namespace lab {
 namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-std::string read_whole(const fs::path &path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 struct ProgramTest : testing::Test {
-  fs::path folder;
+  test::TempFolder temporary;
+  fs::path folder = temporary.path;
   Loop loop;
   std::vector<std::string> problems;
   std::optional<ChangeProgram> program;
-
-  ProgramTest() {
-    std::string name = testing::TempDir() + "programXXXXXX";
-    folder = mkdtemp(name.data());
-  }
-  ~ProgramTest() override {
-    program.reset();
-    fs::remove_all(folder);
-  }
 
   fs::path write(const std::string &name, const std::string &text, unsigned mode) {
     std::ofstream(folder / name) << text;
@@ -48,7 +37,7 @@ struct ProgramTest : testing::Test {
         write("program", "#!/bin/sh\ncd " + folder.string() + "\n" + script, 0700);
     program.emplace(loop, path, limits, [&](const std::string &text) { problems.push_back(text); });
   }
-  // Until a condition is met that programs bring about.
+  // Runs the loop until a condition is met.
   void wait_until(const std::function<bool()> &is_met) {
     const TimePoint ends = Clock::now() + 60s;
     Timer timer(loop, [&] {
@@ -70,7 +59,7 @@ struct ProgramTest : testing::Test {
 };
 
 TEST_F(ProgramTest, GetsTheLastEventOfEachPair) {
-  // While there is a file "hold" the program does not end.
+  // The program runs as long as the file "hold" exists.
   use(R"(read -r event; echo "$event" >>order; touch running.$event
 while [ -e hold ]; do sleep 0.01; done; rm running.$event)",
       {.at_once = 2, .time = 60s});
@@ -89,7 +78,7 @@ while [ -e hold ]; do sleep 0.01; done; rm running.$event)",
   EXPECT_TRUE(problems.empty()) << problems[0];
 }
 
-TEST_F(ProgramTest, StartsInAUsualProcess) {
+TEST_F(ProgramTest, StartsWithoutInheritedSignalsAndFiles) {
   const int kept = open(write("kept-open", "", 0600).c_str(), O_RDONLY);
   std::signal(SIGPIPE, SIG_IGN);
   use(R"(wc -c >size; grep -E '^Sig(Ign|Blk)' /proc/$$/status | cut -f2 | sort -u >signals
@@ -97,9 +86,9 @@ ls -l /proc/$$/fd >files; [ $$ = $(ps -o pgid= -p $$) ] && touch leader)");
   program->run("", std::string(1 << 20, 'x'));
   wait_for_all();
   close(kept);
-  EXPECT_EQ(read_whole(folder / "size"), "1048576\n");
-  EXPECT_EQ(read_whole(folder / "signals"), "0000000000000000\n");
-  const std::string files = read_whole(folder / "files");
+  EXPECT_EQ(test::read_file(folder / "size"), "1048576\n");
+  EXPECT_EQ(test::read_file(folder / "signals"), "0000000000000000\n");
+  const std::string files = test::read_file(folder / "files");
   EXPECT_NE(files.find("event"), files.npos) << files;
   EXPECT_EQ(files.find("kept-open"), files.npos) << files;
   EXPECT_TRUE(fs::exists(folder / "leader"));
@@ -132,15 +121,15 @@ TEST_F(ProgramTest, ReportsFailures) {
   EXPECT_EQ(find_program_problem(write("x", "", 0600)), "it is not executable");
 }
 
-TEST_F(ProgramTest, EndsWithItsRecord) {
+TEST_F(ProgramTest, EndsWithItsOwner) {
   use("sleep 60 & echo $! >child.new; mv child.new child; wait");
   program->run("a", "");
   wait_until([&] { return fs::exists(folder / "child"); });
   program.reset();
-  const int child = std::stoi(read_whole(folder / "child"));
+  const int child = std::stoi(test::read_file(folder / "child"));
   const std::string command = "/proc/" + std::to_string(child) + "/cmdline";
-  for (int i = 0; i < 1000 && !read_whole(command).empty(); ++i) usleep(10000);
-  EXPECT_EQ(read_whole(command), "");
+  for (int i = 0; i < 1000 && !test::read_file(command).empty(); ++i) usleep(10000);
+  EXPECT_EQ(test::read_file(command), "");
 }
 
 }  // namespace

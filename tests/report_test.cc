@@ -1,4 +1,4 @@
-// The report: how each value is shown, and logged beside the cached one.
+// The report: texts of values, and log lines with values and cached values.
 
 #include <cstring>
 
@@ -13,7 +13,7 @@ const std::string op = "stp_mcec_type1_cfg_get_param_info: ";
 struct Report : LibraryTest {
   uint32_t result = 0;
 
-  // "type name=value; ..." of the report on an array; the array must come back as it was.
+  // Returns the report on an array, "type name=value; ...". The array must not change.
   std::string report(const Entries &entries) {
     Bytes made = array(entries);
     const Bytes before = made;
@@ -94,7 +94,7 @@ TEST_F(Report, EveryValueHasAText) {
   EXPECT_EQ(report({{3, Bytes(200, 'x')}}), "3 STP MST Region Name=" + std::string(99, 'x'));
 }
 
-TEST_F(Report, ValuesAreLoggedBesideTheCached) {
+TEST_F(Report, ValuesAreLoggedWithCachedValues) {
   const Entries entries = {{1, word(5)}, {2, vlans("3-4")}, {3, name("")}, {4, word(7)},
                            {5, {1}},     {8, word(0x14)},   {10, word(3)}};
   const auto lines = [](const char *mode, const char *vlan_list, const char *region,
@@ -122,25 +122,24 @@ TEST_F(Report, ValuesAreLoggedBesideTheCached) {
   EXPECT_EQ(cached(0, 2), hex(vlans("9")));
 }
 
-TEST_F(Report, FailuresLeaveWhatWasFilled) {
+TEST_F(Report, FailuresKeepFilledRecords) {
   EXPECT_EQ(report({{6, word(1)}, {13, word(1)}, {7, word(1)}}),
             "6 STP Loopguard=Enabled; 13 =; 0 =");
   EXPECT_EQ(result, uint32_t{STP_MCEC_ERR_INVALID_ARG});
   log();
-  void *untouched = this;
-  // An array of so many empty entries that their records have no 32-bit size: no block is asked
-  // for.
+  void *block = this;
+  // With most + 1 entries the size of the records exceeds 32 bits: no block is allocated.
   const uint32_t most = (UINT32_MAX - 4) / 312;
   for (const uint32_t count : {most, most + 1}) {
     Bytes many(4 + std::size_t{count} * tlv_aligned_data_size_get(0));
     const Bytes size = word(uint32_t(many.size() - 4));
     std::copy(size.begin(), size.end(), many.begin());
-    const uint32_t asked = standin_calls(STANDIN_ALLOC);
+    const uint32_t calls = standin_calls(STANDIN_ALLOC);
     standin_fail(STANDIN_ALLOC, 1, 1);
-    EXPECT_EQ(stp_mcec_type1_cfg_get_param_info(many.data(), &untouched), 1U);
+    EXPECT_EQ(stp_mcec_type1_cfg_get_param_info(many.data(), &block), 1U);
     standin_fail(STANDIN_ALLOC, 0, 0);
-    EXPECT_EQ(untouched, nullptr);
-    EXPECT_EQ(standin_calls(STANDIN_ALLOC) - asked, count == most ? 1U : 0U);
+    EXPECT_EQ(block, nullptr);
+    EXPECT_EQ(standin_calls(STANDIN_ALLOC) - calls, count == most ? 1U : 0U);
   }
 }
 

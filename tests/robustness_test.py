@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""mcec-lab with switches that die, stop or send nonsense, and without memory, descriptors or disk space.
+"""Test mcec-lab with failing switches, and without memory, file descriptors or disk space.
 
-  tests/robustness_test.py MCEC-LAB FOLDER
+  tests/robustness_test.py MCEC-LAB
 
-In every case the lab ends soon, with a message and status 2 (0 or 1 where it did not need what was
-missing), and leaves no process and no file.
+In every case the lab ends soon, with a message and status 2 (or 0 or 1, if it did not need the missing
+resource), and no process or file remains.
 """
 import concurrent.futures
 import ctypes
@@ -18,41 +18,34 @@ import sys
 import tempfile
 import time
 
+from common import ROOT, captures, expect, faults, is_instrumented
+
 LAB = os.path.abspath(sys.argv[1])
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-CAPTURES = [str(ROOT / "captures" / f"vlans-{side}.json") for side in ("left", "right")]
-IS_INSTRUMENTED = any(mark in pathlib.Path(LAB).read_bytes() for mark in (b"__asan_init", b"__gcov_"))
+CAPTURES = captures("vlans")
 LIBC = ctypes.CDLL(None, use_errno=True)
 PIDFD_GETFD = 438
-faults = []
 
 
-def expect(holds, name, found):
-    if not holds:
-        faults.append(name)
-        print(f"{name}: {found}", file=sys.stderr)
-
-
-def ended(name, lab, folder, before, words, statuses=(2,)):
-    """Wait for a lab and check its status, its output and what it left."""
+def check_end(name, lab, folder, before, texts, statuses=(2,)):
+    """Wait for a lab, and check its status, its output, and that no process or file remains."""
     try:
         output = lab.communicate(timeout=60)[0].decode(errors="replace")
     except subprocess.TimeoutExpired:
         os.killpg(lab.pid, signal.SIGKILL)
         output = lab.communicate()[0].decode(errors="replace")
-        expect(False, name, "does not end")
+        expect(False, name, "it does not end")
     expect(lab.returncode in statuses, name, f"status {lab.returncode}: {output}")
-    expect(lab.returncode != 2 or any(word in output for word in words), name, f"output {output!r}")
+    expect(lab.returncode != 2 or any(text in output for text in texts), name, f"output {output!r}")
     expect("LOST" not in output, name, output)
-    for _ in range(100):  # what the kernel still puts away
+    for _ in range(100):  # until the kernel has removed all processes
         try:
             os.killpg(lab.pid, 0)
         except ProcessLookupError:
             break
         time.sleep(0.05)
     else:
-        expect(False, name, "left a process")
-    expect(sorted(os.listdir(folder)) == before, name, f"left {os.listdir(folder)}")
+        expect(False, name, "a process remains")
+    expect(sorted(os.listdir(folder)) == before, name, f"files remain: {os.listdir(folder)}")
 
 
 def start(folder, *arguments, limit="true"):
@@ -62,7 +55,7 @@ def start(folder, *arguments, limit="true"):
 
 
 def switches_of(lab):
-    """The left and the right switch, once both are there."""
+    """Return the processes of the left and the right switch, once both have started."""
     for _ in range(600):
         found = subprocess.run(["pgrep", "-P", str(lab.pid)], stdout=subprocess.PIPE).stdout.split()
         if len(found) == 2:
@@ -72,7 +65,7 @@ def switches_of(lab):
 
 
 def sockets_of(pid):
-    """Copies of the sockets of a switch: its line to the lab, and to the other switch."""
+    """Return copies of the sockets of a switch: to the lab, and to the other switch."""
     numbers = [int(entry.name) for entry in pathlib.Path(f"/proc/{pid}/fd").iterdir()
                if os.readlink(entry).startswith("socket:")]
     pidfd = os.pidfd_open(pid)
@@ -84,12 +77,12 @@ def sockets_of(pid):
 
 
 def send(data):
-    return lambda pid: [line.sendall(data, socket.MSG_DONTWAIT) for line in sockets_of(pid)]
+    return lambda pid: [copy.sendall(data, socket.MSG_DONTWAIT) for copy in sockets_of(pid)]
 
 
-def hang_up(pid):
-    for line in sockets_of(pid):
-        line.shutdown(socket.SHUT_RDWR)
+def disconnect(pid):
+    for copy in sockets_of(pid):
+        copy.shutdown(socket.SHUT_RDWR)
 
 
 def frame(body):
@@ -102,27 +95,28 @@ def break_switches(folder):
     pathlib.Path(folder, "long.yaml").write_text(
         f"switches: {{left: &it {{parameters: {{stp-mode: mst}}, ports: [{ports}]}}, right: *it}}\n"
         "steps:\n" + "- {check: all}\n" * 1000)
-    nonsense = ["does not speak as a switch does", "switch is gone", "of another length than it says",
+    invalid = ["does not speak as a switch does", "switch is gone", "of another length than it says",
                 "ended with status", "does not answer"]
 
-    def break_one(name, attack, words, side):
+    def break_one(name, attack, texts, side):
         before = sorted(os.listdir(folder))
         lab = start(folder, "run", "--quiet", "long.yaml")
         attacked = switches_of(lab)[side]
         began = time.monotonic()
         attack(attacked)
         title = f"the {('left', 'right')[side]} switch: {name}"
-        named = [f"the {('left', 'right')[side]} {word}" for word in words] if len(words) == 1 else words
-        ended(title, lab, folder, before, named)
-        expect(time.monotonic() - began < 30, title, "takes too long to report")
+        if len(texts) == 1:
+            texts = [f"the {('left', 'right')[side]} {texts[0]}"]
+        check_end(title, lab, folder, before, texts)
+        expect(time.monotonic() - began < 30, title, "it ends too late")
 
     return [(break_one, *row, side) for side in (0, 1) for row in [
             ("killed", lambda pid: os.kill(pid, signal.SIGKILL), ["switch died of SIGKILL (Killed)"]),
             ("stopped", lambda pid: os.kill(pid, signal.SIGSTOP), ["switch is stopped by a signal"]),
-            ("a frame too long", send(b"\xff" * 64), nonsense),
-            ("a frame of nothing", send(frame(b"") * 2), nonsense),
-            ("a frame of noise", send(frame(b"\x07" + b"\xfe" * 4000)), nonsense),
-            ("hung up", hang_up, ["switch ended with status", "switch is gone"])]]
+            ("too long frame", send(b"\xff" * 64), invalid),
+            ("empty frame", send(frame(b"") * 2), invalid),
+            ("invalid frame", send(frame(b"\x07" + b"\xfe" * 4000)), invalid),
+            ("disconnected", disconnect, ["switch ended with status", "switch is gone"])]]
 
 
 def limit_machine(folder):
@@ -131,25 +125,25 @@ def limit_machine(folder):
     commands = [["run", "every-command.yaml"], ["compare", *CAPTURES], ["compare", "--pairs", "pairs"],
                 ["watch", "--once-agreed", "--timeout", "0.2", *CAPTURES]]
     limits = [f"ulimit -n {count}" for count in (4, 5, 6, 7, 8, 9, 10, 12)]
-    if not IS_INSTRUMENTED:  # the sanitizers take address space without end, counters end without a message
+    if not is_instrumented(LAB):  # sanitizers reserve address space; coverage counters fail without a message
         limits += [f"ulimit -v {size}" for size in range(14000, 34000, 1700)]
     before = sorted(os.listdir(folder))
-    words = ["mcec-lab: ", "NOT COMPARED: ", "cannot be read: ", " for a switch: ", " switch ended with "]
+    texts = ["mcec-lab: ", "NOT COMPARED: ", "cannot be read: ", " for a switch: ", " switch ended with "]
 
     def limit_one(command, limit):
-        # Where the loader itself has no memory, the lab does not start.
+        # Status 127: the loader has too little memory to start the lab.
         lab = start(folder, *command, limit=limit)
-        ended(f"{' '.join(command)}, {limit}", lab, folder, before, words, (0, 1, 2, 127))
+        check_end(f"{' '.join(command)}, {limit}", lab, folder, before, texts, (0, 1, 2, 127))
 
     return [(limit_one, command, limit) for command in commands for limit in limits]
 
 
 def fill_disk(folder):
-    """Files that do not fit, in a file system of 8 KiB where one can be mounted."""
+    """Write files that do not fit into a file system of 8 KiB, if one can be mounted."""
     full = pathlib.Path(folder, "full")
     full.mkdir()
     if subprocess.run(["unshare", "-rm", "true"], stderr=subprocess.DEVNULL).returncode != 0:
-        print("a full disk cannot be made here")
+        print("skipped: no file system can be mounted")
         return
     begin = ("mount -t tmpfs -o size=8k none full && head -c 4096 /dev/zero >full/other && "
              "echo old >full/kept.html; \"$0\" \"$@\"; status=$?; "
@@ -160,13 +154,13 @@ def fill_disk(folder):
         lab = subprocess.Popen(["unshare", "-rm", "bash", "-c", begin, LAB, "compare", *options, *CAPTURES],
                                cwd=folder, start_new_session=True, stdout=subprocess.PIPE,
                                stderr=subprocess.STDOUT)
-        ended(" ".join(options), lab, folder, sorted(os.listdir(folder)), ["No space left on device\n"])
+        check_end(" ".join(options), lab, folder, sorted(os.listdir(folder)), ["No space left on device\n"])
 
 
 def main():
     with tempfile.TemporaryDirectory() as folder:
         cases = break_switches(folder) + limit_machine(folder)
-        with concurrent.futures.ThreadPoolExecutor(8 * os.cpu_count()) as pool:  # most of them wait
+        with concurrent.futures.ThreadPoolExecutor(8 * os.cpu_count()) as pool:  # most threads wait
             for running in [pool.submit(*case) for case in cases]:
                 running.result()
         fill_disk(folder)

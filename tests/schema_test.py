@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Compare the JSON documents of mcec-lab with packaging/documents.schema.json.
+"""Validate the JSON documents of mcec-lab with packaging/documents.schema.json.
 
   tests/schema_test.py MCEC-LAB FOLDER
 
-The schema allows fields that it does not name. Here none are allowed, so that a new field cannot be
-left out of it. The validator is Debian's, hence its Python. State files stay in FOLDER.
+The schema allows unknown fields. This test does not, so that a new field must be added to the schema. It
+runs with the Python of Debian, which has the validator. State files remain in FOLDER.
 """
 import json
 import pathlib
@@ -14,15 +14,16 @@ import sys
 
 import jsonschema
 
+from common import ROOT, replace_file
+
 lab, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
-root = pathlib.Path(__file__).resolve().parent.parent
-schema = json.loads((root / "packaging/documents.schema.json").read_text())
+schema = json.loads((ROOT / "packaging/documents.schema.json").read_text())
 jsonschema.Draft202012Validator.check_schema(schema)
-checked = bad = 0
+checked = errors = 0
 
 
 def close(node):
-    """The schema without further fields; conditions (if, then, else) stay open."""
+    """Disallow unknown fields in a schema, except in conditions (if, then, else)."""
     if isinstance(node, list):
         return [close(item) for item in node]
     if not isinstance(node, dict):
@@ -41,23 +42,23 @@ def validators_of(definitions):
 closed, shipped = validators_of(close(schema["$defs"])), validators_of(schema["$defs"])
 
 
-def check(kind, documents, count, why):
-    """So many documents, each of this kind and of no other, with further fields or without."""
-    global checked, bad
+def check(kind, documents, count, source):
+    """Check that there are count documents, and that each is valid as this kind only, also with an unknown field."""
+    global checked, errors
     problems = [f"{len(documents)} documents"] if len(documents) != count else []
     for document in documents:
         checked += 1
         problems += [f"{problem.json_path}: {problem.message}"[:300]
                      for problem in closed[kind].iter_errors(document)]
         more = {**document, "more": 0}
-        problems += [f"with a further field {'not ' if name == kind else ''}valid as {name}"
+        problems += [f"with an unknown field {'not ' if name == kind else ''}valid as {name}"
                      for name, validator in shipped.items()
                      if validator.is_valid(more) != (name == kind)]
         if closed[kind].is_valid(more):
-            problems.append("a further field is not noticed")
-    bad += len(problems)
+            problems.append("an unknown field is not detected")
+    errors += len(problems)
     for problem in problems:
-        print(f"{kind} of {why}: {problem}", file=sys.stderr)
+        print(f"{kind} of {source}: {problem}", file=sys.stderr)
 
 
 def run(kind, *words, count=1, text=None):
@@ -74,7 +75,7 @@ def run(kind, *words, count=1, text=None):
 
 folder.mkdir(parents=True, exist_ok=True)
 run("list", "list", "--json")
-scenarios = sorted((root / "scenarios").glob("*.yaml"))
+scenarios = sorted((ROOT / "scenarios").glob("*.yaml"))
 for document in run("run", "run", "--json", "--log", *scenarios, count=len(scenarios)):
     steps = [step["step"] for step in document["steps"] if step["action"] in ("command", "update")]
     for step in steps[:2]:
@@ -89,7 +90,7 @@ run("errors", "run", "--json", "-", text=INCONSISTENT.replace("KILL", "kill"))
 run("errors", "run", "--json", "no-such.yaml")
 
 pairs = {}
-for left in sorted((root / "captures").glob("*-left.json")):
+for left in sorted((ROOT / "captures").glob("*-left.json")):
     dumps = [left, left.with_name(left.name.replace("-left", "-right"))]
     states = [folder / dump.with_suffix(".yaml").name for dump in dumps]
     for dump, state in zip(dumps, states):
@@ -119,8 +120,8 @@ run("comparison", "compare", "--json", "--pairs", "pairs", count=len(pairs))
 (folder / "pairs").write_text("one\twrong\twrong\ntwo\n")
 run("errors", "compare", "--json", "--pairs", "pairs", count=2)
 
-# A file of a pair that changes, gets a warning, makes no sense, goes and comes back.
-watched, new = folder / "watched.json", folder / "new.json"
+# A file of a pair that changes, causes a warning, is invalid, removed, and restored.
+watched = folder / "watched.json"
 watched.write_bytes(files[0].read_bytes())
 (folder / "pairs").write_text(f"one\t{watched}\t{files[1]}\n")
 with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout", "60", "--pairs",
@@ -134,11 +135,10 @@ with subprocess.Popen([lab, "watch", "--json", "--interval", "0.05", "--timeout"
         found = json.loads(watch.stdout.readline())
         check("event", [found] if found["event"] == event else [], 1, event)
         if text:
-            new.write_text(text)
-            new.rename(watched)
+            replace_file(watched, text)
         elif event == "error":
             watched.unlink()
     watch.terminate()
 
-print(f"{checked} documents, {bad} errors")
-sys.exit(1 if bad or checked < 50 else 0)
+print(f"{checked} documents, {errors} errors")
+sys.exit(1 if errors or checked < 50 else 0)

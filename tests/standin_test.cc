@@ -12,7 +12,7 @@ namespace {
 
 using namespace test;
 
-// Arguments of the rows below, and a request.
+// Arguments of the calls below.
 alignas(16) uint8_t aligned[1024] = {};
 uint32_t number = 0;
 void *value = nullptr;
@@ -24,10 +24,10 @@ avl_tree_t *make_tree() {
   return avl_create(stp_mcec_type1_cfg_avl_cmp_func, 0);
 }
 
-// Calls that the contract of the platform does not allow, and what is reported of them.
+// Calls that violate the contract of the platform, and parts of the diagnostics.
 const struct {
   void (*act)();
-  const char *what;
+  const char *diagnostic;
 } misuses[] = {
     {[] {
        void *block = mtrack_alloc(633, 6, 8);
@@ -109,7 +109,7 @@ struct Standin : LibraryTest {};
 
 std::string misuse;
 
-// So every test checks what the library passes to each operation of the platform.
+// Therefore every test checks the arguments that the library passes to the platform.
 TEST_F(Standin, RefusesMisuse) {
   standin_on_misuse([](const char *what) { misuse = what; });
   const Message request(standin_command(STP_MCEC_CMD_STP_MODE, 1, nullptr, 0));
@@ -118,7 +118,8 @@ TEST_F(Standin, RefusesMisuse) {
   for (const auto &row : misuses) {
     misuse.clear();
     row.act();
-    EXPECT_NE(misuse.find(row.what), std::string::npos) << misuse << "; expected " << row.what;
+    EXPECT_NE(misuse.find(row.diagnostic), std::string::npos)
+        << misuse << "; expected " << row.diagnostic;
   }
   standin_on_misuse(nullptr);
   standin_handle_free(handle);

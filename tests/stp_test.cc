@@ -23,7 +23,7 @@ Bytes message(uint8_t list_flag, uint32_t count, const Bytes &rest) {
   return made;
 }
 
-TEST_F(Stp, VlanRangeMessageTurnsAround) {
+TEST_F(Stp, VlanRangeMessagesAreConverted) {
   const struct {
     Bytes host;
     const char *wire;
@@ -37,7 +37,7 @@ TEST_F(Stp, VlanRangeMessageTurnsAround) {
        "44332211"},
   };
   for (const auto &row : rows) {
-    // At every alignment: in place, and into another buffer, whose flag byte stays.
+    // At every alignment, in place and into another buffer, whose flag byte does not change.
     for (std::size_t shift = 0; shift < 4; ++shift) {
       Bytes buffer(shift + row.host.size());
       std::copy(row.host.begin(), row.host.end(), buffer.begin() + std::ptrdiff_t(shift));
@@ -52,11 +52,11 @@ TEST_F(Stp, VlanRangeMessageTurnsAround) {
       EXPECT_EQ(other, row.host);
     }
   }
-  Bytes untouched = message(0, 1, host_halves({5}));
-  const Bytes before = untouched;
-  stp_hton_vlan_range_state_change_mts_msg(untouched.data(), nullptr);
-  stp_ntoh_vlan_range_state_change_mts_msg(nullptr, untouched.data());
-  EXPECT_EQ(untouched, before);
+  Bytes unchanged = message(0, 1, host_halves({5}));
+  const Bytes before = unchanged;
+  stp_hton_vlan_range_state_change_mts_msg(unchanged.data(), nullptr);
+  stp_ntoh_vlan_range_state_change_mts_msg(nullptr, unchanged.data());
+  EXPECT_EQ(unchanged, before);
 }
 
 TEST_F(Stp, InterfacesAreValidByTypeAndLayerMode) {

@@ -14,7 +14,7 @@ namespace {
 
 const std::regex head("^(\\w+)\\((\\d+)\\): ");
 
-// The first and the last line of each exported function, in the file that defines it.
+// Returns the first and last line of each exported function in its source file.
 std::map<std::string, std::pair<int, int>> definitions() {
   std::map<std::string, std::pair<int, int>> found;
   for (const auto &file : std::filesystem::recursive_directory_iterator(SOURCES)) {
@@ -35,8 +35,8 @@ std::map<std::string, std::pair<int, int>> definitions() {
   return found;
 }
 
-// A head names the exported operation whose step it is, and the line that asks for the step.
-void expect_head_within_its_operation(const char *line) {
+// Expects that the head of a log line has an exported function, and a line of this function.
+void check_head(const char *line) {
   static const auto defined = definitions();
   std::cmatch match;
   if (!std::regex_search(line, match, head)) return;
@@ -46,10 +46,10 @@ void expect_head_within_its_operation(const char *line) {
   EXPECT_LT(std::stoi(match[2]), operation->second.second) << line;
 }
 
-// Injected failures are for the calls of the library only.
-struct OwnWork {
-  OwnWork() { standin_suspend_failures(1); }
-  ~OwnWork() { standin_suspend_failures(0); }
+// Suspends injected failures, which are for calls of the library only.
+struct SuspendedFailures {
+  SuspendedFailures() { standin_suspend_failures(1); }
+  ~SuspendedFailures() { standin_suspend_failures(0); }
 };
 
 // The header of an update message and an array.
@@ -116,7 +116,7 @@ Bytes array(const Entries &entries) {
   for (const Entry &entry : entries)
     size += tlv_aligned_data_size_get(uint32_t(entry.value.size()));
   Bytes made(size);
-  const OwnWork own_work;
+  const SuspendedFailures suspended;
   for (const Entry &entry : entries) {
     EXPECT_EQ(tlv_aligned_array_add_tlv(made.data(), size, entry.type, uint16_t(entry.value.size()),
                                         entry.value.data(), 1),
@@ -127,7 +127,7 @@ Bytes array(const Entries &entries) {
 
 std::string entries_of(const void *array) {
   std::string text;
-  const OwnWork own_work;
+  const SuspendedFailures suspended;
   uint32_t cursor = 0;
   for (uint32_t left = tlv_aligned_array_get_num_tlvs(array, 1); left > 0; --left) {
     uint16_t type = 0;
@@ -141,12 +141,12 @@ std::string entries_of(const void *array) {
 }
 
 uint32_t rebuild(uint32_t if_index, const Entries &entries) {
-  Given given(entries);
+  ConstantArray given(entries);
   return stp_mcec_type1_cfg_cache_rebuild(given.bytes.data(), 77, if_index);
 }
 
 uint32_t cache_update(int32_t gbl, uint32_t if_index, const Entries &entries) {
-  const Given given(entries);
+  const ConstantArray given(entries);
   const Bytes payload = update_payload(0, 0, 0, given.bytes);
   const Message message(standin_message(0, payload.data(), payload.size()));
   return stp_mcec_type1_cfg_cache_update(0, gbl, if_index, message.msg);
@@ -217,7 +217,7 @@ std::string extract(void *msg) {
     text << " null";
   } else if (tlvs != &no_array) {
     text << " type " << standin_block_type(tlvs) << ' ' << entries_of(tlvs);
-    // The region's array has the size for all three parameters, whichever are in it.
+    // The array of a region always has the size for three parameters.
     EXPECT_EQ(standin_block_size(tlvs), standin_block_type(tlvs) == 8
                                             ? stp_mcec_get_mst_region_cfg_tlv_payld_size()
                                             : standin_tlv_array_bytes(tlvs));
@@ -227,12 +227,11 @@ std::string extract(void *msg) {
 }
 
 std::string command(uint32_t id, bool positive, const std::vector<Attribute> &attributes) {
-  std::vector<standin_attribute_t> given;
+  std::vector<standin_attribute_t> made;
   for (const Attribute &attribute : attributes) {
-    given.push_back({attribute.id, uint32_t(attribute.value.size()), attribute.value.data()});
+    made.push_back({attribute.id, uint32_t(attribute.value.size()), attribute.value.data()});
   }
-  const Message message(
-      standin_command(id, positive ? 1 : 0, given.data(), uint32_t(given.size())));
+  const Message message(standin_command(id, positive ? 1 : 0, made.data(), uint32_t(made.size())));
   return extract(message.msg);
 }
 
@@ -255,7 +254,7 @@ void empty_cache() {
 
 void LibraryTest::SetUp() {
   standin_reset();
-  standin_on_history(expect_head_within_its_operation);
+  standin_on_history(check_head);
   standin_set_trunk(1);
 }
 

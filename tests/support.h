@@ -1,5 +1,4 @@
-// What the tests share: values, arrays, messages and commands in one line each, and the outcome of
-// a call as text.
+// Shared by the tests of the library: values, arrays, messages, commands, and outcomes as text.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -32,8 +31,8 @@ using Entries = std::vector<Entry>;
 
 Bytes word(uint32_t value);
 Bytes name(const std::string &text);            // 32 bytes
-Bytes vlans(const std::string &ranges);         // a bitmap record, size in network order
-Bytes host_words(std::vector<uint32_t> words);  // as command attributes have them
+Bytes vlans(const std::string &ranges);         // a bitmap record in network byte order
+Bytes host_words(std::vector<uint32_t> words);  // for command attributes
 std::string hex(const Bytes &bytes);
 std::string in_hex(uint32_t code);
 std::string vlans_of(const bmp4096_t &record);
@@ -41,11 +40,11 @@ std::string vlans_of(const bmp4096_t &record);
 Bytes array(const Entries &entries);
 std::string entries_of(const void *array);  // "1:00000004 6:00000001"
 
-// An array, as one from the peer, that must stay as it is.
-struct Given {
+// An array that a call must not change.
+struct ConstantArray {
   Bytes bytes;
-  explicit Given(const Entries &entries) : bytes(array(entries)), before(bytes) {}
-  ~Given() { EXPECT_EQ(bytes, before); }
+  explicit ConstantArray(const Entries &entries) : bytes(array(entries)), before(bytes) {}
+  ~ConstantArray() { EXPECT_EQ(bytes, before); }
 
  private:
   Bytes before;
@@ -54,12 +53,12 @@ struct Given {
 uint32_t cache_update(int32_t gbl, uint32_t if_index, const Entries &entries);
 uint32_t rebuild(uint32_t if_index, const Entries &entries);
 
-// Cache an entry as a cache update of the scope would.
+// Adds an entry to the cache.
 void cache(uint32_t if_index, uint16_t type, const Bytes &value);
-std::string cached(uint32_t if_index, uint16_t type);  // its bytes, or "-"
+std::string cached(uint32_t if_index, uint16_t type);  // its value in hexadecimal, or "-"
 
-// The lines logged since the last call, without the first ones: "operation: text"; a line that the
-// next one continues ends with a backslash.
+// Returns the lines logged since the last call, except for the first ones, as "operation: text".
+// A line that the next one continues ends with a backslash.
 Lines log(std::size_t skipped = 0);
 
 struct Message {
@@ -74,20 +73,20 @@ struct Attribute {
   Bytes value;
 };
 
-// The outcome of an extraction, "0 | ok | cmd 1 count 1 | type 16 1,1,1,0 | type 9 1:00000004":
-// result, answers, is_cmd and count, records, array. An argument that is not written is left out.
+// Returns the outcome of an extraction: result, answers, is_cmd and count, records, array. Example:
+// "0 | ok | cmd 1 count 1 | type 16 1,1,1,0 | type 9 1:00000004". Unchanged arguments are omitted.
 std::string extract(void *msg);
 constexpr bool set_form = true;
 constexpr bool no_form = false;
-constexpr uint32_t routed_command = 62;  // no command, but routed to an extractor
+constexpr uint32_t routed_command = 62;  // not a command, but routed to an extractor
 std::string command(uint32_t id, bool positive, const std::vector<Attribute> &attributes = {});
-// An update message, whose header has the length of the array, or another one.
+// Extracts from an update message. The header has the length of the array, or another length.
 constexpr uint32_t whole_array = UINT32_MAX;
 std::string update(uint32_t global, uint32_t if_index, const Entries &entries,
                    uint32_t length = whole_array);
 std::string extract_message(uint32_t opcode, const Bytes &payload);
 
-// An empty switch with a trunk before each test; nothing leaked after it.
+// Each test begins with a trunk and an empty cache, and must not leak blocks.
 class LibraryTest : public testing::Test {
  protected:
   void SetUp() override;

@@ -1,4 +1,4 @@
-// One table of situations: every output has the same verdict on each.
+// A table of situations. All outputs must have the same verdict for each.
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@
 namespace lab {
 namespace {
 
-// Two switches in MST that agree, with a channel.
+// Makes a report on two switches in MST with a channel, which agree.
 PairReport make_report() {
   PairReport report;
   for (SideReport &side : report.sides) {
@@ -112,7 +112,7 @@ const Situation situations[] = {
      Outcome::disagree, disagreed},
 };
 
-// What an output has for agree, disagree and incomplete.
+// The words of an output for agree, disagree and incomplete.
 using Words = std::array<const char *, 3>;
 
 void expect_word(const std::string &text, const Words &words, Outcome outcome) {

@@ -1,12 +1,9 @@
 #!/usr/bin/env python3
-"""mcec-lab watch with real redis servers: every line is compared with the contents of the databases.
+"""Test mcec-lab watch with real Redis servers: compare every event with the databases.
 
   tests/watch_test.py MCEC-LAB
-
-The servers listen on Unix sockets in a temporary folder. They end with the test, however it ends.
 """
 import concurrent.futures
-import itertools
 import json
 import os
 import pathlib
@@ -21,9 +18,11 @@ import threading
 import time
 import traceback
 
+from common import (PATIENCE, RedisServer, commands_for, format_dump, parse_fields, replace_file, start, started,
+                    within)
+
 LAB = sys.argv[1]
-PATIENCE = 30  # seconds until an event is missed; a loaded machine is slow
-MAY = "~* &* -@all +ping +dbsize +select +scan +hgetall +psubscribe +config|get"  # as docs/watch.md has it
+PERMISSIONS = "~* &* -@all +ping +dbsize +select +scan +hgetall +psubscribe +config|get"  # see docs/watch.md
 EDGE, GUARD = "edge_port", "root_guard"
 ROWS = {
     "DEVICE_METADATA|localhost": {"mac": "02:00:00:00:00:01", "hostname": "leaf"},
@@ -39,56 +38,13 @@ ROWS = {
 }
 
 
-started, numbers = [], itertools.count()
+def switch(folder, *options):
+    return RedisServer(folder, *options, rows=ROWS)
 
 
-def start(command, **options):
-    started.append(subprocess.Popen(command, **options))
-    return started[-1]
-
-
-def words_of(rows):
-    return [["HSET", row, *(w for pair in fields.items() for w in pair)] for row, fields in rows.items()]
-
-
-class Server:
-    """A redis-server with the rows of a switch."""
-
-    def __init__(self, folder, *options):
-        self.path = f"{folder}/{next(numbers)}.sock"
-        self.url = f"unix://{self.path}"
-        self.command = ["setpriv", "--pdeathsig", "KILL", "redis-server", "--port", "0", "--unixsocket",
-                        self.path, "--save", "", "--dir", folder, "--notify-keyspace-events", "KEA", *options]
-        self.start()
-
-    def start(self, rows=ROWS):
-        # Filled before it can be seen under its name.
-        command = [w + ".new" if w == self.path else w for w in self.command]
-        self.process = start(command, stdout=subprocess.DEVNULL)
-        within(lambda: "PONG" in self.do(["PING"], path=self.path + ".new"))
-        self.do(*words_of(rows), path=self.path + ".new")
-        os.rename(self.path + ".new", self.path)
-
-    def do(self, *commands, database=4, path=None):
-        text = "\n".join(" ".join('"%s"' % w for w in command) for command in commands)
-        return subprocess.run(["redis-cli", "-s", path or self.path, "-n", str(database)], input=text,
-                              capture_output=True, text=True, check=True).stdout
-
-    def row(self, name):
-        words = self.do(["HGETALL", name]).split("\n")[:-1]
-        fields = dict(zip(words[::2], words[1::2]))
-        return {f.rstrip("@"): v.split(",") if f.endswith("@") else v for f, v in fields.items()} or None
-
-    def stop(self):
-        self.process.kill()
-        self.process.wait()
-
-
-def within(condition, seconds=PATIENCE):
-    ends = time.monotonic() + seconds
-    while not condition():
-        assert time.monotonic() < ends, "nothing happened in time"
-        time.sleep(0.01)
+def read_row(server, name):
+    words, = server.do(["HGETALL", name])
+    return parse_fields(dict(zip(words[::2], words[1::2]))) if words else None
 
 
 def run(*arguments, **variables):
@@ -97,14 +53,14 @@ def run(*arguments, **variables):
 
 
 class Watch:
-    """A running watch; whatever it reports of the pair is compared with what compare reports."""
+    """A running watch, whose events are compared with the output of compare."""
 
     def __init__(self, left, right, *options, **variables):
         self.sources = {"left": left, "right": right}
         self.urls = [getattr(source, "url", source) for source in (left, right)]
         self.variables = variables
-        self.process = start([LAB, "watch", "--json", *options, *self.urls], text=True,
-                                        stdout=subprocess.PIPE, env={**os.environ, **variables})
+        self.process = start([LAB, "watch", "--json", *options, *self.urls], text=True, stdout=subprocess.PIPE,
+                             env={**os.environ, **variables})
         self.events = queue.Queue()
         self.checks = {}
         threading.Thread(target=self.read, daemon=True).start()
@@ -114,24 +70,24 @@ class Watch:
             self.events.put(json.loads(line))
         self.events.put({"event": "end"})
 
-    def next(self, kind, agree="?", still=True, **wanted):
-        """The next event, of this kind; `still`: nothing changes any more, so it can be compared with compare."""
+    def next(self, kind, agree="?", is_stable=True, **expected):
+        """Return the next event, which must be of this kind. If no row changes meanwhile (is_stable), check it."""
         event = self.events.get(timeout=PATIENCE)
         while event["event"] == "note" != kind:
             event = self.events.get(timeout=PATIENCE)
         assert event["event"] == kind, f"expected {kind}, found {event}"
         assert re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d(\.\d+)?[+-]\d\d:\d\d", event["time"]), event["time"]
         assert agree in ("?", event["agree"]), event
-        for key, value in wanted.items():
+        for key, value in expected.items():
             assert event[key] == value, event
-        reported = (event.get("comparison") or event)
+        reported = event.get("comparison") or event
         if event["agree"] is not None:
             if "comparison" in event:
                 self.checks.clear()
             self.checks.update((check["scope"], check) for check in reported["checks"])
             for scope in event.get("gone", []):
                 del self.checks[scope]
-        if still:
+        if is_stable:
             self.compare(event)
         return event
 
@@ -142,7 +98,7 @@ class Watch:
             assert self.checks == {check["scope"]: check for check in output["checks"]}, event
             assert event.get("comparison", output) == output, event
         for row in event.get("rows", []):
-            stored = self.sources[row["side"]].row(row["row"])
+            stored = read_row(self.sources[row["side"]], row["row"])
             assert (row["after"] is None) == (stored is None), row
             assert (row["after"] or {}).items() <= (stored or {}).items(), (row, stored)
 
@@ -161,7 +117,7 @@ class Watch:
 
 
 def watch_agreeing(folder, *options):
-    watch = Watch(Server(folder), Server(folder), *options)
+    watch = Watch(switch(folder), switch(folder), *options)
     watch.next("compared", True)
     return watch, *watch.sources.values()
 
@@ -183,14 +139,14 @@ CHANGES = [  # side, commands, verdict, rows, scopes
     ("right", [["HSET", PORT, "bpdu_guard", "true"]], True, [PORT], []),
     ("left", [["HSET", MODE, "mode", "none"]], False, [MODE], []),
     ("left", [["HSET", MODE, "mode", "mst"]], True, [MODE], BOTH),
-    # What is passed over is not reported: the next event is the next row.
+    # Changes of ignored rows and fields: no event.
     ("right", [["HSET", "PORT|Ethernet0", "speed", "1"], ["HSET", "VLAN|Vlan10", "note", "x"]], None, [], []),
     ("right", [["MULTI"], *(["HSET", row, "vlanid", row[9:]] for row in BURST), ["EXEC"]], True, BURST, []),
     ("right", [["HSET", PORT, GUARD, "false"], ["PEXPIRE", PORT, "1500"]], False, [PORT], CHANNEL),
-    ("right", [], False, [PORT], CHANNEL),  # it has expired; another difference remains
-    ("right", words_of({PORT: ROWS[PORT]}), True, [PORT], CHANNEL),
+    ("right", [], False, [PORT], CHANNEL),  # the row has expired; edge_port still differs
+    ("right", commands_for({PORT: ROWS[PORT]}), True, [PORT], CHANNEL),
 ]
-# Rows that make no sense, and what mends them.
+# Invalid rows, and their corrections.
 ERRORS = [(["HSET", PORT, GUARD, "yes"], ["HSET", PORT, GUARD, "true"]),
           (["HSET", "VLAN|Vlan5000", "a", "b"], ["DEL", "VLAN|Vlan5000"]),
           (["SET", VLAN, "x"], ["DEL", VLAN])]
@@ -206,16 +162,16 @@ def test_changes(folder, rows):
 
 
 def test_access_and_metrics(folder):
-    left = Server(folder, "--user", "watcher", "on", ">s3cret", *MAY.split(), "--user", "default",
+    left = switch(folder, "--user", "watcher", "on", ">s3cret", *PERMISSIONS.split(), "--user", "default",
                   "on", "nopass", "~*", "&*", "+@all")
-    right = Server(folder)
+    right = switch(folder)
     left.url = left.url.replace("//", "//watcher@")
     metrics = pathlib.Path(folder, "pair.prom")
     watch = Watch(left, right, "--metrics", str(metrics), MCEC_LEFT_PASSWORD="s3cret")
     label = f'{{pair="{left.url} {right.url}"'
 
     def check_metrics(*lines):
-        within(lambda: all(line in metrics.read_text() for line in lines))
+        within(lambda: [line for line in lines if line not in metrics.read_text()])
 
     watch.next("compared", True, notifications={"left": True, "right": True})
     check_metrics(f"mcec_pair_agrees{label}}} 1\n", f'{label},side="right"}} 1\n')
@@ -224,24 +180,24 @@ def test_access_and_metrics(folder):
     check_metrics(f"mcec_pair_agrees{label}}} 0\n", f'differing{label},parameter="ifi-port-guard"}} 1\n')
     right.do(["HSET", PORT, GUARD, "true"])
     watch.changed(True, f"right {PORT}")
-    for bad, mend in ERRORS:
-        right.do(bad)
-        event = watch.next("error", None, side="right", still=False)
+    for invalid, correction in ERRORS:
+        right.do(invalid)
+        event = watch.next("error", None, side="right", is_stable=False)
         error, = event["errors"]
-        assert error["source"] == right.url and error["where"].startswith(bad[1]), event
-        assert [row["row"] for row in event["rows"]] == [bad[1]], event
+        assert error["source"] == right.url and error["where"].startswith(invalid[1]), event
+        assert [row["row"] for row in event["rows"]] == [invalid[1]], event
         check_metrics(f"mcec_pair_agrees{label}}} NaN\n")
-        right.do(mend)
-        watch.changed(True, f"right {bad[1]}", scopes=[])
+        right.do(correction)
+        watch.changed(True, f"right {invalid[1]}", scopes=[])
     watch.end()
     check_metrics(f"mcec_pair_agrees{label}}} NaN\n")
     assert not [name for name in os.listdir(folder) if name.startswith("pair.prom.")]
-    output = left.do(["INFO", "commandstats"]) + left.do(["ACL", "LOG"])
-    assert "reason" not in output, output
+    refused, = left.do(["ACL", "LOG"])
+    assert not refused, refused
 
 
 def test_endless_burst(folder):
-    """It is reported in pieces; the last change is reported last."""
+    """The burst is reported in several events; the last one has the last change."""
     watch, _, right = watch_agreeing(folder)
     ends, changes = time.monotonic() + PATIENCE, 0
     while watch.events.qsize() < 2:
@@ -249,10 +205,10 @@ def test_endless_burst(folder):
         changes += 1
         right.do(["HSET", PORT, GUARD, "true" if changes % 2 else "false", EDGE, "true" if changes % 3 else "false"])
         time.sleep(0.02)
-    right.do(*words_of({PORT: ROWS[PORT], VLAN: {"vlanid": "30"}}))
+    right.do(*commands_for({PORT: ROWS[PORT], VLAN: {"vlanid": "30"}}))
     reported = []
     while not reported or VLAN not in [row["row"] for row in reported[-1]["rows"]]:
-        reported.append(watch.next("changed", still=False))
+        reported.append(watch.next("changed", is_stable=False))
     watch.compare(reported[-1])
     right.do(["DEL", VLAN])
     watch.changed(True, f"right {VLAN}", scopes=[])
@@ -260,45 +216,40 @@ def test_endless_burst(folder):
 
 
 def test_silent_changes(folder):
-    """A flushed and a swapped database send no notification of their rows."""
+    """Flushing and swapping databases cause no notifications of rows."""
     watch, left, right = watch_agreeing(folder)
     left.do(["FLUSHDB"])
-    right.do(*words_of(ROWS), ["HSET", PORT, GUARD, "false"], ["DEL", "VLAN|Vlan10"], database=7)
+    right.do(*commands_for(ROWS), ["HSET", PORT, GUARD, "false"], ["DEL", "VLAN|Vlan10"], database=7)
     right.do(["SWAPDB", "4", "7"])
     events = [watch.events.get(timeout=PATIENCE) for _ in range(2)]
     error, = (event for event in events if event["event"] == "error")
     changed, = (event for event in events if event["event"] == "changed")
     assert error["agree"] is None and error["side"] == "left", error
     assert [row["row"] for row in changed["rows"]] == [PORT, "VLAN|Vlan10"], changed
-    left.do(*words_of(ROWS))
+    left.do(*commands_for(ROWS))
     watch.next("changed", False)
     watch.end()
 
 
-def redis_cli(server, *words, password=""):
-    subprocess.run(["redis-cli", "-s", server.path, "-n", "4", *words], check=True, capture_output=True,
-                   env={**os.environ, "REDISCLI_AUTH": password})
-
-
-LOSSES = [  # how the server goes away, and comes back; why
-    (Server.stop, Server.start, "closed"),
+LOSSES = [  # how the server disconnects and returns, the reason in the event
+    (RedisServer.stop, RedisServer.start, "closed"),
     (lambda server: server.process.send_signal(signal.SIGSTOP),
      lambda server: server.process.send_signal(signal.SIGCONT), "no complete answer"),
     (lambda server: server.do(["CONFIG", "SET", "requirepass", "s3cret"],
                               ["CLIENT", "KILL", "SKIPME", "yes", "TYPE", "normal"]),
-     lambda server: redis_cli(server, "CONFIG", "SET", "requirepass", "", password="s3cret"), ""),
+     lambda server: server.do(["CONFIG", "SET", "requirepass", ""], password="s3cret"), ""),
 ]
 
 
-def test_loss(folder, stop, go_on, reason):
+def test_loss(folder, stop, resume, reason):
     watch, left, right = watch_agreeing(folder, "--read-timeout", "4")
     stop(right)
     lost = watch.next("disconnected", None, side="right")
     assert reason in lost["reason"], lost
-    for guard in ["false", "true"]:  # this is known, what it means for the pair is not
+    for guard in ["false", "true"]:  # the change is reported, the verdict is unknown
         left.do(["HSET", PORT, GUARD, guard])
         watch.changed(None, f"left {PORT}", scopes=[])
-    go_on(right)
+    resume(right)
     watch.next("connected", side="right")
     left.do(["HSET", PORT, GUARD, "false"])
     watch.changed(False, f"left {PORT}", scopes=["PortChannel10"])
@@ -306,18 +257,18 @@ def test_loss(folder, stop, go_on, reason):
 
 
 def test_starts(folder):
-    left, right = Server(folder), Server(folder)
-    redis_cli(right, "CONFIG", "SET", "requirepass", "s3cret")
+    left, right = switch(folder), switch(folder)
+    right.do(["CONFIG", "SET", "requirepass", "s3cret"])
     closed = f"unix://{folder}/closed.sock"
     protected = right.url.replace("//", "//:s3cret@")
     wrong = right.url.replace("//", "//:wr0ng@")
-    nothing = pathlib.Path(folder, "nothing.json")
-    nothing.write_text('{"VLAN": {"Vlan5000": {}}}')
+    invalid = pathlib.Path(folder, "invalid.json")
+    invalid.write_text('{"VLAN": {"Vlan5000": {}}}')
 
-    def check(options, sources, variables, status, says):
+    def check(options, sources, variables, status, text):
         ended = run("watch", "--json", *options, *sources, **variables)
         output = ended.stdout + ended.stderr
-        assert ended.returncode == status and says in output, (options, sources, ended)
+        assert ended.returncode == status and text in output, (options, sources, ended)
         assert "s3cret" not in output and "wr0ng" not in output and "s3/cret" not in output, output
 
     rows = [
@@ -328,7 +279,7 @@ def test_starts(folder):
         ([], [left.url, right.url], {}, 2, "asks for a password"),
         ([], [left.url, right.url], {"MCEC_LEFT_PASSWORD": "s3cret"}, 2, "the password is refused"),
         ([], [left.url, f"{folder}/missing.json"], {}, 2, "No such file"),
-        ([], [left.url, str(nothing)], {}, 2, "Vlan5000"),
+        ([], [left.url, str(invalid)], {}, 2, "Vlan5000"),
         ([], [left.url, left.url + "?db=9"], {}, 2, '"errors"'),
         ([], [left.url, "redis://:s3cret@host:port"], {}, 2, "port"),
         ([], [left.url, "redis://:s3/cret@host"], {}, 2, "%2F"),
@@ -341,11 +292,11 @@ def test_starts(folder):
 
 
 def test_late_without_notifications(folder):
-    """It comes late, and is asked again and again."""
-    late = Server(folder, "--notify-keyspace-events", "")
+    """The right server starts late, and is polled."""
+    late = switch(folder, "--notify-keyspace-events", "")
     late.stop()
     os.remove(late.path)
-    watch = Watch(Server(folder), late, "--interval", "0.2")
+    watch = Watch(switch(folder), late, "--interval", "0.2")
     watch.next("disconnected", None, side="right")
     late.start()
     watch.next("connected", True, notifications={"left": True, "right": False})
@@ -355,26 +306,19 @@ def test_late_without_notifications(folder):
 
 
 def test_files(folder):
-    """Whole and cut off, gone and there again; and what a person reads, whose terminal knows ASCII."""
-    left = Server(folder)
-
-    def dump(guard):
-        rows = {}
-        for name, fields in {**ROWS, PORT: {GUARD: guard}}.items():
-            table, _, key = name.partition("|")
-            rows.setdefault(table, {})[key] = {f.rstrip("@"): v.split(",") if f.endswith("@") else v
-                                               for f, v in fields.items() if f != "NULL"}
-        return json.dumps(rows)
-
+    """A dump that is truncated, missing and restored; text output for a terminal with ASCII only."""
+    left = switch(folder)
     path = pathlib.Path(folder, "right.json")
 
-    def replace(text):  # at once: half a file would be reported, too
-        path.with_suffix(".new").write_text(text)
-        path.with_suffix(".new").rename(path)
+    def dump(guard):
+        return format_dump({**ROWS, PORT: {GUARD: guard}})
+
+    def replace(text):
+        replace_file(path, text)
 
     replace(dump("true"))
-    person = start([LAB, "watch", "--interval", "0.2", left.url, str(path)], text=True,
-                              stdout=subprocess.PIPE, env={**os.environ, "LC_ALL": "C"})
+    watch = start([LAB, "watch", "--interval", "0.2", left.url, str(path)], text=True, stdout=subprocess.PIPE,
+                  env={**os.environ, "LC_ALL": "C"})
     for write, line in [
         (lambda: None, "the pair agrees"),
         (lambda: replace(dump("false")), f"right {PORT} root_guard true->false: PortChannel10 no longer agrees "
@@ -386,25 +330,25 @@ def test_files(folder):
         (lambda: replace(dump("false")), r"right is connected: the pair does not agree: PortChannel10 \(ifi-port-guard\)"),
     ]:
         write()
-        output = person.stdout.readline()
+        output = watch.stdout.readline()
         assert re.match(r"\d\d:\d\d:\d\d " + (line if "\\" in line or ".*" in line else re.escape(line)), output), (output, line)
-    person.terminate()
-    assert person.wait(PATIENCE) == 0
+    watch.terminate()
+    assert watch.wait(PATIENCE) == 0
 
 
 def test_reader_goes_away(folder):
-    """It ends, though nothing happens; not for an output that only cannot be read from, as the journal's."""
-    right = Server(folder)
+    """The watch ends without an event. A socket that only refuses to send, as that of the journal, does not end it."""
+    right = switch(folder)
     reader, writer = socket.socketpair()
     writer.shutdown(socket.SHUT_RD)
     reader.settimeout(PATIENCE)
-    unheard = start([LAB, "watch", right.url, right.url], stdout=writer)
+    watch = start([LAB, "watch", right.url, right.url], stdout=writer)
     writer.close()
     assert reader.recv(1)
     right.do(["HSET", PORT, "bpdu_guard", "true"])
-    within(lambda: b"bpdu_guard" in reader.recv(1 << 16))
+    within(lambda: b"bpdu_guard" not in reader.recv(1 << 16))
     reader.close()
-    assert unheard.wait(PATIENCE) == 0
+    assert watch.wait(PATIENCE) == 0
 
 
 signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))

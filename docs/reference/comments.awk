@@ -1,16 +1,16 @@
-# Plain comments as Doxygen reads them. A comment before a declaration belongs to it, one behind a
-# field to that, the first one to the file; a line of dashes is no text. Pictures, tables and examples
-# are what is indented: they stay as they are.
+# Marks plain comments for Doxygen. The first comment belongs to the file, a comment before a declaration
+# to the declaration, and a comment after a field to the field. Section titles (dashes) are skipped.
+# Indented text (diagrams, tables, examples) is printed verbatim.
 
 NR == 1 { sub(/^\/\*/, "/** @file"); commented = 1 }
 
-# Behind a field or an enumerator.
+# After a field or an enumerator.
 /^ .*[,;0-9A-Fa-f] +\/\* / { sub(/\/\* /, "/**< ") }
 
-# What a header needs for itself.
-/^#define STP_MCEC_(API|ENUMERATOR|FIELD_AT)/ { print "/** For this header alone. */" }
+# Internal macros of a header.
+/^#define STP_MCEC_(API|ENUMERATOR|FIELD_AT)/ { print "/** Internal. */" }
 
-# A field of which the comment of its record says enough.
+# A field without a comment: Doxygen requires one.
 /^typedef struct .*\{$/ { record = 1 }
 /^}/ { record = 0 }
 record && /;$/ { sub(/$/, " /**< \\&nbsp; */") }

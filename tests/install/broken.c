@@ -1,6 +1,6 @@
 /*
- * A platform that breaks one contract: each operation goes to the example platform, except for the
- * contract that the environment names in BREAK. Linked with --wrap for every operation here.
+ * A platform that violates the contract named in the environment variable BREAK, and calls the example
+ * platform otherwise. Link it with --wrap for every operation in this file.
  */
 #include <draimiofaf/platform/avl.h>
 #include <draimiofaf/platform/cmd_req.h>
@@ -23,7 +23,7 @@ static int is_broken(const char *contract) {
   return broken != NULL && strcmp(broken, contract) == 0;
 }
 
-/* An operation with a fault: `real` is the example platform's. */
+/* Defines an operation that replaces the one of the example platform, __real_NAME. */
 #define WRAP(result, name, ...)      \
   result __real_##name(__VA_ARGS__); \
   result __wrap_##name(__VA_ARGS__); \
@@ -47,16 +47,16 @@ WRAP(void, mtrack_uninit, uint32_t service) {
   __real_mtrack_uninit(service);
 }
 
-static int is_initialised;
+static int is_initialized;
 
 WRAP(uint32_t, sdwrap_hist_init_for_uuid, uint32_t service, uint32_t size) {
-  is_initialised = 1;
+  is_initialized = 1;
   return is_broken("sdwrap.init") ? 1 : __real_sdwrap_hist_init_for_uuid(service, size);
 }
 
 WRAP(uint32_t, sdwrap_his_log_event_for_uuid_inst, uint32_t service, uint32_t event, uint32_t a,
      uint32_t b, uint32_t length, const void *record) {
-  if (is_broken("sdwrap.early") && !is_initialised) abort();
+  if (is_broken("sdwrap.early") && !is_initialized) abort();
   if (is_broken("sdwrap.lines") && length > 256) length = 256;
   return __real_sdwrap_his_log_event_for_uuid_inst(service, event, a, b, length, record);
 }
