@@ -34,7 +34,7 @@ using namespace std::chrono_literals;
 
 constexpr unsigned most_connections = 32;
 constexpr std::size_t most_request_bytes = 8192;
-constexpr auto request_time = 5s;  // and without progress
+constexpr auto request_time = 5s;  // also the limit without progress
 constexpr auto answer_time = 30s;
 
 // --- addresses ---
@@ -45,7 +45,7 @@ union HttpAddress {
   sockaddr_in6 v6;
 };
 
-// The host of "[::1]:8080", with its brackets.
+// Returns the host, with the brackets of an IPv6 address. Throws std::runtime_error.
 std::string parse_address(const std::string &text, HttpAddress &address) {
   const std::size_t colon = std::min(text.rfind(':'), text.size());
   const std::string host = text.substr(0, colon);
@@ -65,7 +65,7 @@ bool is_loopback(const HttpAddress &address) {
   return ntohl(address.v4.sin_addr.s_addr) >> 24 == IN_LOOPBACKNET;
 }
 
-// Is it this machine that a request asks for, by its header Host? Programs may send none.
+// Returns true if the Host header of a request names this machine, or is absent.
 bool is_for_loopback(const HttpState &state, const char *header) {
   if (header == nullptr) return true;
   const std::string_view asked = header;
@@ -77,8 +77,8 @@ bool is_for_loopback(const HttpState &state, const char *header) {
 
 // --- answers ---
 
-// The pages' own policies name the hashes of their styles and scripts. A connection has one
-// request, so that its deadlines are those of the request.
+// Pages contain stricter policies of their own, with the hashes of their styles and scripts. A
+// connection serves one request, so that its deadlines are those of the request.
 constexpr std::pair<const char *, const char *> common_headers[] = {
     {MHD_HTTP_HEADER_CACHE_CONTROL, "no-store"},
     {MHD_HTTP_HEADER_CONNECTION, "close"},
@@ -116,7 +116,7 @@ HttpRequest read_request(MHD_Connection *connection, const char *path) {
   return request;
 }
 
-// The time of a connection, which the daemon keeps with it.
+// Returns the deadline that is stored with a connection.
 Timer &deadline_of(MHD_Connection *connection) {
   return *static_cast<Timer *>(
       MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
@@ -138,7 +138,7 @@ MHD_Result answer_http(void *data, MHD_Connection *connection, const char *path,
   if (state.is_local && !is_for_loopback(state, header(MHD_HTTP_HEADER_HOST))) {
     return send_error(connection, MHD_HTTP_FORBIDDEN, "not the name of this machine");
   }
-  // No exception may pass through the server, and no page ends a watch.
+  // An exception must not pass through the C code of the daemon, or end a watch.
   try {
     const std::optional<HttpReply> reply = state.answer(read_request(connection, path));
     return reply ? send_reply(connection, MHD_HTTP_OK, *reply)
@@ -156,7 +156,7 @@ void note_connection(void *data, MHD_Connection *connection, void **deadline,
   }
   const int file =
       MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
-  // The daemon sees the end of the connection.
+  // The daemon then closes the connection.
   const auto end = [file] { shutdown(file, SHUT_RDWR); };
   auto *timer = new Timer(static_cast<HttpState *>(data)->loop, end);
   timer->set_after(request_time);
@@ -168,7 +168,7 @@ void serve_http(HttpState &state) {
   const auto count_connections = [daemon] {
     return MHD_get_daemon_info(daemon, MHD_DAEMON_INFO_CURRENT_CONNECTIONS)->num_connections;
   };
-  // At its limit the daemon takes no new connections until it runs again after one has ended.
+  // At its limit, the daemon accepts new connections only in the run after one has closed.
   unsigned count = 0;
   do {
     count = count_connections();

@@ -17,12 +17,12 @@ void check_uv(int result, const char *what) {
   if (result < 0) throw std::system_error(-result, std::generic_category(), what);
 }
 
-// Call back from within libuv, through which no exception may pass.
+// Runs a callback from within libuv. Exceptions must not pass through its C code.
 template <class Raw>
 void call_back(Raw *raw) {
   Loop &loop = *static_cast<Loop *>(raw->loop->data);
   try {
-    // The callback may end its own record.
+    // A copy, because the callback may destroy its own record.
     const Callback callback = static_cast<LoopHandle *>(raw->data)->callback;
     callback();
   } catch (...) {
@@ -34,7 +34,7 @@ void call_back(Raw *raw) {
 }  // namespace
 
 Loop::Loop() : raw{} {
-  // Without files for its pipes libuv ends the process.
+  // libuv aborts the process if it cannot create its pipes.
   constexpr rlim_t least_files = 16;
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < least_files) {
@@ -45,7 +45,7 @@ Loop::Loop() : raw{} {
 }
 
 Loop::~Loop() {
-  // The handles are being closed, and stop() may have been called.
+  // Handles are still closing, and a pending stop() ends uv_run() early.
   while (uv_loop_close(&raw) == UV_EBUSY) uv_run(&raw, UV_RUN_NOWAIT);
 }
 
@@ -89,7 +89,7 @@ void Timer::set_after(Clock::duration pause) {
 
 FileWatch::FileWatch(Loop &loop, int file, Callback callback) {
   auto made = std::make_unique<LoopHandle>(LoopHandle{{}, std::move(callback)});
-  // Others may share the file, and libuv lets it return at once from then on.
+  // libuv makes the file nonblocking, also for other processes that share it: restore its flags.
   const int flags = fcntl(file, F_GETFL);
   check_uv(uv_poll_init(&loop.raw, &made->raw.poll, file), "a file cannot be watched");
   fcntl(file, F_SETFL, flags);

@@ -21,7 +21,7 @@ namespace {
 
 const std::string protocol_error = "protocol error: ";
 
-// Reads of a socket before the other source has its turn.
+// Reads of one socket before the event loop continues, so that no source starves the others.
 constexpr int reads_at_once = 64;
 
 struct FreeReply {
@@ -30,8 +30,8 @@ struct FreeReply {
 
 const redisReplyObjectFunctions *usual_functions = nullptr;
 
-// A list of more elements than an answer may have is not made, however long the server says that it
-// is.
+// Refuses to allocate a list with more elements than an answer may have, whatever length the server
+// announces.
 template <class Count>
 void *make_list(const redisReadTask *task, Count elements) {
   std::size_t &left = *static_cast<std::size_t *>(task->privdata);
@@ -40,12 +40,12 @@ void *make_list(const redisReadTask *task, Count elements) {
   return usual_functions->createArray(task, elements);
 }
 
-// What other servers answer to a request that they do not understand.
+// How servers of other protocols answer a Redis request.
 constexpr struct {
   std::string_view begin;
   const char *protocol;
-} other_servers[] = {{"HTTP/", "HTTP"},  // in its first version without a status line
-                     {"<", "HTTP"},
+} other_servers[] = {{"HTTP/", "HTTP"},
+                     {"<", "HTTP"},  // HTTP/0.9 has no status line
                      {"SSH-", "SSH"},
                      {std::string_view("\x15\x03", 2), "TLS"},
                      {std::string_view("\x16\x03", 2), "TLS"}};
@@ -94,7 +94,8 @@ void read_available(Connection &connection) {
   }
 }
 
-// A line has no length before it, and a reader looks for its end from the beginning each time.
+// The protocol does not announce the length of a line, and the reader searches the whole buffer for
+// its end after each read.
 bool has_long_line(const redisReader &reader, std::size_t most) {
   const std::size_t waiting = reader.len - reader.pos;
   return waiting > most && std::memchr(reader.buf + reader.pos, '\n', most) == nullptr;
@@ -169,8 +170,8 @@ Resolver start_resolver(const std::string &host, TimePoint due) {
   Resolver resolver{{}, Descriptor(ends[0]), due};
   std::packaged_task<Resolved()> task([host] { return find_addresses(host); });
   resolver.result = task.get_future();
-  // Nothing waits for its end, also not the end of the process. What is to be read is the end of
-  // the pipe.
+  // Nothing waits for the thread, not even the exit of the process. When it ends, its end of the
+  // pipe closes, and the other end becomes readable.
   std::thread([task = std::move(task), end = Descriptor(ends[1])]() mutable { task(); }).detach();
   return resolver;
 }
@@ -237,11 +238,11 @@ void refuse(Ask what, std::string_view error, const ReadLimits &limits) {
   std::string text = printable(cut(error.substr(0, error.find(". ")), limits.error_bytes));
   if (text.empty()) text = "the server answers with an error";
   if (begins("NOPERM")) throw ConnectionError{text, true};
-  // An answer to a login may repeat the password.
+  // The answer to AUTH may quote the password: do not show it.
   if (what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
     throw ConnectionError{"the password is refused", true};
   }
-  // A database that the server does not have will not come.
+  // A database number that the server does not have stays invalid.
   throw ConnectionError{text, what == Ask::select};
 }
 

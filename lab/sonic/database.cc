@@ -15,19 +15,19 @@ using namespace std::chrono_literals;
 
 constexpr auto first_pause = 250ms;
 constexpr auto longest_pause = 5s;
-constexpr auto longest_pause_of_refused = 30s;  // of a name that is not found, too
-// Where no notifications come, a reading that differs from the last may have met a change in the
-// middle. It is done again, this often at most.
+constexpr auto longest_pause_of_refused = 30s;  // also if the host name has no address
+// Without notifications, a reading that differs from the last may mix rows from before and after a
+// change. It is repeated at most this often.
 constexpr int most_repeats = 2;
-// How often changes that come while changes are brought in are brought in, too.
+// Partial readings before the snapshot counts as settled although more rows have changed.
 constexpr int most_rounds = 3;
-// Keys of an answer to SCAN, and rows that are asked for before the first is answered.
+// COUNT of SCAN, and outstanding requests for rows.
 constexpr const char *keys_at_once = "5000";
 constexpr std::size_t rows_at_once = 512;
 
-// --- the connections ---
+// --- connections ---
 
-// The channel of the notifications of a row.
+// Returns the notification channel of a row.
 std::string channel_of(const Database &database, const std::string &row) {
   return fmt::format("__keyspace@{}__:{}", database.source.database, row);
 }
@@ -44,8 +44,8 @@ void open_connections(Database &database, TimePoint now) {
   log_in(source, database.rows, now);
   send_request(database.rows, now, Ask::select, {"SELECT", std::to_string(source.database)});
   log_in(source, database.changes, now);
-  // One by one: before a login a server takes no more than a few words at once, and says nothing of
-  // a password then.
+  // One request per table: without a login, a server that requires one limits the number of
+  // arguments, and a larger request gets a protocol error instead of NOAUTH.
   for (const std::string &table : tables_read()) {
     send_request(database.changes, now, Ask::subscribe,
                  {"PSUBSCRIBE", channel_of(database, table + "|*")});
@@ -82,12 +82,12 @@ void take_addresses(Database &database, TimePoint now) {
 void close_after(Database &database, const ConnectionError &error, TimePoint now) {
   const bool elsewhere = !database.rows.connected && !database.addresses.empty();
   static_cast<DatabaseSession &>(database) = {};
-  if (elsewhere) return;  // at the host's next address
+  if (elsewhere) return;  // try the next address at once
   database.away = true;
   database.pause = std::clamp<Clock::duration>(
       database.pause * 2, first_pause,
       error.refused || error.has_no_address ? longest_pause_of_refused : longest_pause);
-  // Those who lost a server at one time do not come back at one time.
+  // Random, so that clients that lost the server together do not reconnect together.
   static std::minstd_rand random(std::random_device{}());
   const double part = std::uniform_real_distribution(0.5, 1.0)(random);
   database.try_next = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
@@ -108,7 +108,6 @@ void ask_rows(Database &database, TimePoint now) {
   }
 }
 
-// All rows, or those that changed.
 void begin_reading(Database &database, TimePoint now, bool is_whole) {
   if (!database.deadline) database.deadline = now + database.limits.reading_time;
   if (!is_whole) {
@@ -124,7 +123,7 @@ void begin_reading(Database &database, TimePoint now, bool is_whole) {
   scan(database, "0", now);
 }
 
-// Are they other ones than before?
+// Returns true if the rows or their errors changed.
 bool keep_rows(Database &database, Reading &read) {
   const bool has_new_errors = database.snapshot.errors != read.errors;
   database.snapshot.errors = std::move(read.errors);
@@ -135,7 +134,7 @@ void end_partial_reading(Database &database, Reading read, TimePoint now) {
   keep_rows(database, read);
   if (database.keys) *database.keys += read.balance;
   if (database.changes.context == nullptr) return;
-  // Whatever changed before these rows were read is notified before this is answered.
+  // The answer follows the notifications of all changes made before these rows were read.
   send_request(database.changes, now, Ask::fence, {"PING"});
   database.is_fenced = true;
 }
@@ -152,7 +151,7 @@ void end_whole_reading(Database &database, Reading read, TimePoint now) {
   if (differs) notice_change(snapshot, now);
   const bool repeat = differs && !snapshot.notifications && database.repeats < most_repeats;
   database.repeats = repeat ? database.repeats + 1 : 0;
-  // Without its size, only a reading shows what nothing notifies of.
+  // Without DBSIZE, only a reading detects changes without notifications.
   const auto notified = database.answers_size
                             ? database.intervals.notified
                             : std::min<Clock::duration>(database.intervals.notified, 10s);
@@ -173,17 +172,17 @@ bool settle_changes(Database &database, TimePoint now) {
   return false;
 }
 
-// --- what the server sends ---
+// --- answers and notifications ---
 
-// All rows are read again where keys came or went without a notification.
+// Schedules a reading of all rows if the number of keys changed without notifications.
 void take_size(Database &database, const redisReply &reply, TimePoint now) {
-  database.answers_size = reply.type != REDIS_REPLY_ERROR;  // it may not be allowed
+  database.answers_size = reply.type != REDIS_REPLY_ERROR;  // an ACL may forbid DBSIZE
   if (!database.answers_size) return;
   if (reply.type != REDIS_REPLY_INTEGER) refuse_answer("an answer to DBSIZE that is not a number");
   if (!database.keys) {
     database.keys = reply.integer;
   } else if (!database.changed.empty() || database.is_fenced || database.reading) {
-    return;  // it is asked for again soon
+    return;  // requested again at the next sign of life
   } else if (*database.keys != reply.integer) {
     database.read_next = now;
   } else {
@@ -239,8 +238,7 @@ void check_deadline(Database &database, TimePoint now) {
   }
 }
 
-// A database without traffic is asked for a sign of life. A flush or a swap, of which nothing
-// notifies, shows in its size, mostly.
+// Sends a PING on a quiet connection, or DBSIZE, which detects most flushes and swaps.
 void look_for_life(Database &database, TimePoint now) {
   for (Connection *connection : {&database.rows, &database.changes}) {
     check_answer_time(*connection, now);
@@ -254,7 +252,7 @@ void look_for_life(Database &database, TimePoint now) {
   }
 }
 
-// Begin a reading, go on with it, or end it.
+// Begins, continues or ends a reading.
 void continue_reading(Database &database, TimePoint now) {
   const bool has_read = database.snapshot.contents != nullptr;
   if (database.reading) {

@@ -1,4 +1,4 @@
-// Reads dumps: the parser makes a tree of their values, and the rows are read from the tree.
+// Reads dumps: the parser builds a tree of the values that are needed, then rows are read from it.
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -15,7 +15,7 @@ constexpr std::string_view a_text = "a text";
 constexpr std::string_view a_list = "a list";
 constexpr std::string_view an_object = "an object";
 
-// Nothing, gzip, UTF-16, or lines before the JSON; nothing is returned of what may be JSON.
+// Detects empty input, gzip, UTF-16, and text before the JSON. Returns nullopt for possible JSON.
 std::optional<InputError> find_other_text(std::string_view text) {
   const auto error = [](const std::string &found, const std::string &where = "") {
     return InputError{0, 0, where, found, a_dump};
@@ -44,26 +44,25 @@ std::optional<InputError> find_other_text(std::string_view text) {
 }
 
 struct Node {
-  std::string name;       // in the object around it
+  std::string name;       // in the enclosing object
   std::string_view what;  // "a text", "null"
   std::string text;
   std::vector<Node> members;  // of an object or a list
 };
 
-// Does a name begin with that of a table that is read?
+// Returns true if the part of a name before '|' is a table that is read.
 bool names_table(const std::string &name) {
   return tables_read().contains(name.substr(0, name.find('|')));
 }
 
-// Does a key begin with the name of a table and a bar?
 bool repeats_table(const std::string &key) {
   return key.find('|') != key.npos && names_table(key);
 }
 
-// The parser calls a function for each piece of the dump; one that returns false ends the reading.
-// What is of no use is passed over: neither its depth nor its size takes memory.
+// A SAX handler; a member function that returns false stops the parser. Values that are not needed
+// are skipped: neither their depth nor their size costs memory.
 struct TreeParser {
-  // A namespace, a table, a row and a list of one of its fields lie in the dump's object.
+  // The dump, a namespace, a table, a row, and the list of a field.
   static constexpr std::size_t most_open = 5;
 
   std::string_view json;
@@ -71,14 +70,15 @@ struct TreeParser {
   Node root = {};
   InputErrors errors = {};
   std::vector<Node *> open = {};  // objects and lists
-  std::size_t passed = 0;         // that are open further down
+  std::size_t passed = 0;         // depth inside a skipped value
   std::string name = {};
 
   void not_json(std::size_t at, const std::string &problem) {
     errors = {{0, 0, place_in_text(json, at), problem, a_dump}};
   }
 
-  // Other namespaces, other tables but for misplaced rows, and a list behind what is no text.
+  // Skips other namespaces, other tables except for misplaced rows, and the members of a list after
+  // the first that is not a string.
   bool is_of_use() const {
     const Node &around = *open.back();
     const std::size_t tables = name_space.empty() ? 1 : 2;
@@ -133,7 +133,7 @@ struct TreeParser {
 
   bool parse_error(std::size_t position, const std::string &,
                    const nlohmann::detail::exception &problem) {
-    // The end of the text counts as a piece of it.
+    // The parser counts the end of the text as one character.
     if (position > json.size()) {
       not_json(json.size(), "found the end of the text inside the JSON: the dump is cut off");
       return false;
@@ -149,17 +149,17 @@ struct TreeParser {
   }
 };
 
-// "localhost" and "asic0", the parts of a switch of several ASICs.
+// "localhost" or "asic0", a part of a multi-ASIC switch.
 bool is_namespace(std::string_view name) {
   return name == "localhost" || (name.starts_with("asic") && decimal(name.substr(4)));
 }
 
-// The name of a field without the '@' of lists.
+// Returns the name of a field without the '@' suffix of lists.
 std::string name_of_field(const Node &value) {
   return value.name.substr(0, value.name.size() - value.name.ends_with('@'));
 }
 
-// What a flat row contains beside its fields, when these lie in an envelope.
+// The object that encloses the fields of a row in the output of sonic-db-dump.
 struct Envelope {
   std::string type;
   const Node *hash = nullptr;
@@ -184,7 +184,7 @@ struct DumpReader {
   Rows rows = {};
   InputErrors errors = {};
 
-  // What shows the form of the dump.
+  // The first of each, to detect the form of the dump.
   std::string first_table = {}, first_row = {}, misplaced = {};
   std::set<std::string> namespaces = {};
 
@@ -277,13 +277,13 @@ struct DumpReader {
         read_table(table, value);
       } else {
         if (is_namespace(table)) namespaces.insert(table);
-        // Of such a table the tree has misplaced rows only.
+        // The tree keeps only misplaced rows of other tables.
         if (misplaced.empty() && is_object && !value.members.empty()) misplaced = table;
       }
     }
   }
 
-  // What is wrong with the dump as a whole comes first.
+  // Inserts errors of the whole dump before all others.
   void check_form(const Node &root, const std::string &name_space, bool is_selected) {
     const auto of_whole = [this](const std::string &found, const std::string &expected) {
       errors.insert(errors.begin(), InputError{0, 0, "", "found " + found, expected});
@@ -329,7 +329,7 @@ ReadRows read_dump(std::string_view json, std::string_view name_space) {
   TreeParser parser{without_byte_order_mark(json), std::string(name_space)};
   const std::string_view text = parser.json;
   if (nlohmann::json::sax_parse(text.begin(), text.end(), &parser)) {
-    // The parser takes a NUL for the end.
+    // The parser stops at a NUL without an error.
     if (const std::size_t nul = text.find('\0'); nul != text.npos) {
       parser.not_json(nul, "no JSON here: a NUL byte");
     }

@@ -8,7 +8,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t most_inside = 256;
-// A hung server keeps its room for so long.
+// A server that does not answer occupies its place for this long.
 constexpr auto longest_inside = 1s;
 constexpr auto between_starts = 2ms;
 
@@ -93,7 +93,7 @@ void DatabaseFeed::wait() {
     *of = {connection->context->fd, connection->id,
            needs_writing(*connection) ? UV_READABLE | UV_WRITABLE : UV_READABLE};
   }
-  // Those of closed files end before their descriptors are watched for others.
+  // Drop the watches of closed files before their descriptors are watched for other files.
   for (std::size_t i = 0; i < files.size(); ++i) {
     if (files[i].file == needed[i].file && files[i].id == needed[i].id) continue;
     files[i] = {needed[i].file, needed[i].id, {}};

@@ -11,10 +11,10 @@ namespace {
 
 using Op = PatchOperation::Op;
 
-// The name of a region whose two switches have none of their own.
+// The suggested region name if neither switch has one configured.
 constexpr char common_region[] = "region1";
 
-// A parameter of the switch, or of a channel; nullptr: it is not sent.
+// Returns a parameter of the switch or of a channel, or nullptr if it is not sent.
 const Entry *find_sent(const Settings &settings, const std::string &channel, uint16_t type) {
   if (channel.empty()) return find_entry(settings.parameters, type);
   const Port *port = port_of_channel(settings, channel);
@@ -26,9 +26,9 @@ Bytes value_in(const Settings &settings, uint16_t type, const std::string &chann
   return entry != nullptr ? entry->value : Bytes{};
 }
 
-// --- what has to change on one side ---
+// --- changes of one side ---
 
-// A side that is to follow the other.
+// A side that copies a value of the other side.
 struct Half {
   const Settings &own;
   const Rows &rows;
@@ -36,7 +36,7 @@ struct Half {
   const Rows &other_rows;
 };
 
-// A change of one field, to what the other side has.
+// Sets one field to the value of the other side.
 Change follow_field(const Half &half, const Field &field, const std::string &channel = "") {
   return {field.table, channel.empty() ? field.key : channel, field.name,
           field.form->print(value_in(half.other, field.type, channel))};
@@ -44,7 +44,7 @@ Change follow_field(const Half &half, const Field &field, const std::string &cha
 
 Changes mode_changes(const Half &half, const Field &field) {
   Changes changes = {follow_field(half, field)};
-  // In mst a region must have a name, which this side may never have needed.
+  // MST mode requires a region name, which this side may lack.
   if (!settings_of(apply_changes(half.rows, changes)).errors.empty()) {
     changes.push_back(follow_field(
         half, *field_of_parameter(STP_MCEC_TYPE1_MST_REGION_NAME, STP_MCEC_STP_MODE_MST)));
@@ -65,11 +65,11 @@ Changes vlan_changes(const Half &half, const Field &field) {
   return changes;
 }
 
-// How a switch spells its instances and their VLANs.
+// The notation that a switch uses for its instances and their VLANs.
 struct Spelling {
   std::map<uint32_t, std::string> keys;
   std::string prefix = "MST_INSTANCE|";
-  std::string word;  // before a VLAN
+  std::string word;  // before a VLAN: "Vlan" or ""
   bool is_text = false;
 };
 
@@ -106,7 +106,7 @@ Changes map_changes(const Half &half, const Field &field) {
   const auto own = instances_of(value_in(half.own, field.type));
   const auto other = instances_of(value_in(half.other, field.type));
   const Table &rows = table_of(half.rows, field.table);
-  // A side without instances learns to spell from the other.
+  // A side without instances uses the notation of the other.
   Spelling usual = spelling_of(rows.empty() ? table_of(half.other_rows, field.table) : rows, field);
   const auto key_of_instance = [&usual](uint32_t instance) {
     return usual.keys.try_emplace(instance, usual.prefix + std::to_string(instance)).first->second;
@@ -127,7 +127,7 @@ Changes map_changes(const Half &half, const Field &field) {
   return changes;
 }
 
-// Nothing: the field cannot have the value of the other side.
+// Returns nullopt if the field cannot hold the value of the other side.
 std::optional<Changes> changes_of(const Half &half, const Field &field,
                                   const std::string &channel) {
   if (field.type == STP_MCEC_TYPE1_STP_MODE) return mode_changes(half, field);
@@ -145,7 +145,7 @@ bool is_named_after_switch(const Settings &settings) {
   return std::string(name.begin(), std::find(name.begin(), name.end(), 0)) == settings.address;
 }
 
-// The VLANs that both sides have elsewhere, by where they have them.
+// Groups the VLANs whose values differ by the pair of their values.
 std::vector<VlanGroup> find_groups(const PairOfSettings &settings, uint16_t type) {
   const bool is_map = type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
   if (!is_map && type != STP_MCEC_TYPE1_STP_ENDIS) return {};
@@ -169,7 +169,7 @@ std::vector<VlanGroup> find_groups(const PairOfSettings &settings, uint16_t type
   return list;
 }
 
-// From one row to the other, field by field.
+// Adds the operations that change one row, field by field.
 void patch_row(const std::string &table, const std::string &key, const Row &before,
                const Row &after, std::vector<PatchOperation> &patch) {
   for (const auto &[field, value] : before) {
@@ -200,7 +200,7 @@ std::vector<PatchOperation> make_patch(const Rows &rows, const Changes &changes)
     const auto row = table.find(change.key);
     if (row != table.end()) touched[change.table].insert(*row);
   }
-  // Tables and rows that are missing are added whole.
+  // A missing table or row is added in one operation.
   std::vector<PatchOperation> patch;
   for (const auto &[table, rows_after] : apply_changes(std::move(touched), changes)) {
     const Table &before = table_of(rows, table);
@@ -250,7 +250,7 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
   for (std::size_t side = 0; side < settings.size(); ++side) {
     if (rows[side] == nullptr || (is_intended && side == 0)) continue;
     const Settings &own = *settings[side];
-    // In two modes a parameter may have two fields.
+    // The field of a parameter may depend on the mode.
     const Field *field = field_of_parameter(type, running_mode(own).value_or(0));
     if (field == nullptr) continue;
     if (fix.field == nullptr) fix.field = field;

@@ -7,7 +7,7 @@
 namespace lab {
 namespace {
 
-// What a row, and a text in it, take in addition to their characters.
+// Estimated overhead of a row, and of a string in it.
 constexpr std::size_t row_bytes = 144;
 constexpr std::size_t text_bytes = 64;
 
@@ -49,10 +49,10 @@ std::string text_in(const redisReply &list, std::size_t i, const char *command) 
   return std::string(text_of(element));
 }
 
-// Nothing: there is no such row, or it cannot be read.
+// Returns nullopt if the row does not exist or cannot be read.
 std::optional<Row> read_row(const std::string &name, const redisReply &reply, InputErrors &errors,
                             const ReadLimits &limits) {
-  if (reply.type == REDIS_REPLY_ERROR) {  // the one that is left is a wrong type
+  if (reply.type == REDIS_REPLY_ERROR) {  // WRONGTYPE; other errors close the connection
     errors.push_back({0, 0, shorten(name), "found a value of another type", "a hash"});
     return std::nullopt;
   }
@@ -116,7 +116,7 @@ std::string take_keys(Reading &reading, const redisReply &reply, const ReadLimit
     if (!tables_read().contains(table)) continue;
     check_size(name, limits.name_bytes, "a name");
     Table &of_table = reading.rows[table];
-    if (!of_table.try_emplace(key).second) continue;  // a server may repeat it
+    if (!of_table.try_emplace(key).second) continue;  // SCAN may return a key twice
     reading.memory += memory_of(name, {});
     reading.to_ask.push_back(std::move(name));
     const std::size_t most = table == "VLAN_MEMBER" ? limits.rows : limits.rows_of_table;
@@ -149,7 +149,7 @@ void take_row(Reading &reading, const std::string &name, const redisReply &reply
   if (row) {
     reading.memory += memory_of(name, *row);
     ++reading.balance;
-    reading.errors.erase("");  // no longer empty
+    reading.errors.erase("");  // the database is not empty any more
   }
   check_memory(reading, limits);
   set_row(reading.rows, name, std::move(row));

@@ -9,10 +9,10 @@
 namespace lab {
 namespace {
 
-// A channel's id is its number, unless that is too large for the index of its port.
+// A channel's id is its number, unless that does not fit into the index of its port.
 constexpr uint32_t last_id = 0x00FFFFFF;
 
-// Of a source; each takes memory, and rows of a hostile server may have any number.
+// Limits the memory for the errors of a source.
 constexpr std::size_t most_errors = 10000;
 
 struct NamedRow {
@@ -21,7 +21,8 @@ struct NamedRow {
   const Row &fields;
 };
 
-// Every row is read, whatever the others say, so that all errors are reported at once.
+// Reads every row, even those that the result does not need, so that all errors are reported at
+// once.
 struct RowsReader {
   const Rows &rows;
   InputErrors errors;
@@ -38,7 +39,7 @@ struct RowsReader {
     return all;
   }
 
-  // Without fields where there is none.
+  // Returns a row without fields if it does not exist.
   NamedRow row_of(const char *table, const std::string &key) const {
     static const Row none;
     const Table &all = table_of(rows, table);
@@ -46,7 +47,7 @@ struct RowsReader {
     return {table, key, found != all.end() ? found->second : none};
   }
 
-  // Nothing: there is no such field, or it is an error.
+  // Returns nullopt if the field does not exist or is a list.
   std::optional<std::string> text(const NamedRow &row, const char *field) {
     const auto found = row.fields.find(field);
     if (found == row.fields.end()) return std::nullopt;
@@ -55,7 +56,7 @@ struct RowsReader {
     return value != nullptr ? std::optional(*value) : std::nullopt;
   }
 
-  // What the table of fields makes of the text.
+  // Converts the text of a field as the table of fields defines it.
   std::optional<Bytes> value(const NamedRow &row, const char *field) {
     const auto written = text(row, field);
     if (!written) return std::nullopt;
@@ -99,7 +100,7 @@ struct RowsReader {
     }
   }
 
-  // `is_needed`: the switch runs MST, and without a name the region has the switch's address.
+  // `is_needed`: the switch runs MST. A region without a name is named after the switch's address.
   std::string region_name(bool is_needed, const std::string &address) {
     const NamedRow row = row_of("STP_MST", "GLOBAL");
     std::string name = text(row, "name").value_or("");
@@ -153,7 +154,7 @@ struct RowsReader {
                     quote(at->second.first.key) + " too",
                 "an instance in one spelling");
     }
-    read.erase(0);  // what it lists says nothing: it has what the others leave
+    read.erase(0);  // its list is ignored: it has the VLANs that no other instance has
     return read;
   }
 
@@ -198,7 +199,7 @@ struct RowsReader {
     }
   }
 
-  // The VLANs on which spanning tree is enabled, and their timers.
+  // Returns the VLANs with spanning tree enabled, and sets the timers of all VLANs.
   Vlans read_spanning_tree_vlans(Settings &settings) {
     Vlans read;
     for (const NamedRow &row : rows_of("STP_VLAN")) {
@@ -262,7 +263,7 @@ struct RowsReader {
     port.spanning_tree = is_set("enabled");
     for (const auto &[field, written] : row.fields) {
       const std::string all = joined(written);
-      // What is not set is so, or off.
+      // The default is "auto" or off.
       const bool is_usual = all == (field == "link_type" ? "auto" : "false");
       if (find_field(row.table, field) == nullptr && !is_usual) port.uncovered[field] = all;
     }
@@ -274,7 +275,7 @@ struct RowsReader {
     return port;
   }
 
-  // The channels with the VLANs that they carry, and a port each.
+  // Reads the channels with their VLANs, and one port for each channel.
   void read_channels(Settings &settings, std::optional<uint32_t> runs) {
     auto members = carried();
     for (const NamedRow &row : rows_of("STP_PORT")) {
@@ -303,7 +304,7 @@ struct RowsReader {
   Settings settings() {
     Settings read;
     read_device(read);
-    // Without bytes, spanning tree is off.
+    // An empty value means that spanning tree is off.
     const auto mode = value(row_of("STP", "GLOBAL"), "mode");
     const auto runs = mode && !mode->empty() ? std::optional(word_of(*mode)) : std::nullopt;
     read.spanning_tree = runs.has_value();

@@ -27,7 +27,7 @@ constexpr std::array<const char *, 2> password_variables = {"MCEC_LEFT_PASSWORD"
 constexpr std::string_view redis_scheme = "redis://";
 constexpr std::string_view unix_scheme = "unix://";
 constexpr std::string_view tls_scheme = "rediss://";
-// How a URL begins, however many slashes follow.
+// Prefixes of URLs, also of those without the two slashes.
 constexpr std::array<std::string_view, 3> url_begins = {"redis:", "rediss:", "unix:"};
 constexpr const char *source_form = "redis://host, unix:///path, or a file";
 constexpr uint32_t most_database = UINT16_MAX;
@@ -56,7 +56,7 @@ std::string decoded(std::string_view text, ParsedSource &parsed) {
   return out;
 }
 
-// The text is not printed: it may be the end of a password.
+// Errors do not contain the text: it may be the end of a password.
 uint32_t number(std::string_view text, const std::string &what, uint32_t least, uint32_t most,
                 ParsedSource &parsed) {
   const auto value = decimal(text);
@@ -144,9 +144,9 @@ bool begins_url(std::string_view text) {
   return std::find(url_begins.begin(), url_begins.end(), lower) != url_begins.end();
 }
 
-// The colon behind the first scheme of a text; npos: there is none.
+// Returns the position of the colon after the first scheme in a text, or npos.
 std::size_t find_scheme_end(std::string_view text) {
-  const std::string lower = key_of(text);  // every character in its place
+  const std::string lower = key_of(text);  // the same positions
   std::size_t end = lower.find("://");
   for (const std::string_view begin : url_begins) {
     const std::size_t at = lower.find(begin);
@@ -155,7 +155,7 @@ std::size_t find_scheme_end(std::string_view text) {
   return end;
 }
 
-// A text without what is between a colon, with the slashes behind it, and the last '@'.
+// Replaces the text between the colon (with the slashes after it) and the last '@' by "...".
 std::string without_login(std::string_view text, std::size_t colon) {
   const std::size_t begin = std::min(text.find_first_not_of(":/", colon), text.size());
   const std::size_t last = text.rfind('@');
@@ -178,7 +178,7 @@ Databases databases_of(const Source &source) {
   return {source.kind, place, is_host ? source.port : uint16_t{0}, source.database};
 }
 
-// What is wrong with a line, "" when it is added.
+// Returns the error of a line, "" if it was added.
 std::string add_credential(const std::vector<std::string_view> &fields, Credentials &credentials) {
   if (fields.size() != 3) {
     return fmt::format("found a line of {} field{}", fields.size(), fields.size() == 1 ? "" : "s");
@@ -204,7 +204,7 @@ bool is_passed_by_systemd(const std::string &path, const struct stat &status) {
   return !error && real_path.parent_path() == real_folder;
 }
 
-// Its text, when nobody else can read it.
+// Reads an open file if other users have no access to it.
 std::string read_private(int file, const std::string &path, InputErrors &errors) {
   struct stat status {};
   std::string text;
@@ -243,7 +243,7 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
   } else {
     parse_url(scheme, text.substr(scheme.size()), parsed);
   }
-  // What is wrong may be a part of the password, and stand anywhere.
+  // A part of the password may be anywhere in an invalid URL.
   if (!parsed.errors.empty()) source.label = printable(scheme) + "...";
   const char *password = side ? std::getenv(password_variables.at(*side)) : nullptr;
   if (source.password.empty() && password != nullptr) source.password = password;
@@ -268,7 +268,7 @@ Credentials read_credentials(std::string_view text, InputErrors &errors) {
 }
 
 Credentials load_credentials(const std::string &path, InputErrors &errors) {
-  // A pipe without a writer is not waited for.
+  // O_NONBLOCK: do not wait for a writer if the path names a pipe.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file < 0) {
     add_error("cannot be read: " + std::string(std::strerror(errno)), "a file", errors);

@@ -1,4 +1,4 @@
-// Rows, and how a configuration database spells what they contain.
+// Parses and prints the notation of the values in rows.
 #include <algorithm>
 #include <charconv>
 
@@ -14,12 +14,12 @@ bool is_blank(char c) {
   return c == ' ' || c == '\t';
 }
 
-// The number behind a word.
+// Parses a number that follows a prefix.
 std::optional<uint32_t> behind(std::string_view word, std::string_view text) {
   return text.starts_with(word) ? decimal(text.substr(word.size())) : std::nullopt;
 }
 
-// Nothing where a blank stands between two digits: it was a comma that somebody forgot.
+// Returns nullopt if there are blanks between two digits: a comma may be missing.
 std::optional<std::string> without_blanks(std::string_view text) {
   std::string rest;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -48,7 +48,7 @@ std::optional<uint32_t> decimal(std::string_view text) {
 
 std::optional<uint32_t> vlan_of(std::string_view name) {
   const auto vlan = behind("Vlan", name);
-  // A name is the name of an interface: there is no other spelling of it.
+  // Interface names are exact: "Vlan010" is not Vlan10.
   return vlan && (vlan > last_vlan || vlan_name(*vlan) == name) ? vlan : std::nullopt;
 }
 
@@ -74,7 +74,7 @@ std::vector<std::string> members_of(const FieldValue &list) {
   } else {
     members = std::get<std::vector<std::string>>(list);
   }
-  // An empty list, joined by commas and split again, has one empty member.
+  // Splitting an empty text returns one empty member.
   if (members.size() == 1 && std::all_of(members[0].begin(), members[0].end(), is_blank)) {
     members.clear();
   }

@@ -32,7 +32,7 @@ ChildProcess start_child(const std::function<void()> &life) {
     throw std::system_error(errno, std::generic_category(), "no process can be made");
   }
   if (child.pid > 0) return child;
-  // What is behind this on the stack is the lab's: nothing leaves but by the end of the process.
+  // The stack below belongs to the parent: never return from here.
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   leave_signals_to_the_lab();
   if (getppid() != lab) _exit(1);

@@ -21,12 +21,12 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t largest_file = most_mebibytes << 20;
 constexpr std::size_t piece = 65536;
-// A pipe that is ready takes this much without blocking.
+// A pipe that is ready for writing accepts this many bytes without blocking (PIPE_BUF).
 constexpr std::size_t pipe_piece = 4096;
-// As many links as the kernel follows.
+// The kernel's limit.
 constexpr int most_links = 40;
 
-// A call that a signal ended without asking the lab to stop is made again.
+// Returns true if a signal interrupted the call. Throws Interrupted if the signal stops the lab.
 bool is_to_be_tried_again() {
   if (errno != EINTR) return false;
   if (interrupted()) throw Interrupted{};
@@ -51,8 +51,8 @@ bool is_device(const std::string &path) {
   return stat(path.c_str(), &status) == 0 && (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode));
 }
 
-// The open file that a path names: /dev/stdout, /dev/fd/3. Opening the path would begin anew at the
-// start of the file, and is not possible for a socket.
+// Returns the descriptor that a path names: /dev/stdout, /dev/fd/3. Opening such a path would start
+// at the beginning of the file, and fails for a socket.
 std::optional<int> named_descriptor(std::string_view path) {
   if (path == "/dev/stdout") return STDOUT_FILENO;
   if (path == "/dev/stderr") return STDERR_FILENO;
@@ -63,7 +63,7 @@ std::optional<int> named_descriptor(std::string_view path) {
   return std::nullopt;
 }
 
-// The file that a path leads to, which need not exist.
+// Follows symbolic links. The target need not exist.
 fs::path without_links(fs::path path) {
   std::error_code error;
   for (int i = 0; i < most_links && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
@@ -76,7 +76,7 @@ fs::path without_links(fs::path path) {
 
 std::string write_to(int file, std::string_view text) {
   if (file < 0) return std::strerror(errno);
-  std::fflush(stdout);  // what was printed before comes before
+  std::fflush(stdout);  // keep the order of the output
   return write_all(file, text);
 }
 
@@ -87,7 +87,7 @@ std::string read_path(const std::string &path, std::string &text) {
   return file >= 0 ? read_all(file, text) : std::strerror(errno);
 }
 
-// The mode of a file, or of one that is new.
+// Returns the mode of a file, or the default mode of a new file.
 mode_t mode_of(const fs::path &path) {
   struct stat status {};
   if (stat(path.c_str(), &status) == 0) return status.st_mode & 0777;
@@ -96,7 +96,7 @@ mode_t mode_of(const fs::path &path) {
   return 0666 & ~mask;
 }
 
-// What stood there is replaced at the end; whatever ends this before, the new file goes.
+// Writes a temporary file and renames it. Removes it on failure.
 std::string replace_file(const fs::path &path, std::string_view text) {
   std::string name = (path.parent_path() / ".mcec-lab-XXXXXX").string();
   const mode_t mode = mode_of(path);
@@ -181,7 +181,7 @@ bool is_same_file(const std::string &a, const std::string &b) {
   const bool has_first = stat(a.c_str(), &first) == 0;
   if (has_first != (stat(b.c_str(), &second) == 0)) return false;
   if (has_first) {
-    const bool is_kept = S_ISCHR(first.st_mode);  // /dev/null can be written twice
+    const bool is_kept = S_ISCHR(first.st_mode);  // /dev/null can be written to twice
     return first.st_dev == second.st_dev && first.st_ino == second.st_ino && !is_kept;
   }
   const auto full = [](const std::string &path) {

@@ -15,10 +15,10 @@
 namespace lab {
 namespace {
 
-// Of more names than these, only the nearest is printed.
+// A longer list of names is shortened.
 constexpr std::size_t most_names = 9;
 
-// How many letters must be changed, added, left out or swapped with the next.
+// Returns the edit distance: substitutions, insertions, deletions and swaps of adjacent characters.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector all(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
   for (std::size_t i = 0; i <= a.size(); ++i) {
@@ -37,14 +37,14 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return all.back().back();
 }
 
-// The number that a text begins with, which it loses, without leading zeros.
+// Removes the number at the start of a text and returns it without leading zeros.
 std::string_view take_number(std::string_view &text) {
   const std::string_view digits = text.substr(0, text.find_first_not_of("0123456789"));
   text.remove_prefix(digits.size());
   return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
 }
 
-// --- characters of UTF-8 ---
+// --- UTF-8 ---
 
 constexpr std::size_t longest_character = 4;
 constexpr ucs4_t byte_order_mark = 0xFEFF;
@@ -56,7 +56,7 @@ const uint8_t *bytes_of(std::string_view text) {
 
 struct Character {
   ucs4_t point;
-  std::size_t length;  // 0: there is none
+  std::size_t length;  // 0 if invalid
 };
 
 Character character_at(std::string_view text) {
@@ -209,7 +209,7 @@ bool natural_less(std::string_view a, std::string_view b) {
     }
   }
   if (left.empty() != right.empty()) return left.empty();
-  return a < b;  // the same but for leading zeros
+  return a < b;  // equal except for leading zeros
 }
 
 std::vector<TabbedLine> read_tabbed(std::string_view text) {
@@ -223,7 +223,7 @@ std::vector<TabbedLine> read_tabbed(std::string_view text) {
   return lines;
 }
 
-// --- characters of UTF-8 ---
+// --- UTF-8 ---
 
 bool is_utf8(std::string_view text) {
   return u8_check(bytes_of(text), text.size()) == nullptr;
@@ -252,7 +252,7 @@ std::string_view whole_characters(std::string_view text, std::size_t bytes) {
 }
 
 std::size_t last_line_break(std::string_view text, std::size_t most) {
-  // Whether a line may break depends on the character behind the place, too.
+  // A break also depends on the character after it.
   text = whole_characters(text, most + longest_character);
   std::vector<char> breaks(text.size());
   u8_possible_linebreaks(bytes_of(text), text.size(), "UTF-8", breaks.data());
@@ -304,7 +304,7 @@ std::string visible(std::string_view text) {
 
 std::string place_in_text(std::string_view text, std::size_t at) {
   const std::string_view before = text.substr(0, at);
-  const std::string_view line = before.substr(before.rfind('\n') + 1);  // the only one: npos + 1
+  const std::string_view line = before.substr(before.rfind('\n') + 1);  // npos + 1 is 0
   const auto starts_character = [](char c) { return (c & 0xC0) != 0x80; };
   return fmt::format("line {}, column {}", 1 + std::count(before.begin(), before.end(), '\n'),
                      1 + std::count_if(line.begin(), line.end(), starts_character));

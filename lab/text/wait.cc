@@ -13,7 +13,7 @@
 namespace lab {
 namespace {
 
-// Of an ordered end, in seconds.
+// For an orderly exit, in seconds.
 constexpr unsigned longest_end = 1;
 constexpr int status_of_interrupted = 2;
 
@@ -21,7 +21,7 @@ volatile std::sig_atomic_t stop_signal = 0;
 int signal_file = -1;
 
 void note_signal(int number) {
-  // A second signal does not put off the end.
+  // A second signal does not extend the time.
   if (stop_signal == 0) alarm(longest_end);
   stop_signal = number;
   constexpr uint64_t one = 1;
@@ -30,7 +30,7 @@ void note_signal(int number) {
   }
 }
 
-// Only what a signal handler may call. Standard error can be a pipe that nobody reads, too.
+// A signal handler: only async-signal-safe calls. Standard error may be a full pipe, too.
 void end_now(int) {
   constexpr char text[] = "mcec-lab: interrupted\n";
   pollfd error = {STDERR_FILENO, POLLOUT, 0};
@@ -42,7 +42,7 @@ void end_now(int) {
 
 void handle(int number, void (*handler)(int)) {
   struct sigaction action {};
-  action.sa_handler = handler;  // no SA_RESTART: what waits returns
+  action.sa_handler = handler;  // without SA_RESTART, so that system calls return EINTR
   sigaction(number, &action, nullptr);
 }
 
@@ -52,7 +52,7 @@ void stop_on_signals() {
   handle(SIGALRM, end_now);
   handle(SIGINT, note_signal);
   handle(SIGTERM, note_signal);
-  // nohup starts a program with SIGHUP ignored.
+  // Under nohup, SIGHUP stays ignored.
   struct sigaction hang_up {};
   if (sigaction(SIGHUP, nullptr, &hang_up) == 0 && hang_up.sa_handler != SIG_IGN) {
     handle(SIGHUP, note_signal);
@@ -86,7 +86,7 @@ void wait(std::vector<pollfd> &files, TimePoint until) {
   const auto left = std::clamp<Clock::duration>(until - Clock::now(), 0s, 24h);
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
   const timespec time{seconds.count(), std::chrono::nanoseconds(left - seconds).count()};
-  // A signal that comes between the question and the waiting must end the waiting.
+  // Block the signals until ppoll(), so that none is missed after the check of interrupted().
   sigset_t stopping;
   sigemptyset(&stopping);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stopping, signal);

@@ -19,12 +19,12 @@ std::string describe(const YAML::Node &node) {
   return "'" + scalar_text(node) + "'";
 }
 
-// A key of a mapping as text; keys that are no scalars are called by what they are.
+// Returns a key of a mapping as text, and a description of a key that is not a scalar.
 std::string key_text(const YAML::Node &key) {
   return key.IsScalar() ? key.Scalar() : describe(key);
 }
 
-// "{vlans: 1,2}" is a key 'vlans' and a key '2' without a value.
+// Detects the key '2' without a value in "{vlans: 1,2}".
 bool is_torn_list(const std::string &key, const YAML::Node &value) {
   return value.IsNull() && parse_ranges(key, UINT32_MAX).fault == RangeFault::none;
 }
@@ -32,7 +32,7 @@ bool is_torn_list(const std::string &key, const YAML::Node &value) {
 constexpr char no_merge_keys[] =
     "the keys themselves, or an alias for the whole mapping: merge keys are not taken";
 
-// Notes where a document begins.
+// Records where a document begins.
 struct DocumentPlace : YAML::EventHandler {
   using Style = YAML::EmitterStyle::value;
   YAML::Mark mark = YAML::Mark::null_mark();
@@ -49,8 +49,8 @@ struct DocumentPlace : YAML::EventHandler {
   void OnMapEnd() override {}
 };
 
-// Where the first two documents of a text begin, as far as there are any. YAML::LoadAll is of no
-// use: before a comma that stands outside of all lists it finds empty documents without end.
+// Finds the first two documents of a text. YAML::LoadAll never returns for a text with a comma
+// outside of all lists: it finds empty documents without end.
 std::array<DocumentPlace, 2> documents_of(const std::string &text) {
   std::istringstream stream(text);
   YAML::Parser parser(stream);
@@ -59,8 +59,8 @@ std::array<DocumentPlace, 2> documents_of(const std::string &text) {
   return places;
 }
 
-// What a person can do about YAML that cannot be read. Behind a colon the parser quotes the file,
-// which may be none of ours.
+// Describes a syntax error. Omits the text after a colon: there the parser quotes the file, which
+// may contain secrets.
 InputError no_yaml(const std::string &text, const YAML::Exception &problem,
                    const std::string &what) {
   const YAML::Mark &mark = problem.mark;
@@ -228,7 +228,7 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
       if (is_list ? root.IsSequence() : root.IsMap()) {
         read(root);
       } else {
-        // Not a file of ours: what it contains may be a secret.
+        // Do not quote the contents of a wrong file: they may be secret.
         const std::string wanted = is_list ? "list" : "mapping";
         const bool is_scalar = !root.IsSequence() && !root.IsMap();
         reader.add_error(root, "found " + (is_scalar ? "no " + wanted : describe(root)),
@@ -244,8 +244,8 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
   }
 }
 
-// In quotation marks, since YAML takes some texts for numbers, truth or nothing. What no terminal
-// should see is escaped. YAML reads what JSON writes.
+// Quotes the text, as YAML parses some unquoted texts as numbers, booleans or null. Escapes
+// characters that are not printable.
 std::string yaml_text(std::string_view text) {
   std::string out = "\"";
   while (!text.empty()) {
