@@ -38,9 +38,9 @@ Loop::Loop() : raw{} {
   constexpr rlim_t least_files = 16;
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < least_files) {
-    check_uv(-EMFILE, "no event loop");
+    check_uv(-EMFILE, "cannot create an event loop");
   }
-  check_uv(uv_loop_init(&raw), "no event loop");
+  check_uv(uv_loop_init(&raw), "cannot create an event loop");
   raw.data = this;
 }
 
@@ -91,7 +91,7 @@ FileWatch::FileWatch(Loop &loop, int file, Callback callback) {
   auto made = std::make_unique<LoopHandle>(LoopHandle{{}, std::move(callback)});
   // libuv makes the file nonblocking, also for other processes that share it: restore its flags.
   const int flags = fcntl(file, F_GETFL);
-  check_uv(uv_poll_init(&loop.raw, &made->raw.poll, file), "a file cannot be watched");
+  check_uv(uv_poll_init(&loop.raw, &made->raw.poll, file), "cannot watch a file");
   fcntl(file, F_SETFL, flags);
   handle.reset(made.release());
   handle->raw.handle.data = handle.get();
@@ -102,7 +102,7 @@ void FileWatch::wait_for(int events) {
   const auto ready = [](uv_poll_t *raw, int, int) { call_back(raw); };
   check_uv(events == 0 ? uv_poll_stop(&handle->raw.poll)
                        : uv_poll_start(&handle->raw.poll, events, ready),
-           "a file cannot be watched");
+           "cannot watch a file");
 }
 
 SignalWatch::SignalWatch(Loop &loop, int number, Callback callback)
@@ -110,7 +110,7 @@ SignalWatch::SignalWatch(Loop &loop, int number, Callback callback)
   uv_signal_init(&loop.raw, &handle->raw.signal);
   handle->raw.handle.data = handle.get();
   const auto take = [](uv_signal_t *raw, int) { call_back(raw); };
-  check_uv(uv_signal_start(&handle->raw.signal, take, number), "a signal cannot be watched");
+  check_uv(uv_signal_start(&handle->raw.signal, take, number), "cannot watch a signal");
 }
 
 void raise_file_limit() {

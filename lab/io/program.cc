@@ -62,7 +62,7 @@ std::string describe_failure(const RunningProgram &program, int status,
     return fmt::format("did not end within {:g} s",
                        std::chrono::duration<double>(limits.time).count());
   }
-  if (WIFSIGNALED(status)) return fmt::format("was ended by {}", strsignal(WTERMSIG(status)));
+  if (WIFSIGNALED(status)) return fmt::format("was killed: {}", strsignal(WTERMSIG(status)));
   return status != 0 ? fmt::format("ended with status {}", WEXITSTATUS(status)) : "";
 }
 

@@ -136,7 +136,7 @@ Resolved find_addresses(const std::string &host) {
   hints.ai_socktype = SOCK_STREAM;
   addrinfo *found = nullptr;
   const int error = getaddrinfo(host.c_str(), nullptr, &hints, &found);
-  if (error != 0) return {{}, "the host is not known: " + printable(gai_strerror(error))};
+  if (error != 0) return {{}, "cannot resolve the host: " + printable(gai_strerror(error))};
   Resolved resolved;
   for (const addrinfo *at = found; at != nullptr; at = at->ai_next) {
     char address[NI_MAXHOST];
@@ -165,7 +165,7 @@ bool is_address(const std::string &host) {
 Resolver start_resolver(const std::string &host, TimePoint due) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) {
-    throw std::system_error(errno, std::generic_category(), "no pipe can be made");
+    throw std::system_error(errno, std::generic_category(), "cannot create a pipe");
   }
   Resolver resolver{{}, Descriptor(ends[0]), due};
   std::packaged_task<Resolved()> task([host] { return find_addresses(host); });
@@ -188,7 +188,7 @@ Connection connect_to(const Source &source, const std::string &address, const Re
   if (!is_path) connection.place += ":" + std::to_string(source.port);
   connection.limits = limits;
   connection.elements_left = std::make_unique<std::size_t>(limits.answer_elements);
-  if (context == nullptr) throw ConnectionError{"there is no memory for a connection"};
+  if (context == nullptr) throw ConnectionError{"out of memory for a connection"};
   if (context->err != 0) throw ConnectionError{error_of(connection)};
   static redisReplyObjectFunctions functions;
   usual_functions = std::exchange(context->reader->fn, &functions);
@@ -224,7 +224,7 @@ void log_in(const Source &source, Connection &connection, TimePoint now) {
 }
 
 Asked next_awaited(Connection &connection, TimePoint now) {
-  if (connection.awaited.empty()) refuse_answer("an answer that was not asked for");
+  if (connection.awaited.empty()) refuse_answer("an unexpected answer");
   connection.answered = now;
   Asked asked = std::move(connection.awaited.front());
   connection.awaited.pop_front();
@@ -234,7 +234,7 @@ Asked next_awaited(Connection &connection, TimePoint now) {
 void refuse(Ask what, std::string_view error, const ReadLimits &limits) {
   const auto begins = [error](const char *word) { return error.starts_with(word); };
   if (begins("LOADING")) throw ConnectionError{"the server is loading its data"};
-  if (begins("NOAUTH")) throw ConnectionError{"the server asks for a password", true};
+  if (begins("NOAUTH")) throw ConnectionError{"the server requires a password", true};
   std::string text = printable(cut(error.substr(0, error.find(". ")), limits.error_bytes));
   if (text.empty()) text = "the server answers with an error";
   if (begins("NOPERM")) throw ConnectionError{text, true};

@@ -64,7 +64,7 @@ void open(Database &database, TimePoint now) {
   try {
     database.resolver = start_resolver(database.source.place, now + database.limits.answer_time);
   } catch (const std::system_error &problem) {
-    throw ConnectionError{"the host is not known: " + printable(problem.what()), false, true};
+    throw ConnectionError{"cannot resolve the host: " + printable(problem.what()), false, true};
   }
 }
 
@@ -75,7 +75,7 @@ void take_addresses(Database &database, TimePoint now) {
     if (!resolved.problem.empty()) throw ConnectionError{resolved.problem, false, true};
     database.addresses = resolved.addresses;
   } else if (now >= database.resolver->due) {
-    throw ConnectionError{"the address of the host is not found in time", false, true};
+    throw ConnectionError{"the host was not resolved in time", false, true};
   }
 }
 
@@ -233,7 +233,7 @@ void check_deadline(Database &database, TimePoint now) {
       database.rounds == 0) {
     database.deadline.reset();
   } else if (database.deadline && now >= *database.deadline) {
-    throw ConnectionError{"the database is not read within " +
+    throw ConnectionError{"the database was not read within " +
                           seconds_text(database.limits.reading_time)};
   }
 }

@@ -11,7 +11,7 @@ namespace lab {
 namespace {
 
 constexpr char a_dump[] = "a dump of a configuration database, a JSON object of tables";
-constexpr std::string_view a_text = "a text";
+constexpr std::string_view a_text = "a string";
 constexpr std::string_view a_list = "a list";
 constexpr std::string_view an_object = "an object";
 
@@ -20,7 +20,7 @@ std::optional<InputError> find_other_text(std::string_view text) {
   const auto error = [](const std::string &found, const std::string &where = "") {
     return InputError{0, 0, where, found, a_dump};
   };
-  if (text.starts_with("\x1F\x8B")) return error("found data that gzip compressed");
+  if (text.starts_with("\x1F\x8B")) return error("found gzip-compressed data");
   if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ||
       (text.size() >= 2 && (text[0] == '\0') != (text[1] == '\0'))) {
     return error("found UTF-16, not UTF-8");
@@ -28,7 +28,7 @@ std::optional<InputError> find_other_text(std::string_view text) {
   text = without_byte_order_mark(text);
   const std::size_t first = text.find_first_not_of(" \t\r\n");
   if (first == text.npos) {
-    return error(text.empty() ? "found nothing: it is empty" : "found nothing but blanks");
+    return error(text.empty() ? "found empty input" : "found only white space");
   }
   if (text[first] == '{' || text[first] == '[') return std::nullopt;
   int number = 1;
@@ -39,13 +39,13 @@ std::optional<InputError> find_other_text(std::string_view text) {
     if (end == rest.npos) return std::nullopt;
     rest.remove_prefix(end + 1);
   }
-  return error(fmt::format("found other lines before the JSON, which begins at line {}", number),
+  return error(fmt::format("found text before the JSON, which begins at line {}", number),
                place_in_text(text, first));
 }
 
 struct Node {
   std::string name;       // in the enclosing object
-  std::string_view what;  // "a text", "null"
+  std::string_view what;  // "a string", "null"
   std::string text;
   std::vector<Node> members;  // of an object or a list
 };
@@ -116,7 +116,7 @@ struct TreeParser {
   }
 
   bool null() { return scalar("null"); }
-  bool boolean(bool value) { return scalar(value ? "a bare true" : "a bare false"); }
+  bool boolean(bool value) { return scalar(value ? "true" : "false"); }
   bool number_integer(int64_t) { return scalar("a number"); }
   bool number_unsigned(uint64_t) { return scalar("a number"); }
   bool number_float(double, const std::string &) { return scalar("a number"); }
@@ -142,9 +142,9 @@ struct TreeParser {
     const std::string_view whole = problem.what();
     const std::size_t dash = whole.find(" - ");
     const std::string_view text =
-        dash == whole.npos ? "a number that is too great" : whole.substr(dash + 3);
+        dash == whole.npos ? "number out of range" : whole.substr(dash + 3);
     not_json(position - std::min<std::size_t>(position, 1),
-             "no JSON here: " + printable(text.substr(0, text.find(';'))));
+             "invalid JSON: " + printable(text.substr(0, text.find(';'))));
     return false;
   }
 };
@@ -193,7 +193,7 @@ struct DumpReader {
   }
 
   void repeated(const std::string &where) {
-    errors.push_back({0, 0, where, "this key stands twice", "it once"});
+    errors.push_back({0, 0, where, "found this key twice", "each key once"});
   }
 
   void read_field(const std::string &where, const Field *field, const Node &value, Row &row) {
@@ -215,7 +215,7 @@ struct DumpReader {
                 is_joined ? a_list
                 : is_list ? value.members.back().what
                           : value.what,
-                takes_list ? "a text, or a list of texts" : "a text");
+                takes_list ? "a string, or a list of strings" : "a string");
     }
   }
 
@@ -331,7 +331,7 @@ ReadRows read_dump(std::string_view json, std::string_view name_space) {
   if (nlohmann::json::sax_parse(text.begin(), text.end(), &parser)) {
     // The parser stops at a NUL without an error.
     if (const std::size_t nul = text.find('\0'); nul != text.npos) {
-      parser.not_json(nul, "no JSON here: a NUL byte");
+      parser.not_json(nul, "invalid JSON: NUL byte");
     }
   }
   if (!parser.errors.empty()) return {{}, std::move(parser.errors)};

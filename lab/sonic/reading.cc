@@ -29,7 +29,7 @@ std::size_t memory_of(const std::string &name, const Row &row) {
 void check_memory(const Reading &reading, const ReadLimits &limits) {
   if (reading.memory <= limits.memory_bytes) return;
   throw ConnectionError{
-      fmt::format("the rows of the database take more than {} bytes", limits.memory_bytes)};
+      fmt::format("the rows of the database need more than {} bytes", limits.memory_bytes)};
 }
 
 void check_size(const std::string &text, std::size_t most, const char *what) {
@@ -44,7 +44,7 @@ bool is_list(const redisReply &reply, std::size_t elements) {
 std::string text_in(const redisReply &list, std::size_t i, const char *command) {
   const redisReply &element = *list.element[i];
   if (element.type != REDIS_REPLY_STRING) {
-    refuse_answer(fmt::format("an answer to {} with something else than texts", command));
+    refuse_answer(fmt::format("an answer to {} with an element that is not a string", command));
   }
   return std::string(text_of(element));
 }
@@ -77,8 +77,8 @@ std::optional<Row> read_row(const std::string &name, const redisReply &reply, In
     }
     if (!row.try_emplace(field, has_list ? FieldValue(std::move(members)) : FieldValue(value))
              .second) {
-      errors.push_back({0, 0, shorten(name) + " " + shorten(field),
-                        "found it as a list and as a text", "it once"});
+      errors.push_back(
+          {0, 0, shorten(name) + " " + shorten(field), "found a list and a string", "one of them"});
     }
   }
   return row;
@@ -126,8 +126,7 @@ std::string take_keys(Reading &reading, const redisReply &reply, const ReadLimit
   }
   check_memory(reading, limits);
   if (++reading.scans >= limits.scan_rounds && cursor != "0") {
-    throw ConnectionError{fmt::format("the server has not listed its keys after {} answers to SCAN",
-                                      limits.scan_rounds)};
+    throw ConnectionError{fmt::format("SCAN is not complete after {} answers", limits.scan_rounds)};
   }
   return cursor;
 }
@@ -139,8 +138,8 @@ void take_row(Reading &reading, const std::string &name, const redisReply &reply
   reading.errors.erase(name);
   if (!errors.empty()) reading.errors.emplace(name, std::move(errors));
   if (reading.errors.size() > limits.unreadable_rows) {
-    throw ConnectionError{fmt::format("the database has more than {} rows that cannot be read",
-                                      limits.unreadable_rows)};
+    throw ConnectionError{
+        fmt::format("the database has more than {} unreadable rows", limits.unreadable_rows)};
   }
   if (const Row *before = find_row(reading.rows, name)) {
     reading.memory -= memory_of(name, *before);
@@ -167,7 +166,7 @@ std::optional<std::string> notified_row(const redisReply &reply, const std::stri
   const std::string text = text_in(reply, 2, "PSUBSCRIBE");
   std::string row = text.substr(std::min(channel.size(), text.size()));
   if (!text.starts_with(channel) || !tables_read().contains(split_row_name(row).first)) {
-    refuse_answer("a notification that was not asked for");
+    refuse_answer("an unexpected notification");
   }
   check_size(row, limits.name_bytes, "a name");
   return row;

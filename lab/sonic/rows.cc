@@ -52,7 +52,7 @@ struct RowsReader {
     const auto found = row.fields.find(field);
     if (found == row.fields.end()) return std::nullopt;
     const auto *value = std::get_if<std::string>(&found->second);
-    if (value == nullptr) add_error(row, field, "a list", "a text");
+    if (value == nullptr) add_error(row, field, "a list", "a string");
     return value != nullptr ? std::optional(*value) : std::nullopt;
   }
 
@@ -113,8 +113,8 @@ struct RowsReader {
              (is_around("DEVICE_METADATA|localhost mac") || is_around("STP_MST|GLOBAL name"));
     };
     if (address.empty() && std::none_of(errors.begin(), errors.end(), is_in_doubt)) {
-      add_error(row, "name", "neither a name of the region nor an address of the switch",
-                "one of them in mst");
+      add_error(row, "name", "neither a region name nor a switch address",
+                "one of them in mst mode");
     }
     return address;
   }
@@ -150,9 +150,9 @@ struct RowsReader {
       at->second.second |= vlans;
       if (is_new) continue;
       add_error(row, "",
-                "instance " + std::to_string(*number) + " again, which is " +
-                    quote(at->second.first.key) + " too",
-                "an instance in one spelling");
+                "instance " + std::to_string(*number) + " again, already defined by " +
+                    quote(at->second.first.key),
+                "one key for each instance");
     }
     read.erase(0);  // its list is ignored: it has the VLANs that no other instance has
     return read;
@@ -175,8 +175,7 @@ struct RowsReader {
         if (other == number) break;
         const Vlans both = twice & before.second;
         if (both.none()) continue;
-        add_error(row, "vlan_list",
-                  vlan_words(both) + ", which " + quote(before.first.key) + " has too",
+        add_error(row, "vlan_list", vlan_words(both) + ", also in " + quote(before.first.key),
                   "each VLAN in one instance");
       }
     }

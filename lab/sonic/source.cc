@@ -46,8 +46,7 @@ std::string decoded(std::string_view text, ParsedSource &parsed) {
     const std::string_view digits = text.substr(i + 1, 2);
     if (digits.size() < 2 || digits.find_first_not_of("0123456789abcdefABCDEF") != digits.npos ||
         digits == "00") {
-      add_error("found a '%' that stands for no character", "%25 for the sign itself",
-                parsed.errors);
+      add_error("found an invalid '%' escape", "%25 for '%'", parsed.errors);
       return out;
     }
     out += static_cast<char>(unhex(digits)[0]);
@@ -61,7 +60,7 @@ uint32_t number(std::string_view text, const std::string &what, uint32_t least, 
                 ParsedSource &parsed) {
   const auto value = decimal(text);
   if (value && *value >= least && *value <= most) return *value;
-  add_error("found a " + what + " that is none",
+  add_error("found an invalid " + what,
             "a number from " + std::to_string(least) + " to " + std::to_string(most),
             parsed.errors);
   return least;
@@ -110,7 +109,7 @@ void parse_unix(std::string_view path, ParsedSource &parsed) {
     source.database = number(query.substr(database.size()), "database", 0, most_database, parsed);
     parsed.source.has_database = true;
   } else if (!query.empty()) {
-    add_error("found something else behind the path", "?db=4 or the like", parsed.errors);
+    add_error("found other text after the path", "?db=N", parsed.errors);
   }
 }
 
@@ -211,9 +210,9 @@ std::string read_private(int file, const std::string &path, InputErrors &errors)
   if (fstat(file, &status) != 0 || !(S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode))) {
     add_error("cannot be read: it is not a file", "a file", errors);
   } else if ((status.st_mode & 0077) != 0 && !is_passed_by_systemd(path, status)) {
-    add_error(
-        fmt::format("others than its owner have access (mode {:04o})", status.st_mode & 07777U),
-        "mode 0600", errors);
+    add_error(fmt::format("users other than its owner have access (mode {:04o})",
+                          status.st_mode & 07777U),
+              "mode 0600", errors);
   } else if (const std::string problem = read_all(file, text); !problem.empty()) {
     add_error("cannot be read: " + problem, "a file", errors);
   }
@@ -230,7 +229,7 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
   const std::size_t colon = text.find("://");
   if (colon == text.npos || text.substr(0, colon).find('/') != text.npos) {
     if (begins_url(text)) {
-      add_error("found a URL without '//' behind its scheme", source_form, parsed.errors);
+      add_error("found a URL without '//' after its scheme", source_form, parsed.errors);
     }
     return parsed;
   }

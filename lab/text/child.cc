@@ -29,7 +29,7 @@ ChildProcess start_child(const std::function<void()> &life) {
   const pid_t lab = getpid();
   child.pid = fork();
   if (child.pid < 0) {
-    throw std::system_error(errno, std::generic_category(), "no process can be made");
+    throw std::system_error(errno, std::generic_category(), "cannot create a process");
   }
   if (child.pid > 0) return child;
   // The stack below belongs to the parent: never return from here.

@@ -65,7 +65,7 @@ bool interrupted() {
 
 int stop_signal_file() {
   if (signal_file < 0) signal_file = eventfd(stop_signal != 0 ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (signal_file < 0) throw std::system_error(errno, std::generic_category(), "no event file");
+  if (signal_file < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
   return signal_file;
 }
 

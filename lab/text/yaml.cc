@@ -30,7 +30,7 @@ bool is_torn_list(const std::string &key, const YAML::Node &value) {
 }
 
 constexpr char no_merge_keys[] =
-    "the keys themselves, or an alias for the whole mapping: merge keys are not taken";
+    "the keys themselves, or an alias for the whole mapping: merge keys are not supported";
 
 // Records where a document begins.
 struct DocumentPlace : YAML::EventHandler {
@@ -65,7 +65,7 @@ InputError no_yaml(const std::string &text, const YAML::Exception &problem,
                    const std::string &what) {
   const YAML::Mark &mark = problem.mark;
   InputError error{std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "",
-                   "no YAML here: " + problem.msg.substr(0, problem.msg.find(':')),
+                   "invalid YAML: " + problem.msg.substr(0, problem.msg.find(':')),
                    what + " in YAML"};
   std::istringstream lines(text);
   std::string line;
@@ -73,7 +73,7 @@ InputError no_yaml(const std::string &text, const YAML::Exception &problem,
     const std::size_t indent = line.find_first_not_of(" \t");
     const std::size_t tab = line.find('\t');
     if (tab != line.npos && (indent == line.npos || tab < indent) && number + 1 >= error.line) {
-      return {number, int(tab) + 1, "", "found a tab in the indentation", "blanks"};
+      return {number, int(tab) + 1, "", "found a tab in the indentation", "spaces"};
     }
   }
   return error;
@@ -109,7 +109,7 @@ bool Reader::entries(const YAML::Node &node, const std::string &what,
     } else if (key == "<<") {
       add_error(pair.first, "found '<<'", no_merge_keys);
     } else if (is_torn_list(key, pair.second) && seen.size() > 1) {
-      add_error(pair.first, "found '" + printable(key) + "' behind a comma",
+      add_error(pair.first, "found '" + printable(key) + "' after a comma",
                 "a list of numbers in quotation marks: \"1,2\"");
     } else {
       each(pair.first, pair.second);
@@ -131,7 +131,7 @@ bool Reader::mapping(const YAML::Node &node, const std::string &what,
 
 bool Reader::required(const YAML::Node &node, const char *key, const std::string &what) {
   if (node[key].IsDefined()) return true;
-  add_error(node, what + " without '" + key + "'", "it there");
+  add_error(node, "missing key '" + std::string(key) + "' in " + what);
   return false;
 }
 
@@ -237,7 +237,7 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
     }
     if (!second.mark.is_null()) {
       reader.errors.push_back({second.mark.line + 1, second.mark.column + 1, "",
-                               "a second document begins here", "one in a file"});
+                               "found a second document", "one document"});
     }
   } catch (const YAML::Exception &problem) {
     reader.errors.push_back(no_yaml(text, problem, what));
