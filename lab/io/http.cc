@@ -20,7 +20,7 @@ struct StopDaemon {
 
 struct HttpState {
   Loop &loop;
-  HttpAnswer answer;
+  HttpHandler handler;
   bool is_local;
   std::string host;  // of the address
   std::unique_ptr<MHD_Daemon, StopDaemon> daemon = {};
@@ -32,8 +32,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr unsigned most_connections = 32;
-constexpr std::size_t most_request_bytes = 8192;
+constexpr unsigned max_connections = 32;
+constexpr std::size_t max_request_bytes = 8192;
 constexpr auto request_time = 5s;  // also the limit without progress
 constexpr auto answer_time = 30s;
 
@@ -66,7 +66,7 @@ bool is_loopback(const HttpAddress &address) {
 }
 
 // Returns true if the Host header of a request names this machine, or is absent.
-bool is_for_loopback(const HttpState &state, const char *header) {
+bool names_this_machine(const HttpState &state, const char *header) {
   if (header == nullptr) return true;
   const std::string_view asked = header;
   for (const std::string_view host : {"localhost", "127.0.0.1", "[::1]", state.host.c_str()}) {
@@ -122,8 +122,8 @@ Timer &deadline_of(MHD_Connection *connection) {
       MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
 }
 
-MHD_Result answer_http(void *data, MHD_Connection *connection, const char *path, const char *method,
-                       const char *, const char *, std::size_t *, void **) {
+MHD_Result handle_request(void *data, MHD_Connection *connection, const char *path,
+                          const char *method, const char *, const char *, std::size_t *, void **) {
   const HttpState &state = *static_cast<HttpState *>(data);
   deadline_of(connection).set_after(answer_time);
   const auto header = [connection](const char *name) {
@@ -135,12 +135,12 @@ MHD_Result answer_http(void *data, MHD_Connection *connection, const char *path,
   if (header(MHD_HTTP_HEADER_CONTENT_LENGTH) || header(MHD_HTTP_HEADER_TRANSFER_ENCODING)) {
     return send_error(connection, MHD_HTTP_CONTENT_TOO_LARGE, "a request has no body");
   }
-  if (state.is_local && !is_for_loopback(state, header(MHD_HTTP_HEADER_HOST))) {
+  if (state.is_local && !names_this_machine(state, header(MHD_HTTP_HEADER_HOST))) {
     return send_error(connection, MHD_HTTP_FORBIDDEN, "not the name of this machine");
   }
   // An exception must not pass through the C code of the daemon, or end a watch.
   try {
-    const std::optional<HttpReply> reply = state.answer(read_request(connection, path));
+    const std::optional<HttpReply> reply = state.handler(read_request(connection, path));
     return reply ? send_reply(connection, MHD_HTTP_OK, *reply)
                  : send_error(connection, MHD_HTTP_NOT_FOUND, "no such page");
   } catch (const std::exception &error) {
@@ -148,8 +148,8 @@ MHD_Result answer_http(void *data, MHD_Connection *connection, const char *path,
   }
 }
 
-void note_connection(void *data, MHD_Connection *connection, void **deadline,
-                     MHD_ConnectionNotificationCode code) {
+void on_connection(void *data, MHD_Connection *connection, void **deadline,
+                   MHD_ConnectionNotificationCode code) {
   if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
     delete static_cast<Timer *>(*deadline);
     return;
@@ -183,20 +183,20 @@ void serve_http(HttpState &state) {
 MHD_Daemon *start_daemon(HttpState &state, const HttpAddress &address) {
   return MHD_start_daemon(
       MHD_USE_EPOLL | (address.any.sa_family == AF_INET6 ? MHD_USE_DUAL_STACK : MHD_NO_FLAG), 0,
-      nullptr, nullptr, answer_http, &state, MHD_OPTION_SOCK_ADDR, &address.any,
-      MHD_OPTION_CONNECTION_LIMIT, most_connections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
-      most_request_bytes, MHD_OPTION_CONNECTION_TIMEOUT, unsigned(request_time.count()),
-      MHD_OPTION_NOTIFY_CONNECTION, note_connection, &state, MHD_OPTION_STRICT_FOR_CLIENT, 1,
+      nullptr, nullptr, handle_request, &state, MHD_OPTION_SOCK_ADDR, &address.any,
+      MHD_OPTION_CONNECTION_LIMIT, max_connections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
+      max_request_bytes, MHD_OPTION_CONNECTION_TIMEOUT, unsigned(request_time.count()),
+      MHD_OPTION_NOTIFY_CONNECTION, on_connection, &state, MHD_OPTION_STRICT_FOR_CLIENT, 1,
       MHD_OPTION_END);
 }
 
 }  // namespace
 
-HttpServer::HttpServer(Loop &loop, const std::string &address, HttpAnswer answer) {
+HttpServer::HttpServer(Loop &loop, const std::string &address, HttpHandler handler) {
   HttpAddress parsed = {};
   const std::string host = parse_address(address, parsed);
   state =
-      std::make_unique<HttpState>(HttpState{loop, std::move(answer), is_loopback(parsed), host});
+      std::make_unique<HttpState>(HttpState{loop, std::move(handler), is_loopback(parsed), host});
   state->daemon.reset(start_daemon(*state, parsed));
   if (!state->daemon) throw std::runtime_error(address + ": " + std::strerror(errno));
   const int events = MHD_get_daemon_info(state->daemon.get(), MHD_DAEMON_INFO_EPOLL_FD)->epoll_fd;

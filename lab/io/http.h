@@ -25,7 +25,7 @@ struct HttpRequest {  // decoded
 };
 
 // Returns nullopt if there is no such page.
-using HttpAnswer = std::function<std::optional<HttpReply>(const HttpRequest &request)>;
+using HttpHandler = std::function<std::optional<HttpReply>(const HttpRequest &request)>;
 
 struct HttpState;
 
@@ -36,7 +36,7 @@ struct HttpState;
 struct HttpServer {
   // Listens on an address such as "127.0.0.1:8080" or "[::1]:8080"; port 0 selects a free port.
   // Throws std::runtime_error if the address is invalid or cannot be used.
-  HttpServer(Loop &loop, const std::string &address, HttpAnswer answer);
+  HttpServer(Loop &loop, const std::string &address, HttpHandler handler);
   ~HttpServer();
 
   uint16_t port() const;

@@ -88,12 +88,12 @@ void Timer::set_after(Clock::duration pause) {
 }
 
 FileWatch::FileWatch(Loop &loop, int file, Callback callback) {
-  auto made = std::make_unique<LoopHandle>(LoopHandle{{}, std::move(callback)});
+  auto new_handle = std::make_unique<LoopHandle>(LoopHandle{{}, std::move(callback)});
   // libuv makes the file nonblocking, also for other processes that share it: restore its flags.
   const int flags = fcntl(file, F_GETFL);
-  check_uv(uv_poll_init(&loop.raw, &made->raw.poll, file), "cannot watch a file");
+  check_uv(uv_poll_init(&loop.raw, &new_handle->raw.poll, file), "cannot watch a file");
   fcntl(file, F_SETFL, flags);
-  handle.reset(made.release());
+  handle.reset(new_handle.release());
   handle->raw.handle.data = handle.get();
 }
 

@@ -100,7 +100,7 @@ void start_waiting(ChangeProgram &program) {
   }
 }
 
-void take_ended(ChangeProgram &program) {
+void reap_programs(ChangeProgram &program) {
   for (auto next = program.running.begin(); next != program.running.end();) {
     const auto &[pair, running] = *next;
     int status = 0;
@@ -131,13 +131,13 @@ std::string find_program_problem(const std::string &path) {
   return access(path.c_str(), X_OK) == 0 ? "" : "it is not executable";
 }
 
-ChangeProgram::ChangeProgram(Loop &event_loop, std::string program_path, ProgramLimits at_most,
-                             Reporter problem_reporter)
+ChangeProgram::ChangeProgram(Loop &event_loop, std::string program_path,
+                             ProgramLimits program_limits, Reporter problem_reporter)
     : loop(event_loop),
       path(std::move(program_path)),
-      limits(at_most),
+      limits(program_limits),
       reporter(std::move(problem_reporter)),
-      ends(event_loop, SIGCHLD, [this] { take_ended(*this); }) {}
+      child_exits(event_loop, SIGCHLD, [this] { reap_programs(*this); }) {}
 
 void ChangeProgram::run(const std::string &pair, std::string event) {
   const auto same = std::find_if(waiting.begin(), waiting.end(),

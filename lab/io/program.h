@@ -52,7 +52,7 @@ struct ChangeProgram {
   Reporter reporter;
   std::deque<Waiting> waiting;                                     // at most one for each pair
   std::map<std::string, std::unique_ptr<RunningProgram>> running;  // by pair
-  SignalWatch ends;
+  SignalWatch child_exits;
 };
 
 }  // namespace lab

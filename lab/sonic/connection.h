@@ -23,7 +23,7 @@ struct FreeContext {
   void operator()(redisContext *context) const { redisFree(context); }
 };
 
-enum class Ask {
+enum class RequestKind {
   login,
   select,
   subscribe,
@@ -31,12 +31,12 @@ enum class Ask {
   scan,
   row,
   size,
-  sign_of_life,
+  ping,
   fence,
 };
 
-struct Asked {
-  Ask what;
+struct PendingRequest {
+  RequestKind kind;
   std::string row;  // of Ask::row
 };
 
@@ -46,9 +46,9 @@ struct Connection {
   std::string place;  // "host:port" or a path
   ReadLimits limits;
   bool connected = false;
-  bool writing = false;  // requests are buffered
-  std::deque<Asked> awaited;
-  TimePoint answered;  // the last complete answer, or the first request after a quiet time
+  bool is_writing = false;  // requests are buffered
+  std::deque<PendingRequest> pending;
+  TimePoint last_answer;  // the last complete answer, or the first request after a quiet time
 
   bool is_redis = false;  // at least one answer was complete
   std::string first_bytes;
@@ -64,7 +64,7 @@ struct ConnectionError {
 };
 
 // Throws ConnectionError for an answer that violates the protocol.
-[[noreturn]] void refuse_answer(const std::string &what);
+[[noreturn]] void throw_protocol_error(const std::string &problem);
 
 // --- host names ---
 
@@ -91,20 +91,22 @@ Resolver start_resolver(const std::string &host, TimePoint due);
 // Starts to connect to `address`, or to the path of a Unix socket.
 Connection connect_to(const Source &source, const std::string &address, const ReadLimits &limits);
 
-void send_request(Connection &connection, TimePoint now, Ask what,
+void send_request(Connection &connection, TimePoint now, RequestKind kind,
                   const std::vector<std::string> &words);
 void log_in(const Source &source, Connection &connection, TimePoint now);
 
 // Removes and returns the request that the received answer belongs to.
-Asked next_awaited(Connection &connection, TimePoint now);
+PendingRequest take_request(Connection &connection, TimePoint now);
 
 // Throws ConnectionError for an error that the server answered.
-[[noreturn]] void refuse(Ask what, std::string_view error, const ReadLimits &limits);
+[[noreturn]] void throw_server_error(RequestKind kind, std::string_view error,
+                                     const ReadLimits &limits);
 
 std::string_view text_of(const redisReply &reply);
 
-// Reads and writes without blocking. `take` is called for each answer and may reset the connection.
-void move(Connection &connection, const std::function<void(const redisReply &)> &take);
+// Reads and writes without blocking. `on_answer` may reset the connection.
+void read_and_write(Connection &connection,
+                    const std::function<void(const redisReply &)> &on_answer);
 
 // Writes buffered requests without blocking.
 void flush(Connection &connection);

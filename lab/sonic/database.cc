@@ -13,17 +13,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto first_pause = 250ms;
-constexpr auto longest_pause = 5s;
-constexpr auto longest_pause_of_refused = 30s;  // also if the host name has no address
+constexpr auto min_pause = 250ms;
+constexpr auto max_pause = 5s;
+constexpr auto max_pause_of_refused = 30s;  // also if the host name has no address
 // Without notifications, a reading that differs from the last may mix rows from before and after a
 // change. It is repeated at most this often.
-constexpr int most_repeats = 2;
+constexpr int max_repeats = 2;
 // Partial readings before the snapshot counts as settled although more rows have changed.
-constexpr int most_rounds = 3;
+constexpr int max_rounds = 3;
 // COUNT of SCAN, and outstanding requests for rows.
-constexpr const char *keys_at_once = "5000";
-constexpr std::size_t rows_at_once = 512;
+constexpr const char *scan_count = "5000";
+constexpr std::size_t max_pending_rows = 512;
 
 // --- connections ---
 
@@ -42,18 +42,19 @@ void open_connections(Database &database, TimePoint now) {
   database.rows = connect_to(source, address, database.limits);
   database.changes = connect_to(source, address, database.limits);
   log_in(source, database.rows, now);
-  send_request(database.rows, now, Ask::select, {"SELECT", std::to_string(source.database)});
+  send_request(database.rows, now, RequestKind::select,
+               {"SELECT", std::to_string(source.database)});
   log_in(source, database.changes, now);
   // One request per table: without a login, a server that requires one limits the number of
   // arguments, and a larger request gets a protocol error instead of NOAUTH.
   for (const std::string &table : tables_read()) {
-    send_request(database.changes, now, Ask::subscribe,
+    send_request(database.changes, now, RequestKind::subscribe,
                  {"PSUBSCRIBE", channel_of(database, table + "|*")});
   }
 }
 
 void open(Database &database, TimePoint now) {
-  database.away = false;
+  database.is_closed = false;
   database.deadline = now + database.limits.reading_time;
   database.addresses.clear();
   if (database.source.kind != Source::Kind::tcp) return;
@@ -68,7 +69,7 @@ void open(Database &database, TimePoint now) {
   }
 }
 
-void take_addresses(Database &database, TimePoint now) {
+void finish_resolving(Database &database, TimePoint now) {
   if (database.resolver->result.wait_for(0s) == std::future_status::ready) {
     const Resolved resolved = database.resolver->result.get();
     database.resolver.reset();
@@ -80,31 +81,31 @@ void take_addresses(Database &database, TimePoint now) {
 }
 
 void close_after(Database &database, const ConnectionError &error, TimePoint now) {
-  const bool elsewhere = !database.rows.connected && !database.addresses.empty();
+  const bool has_next_address = !database.rows.connected && !database.addresses.empty();
   static_cast<DatabaseSession &>(database) = {};
-  if (elsewhere) return;  // try the next address at once
-  database.away = true;
+  if (has_next_address) return;  // try the next address at once
+  database.is_closed = true;
   database.pause = std::clamp<Clock::duration>(
-      database.pause * 2, first_pause,
-      error.refused || error.has_no_address ? longest_pause_of_refused : longest_pause);
+      database.pause * 2, min_pause,
+      error.refused || error.has_no_address ? max_pause_of_refused : max_pause);
   // Random, so that clients that lost the server together do not reconnect together.
   static std::minstd_rand random(std::random_device{}());
   const double part = std::uniform_real_distribution(0.5, 1.0)(random);
-  database.try_next = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
+  database.next_attempt = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
   mark_disconnected(database.snapshot, error.reason, error.refused);
 }
 
 // --- readings ---
 
-void scan(Database &database, const std::string &cursor, TimePoint now) {
-  send_request(database.rows, now, Ask::scan, {"SCAN", cursor, "COUNT", keys_at_once});
+void request_keys(Database &database, const std::string &cursor, TimePoint now) {
+  send_request(database.rows, now, RequestKind::scan, {"SCAN", cursor, "COUNT", scan_count});
 }
 
-void ask_rows(Database &database, TimePoint now) {
-  std::deque<std::string> &to_ask = database.reading->to_ask;
-  while (!to_ask.empty() && database.rows.awaited.size() < rows_at_once) {
-    send_request(database.rows, now, Ask::row, {"HGETALL", to_ask.front()});
-    to_ask.pop_front();
+void request_rows(Database &database, TimePoint now) {
+  std::deque<std::string> &unrequested = database.reading->unrequested;
+  while (!unrequested.empty() && database.rows.pending.size() < max_pending_rows) {
+    send_request(database.rows, now, RequestKind::row, {"HGETALL", unrequested.front()});
+    unrequested.pop_front();
   }
 }
 
@@ -114,28 +115,29 @@ void begin_reading(Database &database, TimePoint now, bool is_whole) {
     database.reading =
         start_partial_reading(unpack(database.snapshot.contents), database.snapshot.errors,
                               std::exchange(database.changed, {}));
-    return ask_rows(database, now);
+    return request_rows(database, now);
   }
   database.reading.emplace();
-  if (!database.silent) {
-    send_request(database.rows, now, Ask::config, {"CONFIG", "GET", "notify-keyspace-events"});
+  if (!database.refuses_config) {
+    send_request(database.rows, now, RequestKind::config,
+                 {"CONFIG", "GET", "notify-keyspace-events"});
   }
-  scan(database, "0", now);
+  request_keys(database, "0", now);
 }
 
 // Returns true if the rows or their errors changed.
-bool keep_rows(Database &database, Reading &read) {
+bool store_rows(Database &database, Reading &read) {
   const bool has_new_errors = database.snapshot.errors != read.errors;
   database.snapshot.errors = std::move(read.errors);
   return set_contents(database.snapshot, pack(read.rows)) || has_new_errors;
 }
 
 void end_partial_reading(Database &database, Reading read, TimePoint now) {
-  keep_rows(database, read);
-  if (database.keys) *database.keys += read.balance;
+  store_rows(database, read);
+  if (database.keys) *database.keys += read.row_delta;
   if (database.changes.context == nullptr) return;
   // The answer follows the notifications of all changes made before these rows were read.
-  send_request(database.changes, now, Ask::fence, {"PING"});
+  send_request(database.changes, now, RequestKind::fence, {"PING"});
   database.is_fenced = true;
 }
 
@@ -144,24 +146,24 @@ void end_whole_reading(Database &database, Reading read, TimePoint now) {
     read.errors[""] = {{0, 0, "", fmt::format("database {} is empty", database.source.database),
                         "the configuration of a switch"}};
   }
-  const bool differs = keep_rows(database, read);
+  const bool differs = store_rows(database, read);
   Snapshot &snapshot = database.snapshot;
   snapshot.checked = now;
   database.keys.reset();
   if (differs) notice_change(snapshot, now);
-  const bool repeat = differs && !snapshot.notifications && database.repeats < most_repeats;
+  const bool repeat = differs && !snapshot.notifications && database.repeats < max_repeats;
   database.repeats = repeat ? database.repeats + 1 : 0;
   // Without DBSIZE, only a reading detects changes without notifications.
   const auto notified = database.answers_size
                             ? database.intervals.notified
                             : std::min<Clock::duration>(database.intervals.notified, 10s);
   const auto pause = snapshot.notifications ? notified : database.intervals.unnotified;
-  database.read_next = repeat ? now : now + pause;
+  database.next_reading = repeat ? now : now + pause;
 }
 
 bool settle_changes(Database &database, TimePoint now) {
   if (database.reading || database.is_fenced) return false;
-  if (database.changed.empty() || database.rounds == most_rounds) {
+  if (database.changed.empty() || database.rounds == max_rounds) {
     database.rounds = 0;
     return true;
   }
@@ -175,54 +177,57 @@ bool settle_changes(Database &database, TimePoint now) {
 // --- answers and notifications ---
 
 // Schedules a reading of all rows if the number of keys changed without notifications.
-void take_size(Database &database, const redisReply &reply, TimePoint now) {
+void handle_size(Database &database, const redisReply &reply, TimePoint now) {
   database.answers_size = reply.type != REDIS_REPLY_ERROR;  // an ACL may forbid DBSIZE
   if (!database.answers_size) return;
-  if (reply.type != REDIS_REPLY_INTEGER) refuse_answer("an answer to DBSIZE that is not a number");
+  if (reply.type != REDIS_REPLY_INTEGER)
+    throw_protocol_error("an answer to DBSIZE that is not a number");
   if (!database.keys) {
     database.keys = reply.integer;
   } else if (!database.changed.empty() || database.is_fenced || database.reading) {
     return;  // requested again at the next sign of life
   } else if (*database.keys != reply.integer) {
-    database.read_next = now;
+    database.next_reading = now;
   } else {
     database.snapshot.checked = now;
   }
 }
 
-void take_answer(Database &database, const redisReply &reply, TimePoint now) {
-  const Asked asked = next_awaited(database.rows, now);
+void handle_answer(Database &database, const redisReply &reply, TimePoint now) {
+  const PendingRequest request = take_request(database.rows, now);
   const std::string_view error = text_of(reply);
-  const bool says_something =
-      asked.what == Ask::row
-          ? error.starts_with("WRONGTYPE")
-          : (asked.what == Ask::config || asked.what == Ask::size) && !error.starts_with("LOADING");
+  const bool is_handled = request.kind == RequestKind::row ? error.starts_with("WRONGTYPE")
+                                                           : (request.kind == RequestKind::config ||
+                                                              request.kind == RequestKind::size) &&
+                                                                 !error.starts_with("LOADING");
   const bool is_error = reply.type == REDIS_REPLY_ERROR;
-  if (is_error && !says_something) refuse(asked.what, error, database.limits);
-  if (asked.what == Ask::config) {
-    database.silent = is_error;
+  if (is_error && !is_handled) throw_server_error(request.kind, error, database.limits);
+  if (request.kind == RequestKind::config) {
+    database.refuses_config = is_error;
     database.snapshot.notifications =
         database.changes.context != nullptr && has_notifications(reply);
   }
-  if (asked.what == Ask::scan) {
-    const std::string cursor = take_keys(*database.reading, reply, database.limits);
-    if (cursor != "0") scan(database, cursor, now);
+  if (request.kind == RequestKind::scan) {
+    const std::string cursor = add_keys(*database.reading, reply, database.limits);
+    if (cursor != "0") request_keys(database, cursor, now);
   }
-  if (asked.what == Ask::size) take_size(database, reply, now);
-  if (asked.what == Ask::row) take_row(*database.reading, asked.row, reply, database.limits);
+  if (request.kind == RequestKind::size) handle_size(database, reply, now);
+  if (request.kind == RequestKind::row)
+    add_row(*database.reading, request.row, reply, database.limits);
 }
 
-void take_notice(Database &database, const redisReply &reply, TimePoint now) {
+void handle_notification(Database &database, const redisReply &reply, TimePoint now) {
   if (const auto row = notified_row(reply, channel_of(database, ""), database.limits)) {
     notice_change(database.snapshot, now);
     if (database.changed.size() <= database.limits.changed_rows) database.changed.insert(*row);
     return;
   }
-  const Asked asked = next_awaited(database.changes, now);
-  if (asked.what == Ask::fence) database.is_fenced = false;
+  const PendingRequest request = take_request(database.changes, now);
+  if (request.kind == RequestKind::fence) database.is_fenced = false;
   if (reply.type != REDIS_REPLY_ERROR) return;
-  const bool may_not = asked.what == Ask::subscribe && text_of(reply).starts_with("NOPERM");
-  if (!may_not) refuse(asked.what, text_of(reply), database.limits);
+  const bool is_forbidden =
+      request.kind == RequestKind::subscribe && text_of(reply).starts_with("NOPERM");
+  if (!is_forbidden) throw_server_error(request.kind, text_of(reply), database.limits);
   database.changes = Connection{};
 }
 
@@ -239,7 +244,7 @@ void check_deadline(Database &database, TimePoint now) {
 }
 
 // Sends a PING on a quiet connection, or DBSIZE, which detects most flushes and swaps.
-void look_for_life(Database &database, TimePoint now) {
+void send_pings(Database &database, TimePoint now) {
   for (Connection *connection : {&database.rows, &database.changes}) {
     check_answer_time(*connection, now);
     const bool asks_size = connection == &database.rows && database.snapshot.notifications &&
@@ -247,7 +252,7 @@ void look_for_life(Database &database, TimePoint now) {
     const bool has_size = !asks_size || database.keys;
     const auto pause = has_size ? database.intervals.sign_of_life : Clock::duration{};
     if (!is_quiet(*connection, now, pause)) continue;
-    send_request(*connection, now, asks_size ? Ask::size : Ask::sign_of_life,
+    send_request(*connection, now, asks_size ? RequestKind::size : RequestKind::ping,
                  {asks_size ? "DBSIZE" : "PING"});
   }
 }
@@ -256,28 +261,30 @@ void look_for_life(Database &database, TimePoint now) {
 void continue_reading(Database &database, TimePoint now) {
   const bool has_read = database.snapshot.contents != nullptr;
   if (database.reading) {
-    ask_rows(database, now);
-    if (!database.rows.awaited.empty()) return;
+    request_rows(database, now);
+    if (!database.rows.pending.empty()) return;
     Reading ended = std::move(*database.reading);
     database.reading.reset();
     const auto end = ended.is_whole ? end_whole_reading : end_partial_reading;
     end(database, std::move(ended), now);
-  } else if (has_read ? now >= database.read_next
-                      : database.rows.awaited.empty() && database.changes.awaited.empty()) {
+  } else if (has_read ? now >= database.next_reading
+                      : database.rows.pending.empty() && database.changes.pending.empty()) {
     begin_reading(database, now, true);
   }
 }
 
-void work(Database &database, TimePoint now) {
-  if (database.away) {
-    if (now < database.try_next) return;
+void run_session(Database &database, TimePoint now) {
+  if (database.is_closed) {
+    if (now < database.next_attempt) return;
     open(database, now);
   }
-  if (database.resolver) take_addresses(database, now);
+  if (database.resolver) finish_resolving(database, now);
   if (database.resolver) return;
   if (database.rows.context == nullptr) open_connections(database, now);
-  move(database.rows, [&](const redisReply &reply) { take_answer(database, reply, now); });
-  move(database.changes, [&](const redisReply &reply) { take_notice(database, reply, now); });
+  read_and_write(database.rows,
+                 [&](const redisReply &reply) { handle_answer(database, reply, now); });
+  read_and_write(database.changes,
+                 [&](const redisReply &reply) { handle_notification(database, reply, now); });
   continue_reading(database, now);
   Snapshot &snapshot = database.snapshot;
   if (snapshot.state != SourceState::connected && snapshot.contents != nullptr &&
@@ -288,7 +295,7 @@ void work(Database &database, TimePoint now) {
     database.pause = {};
   }
   check_deadline(database, now);
-  look_for_life(database, now);
+  send_pings(database, now);
   flush(database.rows);
   flush(database.changes);
 }
@@ -302,24 +309,25 @@ Database open_database(const Source &source, const ReadIntervals &intervals, Tim
   database.source = source;
   database.intervals = intervals;
   database.limits = limits;
-  database.try_next = now;
+  database.next_attempt = now;
   return database;
 }
 
 void step(Database &database, TimePoint now) {
   try {
-    work(database, now);
+    run_session(database, now);
   } catch (const ConnectionError &error) {
     close_after(database, error, now);
   }
 }
 
 TimePoint due(const Database &database) {
-  if (database.away) return database.try_next;
+  if (database.is_closed) return database.next_attempt;
   if (database.resolver) return database.resolver->due;
   if (database.rows.context == nullptr) return TimePoint{};
   TimePoint first = database.deadline.value_or(TimePoint::max());
-  if (database.snapshot.contents && !database.reading) first = std::min(first, database.read_next);
+  if (database.snapshot.contents && !database.reading)
+    first = std::min(first, database.next_reading);
   for (const Connection *connection : {&database.rows, &database.changes}) {
     if (connection->context == nullptr) continue;
     first = std::min(first, due(*connection, database.intervals.sign_of_life));

@@ -31,8 +31,8 @@ struct ReadIntervals {
 struct DatabaseSession {
   std::optional<Resolver> resolver;
   Connection rows;
-  Connection changes;   // without a context: the server does not permit subscriptions
-  bool silent = false;  // the server refuses CONFIG GET
+  Connection changes;           // without a context: the server does not permit subscriptions
+  bool refuses_config = false;  // the server refuses CONFIG GET
 
   // Keys in the database, by DBSIZE, adjusted for the rows added and removed since.
   std::optional<int64_t> keys;
@@ -40,7 +40,7 @@ struct DatabaseSession {
 
   std::optional<Reading> reading;
   int repeats = 0;
-  TimePoint read_next;
+  TimePoint next_reading;
 
   // Changed rows that are not requested yet. Above the limit, all rows are read.
   std::set<std::string> changed;
@@ -57,9 +57,9 @@ struct Database : DatabaseSession {
   std::vector<std::string> addresses;  // not tried yet
   std::optional<TimePoint> deadline;   // for connecting and reading, or for a partial reading
 
-  bool away = true;  // no connections until `try_next`
+  bool is_closed = true;  // no connections until `next_attempt`
   Clock::duration pause{};
-  TimePoint try_next;
+  TimePoint next_attempt;
 };
 
 // Makes the process ignore SIGPIPE.

@@ -21,8 +21,8 @@ struct Admission {
   Loop &loop;
   Timer timer;
   std::deque<DatabaseFeed *> waiting;
-  std::size_t inside = 0;
-  TimePoint next;  // earliest start of the next one
+  std::size_t admitted = 0;
+  TimePoint next_start;  // earliest start of the next one
 };
 
 // A database that is stepped when one of its files is ready and when it is due.
@@ -39,7 +39,7 @@ struct DatabaseFeed {
   void step();
   void wait();  // sets the timer and the watched files
 
-  enum class Place { outside, waiting, inside };
+  enum class Stage { idle, waiting, admitted };
 
   struct AwaitedFile {
     int file = -1;    // -1: none
@@ -52,8 +52,8 @@ struct DatabaseFeed {
   Callback on_step;
   Timer timer;
   std::array<AwaitedFile, 3> files;
-  Place place = Place::outside;  // in the admission
-  TimePoint leaves = {};         // deadline while inside
+  Stage stage = Stage::idle;      // in the admission
+  TimePoint admitted_until = {};  // deadline while admitted
 };
 
 // Changes the intervals, and reads all rows earlier if the new interval requires it.

@@ -70,7 +70,7 @@ constexpr Field text_in(const char *table, const char *key, const char *name) {
 }
 
 constexpr Field noted(const char *table, const char *key, const char *name) {
-  return {.table = table, .key = key, .name = name, .use = FieldUse::noted, .takes_list = true};
+  return {.table = table, .key = key, .name = name, .use = FieldUse::noted, .accepts_list = true};
 }
 
 constexpr Field value_of(uint16_t type, uint32_t mode, const char *table, const char *key,
@@ -101,7 +101,7 @@ constexpr Field field_table[] = {
     {.table = "STP_MST_INST",
      .key = "MST_INSTANCE|N",
      .name = "vlan_list",
-     .takes_list = true,
+     .accepts_list = true,
      .type = STP_MCEC_TYPE1_MST_REGION_VI_MAP,
      .mode = mst},
     value_of(STP_MCEC_TYPE1_IFI_PORT_TYPE, mst, "STP_PORT", "PortChannelN", "edge_port",

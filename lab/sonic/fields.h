@@ -32,7 +32,7 @@ struct Field {
   const char *key;   // as documentation writes it: "GLOBAL", "VlanN"
   const char *name;  // empty: the row itself
   FieldUse use = FieldUse::read;
-  bool takes_list = false;
+  bool accepts_list = false;
   uint16_t type = 0;           // of the parameter that it sets, alone or with other rows; 0: none
   uint32_t mode = 0;           // in which it sets it (STP_MCEC_STP_MODE_*); 0: in every mode
   const Form *form = nullptr;  // only if one field sets one value

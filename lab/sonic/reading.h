@@ -17,10 +17,10 @@ struct Reading {
   Rows rows;                                  // without fields until read
   std::map<std::string, InputErrors> errors;  // as in a snapshot
   std::size_t memory = 0;                     // of the rows, estimated
-  std::deque<std::string> to_ask;             // rows
+  std::deque<std::string> unrequested;        // rows
   bool has_keys = false;                      // in any table, read or ignored
   std::size_t scans = 0;
-  int64_t balance = 0;  // rows added minus rows removed
+  int64_t row_delta = 0;  // rows added minus rows removed
 };
 
 // Starts a reading of the changed rows, given all known rows and their errors.
@@ -28,11 +28,11 @@ Reading start_partial_reading(Rows rows, std::map<std::string, InputErrors> erro
                               const std::set<std::string> &changed);
 
 // Parses an answer to SCAN. Returns the cursor for the next SCAN; "0" after the last.
-std::string take_keys(Reading &reading, const redisReply &reply, const ReadLimits &limits);
+std::string add_keys(Reading &reading, const redisReply &reply, const ReadLimits &limits);
 
 // Parses an answer to HGETALL.
-void take_row(Reading &reading, const std::string &name, const redisReply &reply,
-              const ReadLimits &limits);
+void add_row(Reading &reading, const std::string &name, const redisReply &reply,
+             const ReadLimits &limits);
 
 // Parses an answer to CONFIG GET notify-keyspace-events. Returns true if the server sends
 // notifications of all changes of rows.

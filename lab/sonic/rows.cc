@@ -13,7 +13,7 @@ namespace {
 constexpr uint32_t last_id = 0x00FFFFFF;
 
 // Limits the memory for the errors of a source.
-constexpr std::size_t most_errors = 10000;
+constexpr std::size_t max_errors = 10000;
 
 struct NamedRow {
   const char *table;
@@ -29,7 +29,7 @@ struct RowsReader {
 
   void add_error(const NamedRow &row, const char *field, const std::string &found,
                  const std::string &expected) {
-    if (errors.size() >= most_errors) return;
+    if (errors.size() >= max_errors) return;
     errors.push_back({0, 0, row_place(row.table, row.key, field), "found " + found, expected});
   }
 
@@ -48,7 +48,7 @@ struct RowsReader {
   }
 
   // Returns nullopt if the field does not exist or is a list.
-  std::optional<std::string> text(const NamedRow &row, const char *field) {
+  std::optional<std::string> read_text(const NamedRow &row, const char *field) {
     const auto found = row.fields.find(field);
     if (found == row.fields.end()) return std::nullopt;
     const auto *value = std::get_if<std::string>(&found->second);
@@ -57,8 +57,8 @@ struct RowsReader {
   }
 
   // Converts the text of a field as the table of fields defines it.
-  std::optional<Bytes> value(const NamedRow &row, const char *field) {
-    const auto written = text(row, field);
+  std::optional<Bytes> read_value(const NamedRow &row, const char *field) {
+    const auto written = read_text(row, field);
     if (!written) return std::nullopt;
     const Form &form = *find_field(row.table, field)->form;
     auto parsed = form.parse(*written);
@@ -66,7 +66,7 @@ struct RowsReader {
     return parsed;
   }
 
-  static Timers timers(const NamedRow &row) {
+  static Timers read_timers(const NamedRow &row) {
     Timers read;
     for (const auto &[field, written] : row.fields) {
       const Field *known = find_field(row.table, field);
@@ -75,15 +75,16 @@ struct RowsReader {
     return read;
   }
 
-  std::vector<std::string_view> parts(const NamedRow &row, std::size_t count,
-                                      const char *expected) {
+  std::vector<std::string_view> split_key(const NamedRow &row, std::size_t count,
+                                          const char *expected) {
     std::vector<std::string_view> read = split(row.key, '|');
     if (read.size() == count && std::find(read.begin(), read.end(), "") == read.end()) return read;
     add_error(row, "", "the key " + quote(row.key), expected);
     return {};
   }
 
-  std::optional<uint32_t> vlan(const NamedRow &row, std::string_view name, const char *expected) {
+  std::optional<uint32_t> check_vlan(const NamedRow &row, std::string_view name,
+                                     const char *expected) {
     const auto number = vlan_of(name);
     if (number && *number >= first_vlan && *number <= last_vlan) return number;
     add_error(row, "", quote(name), number ? "a VLAN from 1 to 4094" : expected);
@@ -101,9 +102,9 @@ struct RowsReader {
   }
 
   // `is_needed`: the switch runs MST. A region without a name is named after the switch's address.
-  std::string region_name(bool is_needed, const std::string &address) {
+  std::string read_region_name(bool is_needed, const std::string &address) {
     const NamedRow row = row_of("STP_MST", "GLOBAL");
-    std::string name = text(row, "name").value_or("");
+    std::string name = read_text(row, "name").value_or("");
     check_name(row, "name", name);
     if (!name.empty() || !is_needed) return name;
     check_name(row_of("DEVICE_METADATA", "localhost"), "mac", address);
@@ -119,7 +120,7 @@ struct RowsReader {
     return address;
   }
 
-  Vlans vlans_of_list(const NamedRow &row) {
+  Vlans read_vlan_list(const NamedRow &row) {
     Vlans read;
     const auto list = row.fields.find("vlan_list");
     if (list == row.fields.end()) return {};
@@ -129,18 +130,18 @@ struct RowsReader {
       if (parsed.fault == RangeFault::none) continue;
       add_error(row, "vlan_list", quote(member),
                 parsed.fault == RangeFault::reversed ? "a range from the lower to the higher VLAN"
-                : parsed.fault == RangeFault::too_great ? "VLANs from 1 to 4094"
-                                                        : "VLANs like 10, 10-20, Vlan10 or "
-                                                          "Vlan10-Vlan20");
+                : parsed.fault == RangeFault::out_of_range ? "VLANs from 1 to 4094"
+                                                           : "VLANs like 10, 10-20, Vlan10 or "
+                                                             "Vlan10-Vlan20");
     }
     return read;
   }
 
-  std::map<uint32_t, std::pair<NamedRow, Vlans>> instances() {
+  std::map<uint32_t, std::pair<NamedRow, Vlans>> read_instances() {
     std::map<uint32_t, std::pair<NamedRow, Vlans>> read;
     for (const NamedRow &row : rows_of("STP_MST_INST")) {
       const auto number = instance_of_key(row.key);
-      const Vlans vlans = vlans_of_list(row);
+      const Vlans vlans = read_vlan_list(row);
       if (!number || *number > last_instance) {
         add_error(row, "", "the key " + quote(row.key),
                   number ? "an instance from 0 to 4094" : "a key like MST_INSTANCE|1");
@@ -158,10 +159,10 @@ struct RowsReader {
     return read;
   }
 
-  Bytes region_map() {
+  Bytes read_region_map() {
     Bytes map(std::size_t{2} * vlan_count);
     Vlans taken;
-    auto all = instances();
+    auto all = read_instances();
     for (auto &[number, instance] : all) {
       auto &[row, vlans] = instance;
       const Vlans twice = vlans & taken;
@@ -184,8 +185,8 @@ struct RowsReader {
 
   void read_device(Settings &settings) {
     const NamedRow row = row_of("DEVICE_METADATA", "localhost");
-    settings.name = text(row, "hostname").value_or("");
-    settings.address = text(row, "mac").value_or("");
+    settings.name = read_text(row, "hostname").value_or("");
+    settings.address = read_text(row, "mac").value_or("");
     if (has_controls(settings.name)) {
       add_error(row, "hostname", quote(settings.name), "a name without control characters");
     }
@@ -193,7 +194,7 @@ struct RowsReader {
 
   void read_vlans(Settings &settings) {
     for (const NamedRow &row : rows_of("VLAN")) {
-      const auto number = vlan(row, row.key, "a key like Vlan10");
+      const auto number = check_vlan(row, row.key, "a key like Vlan10");
       if (number) settings.user_vlans.set(*number);
     }
   }
@@ -202,11 +203,11 @@ struct RowsReader {
   Vlans read_spanning_tree_vlans(Settings &settings) {
     Vlans read;
     for (const NamedRow &row : rows_of("STP_VLAN")) {
-      const auto number = vlan(row, row.key, "a key like Vlan10");
-      const auto is_enabled = value(row, "enabled");
+      const auto number = check_vlan(row, row.key, "a key like Vlan10");
+      const auto is_enabled = read_value(row, "enabled");
       if (!number) continue;
       read[*number] = is_enabled && word_of(*is_enabled) != 0;
-      if (const Timers set = timers(row); !set.empty()) settings.vlan_timers[*number] = set;
+      if (const Timers set = read_timers(row); !set.empty()) settings.vlan_timers[*number] = set;
     }
     return read;
   }
@@ -214,42 +215,42 @@ struct RowsReader {
   void read_domains(Settings &settings) {
     settings.trunk = false;
     for (const NamedRow &row : rows_of("MCLAG_DOMAIN")) {
-      parts(row, 1, "the number of a domain");
-      if (!text(row, "peer_link").value_or("").empty()) settings.trunk = true;
-      settings.domains.push_back({row.key, text(row, "mclag_system_id"),
-                                  text(row, "source_ip").value_or(""),
-                                  text(row, "peer_ip").value_or("")});
+      split_key(row, 1, "the number of a domain");
+      if (!read_text(row, "peer_link").value_or("").empty()) settings.trunk = true;
+      settings.domains.push_back({row.key, read_text(row, "mclag_system_id"),
+                                  read_text(row, "source_ip").value_or(""),
+                                  read_text(row, "peer_ip").value_or("")});
     }
   }
 
-  std::map<std::string, Vlans, std::less<>> carried() {
+  std::map<std::string, Vlans, std::less<>> read_members() {
     constexpr char expected[] = "a key like Vlan10|PortChannel10";
     std::map<std::string, Vlans, std::less<>> read;
     for (const NamedRow &row : rows_of("VLAN_MEMBER")) {
-      const auto names = parts(row, 2, expected);
+      const auto names = split_key(row, 2, expected);
       if (names.empty()) continue;
-      const auto number = vlan(row, names[0], expected);
+      const auto number = check_vlan(row, names[0], expected);
       if (number) read[std::string(names[1])].set(*number);
     }
     return read;
   }
 
-  auto channels() {
+  auto read_channel_names() {
     constexpr char expected[] = "a key like 1|PortChannel10";
     std::set<std::string, decltype(&natural_less)> names(natural_less);
     for (const NamedRow &row : rows_of("MCLAG_INTERFACE")) {
-      const auto both = parts(row, 2, expected);
-      if (both.empty()) continue;
-      if (is_channel(both[1])) {
-        names.emplace(both[1]);
+      const auto parts = split_key(row, 2, expected);
+      if (parts.empty()) continue;
+      if (is_channel(parts[1])) {
+        names.emplace(parts[1]);
       } else {
-        add_error(row, "", quote(both[1]), expected);
+        add_error(row, "", quote(parts[1]), expected);
       }
     }
     return names;
   }
 
-  Port port_of(const Channel &channel, std::optional<uint32_t> runs) const {
+  Port port_of(const Channel &channel, std::optional<uint32_t> mode) const {
     const NamedRow row = row_of("STP_PORT", channel.name);
     const auto is_set = [&row](const char *field) {
       const auto found = row.fields.find(field);
@@ -267,23 +268,23 @@ struct RowsReader {
       if (find_field(row.table, field) == nullptr && !is_usual) port.uncovered[field] = all;
     }
     for (const uint16_t type : {STP_MCEC_TYPE1_IFI_PORT_TYPE, STP_MCEC_TYPE1_IFI_PORT_GUARD}) {
-      if (!runs) continue;
-      const char *field = field_of_parameter(type, *runs)->name;
+      if (!mode) continue;
+      const char *field = field_of_parameter(type, *mode)->name;
       port.parameters.push_back({type, word(is_set(field) ? 1 : 0)});
     }
     return port;
   }
 
   // Reads the channels with their VLANs, and one port for each channel.
-  void read_channels(Settings &settings, std::optional<uint32_t> runs) {
-    auto members = carried();
+  void read_channels(Settings &settings, std::optional<uint32_t> mode) {
+    auto members = read_members();
     for (const NamedRow &row : rows_of("STP_PORT")) {
-      parts(row, 1, "the name of an interface");
+      split_key(row, 1, "the name of an interface");
       for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"})
-        value(row, field);
+        read_value(row, field);
     }
     std::set<uint32_t> ids;
-    for (const std::string &name : channels()) {
+    for (const std::string &name : read_channel_names()) {
       Channel channel{name, 0, false, members[name] & settings.user_vlans};
       const uint32_t number = *decimal(name.substr(std::string_view("PortChannel").size()));
       const bool is_usual = name == "PortChannel" + std::to_string(number);
@@ -296,40 +297,41 @@ struct RowsReader {
         if (ids.insert(free_id).second) channel.id = free_id;
         ++free_id;
       }
-      port_at(settings, first_channel_index + channel.id) = port_of(channel, runs);
+      port_at(settings, first_channel_index + channel.id) = port_of(channel, mode);
     }
   }
 
-  Settings settings() {
+  Settings read_settings() {
     Settings read;
     read_device(read);
     // An empty value means that spanning tree is off.
-    const auto mode = value(row_of("STP", "GLOBAL"), "mode");
-    const auto runs = mode && !mode->empty() ? std::optional(word_of(*mode)) : std::nullopt;
-    read.spanning_tree = runs.has_value();
+    const auto mode_value = read_value(row_of("STP", "GLOBAL"), "mode");
+    const auto mode =
+        mode_value && !mode_value->empty() ? std::optional(word_of(*mode_value)) : std::nullopt;
+    read.spanning_tree = mode.has_value();
     read_vlans(read);
     const Vlans with_spanning_tree = read_spanning_tree_vlans(read);
-    const std::string region = region_name(runs == STP_MCEC_STP_MODE_MST, read.address);
-    const auto revision = value(row_of("STP_MST", "GLOBAL"), "revision");
-    const Bytes map = region_map();
-    if (runs == STP_MCEC_STP_MODE_RAPID_PVST) {
+    const std::string region = read_region_name(mode == STP_MCEC_STP_MODE_MST, read.address);
+    const auto revision = read_value(row_of("STP_MST", "GLOBAL"), "revision");
+    const Bytes map = read_region_map();
+    if (mode == STP_MCEC_STP_MODE_RAPID_PVST) {
       const Vlans disabled = read.user_vlans & ~with_spanning_tree;
-      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode},
+      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode_value},
                          {STP_MCEC_TYPE1_STP_ENDIS, vlan_record(disabled)}};
-      read.timers = timers(row_of("STP", "GLOBAL"));
+      read.timers = read_timers(row_of("STP", "GLOBAL"));
     } else {
       read.vlan_timers.clear();
     }
-    if (runs == STP_MCEC_STP_MODE_MST) {
+    if (mode == STP_MCEC_STP_MODE_MST) {
       const auto name = find_field("STP_MST", "name")->form->parse(region);
-      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode},
+      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode_value},
                          {STP_MCEC_TYPE1_MST_REGION_NAME, name.value_or(Bytes{})},
                          {STP_MCEC_TYPE1_MST_REGION_REVISION, revision.value_or(word(0))},
                          {STP_MCEC_TYPE1_MST_REGION_VI_MAP, map}};
-      read.timers = timers(row_of("STP_MST", "GLOBAL"));
+      read.timers = read_timers(row_of("STP_MST", "GLOBAL"));
     }
     read_domains(read);
-    read_channels(read, runs);
+    read_channels(read, mode);
     return read;
   }
 };
@@ -343,7 +345,7 @@ ReadSettings settings_of(const Rows &rows, const InputErrors &reading) {
     return {{}, {{0, 0, "", "found none of the tables that are read", one_of(tables)}}};
   }
   RowsReader reader{rows, reading};
-  Settings settings = reader.settings();
+  Settings settings = reader.read_settings();
   return {std::move(settings), std::move(reader.errors)};
 }
 

@@ -28,15 +28,15 @@ constexpr std::string_view redis_scheme = "redis://";
 constexpr std::string_view unix_scheme = "unix://";
 constexpr std::string_view tls_scheme = "rediss://";
 // Prefixes of URLs, also of those without the two slashes.
-constexpr std::array<std::string_view, 3> url_begins = {"redis:", "rediss:", "unix:"};
-constexpr const char *source_form = "redis://host, unix:///path, or a file";
-constexpr uint32_t most_database = UINT16_MAX;
+constexpr std::array<std::string_view, 3> url_prefixes = {"redis:", "rediss:", "unix:"};
+constexpr const char *source_syntax = "redis://host, unix:///path, or a file";
+constexpr uint32_t max_database = UINT16_MAX;
 
 void add_error(std::string found, std::string expected, InputErrors &errors) {
   errors.push_back({0, 0, "", std::move(found), std::move(expected)});
 }
 
-std::string decoded(std::string_view text, ParsedSource &parsed) {
+std::string percent_decode(std::string_view text, ParsedSource &parsed) {
   std::string out;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != '%') {
@@ -56,8 +56,8 @@ std::string decoded(std::string_view text, ParsedSource &parsed) {
 }
 
 // Errors do not contain the text: it may be the end of a password.
-uint32_t number(std::string_view text, const std::string &what, uint32_t least, uint32_t most,
-                ParsedSource &parsed) {
+uint32_t parse_url_number(std::string_view text, const std::string &what, uint32_t least,
+                          uint32_t most, ParsedSource &parsed) {
   const auto value = decimal(text);
   if (value && *value >= least && *value <= most) return *value;
   add_error("found an invalid " + what,
@@ -82,12 +82,13 @@ void parse_tcp(std::string_view authority, std::string_view path, ParsedSource &
               parsed.errors);
     return;
   }
-  source.place = decoded(host, parsed);
+  source.place = percent_decode(host, parsed);
   if (!port.empty()) {
-    source.port = static_cast<uint16_t>(number(port.substr(1), "port", 1, UINT16_MAX, parsed));
+    source.port =
+        static_cast<uint16_t>(parse_url_number(port.substr(1), "port", 1, UINT16_MAX, parsed));
   }
   if (path.size() > 1 || path == "?") {
-    source.database = number(path.substr(1), "database", 0, most_database, parsed);
+    source.database = parse_url_number(path.substr(1), "database", 0, max_database, parsed);
     parsed.source.has_database = true;
   }
 }
@@ -99,14 +100,15 @@ void parse_unix(std::string_view path, ParsedSource &parsed) {
   Source &source = parsed.source;
   source.kind = Source::Kind::unix_socket;
   const std::size_t end = std::min(path.find('?'), path.size());
-  source.place = decoded(path.substr(0, end), parsed);
+  source.place = percent_decode(path.substr(0, end), parsed);
   if (source.place.size() > longest) {
     add_error("found a path of " + std::to_string(source.place.size()) + " bytes",
               "one of at most " + std::to_string(longest), parsed.errors);
   }
   const std::string_view query = path.substr(end);
   if (query.starts_with(database)) {
-    source.database = number(query.substr(database.size()), "database", 0, most_database, parsed);
+    source.database =
+        parse_url_number(query.substr(database.size()), "database", 0, max_database, parsed);
     parsed.source.has_database = true;
   } else if (!query.empty()) {
     add_error("found other text after the path", "?db=N", parsed.errors);
@@ -120,8 +122,8 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
   if (const std::size_t at = authority.rfind('@'); at != authority.npos) {
     const std::string_view login = authority.substr(0, at);
     const std::size_t end = std::min(login.find(':'), login.size());
-    source.user = decoded(login.substr(0, end), parsed);
-    source.password = decoded(login.substr(std::min(end + 1, login.size())), parsed);
+    source.user = percent_decode(login.substr(0, end), parsed);
+    source.password = percent_decode(login.substr(std::min(end + 1, login.size())), parsed);
     authority.remove_prefix(at + 1);
     source.label = printable(std::string(scheme) + std::string(login.substr(0, end)) +
                              (end > 0 ? "@" : "") + std::string(authority) + std::string(path));
@@ -138,16 +140,16 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
   }
 }
 
-bool begins_url(std::string_view text) {
+bool has_url_prefix(std::string_view text) {
   const std::string lower = key_of(text.substr(0, text.find(':') + 1));
-  return std::find(url_begins.begin(), url_begins.end(), lower) != url_begins.end();
+  return std::find(url_prefixes.begin(), url_prefixes.end(), lower) != url_prefixes.end();
 }
 
 // Returns the position of the colon after the first scheme in a text, or npos.
 std::size_t find_scheme_end(std::string_view text) {
   const std::string lower = key_of(text);  // the same positions
   std::size_t end = lower.find("://");
-  for (const std::string_view begin : url_begins) {
+  for (const std::string_view begin : url_prefixes) {
     const std::size_t at = lower.find(begin);
     if (at != lower.npos) end = std::min(end, at + begin.size() - 1);
   }
@@ -164,10 +166,10 @@ std::string without_login(std::string_view text, std::size_t colon) {
 
 // --- credentials ---
 
-constexpr const char *credential_form =
+constexpr const char *credential_syntax =
     "a source without a login, a user or nothing, and a password, separated by tabs";
 
-Databases databases_of(const Source &source) {
+DatabaseKey database_key(const Source &source) {
   std::string place = source.place;
   const bool is_host = source.kind == Source::Kind::tcp;
   if (is_host) {
@@ -187,7 +189,7 @@ std::string add_credential(const std::vector<std::string_view> &fields, Credenti
   const Source &source = parsed.source;
   if (!parsed.errors.empty() || source.kind == Source::Kind::file) return "found no database";
   if (fields[0].find('@') != std::string_view::npos) return "found a source with a login";
-  Databases databases = databases_of(source);
+  DatabaseKey databases = database_key(source);
   if (!parsed.source.has_database) std::get<std::optional<uint32_t>>(databases).reset();
   const Login login{std::string(fields[1]), std::string(fields[2])};
   return credentials.emplace(databases, login).second ? "" : "found a source twice";
@@ -228,8 +230,8 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
   source.place = text;
   const std::size_t colon = text.find("://");
   if (colon == text.npos || text.substr(0, colon).find('/') != text.npos) {
-    if (begins_url(text)) {
-      add_error("found a URL without '//' after its scheme", source_form, parsed.errors);
+    if (has_url_prefix(text)) {
+      add_error("found a URL without '//' after its scheme", source_syntax, parsed.errors);
     }
     return parsed;
   }
@@ -238,7 +240,7 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
     add_error("found 'rediss://', and TLS is not supported",
               "redis:// or unix:// through ssh -L or stunnel, which encrypt", parsed.errors);
   } else if (scheme != redis_scheme && scheme != unix_scheme) {
-    add_error("found '" + printable(scheme) + "'", source_form, parsed.errors);
+    add_error("found '" + printable(scheme) + "'", source_syntax, parsed.errors);
   } else {
     parse_url(scheme, text.substr(scheme.size()), parsed);
   }
@@ -261,7 +263,7 @@ Credentials read_credentials(std::string_view text, InputErrors &errors) {
   Credentials credentials;
   for (const TabbedLine &line : read_tabbed(text)) {
     const std::string problem = add_credential(line.fields, credentials);
-    if (!problem.empty()) errors.push_back({line.number, 1, "", problem, credential_form});
+    if (!problem.empty()) errors.push_back({line.number, 1, "", problem, credential_syntax});
   }
   return credentials;
 }
@@ -279,7 +281,7 @@ Credentials load_credentials(const std::string &path, InputErrors &errors) {
 
 void apply_credentials(const Credentials &credentials, Source &source) {
   if (source.kind == Source::Kind::file || !source.password.empty()) return;
-  Databases databases = databases_of(source);
+  DatabaseKey databases = database_key(source);
   auto found = credentials.find(databases);
   if (found == credentials.end()) {
     std::get<std::optional<uint32_t>>(databases).reset();

@@ -60,9 +60,9 @@ struct Login {
 };
 
 // Kind, place and port of a server, and the number of a database; nullopt: all its databases.
-using Databases = std::tuple<Source::Kind, std::string, uint16_t, std::optional<uint32_t>>;
+using DatabaseKey = std::tuple<Source::Kind, std::string, uint16_t, std::optional<uint32_t>>;
 
-using Credentials = std::map<Databases, Login>;
+using Credentials = std::map<DatabaseKey, Login>;
 
 // Parses credentials. Errors contain no text of the lines.
 Credentials read_credentials(std::string_view text, InputErrors &errors);

@@ -15,12 +15,12 @@ bool is_blank(char c) {
 }
 
 // Parses a number that follows a prefix.
-std::optional<uint32_t> behind(std::string_view word, std::string_view text) {
+std::optional<uint32_t> parse_after(std::string_view word, std::string_view text) {
   return text.starts_with(word) ? decimal(text.substr(word.size())) : std::nullopt;
 }
 
 // Returns nullopt if there are blanks between two digits: a comma may be missing.
-std::optional<std::string> without_blanks(std::string_view text) {
+std::optional<std::string> remove_blanks(std::string_view text) {
   std::string rest;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (is_blank(text[i])) continue;
@@ -47,7 +47,7 @@ std::optional<uint32_t> decimal(std::string_view text) {
 }
 
 std::optional<uint32_t> vlan_of(std::string_view name) {
-  const auto vlan = behind("Vlan", name);
+  const auto vlan = parse_after("Vlan", name);
   // Interface names are exact: "Vlan010" is not Vlan10.
   return vlan && (vlan > last_vlan || vlan_name(*vlan) == name) ? vlan : std::nullopt;
 }
@@ -57,12 +57,12 @@ std::string vlan_name(uint32_t vlan) {
 }
 
 bool is_channel(std::string_view name) {
-  return behind("PortChannel", name).has_value();
+  return parse_after("PortChannel", name).has_value();
 }
 
 std::optional<uint32_t> instance_of_key(std::string_view key) {
   for (const char *word : {"MST_INSTANCE|", "MST_INSTANCE:INSTANCE", ""}) {
-    if (const auto instance = behind(word, key)) return instance;
+    if (const auto instance = parse_after(word, key)) return instance;
   }
   return std::nullopt;
 }
@@ -88,15 +88,15 @@ std::string joined(const FieldValue &value) {
 }
 
 ParsedRanges parse_member(std::string_view member) {
-  const auto rest = without_blanks(member);
+  const auto rest = remove_blanks(member);
   if (!rest) return {{}, RangeFault::no_list};
   const std::vector<std::string_view> ends = split(*rest, '-');
   const char *word = rest->starts_with('V') ? "Vlan" : "";
-  const auto first = behind(word, ends.front());
-  const auto last = behind(word, ends.back());
+  const auto first = parse_after(word, ends.front());
+  const auto last = parse_after(word, ends.back());
   if (ends.size() > 2 || !first || !last) return {{}, RangeFault::no_list};
   if (*first < first_vlan || *first > last_vlan || *last < first_vlan || *last > last_vlan) {
-    return {{}, RangeFault::too_great};
+    return {{}, RangeFault::out_of_range};
   }
   if (*first > *last) return {{}, RangeFault::reversed};
   return {{{*first, *last}}, RangeFault::none};

@@ -24,7 +24,7 @@ ChildProcess::~ChildProcess() {
   reap(*this);
 }
 
-ChildProcess start_child(const std::function<void()> &life) {
+ChildProcess start_child(const std::function<void()> &body) {
   ChildProcess child;
   const pid_t lab = getpid();
   child.pid = fork();
@@ -34,10 +34,10 @@ ChildProcess start_child(const std::function<void()> &life) {
   if (child.pid > 0) return child;
   // The stack below belongs to the parent: never return from here.
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  leave_signals_to_the_lab();
+  reset_child_signals();
   if (getppid() != lab) _exit(1);
   try {
-    life();
+    body();
   } catch (...) {
     _exit(1);
   }

@@ -19,7 +19,7 @@ struct ChildProcess {
 
 // Runs a function in a new process, which then exits: with status 0, or 1 after an exception.
 // Throws std::system_error.
-ChildProcess start_child(const std::function<void()> &life);
+ChildProcess start_child(const std::function<void()> &body);
 
 // Waits for the process to exit. Returns its status as waitpid() does, -1 on error.
 int reap(ChildProcess &child);

@@ -19,15 +19,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t largest_file = most_mebibytes << 20;
-constexpr std::size_t piece = 65536;
+constexpr std::size_t max_file_bytes = max_mebibytes << 20;
+constexpr std::size_t read_bytes = 65536;
 // A pipe that is ready for writing accepts this many bytes without blocking (PIPE_BUF).
-constexpr std::size_t pipe_piece = 4096;
+constexpr std::size_t pipe_bytes = 4096;
 // The kernel's limit.
-constexpr int most_links = 40;
+constexpr int max_links = 40;
 
 // Returns true if a signal interrupted the call. Throws Interrupted if the signal stops the lab.
-bool is_to_be_tried_again() {
+bool should_retry() {
   if (errno != EINTR) return false;
   if (interrupted()) throw Interrupted{};
   return true;
@@ -37,7 +37,7 @@ int open_file(const std::string &path, int flags) {
   int file = -1;
   do {
     file = open(path.c_str(), flags | O_CLOEXEC);
-  } while (file < 0 && is_to_be_tried_again());
+  } while (file < 0 && should_retry());
   return file;
 }
 
@@ -66,7 +66,7 @@ std::optional<int> named_descriptor(std::string_view path) {
 // Follows symbolic links. The target need not exist.
 fs::path without_links(fs::path path) {
   std::error_code error;
-  for (int i = 0; i < most_links && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
+  for (int i = 0; i < max_links && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
     const fs::path target = fs::read_symlink(path, error);
     if (error) break;
     path = path.parent_path() / target;
@@ -119,20 +119,20 @@ bool Descriptor::close() {
 }
 
 std::string read_all(int file, std::string &text) {
-  char buffer[piece];
+  char buffer[read_bytes];
   const bool waits = !is_regular(file);
   while (true) {
     if (waits) wait_for(file, POLLIN);
-    const ssize_t got = read(file, buffer, sizeof buffer);
+    const ssize_t count = read(file, buffer, sizeof buffer);
     if (interrupted()) throw Interrupted{};
-    if (got == 0) return "";
-    if (got < 0) {
-      if (is_to_be_tried_again() || errno == EAGAIN) continue;
+    if (count == 0) return "";
+    if (count < 0) {
+      if (should_retry() || errno == EAGAIN) continue;
       return std::strerror(errno);
     }
-    text.append(buffer, static_cast<std::size_t>(got));
-    if (text.size() > largest_file) {
-      return "it is larger than " + std::to_string(most_mebibytes) + " MiB";
+    text.append(buffer, static_cast<std::size_t>(count));
+    if (text.size() > max_file_bytes) {
+      return "it is larger than " + std::to_string(max_mebibytes) + " MiB";
     }
   }
 }
@@ -141,11 +141,11 @@ std::string write_all(int file, std::string_view text) {
   const bool waits = !is_regular(file);
   while (!text.empty()) {
     if (waits) wait_for(file, POLLOUT);
-    const std::string_view part = waits ? text.substr(0, pipe_piece) : text;
+    const std::string_view part = waits ? text.substr(0, pipe_bytes) : text;
     const ssize_t written = write(file, part.data(), part.size());
     if (written >= 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (!is_to_be_tried_again() && errno != EAGAIN) {
+    } else if (!should_retry() && errno != EAGAIN) {
       return std::strerror(errno);
     }
   }
@@ -181,8 +181,8 @@ bool is_same_file(const std::string &a, const std::string &b) {
   const bool has_first = stat(a.c_str(), &first) == 0;
   if (has_first != (stat(b.c_str(), &second) == 0)) return false;
   if (has_first) {
-    const bool is_kept = S_ISCHR(first.st_mode);  // /dev/null can be written to twice
-    return first.st_dev == second.st_dev && first.st_ino == second.st_ino && !is_kept;
+    const bool is_exempt = S_ISCHR(first.st_mode);  // /dev/null can be written to twice
+    return first.st_dev == second.st_dev && first.st_ino == second.st_ino && !is_exempt;
   }
   const auto full = [](const std::string &path) {
     std::error_code error;

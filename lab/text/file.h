@@ -10,7 +10,7 @@
 namespace lab {
 
 // The size limit of a file that the lab reads.
-constexpr std::size_t most_mebibytes = 64;
+constexpr std::size_t max_mebibytes = 64;
 
 // An open file. The destructor closes it.
 struct Descriptor {

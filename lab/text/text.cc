@@ -16,7 +16,7 @@ namespace lab {
 namespace {
 
 // A longer list of names is shortened.
-constexpr std::size_t most_names = 9;
+constexpr std::size_t max_names = 9;
 
 // Returns the edit distance: substitutions, insertions, deletions and swaps of adjacent characters.
 std::size_t distance(std::string_view a, std::string_view b) {
@@ -137,7 +137,7 @@ ParsedRanges parse_ranges(std::string_view text, uint32_t most) {
     const auto first = parse_number(part.substr(0, dash));
     const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
     if (!first || !last) return {{}, RangeFault::no_list};
-    if (*first > most || *last > most) return {{}, RangeFault::too_great};
+    if (*first > most || *last > most) return {{}, RangeFault::out_of_range};
     if (*first > *last) return {{}, RangeFault::reversed};
     parsed.ranges.emplace_back(*first, *last);
   }
@@ -180,13 +180,13 @@ std::string one_of(const std::vector<std::string> &names) {
 std::string one_of(const std::vector<std::string> &names, std::string_view given) {
   std::vector<std::string> ordered = names;
   const std::string key = key_of(given.substr(0, 64));
-  const auto unlike = [&key](const std::string &name) { return distance(key_of(name), key); };
+  const auto distance_to = [&key](const std::string &name) { return distance(key_of(name), key); };
   const auto nearest = std::min_element(
       ordered.begin(), ordered.end(),
-      [&](const std::string &a, const std::string &b) { return unlike(a) < unlike(b); });
-  const bool is_near = nearest != ordered.end() && unlike(*nearest) * 2 <= nearest->size();
+      [&](const std::string &a, const std::string &b) { return distance_to(a) < distance_to(b); });
+  const bool is_near = nearest != ordered.end() && distance_to(*nearest) * 2 <= nearest->size();
   if (is_near) std::rotate(ordered.begin(), nearest, nearest + 1);
-  if (ordered.size() <= most_names) return one_of(ordered);
+  if (ordered.size() <= max_names) return one_of(ordered);
   ordered.resize(is_near ? 1 : 4);
   return one_of(ordered) + ", or one of " + std::to_string(names.size() - ordered.size()) + " more";
 }

@@ -34,7 +34,7 @@ std::string hash_text(std::string_view text);
 
 using Ranges = std::vector<std::pair<uint32_t, uint32_t>>;
 
-enum class RangeFault { none, no_list, reversed, too_great };
+enum class RangeFault { none, no_list, reversed, out_of_range };
 
 struct ParsedRanges {
   Ranges ranges;  // in the order of the text; empty with a fault

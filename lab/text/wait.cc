@@ -14,15 +14,15 @@ namespace lab {
 namespace {
 
 // For an orderly exit, in seconds.
-constexpr unsigned longest_end = 1;
-constexpr int status_of_interrupted = 2;
+constexpr unsigned exit_seconds = 1;
+constexpr int interrupted_status = 2;
 
 volatile std::sig_atomic_t stop_signal = 0;
 int signal_file = -1;
 
-void note_signal(int number) {
+void on_stop_signal(int number) {
   // A second signal does not extend the time.
-  if (stop_signal == 0) alarm(longest_end);
+  if (stop_signal == 0) alarm(exit_seconds);
   stop_signal = number;
   constexpr uint64_t one = 1;
   if (signal_file >= 0) {
@@ -31,16 +31,16 @@ void note_signal(int number) {
 }
 
 // A signal handler: only async-signal-safe calls. Standard error may be a full pipe, too.
-void end_now(int) {
+void on_alarm(int) {
   constexpr char text[] = "mcec-lab: interrupted\n";
   pollfd error = {STDERR_FILENO, POLLOUT, 0};
   if (poll(&error, 1, 0) == 1 && (error.revents & POLLOUT) != 0) {
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, sizeof text - 1);
   }
-  _exit(status_of_interrupted);
+  _exit(interrupted_status);
 }
 
-void handle(int number, void (*handler)(int)) {
+void set_handler(int number, void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;  // without SA_RESTART, so that system calls return EINTR
   sigaction(number, &action, nullptr);
@@ -49,13 +49,13 @@ void handle(int number, void (*handler)(int)) {
 }  // namespace
 
 void stop_on_signals() {
-  handle(SIGALRM, end_now);
-  handle(SIGINT, note_signal);
-  handle(SIGTERM, note_signal);
+  set_handler(SIGALRM, on_alarm);
+  set_handler(SIGINT, on_stop_signal);
+  set_handler(SIGTERM, on_stop_signal);
   // Under nohup, SIGHUP stays ignored.
   struct sigaction hang_up {};
   if (sigaction(SIGHUP, nullptr, &hang_up) == 0 && hang_up.sa_handler != SIG_IGN) {
-    handle(SIGHUP, note_signal);
+    set_handler(SIGHUP, on_stop_signal);
   }
 }
 
@@ -69,7 +69,7 @@ int stop_signal_file() {
   return signal_file;
 }
 
-void leave_signals_to_the_lab() {
+void reset_child_signals() {
   alarm(0);
   std::signal(SIGALRM, SIG_DFL);
   std::signal(SIGINT, SIG_IGN);
@@ -87,13 +87,13 @@ void wait(std::vector<pollfd> &files, TimePoint until) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
   const timespec time{seconds.count(), std::chrono::nanoseconds(left - seconds).count()};
   // Block the signals until ppoll(), so that none is missed after the check of interrupted().
-  sigset_t stopping;
-  sigemptyset(&stopping);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stopping, signal);
-  sigset_t usual;
-  sigprocmask(SIG_BLOCK, &stopping, &usual);
-  if (!interrupted()) ppoll(files.data(), files.size(), &time, &usual);
-  sigprocmask(SIG_SETMASK, &usual, nullptr);
+  sigset_t stop_signals;
+  sigemptyset(&stop_signals);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stop_signals, signal);
+  sigset_t original;
+  sigprocmask(SIG_BLOCK, &stop_signals, &original);
+  if (!interrupted()) ppoll(files.data(), files.size(), &time, &original);
+  sigprocmask(SIG_SETMASK, &original, nullptr);
   if (interrupted()) throw Interrupted{};
 }
 

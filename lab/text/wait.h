@@ -27,7 +27,7 @@ int stop_signal_file();
 
 // Resets the signal handling in a child process: only the lab stops its children. Discards a signal
 // that arrived during fork().
-void leave_signals_to_the_lab();
+void reset_child_signals();
 
 // Waits until one of the files is ready or the deadline passes. Throws Interrupted.
 void wait(std::vector<pollfd> &files, TimePoint until);

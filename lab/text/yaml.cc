@@ -25,7 +25,7 @@ std::string key_text(const YAML::Node &key) {
 }
 
 // Detects the key '2' without a value in "{vlans: 1,2}".
-bool is_torn_list(const std::string &key, const YAML::Node &value) {
+bool is_split_list(const std::string &key, const YAML::Node &value) {
   return value.IsNull() && parse_ranges(key, UINT32_MAX).fault == RangeFault::none;
 }
 
@@ -33,7 +33,7 @@ constexpr char no_merge_keys[] =
     "the keys themselves, or an alias for the whole mapping: merge keys are not supported";
 
 // Records where a document begins.
-struct DocumentPlace : YAML::EventHandler {
+struct DocumentStart : YAML::EventHandler {
   using Style = YAML::EmitterStyle::value;
   YAML::Mark mark = YAML::Mark::null_mark();
 
@@ -51,18 +51,18 @@ struct DocumentPlace : YAML::EventHandler {
 
 // Finds the first two documents of a text. YAML::LoadAll never returns for a text with a comma
 // outside of all lists: it finds empty documents without end.
-std::array<DocumentPlace, 2> documents_of(const std::string &text) {
+std::array<DocumentStart, 2> find_documents(const std::string &text) {
   std::istringstream stream(text);
   YAML::Parser parser(stream);
-  std::array<DocumentPlace, 2> places;
-  if (parser.HandleNextDocument(places[0])) parser.HandleNextDocument(places[1]);
-  return places;
+  std::array<DocumentStart, 2> starts;
+  if (parser.HandleNextDocument(starts[0])) parser.HandleNextDocument(starts[1]);
+  return starts;
 }
 
 // Describes a syntax error. Omits the text after a colon: there the parser quotes the file, which
 // may contain secrets.
-InputError no_yaml(const std::string &text, const YAML::Exception &problem,
-                   const std::string &what) {
+InputError syntax_error(const std::string &text, const YAML::Exception &problem,
+                        const std::string &what) {
   const YAML::Mark &mark = problem.mark;
   InputError error{std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "",
                    "invalid YAML: " + problem.msg.substr(0, problem.msg.find(':')),
@@ -108,7 +108,7 @@ bool Reader::entries(const YAML::Node &node, const std::string &what,
       add_error(pair.first, "found '" + printable(key) + "' twice", "each key once");
     } else if (key == "<<") {
       add_error(pair.first, "found '<<'", no_merge_keys);
-    } else if (is_torn_list(key, pair.second) && seen.size() > 1) {
+    } else if (is_split_list(key, pair.second) && seen.size() > 1) {
       add_error(pair.first, "found '" + printable(key) + "' after a comma",
                 "a list of numbers in quotation marks: \"1,2\"");
     } else {
@@ -219,7 +219,7 @@ Bytes Reader::bytes(const YAML::Node &node, const std::string &what) {
 void read_yaml(const std::string &text, const std::string &what, Reader &reader,
                const std::function<void(const YAML::Node &)> &read, YamlRoot expected) {
   try {
-    const auto [first, second] = documents_of(text);
+    const auto [first, second] = find_documents(text);
     if (first.mark.is_null()) {
       reader.errors.push_back({1, 1, "", "the file is empty", what + " in YAML"});
     } else {
@@ -240,7 +240,7 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
                                "found a second document", "one document"});
     }
   } catch (const YAML::Exception &problem) {
-    reader.errors.push_back(no_yaml(text, problem, what));
+    reader.errors.push_back(syntax_error(text, problem, what));
   }
 }
 
