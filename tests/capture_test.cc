@@ -21,7 +21,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
       {"\x1f\x8b\x08", std::string(": found gzip-compressed data") + a_dump},
       {std::string("{\0}\0", 4), std::string(": found UTF-16, not UTF-8") + a_dump},
       {"login:\n\n {}", std::string("line 1, column 1: found text before the JSON, which "
-                                    "begins at line 3") +
+                                    "begins at line 3, column 2") +
                             a_dump},
       {"{}", std::string(": found an empty object") + a_dump},
       {"{\"ö\":\n \"ö\" x", "line 2, column 6" + no_json + "invalid literal" + a_dump},

@@ -100,9 +100,7 @@ FileWatch::FileWatch(Loop &loop, int file, Callback callback) {
 void FileWatch::wait_for(int events) {
   if (events == std::exchange(handle->events, events)) return;
   const auto ready = [](uv_poll_t *raw, int, int) { call_back(raw); };
-  check_uv(events == 0 ? uv_poll_stop(&handle->raw.poll)
-                       : uv_poll_start(&handle->raw.poll, events, ready),
-           "cannot watch a file");
+  check_uv(uv_poll_start(&handle->raw.poll, events, ready), "cannot watch a file");
 }
 
 SignalWatch::SignalWatch(Loop &loop, int number, Callback callback)

@@ -55,7 +55,7 @@ struct Timer {
 struct FileWatch {
   FileWatch(Loop &loop, int file, Callback callback);
 
-  void wait_for(int events);  // UV_READABLE, UV_WRITABLE, both, or 0 to pause
+  void wait_for(int events);  // UV_READABLE and UV_WRITABLE, or one of them
 
   OpenHandle handle;
 };

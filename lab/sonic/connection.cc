@@ -182,10 +182,10 @@ Connection connect_to(const Source &source, const std::string &address, const Re
   const bool is_path = source.kind == Source::Kind::unix_socket;
   redisContext *context = is_path ? redisConnectUnixNonBlock(source.place.c_str())
                                   : redisConnectNonBlock(address.c_str(), source.port);
-  static uint64_t connections = 0;
+
   Connection connection;
   connection.context.reset(context);
-  connection.id = ++connections;
+
   connection.place = printable(source.place);
   if (!is_path) connection.place += ":" + std::to_string(source.port);
   connection.limits = limits;
@@ -200,7 +200,7 @@ Connection connect_to(const Source &source, const std::string &address, const Re
   return connection;
 }
 
-void send_request(Connection &connection, TimePoint now, RequestKind kind,
+void send_request(Connection &connection, TimePoint now, Query kind,
                   const std::vector<std::string> &words) {
   std::vector<const char *> texts;
   std::vector<std::size_t> lengths;
@@ -214,7 +214,7 @@ void send_request(Connection &connection, TimePoint now, RequestKind kind,
   }
   if (connection.pending.empty()) connection.last_answer = now;
   connection.is_writing = true;
-  connection.pending.push_back({kind, kind == RequestKind::row ? words.back() : ""});
+  connection.pending.push_back({kind, kind == Query::row ? words.back() : ""});
 }
 
 void log_in(const Source &source, Connection &connection, TimePoint now) {
@@ -222,18 +222,18 @@ void log_in(const Source &source, Connection &connection, TimePoint now) {
   std::vector<std::string> words = {"AUTH"};
   if (!source.user.empty()) words.push_back(source.user);
   words.push_back(source.password);
-  send_request(connection, now, RequestKind::login, words);
+  send_request(connection, now, Query::login, words);
 }
 
-PendingRequest take_request(Connection &connection, TimePoint now) {
+PendingQuery take_query(Connection &connection, TimePoint now) {
   if (connection.pending.empty()) throw_protocol_error("an unexpected answer");
   connection.last_answer = now;
-  PendingRequest request = std::move(connection.pending.front());
+  PendingQuery request = std::move(connection.pending.front());
   connection.pending.pop_front();
   return request;
 }
 
-void throw_server_error(RequestKind kind, std::string_view error, const ReadLimits &limits) {
+void throw_server_error(Query kind, std::string_view error, const ReadLimits &limits) {
   const auto has_code = [error](const char *word) { return error.starts_with(word); };
   if (has_code("LOADING")) throw ConnectionError{"the server is loading its data"};
   if (has_code("NOAUTH")) throw ConnectionError{"the server requires a password", true};
@@ -241,11 +241,11 @@ void throw_server_error(RequestKind kind, std::string_view error, const ReadLimi
   if (text.empty()) text = "the server answers with an error";
   if (has_code("NOPERM")) throw ConnectionError{text, true};
   // The answer to AUTH may quote the password: do not show it.
-  if (kind == RequestKind::login && !has_code("ERR max number of clients") && !has_code("DENIED")) {
+  if (kind == Query::login && !has_code("ERR max number of clients") && !has_code("DENIED")) {
     throw ConnectionError{"the password is refused", true};
   }
   // A database number that the server does not have stays invalid.
-  throw ConnectionError{text, kind == RequestKind::select};
+  throw ConnectionError{text, kind == Query::select};
 }
 
 std::string_view text_of(const redisReply &reply) {

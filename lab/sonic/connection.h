@@ -23,7 +23,7 @@ struct FreeContext {
   void operator()(redisContext *context) const { redisFree(context); }
 };
 
-enum class RequestKind {
+enum class Query {
   login,
   select,
   subscribe,
@@ -35,19 +35,19 @@ enum class RequestKind {
   fence,
 };
 
-struct PendingRequest {
-  RequestKind kind;
+struct PendingQuery {
+  Query kind;
   std::string row;  // of Ask::row
 };
 
 struct Connection {
   std::unique_ptr<redisContext, FreeContext> context;
-  uint64_t id = 0;    // unique for each context
+
   std::string place;  // "host:port" or a path
   ReadLimits limits;
   bool connected = false;
   bool is_writing = false;  // requests are buffered
-  std::deque<PendingRequest> pending;
+  std::deque<PendingQuery> pending;
   TimePoint last_answer;  // the last complete answer, or the first request after a quiet time
 
   bool is_redis = false;  // at least one answer was complete
@@ -91,16 +91,15 @@ Resolver start_resolver(const std::string &host, TimePoint due);
 // Starts to connect to `address`, or to the path of a Unix socket.
 Connection connect_to(const Source &source, const std::string &address, const ReadLimits &limits);
 
-void send_request(Connection &connection, TimePoint now, RequestKind kind,
+void send_request(Connection &connection, TimePoint now, Query kind,
                   const std::vector<std::string> &words);
 void log_in(const Source &source, Connection &connection, TimePoint now);
 
 // Removes and returns the request that the received answer belongs to.
-PendingRequest take_request(Connection &connection, TimePoint now);
+PendingQuery take_query(Connection &connection, TimePoint now);
 
 // Throws ConnectionError for an error that the server answered.
-[[noreturn]] void throw_server_error(RequestKind kind, std::string_view error,
-                                     const ReadLimits &limits);
+[[noreturn]] void throw_server_error(Query kind, std::string_view error, const ReadLimits &limits);
 
 std::string_view text_of(const redisReply &reply);
 

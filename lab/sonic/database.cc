@@ -42,13 +42,12 @@ void open_connections(Database &database, TimePoint now) {
   database.rows = connect_to(source, address, database.limits);
   database.changes = connect_to(source, address, database.limits);
   log_in(source, database.rows, now);
-  send_request(database.rows, now, RequestKind::select,
-               {"SELECT", std::to_string(source.database)});
+  send_request(database.rows, now, Query::select, {"SELECT", std::to_string(source.database)});
   log_in(source, database.changes, now);
   // One request per table: without a login, a server that requires one limits the number of
   // arguments, and a larger request gets a protocol error instead of NOAUTH.
   for (const std::string &table : tables_read()) {
-    send_request(database.changes, now, RequestKind::subscribe,
+    send_request(database.changes, now, Query::subscribe,
                  {"PSUBSCRIBE", channel_of(database, table + "|*")});
   }
 }
@@ -97,14 +96,10 @@ void close_after(Database &database, const ConnectionError &error, TimePoint now
 
 // --- readings ---
 
-void request_keys(Database &database, const std::string &cursor, TimePoint now) {
-  send_request(database.rows, now, RequestKind::scan, {"SCAN", cursor, "COUNT", scan_count});
-}
-
 void request_rows(Database &database, TimePoint now) {
   std::deque<std::string> &unrequested = database.reading->unrequested;
   while (!unrequested.empty() && database.rows.pending.size() < max_pending_rows) {
-    send_request(database.rows, now, RequestKind::row, {"HGETALL", unrequested.front()});
+    send_request(database.rows, now, Query::row, {"HGETALL", unrequested.front()});
     unrequested.pop_front();
   }
 }
@@ -118,11 +113,8 @@ void begin_reading(Database &database, TimePoint now, bool is_whole) {
     return request_rows(database, now);
   }
   database.reading.emplace();
-  if (!database.refuses_config) {
-    send_request(database.rows, now, RequestKind::config,
-                 {"CONFIG", "GET", "notify-keyspace-events"});
-  }
-  request_keys(database, "0", now);
+  send_request(database.rows, now, Query::config, {"CONFIG", "GET", "notify-keyspace-events"});
+  send_request(database.rows, now, Query::scan, {"SCAN", "0", "COUNT", scan_count});
 }
 
 // Returns true if the rows or their errors changed.
@@ -137,7 +129,7 @@ void end_partial_reading(Database &database, Reading read, TimePoint now) {
   if (database.keys) *database.keys += read.row_delta;
   if (database.changes.context == nullptr) return;
   // The answer follows the notifications of all changes made before these rows were read.
-  send_request(database.changes, now, RequestKind::fence, {"PING"});
+  send_request(database.changes, now, Query::fence, {"PING"});
   database.is_fenced = true;
 }
 
@@ -180,8 +172,7 @@ bool settle_changes(Database &database, TimePoint now) {
 void handle_size(Database &database, const redisReply &reply, TimePoint now) {
   database.answers_size = reply.type != REDIS_REPLY_ERROR;  // an ACL may forbid DBSIZE
   if (!database.answers_size) return;
-  if (reply.type != REDIS_REPLY_INTEGER)
-    throw_protocol_error("an answer to DBSIZE that is not a number");
+  if (reply.type != REDIS_REPLY_INTEGER) throw_protocol_error("DBSIZE without a number");
   if (!database.keys) {
     database.keys = reply.integer;
   } else if (!database.changed.empty() || database.is_fenced || database.reading) {
@@ -193,27 +184,30 @@ void handle_size(Database &database, const redisReply &reply, TimePoint now) {
   }
 }
 
+// Returns true if the connection can continue: a row has another type, or an ACL forbids a command
+// that is optional.
+bool is_expected_error(Query kind, std::string_view error) {
+  if (kind == Query::row) return error.starts_with("WRONGTYPE");
+  return (kind == Query::config || kind == Query::size) && !error.starts_with("LOADING");
+}
+
 void handle_answer(Database &database, const redisReply &reply, TimePoint now) {
-  const PendingRequest request = take_request(database.rows, now);
-  const std::string_view error = text_of(reply);
-  const bool is_handled = request.kind == RequestKind::row ? error.starts_with("WRONGTYPE")
-                                                           : (request.kind == RequestKind::config ||
-                                                              request.kind == RequestKind::size) &&
-                                                                 !error.starts_with("LOADING");
-  const bool is_error = reply.type == REDIS_REPLY_ERROR;
-  if (is_error && !is_handled) throw_server_error(request.kind, error, database.limits);
-  if (request.kind == RequestKind::config) {
-    database.refuses_config = is_error;
+  const auto [kind, row] = take_query(database.rows, now);
+  if (reply.type == REDIS_REPLY_ERROR && !is_expected_error(kind, text_of(reply))) {
+    throw_server_error(kind, text_of(reply), database.limits);
+  }
+  if (kind == Query::config) {
     database.snapshot.notifications =
         database.changes.context != nullptr && has_notifications(reply);
-  }
-  if (request.kind == RequestKind::scan) {
+  } else if (kind == Query::scan) {
     const std::string cursor = add_keys(*database.reading, reply, database.limits);
-    if (cursor != "0") request_keys(database, cursor, now);
+    if (cursor == "0") return;
+    send_request(database.rows, now, Query::scan, {"SCAN", cursor, "COUNT", scan_count});
+  } else if (kind == Query::size) {
+    handle_size(database, reply, now);
+  } else if (kind == Query::row) {
+    add_row(*database.reading, row, reply, database.limits);
   }
-  if (request.kind == RequestKind::size) handle_size(database, reply, now);
-  if (request.kind == RequestKind::row)
-    add_row(*database.reading, request.row, reply, database.limits);
 }
 
 void handle_notification(Database &database, const redisReply &reply, TimePoint now) {
@@ -222,12 +216,11 @@ void handle_notification(Database &database, const redisReply &reply, TimePoint 
     if (database.changed.size() <= database.limits.changed_rows) database.changed.insert(*row);
     return;
   }
-  const PendingRequest request = take_request(database.changes, now);
-  if (request.kind == RequestKind::fence) database.is_fenced = false;
+  const PendingQuery query = take_query(database.changes, now);
+  if (query.kind == Query::fence) database.is_fenced = false;
   if (reply.type != REDIS_REPLY_ERROR) return;
-  const bool is_forbidden =
-      request.kind == RequestKind::subscribe && text_of(reply).starts_with("NOPERM");
-  if (!is_forbidden) throw_server_error(request.kind, text_of(reply), database.limits);
+  const bool is_forbidden = query.kind == Query::subscribe && text_of(reply).starts_with("NOPERM");
+  if (!is_forbidden) throw_server_error(query.kind, text_of(reply), database.limits);
   database.changes = Connection{};
 }
 
@@ -252,7 +245,7 @@ void send_pings(Database &database, TimePoint now) {
     const bool has_size = !asks_size || database.keys;
     const auto pause = has_size ? database.intervals.sign_of_life : Clock::duration{};
     if (!is_quiet(*connection, now, pause)) continue;
-    send_request(*connection, now, asks_size ? RequestKind::size : RequestKind::ping,
+    send_request(*connection, now, asks_size ? Query::size : Query::ping,
                  {asks_size ? "DBSIZE" : "PING"});
   }
 }

@@ -31,8 +31,7 @@ struct ReadIntervals {
 struct DatabaseSession {
   std::optional<Resolver> resolver;
   Connection rows;
-  Connection changes;           // without a context: the server does not permit subscriptions
-  bool refuses_config = false;  // the server refuses CONFIG GET
+  Connection changes;  // without a context: the server does not permit subscriptions
 
   // Keys in the database, by DBSIZE, adjusted for the rows added and removed since.
   std::optional<int64_t> keys;

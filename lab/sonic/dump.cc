@@ -31,16 +31,12 @@ std::optional<InputError> find_other_text(std::string_view text) {
     return error(text.empty() ? "found empty input" : "found only white space");
   }
   if (text[first] == '{' || text[first] == '[') return std::nullopt;
-  int number = 1;
-  for (std::string_view rest = text;; ++number) {
-    const std::size_t begin = rest.find_first_not_of(" \t\r");
-    if (begin != rest.npos && rest[begin] == '{') break;
-    const std::size_t end = rest.find('\n');
-    if (end == rest.npos) return std::nullopt;
-    rest.remove_prefix(end + 1);
+  for (std::size_t at = text.find('{'); at != text.npos; at = text.find('{', at + 1)) {
+    if (text[text.find_last_not_of(" \t\r", at - 1)] != '\n') continue;
+    return error("found text before the JSON, which begins at " + place_in_text(text, at),
+                 place_in_text(text, first));
   }
-  return error(fmt::format("found text before the JSON, which begins at line {}", number),
-               place_in_text(text, first));
+  return std::nullopt;
 }
 
 struct Node {
@@ -111,8 +107,11 @@ struct TreeParser {
   }
 
   bool end_object() {
-    if (skipped_depth > 0) return --skipped_depth, true;
-    open.pop_back();
+    if (skipped_depth > 0) {
+      --skipped_depth;
+    } else {
+      open.pop_back();
+    }
     return true;
   }
 

@@ -76,33 +76,25 @@ bool DatabaseFeed::settle() {
   return is_settled;
 }
 
+void DatabaseFeed::watch(AwaitedFile &awaited, int file, int events) {
+  if (awaited.file != file) awaited = {file, {}};
+  if (file < 0) return;
+  if (!awaited.watch) awaited.watch.emplace(admission.loop, file, [this] { step(); });
+  awaited.watch->wait_for(events);
+}
+
 void DatabaseFeed::wait() {
   if (stage == Stage::admitted && (database.snapshot.state == SourceState::connected ||
                                    database.is_closed || Clock::now() >= admitted_until)) {
     admission.leave(*this);
   }
-  struct Needed {
-    int file = -1;
-    uint64_t id = 0;
-    int events = UV_READABLE;
-  };
-  std::array<Needed, 3> needed;
-  if (database.resolver) needed[0].file = database.resolver->ready;
-  for (const auto &[connection, needed_file] :
-       {std::pair{&database.rows, &needed[1]}, {&database.changes, &needed[2]}}) {
-    if (connection->context == nullptr) continue;
-    *needed_file = {connection->context->fd, connection->id,
-                    needs_writing(*connection) ? UV_READABLE | UV_WRITABLE : UV_READABLE};
-  }
-  // Drop the watches of closed files before their descriptors are watched for other files.
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    if (files[i].file == needed[i].file && files[i].id == needed[i].id) continue;
-    files[i] = {needed[i].file, needed[i].id, {}};
-  }
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    if (files[i].file < 0) continue;
-    if (!files[i].watch) files[i].watch.emplace(admission.loop, files[i].file, [this] { step(); });
-    files[i].watch->wait_for(needed[i].events);
+  // The resolver first: a connection may reuse its descriptor in the same step. Connections that
+  // close in one step are opened again in a later one.
+  watch(resolver, database.resolver ? database.resolver->ready : -1, UV_READABLE);
+  for (const auto &[awaited, connection] :
+       {std::pair{&rows, &database.rows}, {&changes, &database.changes}}) {
+    watch(*awaited, connection->context != nullptr ? connection->context->fd : -1,
+          needs_writing(*connection) ? UV_READABLE | UV_WRITABLE : UV_READABLE);
   }
   timer.set(stage == Stage::admitted ? std::min(due(database), admitted_until) : due(database));
 }

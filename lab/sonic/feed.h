@@ -42,16 +42,19 @@ struct DatabaseFeed {
   enum class Stage { idle, waiting, admitted };
 
   struct AwaitedFile {
-    int file = -1;    // -1: none
-    uint64_t id = 0;  // of the connection, as descriptors are reused
+    int file = -1;  // -1: none
     std::optional<FileWatch> watch;
   };
+
+  void watch(AwaitedFile &awaited, int file, int events);
 
   Admission &admission;
   Database database;
   Callback on_step;
   Timer timer;
-  std::array<AwaitedFile, 3> files;
+  AwaitedFile resolver;
+  AwaitedFile rows;
+  AwaitedFile changes;
   Stage stage = Stage::idle;      // in the admission
   TimePoint admitted_until = {};  // deadline while admitted
 };

@@ -57,28 +57,21 @@ std::optional<Row> read_row(const std::string &name, const redisReply &reply, In
     errors.push_back({0, 0, shorten(name), "found a value of another type", "a hash"});
     return std::nullopt;
   }
-  if (reply.type != REDIS_REPLY_ARRAY)
-    throw_protocol_error("an answer to HGETALL that is not a list");
-  if (reply.elements % 2 != 0) {
-    throw_protocol_error("an answer to HGETALL with an odd number of elements");
+  if (reply.type != REDIS_REPLY_ARRAY || reply.elements % 2 != 0) {
+    throw_protocol_error("an answer to HGETALL that is not a list of fields and values");
   }
   if (reply.elements == 0) return std::nullopt;
   Row row;
   const std::string table = split_row_name(name).first;
   for (std::size_t i = 0; i < reply.elements; i += 2) {
     std::string field = text_in(reply, i, "HGETALL");
-    const std::string value = text_in(reply, i + 1, "HGETALL");
-    const bool has_list = field.ends_with('@');
-    if (has_list) field.pop_back();
+    const std::string text = text_in(reply, i + 1, "HGETALL");
+    const bool is_list = field.ends_with('@');
+    if (is_list) field.pop_back();
     if (field == "NULL" || !is_read(table, field)) continue;
     check_size(field, limits.name_bytes, "a name");
-    check_size(value, limits.value_bytes, "a value");
-    std::vector<std::string> members;
-    if (has_list && !value.empty()) {
-      for (const std::string_view member : split(value, ',')) members.emplace_back(member);
-    }
-    if (!row.try_emplace(field, has_list ? FieldValue(std::move(members)) : FieldValue(value))
-             .second) {
+    check_size(text, limits.value_bytes, "a value");
+    if (!row.try_emplace(field, is_list ? FieldValue(members_of(text)) : text).second) {
       errors.push_back(
           {0, 0, shorten(name) + " " + shorten(field), "found a list and a string", "one of them"});
     }

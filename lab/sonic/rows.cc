@@ -12,8 +12,7 @@ namespace {
 // A channel's id is its number, unless that does not fit into the index of its port.
 constexpr uint32_t last_id = 0x00FFFFFF;
 
-// Limits the memory for the errors of a source.
-constexpr std::size_t max_errors = 10000;
+constexpr std::size_t max_errors = 10000;  // limits the memory for them
 
 struct NamedRow {
   const char *table;
@@ -51,9 +50,9 @@ struct RowsReader {
   std::optional<std::string> read_text(const NamedRow &row, const char *field) {
     const auto found = row.fields.find(field);
     if (found == row.fields.end()) return std::nullopt;
-    const auto *value = std::get_if<std::string>(&found->second);
-    if (value == nullptr) add_error(row, field, "a list", "a string");
-    return value != nullptr ? std::optional(*value) : std::nullopt;
+    if (const auto *value = std::get_if<std::string>(&found->second)) return *value;
+    add_error(row, field, "a list", "a string");
+    return std::nullopt;
   }
 
   // Converts the text of a field as the table of fields defines it.
@@ -108,12 +107,13 @@ struct RowsReader {
     check_name(row, "name", name);
     if (!name.empty() || !is_needed) return name;
     check_name(row_of("DEVICE_METADATA", "localhost"), "mac", address);
-    const auto is_in_doubt = [](const InputError &error) {
-      const auto is_around = [&](std::string_view place) { return place.starts_with(error.where); };
-      return !error.where.empty() &&
-             (is_around("DEVICE_METADATA|localhost mac") || is_around("STP_MST|GLOBAL name"));
+    using namespace std::string_view_literals;
+    // The name or the address may be missing because of an error in their field, row or table.
+    const auto explains = [](const InputError &error) {
+      return !error.where.empty() && ("DEVICE_METADATA|localhost mac"sv.starts_with(error.where) ||
+                                      "STP_MST|GLOBAL name"sv.starts_with(error.where));
     };
-    if (address.empty() && std::none_of(errors.begin(), errors.end(), is_in_doubt)) {
+    if (address.empty() && std::none_of(errors.begin(), errors.end(), explains)) {
       add_error(row, "name", "neither a region name nor a switch address",
                 "one of them in mst mode");
     }
@@ -161,22 +161,19 @@ struct RowsReader {
 
   Bytes read_region_map() {
     Bytes map(std::size_t{2} * vlan_count);
-    Vlans taken;
-    auto all = read_instances();
-    for (auto &[number, instance] : all) {
-      auto &[row, vlans] = instance;
-      const Vlans twice = vlans & taken;
-      vlans &= ~taken;
-      taken |= vlans;
+    const auto all = read_instances();
+    for (const auto &[number, instance] : all) {
+      const auto &[row, vlans] = instance;
+      std::map<uint32_t, Vlans> repeated;  // by the instance that already has them
       for (uint32_t vlan = first_vlan; vlan <= last_vlan; ++vlan) {
-        if (vlans[vlan]) set_instance(map, vlan, number);
+        if (!vlans[vlan]) continue;
+        const uint32_t owner = instance_of(map, vlan);
+        if (owner == 0) set_instance(map, vlan, number);
+        if (owner != 0) repeated[owner].set(vlan);
       }
-      if (twice.none()) continue;
-      for (const auto &[other, before] : all) {
-        if (other == number) break;
-        const Vlans both = twice & before.second;
-        if (both.none()) continue;
-        add_error(row, "vlan_list", vlan_words(both) + ", also in " + quote(before.first.key),
+      for (const auto &[owner, both] : repeated) {
+        add_error(row, "vlan_list",
+                  vlan_words(both) + ", also in " + quote(all.at(owner).first.key),
                   "each VLAN in one instance");
       }
     }
@@ -223,9 +220,9 @@ struct RowsReader {
     }
   }
 
-  std::map<std::string, Vlans, std::less<>> read_members() {
+  std::map<std::string, Vlans> read_members() {
     constexpr char expected[] = "a key like Vlan10|PortChannel10";
-    std::map<std::string, Vlans, std::less<>> read;
+    std::map<std::string, Vlans> read;
     for (const NamedRow &row : rows_of("VLAN_MEMBER")) {
       const auto names = split_key(row, 2, expected);
       if (names.empty()) continue;
@@ -280,8 +277,9 @@ struct RowsReader {
     auto members = read_members();
     for (const NamedRow &row : rows_of("STP_PORT")) {
       split_key(row, 1, "the name of an interface");
-      for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"})
+      for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"}) {
         read_value(row, field);
+      }
     }
     std::set<uint32_t> ids;
     for (const std::string &name : read_channel_names()) {
@@ -293,9 +291,8 @@ struct RowsReader {
     }
     uint32_t free_id = 1;
     for (Channel &channel : settings.channels) {
-      while (channel.id == 0) {
+      for (; channel.id == 0; ++free_id) {
         if (ids.insert(free_id).second) channel.id = free_id;
-        ++free_id;
       }
       port_at(settings, first_channel_index + channel.id) = port_of(channel, mode);
     }

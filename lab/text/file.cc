@@ -74,12 +74,6 @@ fs::path without_links(fs::path path) {
   return path;
 }
 
-std::string write_to(int file, std::string_view text) {
-  if (file < 0) return std::strerror(errno);
-  std::fflush(stdout);  // keep the order of the output
-  return write_all(file, text);
-}
-
 std::string read_path(const std::string &path, std::string &text) {
   if (path == "-") return read_all(STDIN_FILENO, text);
   if (is_device(path)) return "it is a device";
@@ -162,17 +156,16 @@ std::string read_file(const std::string &path, InputErrors &errors) {
 }
 
 std::string write_file_atomically(const std::string &path, std::string_view text) {
-  if (const auto number = named_descriptor(path)) {
-    const Descriptor file(fcntl(*number, F_DUPFD_CLOEXEC, 0));
-    return write_to(file, text);
-  }
+  const auto number = named_descriptor(path);
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
-  if (fs::exists(status) && !fs::is_regular_file(status)) {
-    const Descriptor file(open_file(path, O_WRONLY));
-    return write_to(file, text);
+  if (!number && (!fs::exists(status) || fs::is_regular_file(status))) {
+    return replace_file(without_links(path), text);
   }
-  return replace_file(without_links(path), text);
+  const Descriptor file(number ? fcntl(*number, F_DUPFD_CLOEXEC, 0) : open_file(path, O_WRONLY));
+  if (file < 0) return std::strerror(errno);
+  std::fflush(stdout);  // keep the order of the output
+  return write_all(file, text);
 }
 
 bool is_same_file(const std::string &a, const std::string &b) {
