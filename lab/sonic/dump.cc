@@ -41,7 +41,7 @@ std::optional<InputError> find_other_text(std::string_view text) {
 
 struct Node {
   std::string name;       // in the enclosing object
-  std::string_view what;  // "a string", "null"
+  std::string_view kind;  // "a string", "null"
   std::string text;
   std::vector<Node> members;  // of an object or a list
 };
@@ -80,30 +80,30 @@ struct TreeParser {
     const std::size_t tables = name_space.empty() ? 1 : 2;
     if (open.size() == tables && around.name != name_space) return false;
     if (open.size() == tables + 1 && !has_table_name(around.name)) return has_table_prefix(name);
-    return around.what != a_list || around.members.empty() ||
-           around.members.back().what == a_string;
+    return around.kind != a_list || around.members.empty() ||
+           around.members.back().kind == a_string;
   }
 
-  Node *add(std::string_view what, std::string text = "") {
+  Node *add(std::string_view kind, std::string text = "") {
     if (skipped_depth > 0 || (!open.empty() && !is_needed())) return nullptr;
-    Node node = {std::move(name), what, std::move(text), {}};
+    Node node = {std::move(name), kind, std::move(text), {}};
     if (open.empty()) return &(root = std::move(node));
     return &open.back()->members.emplace_back(std::move(node));
   }
 
-  bool scalar(std::string_view what, std::string text = "") {
-    add(what, std::move(text));
-    return root.what == an_object;
+  bool scalar(std::string_view kind, std::string text = "") {
+    add(kind, std::move(text));
+    return root.kind == an_object;
   }
 
-  bool begin(std::string_view what) {
-    Node *node = add(what);
+  bool begin(std::string_view kind) {
+    Node *node = add(kind);
     if (node == nullptr || open.size() == max_open) {
       ++skipped_depth;
     } else {
       open.push_back(node);
     }
-    return root.what == an_object;
+    return root.kind == an_object;
   }
 
   bool end_object() {
@@ -171,8 +171,8 @@ std::optional<Envelope> find_envelope(const Node &row) {
   std::set<std::string> names;
   for (const Node &value : row.members) {
     const std::string &name = *names.insert(name_of_field(value)).first;
-    if (name == "type" && value.what == a_string) envelope.type = value.text;
-    if (name == "value" && value.what == an_object && !envelope.hash) envelope.hash = &value;
+    if (name == "type" && value.kind == a_string) envelope.type = value.text;
+    if (name == "value" && value.kind == an_object && !envelope.hash) envelope.hash = &value;
   }
   const bool is_envelope =
       names.contains("type") && (names.contains("value") || envelope.type == "hash") &&
@@ -199,22 +199,22 @@ struct DumpReader {
   void read_field(const std::string &where, const Field *field, const Node &value, Row &row) {
     const std::string name = name_of_field(value);
     const bool accepts_list = field == nullptr || field->accepts_list;
-    const bool is_joined = value.what == a_string && name != value.name;
-    const bool has_non_string = !value.members.empty() && value.members.back().what != a_string;
-    if (value.what == a_string && !is_joined) {
+    const bool is_joined = value.kind == a_string && name != value.name;
+    const bool has_non_string = !value.members.empty() && value.members.back().kind != a_string;
+    if (value.kind == a_string && !is_joined) {
       row.emplace(name, value.text);
     } else if (is_joined && accepts_list) {
       row.emplace(name, members_of(value.text));
-    } else if (value.what == a_list && accepts_list && !has_non_string) {
+    } else if (value.kind == a_list && accepts_list && !has_non_string) {
       std::vector<std::string> list;
       for (const Node &member : value.members) list.push_back(member.text);
       row.emplace(name, std::move(list));
     } else if (field != nullptr && field->use == FieldUse::read) {
-      const bool is_list = value.what == a_list && accepts_list;
+      const bool is_list = value.kind == a_list && accepts_list;
       add_error(where,
                 is_joined ? a_list
-                : is_list ? value.members.back().what
-                          : value.what,
+                : is_list ? value.members.back().kind
+                          : value.kind,
                 accepts_list ? "a string, or a list of strings" : "a string");
     }
   }
@@ -239,7 +239,7 @@ struct DumpReader {
     const auto [place, is_new] = rows[table].try_emplace(key);
     Row &row = place->second;
     if (!is_new) return add_repeated(where);
-    if (value.what != an_object) return add_error(where, value.what, "a row, an object of fields");
+    if (value.kind != an_object) return add_error(where, value.kind, "a row, an object of fields");
     if (!is_flat) return read_fields(table, key, value, row);
     const auto envelope = find_envelope(value);
     if (!envelope) return read_fields(table, key, value, row, false);
@@ -253,7 +253,7 @@ struct DumpReader {
   void read_table(const std::string &table, const Node &value) {
     if (first_table.empty()) first_table = table;
     if (!rows.try_emplace(table).second) return add_repeated(table);
-    if (value.what != an_object) return add_error(table, value.what, "a table, an object of rows");
+    if (value.kind != an_object) return add_error(table, value.kind, "a table, an object of rows");
     for (const Node &row : value.members) {
       if (has_table_prefix(row.name)) {
         add_error(row_place(table, row.name), "a key that begins with the name of a table",
@@ -269,7 +269,7 @@ struct DumpReader {
       const std::size_t bar = value.name.find('|');
       const std::string table = value.name.substr(0, bar);
       const bool is_known = has_table_name(table);
-      const bool is_object = value.what == an_object;
+      const bool is_object = value.kind == an_object;
       if (bar != value.name.npos) {
         if (first_row.empty() && (is_known || is_object)) first_row = value.name;
         if (is_known) read_row(table, value.name.substr(bar + 1), value, true);
@@ -312,10 +312,10 @@ struct DumpReader {
       if (!name_space.empty() && is_namespace(value.name)) namespaces.insert(value.name);
       if (name_space.empty() || value.name != name_space) continue;
       if (std::exchange(is_selected, true)) add_repeated(shorten(name_space));
-      if (value.what == an_object) {
+      if (value.kind == an_object) {
         read_tables(value);
       } else {
-        add_error(shorten(name_space), value.what, "a dump, an object of tables");
+        add_error(shorten(name_space), value.kind, "a dump, an object of tables");
       }
     }
     check_form(root, name_space, is_selected);
@@ -336,10 +336,10 @@ ReadRows read_dump(std::string_view json, std::string_view name_space) {
   }
   if (!parser.errors.empty()) return {{}, std::move(parser.errors)};
   DumpReader reader;
-  if (parser.root.what == an_object) {
+  if (parser.root.kind == an_object) {
     reader.read(parser.root, parser.name_space);
   } else {
-    reader.add_error("", parser.root.what, a_dump);
+    reader.add_error("", parser.root.kind, a_dump);
   }
   return {std::move(reader.rows), std::move(reader.errors)};
 }

@@ -56,14 +56,13 @@ std::string percent_decode(std::string_view text, ParsedSource &parsed) {
 }
 
 // Errors do not contain the text: it may be the end of a password.
-uint32_t parse_url_number(std::string_view text, const std::string &what, uint32_t least,
-                          uint32_t most, ParsedSource &parsed) {
+uint32_t parse_url_number(std::string_view text, const std::string &what, uint32_t min,
+                          uint32_t max, ParsedSource &parsed) {
   const auto value = decimal(text);
-  if (value && *value >= least && *value <= most) return *value;
+  if (value && *value >= min && *value <= max) return *value;
   add_error("found an invalid " + what,
-            "a number from " + std::to_string(least) + " to " + std::to_string(most),
-            parsed.errors);
-  return least;
+            "a number from " + std::to_string(min) + " to " + std::to_string(max), parsed.errors);
+  return min;
 }
 
 // "host", "host:port" or "[::1]:port", then "/4".

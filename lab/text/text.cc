@@ -128,7 +128,7 @@ std::string hash_text(std::string_view text) {
   return encoded;
 }
 
-ParsedRanges parse_ranges(std::string_view text, uint32_t most) {
+ParsedRanges parse_ranges(std::string_view text, uint32_t max) {
   ParsedRanges parsed;
   std::string rest(text);
   std::erase(rest, ' ');
@@ -137,16 +137,16 @@ ParsedRanges parse_ranges(std::string_view text, uint32_t most) {
     const auto first = parse_number(part.substr(0, dash));
     const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
     if (!first || !last) return {{}, RangeFault::no_list};
-    if (*first > most || *last > most) return {{}, RangeFault::out_of_range};
+    if (*first > max || *last > max) return {{}, RangeFault::out_of_range};
     if (*first > *last) return {{}, RangeFault::reversed};
     parsed.ranges.emplace_back(*first, *last);
   }
   return parsed;
 }
 
-std::string cut(std::string_view text, std::size_t most) {
-  if (text.size() <= most) return std::string(text);
-  return std::string(whole_characters(text, most)) + "...";
+std::string cut(std::string_view text, std::size_t max) {
+  if (text.size() <= max) return std::string(text);
+  return std::string(whole_characters(text, max)) + "...";
 }
 
 std::string log_line(std::string_view text) {
@@ -177,9 +177,9 @@ std::string one_of(const std::vector<std::string> &names) {
   return listed(names, " or ");
 }
 
-std::string one_of(const std::vector<std::string> &names, std::string_view given) {
+std::string one_of(const std::vector<std::string> &names, std::string_view found) {
   std::vector<std::string> ordered = names;
-  const std::string key = key_of(given.substr(0, 64));
+  const std::string key = key_of(found.substr(0, 64));
   const auto distance_to = [&key](const std::string &name) { return distance(key_of(name), key); };
   const auto nearest = std::min_element(
       ordered.begin(), ordered.end(),
@@ -251,12 +251,12 @@ std::string_view whole_characters(std::string_view text, std::size_t bytes) {
   return text.substr(0, end);
 }
 
-std::size_t last_line_break(std::string_view text, std::size_t most) {
+std::size_t last_line_break(std::string_view text, std::size_t max) {
   // A break also depends on the character after it.
-  text = whole_characters(text, most + longest_character);
+  text = whole_characters(text, max + longest_character);
   std::vector<char> breaks(text.size());
   u8_possible_linebreaks(bytes_of(text), text.size(), "UTF-8", breaks.data());
-  std::size_t at = std::min(most, text.size());
+  std::size_t at = std::min(max, text.size());
   while (at > 0 && (at == text.size() || breaks[at] != UC_BREAK_POSSIBLE)) --at;
   return at;
 }

@@ -41,8 +41,8 @@ struct ParsedRanges {
   RangeFault fault = RangeFault::none;
 };
 
-// Parses "1-10,20" or "0x1000-0x1003,0x2000", with numbers up to `most`. Skips blanks.
-ParsedRanges parse_ranges(std::string_view text, uint32_t most);
+// Parses "1-10,20" or "0x1000-0x1003,0x2000", with numbers up to `max`. Skips blanks.
+ParsedRanges parse_ranges(std::string_view text, uint32_t max);
 
 // --- untrusted text ---
 
@@ -65,7 +65,7 @@ std::string printable_lines(std::string_view text);  // the same, but keeps line
 std::string visible(std::string_view text);
 
 // Truncates a text to so many bytes, and appends "..." if it was longer.
-std::string cut(std::string_view text, std::size_t most);
+std::string cut(std::string_view text, std::size_t max);
 
 // Returns a printable line of an event history without its line feed.
 std::string log_line(std::string_view text);
@@ -86,8 +86,8 @@ int columns_of(std::string_view character);
 // Returns the longest prefix of at most `bytes` bytes that does not split a character.
 std::string_view whole_characters(std::string_view text, std::size_t bytes);
 
-// Returns the last position, at most `most` bytes, where a line of this text may break; 0 if none.
-std::size_t last_line_break(std::string_view text, std::size_t most);
+// Returns the last position, at most `max` bytes, where a line of this text may break; 0 if none.
+std::size_t last_line_break(std::string_view text, std::size_t max);
 
 // Returns "line 3, column 1" for the byte at a position.
 std::string place_in_text(std::string_view text, std::size_t at);
@@ -118,9 +118,9 @@ std::vector<std::string> describe_each(const Items &items, Describe describe) {
 std::string listed(const std::vector<std::string> &names, const char *before_last = " and ");
 std::string one_of(const std::vector<std::string> &names);
 
-// The same where `given` was found instead: the most similar name comes first. A long list is
+// The same for an unknown name `found`: the most similar name comes first. A long list is
 // shortened to that name and the number of the others.
-std::string one_of(const std::vector<std::string> &names, std::string_view given);
+std::string one_of(const std::vector<std::string> &names, std::string_view found);
 
 // Returns a pointer to the first match, or nullptr.
 template <class Items, class Match>

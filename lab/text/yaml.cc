@@ -168,13 +168,13 @@ bool Reader::boolean(const YAML::Node &node, const std::string &what) {
   return value;
 }
 
-uint32_t Reader::number(const YAML::Node &node, const std::string &what, uint32_t least,
-                        uint32_t most) {
+uint32_t Reader::number(const YAML::Node &node, const std::string &what, uint32_t min,
+                        uint32_t max) {
   const auto value = node.IsScalar() ? parse_number(node.Scalar()) : std::nullopt;
-  if (value && *value >= least && *value <= most) return *value;
-  expected(node, what + ": a number from " + std::to_string(least) + " to " + std::to_string(most) +
+  if (value && *value >= min && *value <= max) return *value;
+  expected(node, what + ": a number from " + std::to_string(min) + " to " + std::to_string(max) +
                      " (decimal, or 0x...)");
-  return least;
+  return min;
 }
 
 uint32_t Reader::word(const YAML::Node &node, const std::string &what, const Words &words,
@@ -195,10 +195,10 @@ uint32_t Reader::word(const YAML::Node &node, const std::string &what, const Wor
   return 0;
 }
 
-Ranges Reader::ranges(const YAML::Node &node, const std::string &what, uint32_t most,
+Ranges Reader::ranges(const YAML::Node &node, const std::string &what, uint32_t max,
                       const std::string &example) {
   ParsedRanges parsed{{}, RangeFault::no_list};
-  if (node.IsScalar()) parsed = parse_ranges(node.Scalar(), most);
+  if (node.IsScalar()) parsed = parse_ranges(node.Scalar(), max);
   const bool is_reversed = parsed.fault == RangeFault::reversed;
   if (parsed.fault != RangeFault::none) {
     expected(node, what + (is_reversed ? ": each range from the lower number to the higher" : "") +

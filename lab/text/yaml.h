@@ -61,15 +61,15 @@ struct Reader {
 
   bool boolean(const YAML::Node &node, const std::string &what);
 
-  uint32_t number(const YAML::Node &node, const std::string &what, uint32_t least = 0,
-                  uint32_t most = UINT32_MAX);
+  uint32_t number(const YAML::Node &node, const std::string &what, uint32_t min = 0,
+                  uint32_t max = UINT32_MAX);
 
   // Reads one of the words, or any number if `numbers` is set.
   uint32_t word(const YAML::Node &node, const std::string &what, const Words &words,
                 bool numbers = true);
 
-  // Reads ranges of numbers up to `most`: "1-10,20".
-  Ranges ranges(const YAML::Node &node, const std::string &what, uint32_t most,
+  // Reads ranges of numbers up to `max`: "1-10,20".
+  Ranges ranges(const YAML::Node &node, const std::string &what, uint32_t max,
                 const std::string &example);
 
   Bytes bytes(const YAML::Node &node, const std::string &what);
