@@ -52,7 +52,7 @@ void open_connections(Database &database, TimePoint now) {
   }
 }
 
-void open(Database &database, TimePoint now) {
+void start_connecting(Database &database, TimePoint now) {
   database.is_closed = false;
   database.deadline = now + database.limits.reading_time;
   database.addresses.clear();
@@ -269,7 +269,7 @@ void continue_reading(Database &database, TimePoint now) {
 void run_session(Database &database, TimePoint now) {
   if (database.is_closed) {
     if (now < database.next_attempt) return;
-    open(database, now);
+    start_connecting(database, now);
   }
   if (database.resolver) finish_resolving(database, now);
   if (database.resolver) return;
