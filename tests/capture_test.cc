@@ -12,23 +12,23 @@ constexpr char a_dump[] =
     "; expected a dump of a configuration database, a JSON object of tables\n";
 
 TEST(Capture, ReportsEveryErrorWithItsPlace) {
-  const std::string no_json = ": no JSON here: ";
+  const std::string no_json = ": invalid JSON: ";
   const struct {
     std::string dump;
     std::string errors;
   } rows[] = {
-      {" \n", std::string(": found nothing but blanks") + a_dump},
-      {"\x1f\x8b\x08", std::string(": found data that gzip compressed") + a_dump},
+      {" \n", std::string(": found only white space") + a_dump},
+      {"\x1f\x8b\x08", std::string(": found gzip-compressed data") + a_dump},
       {std::string("{\0}\0", 4), std::string(": found UTF-16, not UTF-8") + a_dump},
-      {"login:\n\n {}", std::string("line 1, column 1: found other lines before the JSON, which "
-                                    "begins at line 3") +
+      {"login:\n\n {}", std::string("line 1, column 1: found text before the JSON, which "
+                                    "begins at line 3, column 2") +
                             a_dump},
       {"{}", std::string(": found an empty object") + a_dump},
       {"{\"ö\":\n \"ö\" x", "line 2, column 6" + no_json + "invalid literal" + a_dump},
       {"{\"a\": \"\xff\"}",
        "line 1, column 8" + no_json + "invalid string: ill-formed UTF-8 byte" + a_dump},
-      {std::string("{}\0", 3), "line 1, column 3" + no_json + "a NUL byte" + a_dump},
-      {"{\"a\": 1e999}", "line 1, column 11" + no_json + "a number that is too great" + a_dump},
+      {std::string("{}\0", 3), "line 1, column 3" + no_json + "NUL byte" + a_dump},
+      {"{\"a\": 1e999}", "line 1, column 11" + no_json + "number out of range" + a_dump},
       {"[{}]", std::string(": found a list") + a_dump},
       {R"({"PORT": {}})",
        ": found none of the tables that are read; expected DEVICE_METADATA, MCLAG_DOMAIN, "
@@ -41,16 +41,16 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
            "STP_MST_INST": {"1": {"vlan_list": ["1", 2, {}]}}, "PORT": [[]]})",
        "DEVICE_METADATA: found a number; expected a table, an object of rows\n"
        "VLAN|Vlan1: found a list; expected a row, an object of fields\n"
-       "STP_VLAN|Vlan1 enabled: found a bare true; expected a text\n"
-       "STP_PORT|a root_guard: found a list; expected a text\n"
-       "STP_MST_INST|1 vlan_list: found a number; expected a text, or a list of texts\n"
+       "STP_VLAN|Vlan1 enabled: found true; expected a string\n"
+       "STP_PORT|a root_guard: found a list; expected a string\n"
+       "STP_MST_INST|1 vlan_list: found a number; expected a string, or a list of strings\n"
        "STP_PORT|a portfast: found 'yes'; expected true or false\n"},
       {R"({"VLAN": {}, "VLAN": {"x": 5}, "STP": {"GLOBAL": {"mode": "none", "mode": 5},)"
        R"( "GLOBAL": 7},
            "PORT": {}, "PORT": {"a": {}, "a": {}}, "STP_MST": {"GLOBAL": {"x": 1, "x": 2}}})",
-       "VLAN: this key stands twice; expected it once\n"
-       "STP|GLOBAL mode: this key stands twice; expected it once\n"
-       "STP|GLOBAL: this key stands twice; expected it once\n"},
+       "VLAN: found this key twice; expected each key once\n"
+       "STP|GLOBAL mode: found this key twice; expected each key once\n"
+       "STP|GLOBAL: found this key twice; expected each key once\n"},
       {R"({"STP": {"GLOBAL": {"mode": "PVST"}}, "VLAN": {"Vlan0": {}, "Vlan4095": {}, "Vlan01": {}},
            "VLAN_MEMBER": {"Vlan1": {}, "Vlan1|": {}, "Vlan1|a|b": {}}, "STP_PORT": {"": {}},
            "MCLAG_INTERFACE": {"1|Ethernet1": {}, "PortChannel1": {}}})",
@@ -90,12 +90,10 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        "STP_MST_INST|1 vlan_list: found ''; expected VLANs like 10, 10-20, Vlan10 or "
        "Vlan10-Vlan20\n"
        "STP_MST_INST|4095: found the key '4095'; expected an instance from 0 to 4094\n"
-       "STP_MST_INST|MST_INSTANCE|1: found instance 1 again, which is '1' too; expected an "
-       "instance in "
-       "one spelling\n"
-       "STP_MST_INST|MST_INSTANCE:INSTANCE2 vlan_list: found VLAN 7, which '1' has too; expected "
-       "each "
-       "VLAN in one instance\n"},
+       "STP_MST_INST|MST_INSTANCE|1: found instance 1 again, already defined by '1'; "
+       "expected one key for each instance\n"
+       "STP_MST_INST|MST_INSTANCE:INSTANCE2 vlan_list: found VLAN 7, also in '1'; expected "
+       "each VLAN in one instance\n"},
       // Other forms.
       {R"({"STP|GLOBAL": {"mode": "pvst", "mode@": ""}, "STP|GLOBAL": {}, "VLAN": {)"
        R"("VLAN|Vlan1": {}},
@@ -103,10 +101,10 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        ": found the table 'VLAN' and the row 'STP|GLOBAL'; expected tables of rows, or rows with "
        "the "
        "names of their tables\n"
-       "STP|GLOBAL mode: this key stands twice; expected it once\n"
-       "STP|GLOBAL: this key stands twice; expected it once\n"
+       "STP|GLOBAL mode: found this key twice; expected each key once\n"
+       "STP|GLOBAL: found this key twice; expected each key once\n"
        "VLAN|VLAN|Vlan1: found a key that begins with the name of a table; expected 'Vlan1'\n"
-       "STP_PORT|a root_guard: found a list; expected a text\n"
+       "STP_PORT|a root_guard: found a list; expected a string\n"
        "STP_VLAN|Vlan1: found a number; expected a row, an object of fields\n"},
       {R"({"config": {"VLAN|Vlan1": {}}})",
        ": found rows with the names of their tables in 'config'; expected them at the top\n"},
@@ -115,9 +113,8 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        "of "
        "them\n"},
       {R"({"STP": {"GLOBAL": {"mode": "mst"}}, "STP_MST": {"GLOBAL": {"name": ""}}})",
-       "STP_MST|GLOBAL name: found neither a name of the region nor an address of the switch; "
-       "expected "
-       "one of them in mst\n"},
+       "STP_MST|GLOBAL name: found neither a region name nor a switch address; expected "
+       "one of them in mst mode\n"},
   };
   for (const auto &row : rows) EXPECT_EQ(dump_of(row.dump).errors, row.errors) << row.dump;
   // A dump that is truncated at any place, and one that is deeply nested.

@@ -77,12 +77,12 @@ TEST(Credentials, MustBeAccessibleByTheOwnerOnly) {
     const char *error;
   } rows[] = {{0600, {}, ""},
               {0400, {}, ""},
-              {0440, {}, "others than its owner have access (mode 0440)"},
-              {0604, {}, "others than its owner have access (mode 0604)"},
+              {0440, {}, "users other than its owner have access (mode 0440)"},
+              {0604, {}, "users other than its owner have access (mode 0604)"},
               {0440, folder, ""},
-              {0440, folder.parent_path(), "others than its owner have access (mode 0440)"},
-              {0444, folder, "others than its owner have access (mode 0444)"},
-              {0460, folder, "others than its owner have access (mode 0460)"}};
+              {0440, folder.parent_path(), "users other than its owner have access (mode 0440)"},
+              {0444, folder, "users other than its owner have access (mode 0444)"},
+              {0460, folder, "users other than its owner have access (mode 0460)"}};
   for (const auto &[mode, passed, error] : rows) {
     InputErrors errors;
     chmod(path.c_str(), mode);

@@ -113,7 +113,7 @@ TEST_F(ProgramTest, ReportsFailures) {
   EXPECT_EQ(problems,
             (std::vector<std::string>{path + " cannot be started: No such file or directory",
                                       "a: " + path + " ended with status 3",
-                                      "b: " + path + " was ended by Terminated",
+                                      "b: " + path + " was killed: Terminated",
                                       "c: " + path + " did not end within 0.2 s",
                                       "d: " + path + " cannot be started: Exec format error"}));
   EXPECT_EQ(find_program_problem(path), "No such file or directory");

@@ -276,7 +276,7 @@ def test_starts(folder):
         (["--once-agreed"], [left.url, right.url], {"MCEC_RIGHT_PASSWORD": "s3cret"}, 0, "compared"),
         (["--once-agreed"], [left.url, protected], {"MCEC_RIGHT_PASSWORD": "wr0ng"}, 0, "compared"),
         ([], [left.url, wrong], {"MCEC_RIGHT_PASSWORD": "s3cret"}, 2, "the password is refused"),
-        ([], [left.url, right.url], {}, 2, "asks for a password"),
+        ([], [left.url, right.url], {}, 2, "requires a password"),
         ([], [left.url, right.url], {"MCEC_LEFT_PASSWORD": "s3cret"}, 2, "the password is refused"),
         ([], [left.url, f"{folder}/missing.json"], {}, 2, "No such file"),
         ([], [left.url, str(invalid)], {}, 2, "Vlan5000"),

@@ -20,7 +20,7 @@ struct StopDaemon {
 
 struct HttpState {
   Loop &loop;
-  HttpAnswer answer;
+  HttpHandler handler;
   bool is_local;
   std::string host;  // of the address
   std::unique_ptr<MHD_Daemon, StopDaemon> daemon = {};
@@ -32,9 +32,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr unsigned most_connections = 32;
-constexpr std::size_t most_request_bytes = 8192;
-constexpr auto request_time = 5s;  // and without progress
+constexpr unsigned max_connections = 32;
+constexpr std::size_t max_request_bytes = 8192;
+constexpr auto request_time = 5s;  // also the limit without progress
 constexpr auto answer_time = 30s;
 
 // --- addresses ---
@@ -45,7 +45,7 @@ union HttpAddress {
   sockaddr_in6 v6;
 };
 
-// The host of "[::1]:8080", with its brackets.
+// Returns the host, with the brackets of an IPv6 address. Throws std::runtime_error.
 std::string parse_address(const std::string &text, HttpAddress &address) {
   const std::size_t colon = std::min(text.rfind(':'), text.size());
   const std::string host = text.substr(0, colon);
@@ -65,8 +65,8 @@ bool is_loopback(const HttpAddress &address) {
   return ntohl(address.v4.sin_addr.s_addr) >> 24 == IN_LOOPBACKNET;
 }
 
-// Is it this machine that a request asks for, by its header Host? Programs may send none.
-bool is_for_loopback(const HttpState &state, const char *header) {
+// Returns true if the Host header of a request names this machine, or is absent.
+bool names_this_machine(const HttpState &state, const char *header) {
   if (header == nullptr) return true;
   const std::string_view asked = header;
   for (const std::string_view host : {"localhost", "127.0.0.1", "[::1]", state.host.c_str()}) {
@@ -77,8 +77,8 @@ bool is_for_loopback(const HttpState &state, const char *header) {
 
 // --- answers ---
 
-// The pages' own policies name the hashes of their styles and scripts. A connection has one
-// request, so that its deadlines are those of the request.
+// Pages contain stricter policies of their own, with the hashes of their styles and scripts. A
+// connection serves one request, so that its deadlines are those of the request.
 constexpr std::pair<const char *, const char *> common_headers[] = {
     {MHD_HTTP_HEADER_CACHE_CONTROL, "no-store"},
     {MHD_HTTP_HEADER_CONNECTION, "close"},
@@ -116,14 +116,14 @@ HttpRequest read_request(MHD_Connection *connection, const char *path) {
   return request;
 }
 
-// The time of a connection, which the daemon keeps with it.
+// Returns the deadline that is stored with a connection.
 Timer &deadline_of(MHD_Connection *connection) {
   return *static_cast<Timer *>(
       MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
 }
 
-MHD_Result answer_http(void *data, MHD_Connection *connection, const char *path, const char *method,
-                       const char *, const char *, std::size_t *, void **) {
+MHD_Result handle_request(void *data, MHD_Connection *connection, const char *path,
+                          const char *method, const char *, const char *, std::size_t *, void **) {
   const HttpState &state = *static_cast<HttpState *>(data);
   deadline_of(connection).set_after(answer_time);
   const auto header = [connection](const char *name) {
@@ -135,12 +135,12 @@ MHD_Result answer_http(void *data, MHD_Connection *connection, const char *path,
   if (header(MHD_HTTP_HEADER_CONTENT_LENGTH) || header(MHD_HTTP_HEADER_TRANSFER_ENCODING)) {
     return send_error(connection, MHD_HTTP_CONTENT_TOO_LARGE, "a request has no body");
   }
-  if (state.is_local && !is_for_loopback(state, header(MHD_HTTP_HEADER_HOST))) {
+  if (state.is_local && !names_this_machine(state, header(MHD_HTTP_HEADER_HOST))) {
     return send_error(connection, MHD_HTTP_FORBIDDEN, "not the name of this machine");
   }
-  // No exception may pass through the server, and no page ends a watch.
+  // An exception must not pass through the C code of the daemon, or end a watch.
   try {
-    const std::optional<HttpReply> reply = state.answer(read_request(connection, path));
+    const std::optional<HttpReply> reply = state.handler(read_request(connection, path));
     return reply ? send_reply(connection, MHD_HTTP_OK, *reply)
                  : send_error(connection, MHD_HTTP_NOT_FOUND, "no such page");
   } catch (const std::exception &error) {
@@ -148,15 +148,15 @@ MHD_Result answer_http(void *data, MHD_Connection *connection, const char *path,
   }
 }
 
-void note_connection(void *data, MHD_Connection *connection, void **deadline,
-                     MHD_ConnectionNotificationCode code) {
+void on_connection(void *data, MHD_Connection *connection, void **deadline,
+                   MHD_ConnectionNotificationCode code) {
   if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
     delete static_cast<Timer *>(*deadline);
     return;
   }
   const int file =
       MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
-  // The daemon sees the end of the connection.
+  // The daemon then closes the connection.
   const auto end = [file] { shutdown(file, SHUT_RDWR); };
   auto *timer = new Timer(static_cast<HttpState *>(data)->loop, end);
   timer->set_after(request_time);
@@ -168,7 +168,7 @@ void serve_http(HttpState &state) {
   const auto count_connections = [daemon] {
     return MHD_get_daemon_info(daemon, MHD_DAEMON_INFO_CURRENT_CONNECTIONS)->num_connections;
   };
-  // At its limit the daemon takes no new connections until it runs again after one has ended.
+  // At its limit, the daemon accepts new connections only in the run after one has closed.
   unsigned count = 0;
   do {
     count = count_connections();
@@ -183,20 +183,20 @@ void serve_http(HttpState &state) {
 MHD_Daemon *start_daemon(HttpState &state, const HttpAddress &address) {
   return MHD_start_daemon(
       MHD_USE_EPOLL | (address.any.sa_family == AF_INET6 ? MHD_USE_DUAL_STACK : MHD_NO_FLAG), 0,
-      nullptr, nullptr, answer_http, &state, MHD_OPTION_SOCK_ADDR, &address.any,
-      MHD_OPTION_CONNECTION_LIMIT, most_connections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
-      most_request_bytes, MHD_OPTION_CONNECTION_TIMEOUT, unsigned(request_time.count()),
-      MHD_OPTION_NOTIFY_CONNECTION, note_connection, &state, MHD_OPTION_STRICT_FOR_CLIENT, 1,
+      nullptr, nullptr, handle_request, &state, MHD_OPTION_SOCK_ADDR, &address.any,
+      MHD_OPTION_CONNECTION_LIMIT, max_connections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
+      max_request_bytes, MHD_OPTION_CONNECTION_TIMEOUT, unsigned(request_time.count()),
+      MHD_OPTION_NOTIFY_CONNECTION, on_connection, &state, MHD_OPTION_STRICT_FOR_CLIENT, 1,
       MHD_OPTION_END);
 }
 
 }  // namespace
 
-HttpServer::HttpServer(Loop &loop, const std::string &address, HttpAnswer answer) {
+HttpServer::HttpServer(Loop &loop, const std::string &address, HttpHandler handler) {
   HttpAddress parsed = {};
   const std::string host = parse_address(address, parsed);
   state =
-      std::make_unique<HttpState>(HttpState{loop, std::move(answer), is_loopback(parsed), host});
+      std::make_unique<HttpState>(HttpState{loop, std::move(handler), is_loopback(parsed), host});
   state->daemon.reset(start_daemon(*state, parsed));
   if (!state->daemon) throw std::runtime_error(address + ": " + std::strerror(errno));
   const int events = MHD_get_daemon_info(state->daemon.get(), MHD_DAEMON_INFO_EPOLL_FD)->epoll_fd;

@@ -1,4 +1,4 @@
-// An HTTP server in the event loop, for pages that are read: GET and HEAD, no bodies, no TLS.
+// An HTTP server in the event loop: GET and HEAD only, no request bodies, no TLS.
 #pragma once
 
 #include <cstdint>
@@ -17,28 +17,26 @@ struct HttpReply {
   std::string body;
 };
 
-// What was asked for, decoded.
 using HttpQuery = std::map<std::string, std::string>;
-struct HttpRequest {
+
+struct HttpRequest {  // decoded
   std::string path;
   HttpQuery query;
 };
 
-// Nothing: there is no such page.
-using HttpAnswer = std::function<std::optional<HttpReply>(const HttpRequest &request)>;
+// Returns nullopt if there is no such page.
+using HttpHandler = std::function<std::optional<HttpReply>(const HttpRequest &request)>;
 
 struct HttpState;
 
-/*
- * Answers requests until the record ends, at most 32 at once, each with up to 8 KiB. A client has
- * 5 s to send its request and 30 s to take the answer; none delays the loop. On a loopback address
- * only requests that name this machine are answered, lest a page of the network reads these through
- * its user's browser.
- */
+// Accepts up to 32 connections, with requests of up to 8 KiB. A client has 5 s to send its request
+// and 30 s to receive the answer, and never blocks the loop. On a loopback address, a request must
+// name this machine in its Host header: a page from elsewhere cannot read the data through a
+// browser on this machine (DNS rebinding).
 struct HttpServer {
-  // The address: "127.0.0.1:8080" or "[::1]:8080", port 0: one that is free. Throws
-  // std::runtime_error when it is wrong, or cannot be listened on.
-  HttpServer(Loop &loop, const std::string &address, HttpAnswer answer);
+  // Listens on an address such as "127.0.0.1:8080" or "[::1]:8080"; port 0 selects a free port.
+  // Throws std::runtime_error if the address is invalid or cannot be used.
+  HttpServer(Loop &loop, const std::string &address, HttpHandler handler);
   ~HttpServer();
 
   uint16_t port() const;

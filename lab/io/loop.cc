@@ -17,12 +17,12 @@ void check_uv(int result, const char *what) {
   if (result < 0) throw std::system_error(-result, std::generic_category(), what);
 }
 
-// Call back from within libuv, through which no exception may pass.
+// Runs a callback from within libuv. Exceptions must not pass through its C code.
 template <class Raw>
 void call_back(Raw *raw) {
   Loop &loop = *static_cast<Loop *>(raw->loop->data);
   try {
-    // The callback may end its own record.
+    // A copy, because the callback may destroy its own record.
     const Callback callback = static_cast<LoopHandle *>(raw->data)->callback;
     callback();
   } catch (...) {
@@ -34,18 +34,18 @@ void call_back(Raw *raw) {
 }  // namespace
 
 Loop::Loop() : raw{} {
-  // Without files for its pipes libuv ends the process.
+  // libuv aborts the process if it cannot create its pipes.
   constexpr rlim_t least_files = 16;
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < least_files) {
-    check_uv(-EMFILE, "no event loop");
+    check_uv(-EMFILE, "cannot create an event loop");
   }
-  check_uv(uv_loop_init(&raw), "no event loop");
+  check_uv(uv_loop_init(&raw), "cannot create an event loop");
   raw.data = this;
 }
 
 Loop::~Loop() {
-  // The handles are being closed, and stop() may have been called.
+  // Handles are still closing, and a pending stop() ends uv_run() early.
   while (uv_loop_close(&raw) == UV_EBUSY) uv_run(&raw, UV_RUN_NOWAIT);
 }
 
@@ -88,21 +88,19 @@ void Timer::set_after(Clock::duration pause) {
 }
 
 FileWatch::FileWatch(Loop &loop, int file, Callback callback) {
-  auto made = std::make_unique<LoopHandle>(LoopHandle{{}, std::move(callback)});
-  // Others may share the file, and libuv lets it return at once from then on.
+  auto new_handle = std::make_unique<LoopHandle>(LoopHandle{{}, std::move(callback)});
+  // libuv makes the file nonblocking, also for other processes that share it: restore its flags.
   const int flags = fcntl(file, F_GETFL);
-  check_uv(uv_poll_init(&loop.raw, &made->raw.poll, file), "a file cannot be watched");
+  check_uv(uv_poll_init(&loop.raw, &new_handle->raw.poll, file), "cannot watch a file");
   fcntl(file, F_SETFL, flags);
-  handle.reset(made.release());
+  handle.reset(new_handle.release());
   handle->raw.handle.data = handle.get();
 }
 
 void FileWatch::wait_for(int events) {
   if (events == std::exchange(handle->events, events)) return;
   const auto ready = [](uv_poll_t *raw, int, int) { call_back(raw); };
-  check_uv(events == 0 ? uv_poll_stop(&handle->raw.poll)
-                       : uv_poll_start(&handle->raw.poll, events, ready),
-           "a file cannot be watched");
+  check_uv(uv_poll_start(&handle->raw.poll, events, ready), "cannot watch a file");
 }
 
 SignalWatch::SignalWatch(Loop &loop, int number, Callback callback)
@@ -110,7 +108,7 @@ SignalWatch::SignalWatch(Loop &loop, int number, Callback callback)
   uv_signal_init(&loop.raw, &handle->raw.signal);
   handle->raw.handle.data = handle.get();
   const auto take = [](uv_signal_t *raw, int) { call_back(raw); };
-  check_uv(uv_signal_start(&handle->raw.signal, take, number), "a signal cannot be watched");
+  check_uv(uv_signal_start(&handle->raw.signal, take, number), "cannot watch a signal");
 }
 
 void raise_file_limit() {

@@ -1,6 +1,6 @@
-// The event loop of libuv: callbacks for timers and files, which end with their records.
+// An event loop on libuv. A timer or a watch calls back until its record is destroyed.
 //
-// An exception of a callback ends run(), which throws it.
+// run() rethrows the exception of a callback.
 #pragma once
 
 #include <uv.h>
@@ -22,9 +22,9 @@ struct Loop {
   Loop();
   Loop(const Loop &) = delete;
   Loop &operator=(const Loop &) = delete;
-  ~Loop();  // after all records of its handles
+  ~Loop();  // destroy all timers and watches first
 
-  // Until stop() is called, in a callback. Throws Interrupted when a signal asks the lab to stop.
+  // Returns after a callback called stop(). Throws Interrupted when a signal stops the lab.
   void run();
   void stop();
 };
@@ -32,7 +32,7 @@ struct Loop {
 struct LoopHandle {
   uv_any_handle raw;
   Callback callback;
-  int events = 0;  // that a file is waited for
+  int events = 0;  // of a FileWatch
 };
 
 struct CloseHandle {
@@ -41,7 +41,7 @@ struct CloseHandle {
 
 using OpenHandle = std::unique_ptr<LoopHandle, CloseHandle>;
 
-// Calls back at a time point, once each time that it is set.
+// Calls back once after each set().
 struct Timer {
   Timer(Loop &loop, Callback callback);
 
@@ -51,23 +51,23 @@ struct Timer {
   OpenHandle handle;
 };
 
-// Calls back whenever a file is ready. The record ends before the file is closed.
+// Calls back when a file is ready. Destroy it before the file is closed.
 struct FileWatch {
   FileWatch(Loop &loop, int file, Callback callback);
 
-  void wait_for(int events);  // UV_READABLE, UV_WRITABLE, both, or 0: nothing
+  void wait_for(int events);  // UV_READABLE and UV_WRITABLE, or one of them
 
   OpenHandle handle;
 };
 
-// Calls back when the process gets a signal, which then does nothing else.
+// Calls back when the process receives a signal, in place of its default action.
 struct SignalWatch {
   SignalWatch(Loop &loop, int number, Callback callback);
 
   OpenHandle handle;
 };
 
-// Let the process have as many open files as it may.
+// Raises the limit of open files to the hard limit.
 void raise_file_limit();
 
 }  // namespace lab

@@ -21,16 +21,17 @@
 namespace lab {
 namespace {
 
-// A file in memory with a text, to be read from its start. Less than 0 and errno without memory.
+// Creates a file in memory with a text, positioned at its start. Returns -1 and sets errno on
+// failure.
 Descriptor make_input(std::string_view text) {
   Descriptor file(memfd_create("event", MFD_CLOEXEC));
   if (file >= 0 && (!write_all(file, text).empty() || lseek(file, 0, SEEK_SET) != 0)) file.close();
   return file;
 }
 
-// The program starts in a session and a process group of its own, with the usual signals and the
-// environment of the lab. A file without "#!" is no program: execvp() and what is built on it would
-// have a shell run it. 0, or an error.
+// Starts the program in a session and process group of its own, with default signal handling and
+// the environment of the lab. Uses posix_spawn(), because posix_spawnp() and execvp() run a file
+// without "#!" in a shell. Returns 0 or an errno value.
 int spawn(const std::string &path, int input, pid_t &pid) {
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
@@ -41,11 +42,11 @@ int spawn(const std::string &path, int input, pid_t &pid) {
   sigset_t signals;
   sigemptyset(&signals);
   posix_spawnattr_setsigmask(&attributes, &signals);
-  std::memset(&signals, 0xff, sizeof signals);  // two of glibc's own, too, or it ignores them
+  std::memset(&signals, 0xff, sizeof signals);  // unlike sigfillset(), with glibc's own signals
   posix_spawnattr_setsigdefault(&attributes, &signals);
   posix_spawnattr_setflags(&attributes,
                            POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  // hiredis leaves its sockets open for programs, and they are logged in.
+  // hiredis opens sockets without O_CLOEXEC, and they are logged in.
   close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
   std::string name = path;
   const std::array<char *, 2> words = {name.data(), nullptr};
@@ -61,7 +62,7 @@ std::string describe_failure(const RunningProgram &program, int status,
     return fmt::format("did not end within {:g} s",
                        std::chrono::duration<double>(limits.time).count());
   }
-  if (WIFSIGNALED(status)) return fmt::format("was ended by {}", strsignal(WTERMSIG(status)));
+  if (WIFSIGNALED(status)) return fmt::format("was killed: {}", strsignal(WTERMSIG(status)));
   return status != 0 ? fmt::format("ended with status {}", WEXITSTATUS(status)) : "";
 }
 
@@ -99,7 +100,7 @@ void start_waiting(ChangeProgram &program) {
   }
 }
 
-void take_ended(ChangeProgram &program) {
+void reap_programs(ChangeProgram &program) {
   for (auto next = program.running.begin(); next != program.running.end();) {
     const auto &[pair, running] = *next;
     int status = 0;
@@ -130,13 +131,13 @@ std::string find_program_problem(const std::string &path) {
   return access(path.c_str(), X_OK) == 0 ? "" : "it is not executable";
 }
 
-ChangeProgram::ChangeProgram(Loop &event_loop, std::string program_path, ProgramLimits at_most,
-                             Reporter problem_reporter)
+ChangeProgram::ChangeProgram(Loop &event_loop, std::string program_path,
+                             ProgramLimits program_limits, Reporter problem_reporter)
     : loop(event_loop),
       path(std::move(program_path)),
-      limits(at_most),
+      limits(program_limits),
       reporter(std::move(problem_reporter)),
-      ends(event_loop, SIGCHLD, [this] { take_ended(*this); }) {}
+      child_exits(event_loop, SIGCHLD, [this] { reap_programs(*this); }) {}
 
 void ChangeProgram::run(const std::string &pair, std::string event) {
   const auto same = std::find_if(waiting.begin(), waiting.end(),

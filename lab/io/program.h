@@ -1,7 +1,7 @@
-// A program that runs on each event of a pair: the event is its standard input.
+// Runs a program on each event of a pair. The event is its standard input.
 //
-// For each pair one runs at a time, and of the events that wait the last one is kept. A program
-// that does not end in time is killed with its process group. No shell is involved.
+// At most one program runs for each pair. While it runs, only the latest event is kept. A program
+// that exceeds the time limit is killed with its process group. No shell is involved.
 #pragma once
 
 #include <deque>
@@ -19,12 +19,12 @@ struct ProgramLimits {
   std::chrono::milliseconds time = std::chrono::seconds(30);
 };
 
-// Why a path cannot be run as a program, else "".
+// Returns why a path cannot be run as a program, "" if it can.
 std::string find_program_problem(const std::string &path);
 
-// Killed with its process group where it has not ended.
+// The destructor kills the process group if the program is still running.
 struct RunningProgram {
-  pid_t pid;  // 0: it has ended
+  pid_t pid;  // 0 after the exit
   Timer deadline;
   bool timed_out = false;
 
@@ -34,7 +34,7 @@ struct RunningProgram {
 struct ChangeProgram {
   using Reporter = std::function<void(const std::string &problem)>;
 
-  // The reporter gets what goes wrong: a program that cannot be started, fails, or is killed.
+  // The reporter is called if a program cannot be started, fails, or is killed.
   ChangeProgram(Loop &loop, std::string path, ProgramLimits limits, Reporter reporter);
   ChangeProgram(const ChangeProgram &) = delete;
   ChangeProgram &operator=(const ChangeProgram &) = delete;
@@ -50,9 +50,9 @@ struct ChangeProgram {
   std::string path;
   ProgramLimits limits;
   Reporter reporter;
-  std::deque<Waiting> waiting;                                     // at most one of a pair
+  std::deque<Waiting> waiting;                                     // at most one for each pair
   std::map<std::string, std::unique_ptr<RunningProgram>> running;  // by pair
-  SignalWatch ends;
+  SignalWatch child_exits;
 };
 
 }  // namespace lab

@@ -21,46 +21,46 @@ namespace {
 
 const std::string protocol_error = "protocol error: ";
 
-// Reads of a socket before the other source has its turn.
-constexpr int reads_at_once = 64;
+// Reads of one socket before the event loop continues, so that no source starves the others.
+constexpr int max_reads = 64;
 
 struct FreeReply {
   void operator()(redisReply *reply) const { freeReplyObject(reply); }
 };
 
-const redisReplyObjectFunctions *usual_functions = nullptr;
+const redisReplyObjectFunctions *default_functions = nullptr;
 
-// A list of more elements than an answer may have is not made, however long the server says that it
-// is.
+// Refuses to allocate a list with more elements than an answer may have, whatever length the server
+// announces.
 template <class Count>
-void *make_list(const redisReadTask *task, Count elements) {
+void *create_array(const redisReadTask *task, Count elements) {
   std::size_t &left = *static_cast<std::size_t *>(task->privdata);
   if (static_cast<std::size_t>(elements) > left) return nullptr;
   left -= static_cast<std::size_t>(elements);
-  return usual_functions->createArray(task, elements);
+  return default_functions->createArray(task, elements);
 }
 
-// What other servers answer to a request that they do not understand.
+// How servers of other protocols answer a Redis request.
 constexpr struct {
-  std::string_view begin;
+  std::string_view prefix;
   const char *protocol;
-} other_servers[] = {{"HTTP/", "HTTP"},  // in its first version without a status line
-                     {"<", "HTTP"},
-                     {"SSH-", "SSH"},
-                     {std::string_view("\x15\x03", 2), "TLS"},
-                     {std::string_view("\x16\x03", 2), "TLS"}};
+} other_protocols[] = {{"HTTP/", "HTTP"},
+                       {"<", "HTTP"},  // HTTP/0.9 has no status line
+                       {"SSH-", "SSH"},
+                       {std::string_view("\x15\x03", 2), "TLS"},
+                       {std::string_view("\x16\x03", 2), "TLS"}};
 
-std::string not_redis(const Connection &connection) {
+std::string describe_other_server(const Connection &connection) {
   std::string text = "no Redis server answered at " + connection.place;
-  for (const auto &[begin, protocol] : other_servers) {
-    if (connection.first_bytes.starts_with(begin)) {
+  for (const auto &[prefix, protocol] : other_protocols) {
+    if (connection.first_bytes.starts_with(prefix)) {
       return text + " (looks like " + protocol + ")";
     }
   }
   return text;
 }
 
-std::string error_of(const Connection &connection) {
+std::string describe_error(const Connection &connection) {
   const redisContext &context = *connection.context;
   const bool is_cut = context.err == REDIS_ERR_IO && (errno == ECONNRESET || errno == EPIPE);
   if (context.err == REDIS_ERR_EOF || is_cut) return "the server closed the connection";
@@ -69,7 +69,8 @@ std::string error_of(const Connection &connection) {
            std::to_string(connection.limits.answer_elements) + " elements";
   }
   if (context.err != REDIS_ERR_PROTOCOL) return printable(context.errstr);
-  return connection.is_redis ? protocol_error + printable(context.errstr) : not_redis(connection);
+  return connection.is_redis ? protocol_error + printable(context.errstr)
+                             : describe_other_server(connection);
 }
 
 void finish_connecting(Connection &connection) {
@@ -84,7 +85,7 @@ void read_available(Connection &connection) {
   redisReader *reader = connection.context->reader;
   const std::size_t before = reader->len;
   if (redisBufferRead(connection.context.get()) != REDIS_OK) {
-    throw ConnectionError{error_of(connection)};
+    throw ConnectionError{describe_error(connection)};
   }
   connection.unfinished_bytes += reader->len - before;
   constexpr std::size_t greeting_size = 8;
@@ -94,10 +95,11 @@ void read_available(Connection &connection) {
   }
 }
 
-// A line has no length before it, and a reader looks for its end from the beginning each time.
-bool has_long_line(const redisReader &reader, std::size_t most) {
+// The protocol does not announce the length of a line, and the reader searches the whole buffer for
+// its end after each read.
+bool has_long_line(const redisReader &reader, std::size_t limit) {
   const std::size_t waiting = reader.len - reader.pos;
-  return waiting > most && std::memchr(reader.buf + reader.pos, '\n', most) == nullptr;
+  return waiting > limit && std::memchr(reader.buf + reader.pos, '\n', limit) == nullptr;
 }
 
 void allow_next_answer(Connection &connection) {
@@ -106,17 +108,18 @@ void allow_next_answer(Connection &connection) {
   *connection.elements_left = connection.limits.answer_elements;
 }
 
-void take_answers(Connection &connection, const std::function<void(const redisReply &)> &take) {
+void read_answers(Connection &connection,
+                  const std::function<void(const redisReply &)> &on_answer) {
   while (connection.context != nullptr) {
-    void *read = nullptr;
-    if (redisGetReplyFromReader(connection.context.get(), &read) != REDIS_OK) {
-      throw ConnectionError{error_of(connection)};
+    void *raw = nullptr;
+    if (redisGetReplyFromReader(connection.context.get(), &raw) != REDIS_OK) {
+      throw ConnectionError{describe_error(connection)};
     }
-    const std::unique_ptr<redisReply, FreeReply> reply(static_cast<redisReply *>(read));
+    const std::unique_ptr<redisReply, FreeReply> reply(static_cast<redisReply *>(raw));
     if (reply == nullptr) break;
     connection.is_redis = true;
     allow_next_answer(connection);
-    take(*reply);
+    on_answer(*reply);
   }
   const ReadLimits &limits = connection.limits;
   if (connection.context != nullptr &&
@@ -130,12 +133,12 @@ void take_answers(Connection &connection, const std::function<void(const redisRe
   }
 }
 
-Resolved find_addresses(const std::string &host) {
+Resolved resolve(const std::string &host) {
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;
   addrinfo *found = nullptr;
   const int error = getaddrinfo(host.c_str(), nullptr, &hints, &found);
-  if (error != 0) return {{}, "the host is not known: " + printable(gai_strerror(error))};
+  if (error != 0) return {{}, "cannot resolve the host: " + printable(gai_strerror(error))};
   Resolved resolved;
   for (const addrinfo *at = found; at != nullptr; at = at->ai_next) {
     char address[NI_MAXHOST];
@@ -151,8 +154,8 @@ Resolved find_addresses(const std::string &host) {
 
 }  // namespace
 
-void refuse_answer(const std::string &what) {
-  throw ConnectionError{protocol_error + what};
+void throw_protocol_error(const std::string &problem) {
+  throw ConnectionError{protocol_error + problem};
 }
 
 bool is_address(const std::string &host) {
@@ -164,13 +167,13 @@ bool is_address(const std::string &host) {
 Resolver start_resolver(const std::string &host, TimePoint due) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) {
-    throw std::system_error(errno, std::generic_category(), "no pipe can be made");
+    throw std::system_error(errno, std::generic_category(), "cannot create a pipe");
   }
   Resolver resolver{{}, Descriptor(ends[0]), due};
-  std::packaged_task<Resolved()> task([host] { return find_addresses(host); });
+  std::packaged_task<Resolved()> task([host] { return resolve(host); });
   resolver.result = task.get_future();
-  // Nothing waits for its end, also not the end of the process. What is to be read is the end of
-  // the pipe.
+  // Nothing waits for the thread, not even the exit of the process. When it ends, its end of the
+  // pipe closes, and the other end becomes readable.
   std::thread([task = std::move(task), end = Descriptor(ends[1])]() mutable { task(); }).detach();
   return resolver;
 }
@@ -179,25 +182,25 @@ Connection connect_to(const Source &source, const std::string &address, const Re
   const bool is_path = source.kind == Source::Kind::unix_socket;
   redisContext *context = is_path ? redisConnectUnixNonBlock(source.place.c_str())
                                   : redisConnectNonBlock(address.c_str(), source.port);
-  static uint64_t connections = 0;
+
   Connection connection;
   connection.context.reset(context);
-  connection.id = ++connections;
+
   connection.place = printable(source.place);
   if (!is_path) connection.place += ":" + std::to_string(source.port);
   connection.limits = limits;
   connection.elements_left = std::make_unique<std::size_t>(limits.answer_elements);
-  if (context == nullptr) throw ConnectionError{"there is no memory for a connection"};
-  if (context->err != 0) throw ConnectionError{error_of(connection)};
+  if (context == nullptr) throw ConnectionError{"out of memory for a connection"};
+  if (context->err != 0) throw ConnectionError{describe_error(connection)};
   static redisReplyObjectFunctions functions;
-  usual_functions = std::exchange(context->reader->fn, &functions);
-  functions = *usual_functions;
-  functions.createArray = make_list;
+  default_functions = std::exchange(context->reader->fn, &functions);
+  functions = *default_functions;
+  functions.createArray = create_array;
   context->reader->privdata = connection.elements_left.get();
   return connection;
 }
 
-void send_request(Connection &connection, TimePoint now, Ask what,
+void send_request(Connection &connection, TimePoint now, Query kind,
                   const std::vector<std::string> &words) {
   std::vector<const char *> texts;
   std::vector<std::size_t> lengths;
@@ -207,11 +210,11 @@ void send_request(Connection &connection, TimePoint now, Ask what,
   }
   if (redisAppendCommandArgv(connection.context.get(), static_cast<int>(words.size()), texts.data(),
                              lengths.data()) != REDIS_OK) {
-    throw ConnectionError{error_of(connection)};
+    throw ConnectionError{describe_error(connection)};
   }
-  if (connection.awaited.empty()) connection.answered = now;
-  connection.writing = true;
-  connection.awaited.push_back({what, what == Ask::row ? words.back() : ""});
+  if (connection.pending.empty()) connection.last_answer = now;
+  connection.is_writing = true;
+  connection.pending.push_back({kind, kind == Query::row ? words.back() : ""});
 }
 
 void log_in(const Source &source, Connection &connection, TimePoint now) {
@@ -219,30 +222,30 @@ void log_in(const Source &source, Connection &connection, TimePoint now) {
   std::vector<std::string> words = {"AUTH"};
   if (!source.user.empty()) words.push_back(source.user);
   words.push_back(source.password);
-  send_request(connection, now, Ask::login, words);
+  send_request(connection, now, Query::login, words);
 }
 
-Asked next_awaited(Connection &connection, TimePoint now) {
-  if (connection.awaited.empty()) refuse_answer("an answer that was not asked for");
-  connection.answered = now;
-  Asked asked = std::move(connection.awaited.front());
-  connection.awaited.pop_front();
-  return asked;
+PendingQuery take_query(Connection &connection, TimePoint now) {
+  if (connection.pending.empty()) throw_protocol_error("an unexpected answer");
+  connection.last_answer = now;
+  PendingQuery request = std::move(connection.pending.front());
+  connection.pending.pop_front();
+  return request;
 }
 
-void refuse(Ask what, std::string_view error, const ReadLimits &limits) {
-  const auto begins = [error](const char *word) { return error.starts_with(word); };
-  if (begins("LOADING")) throw ConnectionError{"the server is loading its data"};
-  if (begins("NOAUTH")) throw ConnectionError{"the server asks for a password", true};
+void throw_server_error(Query kind, std::string_view error, const ReadLimits &limits) {
+  const auto has_code = [error](const char *word) { return error.starts_with(word); };
+  if (has_code("LOADING")) throw ConnectionError{"the server is loading its data"};
+  if (has_code("NOAUTH")) throw ConnectionError{"the server requires a password", true};
   std::string text = printable(cut(error.substr(0, error.find(". ")), limits.error_bytes));
   if (text.empty()) text = "the server answers with an error";
-  if (begins("NOPERM")) throw ConnectionError{text, true};
-  // An answer to a login may repeat the password.
-  if (what == Ask::login && !begins("ERR max number of clients") && !begins("DENIED")) {
+  if (has_code("NOPERM")) throw ConnectionError{text, true};
+  // The answer to AUTH may quote the password: do not show it.
+  if (kind == Query::login && !has_code("ERR max number of clients") && !has_code("DENIED")) {
     throw ConnectionError{"the password is refused", true};
   }
-  // A database that the server does not have will not come.
-  throw ConnectionError{text, what == Ask::select};
+  // A database number that the server does not have stays invalid.
+  throw ConnectionError{text, kind == Query::select};
 }
 
 std::string_view text_of(const redisReply &reply) {
@@ -250,47 +253,48 @@ std::string_view text_of(const redisReply &reply) {
 }
 
 bool needs_writing(const Connection &connection) {
-  return connection.writing || !connection.connected;
+  return connection.is_writing || !connection.connected;
 }
 
 void flush(Connection &connection) {
-  if (connection.context == nullptr || !connection.connected || !connection.writing) return;
+  if (connection.context == nullptr || !connection.connected || !connection.is_writing) return;
   int done = 1;
   if (redisBufferWrite(connection.context.get(), &done) != REDIS_OK) {
-    throw ConnectionError{error_of(connection)};
+    throw ConnectionError{describe_error(connection)};
   }
-  connection.writing = done == 0;
+  connection.is_writing = done == 0;
 }
 
-void move(Connection &connection, const std::function<void(const redisReply &)> &take) {
-  for (int i = 0; i < reads_at_once && connection.context != nullptr; ++i) {
+void read_and_write(Connection &connection,
+                    const std::function<void(const redisReply &)> &on_answer) {
+  for (int i = 0; i < max_reads && connection.context != nullptr; ++i) {
     const int events = needs_writing(connection) ? POLLIN | POLLOUT : POLLIN;
     pollfd ready = {connection.context->fd, static_cast<int16_t>(events), 0};
     if (poll(&ready, 1, 0) <= 0) return;
     if (!connection.connected) finish_connecting(connection);
     if ((ready.revents & ~POLLOUT) != 0) {
       read_available(connection);
-      take_answers(connection, take);
+      read_answers(connection, on_answer);
     }
     flush(connection);
   }
 }
 
 void check_answer_time(const Connection &connection, TimePoint now) {
-  if (connection.awaited.empty() || now - connection.answered < connection.limits.answer_time) {
+  if (connection.pending.empty() || now - connection.last_answer < connection.limits.answer_time) {
     return;
   }
   throw ConnectionError{"no complete answer within " + seconds_text(connection.limits.answer_time)};
 }
 
 bool is_quiet(const Connection &connection, TimePoint now, Clock::duration time) {
-  return connection.context != nullptr && connection.awaited.empty() &&
-         now - connection.answered >= time;
+  return connection.context != nullptr && connection.pending.empty() &&
+         now - connection.last_answer >= time;
 }
 
 TimePoint due(const Connection &connection, Clock::duration sign_of_life) {
-  return connection.answered +
-         (connection.awaited.empty() ? sign_of_life : connection.limits.answer_time);
+  return connection.last_answer +
+         (connection.pending.empty() ? sign_of_life : connection.limits.answer_time);
 }
 
 }  // namespace lab

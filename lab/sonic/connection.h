@@ -1,5 +1,4 @@
-// A connection to a redis-server: requests are sent and answers come in their order, and nothing
-// waits.
+// A nonblocking connection to a redis-server. Answers arrive in the order of the requests.
 #pragma once
 
 #include <hiredis/hiredis.h>
@@ -24,8 +23,7 @@ struct FreeContext {
   void operator()(redisContext *context) const { redisFree(context); }
 };
 
-// What an answer is the answer to.
-enum class Ask {
+enum class Query {
   login,
   select,
   subscribe,
@@ -33,88 +31,89 @@ enum class Ask {
   scan,
   row,
   size,
-  sign_of_life,
+  ping,
   fence,
 };
 
-struct Asked {
-  Ask what;
+struct PendingQuery {
+  Query kind;
   std::string row;  // of Ask::row
 };
 
 struct Connection {
   std::unique_ptr<redisContext, FreeContext> context;
-  uint64_t id = 0;    // of this context
+
   std::string place;  // "host:port" or a path
   ReadLimits limits;
   bool connected = false;
-  bool writing = false;  // not all requests have left
-  std::deque<Asked> awaited;
-  TimePoint answered;  // when the last answer was complete, or the first one was asked for
+  bool is_writing = false;  // requests are buffered
+  std::deque<PendingQuery> pending;
+  TimePoint last_answer;  // the last complete answer, or the first request after a quiet time
 
-  bool is_redis = false;  // an answer has been complete
+  bool is_redis = false;  // at least one answer was complete
   std::string first_bytes;
-  std::size_t unfinished_bytes = 0;                 // of the answer that is being read
-  std::unique_ptr<std::size_t> elements_left = {};  // that it may have
+  std::size_t unfinished_bytes = 0;                 // received of the current answer
+  std::unique_ptr<std::size_t> elements_left = {};  // limit for the current answer
 };
 
-// Why a source is lost; thrown by all that follows.
+// Closes the connections of a source; thrown by the functions below.
 struct ConnectionError {
   std::string reason;
-  bool refused = false;  // it is of no use to try again
+  bool refused = false;  // access denied: retry less often
   bool has_no_address = false;
 };
 
-// The server has sent what no server sends.
-[[noreturn]] void refuse_answer(const std::string &what);
+// Throws ConnectionError for an answer that violates the protocol.
+[[noreturn]] void throw_protocol_error(const std::string &problem);
 
-// --- the addresses of a host ---
+// --- host names ---
 
 struct Resolved {
   std::vector<std::string> addresses;
-  std::string problem;  // not empty: there are none
+  std::string problem;  // empty on success
 };
 
-// Finds them without waiting: in a thread of its own, for that may take long.
+// A lookup that runs in a thread of its own, because getaddrinfo() blocks.
 struct Resolver {
   std::future<Resolved> result;
-  Descriptor ready;  // to be read when the result is there
-  TimePoint due;     // when it is of no use any more
+  Descriptor ready;  // readable when the result is available
+  TimePoint due;     // deadline
 };
 
-// Is it an address, and no name?
+// Returns true for a numeric address, false for a host name.
 bool is_address(const std::string &host);
 
-// Throws std::system_error.
+// Throws std::system_error if no pipe or thread can be created.
 Resolver start_resolver(const std::string &host, TimePoint due);
 
 // --- requests and answers ---
 
-// Begin to connect, to the address where the source is a host.
+// Starts to connect to `address`, or to the path of a Unix socket.
 Connection connect_to(const Source &source, const std::string &address, const ReadLimits &limits);
 
-void send_request(Connection &connection, TimePoint now, Ask what,
+void send_request(Connection &connection, TimePoint now, Query kind,
                   const std::vector<std::string> &words);
 void log_in(const Source &source, Connection &connection, TimePoint now);
 
-// What the answer that has come is the answer to.
-Asked next_awaited(Connection &connection, TimePoint now);
+// Removes and returns the request that the received answer belongs to.
+PendingQuery take_query(Connection &connection, TimePoint now);
 
-// The source is lost for an error that the server answered.
-[[noreturn]] void refuse(Ask what, std::string_view error, const ReadLimits &limits);
+// Throws ConnectionError for an error that the server answered.
+[[noreturn]] void throw_server_error(Query kind, std::string_view error, const ReadLimits &limits);
 
 std::string_view text_of(const redisReply &reply);
 
-// Read and write what can be without waiting. `take` may drop the connection.
-void move(Connection &connection, const std::function<void(const redisReply &)> &take);
+// Reads and writes without blocking. `on_answer` may reset the connection.
+void read_and_write(Connection &connection,
+                    const std::function<void(const redisReply &)> &on_answer);
 
-// Write what can be without waiting.
+// Writes buffered requests without blocking.
 void flush(Connection &connection);
 
-// Throws when an answer is not complete in time.
+// Throws ConnectionError if an answer is not complete in time.
 void check_answer_time(const Connection &connection, TimePoint now);
 
-// Is nothing awaited, and has nothing come for so long?
+// Returns true if no answer is awaited and the last one is at least `time` old.
 bool is_quiet(const Connection &connection, TimePoint now, Clock::duration time);
 
 TimePoint due(const Connection &connection, Clock::duration sign_of_life);

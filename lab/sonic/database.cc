@@ -13,21 +13,21 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto first_pause = 250ms;
-constexpr auto longest_pause = 5s;
-constexpr auto longest_pause_of_refused = 30s;  // of a name that is not found, too
-// Where no notifications come, a reading that differs from the last may have met a change in the
-// middle. It is done again, this often at most.
-constexpr int most_repeats = 2;
-// How often changes that come while changes are brought in are brought in, too.
-constexpr int most_rounds = 3;
-// Keys of an answer to SCAN, and rows that are asked for before the first is answered.
-constexpr const char *keys_at_once = "5000";
-constexpr std::size_t rows_at_once = 512;
+constexpr auto min_pause = 250ms;
+constexpr auto max_pause = 5s;
+constexpr auto max_pause_of_refused = 30s;  // also if the host name has no address
+// Without notifications, a reading that differs from the last may mix rows from before and after a
+// change. It is repeated at most this often.
+constexpr int max_repeats = 2;
+// Partial readings before the snapshot counts as settled although more rows have changed.
+constexpr int max_rounds = 3;
+// COUNT of SCAN, and outstanding requests for rows.
+constexpr const char *scan_count = "5000";
+constexpr std::size_t max_pending_rows = 512;
 
-// --- the connections ---
+// --- connections ---
 
-// The channel of the notifications of a row.
+// Returns the notification channel of a row.
 std::string channel_of(const Database &database, const std::string &row) {
   return fmt::format("__keyspace@{}__:{}", database.source.database, row);
 }
@@ -42,18 +42,18 @@ void open_connections(Database &database, TimePoint now) {
   database.rows = connect_to(source, address, database.limits);
   database.changes = connect_to(source, address, database.limits);
   log_in(source, database.rows, now);
-  send_request(database.rows, now, Ask::select, {"SELECT", std::to_string(source.database)});
+  send_request(database.rows, now, Query::select, {"SELECT", std::to_string(source.database)});
   log_in(source, database.changes, now);
-  // One by one: before a login a server takes no more than a few words at once, and says nothing of
-  // a password then.
+  // One request per table: without a login, a server that requires one limits the number of
+  // arguments, and a larger request gets a protocol error instead of NOAUTH.
   for (const std::string &table : tables_read()) {
-    send_request(database.changes, now, Ask::subscribe,
+    send_request(database.changes, now, Query::subscribe,
                  {"PSUBSCRIBE", channel_of(database, table + "|*")});
   }
 }
 
-void open(Database &database, TimePoint now) {
-  database.away = false;
+void start_connecting(Database &database, TimePoint now) {
+  database.is_closed = false;
   database.deadline = now + database.limits.reading_time;
   database.addresses.clear();
   if (database.source.kind != Source::Kind::tcp) return;
@@ -64,79 +64,72 @@ void open(Database &database, TimePoint now) {
   try {
     database.resolver = start_resolver(database.source.place, now + database.limits.answer_time);
   } catch (const std::system_error &problem) {
-    throw ConnectionError{"the host is not known: " + printable(problem.what()), false, true};
+    throw ConnectionError{"cannot resolve the host: " + printable(problem.what()), false, true};
   }
 }
 
-void take_addresses(Database &database, TimePoint now) {
+void finish_resolving(Database &database, TimePoint now) {
   if (database.resolver->result.wait_for(0s) == std::future_status::ready) {
     const Resolved resolved = database.resolver->result.get();
     database.resolver.reset();
     if (!resolved.problem.empty()) throw ConnectionError{resolved.problem, false, true};
     database.addresses = resolved.addresses;
   } else if (now >= database.resolver->due) {
-    throw ConnectionError{"the address of the host is not found in time", false, true};
+    throw ConnectionError{"the host was not resolved in time", false, true};
   }
 }
 
 void close_after(Database &database, const ConnectionError &error, TimePoint now) {
-  const bool elsewhere = !database.rows.connected && !database.addresses.empty();
+  const bool has_next_address = !database.rows.connected && !database.addresses.empty();
   static_cast<DatabaseSession &>(database) = {};
-  if (elsewhere) return;  // at the host's next address
-  database.away = true;
+  if (has_next_address) return;  // try the next address at once
+  database.is_closed = true;
   database.pause = std::clamp<Clock::duration>(
-      database.pause * 2, first_pause,
-      error.refused || error.has_no_address ? longest_pause_of_refused : longest_pause);
-  // Those who lost a server at one time do not come back at one time.
+      database.pause * 2, min_pause,
+      error.refused || error.has_no_address ? max_pause_of_refused : max_pause);
+  // Random, so that clients that lost the server together do not reconnect together.
   static std::minstd_rand random(std::random_device{}());
   const double part = std::uniform_real_distribution(0.5, 1.0)(random);
-  database.try_next = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
+  database.next_attempt = now + std::chrono::duration_cast<Clock::duration>(database.pause * part);
   mark_disconnected(database.snapshot, error.reason, error.refused);
 }
 
 // --- readings ---
 
-void scan(Database &database, const std::string &cursor, TimePoint now) {
-  send_request(database.rows, now, Ask::scan, {"SCAN", cursor, "COUNT", keys_at_once});
-}
-
-void ask_rows(Database &database, TimePoint now) {
-  std::deque<std::string> &to_ask = database.reading->to_ask;
-  while (!to_ask.empty() && database.rows.awaited.size() < rows_at_once) {
-    send_request(database.rows, now, Ask::row, {"HGETALL", to_ask.front()});
-    to_ask.pop_front();
+void request_rows(Database &database, TimePoint now) {
+  std::deque<std::string> &unrequested = database.reading->unrequested;
+  while (!unrequested.empty() && database.rows.pending.size() < max_pending_rows) {
+    send_request(database.rows, now, Query::row, {"HGETALL", unrequested.front()});
+    unrequested.pop_front();
   }
 }
 
-// All rows, or those that changed.
 void begin_reading(Database &database, TimePoint now, bool is_whole) {
   if (!database.deadline) database.deadline = now + database.limits.reading_time;
   if (!is_whole) {
     database.reading =
         start_partial_reading(unpack(database.snapshot.contents), database.snapshot.errors,
                               std::exchange(database.changed, {}));
-    return ask_rows(database, now);
+    return request_rows(database, now);
   }
   database.reading.emplace();
-  if (!database.silent) {
-    send_request(database.rows, now, Ask::config, {"CONFIG", "GET", "notify-keyspace-events"});
-  }
-  scan(database, "0", now);
+  send_request(database.rows, now, Query::config, {"CONFIG", "GET", "notify-keyspace-events"});
+  send_request(database.rows, now, Query::scan, {"SCAN", "0", "COUNT", scan_count});
 }
 
-// Are they other ones than before?
-bool keep_rows(Database &database, Reading &read) {
+// Returns true if the rows or their errors changed.
+bool store_rows(Database &database, Reading &read) {
   const bool has_new_errors = database.snapshot.errors != read.errors;
   database.snapshot.errors = std::move(read.errors);
   return set_contents(database.snapshot, pack(read.rows)) || has_new_errors;
 }
 
 void end_partial_reading(Database &database, Reading read, TimePoint now) {
-  keep_rows(database, read);
-  if (database.keys) *database.keys += read.balance;
+  store_rows(database, read);
+  if (database.keys) *database.keys += read.row_delta;
   if (database.changes.context == nullptr) return;
-  // Whatever changed before these rows were read is notified before this is answered.
-  send_request(database.changes, now, Ask::fence, {"PING"});
+  // The answer follows the notifications of all changes made before these rows were read.
+  send_request(database.changes, now, Query::fence, {"PING"});
   database.is_fenced = true;
 }
 
@@ -145,24 +138,24 @@ void end_whole_reading(Database &database, Reading read, TimePoint now) {
     read.errors[""] = {{0, 0, "", fmt::format("database {} is empty", database.source.database),
                         "the configuration of a switch"}};
   }
-  const bool differs = keep_rows(database, read);
+  const bool differs = store_rows(database, read);
   Snapshot &snapshot = database.snapshot;
   snapshot.checked = now;
   database.keys.reset();
   if (differs) notice_change(snapshot, now);
-  const bool repeat = differs && !snapshot.notifications && database.repeats < most_repeats;
+  const bool repeat = differs && !snapshot.notifications && database.repeats < max_repeats;
   database.repeats = repeat ? database.repeats + 1 : 0;
-  // Without its size, only a reading shows what nothing notifies of.
+  // Without DBSIZE, only a reading detects changes without notifications.
   const auto notified = database.answers_size
                             ? database.intervals.notified
                             : std::min<Clock::duration>(database.intervals.notified, 10s);
   const auto pause = snapshot.notifications ? notified : database.intervals.unnotified;
-  database.read_next = repeat ? now : now + pause;
+  database.next_reading = repeat ? now : now + pause;
 }
 
 bool settle_changes(Database &database, TimePoint now) {
   if (database.reading || database.is_fenced) return false;
-  if (database.changed.empty() || database.rounds == most_rounds) {
+  if (database.changed.empty() || database.rounds == max_rounds) {
     database.rounds = 0;
     return true;
   }
@@ -173,57 +166,61 @@ bool settle_changes(Database &database, TimePoint now) {
   return false;
 }
 
-// --- what the server sends ---
+// --- answers and notifications ---
 
-// All rows are read again where keys came or went without a notification.
-void take_size(Database &database, const redisReply &reply, TimePoint now) {
-  database.answers_size = reply.type != REDIS_REPLY_ERROR;  // it may not be allowed
+// Schedules a reading of all rows if the number of keys changed without notifications.
+void handle_size(Database &database, const redisReply &reply, TimePoint now) {
+  database.answers_size = reply.type != REDIS_REPLY_ERROR;  // an ACL may forbid DBSIZE
   if (!database.answers_size) return;
-  if (reply.type != REDIS_REPLY_INTEGER) refuse_answer("an answer to DBSIZE that is not a number");
+  if (reply.type != REDIS_REPLY_INTEGER) throw_protocol_error("DBSIZE without a number");
   if (!database.keys) {
     database.keys = reply.integer;
   } else if (!database.changed.empty() || database.is_fenced || database.reading) {
-    return;  // it is asked for again soon
+    return;  // requested again at the next sign of life
   } else if (*database.keys != reply.integer) {
-    database.read_next = now;
+    database.next_reading = now;
   } else {
     database.snapshot.checked = now;
   }
 }
 
-void take_answer(Database &database, const redisReply &reply, TimePoint now) {
-  const Asked asked = next_awaited(database.rows, now);
-  const std::string_view error = text_of(reply);
-  const bool says_something =
-      asked.what == Ask::row
-          ? error.starts_with("WRONGTYPE")
-          : (asked.what == Ask::config || asked.what == Ask::size) && !error.starts_with("LOADING");
-  const bool is_error = reply.type == REDIS_REPLY_ERROR;
-  if (is_error && !says_something) refuse(asked.what, error, database.limits);
-  if (asked.what == Ask::config) {
-    database.silent = is_error;
-    database.snapshot.notifications =
-        database.changes.context != nullptr && has_notifications(reply);
-  }
-  if (asked.what == Ask::scan) {
-    const std::string cursor = take_keys(*database.reading, reply, database.limits);
-    if (cursor != "0") scan(database, cursor, now);
-  }
-  if (asked.what == Ask::size) take_size(database, reply, now);
-  if (asked.what == Ask::row) take_row(*database.reading, asked.row, reply, database.limits);
+// Returns true if the connection can continue: a row has another type, or an ACL forbids a command
+// that is optional.
+bool is_expected_error(Query kind, std::string_view error) {
+  if (kind == Query::row) return error.starts_with("WRONGTYPE");
+  return (kind == Query::config || kind == Query::size) && !error.starts_with("LOADING");
 }
 
-void take_notice(Database &database, const redisReply &reply, TimePoint now) {
+void handle_answer(Database &database, const redisReply &reply, TimePoint now) {
+  const auto [kind, row] = take_query(database.rows, now);
+  if (reply.type == REDIS_REPLY_ERROR && !is_expected_error(kind, text_of(reply))) {
+    throw_server_error(kind, text_of(reply), database.limits);
+  }
+  if (kind == Query::config) {
+    database.snapshot.notifications =
+        database.changes.context != nullptr && has_notifications(reply);
+  } else if (kind == Query::scan) {
+    const std::string cursor = add_keys(*database.reading, reply, database.limits);
+    if (cursor == "0") return;
+    send_request(database.rows, now, Query::scan, {"SCAN", cursor, "COUNT", scan_count});
+  } else if (kind == Query::size) {
+    handle_size(database, reply, now);
+  } else if (kind == Query::row) {
+    add_row(*database.reading, row, reply, database.limits);
+  }
+}
+
+void handle_notification(Database &database, const redisReply &reply, TimePoint now) {
   if (const auto row = notified_row(reply, channel_of(database, ""), database.limits)) {
     notice_change(database.snapshot, now);
     if (database.changed.size() <= database.limits.changed_rows) database.changed.insert(*row);
     return;
   }
-  const Asked asked = next_awaited(database.changes, now);
-  if (asked.what == Ask::fence) database.is_fenced = false;
+  const PendingQuery query = take_query(database.changes, now);
+  if (query.kind == Query::fence) database.is_fenced = false;
   if (reply.type != REDIS_REPLY_ERROR) return;
-  const bool may_not = asked.what == Ask::subscribe && text_of(reply).starts_with("NOPERM");
-  if (!may_not) refuse(asked.what, text_of(reply), database.limits);
+  const bool is_forbidden = query.kind == Query::subscribe && text_of(reply).starts_with("NOPERM");
+  if (!is_forbidden) throw_server_error(query.kind, text_of(reply), database.limits);
   database.changes = Connection{};
 }
 
@@ -234,14 +231,13 @@ void check_deadline(Database &database, TimePoint now) {
       database.rounds == 0) {
     database.deadline.reset();
   } else if (database.deadline && now >= *database.deadline) {
-    throw ConnectionError{"the database is not read within " +
+    throw ConnectionError{"the database was not read within " +
                           seconds_text(database.limits.reading_time)};
   }
 }
 
-// A database without traffic is asked for a sign of life. A flush or a swap, of which nothing
-// notifies, shows in its size, mostly.
-void look_for_life(Database &database, TimePoint now) {
+// Sends a PING on a quiet connection, or DBSIZE, which detects most flushes and swaps.
+void send_pings(Database &database, TimePoint now) {
   for (Connection *connection : {&database.rows, &database.changes}) {
     check_answer_time(*connection, now);
     const bool asks_size = connection == &database.rows && database.snapshot.notifications &&
@@ -249,37 +245,39 @@ void look_for_life(Database &database, TimePoint now) {
     const bool has_size = !asks_size || database.keys;
     const auto pause = has_size ? database.intervals.sign_of_life : Clock::duration{};
     if (!is_quiet(*connection, now, pause)) continue;
-    send_request(*connection, now, asks_size ? Ask::size : Ask::sign_of_life,
+    send_request(*connection, now, asks_size ? Query::size : Query::ping,
                  {asks_size ? "DBSIZE" : "PING"});
   }
 }
 
-// Begin a reading, go on with it, or end it.
+// Begins, continues or ends a reading.
 void continue_reading(Database &database, TimePoint now) {
   const bool has_read = database.snapshot.contents != nullptr;
   if (database.reading) {
-    ask_rows(database, now);
-    if (!database.rows.awaited.empty()) return;
+    request_rows(database, now);
+    if (!database.rows.pending.empty()) return;
     Reading ended = std::move(*database.reading);
     database.reading.reset();
     const auto end = ended.is_whole ? end_whole_reading : end_partial_reading;
     end(database, std::move(ended), now);
-  } else if (has_read ? now >= database.read_next
-                      : database.rows.awaited.empty() && database.changes.awaited.empty()) {
+  } else if (has_read ? now >= database.next_reading
+                      : database.rows.pending.empty() && database.changes.pending.empty()) {
     begin_reading(database, now, true);
   }
 }
 
-void work(Database &database, TimePoint now) {
-  if (database.away) {
-    if (now < database.try_next) return;
-    open(database, now);
+void run_session(Database &database, TimePoint now) {
+  if (database.is_closed) {
+    if (now < database.next_attempt) return;
+    start_connecting(database, now);
   }
-  if (database.resolver) take_addresses(database, now);
+  if (database.resolver) finish_resolving(database, now);
   if (database.resolver) return;
   if (database.rows.context == nullptr) open_connections(database, now);
-  move(database.rows, [&](const redisReply &reply) { take_answer(database, reply, now); });
-  move(database.changes, [&](const redisReply &reply) { take_notice(database, reply, now); });
+  read_and_write(database.rows,
+                 [&](const redisReply &reply) { handle_answer(database, reply, now); });
+  read_and_write(database.changes,
+                 [&](const redisReply &reply) { handle_notification(database, reply, now); });
   continue_reading(database, now);
   Snapshot &snapshot = database.snapshot;
   if (snapshot.state != SourceState::connected && snapshot.contents != nullptr &&
@@ -290,7 +288,7 @@ void work(Database &database, TimePoint now) {
     database.pause = {};
   }
   check_deadline(database, now);
-  look_for_life(database, now);
+  send_pings(database, now);
   flush(database.rows);
   flush(database.changes);
 }
@@ -304,24 +302,25 @@ Database open_database(const Source &source, const ReadIntervals &intervals, Tim
   database.source = source;
   database.intervals = intervals;
   database.limits = limits;
-  database.try_next = now;
+  database.next_attempt = now;
   return database;
 }
 
 void step(Database &database, TimePoint now) {
   try {
-    work(database, now);
+    run_session(database, now);
   } catch (const ConnectionError &error) {
     close_after(database, error, now);
   }
 }
 
 TimePoint due(const Database &database) {
-  if (database.away) return database.try_next;
+  if (database.is_closed) return database.next_attempt;
   if (database.resolver) return database.resolver->due;
   if (database.rows.context == nullptr) return TimePoint{};
   TimePoint first = database.deadline.value_or(TimePoint::max());
-  if (database.snapshot.contents && !database.reading) first = std::min(first, database.read_next);
+  if (database.snapshot.contents && !database.reading)
+    first = std::min(first, database.next_reading);
   for (const Connection *connection : {&database.rows, &database.changes}) {
     if (connection->context == nullptr) continue;
     first = std::min(first, due(*connection, database.intervals.sign_of_life));

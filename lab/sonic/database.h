@@ -1,9 +1,9 @@
-// A switch's configuration database, read and watched.
+// Reads and watches the configuration database of a switch.
 //
-// Two connections: one gets notifications of the rows that change, on the other rows are read.
-// First comes the subscription, then the first reading, so that no change is missed between the
-// two. What sends no notification of its rows (a flushed or swapped database) is found by reading
-// all of them anew. Nothing is ever written.
+// There are two connections: one receives notifications of changed rows, the other reads rows. The
+// first reading starts after the subscription, so that no change is missed between them. Changes
+// without notifications of rows (FLUSHDB, SWAPDB) are found by reading all rows again. The database
+// is never written.
 #pragma once
 
 #include <cstdint>
@@ -19,33 +19,31 @@
 
 namespace lab {
 
-// How often a database is looked at while nothing is notified.
 struct ReadIntervals {
-  Clock::duration unnotified =
-      std::chrono::seconds(1);                          // all rows, of a server that never notifies
-  Clock::duration notified = std::chrono::seconds(10);  // all rows, of one that does
+  // Between readings of all rows, with and without notifications of changes.
+  Clock::duration unnotified = std::chrono::seconds(1);
+  Clock::duration notified = std::chrono::seconds(10);
+  // Between PINGs (or DBSIZEs) on a quiet connection.
   Clock::duration sign_of_life = std::chrono::seconds(1);
 };
 
-// What ends with the connections.
+// State that is discarded when the connections close.
 struct DatabaseSession {
   std::optional<Resolver> resolver;
   Connection rows;
-  Connection changes;   // without a context: the server lets nobody subscribe
-  bool silent = false;  // the server does not say whether it notifies
+  Connection changes;  // without a context: the server does not permit subscriptions
 
-  // Keys of all tables, by DBSIZE, corrected by the rows that came and went since.
+  // Keys in the database, by DBSIZE, adjusted for the rows added and removed since.
   std::optional<int64_t> keys;
   bool answers_size = true;
 
   std::optional<Reading> reading;
   int repeats = 0;
-  TimePoint read_next;
+  TimePoint next_reading;
 
-  // Rows of which notifications have come, and that are not asked for yet. If they are more than
-  // the limit, all rows are read.
+  // Changed rows that are not requested yet. Above the limit, all rows are read.
   std::set<std::string> changed;
-  bool is_fenced = false;  // an answer is awaited behind the notifications
+  bool is_fenced = false;  // a PING is pending that follows the notifications
   int rounds = 0;
 };
 
@@ -55,25 +53,24 @@ struct Database : DatabaseSession {
   ReadLimits limits;
   Snapshot snapshot;
 
-  std::vector<std::string> addresses;  // that have not been tried yet
-  // Until all rows have been read, or those that changed have been brought in.
-  std::optional<TimePoint> deadline;
+  std::vector<std::string> addresses;  // not tried yet
+  std::optional<TimePoint> deadline;   // for connecting and reading, or for a partial reading
 
-  bool away = true;  // there are no connections; they are tried again when it is due
+  bool is_closed = true;  // no connections until `next_attempt`
   Clock::duration pause{};
-  TimePoint try_next;
+  TimePoint next_attempt;
 };
 
-// The process ignores SIGPIPE from then on.
+// Makes the process ignore SIGPIPE.
 Database open_database(const Source &source, const ReadIntervals &intervals, TimePoint now,
                        const ReadLimits &limits);
 
-// Do all that can be done without waiting. Call it when a socket is ready, and when it is due.
+// Reads and writes without blocking. Call it when a socket is ready and at due().
 void step(Database &database, TimePoint now);
 TimePoint due(const Database &database);
 
-// Read the rows of which notifications have come. Call it after every step, until it returns true:
-// the snapshot is then what the server had at one time. A lost source is always settled.
+// Requests the changed rows. Call it after every step until it returns true: the snapshot is then
+// consistent, unless rows keep changing. Always returns true for a source that is not connected.
 bool settle(Database &database, TimePoint now);
 
 }  // namespace lab

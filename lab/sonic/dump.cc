@@ -1,4 +1,4 @@
-// Reads dumps: the parser makes a tree of their values, and the rows are read from the tree.
+// Reads dumps: the parser builds a tree of the values that are needed, then rows are read from it.
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -11,16 +11,16 @@ namespace lab {
 namespace {
 
 constexpr char a_dump[] = "a dump of a configuration database, a JSON object of tables";
-constexpr std::string_view a_text = "a text";
+constexpr std::string_view a_string = "a string";
 constexpr std::string_view a_list = "a list";
 constexpr std::string_view an_object = "an object";
 
-// Nothing, gzip, UTF-16, or lines before the JSON; nothing is returned of what may be JSON.
+// Detects empty input, gzip, UTF-16, and text before the JSON. Returns nullopt for possible JSON.
 std::optional<InputError> find_other_text(std::string_view text) {
   const auto error = [](const std::string &found, const std::string &where = "") {
     return InputError{0, 0, where, found, a_dump};
   };
-  if (text.starts_with("\x1F\x8B")) return error("found data that gzip compressed");
+  if (text.starts_with("\x1F\x8B")) return error("found gzip-compressed data");
   if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ||
       (text.size() >= 2 && (text[0] == '\0') != (text[1] == '\0'))) {
     return error("found UTF-16, not UTF-8");
@@ -28,100 +28,100 @@ std::optional<InputError> find_other_text(std::string_view text) {
   text = without_byte_order_mark(text);
   const std::size_t first = text.find_first_not_of(" \t\r\n");
   if (first == text.npos) {
-    return error(text.empty() ? "found nothing: it is empty" : "found nothing but blanks");
+    return error(text.empty() ? "found empty input" : "found only white space");
   }
   if (text[first] == '{' || text[first] == '[') return std::nullopt;
-  int number = 1;
-  for (std::string_view rest = text;; ++number) {
-    const std::size_t begin = rest.find_first_not_of(" \t\r");
-    if (begin != rest.npos && rest[begin] == '{') break;
-    const std::size_t end = rest.find('\n');
-    if (end == rest.npos) return std::nullopt;
-    rest.remove_prefix(end + 1);
+  for (std::size_t at = text.find('{'); at != text.npos; at = text.find('{', at + 1)) {
+    if (text[text.find_last_not_of(" \t\r", at - 1)] != '\n') continue;
+    return error("found text before the JSON, which begins at " + place_in_text(text, at),
+                 place_in_text(text, first));
   }
-  return error(fmt::format("found other lines before the JSON, which begins at line {}", number),
-               place_in_text(text, first));
+  return std::nullopt;
 }
 
 struct Node {
-  std::string name;       // in the object around it
-  std::string_view what;  // "a text", "null"
+  std::string name;       // in the enclosing object
+  std::string_view kind;  // "a string", "null"
   std::string text;
   std::vector<Node> members;  // of an object or a list
 };
 
-// Does a name begin with that of a table that is read?
-bool names_table(const std::string &name) {
+// Returns true if the part of a name before '|' is a table that is read.
+bool has_table_name(const std::string &name) {
   return tables_read().contains(name.substr(0, name.find('|')));
 }
 
-// Does a key begin with the name of a table and a bar?
-bool repeats_table(const std::string &key) {
-  return key.find('|') != key.npos && names_table(key);
+bool has_table_prefix(const std::string &key) {
+  return key.find('|') != key.npos && has_table_name(key);
 }
 
-// The parser calls a function for each piece of the dump; one that returns false ends the reading.
-// What is of no use is passed over: neither its depth nor its size takes memory.
+// A SAX handler; a member function that returns false stops the parser. Values that are not needed
+// are skipped: neither their depth nor their size costs memory.
 struct TreeParser {
-  // A namespace, a table, a row and a list of one of its fields lie in the dump's object.
-  static constexpr std::size_t most_open = 5;
+  // The dump, a namespace, a table, a row, and the list of a field.
+  static constexpr std::size_t max_open = 5;
 
   std::string_view json;
   std::string name_space;
   Node root = {};
   InputErrors errors = {};
   std::vector<Node *> open = {};  // objects and lists
-  std::size_t passed = 0;         // that are open further down
+  std::size_t skipped_depth = 0;  // depth inside a skipped value
   std::string name = {};
 
-  void not_json(std::size_t at, const std::string &problem) {
+  void set_error(std::size_t at, const std::string &problem) {
     errors = {{0, 0, place_in_text(json, at), problem, a_dump}};
   }
 
-  // Other namespaces, other tables but for misplaced rows, and a list behind what is no text.
-  bool is_of_use() const {
+  // Skips other namespaces, other tables except for misplaced rows, and the members of a list after
+  // the first that is not a string.
+  bool is_needed() const {
     const Node &around = *open.back();
     const std::size_t tables = name_space.empty() ? 1 : 2;
     if (open.size() == tables && around.name != name_space) return false;
-    if (open.size() == tables + 1 && !names_table(around.name)) return repeats_table(name);
-    return around.what != a_list || around.members.empty() || around.members.back().what == a_text;
+    if (open.size() == tables + 1 && !has_table_name(around.name)) return has_table_prefix(name);
+    return around.kind != a_list || around.members.empty() ||
+           around.members.back().kind == a_string;
   }
 
-  Node *add(std::string_view what, std::string text = "") {
-    if (passed > 0 || (!open.empty() && !is_of_use())) return nullptr;
-    Node node = {std::move(name), what, std::move(text), {}};
+  Node *add(std::string_view kind, std::string text = "") {
+    if (skipped_depth > 0 || (!open.empty() && !is_needed())) return nullptr;
+    Node node = {std::move(name), kind, std::move(text), {}};
     if (open.empty()) return &(root = std::move(node));
     return &open.back()->members.emplace_back(std::move(node));
   }
 
-  bool scalar(std::string_view what, std::string text = "") {
-    add(what, std::move(text));
-    return root.what == an_object;
+  bool scalar(std::string_view kind, std::string text = "") {
+    add(kind, std::move(text));
+    return root.kind == an_object;
   }
 
-  bool begin(std::string_view what) {
-    Node *node = add(what);
-    if (node == nullptr || open.size() == most_open) {
-      ++passed;
+  bool begin(std::string_view kind) {
+    Node *node = add(kind);
+    if (node == nullptr || open.size() == max_open) {
+      ++skipped_depth;
     } else {
       open.push_back(node);
     }
-    return root.what == an_object;
+    return root.kind == an_object;
   }
 
   bool end_object() {
-    if (passed > 0) return --passed, true;
-    open.pop_back();
+    if (skipped_depth > 0) {
+      --skipped_depth;
+    } else {
+      open.pop_back();
+    }
     return true;
   }
 
   bool null() { return scalar("null"); }
-  bool boolean(bool value) { return scalar(value ? "a bare true" : "a bare false"); }
+  bool boolean(bool value) { return scalar(value ? "true" : "false"); }
   bool number_integer(int64_t) { return scalar("a number"); }
   bool number_unsigned(uint64_t) { return scalar("a number"); }
   bool number_float(double, const std::string &) { return scalar("a number"); }
   bool binary(nlohmann::json::binary_t &) { return scalar("bytes"); }
-  bool string(std::string &text) { return scalar(a_text, std::move(text)); }
+  bool string(std::string &text) { return scalar(a_string, std::move(text)); }
   bool start_object(std::size_t) { return begin(an_object); }
   bool start_array(std::size_t) { return begin(a_list); }
   bool end_array() { return end_object(); }
@@ -133,50 +133,50 @@ struct TreeParser {
 
   bool parse_error(std::size_t position, const std::string &,
                    const nlohmann::detail::exception &problem) {
-    // The end of the text counts as a piece of it.
+    // The parser counts the end of the text as one character.
     if (position > json.size()) {
-      not_json(json.size(), "found the end of the text inside the JSON: the dump is cut off");
+      set_error(json.size(), "found the end of the text inside the JSON: the dump is cut off");
       return false;
     }
     // "[...] parse error at line 1, column 6: syntax error ... - invalid literal; last read: ..."
     const std::string_view whole = problem.what();
     const std::size_t dash = whole.find(" - ");
     const std::string_view text =
-        dash == whole.npos ? "a number that is too great" : whole.substr(dash + 3);
-    not_json(position - std::min<std::size_t>(position, 1),
-             "no JSON here: " + printable(text.substr(0, text.find(';'))));
+        dash == whole.npos ? "number out of range" : whole.substr(dash + 3);
+    set_error(position - std::min<std::size_t>(position, 1),
+              "invalid JSON: " + printable(text.substr(0, text.find(';'))));
     return false;
   }
 };
 
-// "localhost" and "asic0", the parts of a switch of several ASICs.
+// "localhost" or "asic0", a part of a multi-ASIC switch.
 bool is_namespace(std::string_view name) {
   return name == "localhost" || (name.starts_with("asic") && decimal(name.substr(4)));
 }
 
-// The name of a field without the '@' of lists.
+// Returns the name of a field without the '@' suffix of lists.
 std::string name_of_field(const Node &value) {
   return value.name.substr(0, value.name.size() - value.name.ends_with('@'));
 }
 
-// What a flat row contains beside its fields, when these lie in an envelope.
+// The object that encloses the fields of a row in the output of sonic-db-dump.
 struct Envelope {
   std::string type;
   const Node *hash = nullptr;
 };
 
 std::optional<Envelope> find_envelope(const Node &row) {
-  static const std::set<std::string> usual = {"expireat", "ttl", "type", "value"};
+  static const std::set<std::string> envelope_names = {"expireat", "ttl", "type", "value"};
   Envelope envelope;
   std::set<std::string> names;
   for (const Node &value : row.members) {
     const std::string &name = *names.insert(name_of_field(value)).first;
-    if (name == "type" && value.what == a_text) envelope.type = value.text;
-    if (name == "value" && value.what == an_object && !envelope.hash) envelope.hash = &value;
+    if (name == "type" && value.kind == a_string) envelope.type = value.text;
+    if (name == "value" && value.kind == an_object && !envelope.hash) envelope.hash = &value;
   }
-  const bool is_envelope = names.contains("type") &&
-                           (names.contains("value") || envelope.type == "hash") &&
-                           std::includes(usual.begin(), usual.end(), names.begin(), names.end());
+  const bool is_envelope =
+      names.contains("type") && (names.contains("value") || envelope.type == "hash") &&
+      std::includes(envelope_names.begin(), envelope_names.end(), names.begin(), names.end());
   return is_envelope || envelope.hash ? std::optional(envelope) : std::nullopt;
 }
 
@@ -184,7 +184,7 @@ struct DumpReader {
   Rows rows = {};
   InputErrors errors = {};
 
-  // What shows the form of the dump.
+  // The first of each, to detect the form of the dump.
   std::string first_table = {}, first_row = {}, misplaced = {};
   std::set<std::string> namespaces = {};
 
@@ -192,30 +192,30 @@ struct DumpReader {
     errors.push_back({0, 0, where, "found " + std::string(found), expected});
   }
 
-  void repeated(const std::string &where) {
-    errors.push_back({0, 0, where, "this key stands twice", "it once"});
+  void add_repeated(const std::string &where) {
+    errors.push_back({0, 0, where, "found this key twice", "each key once"});
   }
 
   void read_field(const std::string &where, const Field *field, const Node &value, Row &row) {
     const std::string name = name_of_field(value);
-    const bool takes_list = field == nullptr || field->takes_list;
-    const bool is_joined = value.what == a_text && name != value.name;
-    const bool has_other = !value.members.empty() && value.members.back().what != a_text;
-    if (value.what == a_text && !is_joined) {
+    const bool accepts_list = field == nullptr || field->accepts_list;
+    const bool is_joined = value.kind == a_string && name != value.name;
+    const bool has_non_string = !value.members.empty() && value.members.back().kind != a_string;
+    if (value.kind == a_string && !is_joined) {
       row.emplace(name, value.text);
-    } else if (is_joined && takes_list) {
+    } else if (is_joined && accepts_list) {
       row.emplace(name, members_of(value.text));
-    } else if (value.what == a_list && takes_list && !has_other) {
+    } else if (value.kind == a_list && accepts_list && !has_non_string) {
       std::vector<std::string> list;
       for (const Node &member : value.members) list.push_back(member.text);
       row.emplace(name, std::move(list));
     } else if (field != nullptr && field->use == FieldUse::read) {
-      const bool is_list = value.what == a_list && takes_list;
+      const bool is_list = value.kind == a_list && accepts_list;
       add_error(where,
                 is_joined ? a_list
-                : is_list ? value.members.back().what
-                          : value.what,
-                takes_list ? "a text, or a list of texts" : "a text");
+                : is_list ? value.members.back().kind
+                          : value.kind,
+                accepts_list ? "a string, or a list of strings" : "a string");
     }
   }
 
@@ -229,7 +229,7 @@ struct DumpReader {
       if (names.insert(name).second) {
         read_field(where, find_field(table, name), value, row);
       } else {
-        repeated(where);
+        add_repeated(where);
       }
     }
   }
@@ -238,8 +238,8 @@ struct DumpReader {
     const std::string where = row_place(table, key);
     const auto [place, is_new] = rows[table].try_emplace(key);
     Row &row = place->second;
-    if (!is_new) return repeated(where);
-    if (value.what != an_object) return add_error(where, value.what, "a row, an object of fields");
+    if (!is_new) return add_repeated(where);
+    if (value.kind != an_object) return add_error(where, value.kind, "a row, an object of fields");
     if (!is_flat) return read_fields(table, key, value, row);
     const auto envelope = find_envelope(value);
     if (!envelope) return read_fields(table, key, value, row, false);
@@ -252,10 +252,10 @@ struct DumpReader {
 
   void read_table(const std::string &table, const Node &value) {
     if (first_table.empty()) first_table = table;
-    if (!rows.try_emplace(table).second) return repeated(table);
-    if (value.what != an_object) return add_error(table, value.what, "a table, an object of rows");
+    if (!rows.try_emplace(table).second) return add_repeated(table);
+    if (value.kind != an_object) return add_error(table, value.kind, "a table, an object of rows");
     for (const Node &row : value.members) {
-      if (repeats_table(row.name)) {
+      if (has_table_prefix(row.name)) {
         add_error(row_place(table, row.name), "a key that begins with the name of a table",
                   quote(row.name.substr(row.name.find('|') + 1)));
       } else {
@@ -268,8 +268,8 @@ struct DumpReader {
     for (const Node &value : dump.members) {
       const std::size_t bar = value.name.find('|');
       const std::string table = value.name.substr(0, bar);
-      const bool is_known = names_table(table);
-      const bool is_object = value.what == an_object;
+      const bool is_known = has_table_name(table);
+      const bool is_object = value.kind == an_object;
       if (bar != value.name.npos) {
         if (first_row.empty() && (is_known || is_object)) first_row = value.name;
         if (is_known) read_row(table, value.name.substr(bar + 1), value, true);
@@ -277,31 +277,31 @@ struct DumpReader {
         read_table(table, value);
       } else {
         if (is_namespace(table)) namespaces.insert(table);
-        // Of such a table the tree has misplaced rows only.
+        // The tree keeps only misplaced rows of other tables.
         if (misplaced.empty() && is_object && !value.members.empty()) misplaced = table;
       }
     }
   }
 
-  // What is wrong with the dump as a whole comes first.
+  // Inserts errors of the whole dump before all others.
   void check_form(const Node &root, const std::string &name_space, bool is_selected) {
-    const auto of_whole = [this](const std::string &found, const std::string &expected) {
+    const auto add_first = [this](const std::string &found, const std::string &expected) {
       errors.insert(errors.begin(), InputError{0, 0, "", "found " + found, expected});
     };
     const bool is_blank = rows.empty() && errors.empty();
     const std::vector<std::string> known(namespaces.begin(), namespaces.end());
     if (root.members.empty()) {
-      of_whole("an empty object", a_dump);
+      add_first("an empty object", a_dump);
     } else if (!name_space.empty() && !is_selected) {
-      of_whole("no namespace " + quote(name_space),
-               known.empty() ? "a dump of several ASICs" : one_of(known));
+      add_first("no namespace " + quote(name_space),
+                known.empty() ? "a dump of several ASICs" : one_of(known));
     } else if (!first_table.empty() && !first_row.empty()) {
-      of_whole("the table " + quote(first_table) + " and the row " + quote(first_row),
-               "tables of rows, or rows with the names of their tables");
+      add_first("the table " + quote(first_table) + " and the row " + quote(first_row),
+                "tables of rows, or rows with the names of their tables");
     } else if (is_blank && name_space.empty() && !known.empty()) {
-      of_whole("a dump of several ASICs: " + listed(known), "the namespace of one of them");
+      add_first("a dump of several ASICs: " + listed(known), "the namespace of one of them");
     } else if (is_blank && !misplaced.empty()) {
-      of_whole("rows with the names of their tables in " + quote(misplaced), "them at the top");
+      add_first("rows with the names of their tables in " + quote(misplaced), "them at the top");
     }
   }
 
@@ -311,11 +311,11 @@ struct DumpReader {
     for (const Node &value : root.members) {
       if (!name_space.empty() && is_namespace(value.name)) namespaces.insert(value.name);
       if (name_space.empty() || value.name != name_space) continue;
-      if (std::exchange(is_selected, true)) repeated(shorten(name_space));
-      if (value.what == an_object) {
+      if (std::exchange(is_selected, true)) add_repeated(shorten(name_space));
+      if (value.kind == an_object) {
         read_tables(value);
       } else {
-        add_error(shorten(name_space), value.what, "a dump, an object of tables");
+        add_error(shorten(name_space), value.kind, "a dump, an object of tables");
       }
     }
     check_form(root, name_space, is_selected);
@@ -329,17 +329,17 @@ ReadRows read_dump(std::string_view json, std::string_view name_space) {
   TreeParser parser{without_byte_order_mark(json), std::string(name_space)};
   const std::string_view text = parser.json;
   if (nlohmann::json::sax_parse(text.begin(), text.end(), &parser)) {
-    // The parser takes a NUL for the end.
+    // The parser stops at a NUL without an error.
     if (const std::size_t nul = text.find('\0'); nul != text.npos) {
-      parser.not_json(nul, "no JSON here: a NUL byte");
+      parser.set_error(nul, "invalid JSON: NUL byte");
     }
   }
   if (!parser.errors.empty()) return {{}, std::move(parser.errors)};
   DumpReader reader;
-  if (parser.root.what == an_object) {
+  if (parser.root.kind == an_object) {
     reader.read(parser.root, parser.name_space);
   } else {
-    reader.add_error("", parser.root.what, a_dump);
+    reader.add_error("", parser.root.kind, a_dump);
   }
   return {std::move(reader.rows), std::move(reader.errors)};
 }

@@ -7,49 +7,50 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t most_inside = 256;
-// A hung server keeps its room for so long.
-constexpr auto longest_inside = 1s;
-constexpr auto between_starts = 2ms;
+constexpr std::size_t max_admitted = 256;
+// A server that does not answer occupies its place for this long.
+constexpr auto max_admitted_time = 1s;
+constexpr auto start_interval = 2ms;
 
 }  // namespace
 
-Admission::Admission(Loop &of)
-    : loop(of), timer(of, [this] {
-        while (!waiting.empty() && inside < most_inside && next <= Clock::now()) {
-          next = std::max(next, Clock::now() - 10 * between_starts) + between_starts;
-          ++inside;
+Admission::Admission(Loop &event_loop)
+    : loop(event_loop), timer(event_loop, [this] {
+        while (!waiting.empty() && admitted < max_admitted && next_start <= Clock::now()) {
+          next_start = std::max(next_start, Clock::now() - 10 * start_interval) + start_interval;
+          ++admitted;
           DatabaseFeed &feed = *waiting.front();
           waiting.pop_front();
-          feed.place = DatabaseFeed::Place::inside;
-          feed.leaves = Clock::now() + longest_inside;
+          feed.stage = DatabaseFeed::Stage::admitted;
+          feed.admitted_until = Clock::now() + max_admitted_time;
           feed.step();
         }
-        if (!waiting.empty() && inside < most_inside) timer.set(next);
+        if (!waiting.empty() && admitted < max_admitted) timer.set(next_start);
       }) {}
 
 void Admission::enter(DatabaseFeed &feed) {
-  feed.place = DatabaseFeed::Place::waiting;
+  feed.stage = DatabaseFeed::Stage::waiting;
   waiting.push_back(&feed);
-  if (inside < most_inside) timer.set(next);
+  if (admitted < max_admitted) timer.set(next_start);
 }
 
 void Admission::leave(DatabaseFeed &feed) {
-  if (feed.place == DatabaseFeed::Place::waiting) {
+  if (feed.stage == DatabaseFeed::Stage::waiting) {
     waiting.erase(std::find(waiting.begin(), waiting.end(), &feed));
-  } else if (feed.place == DatabaseFeed::Place::inside) {
-    --inside;
-    if (!waiting.empty()) timer.set(next);
+  } else if (feed.stage == DatabaseFeed::Stage::admitted) {
+    --admitted;
+    if (!waiting.empty()) timer.set(next_start);
   }
-  feed.place = DatabaseFeed::Place::outside;
+  feed.stage = DatabaseFeed::Stage::idle;
 }
 
-DatabaseFeed::DatabaseFeed(Admission &of, const Source &source, const ReadIntervals &intervals,
-                           const ReadLimits &limits, Callback callback)
-    : admission(of),
+DatabaseFeed::DatabaseFeed(Admission &shared_admission, const Source &source,
+                           const ReadIntervals &intervals, const ReadLimits &limits,
+                           Callback step_callback)
+    : admission(shared_admission),
       database(open_database(source, intervals, Clock::now(), limits)),
-      on_step(std::move(callback)),
-      timer(of.loop, [this] { step(); }) {
+      on_step(std::move(step_callback)),
+      timer(shared_admission.loop, [this] { step(); }) {
   admission.enter(*this);
 }
 
@@ -59,9 +60,9 @@ DatabaseFeed::~DatabaseFeed() {
 
 void DatabaseFeed::step() {
   const TimePoint now = Clock::now();
-  if (database.away && place != Place::inside) {
-    if (place == Place::outside && due(database) <= now) admission.enter(*this);
-    if (place == Place::outside) timer.set(due(database));
+  if (database.is_closed && stage != Stage::admitted) {
+    if (stage == Stage::idle && due(database) <= now) admission.enter(*this);
+    if (stage == Stage::idle) timer.set(due(database));
     return;
   }
   lab::step(database, now);
@@ -75,41 +76,33 @@ bool DatabaseFeed::settle() {
   return is_settled;
 }
 
+void DatabaseFeed::watch(AwaitedFile &awaited, int file, int events) {
+  if (awaited.file != file) awaited = {file, {}};
+  if (file < 0) return;
+  if (!awaited.watch) awaited.watch.emplace(admission.loop, file, [this] { step(); });
+  awaited.watch->wait_for(events);
+}
+
 void DatabaseFeed::wait() {
-  if (place == Place::inside && (database.snapshot.state == SourceState::connected ||
-                                 database.away || Clock::now() >= leaves)) {
+  if (stage == Stage::admitted && (database.snapshot.state == SourceState::connected ||
+                                   database.is_closed || Clock::now() >= admitted_until)) {
     admission.leave(*this);
   }
-  struct Needed {
-    int file = -1;
-    uint64_t id = 0;
-    int events = UV_READABLE;
-  };
-  std::array<Needed, 3> needed;
-  if (database.resolver) needed[0].file = database.resolver->ready;
-  for (const auto &[connection, of] :
-       {std::pair{&database.rows, &needed[1]}, {&database.changes, &needed[2]}}) {
-    if (connection->context == nullptr) continue;
-    *of = {connection->context->fd, connection->id,
-           needs_writing(*connection) ? UV_READABLE | UV_WRITABLE : UV_READABLE};
+  // The resolver first: a connection may reuse its descriptor in the same step. Connections that
+  // close in one step are opened again in a later one.
+  watch(resolver, database.resolver ? database.resolver->ready : -1, UV_READABLE);
+  for (const auto &[awaited, connection] :
+       {std::pair{&rows, &database.rows}, {&changes, &database.changes}}) {
+    watch(*awaited, connection->context != nullptr ? connection->context->fd : -1,
+          needs_writing(*connection) ? UV_READABLE | UV_WRITABLE : UV_READABLE);
   }
-  // Those of closed files end before their descriptors are watched for others.
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    if (files[i].file == needed[i].file && files[i].id == needed[i].id) continue;
-    files[i] = {needed[i].file, needed[i].id, {}};
-  }
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    if (files[i].file < 0) continue;
-    if (!files[i].watch) files[i].watch.emplace(admission.loop, files[i].file, [this] { step(); });
-    files[i].watch->wait_for(needed[i].events);
-  }
-  timer.set(place == Place::inside ? std::min(due(database), leaves) : due(database));
+  timer.set(stage == Stage::admitted ? std::min(due(database), admitted_until) : due(database));
 }
 
 void set_intervals(DatabaseFeed &feed, const ReadIntervals &intervals) {
   Database &database = feed.database;
   database.intervals = intervals;
-  database.read_next = std::min(database.read_next, Clock::now() + intervals.notified);
+  database.next_reading = std::min(database.next_reading, Clock::now() + intervals.notified);
 }
 
 std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits) {

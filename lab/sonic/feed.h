@@ -1,4 +1,4 @@
-// Databases in an event loop.
+// Runs databases in an event loop.
 #pragma once
 
 #include <deque>
@@ -11,23 +11,23 @@ namespace lab {
 
 struct DatabaseFeed;
 
-// Lets so many databases begin to connect, and to be read for the first time, at once.
+// Limits how many databases connect and are read for the first time at once.
 struct Admission {
   explicit Admission(Loop &loop);
 
-  void enter(DatabaseFeed &feed);  // it is started when there is room
+  void enter(DatabaseFeed &feed);  // starts it now or later
   void leave(DatabaseFeed &feed);
 
   Loop &loop;
   Timer timer;
   std::deque<DatabaseFeed *> waiting;
-  std::size_t inside = 0;
-  TimePoint next;  // the start of the next one
+  std::size_t admitted = 0;
+  TimePoint next_start;  // earliest start of the next one
 };
 
-// A database that takes its steps when a file is ready, or it is due.
+// A database that is stepped when one of its files is ready and when it is due.
 struct DatabaseFeed {
-  // `on_step` is called after each step, and must not end the record.
+  // Calls `on_step` after each step. It must not destroy this record.
   DatabaseFeed(Admission &admission, const Source &source, const ReadIntervals &intervals,
                const ReadLimits &limits, Callback on_step);
   DatabaseFeed(const DatabaseFeed &) = delete;
@@ -37,31 +37,33 @@ struct DatabaseFeed {
   bool settle();  // see database.h
 
   void step();
-  void wait();  // for what is needed next
+  void wait();  // sets the timer and the watched files
 
-  enum class Place { outside, waiting, inside };
+  enum class Stage { idle, waiting, admitted };
 
-  // A file that the database waits for.
   struct AwaitedFile {
-    int file = -1;    // less than 0: none
-    uint64_t id = 0;  // a closed file's descriptor may be another file's now
+    int file = -1;  // -1: none
     std::optional<FileWatch> watch;
   };
+
+  void watch(AwaitedFile &awaited, int file, int events);
 
   Admission &admission;
   Database database;
   Callback on_step;
   Timer timer;
-  std::array<AwaitedFile, 3> files;
-  Place place = Place::outside;  // of the admission
-  TimePoint leaves = {};         // at the latest, when it is inside
+  AwaitedFile resolver;
+  AwaitedFile rows;
+  AwaitedFile changes;
+  Stage stage = Stage::idle;      // in the admission
+  TimePoint admitted_until = {};  // deadline while admitted
 };
 
-// From then on; what was planned for later comes earlier.
+// Changes the intervals, and reads all rows earlier if the new interval requires it.
 void set_intervals(DatabaseFeed &feed, const ReadIntervals &intervals);
 
-// The databases of these sources, read once, in their order. Waits until all have been read, or
-// their time is up; then an error says so. Throws Interrupted.
+// Reads the databases once and returns them in the order of the sources. A timeout is an error of
+// its database. Throws Interrupted.
 std::vector<ReadRows> read_databases(const std::vector<Source> &sources, const ReadLimits &limits);
 
 }  // namespace lab

@@ -13,7 +13,7 @@ constexpr uint32_t last_revision = 65535;
 constexpr uint32_t pvst = STP_MCEC_STP_MODE_RAPID_PVST;
 constexpr uint32_t mst = STP_MCEC_STP_MODE_MST;
 
-// --- how values are written ---
+// --- conversions of values ---
 
 std::optional<Bytes> parse_region(std::string_view text) {
   if (text.size() > region_name_bytes) return std::nullopt;
@@ -28,7 +28,7 @@ std::optional<Bytes> parse_revision(std::string_view text) {
 }
 
 constexpr Form mode_form = {.expected = "pvst, mst or none",
-                            // Of "none", spanning tree is off: a value without bytes.
+                            // An empty value: "none" turns spanning tree off.
                             .parse = [](std::string_view text) -> std::optional<Bytes> {
                               if (text == "none") return Bytes{};
                               if (text != "pvst" && text != "mst") return std::nullopt;
@@ -70,10 +70,9 @@ constexpr Field text_in(const char *table, const char *key, const char *name) {
 }
 
 constexpr Field noted(const char *table, const char *key, const char *name) {
-  return {.table = table, .key = key, .name = name, .use = FieldUse::noted, .takes_list = true};
+  return {.table = table, .key = key, .name = name, .use = FieldUse::noted, .accepts_list = true};
 }
 
-// Of a parameter, in one mode or in every (0).
 constexpr Field value_of(uint16_t type, uint32_t mode, const char *table, const char *key,
                          const char *name, const Form &form) {
   return {.table = table, .key = key, .name = name, .type = type, .mode = mode, .form = &form};
@@ -102,7 +101,7 @@ constexpr Field field_table[] = {
     {.table = "STP_MST_INST",
      .key = "MST_INSTANCE|N",
      .name = "vlan_list",
-     .takes_list = true,
+     .accepts_list = true,
      .type = STP_MCEC_TYPE1_MST_REGION_VI_MAP,
      .mode = mst},
     value_of(STP_MCEC_TYPE1_IFI_PORT_TYPE, mst, "STP_PORT", "PortChannelN", "edge_port",

@@ -11,10 +11,10 @@ namespace {
 
 using Op = PatchOperation::Op;
 
-// The name of a region whose two switches have none of their own.
+// The suggested region name if neither switch has one configured.
 constexpr char common_region[] = "region1";
 
-// A parameter of the switch, or of a channel; nullptr: it is not sent.
+// Returns a parameter of the switch or of a channel, or nullptr if it is not sent.
 const Entry *find_sent(const Settings &settings, const std::string &channel, uint16_t type) {
   if (channel.empty()) return find_entry(settings.parameters, type);
   const Port *port = port_of_channel(settings, channel);
@@ -26,54 +26,54 @@ Bytes value_in(const Settings &settings, uint16_t type, const std::string &chann
   return entry != nullptr ? entry->value : Bytes{};
 }
 
-// --- what has to change on one side ---
+// --- changes of one side ---
 
-// A side that is to follow the other.
-struct Half {
+// A side that copies a value of the other side.
+struct FixedSide {
   const Settings &own;
   const Rows &rows;
   const Settings &other;
   const Rows &other_rows;
 };
 
-// A change of one field, to what the other side has.
-Change follow_field(const Half &half, const Field &field, const std::string &channel = "") {
+// Sets one field to the value of the other side.
+Change copy_field(const FixedSide &fixed, const Field &field, const std::string &channel = "") {
   return {field.table, channel.empty() ? field.key : channel, field.name,
-          field.form->print(value_in(half.other, field.type, channel))};
+          field.form->print(value_in(fixed.other, field.type, channel))};
 }
 
-Changes mode_changes(const Half &half, const Field &field) {
-  Changes changes = {follow_field(half, field)};
-  // In mst a region must have a name, which this side may never have needed.
-  if (!settings_of(apply_changes(half.rows, changes)).errors.empty()) {
-    changes.push_back(follow_field(
-        half, *field_of_parameter(STP_MCEC_TYPE1_MST_REGION_NAME, STP_MCEC_STP_MODE_MST)));
+Changes mode_changes(const FixedSide &fixed, const Field &field) {
+  Changes changes = {copy_field(fixed, field)};
+  // MST mode requires a region name, which this side may lack.
+  if (!settings_of(apply_changes(fixed.rows, changes)).errors.empty()) {
+    changes.push_back(copy_field(
+        fixed, *field_of_parameter(STP_MCEC_TYPE1_MST_REGION_NAME, STP_MCEC_STP_MODE_MST)));
   }
   return changes;
 }
 
-Changes vlan_changes(const Half &half, const Field &field) {
-  const Vlans ours = vlans_of_record(value_in(half.own, field.type));
-  const Vlans theirs = vlans_of_record(value_in(half.other, field.type));
-  const Vlans differ = (ours ^ theirs) & twin_vlans({&half.own, &half.other});
+Changes vlan_changes(const FixedSide &fixed, const Field &field) {
+  const Vlans own_vlans = vlans_of_record(value_in(fixed.own, field.type));
+  const Vlans other_vlans = vlans_of_record(value_in(fixed.other, field.type));
+  const Vlans differ = (own_vlans ^ other_vlans) & twin_vlans({&fixed.own, &fixed.other});
   Changes changes;
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
     if (!differ[vlan]) continue;
-    const Bytes is_enabled = word(theirs[vlan] ? 0 : 1);
+    const Bytes is_enabled = word(other_vlans[vlan] ? 0 : 1);
     changes.push_back({field.table, vlan_name(vlan), field.name, field.form->print(is_enabled)});
   }
   return changes;
 }
 
-// How a switch spells its instances and their VLANs.
+// The notation that a switch uses for its instances and their VLANs.
 struct Spelling {
   std::map<uint32_t, std::string> keys;
   std::string prefix = "MST_INSTANCE|";
-  std::string word;  // before a VLAN
+  std::string word;  // before a VLAN: "Vlan" or ""
   bool is_text = false;
 };
 
-void follow(Spelling &spelling, const Row &row, const Field &field) {
+void adopt_spelling(Spelling &spelling, const Row &row, const Field &field) {
   const auto list = row.find(field.name);
   if (list == row.end()) return;
   spelling.is_text = std::holds_alternative<std::string>(list->second);
@@ -87,7 +87,7 @@ Spelling spelling_of(const Table &instances, const Field &field) {
   for (const auto &[key, row] : instances) {
     spelling.prefix = key.substr(0, key.find_first_of("0123456789"));
     if (const auto instance = instance_of_key(key)) spelling.keys[*instance] = key;
-    follow(spelling, row, field);
+    adopt_spelling(spelling, row, field);
   }
   return spelling;
 }
@@ -102,14 +102,14 @@ FieldValue list_of(const Vlans &vlans, const Spelling &spelling) {
   return joined(members);
 }
 
-Changes map_changes(const Half &half, const Field &field) {
-  const auto own = instances_of(value_in(half.own, field.type));
-  const auto other = instances_of(value_in(half.other, field.type));
-  const Table &rows = table_of(half.rows, field.table);
-  // A side without instances learns to spell from the other.
-  Spelling usual = spelling_of(rows.empty() ? table_of(half.other_rows, field.table) : rows, field);
-  const auto key_of_instance = [&usual](uint32_t instance) {
-    return usual.keys.try_emplace(instance, usual.prefix + std::to_string(instance)).first->second;
+Changes map_changes(const FixedSide &fixed, const Field &field) {
+  const auto own = instances_of(value_in(fixed.own, field.type));
+  const auto other = instances_of(value_in(fixed.other, field.type));
+  const Table &rows = table_of(fixed.rows, field.table);
+  // A side without instances uses the notation of the other.
+  Spelling base = spelling_of(rows.empty() ? table_of(fixed.other_rows, field.table) : rows, field);
+  const auto key_of_instance = [&base](uint32_t instance) {
+    return base.keys.try_emplace(instance, base.prefix + std::to_string(instance)).first->second;
   };
   Changes changes;
   for (const auto &[instance, vlans] : own) {
@@ -117,24 +117,25 @@ Changes map_changes(const Half &half, const Field &field) {
     changes.push_back({field.table, key_of_instance(instance), field.name, std::nullopt});
   }
   for (const auto &[instance, vlans] : other) {
-    const auto ours = own.find(instance);
-    if (ours != own.end() && ours->second == vlans) continue;
+    const auto current = own.find(instance);
+    if (current != own.end() && current->second == vlans) continue;
     const std::string key = key_of_instance(instance);
-    Spelling spelling = usual;
-    if (const auto row = rows.find(key); row != rows.end()) follow(spelling, row->second, field);
+    Spelling spelling = base;
+    if (const auto row = rows.find(key); row != rows.end())
+      adopt_spelling(spelling, row->second, field);
     changes.push_back({field.table, key, field.name, list_of(vlans, spelling)});
   }
   return changes;
 }
 
-// Nothing: the field cannot have the value of the other side.
-std::optional<Changes> changes_of(const Half &half, const Field &field,
+// Returns nullopt if the field cannot hold the value of the other side.
+std::optional<Changes> changes_of(const FixedSide &fixed, const Field &field,
                                   const std::string &channel) {
-  if (field.type == STP_MCEC_TYPE1_STP_MODE) return mode_changes(half, field);
-  if (field.type == STP_MCEC_TYPE1_STP_ENDIS) return vlan_changes(half, field);
-  if (field.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) return map_changes(half, field);
-  const Change change = follow_field(half, field, channel);
-  const Entry *sent = find_sent(half.other, channel, field.type);
+  if (field.type == STP_MCEC_TYPE1_STP_MODE) return mode_changes(fixed, field);
+  if (field.type == STP_MCEC_TYPE1_STP_ENDIS) return vlan_changes(fixed, field);
+  if (field.type == STP_MCEC_TYPE1_MST_REGION_VI_MAP) return map_changes(fixed, field);
+  const Change change = copy_field(fixed, field, channel);
+  const Entry *sent = find_sent(fixed.other, channel, field.type);
   const auto read = field.form->parse(std::get<std::string>(*change.value));
   if (sent == nullptr || !read || *read != sent->value) return std::nullopt;
   return Changes{change};
@@ -145,7 +146,7 @@ bool is_named_after_switch(const Settings &settings) {
   return std::string(name.begin(), std::find(name.begin(), name.end(), 0)) == settings.address;
 }
 
-// The VLANs that both sides have elsewhere, by where they have them.
+// Groups the VLANs whose values differ by the pair of their values.
 std::vector<VlanGroup> find_groups(const PairOfSettings &settings, uint16_t type) {
   const bool is_map = type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
   if (!is_map && type != STP_MCEC_TYPE1_STP_ENDIS) return {};
@@ -156,12 +157,12 @@ std::vector<VlanGroup> find_groups(const PairOfSettings &settings, uint16_t type
     values[side] = value_in(*settings[side], type);
     if (!is_map) disabled[side] = vlans_of_record(values[side]) & twins;
   }
-  const auto word_in = [&](std::size_t side, uint32_t vlan) {
+  const auto value_of_vlan = [&](std::size_t side, uint32_t vlan) {
     return is_map ? instance_of(values[side], vlan) : uint32_t{disabled[side][vlan]};
   };
   std::map<std::array<uint32_t, 2>, Vlans> groups;
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
-    const std::array<uint32_t, 2> words = {word_in(0, vlan), word_in(1, vlan)};
+    const std::array<uint32_t, 2> words = {value_of_vlan(0, vlan), value_of_vlan(1, vlan)};
     if (words[0] != words[1]) groups[words].set(vlan);
   }
   std::vector<VlanGroup> list;
@@ -169,7 +170,7 @@ std::vector<VlanGroup> find_groups(const PairOfSettings &settings, uint16_t type
   return list;
 }
 
-// From one row to the other, field by field.
+// Adds the operations that change one row, field by field.
 void patch_row(const std::string &table, const std::string &key, const Row &before,
                const Row &after, std::vector<PatchOperation> &patch) {
   for (const auto &[field, value] : before) {
@@ -200,7 +201,7 @@ std::vector<PatchOperation> make_patch(const Rows &rows, const Changes &changes)
     const auto row = table.find(change.key);
     if (row != table.end()) touched[change.table].insert(*row);
   }
-  // Tables and rows that are missing are added whole.
+  // A missing table or row is added in one operation.
   std::vector<PatchOperation> patch;
   for (const auto &[table, rows_after] : apply_changes(std::move(touched), changes)) {
     const Table &before = table_of(rows, table);
@@ -252,7 +253,7 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
   for (std::size_t side = 0; side < settings.size(); ++side) {
     if (rows[side] == nullptr || (is_intended && side == 0)) continue;
     const Settings &own = *settings[side];
-    // In two modes a parameter may have two fields.
+    // The field of a parameter may depend on the mode.
     const Field *field = field_of_parameter(type, running_mode(own).value_or(0));
     if (field == nullptr) continue;
     if (fix.field == nullptr) fix.field = field;
@@ -266,8 +267,8 @@ Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &
 std::string find_channel_row(const Settings &settings, const Settings &peer,
                              const std::string &channel) {
   std::string domain = "1";
-  for (const Settings *of : {&peer, &settings}) {
-    if (!of->domains.empty()) domain = of->domains.front().id;
+  for (const Settings *source : {&peer, &settings}) {
+    if (!source->domains.empty()) domain = source->domains.front().id;
   }
   return "MCLAG_INTERFACE|" + domain + '|' + channel;
 }

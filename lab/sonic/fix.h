@@ -1,4 +1,4 @@
-// What would bring two switches into line: changes of configurations, and their patches.
+// Fixes: changes that make two configurations equal, and patches of the changes.
 #pragma once
 
 #include <array>
@@ -11,70 +11,72 @@
 
 namespace lab {
 
-// A field of a configuration and what it is to be; nothing: it is to go.
 struct Change {
   std::string table;
   std::string key;
   std::string field;
-  std::optional<FieldValue> value;
+  std::optional<FieldValue> value;  // nullopt: remove the field
 
   bool operator==(const Change &) const = default;
 };
 using Changes = std::vector<Change>;
 
-// The rows after the changes.
+// Returns the changed rows.
 Rows apply_changes(Rows rows, const Changes &changes);
 
 // An operation of an RFC 6902 patch of a dump.
 struct PatchOperation {
   enum class Op { add, remove, replace };
   Op op;
-  std::vector<std::string> path;  // table, key, field, as far down as it goes
-  // Of a field, a row or a table; nothing where it is removed.
+  std::vector<std::string> path;  // a table, a table and a key, or these and a field
+  // A field, row or table; monostate for `remove`.
   std::variant<std::monostate, FieldValue, Row, Table> value;
 
   bool operator==(const PatchOperation &) const = default;
 };
 
-// The changes as a patch of the dump that has these rows. Changes of several fixes belong into one
-// patch: of two patches that each add the table or the row that both find missing, the last counts.
+// Returns the changes as a patch of the dump with these rows. Make one patch for the changes of
+// several fixes: if two patches each add the same missing table or row, the last overwrites the
+// first.
 std::vector<PatchOperation> make_patch(const Rows &rows, const Changes &changes);
 
-// VLANs that both sides have elsewhere: as words, spanning tree disabled or not, or the instance.
+// VLANs whose value differs in the same way.
 struct VlanGroup {
   Vlans vlans;
-  std::array<uint32_t, 2> words;  // now, on left and right
+  // On left and right: 1 or 0 for spanning tree disabled or enabled, or the MST instance.
+  std::array<uint32_t, 2> words;
 
   bool operator==(const VlanGroup &) const = default;
 };
 
 struct Fix {
   enum class Kind : uint8_t {
-    with_mode,    // one side does not send the parameter: the fix of the mode brings it
-    common_name,  // both regions are named after their switch
-    changes,      // either side can take what the other has
+    with_mode,    // one side does not send the parameter: fix the mode first
+    common_name,  // both regions are named after their switch: give both the same name
+    changes,      // one side copies the value of the other
   };
   Kind kind = Kind::changes;
   uint16_t type = 0;    // of the parameter
-  std::string channel;  // empty: of the switch
-  // The field that has the parameter; nullptr where there is none, and the fix is one of settings.
+  std::string channel;  // empty: a parameter of the switch
+  // The field that sets the parameter; nullptr without one: the fix names settings only.
   const Field *field = nullptr;
-  // Of left and right; each alone brings the parameter into line. Nothing: that side cannot.
+  // On left and right: either one is a complete fix. nullopt: not possible on that side.
   std::array<std::optional<Changes>, 2> alone;
-  // To be made together, where neither should change alone.
+  // A fix that needs changes on both sides.
   std::optional<std::array<Changes, 2>> both;
-  std::array<std::optional<Bytes>, 2> values;  // of the parameter now
-  std::vector<VlanGroup> groups;               // that differ, of disabled VLANs and of maps
+  std::array<std::optional<Bytes>, 2> values;  // current values of the parameter
+  std::vector<VlanGroup> groups;               // for disabled VLANs and for instance maps
 
   bool operator==(const Fix &) const = default;
 };
 
-// The fix of a parameter that differs, of the switch (no channel) or of a channel. `rows`: nullptr
-// for a side that has none. Of an intended state on the left, only the right side changes.
+// Finds the fix for a parameter that differs, of the switch (empty channel) or of a channel.
+// `rows`: nullptr for a side without rows. If the left side is an intended state, only the right
+// side changes.
 Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &rows,
              const std::string &channel, uint16_t type, bool is_intended = false);
 
-// The row, "TABLE|key", by which a switch has a multi-chassis channel that its peer has.
+// Returns the row, "TABLE|key", that adds a multi-chassis channel of the peer to a switch.
 std::string find_channel_row(const Settings &settings, const Settings &peer,
                              const std::string &channel);
 

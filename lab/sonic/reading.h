@@ -1,5 +1,5 @@
-// A reading of the rows of a database, and what the answers of its server contain. An answer that
-// no server would give is a protocol error, thrown as ConnectionError, as is one past a limit.
+// Reads rows of a database from the answers of its server. The functions throw ConnectionError for
+// an answer that is invalid or exceeds a limit.
 #pragma once
 
 #include <deque>
@@ -11,35 +11,35 @@
 
 namespace lab {
 
-// Of all rows, or of those that changed, which then are brought into the others.
+// A reading of all rows, or of changed rows, which are merged into the known ones.
 struct Reading {
   bool is_whole = true;
-  Rows rows;  // one that has been found and is not read yet has no fields
+  Rows rows;                                  // without fields until read
   std::map<std::string, InputErrors> errors;  // as in a snapshot
-  std::size_t memory = 0;                     // of the rows, roughly
-  std::deque<std::string> to_ask;             // rows
-  bool has_keys = false;                      // of any table
+  std::size_t memory = 0;                     // of the rows, estimated
+  std::deque<std::string> unrequested;        // rows
+  bool has_keys = false;                      // in any table, read or ignored
   std::size_t scans = 0;
-  int64_t balance = 0;  // of the rows that came and went
+  int64_t row_delta = 0;  // rows added minus rows removed
 };
 
-// Bring some rows of a database in.
+// Starts a reading of the changed rows, given all known rows and their errors.
 Reading start_partial_reading(Rows rows, std::map<std::string, InputErrors> errors,
                               const std::set<std::string> &changed);
 
-// An answer to SCAN. Returns the cursor for the next one; "0": these were the last keys.
-std::string take_keys(Reading &reading, const redisReply &reply, const ReadLimits &limits);
+// Parses an answer to SCAN. Returns the cursor for the next SCAN; "0" after the last.
+std::string add_keys(Reading &reading, const redisReply &reply, const ReadLimits &limits);
 
-// An answer to HGETALL.
-void take_row(Reading &reading, const std::string &name, const redisReply &reply,
-              const ReadLimits &limits);
+// Parses an answer to HGETALL.
+void add_row(Reading &reading, const std::string &name, const redisReply &reply,
+             const ReadLimits &limits);
 
-// An answer to CONFIG GET notify-keyspace-events: does the server notify of all that happens to
-// rows?
+// Parses an answer to CONFIG GET notify-keyspace-events. Returns true if the server sends
+// notifications of all changes of rows.
 bool has_notifications(const redisReply &reply);
 
-// The row that a notification names, nothing when it is an answer. `channel` is what every channel
-// begins with.
+// Returns the row that a notification names, or nullopt for an answer to a request. `channel` is
+// the common prefix of all channels.
 std::optional<std::string> notified_row(const redisReply &reply, const std::string &channel,
                                         const ReadLimits &limits);
 

@@ -9,11 +9,10 @@
 namespace lab {
 namespace {
 
-// A channel's id is its number, unless that is too large for the index of its port.
+// A channel's id is its number, unless that does not fit into the index of its port.
 constexpr uint32_t last_id = 0x00FFFFFF;
 
-// Of a source; each takes memory, and rows of a hostile server may have any number.
-constexpr std::size_t most_errors = 10000;
+constexpr std::size_t max_errors = 10000;  // limits the memory for them
 
 struct NamedRow {
   const char *table;
@@ -21,14 +20,15 @@ struct NamedRow {
   const Row &fields;
 };
 
-// Every row is read, whatever the others say, so that all errors are reported at once.
+// Reads every row, even those that the result does not need, so that all errors are reported at
+// once.
 struct RowsReader {
   const Rows &rows;
   InputErrors errors;
 
   void add_error(const NamedRow &row, const char *field, const std::string &found,
                  const std::string &expected) {
-    if (errors.size() >= most_errors) return;
+    if (errors.size() >= max_errors) return;
     errors.push_back({0, 0, row_place(row.table, row.key, field), "found " + found, expected});
   }
 
@@ -38,7 +38,7 @@ struct RowsReader {
     return all;
   }
 
-  // Without fields where there is none.
+  // Returns a row without fields if it does not exist.
   NamedRow row_of(const char *table, const std::string &key) const {
     static const Row none;
     const Table &all = table_of(rows, table);
@@ -46,18 +46,18 @@ struct RowsReader {
     return {table, key, found != all.end() ? found->second : none};
   }
 
-  // Nothing: there is no such field, or it is an error.
-  std::optional<std::string> text(const NamedRow &row, const char *field) {
+  // Returns nullopt if the field does not exist or is a list.
+  std::optional<std::string> read_text(const NamedRow &row, const char *field) {
     const auto found = row.fields.find(field);
     if (found == row.fields.end()) return std::nullopt;
-    const auto *value = std::get_if<std::string>(&found->second);
-    if (value == nullptr) add_error(row, field, "a list", "a text");
-    return value != nullptr ? std::optional(*value) : std::nullopt;
+    if (const auto *value = std::get_if<std::string>(&found->second)) return *value;
+    add_error(row, field, "a list", "a string");
+    return std::nullopt;
   }
 
-  // What the table of fields makes of the text.
-  std::optional<Bytes> value(const NamedRow &row, const char *field) {
-    const auto written = text(row, field);
+  // Converts the text of a field as the table of fields defines it.
+  std::optional<Bytes> read_value(const NamedRow &row, const char *field) {
+    const auto written = read_text(row, field);
     if (!written) return std::nullopt;
     const Form &form = *find_field(row.table, field)->form;
     auto parsed = form.parse(*written);
@@ -65,7 +65,7 @@ struct RowsReader {
     return parsed;
   }
 
-  static Timers timers(const NamedRow &row) {
+  static Timers read_timers(const NamedRow &row) {
     Timers read;
     for (const auto &[field, written] : row.fields) {
       const Field *known = find_field(row.table, field);
@@ -74,15 +74,16 @@ struct RowsReader {
     return read;
   }
 
-  std::vector<std::string_view> parts(const NamedRow &row, std::size_t count,
-                                      const char *expected) {
+  std::vector<std::string_view> split_key(const NamedRow &row, std::size_t count,
+                                          const char *expected) {
     std::vector<std::string_view> read = split(row.key, '|');
     if (read.size() == count && std::find(read.begin(), read.end(), "") == read.end()) return read;
     add_error(row, "", "the key " + quote(row.key), expected);
     return {};
   }
 
-  std::optional<uint32_t> vlan(const NamedRow &row, std::string_view name, const char *expected) {
+  std::optional<uint32_t> check_vlan(const NamedRow &row, std::string_view name,
+                                     const char *expected) {
     const auto number = vlan_of(name);
     if (number && *number >= first_vlan && *number <= last_vlan) return number;
     add_error(row, "", quote(name), number ? "a VLAN from 1 to 4094" : expected);
@@ -99,26 +100,27 @@ struct RowsReader {
     }
   }
 
-  // `is_needed`: the switch runs MST, and without a name the region has the switch's address.
-  std::string region_name(bool is_needed, const std::string &address) {
+  // `is_needed`: the switch runs MST. A region without a name is named after the switch's address.
+  std::string read_region_name(bool is_needed, const std::string &address) {
     const NamedRow row = row_of("STP_MST", "GLOBAL");
-    std::string name = text(row, "name").value_or("");
+    std::string name = read_text(row, "name").value_or("");
     check_name(row, "name", name);
     if (!name.empty() || !is_needed) return name;
     check_name(row_of("DEVICE_METADATA", "localhost"), "mac", address);
-    const auto is_in_doubt = [](const InputError &error) {
-      const auto is_around = [&](std::string_view place) { return place.starts_with(error.where); };
-      return !error.where.empty() &&
-             (is_around("DEVICE_METADATA|localhost mac") || is_around("STP_MST|GLOBAL name"));
+    using namespace std::string_view_literals;
+    // The name or the address may be missing because of an error in their field, row or table.
+    const auto explains = [](const InputError &error) {
+      return !error.where.empty() && ("DEVICE_METADATA|localhost mac"sv.starts_with(error.where) ||
+                                      "STP_MST|GLOBAL name"sv.starts_with(error.where));
     };
-    if (address.empty() && std::none_of(errors.begin(), errors.end(), is_in_doubt)) {
-      add_error(row, "name", "neither a name of the region nor an address of the switch",
-                "one of them in mst");
+    if (address.empty() && std::none_of(errors.begin(), errors.end(), explains)) {
+      add_error(row, "name", "neither a region name nor a switch address",
+                "one of them in mst mode");
     }
     return address;
   }
 
-  Vlans vlans_of_list(const NamedRow &row) {
+  Vlans read_vlan_list(const NamedRow &row) {
     Vlans read;
     const auto list = row.fields.find("vlan_list");
     if (list == row.fields.end()) return {};
@@ -128,18 +130,18 @@ struct RowsReader {
       if (parsed.fault == RangeFault::none) continue;
       add_error(row, "vlan_list", quote(member),
                 parsed.fault == RangeFault::reversed ? "a range from the lower to the higher VLAN"
-                : parsed.fault == RangeFault::too_great ? "VLANs from 1 to 4094"
-                                                        : "VLANs like 10, 10-20, Vlan10 or "
-                                                          "Vlan10-Vlan20");
+                : parsed.fault == RangeFault::out_of_range ? "VLANs from 1 to 4094"
+                                                           : "VLANs like 10, 10-20, Vlan10 or "
+                                                             "Vlan10-Vlan20");
     }
     return read;
   }
 
-  std::map<uint32_t, std::pair<NamedRow, Vlans>> instances() {
+  std::map<uint32_t, std::pair<NamedRow, Vlans>> read_instances() {
     std::map<uint32_t, std::pair<NamedRow, Vlans>> read;
     for (const NamedRow &row : rows_of("STP_MST_INST")) {
       const auto number = instance_of_key(row.key);
-      const Vlans vlans = vlans_of_list(row);
+      const Vlans vlans = read_vlan_list(row);
       if (!number || *number > last_instance) {
         add_error(row, "", "the key " + quote(row.key),
                   number ? "an instance from 0 to 4094" : "a key like MST_INSTANCE|1");
@@ -149,33 +151,29 @@ struct RowsReader {
       at->second.second |= vlans;
       if (is_new) continue;
       add_error(row, "",
-                "instance " + std::to_string(*number) + " again, which is " +
-                    quote(at->second.first.key) + " too",
-                "an instance in one spelling");
+                "instance " + std::to_string(*number) + " again, already defined by " +
+                    quote(at->second.first.key),
+                "one key for each instance");
     }
-    read.erase(0);  // what it lists says nothing: it has what the others leave
+    read.erase(0);  // its list is ignored: it has the VLANs that no other instance has
     return read;
   }
 
-  Bytes region_map() {
+  Bytes read_region_map() {
     Bytes map(std::size_t{2} * vlan_count);
-    Vlans taken;
-    auto all = instances();
-    for (auto &[number, instance] : all) {
-      auto &[row, vlans] = instance;
-      const Vlans twice = vlans & taken;
-      vlans &= ~taken;
-      taken |= vlans;
+    const auto all = read_instances();
+    for (const auto &[number, instance] : all) {
+      const auto &[row, vlans] = instance;
+      std::map<uint32_t, Vlans> repeated;  // by the instance that already has them
       for (uint32_t vlan = first_vlan; vlan <= last_vlan; ++vlan) {
-        if (vlans[vlan]) set_instance(map, vlan, number);
+        if (!vlans[vlan]) continue;
+        const uint32_t owner = instance_of(map, vlan);
+        if (owner == 0) set_instance(map, vlan, number);
+        if (owner != 0) repeated[owner].set(vlan);
       }
-      if (twice.none()) continue;
-      for (const auto &[other, before] : all) {
-        if (other == number) break;
-        const Vlans both = twice & before.second;
-        if (both.none()) continue;
+      for (const auto &[owner, both] : repeated) {
         add_error(row, "vlan_list",
-                  vlan_words(both) + ", which " + quote(before.first.key) + " has too",
+                  vlan_words(both) + ", also in " + quote(all.at(owner).first.key),
                   "each VLAN in one instance");
       }
     }
@@ -184,8 +182,8 @@ struct RowsReader {
 
   void read_device(Settings &settings) {
     const NamedRow row = row_of("DEVICE_METADATA", "localhost");
-    settings.name = text(row, "hostname").value_or("");
-    settings.address = text(row, "mac").value_or("");
+    settings.name = read_text(row, "hostname").value_or("");
+    settings.address = read_text(row, "mac").value_or("");
     if (has_controls(settings.name)) {
       add_error(row, "hostname", quote(settings.name), "a name without control characters");
     }
@@ -193,20 +191,20 @@ struct RowsReader {
 
   void read_vlans(Settings &settings) {
     for (const NamedRow &row : rows_of("VLAN")) {
-      const auto number = vlan(row, row.key, "a key like Vlan10");
+      const auto number = check_vlan(row, row.key, "a key like Vlan10");
       if (number) settings.user_vlans.set(*number);
     }
   }
 
-  // The VLANs on which spanning tree is enabled, and their timers.
+  // Returns the VLANs with spanning tree enabled, and sets the timers of all VLANs.
   Vlans read_spanning_tree_vlans(Settings &settings) {
     Vlans read;
     for (const NamedRow &row : rows_of("STP_VLAN")) {
-      const auto number = vlan(row, row.key, "a key like Vlan10");
-      const auto is_enabled = value(row, "enabled");
+      const auto number = check_vlan(row, row.key, "a key like Vlan10");
+      const auto is_enabled = read_value(row, "enabled");
       if (!number) continue;
       read[*number] = is_enabled && word_of(*is_enabled) != 0;
-      if (const Timers set = timers(row); !set.empty()) settings.vlan_timers[*number] = set;
+      if (const Timers set = read_timers(row); !set.empty()) settings.vlan_timers[*number] = set;
     }
     return read;
   }
@@ -214,42 +212,42 @@ struct RowsReader {
   void read_domains(Settings &settings) {
     settings.trunk = false;
     for (const NamedRow &row : rows_of("MCLAG_DOMAIN")) {
-      parts(row, 1, "the number of a domain");
-      if (!text(row, "peer_link").value_or("").empty()) settings.trunk = true;
-      settings.domains.push_back({row.key, text(row, "mclag_system_id"),
-                                  text(row, "source_ip").value_or(""),
-                                  text(row, "peer_ip").value_or("")});
+      split_key(row, 1, "the number of a domain");
+      if (!read_text(row, "peer_link").value_or("").empty()) settings.trunk = true;
+      settings.domains.push_back({row.key, read_text(row, "mclag_system_id"),
+                                  read_text(row, "source_ip").value_or(""),
+                                  read_text(row, "peer_ip").value_or("")});
     }
   }
 
-  std::map<std::string, Vlans, std::less<>> carried() {
+  std::map<std::string, Vlans> read_members() {
     constexpr char expected[] = "a key like Vlan10|PortChannel10";
-    std::map<std::string, Vlans, std::less<>> read;
+    std::map<std::string, Vlans> read;
     for (const NamedRow &row : rows_of("VLAN_MEMBER")) {
-      const auto names = parts(row, 2, expected);
+      const auto names = split_key(row, 2, expected);
       if (names.empty()) continue;
-      const auto number = vlan(row, names[0], expected);
+      const auto number = check_vlan(row, names[0], expected);
       if (number) read[std::string(names[1])].set(*number);
     }
     return read;
   }
 
-  auto channels() {
+  auto read_channel_names() {
     constexpr char expected[] = "a key like 1|PortChannel10";
     std::set<std::string, decltype(&natural_less)> names(natural_less);
     for (const NamedRow &row : rows_of("MCLAG_INTERFACE")) {
-      const auto both = parts(row, 2, expected);
-      if (both.empty()) continue;
-      if (is_channel(both[1])) {
-        names.emplace(both[1]);
+      const auto parts = split_key(row, 2, expected);
+      if (parts.empty()) continue;
+      if (is_channel(parts[1])) {
+        names.emplace(parts[1]);
       } else {
-        add_error(row, "", quote(both[1]), expected);
+        add_error(row, "", quote(parts[1]), expected);
       }
     }
     return names;
   }
 
-  Port port_of(const Channel &channel, std::optional<uint32_t> runs) const {
+  Port port_of(const Channel &channel, std::optional<uint32_t> mode) const {
     const NamedRow row = row_of("STP_PORT", channel.name);
     const auto is_set = [&row](const char *field) {
       const auto found = row.fields.find(field);
@@ -262,28 +260,29 @@ struct RowsReader {
     port.spanning_tree = is_set("enabled");
     for (const auto &[field, written] : row.fields) {
       const std::string all = joined(written);
-      // What is not set is so, or off.
+      // The default is "auto" or off.
       const bool is_usual = all == (field == "link_type" ? "auto" : "false");
       if (find_field(row.table, field) == nullptr && !is_usual) port.uncovered[field] = all;
     }
     for (const uint16_t type : {STP_MCEC_TYPE1_IFI_PORT_TYPE, STP_MCEC_TYPE1_IFI_PORT_GUARD}) {
-      if (!runs) continue;
-      const char *field = field_of_parameter(type, *runs)->name;
+      if (!mode) continue;
+      const char *field = field_of_parameter(type, *mode)->name;
       port.parameters.push_back({type, word(is_set(field) ? 1 : 0)});
     }
     return port;
   }
 
-  // The channels with the VLANs that they carry, and a port each.
-  void read_channels(Settings &settings, std::optional<uint32_t> runs) {
-    auto members = carried();
+  // Reads the channels with their VLANs, and one port for each channel.
+  void read_channels(Settings &settings, std::optional<uint32_t> mode) {
+    auto members = read_members();
     for (const NamedRow &row : rows_of("STP_PORT")) {
-      parts(row, 1, "the name of an interface");
-      for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"})
-        value(row, field);
+      split_key(row, 1, "the name of an interface");
+      for (const char *field : {"edge_port", "portfast", "root_guard", "enabled"}) {
+        read_value(row, field);
+      }
     }
     std::set<uint32_t> ids;
-    for (const std::string &name : channels()) {
+    for (const std::string &name : read_channel_names()) {
       Channel channel{name, 0, false, members[name] & settings.user_vlans};
       const uint32_t number = *decimal(name.substr(std::string_view("PortChannel").size()));
       const bool is_usual = name == "PortChannel" + std::to_string(number);
@@ -292,44 +291,44 @@ struct RowsReader {
     }
     uint32_t free_id = 1;
     for (Channel &channel : settings.channels) {
-      while (channel.id == 0) {
+      for (; channel.id == 0; ++free_id) {
         if (ids.insert(free_id).second) channel.id = free_id;
-        ++free_id;
       }
-      port_at(settings, first_channel_index + channel.id) = port_of(channel, runs);
+      port_at(settings, first_channel_index + channel.id) = port_of(channel, mode);
     }
   }
 
-  Settings settings() {
+  Settings read_settings() {
     Settings read;
     read_device(read);
-    // Without bytes, spanning tree is off.
-    const auto mode = value(row_of("STP", "GLOBAL"), "mode");
-    const auto runs = mode && !mode->empty() ? std::optional(word_of(*mode)) : std::nullopt;
-    read.spanning_tree = runs.has_value();
+    // An empty value means that spanning tree is off.
+    const auto mode_value = read_value(row_of("STP", "GLOBAL"), "mode");
+    const auto mode =
+        mode_value && !mode_value->empty() ? std::optional(word_of(*mode_value)) : std::nullopt;
+    read.spanning_tree = mode.has_value();
     read_vlans(read);
     const Vlans with_spanning_tree = read_spanning_tree_vlans(read);
-    const std::string region = region_name(runs == STP_MCEC_STP_MODE_MST, read.address);
-    const auto revision = value(row_of("STP_MST", "GLOBAL"), "revision");
-    const Bytes map = region_map();
-    if (runs == STP_MCEC_STP_MODE_RAPID_PVST) {
+    const std::string region = read_region_name(mode == STP_MCEC_STP_MODE_MST, read.address);
+    const auto revision = read_value(row_of("STP_MST", "GLOBAL"), "revision");
+    const Bytes map = read_region_map();
+    if (mode == STP_MCEC_STP_MODE_RAPID_PVST) {
       const Vlans disabled = read.user_vlans & ~with_spanning_tree;
-      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode},
+      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode_value},
                          {STP_MCEC_TYPE1_STP_ENDIS, vlan_record(disabled)}};
-      read.timers = timers(row_of("STP", "GLOBAL"));
+      read.timers = read_timers(row_of("STP", "GLOBAL"));
     } else {
       read.vlan_timers.clear();
     }
-    if (runs == STP_MCEC_STP_MODE_MST) {
+    if (mode == STP_MCEC_STP_MODE_MST) {
       const auto name = find_field("STP_MST", "name")->form->parse(region);
-      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode},
+      read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode_value},
                          {STP_MCEC_TYPE1_MST_REGION_NAME, name.value_or(Bytes{})},
                          {STP_MCEC_TYPE1_MST_REGION_REVISION, revision.value_or(word(0))},
                          {STP_MCEC_TYPE1_MST_REGION_VI_MAP, map}};
-      read.timers = timers(row_of("STP_MST", "GLOBAL"));
+      read.timers = read_timers(row_of("STP_MST", "GLOBAL"));
     }
     read_domains(read);
-    read_channels(read, runs);
+    read_channels(read, mode);
     return read;
   }
 };
@@ -343,7 +342,7 @@ ReadSettings settings_of(const Rows &rows, const InputErrors &reading) {
     return {{}, {{0, 0, "", "found none of the tables that are read", one_of(tables)}}};
   }
   RowsReader reader{rows, reading};
-  Settings settings = reader.settings();
+  Settings settings = reader.read_settings();
   return {std::move(settings), std::move(reader.errors)};
 }
 

@@ -24,29 +24,29 @@ std::pair<std::string, std::string> split_row_name(const std::string &name) {
 
 const Row *find_row(const Rows &rows, const std::string &name) {
   const auto [table, key] = split_row_name(name);
-  const Table &of_table = table_of(rows, table);
-  const auto row = of_table.find(key);
-  return row != of_table.end() ? &row->second : nullptr;
+  const Table &found = table_of(rows, table);
+  const auto row = found.find(key);
+  return row != found.end() ? &row->second : nullptr;
 }
 
 void set_row(Rows &rows, const std::string &name, std::optional<Row> row) {
   const auto [table, key] = split_row_name(name);
   if (row) {
     rows[table].insert_or_assign(key, std::move(*row));
-  } else if (const auto of_table = rows.find(table); of_table != rows.end()) {
-    of_table->second.erase(key);
-    if (of_table->second.empty()) rows.erase(of_table);
+  } else if (const auto found = rows.find(table); found != rows.end()) {
+    found->second.erase(key);
+    if (found->second.empty()) rows.erase(found);
   }
 }
 
 std::vector<std::string> differing_rows(const Rows &a, const Rows &b) {
   std::set<std::string> names;
-  for (const auto &[these, others] : {std::pair{&a, &b}, std::pair{&b, &a}}) {
-    for (const auto &[table, rows] : *these) {
-      const Table &same = table_of(*others, table);
+  for (const auto &[own, other] : {std::pair{&a, &b}, std::pair{&b, &a}}) {
+    for (const auto &[table, rows] : *own) {
+      const Table &same = table_of(*other, table);
       for (const auto &[key, row] : rows) {
-        const auto other = same.find(key);
-        if (other == same.end() || other->second != row) names.insert(table + "|" + key);
+        const auto found = same.find(key);
+        if (found == same.end() || found->second != row) names.insert(table + "|" + key);
       }
     }
   }

@@ -1,4 +1,4 @@
-// The contents of a watched source now, and what changed in it.
+// The current contents of a watched source, and its recent changes.
 #pragma once
 
 #include <map>
@@ -12,58 +12,60 @@
 
 namespace lab {
 
-// What a source contains. Rows are packed into one text, as a watch of many pairs keeps the rows of
-// all of them.
+// The contents of a source, serialized to save memory: a watch keeps the rows of all its pairs.
 struct Contents {
   bool has_rows = true;
-  std::string text;  // the rows, or the settings of a state file, which are only compared
+  std::string text;  // the rows, or the settings of a state file, for comparison only
 
   bool operator==(const Contents &) const = default;
 };
 using SharedContents = std::shared_ptr<const Contents>;
 
 SharedContents pack(const Rows &rows);
-Rows unpack(const SharedContents &contents);  // none without contents, and of a state file
+Rows unpack(const SharedContents &contents);  // empty for nullptr and for a state file
 
 enum class SourceState {
-  connecting,  // it is asked for the first time
+  connecting,  // for the first time
   connected,
-  disconnected,  // its contents are not known
+  disconnected,  // the contents are unknown
 };
 
 struct Snapshot {
   SourceState state = SourceState::connecting;
-  std::string reason;          // of a loss
-  bool refused = false;        // it is lost because it refuses access
-  bool notifications = false;  // it notifies of changes
-  TimePoint checked;           // when all of it was last read
+  std::string reason;          // why it is disconnected
+  bool refused = false;        // disconnected because access was refused
+  bool notifications = false;  // the source sends notifications of changes
+  TimePoint checked;           // the last reading of all rows, or check of their number
 
-  SharedContents contents;                    // nullptr: they have not been read
+  SharedContents contents;                    // nullptr until read
   std::map<std::string, InputErrors> errors;  // of reading, by row; "": the whole source
 
-  // Of the changes that have been noticed since settling began last.
+  // Of the changes since settling last began.
   std::optional<TimePoint> first_change;
   std::optional<TimePoint> last_change;
 };
 
-// The table and the key of "TABLE|key"; without a '|' the key is the whole, of no table.
+// Returns the table and the key of "TABLE|key"; without '|', an empty table and the whole name.
 std::pair<std::string, std::string> split_row_name(const std::string &name);
 
-// A row as it stands, nullptr when there is none.
+// Returns nullptr if there is no such row.
 const Row *find_row(const Rows &rows, const std::string &name);
+
+// Inserts or replaces a row; nullopt removes it.
 void set_row(Rows &rows, const std::string &name, std::optional<Row> row);
 
-// The names of the rows that are not the same.
+// Returns the names of the rows that differ, in order.
 std::vector<std::string> differing_rows(const Rows &a, const Rows &b);
 
 void notice_change(Snapshot &snapshot, TimePoint now);
 
-// Are the contents other ones than before?
+// Returns true if the contents changed.
 bool set_contents(Snapshot &snapshot, SharedContents contents);
 
-InputErrors all_errors(const Snapshot &snapshot);  // also that it is lost
+// Returns all errors of reading, and one for a source that is disconnected.
+InputErrors all_errors(const Snapshot &snapshot);
 
-// Forget the contents of the source.
+// Discards the contents of the source.
 void mark_disconnected(Snapshot &snapshot, std::string reason, bool refused);
 
 }  // namespace lab

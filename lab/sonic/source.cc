@@ -27,16 +27,16 @@ constexpr std::array<const char *, 2> password_variables = {"MCEC_LEFT_PASSWORD"
 constexpr std::string_view redis_scheme = "redis://";
 constexpr std::string_view unix_scheme = "unix://";
 constexpr std::string_view tls_scheme = "rediss://";
-// How a URL begins, however many slashes follow.
-constexpr std::array<std::string_view, 3> url_begins = {"redis:", "rediss:", "unix:"};
-constexpr const char *source_form = "redis://host, unix:///path, or a file";
-constexpr uint32_t most_database = UINT16_MAX;
+// Prefixes of URLs, also of those without the two slashes.
+constexpr std::array<std::string_view, 3> url_prefixes = {"redis:", "rediss:", "unix:"};
+constexpr const char *source_syntax = "redis://host, unix:///path, or a file";
+constexpr uint32_t max_database = UINT16_MAX;
 
 void add_error(std::string found, std::string expected, InputErrors &errors) {
   errors.push_back({0, 0, "", std::move(found), std::move(expected)});
 }
 
-std::string decoded(std::string_view text, ParsedSource &parsed) {
+std::string percent_decode(std::string_view text, ParsedSource &parsed) {
   std::string out;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != '%') {
@@ -46,8 +46,7 @@ std::string decoded(std::string_view text, ParsedSource &parsed) {
     const std::string_view digits = text.substr(i + 1, 2);
     if (digits.size() < 2 || digits.find_first_not_of("0123456789abcdefABCDEF") != digits.npos ||
         digits == "00") {
-      add_error("found a '%' that stands for no character", "%25 for the sign itself",
-                parsed.errors);
+      add_error("found an invalid '%' escape", "%25 for '%'", parsed.errors);
       return out;
     }
     out += static_cast<char>(unhex(digits)[0]);
@@ -56,15 +55,14 @@ std::string decoded(std::string_view text, ParsedSource &parsed) {
   return out;
 }
 
-// The text is not printed: it may be the end of a password.
-uint32_t number(std::string_view text, const std::string &what, uint32_t least, uint32_t most,
-                ParsedSource &parsed) {
+// Errors do not contain the text: it may be the end of a password.
+uint32_t parse_url_number(std::string_view text, const std::string &what, uint32_t min,
+                          uint32_t max, ParsedSource &parsed) {
   const auto value = decimal(text);
-  if (value && *value >= least && *value <= most) return *value;
-  add_error("found a " + what + " that is none",
-            "a number from " + std::to_string(least) + " to " + std::to_string(most),
-            parsed.errors);
-  return least;
+  if (value && *value >= min && *value <= max) return *value;
+  add_error("found an invalid " + what,
+            "a number from " + std::to_string(min) + " to " + std::to_string(max), parsed.errors);
+  return min;
 }
 
 // "host", "host:port" or "[::1]:port", then "/4".
@@ -83,12 +81,13 @@ void parse_tcp(std::string_view authority, std::string_view path, ParsedSource &
               parsed.errors);
     return;
   }
-  source.place = decoded(host, parsed);
+  source.place = percent_decode(host, parsed);
   if (!port.empty()) {
-    source.port = static_cast<uint16_t>(number(port.substr(1), "port", 1, UINT16_MAX, parsed));
+    source.port =
+        static_cast<uint16_t>(parse_url_number(port.substr(1), "port", 1, UINT16_MAX, parsed));
   }
   if (path.size() > 1 || path == "?") {
-    source.database = number(path.substr(1), "database", 0, most_database, parsed);
+    source.database = parse_url_number(path.substr(1), "database", 0, max_database, parsed);
     parsed.source.has_database = true;
   }
 }
@@ -100,17 +99,18 @@ void parse_unix(std::string_view path, ParsedSource &parsed) {
   Source &source = parsed.source;
   source.kind = Source::Kind::unix_socket;
   const std::size_t end = std::min(path.find('?'), path.size());
-  source.place = decoded(path.substr(0, end), parsed);
+  source.place = percent_decode(path.substr(0, end), parsed);
   if (source.place.size() > longest) {
     add_error("found a path of " + std::to_string(source.place.size()) + " bytes",
               "one of at most " + std::to_string(longest), parsed.errors);
   }
   const std::string_view query = path.substr(end);
   if (query.starts_with(database)) {
-    source.database = number(query.substr(database.size()), "database", 0, most_database, parsed);
+    source.database =
+        parse_url_number(query.substr(database.size()), "database", 0, max_database, parsed);
     parsed.source.has_database = true;
   } else if (!query.empty()) {
-    add_error("found something else behind the path", "?db=4 or the like", parsed.errors);
+    add_error("found other text after the path", "?db=N", parsed.errors);
   }
 }
 
@@ -121,8 +121,8 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
   if (const std::size_t at = authority.rfind('@'); at != authority.npos) {
     const std::string_view login = authority.substr(0, at);
     const std::size_t end = std::min(login.find(':'), login.size());
-    source.user = decoded(login.substr(0, end), parsed);
-    source.password = decoded(login.substr(std::min(end + 1, login.size())), parsed);
+    source.user = percent_decode(login.substr(0, end), parsed);
+    source.password = percent_decode(login.substr(std::min(end + 1, login.size())), parsed);
     authority.remove_prefix(at + 1);
     source.label = printable(std::string(scheme) + std::string(login.substr(0, end)) +
                              (end > 0 ? "@" : "") + std::string(authority) + std::string(path));
@@ -139,23 +139,23 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
   }
 }
 
-bool begins_url(std::string_view text) {
+bool has_url_prefix(std::string_view text) {
   const std::string lower = key_of(text.substr(0, text.find(':') + 1));
-  return std::find(url_begins.begin(), url_begins.end(), lower) != url_begins.end();
+  return std::find(url_prefixes.begin(), url_prefixes.end(), lower) != url_prefixes.end();
 }
 
-// The colon behind the first scheme of a text; npos: there is none.
+// Returns the position of the colon after the first scheme in a text, or npos.
 std::size_t find_scheme_end(std::string_view text) {
-  const std::string lower = key_of(text);  // every character in its place
+  const std::string lower = key_of(text);  // the same positions
   std::size_t end = lower.find("://");
-  for (const std::string_view begin : url_begins) {
+  for (const std::string_view begin : url_prefixes) {
     const std::size_t at = lower.find(begin);
     if (at != lower.npos) end = std::min(end, at + begin.size() - 1);
   }
   return end;
 }
 
-// A text without what is between a colon, with the slashes behind it, and the last '@'.
+// Replaces the text between the colon (with the slashes after it) and the last '@' by "...".
 std::string without_login(std::string_view text, std::size_t colon) {
   const std::size_t begin = std::min(text.find_first_not_of(":/", colon), text.size());
   const std::size_t last = text.rfind('@');
@@ -165,10 +165,10 @@ std::string without_login(std::string_view text, std::size_t colon) {
 
 // --- credentials ---
 
-constexpr const char *credential_form =
+constexpr const char *credential_syntax =
     "a source without a login, a user or nothing, and a password, separated by tabs";
 
-Databases databases_of(const Source &source) {
+DatabaseKey database_key(const Source &source) {
   std::string place = source.place;
   const bool is_host = source.kind == Source::Kind::tcp;
   if (is_host) {
@@ -178,7 +178,7 @@ Databases databases_of(const Source &source) {
   return {source.kind, place, is_host ? source.port : uint16_t{0}, source.database};
 }
 
-// What is wrong with a line, "" when it is added.
+// Returns the error of a line, "" if it was added.
 std::string add_credential(const std::vector<std::string_view> &fields, Credentials &credentials) {
   if (fields.size() != 3) {
     return fmt::format("found a line of {} field{}", fields.size(), fields.size() == 1 ? "" : "s");
@@ -188,7 +188,7 @@ std::string add_credential(const std::vector<std::string_view> &fields, Credenti
   const Source &source = parsed.source;
   if (!parsed.errors.empty() || source.kind == Source::Kind::file) return "found no database";
   if (fields[0].find('@') != std::string_view::npos) return "found a source with a login";
-  Databases databases = databases_of(source);
+  DatabaseKey databases = database_key(source);
   if (!parsed.source.has_database) std::get<std::optional<uint32_t>>(databases).reset();
   const Login login{std::string(fields[1]), std::string(fields[2])};
   return credentials.emplace(databases, login).second ? "" : "found a source twice";
@@ -204,16 +204,16 @@ bool is_passed_by_systemd(const std::string &path, const struct stat &status) {
   return !error && real_path.parent_path() == real_folder;
 }
 
-// Its text, when nobody else can read it.
+// Reads an open file if other users have no access to it.
 std::string read_private(int file, const std::string &path, InputErrors &errors) {
   struct stat status {};
   std::string text;
   if (fstat(file, &status) != 0 || !(S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode))) {
     add_error("cannot be read: it is not a file", "a file", errors);
   } else if ((status.st_mode & 0077) != 0 && !is_passed_by_systemd(path, status)) {
-    add_error(
-        fmt::format("others than its owner have access (mode {:04o})", status.st_mode & 07777U),
-        "mode 0600", errors);
+    add_error(fmt::format("users other than its owner have access (mode {:04o})",
+                          status.st_mode & 07777U),
+              "mode 0600", errors);
   } else if (const std::string problem = read_all(file, text); !problem.empty()) {
     add_error("cannot be read: " + problem, "a file", errors);
   }
@@ -229,8 +229,8 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
   source.place = text;
   const std::size_t colon = text.find("://");
   if (colon == text.npos || text.substr(0, colon).find('/') != text.npos) {
-    if (begins_url(text)) {
-      add_error("found a URL without '//' behind its scheme", source_form, parsed.errors);
+    if (has_url_prefix(text)) {
+      add_error("found a URL without '//' after its scheme", source_syntax, parsed.errors);
     }
     return parsed;
   }
@@ -239,11 +239,11 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
     add_error("found 'rediss://', and TLS is not supported",
               "redis:// or unix:// through ssh -L or stunnel, which encrypt", parsed.errors);
   } else if (scheme != redis_scheme && scheme != unix_scheme) {
-    add_error("found '" + printable(scheme) + "'", source_form, parsed.errors);
+    add_error("found '" + printable(scheme) + "'", source_syntax, parsed.errors);
   } else {
     parse_url(scheme, text.substr(scheme.size()), parsed);
   }
-  // What is wrong may be a part of the password, and stand anywhere.
+  // A part of the password may be anywhere in an invalid URL.
   if (!parsed.errors.empty()) source.label = printable(scheme) + "...";
   const char *password = side ? std::getenv(password_variables.at(*side)) : nullptr;
   if (source.password.empty() && password != nullptr) source.password = password;
@@ -262,13 +262,13 @@ Credentials read_credentials(std::string_view text, InputErrors &errors) {
   Credentials credentials;
   for (const TabbedLine &line : read_tabbed(text)) {
     const std::string problem = add_credential(line.fields, credentials);
-    if (!problem.empty()) errors.push_back({line.number, 1, "", problem, credential_form});
+    if (!problem.empty()) errors.push_back({line.number, 1, "", problem, credential_syntax});
   }
   return credentials;
 }
 
 Credentials load_credentials(const std::string &path, InputErrors &errors) {
-  // A pipe without a writer is not waited for.
+  // O_NONBLOCK: do not wait for a writer if the path names a pipe.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file < 0) {
     add_error("cannot be read: " + std::string(std::strerror(errno)), "a file", errors);
@@ -280,7 +280,7 @@ Credentials load_credentials(const std::string &path, InputErrors &errors) {
 
 void apply_credentials(const Credentials &credentials, Source &source) {
   if (source.kind == Source::Kind::file || !source.password.empty()) return;
-  Databases databases = databases_of(source);
+  DatabaseKey databases = database_key(source);
   auto found = credentials.find(databases);
   if (found == credentials.end()) {
     std::get<std::optional<uint32_t>>(databases).reset();

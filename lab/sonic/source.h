@@ -1,4 +1,4 @@
-// Where the settings of a switch come from: a file, or the switch's configuration database.
+// Sources of settings: files, and the configuration databases of switches.
 #pragma once
 
 #include <cstdint>
@@ -15,67 +15,64 @@ namespace lab {
 struct Source {
   enum class Kind { file, tcp, unix_socket };
   Kind kind = Kind::file;
-  std::string label;  // for people and programs: as it was given, without the password
-  std::string place;  // a path ("-": the standard input), or a host's name or address
+  std::string label;  // for output: the argument without its password
+  std::string place;  // a path ("-": standard input), or a host name or address
   uint16_t port = 6379;
   uint32_t database = 4;
-  bool has_database = false;  // it was given
-  std::string user;           // empty: the server's default one
+  bool has_database = false;  // the URL names the database
+  std::string user;           // empty: the server's default user
   std::string password;
-  std::string name_space = {};  // of a dump of several ASICs; empty: the only one
+  std::string name_space = {};  // selects a part of a multi-ASIC dump
 
   bool operator==(const Source &) const = default;
 };
 
 struct ParsedSource {
   Source source;
-  InputErrors errors;  // with some, only `label` is set
+  InputErrors errors;  // if not empty, only `label` is valid
 
   bool operator==(const ParsedSource &) const = default;
 };
 
-/*
- * redis://[user:password@]host[:port][/db], unix://[user:password@]/path[?db=4], or a file. What is
- * special in these can be written %40; an IPv6 address stands in brackets. A password that is not
- * there is taken from MCEC_LEFT_PASSWORD or MCEC_RIGHT_PASSWORD, by `side`, 0 or 1; without a side
- * from neither.
- */
+// Parses redis://[user:password@]host[:port][/db], unix://[user:password@]/path[?db=4], or a path.
+// Special characters in URLs can be escaped (%40); an IPv6 address needs brackets. A missing
+// password is read from MCEC_LEFT_PASSWORD (side 0) or MCEC_RIGHT_PASSWORD (side 1), if a side is
+// passed.
 ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side);
 
-// A message in which a database's URL may stand, as a person may see it: without passwords, however
-// wrong the URL is.
+// Removes the logins from a message that may contain the URL of a database, even an invalid one.
 std::string without_passwords(std::string_view text);
 
-// The same of a word that may be meant as a source, which may lack its scheme.
+// Removes the login from a single argument that may be a source, even one without a scheme.
 std::string hide_login(std::string_view word);
 
 // --- credentials ---
 
-// Users and passwords of databases, in a file of their own: lines of a source, a user (which may be
-// empty) and a password, separated by tabs.
+// A file with users and passwords of databases: each line has a source, a user (may be empty) and a
+// password, separated by tabs.
 //
-// redis://host:port and unix:///path stand for all databases of a server, redis://host:port/4 and
-// unix:///path?db=4 for one of them.
+// redis://host:port and unix:///path match all databases of a server, redis://host:port/4 and
+// unix:///path?db=4 match one.
 
 struct Login {
   std::string user;
   std::string password;
 };
 
-// Of a server's databases: their kind, place and port, and the number of one of them.
-using Databases = std::tuple<Source::Kind, std::string, uint16_t, std::optional<uint32_t>>;
+// Kind, place and port of a server, and the number of a database; nullopt: all its databases.
+using DatabaseKey = std::tuple<Source::Kind, std::string, uint16_t, std::optional<uint32_t>>;
 
-using Credentials = std::map<Databases, Login>;
+using Credentials = std::map<DatabaseKey, Login>;
 
-// Errors show nothing of a line.
+// Parses credentials. Errors contain no text of the lines.
 Credentials read_credentials(std::string_view text, InputErrors &errors);
 
-// The same of a file, which is refused when others than its owner can read it. Of those that
-// systemd passes in $CREDENTIALS_DIRECTORY a group can read some.
+// Reads a file of credentials. Refuses a file that is accessible to users other than its owner;
+// a group may read a file that systemd passes in $CREDENTIALS_DIRECTORY.
 Credentials load_credentials(const std::string &path, InputErrors &errors);
 
-// Give a database that has no password one of its own, else that of its server. A user that the
-// source names gets none that is another one's.
+// Sets user and password of a source without a password, from the line of its database, else from
+// that of its server. If the source names a user, a line for another user does not apply.
 void apply_credentials(const Credentials &credentials, Source &source);
 
 }  // namespace lab

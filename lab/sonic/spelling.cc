@@ -1,4 +1,4 @@
-// Rows, and how a configuration database spells what they contain.
+// Parses and prints the notation of the values in rows.
 #include <algorithm>
 #include <charconv>
 
@@ -14,13 +14,13 @@ bool is_blank(char c) {
   return c == ' ' || c == '\t';
 }
 
-// The number behind a word.
-std::optional<uint32_t> behind(std::string_view word, std::string_view text) {
+// Parses a number that follows a prefix.
+std::optional<uint32_t> parse_after(std::string_view word, std::string_view text) {
   return text.starts_with(word) ? decimal(text.substr(word.size())) : std::nullopt;
 }
 
-// Nothing where a blank stands between two digits: it was a comma that somebody forgot.
-std::optional<std::string> without_blanks(std::string_view text) {
+// Returns nullopt if there are blanks between two digits: a comma may be missing.
+std::optional<std::string> remove_blanks(std::string_view text) {
   std::string rest;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (is_blank(text[i])) continue;
@@ -47,8 +47,8 @@ std::optional<uint32_t> decimal(std::string_view text) {
 }
 
 std::optional<uint32_t> vlan_of(std::string_view name) {
-  const auto vlan = behind("Vlan", name);
-  // A name is the name of an interface: there is no other spelling of it.
+  const auto vlan = parse_after("Vlan", name);
+  // Interface names are exact: "Vlan010" is not Vlan10.
   return vlan && (vlan > last_vlan || vlan_name(*vlan) == name) ? vlan : std::nullopt;
 }
 
@@ -57,12 +57,12 @@ std::string vlan_name(uint32_t vlan) {
 }
 
 bool is_channel(std::string_view name) {
-  return behind("PortChannel", name).has_value();
+  return parse_after("PortChannel", name).has_value();
 }
 
 std::optional<uint32_t> instance_of_key(std::string_view key) {
   for (const char *word : {"MST_INSTANCE|", "MST_INSTANCE:INSTANCE", ""}) {
-    if (const auto instance = behind(word, key)) return instance;
+    if (const auto instance = parse_after(word, key)) return instance;
   }
   return std::nullopt;
 }
@@ -74,7 +74,7 @@ std::vector<std::string> members_of(const FieldValue &list) {
   } else {
     members = std::get<std::vector<std::string>>(list);
   }
-  // An empty list, joined by commas and split again, has one empty member.
+  // Splitting an empty text returns one empty member.
   if (members.size() == 1 && std::all_of(members[0].begin(), members[0].end(), is_blank)) {
     members.clear();
   }
@@ -88,15 +88,15 @@ std::string joined(const FieldValue &value) {
 }
 
 ParsedRanges parse_member(std::string_view member) {
-  const auto rest = without_blanks(member);
+  const auto rest = remove_blanks(member);
   if (!rest) return {{}, RangeFault::no_list};
   const std::vector<std::string_view> ends = split(*rest, '-');
   const char *word = rest->starts_with('V') ? "Vlan" : "";
-  const auto first = behind(word, ends.front());
-  const auto last = behind(word, ends.back());
+  const auto first = parse_after(word, ends.front());
+  const auto last = parse_after(word, ends.back());
   if (ends.size() > 2 || !first || !last) return {{}, RangeFault::no_list};
   if (*first < first_vlan || *first > last_vlan || *last < first_vlan || *last > last_vlan) {
-    return {{}, RangeFault::too_great};
+    return {{}, RangeFault::out_of_range};
   }
   if (*first > *last) return {{}, RangeFault::reversed};
   return {{{*first, *last}}, RangeFault::none};

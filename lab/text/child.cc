@@ -24,20 +24,20 @@ ChildProcess::~ChildProcess() {
   reap(*this);
 }
 
-ChildProcess start_child(const std::function<void()> &life) {
+ChildProcess start_child(const std::function<void()> &body) {
   ChildProcess child;
   const pid_t lab = getpid();
   child.pid = fork();
   if (child.pid < 0) {
-    throw std::system_error(errno, std::generic_category(), "no process can be made");
+    throw std::system_error(errno, std::generic_category(), "cannot create a process");
   }
   if (child.pid > 0) return child;
-  // What is behind this on the stack is the lab's: nothing leaves but by the end of the process.
+  // The stack below belongs to the parent: never return from here.
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  leave_signals_to_the_lab();
+  reset_child_signals();
   if (getppid() != lab) _exit(1);
   try {
-    life();
+    body();
   } catch (...) {
     _exit(1);
   }

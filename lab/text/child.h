@@ -1,4 +1,4 @@
-// Processes of the lab's own.
+// Child processes.
 #pragma once
 
 #include <sys/types.h>
@@ -7,7 +7,7 @@
 
 namespace lab {
 
-// A process that ends with this record, and with the lab.
+// A child process that is killed with this record, and when the lab exits.
 struct ChildProcess {
   pid_t pid = -1;
 
@@ -17,11 +17,11 @@ struct ChildProcess {
   ~ChildProcess();
 };
 
-// Call a function in a new process, which then ends, with status 1 after an exception. Throws
-// std::system_error.
-ChildProcess start_child(const std::function<void()> &life);
+// Runs a function in a new process, which then exits: with status 0, or 1 after an exception.
+// Throws std::system_error.
+ChildProcess start_child(const std::function<void()> &body);
 
-// Wait for the end of a process; its status as waitpid() has it, less than 0: it is gone already.
+// Waits for the process to exit. Returns its status as waitpid() does, -1 on error.
 int reap(ChildProcess &child);
 
 }  // namespace lab

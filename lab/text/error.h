@@ -1,4 +1,4 @@
-// Something in a file, a dump or a database that is not as it must be.
+// Errors in files, dumps and databases.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@
 namespace lab {
 
 struct InputError {
-  // Of a text file, from 1; 0: it has no lines, `where` says it.
+  // In a text file, from 1; 0: `where` is the place.
   int line = 0;
   int column = 0;
-  // Of a row: "STP_PORT|PortChannel10 root_guard", as far as it is known; empty: the whole source.
+  // In rows: "STP_PORT|PortChannel10 root_guard"; empty: the whole source.
   std::string where;
   std::string found;
-  std::string expected;  // empty: `found` says it all
+  std::string expected;  // may be empty
 
   bool operator==(const InputError &) const = default;
 };

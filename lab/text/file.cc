@@ -19,15 +19,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t largest_file = most_mebibytes << 20;
-constexpr std::size_t piece = 65536;
-// A pipe that is ready takes this much without blocking.
-constexpr std::size_t pipe_piece = 4096;
-// As many links as the kernel follows.
-constexpr int most_links = 40;
+constexpr std::size_t max_file_bytes = max_mebibytes << 20;
+constexpr std::size_t read_bytes = 65536;
+// A pipe that is ready for writing accepts this many bytes without blocking (PIPE_BUF).
+constexpr std::size_t pipe_bytes = 4096;
+// The kernel's limit.
+constexpr int max_links = 40;
 
-// A call that a signal ended without asking the lab to stop is made again.
-bool is_to_be_tried_again() {
+// Returns true if a signal interrupted the call. Throws Interrupted if the signal stops the lab.
+bool should_retry() {
   if (errno != EINTR) return false;
   if (interrupted()) throw Interrupted{};
   return true;
@@ -37,7 +37,7 @@ int open_file(const std::string &path, int flags) {
   int file = -1;
   do {
     file = open(path.c_str(), flags | O_CLOEXEC);
-  } while (file < 0 && is_to_be_tried_again());
+  } while (file < 0 && should_retry());
   return file;
 }
 
@@ -51,8 +51,8 @@ bool is_device(const std::string &path) {
   return stat(path.c_str(), &status) == 0 && (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode));
 }
 
-// The open file that a path names: /dev/stdout, /dev/fd/3. Opening the path would begin anew at the
-// start of the file, and is not possible for a socket.
+// Returns the descriptor that a path names: /dev/stdout, /dev/fd/3. Opening such a path would start
+// at the beginning of the file, and fails for a socket.
 std::optional<int> named_descriptor(std::string_view path) {
   if (path == "/dev/stdout") return STDOUT_FILENO;
   if (path == "/dev/stderr") return STDERR_FILENO;
@@ -63,21 +63,15 @@ std::optional<int> named_descriptor(std::string_view path) {
   return std::nullopt;
 }
 
-// The file that a path leads to, which need not exist.
+// Follows symbolic links. The target need not exist.
 fs::path without_links(fs::path path) {
   std::error_code error;
-  for (int i = 0; i < most_links && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
+  for (int i = 0; i < max_links && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
     const fs::path target = fs::read_symlink(path, error);
     if (error) break;
     path = path.parent_path() / target;
   }
   return path;
-}
-
-std::string write_to(int file, std::string_view text) {
-  if (file < 0) return std::strerror(errno);
-  std::fflush(stdout);  // what was printed before comes before
-  return write_all(file, text);
 }
 
 std::string read_path(const std::string &path, std::string &text) {
@@ -87,7 +81,7 @@ std::string read_path(const std::string &path, std::string &text) {
   return file >= 0 ? read_all(file, text) : std::strerror(errno);
 }
 
-// The mode of a file, or of one that is new.
+// Returns the mode of a file, or the default mode of a new file.
 mode_t mode_of(const fs::path &path) {
   struct stat status {};
   if (stat(path.c_str(), &status) == 0) return status.st_mode & 0777;
@@ -96,7 +90,7 @@ mode_t mode_of(const fs::path &path) {
   return 0666 & ~mask;
 }
 
-// What stood there is replaced at the end; whatever ends this before, the new file goes.
+// Writes a temporary file and renames it. Removes it on failure.
 std::string replace_file(const fs::path &path, std::string_view text) {
   std::string name = (path.parent_path() / ".mcec-lab-XXXXXX").string();
   const mode_t mode = mode_of(path);
@@ -119,20 +113,20 @@ bool Descriptor::close() {
 }
 
 std::string read_all(int file, std::string &text) {
-  char buffer[piece];
+  char buffer[read_bytes];
   const bool waits = !is_regular(file);
   while (true) {
     if (waits) wait_for(file, POLLIN);
-    const ssize_t got = read(file, buffer, sizeof buffer);
+    const ssize_t count = read(file, buffer, sizeof buffer);
     if (interrupted()) throw Interrupted{};
-    if (got == 0) return "";
-    if (got < 0) {
-      if (is_to_be_tried_again() || errno == EAGAIN) continue;
+    if (count == 0) return "";
+    if (count < 0) {
+      if (should_retry() || errno == EAGAIN) continue;
       return std::strerror(errno);
     }
-    text.append(buffer, static_cast<std::size_t>(got));
-    if (text.size() > largest_file) {
-      return "it is larger than " + std::to_string(most_mebibytes) + " MiB";
+    text.append(buffer, static_cast<std::size_t>(count));
+    if (text.size() > max_file_bytes) {
+      return "it is larger than " + std::to_string(max_mebibytes) + " MiB";
     }
   }
 }
@@ -141,11 +135,11 @@ std::string write_all(int file, std::string_view text) {
   const bool waits = !is_regular(file);
   while (!text.empty()) {
     if (waits) wait_for(file, POLLOUT);
-    const std::string_view part = waits ? text.substr(0, pipe_piece) : text;
+    const std::string_view part = waits ? text.substr(0, pipe_bytes) : text;
     const ssize_t written = write(file, part.data(), part.size());
     if (written >= 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (!is_to_be_tried_again() && errno != EAGAIN) {
+    } else if (!should_retry() && errno != EAGAIN) {
       return std::strerror(errno);
     }
   }
@@ -162,17 +156,16 @@ std::string read_file(const std::string &path, InputErrors &errors) {
 }
 
 std::string write_file_atomically(const std::string &path, std::string_view text) {
-  if (const auto number = named_descriptor(path)) {
-    const Descriptor file(fcntl(*number, F_DUPFD_CLOEXEC, 0));
-    return write_to(file, text);
-  }
+  const auto number = named_descriptor(path);
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
-  if (fs::exists(status) && !fs::is_regular_file(status)) {
-    const Descriptor file(open_file(path, O_WRONLY));
-    return write_to(file, text);
+  if (!number && (!fs::exists(status) || fs::is_regular_file(status))) {
+    return replace_file(without_links(path), text);
   }
-  return replace_file(without_links(path), text);
+  const Descriptor file(number ? fcntl(*number, F_DUPFD_CLOEXEC, 0) : open_file(path, O_WRONLY));
+  if (file < 0) return std::strerror(errno);
+  std::fflush(stdout);  // keep the order of the output
+  return write_all(file, text);
 }
 
 bool is_same_file(const std::string &a, const std::string &b) {
@@ -181,8 +174,8 @@ bool is_same_file(const std::string &a, const std::string &b) {
   const bool has_first = stat(a.c_str(), &first) == 0;
   if (has_first != (stat(b.c_str(), &second) == 0)) return false;
   if (has_first) {
-    const bool is_kept = S_ISCHR(first.st_mode);  // /dev/null can be written twice
-    return first.st_dev == second.st_dev && first.st_ino == second.st_ino && !is_kept;
+    const bool is_exempt = S_ISCHR(first.st_mode);  // /dev/null can be written to twice
+    return first.st_dev == second.st_dev && first.st_ino == second.st_ino && !is_exempt;
   }
   const auto full = [](const std::string &path) {
     std::error_code error;

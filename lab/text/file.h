@@ -9,10 +9,10 @@
 
 namespace lab {
 
-// No file that the lab reads is larger.
-constexpr std::size_t most_mebibytes = 64;
+// The size limit of a file that the lab reads.
+constexpr std::size_t max_mebibytes = 64;
 
-// An open file, which is closed with this record.
+// An open file. The destructor closes it.
 struct Descriptor {
   int number = -1;
 
@@ -28,23 +28,23 @@ struct Descriptor {
   bool close();
 };
 
-// The text of a file, of a pipe, or of standard input when the path is "-"; an error says why it
-// cannot be read. A device is refused: its reading may never end, or change it. Throws Interrupted.
+// Reads a file or a pipe; "-" is standard input. Refuses devices: reading one may never end, or may
+// have side effects. Throws Interrupted.
 std::string read_file(const std::string &path, InputErrors &errors);
 
-// --- these return what went wrong, else "", and throw Interrupted ---
+// --- functions that return an error message, "" on success, and throw Interrupted ---
 
-// Append what is left of an open file to a text.
+// Appends the rest of an open file to a text.
 std::string read_all(int file, std::string &text);
 std::string write_all(int file, std::string_view text);
 
-// Write a file whole: what stood there is replaced by all of the text, or stays as it is. Its mode
-// stays, and a symbolic link stays a link. A pipe, a device and /dev/stdout are written to.
+// Replaces the contents of a file: on failure they stay unchanged. Keeps the mode and follows
+// symbolic links. Writes directly to a pipe, a device or /dev/stdout.
 std::string write_file_atomically(const std::string &path, std::string_view text);
 
-// --- outputs ---
+// --- output paths ---
 
-// Would writing the one replace the other? They need not exist.
+// Returns true if writing one file would overwrite the other. They need not exist.
 bool is_same_file(const std::string &a, const std::string &b);
 
 }  // namespace lab

@@ -15,10 +15,10 @@
 namespace lab {
 namespace {
 
-// Of more names than these, only the nearest is printed.
-constexpr std::size_t most_names = 9;
+// A longer list of names is shortened.
+constexpr std::size_t max_names = 9;
 
-// How many letters must be changed, added, left out or swapped with the next.
+// Returns the edit distance: substitutions, insertions, deletions and swaps of adjacent characters.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector all(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
   for (std::size_t i = 0; i <= a.size(); ++i) {
@@ -37,14 +37,14 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return all.back().back();
 }
 
-// The number that a text begins with, which it loses, without leading zeros.
+// Removes the number at the start of a text and returns it without leading zeros.
 std::string_view take_number(std::string_view &text) {
   const std::string_view digits = text.substr(0, text.find_first_not_of("0123456789"));
   text.remove_prefix(digits.size());
   return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
 }
 
-// --- characters of UTF-8 ---
+// --- UTF-8 ---
 
 constexpr std::size_t longest_character = 4;
 constexpr ucs4_t byte_order_mark = 0xFEFF;
@@ -56,7 +56,7 @@ const uint8_t *bytes_of(std::string_view text) {
 
 struct Character {
   ucs4_t point;
-  std::size_t length;  // 0: there is none
+  std::size_t length;  // 0 if invalid
 };
 
 Character character_at(std::string_view text) {
@@ -128,7 +128,7 @@ std::string hash_text(std::string_view text) {
   return encoded;
 }
 
-ParsedRanges parse_ranges(std::string_view text, uint32_t most) {
+ParsedRanges parse_ranges(std::string_view text, uint32_t max) {
   ParsedRanges parsed;
   std::string rest(text);
   std::erase(rest, ' ');
@@ -137,16 +137,16 @@ ParsedRanges parse_ranges(std::string_view text, uint32_t most) {
     const auto first = parse_number(part.substr(0, dash));
     const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
     if (!first || !last) return {{}, RangeFault::no_list};
-    if (*first > most || *last > most) return {{}, RangeFault::too_great};
+    if (*first > max || *last > max) return {{}, RangeFault::out_of_range};
     if (*first > *last) return {{}, RangeFault::reversed};
     parsed.ranges.emplace_back(*first, *last);
   }
   return parsed;
 }
 
-std::string cut(std::string_view text, std::size_t most) {
-  if (text.size() <= most) return std::string(text);
-  return std::string(whole_characters(text, most)) + "...";
+std::string cut(std::string_view text, std::size_t max) {
+  if (text.size() <= max) return std::string(text);
+  return std::string(whole_characters(text, max)) + "...";
 }
 
 std::string log_line(std::string_view text) {
@@ -177,16 +177,16 @@ std::string one_of(const std::vector<std::string> &names) {
   return listed(names, " or ");
 }
 
-std::string one_of(const std::vector<std::string> &names, std::string_view given) {
+std::string one_of(const std::vector<std::string> &names, std::string_view found) {
   std::vector<std::string> ordered = names;
-  const std::string key = key_of(given.substr(0, 64));
-  const auto unlike = [&key](const std::string &name) { return distance(key_of(name), key); };
+  const std::string key = key_of(found.substr(0, 64));
+  const auto distance_to = [&key](const std::string &name) { return distance(key_of(name), key); };
   const auto nearest = std::min_element(
       ordered.begin(), ordered.end(),
-      [&](const std::string &a, const std::string &b) { return unlike(a) < unlike(b); });
-  const bool is_near = nearest != ordered.end() && unlike(*nearest) * 2 <= nearest->size();
+      [&](const std::string &a, const std::string &b) { return distance_to(a) < distance_to(b); });
+  const bool is_near = nearest != ordered.end() && distance_to(*nearest) * 2 <= nearest->size();
   if (is_near) std::rotate(ordered.begin(), nearest, nearest + 1);
-  if (ordered.size() <= most_names) return one_of(ordered);
+  if (ordered.size() <= max_names) return one_of(ordered);
   ordered.resize(is_near ? 1 : 4);
   return one_of(ordered) + ", or one of " + std::to_string(names.size() - ordered.size()) + " more";
 }
@@ -209,7 +209,7 @@ bool natural_less(std::string_view a, std::string_view b) {
     }
   }
   if (left.empty() != right.empty()) return left.empty();
-  return a < b;  // the same but for leading zeros
+  return a < b;  // equal except for leading zeros
 }
 
 std::vector<TabbedLine> read_tabbed(std::string_view text) {
@@ -223,7 +223,7 @@ std::vector<TabbedLine> read_tabbed(std::string_view text) {
   return lines;
 }
 
-// --- characters of UTF-8 ---
+// --- UTF-8 ---
 
 bool is_utf8(std::string_view text) {
   return u8_check(bytes_of(text), text.size()) == nullptr;
@@ -251,12 +251,12 @@ std::string_view whole_characters(std::string_view text, std::size_t bytes) {
   return text.substr(0, end);
 }
 
-std::size_t last_line_break(std::string_view text, std::size_t most) {
-  // Whether a line may break depends on the character behind the place, too.
-  text = whole_characters(text, most + longest_character);
+std::size_t last_line_break(std::string_view text, std::size_t max) {
+  // A break also depends on the character after it.
+  text = whole_characters(text, max + longest_character);
   std::vector<char> breaks(text.size());
   u8_possible_linebreaks(bytes_of(text), text.size(), "UTF-8", breaks.data());
-  std::size_t at = std::min(most, text.size());
+  std::size_t at = std::min(max, text.size());
   while (at > 0 && (at == text.size() || breaks[at] != UC_BREAK_POSSIBLE)) --at;
   return at;
 }
@@ -304,7 +304,7 @@ std::string visible(std::string_view text) {
 
 std::string place_in_text(std::string_view text, std::size_t at) {
   const std::string_view before = text.substr(0, at);
-  const std::string_view line = before.substr(before.rfind('\n') + 1);  // the only one: npos + 1
+  const std::string_view line = before.substr(before.rfind('\n') + 1);  // npos + 1 is 0
   const auto starts_character = [](char c) { return (c & 0xC0) != 0x80; };
   return fmt::format("line {}, column {}", 1 + std::count(before.begin(), before.end(), '\n'),
                      1 + std::count_if(line.begin(), line.end(), starts_character));

@@ -1,4 +1,4 @@
-// Text, numbers and bytes as people write and read them.
+// Parses and prints text, numbers and bytes.
 #pragma once
 
 #include <algorithm>
@@ -14,105 +14,99 @@ namespace lab {
 
 using Bytes = std::vector<uint8_t>;
 
-// "STP_MODE", "Edge Trunk Port" and "edge-trunk-port" in one spelling, the last.
+// Normalizes a name: "EDGE_TRUNK_PORT" and "Edge Trunk Port" become "edge-trunk-port".
 std::string key_of(std::string_view name);
 
 // --- numbers and bytes ---
 
-// Decimal, or hexadecimal behind 0x; nothing for anything else.
+// Parses a decimal number, or a hexadecimal one after 0x.
 std::optional<uint32_t> parse_number(std::string_view text);
 
 std::string hex(const Bytes &bytes);
 Bytes unhex(std::string_view text);  // an even number of hexadecimal digits
 
-// "0x1000".
-std::string port_text(uint32_t if_index);
+std::string port_text(uint32_t if_index);  // "0x1000"
 
-// The SHA-256 hash of a text, in Base64.
+// Returns the SHA-256 hash of a text in Base64.
 std::string hash_text(std::string_view text);
 
 // --- ranges of numbers ---
 
 using Ranges = std::vector<std::pair<uint32_t, uint32_t>>;
 
-// What is wrong with a text that should be a list of ranges.
-enum class RangeFault { none, no_list, reversed, too_great };
+enum class RangeFault { none, no_list, reversed, out_of_range };
 
 struct ParsedRanges {
-  Ranges ranges;  // in the order of the text; of no use with a fault
+  Ranges ranges;  // in the order of the text; empty with a fault
   RangeFault fault = RangeFault::none;
 };
 
-// "1-10,20" or "0x1000-0x1003,0x2000", numbers up to `most`; blanks are skipped.
-ParsedRanges parse_ranges(std::string_view text, uint32_t most);
+// Parses "1-10,20" or "0x1000-0x1003,0x2000", with numbers up to `max`. Skips blanks.
+ParsedRanges parse_ranges(std::string_view text, uint32_t max);
 
-// --- text from outside ---
+// --- untrusted text ---
 
-// A file's text without the mark that some editors put before it.
 std::string_view without_byte_order_mark(std::string_view text);
 
-// Has the text control characters, or bytes that are not UTF-8?
+// Returns true if the text has control characters or is not UTF-8.
 bool has_controls(std::string_view text);
 
-// A text in which each character that is not accepted stands as "\x1b", byte by byte.
+// Replaces each byte of the characters that are not accepted by an escape such as "\x1b".
 std::string escape(std::string_view text,
                    const std::function<bool(std::string_view character)> &is_accepted);
 
-// Text that any terminal and any JSON reader takes: what is not UTF-8, control characters, line
-// separators, and what turns the direction of writing are escaped.
+// Makes a text safe for terminals and JSON readers: escapes invalid UTF-8, control characters, line
+// separators, and characters that change the writing direction.
 std::string printable(std::string_view text);
-std::string printable_lines(std::string_view text);  // line feeds stay
+std::string printable_lines(std::string_view text);  // the same, but keeps line feeds
 
-// The same text where all of it can be seen; else in quotation marks, with what cannot be seen
-// escaped: blanks at the ends, other white space, and characters without a shape.
+// Returns the text in quotation marks, with invisible characters escaped, if it begins or ends with
+// a blank or has other white space or invisible characters; otherwise the text itself.
 std::string visible(std::string_view text);
 
-// A text without what is past so many bytes; "..." stands for it.
-std::string cut(std::string_view text, std::size_t most);
+// Truncates a text to so many bytes, and appends "..." if it was longer.
+std::string cut(std::string_view text, std::size_t max);
 
-// A line of an event history, without its line feed.
+// Returns a printable line of an event history without its line feed.
 std::string log_line(std::string_view text);
 
-// --- characters of UTF-8 ---
+// --- UTF-8 ---
 
 bool is_utf8(std::string_view text);
 
-// The character that a text begins with; its first byte where that is not UTF-8. The text is not
-// empty.
+// Returns the first character of a text that is not empty; its first byte if that is not UTF-8.
 std::string_view first_character(std::string_view text);
 
-// U+FFFD for a byte that is not UTF-8.
+// Returns U+FFFD for a byte that is not UTF-8.
 uint32_t code_point(std::string_view character);
 
-// The columns of a character on a terminal; less than 0: it cannot be shown.
+// Returns the width of a character on a terminal, -1 if it cannot be printed.
 int columns_of(std::string_view character);
 
-// The longest beginning of a text that ends between two characters and fits into some bytes.
+// Returns the longest prefix of at most `bytes` bytes that does not split a character.
 std::string_view whole_characters(std::string_view text, std::size_t bytes);
 
-// Where a line may end: the greatest number of bytes, more than 0 and at most `most`, after which a
-// line of this text may break; 0: there is none.
-std::size_t last_line_break(std::string_view text, std::size_t most);
+// Returns the last position, at most `max` bytes, where a line of this text may break; 0 if none.
+std::size_t last_line_break(std::string_view text, std::size_t max);
 
-// "line 3, column 1".
+// Returns "line 3, column 1" for the byte at a position.
 std::string place_in_text(std::string_view text, std::size_t at);
 
 // --- lists ---
 
-// "a,b," has three parts, the last of them empty; "" has one.
+// Splits "a,b," into three parts, the last of them empty; "" into one.
 std::vector<std::string_view> split(std::string_view text, char separator);
 std::string join(const std::vector<std::string> &parts, std::string_view separator = ", ");
 
-// A line of fields that tabs separate.
+// A line of tab-separated fields.
 struct TabbedLine {
   int number;  // from 1
   std::vector<std::string_view> fields;
 };
 
-// Lines that are empty or begin with # are passed over.
+// Skips empty lines and lines that begin with #.
 std::vector<TabbedLine> read_tabbed(std::string_view text);
 
-// A text for each item.
 template <class Items, class Describe>
 std::vector<std::string> describe_each(const Items &items, Describe describe) {
   std::vector<std::string> texts;
@@ -120,22 +114,22 @@ std::vector<std::string> describe_each(const Items &items, Describe describe) {
   return texts;
 }
 
-// "a, b and c"; "a, b or c".
+// Returns "a, b and c", or "a, b or c" for one_of().
 std::string listed(const std::vector<std::string> &names, const char *before_last = " and ");
 std::string one_of(const std::vector<std::string> &names);
 
-// The same, where `given` was found instead: what is most like it comes first, and of many names
-// only that one is printed, and how many others there are.
-std::string one_of(const std::vector<std::string> &names, std::string_view given);
+// The same for an unknown name `found`: the most similar name comes first. A long list is
+// shortened to that name and the number of the others.
+std::string one_of(const std::vector<std::string> &names, std::string_view found);
 
-// The first that matches; null when there is none.
+// Returns a pointer to the first match, or nullptr.
 template <class Items, class Match>
 auto find_in(const Items &all, Match match) {
   const auto found = std::find_if(std::begin(all), std::end(all), match);
   return found != std::end(all) ? &*found : nullptr;
 }
 
-// In the order that people expect of names with numbers: PortChannel2 before PortChannel10.
+// Orders names by the numbers in them: PortChannel2 before PortChannel10.
 bool natural_less(std::string_view a, std::string_view b);
 
 }  // namespace lab

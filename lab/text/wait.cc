@@ -13,16 +13,16 @@
 namespace lab {
 namespace {
 
-// Of an ordered end, in seconds.
-constexpr unsigned longest_end = 1;
-constexpr int status_of_interrupted = 2;
+// For an orderly exit, in seconds.
+constexpr unsigned exit_seconds = 1;
+constexpr int interrupted_status = 2;
 
 volatile std::sig_atomic_t stop_signal = 0;
 int signal_file = -1;
 
-void note_signal(int number) {
-  // A second signal does not put off the end.
-  if (stop_signal == 0) alarm(longest_end);
+void on_stop_signal(int number) {
+  // A second signal does not extend the time.
+  if (stop_signal == 0) alarm(exit_seconds);
   stop_signal = number;
   constexpr uint64_t one = 1;
   if (signal_file >= 0) {
@@ -30,32 +30,32 @@ void note_signal(int number) {
   }
 }
 
-// Only what a signal handler may call. Standard error can be a pipe that nobody reads, too.
-void end_now(int) {
+// A signal handler: only async-signal-safe calls. Standard error may be a full pipe, too.
+void on_alarm(int) {
   constexpr char text[] = "mcec-lab: interrupted\n";
   pollfd error = {STDERR_FILENO, POLLOUT, 0};
   if (poll(&error, 1, 0) == 1 && (error.revents & POLLOUT) != 0) {
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, sizeof text - 1);
   }
-  _exit(status_of_interrupted);
+  _exit(interrupted_status);
 }
 
-void handle(int number, void (*handler)(int)) {
+void set_handler(int number, void (*handler)(int)) {
   struct sigaction action {};
-  action.sa_handler = handler;  // no SA_RESTART: what waits returns
+  action.sa_handler = handler;  // without SA_RESTART, so that system calls return EINTR
   sigaction(number, &action, nullptr);
 }
 
 }  // namespace
 
 void stop_on_signals() {
-  handle(SIGALRM, end_now);
-  handle(SIGINT, note_signal);
-  handle(SIGTERM, note_signal);
-  // nohup starts a program with SIGHUP ignored.
+  set_handler(SIGALRM, on_alarm);
+  set_handler(SIGINT, on_stop_signal);
+  set_handler(SIGTERM, on_stop_signal);
+  // Under nohup, SIGHUP stays ignored.
   struct sigaction hang_up {};
   if (sigaction(SIGHUP, nullptr, &hang_up) == 0 && hang_up.sa_handler != SIG_IGN) {
-    handle(SIGHUP, note_signal);
+    set_handler(SIGHUP, on_stop_signal);
   }
 }
 
@@ -65,11 +65,11 @@ bool interrupted() {
 
 int stop_signal_file() {
   if (signal_file < 0) signal_file = eventfd(stop_signal != 0 ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (signal_file < 0) throw std::system_error(errno, std::generic_category(), "no event file");
+  if (signal_file < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
   return signal_file;
 }
 
-void leave_signals_to_the_lab() {
+void reset_child_signals() {
   alarm(0);
   std::signal(SIGALRM, SIG_DFL);
   std::signal(SIGINT, SIG_IGN);
@@ -86,14 +86,14 @@ void wait(std::vector<pollfd> &files, TimePoint until) {
   const auto left = std::clamp<Clock::duration>(until - Clock::now(), 0s, 24h);
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
   const timespec time{seconds.count(), std::chrono::nanoseconds(left - seconds).count()};
-  // A signal that comes between the question and the waiting must end the waiting.
-  sigset_t stopping;
-  sigemptyset(&stopping);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stopping, signal);
-  sigset_t usual;
-  sigprocmask(SIG_BLOCK, &stopping, &usual);
-  if (!interrupted()) ppoll(files.data(), files.size(), &time, &usual);
-  sigprocmask(SIG_SETMASK, &usual, nullptr);
+  // Block the signals until ppoll(), so that none is missed after the check of interrupted().
+  sigset_t stop_signals;
+  sigemptyset(&stop_signals);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stop_signals, signal);
+  sigset_t original;
+  sigprocmask(SIG_BLOCK, &stop_signals, &original);
+  if (!interrupted()) ppoll(files.data(), files.size(), &time, &original);
+  sigprocmask(SIG_SETMASK, &original, nullptr);
   if (interrupted()) throw Interrupted{};
 }
 

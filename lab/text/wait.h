@@ -1,4 +1,4 @@
-// Waiting with a deadline, which the signals that ask the lab to stop end.
+// Waits with deadlines, which the signals that stop the lab interrupt.
 #pragma once
 
 #include <poll.h>
@@ -11,26 +11,28 @@ namespace lab {
 using Clock = std::chrono::steady_clock;
 using TimePoint = Clock::time_point;
 
-// Thrown where the lab waits, when a signal asks it to stop.
+// Thrown by functions that wait, when a signal stops the lab.
 struct Interrupted {};
 
-// Let SIGINT, SIGTERM and SIGHUP end the lab in order: what waits throws Interrupted. What cannot
-// be interrupted, as a parser, or a write to a pipe that nobody reads, has a second, then the
-// process ends.
+// Makes SIGINT, SIGTERM and SIGHUP stop the lab: functions that wait throw Interrupted. Code that
+// cannot be interrupted (a parser, a blocked write to a pipe) has one second, then the process
+// exits.
 void stop_on_signals();
+
+// Returns true after one of these signals.
 bool interrupted();
 
-// A file that is ready when a signal has asked the lab to stop. Throws std::system_error.
+// Returns a descriptor that becomes readable when a signal stops the lab. Throws std::system_error.
 int stop_signal_file();
 
-// For the processes that the lab starts: they are stopped by the lab alone, also when a signal came
-// while they were being made.
-void leave_signals_to_the_lab();
+// Resets the signal handling in a child process: only the lab stops its children. Discards a signal
+// that arrived during fork().
+void reset_child_signals();
 
-// Until one of the files is ready, or a time point is reached. Throws Interrupted.
+// Waits until one of the files is ready or the deadline passes. Throws Interrupted.
 void wait(std::vector<pollfd> &files, TimePoint until);
 
-// Until a file is ready: POLLIN or POLLOUT. Throws Interrupted.
+// Waits until a file is ready for POLLIN or POLLOUT. Throws Interrupted.
 void wait_for(int file, short event);
 
 }  // namespace lab

@@ -19,21 +19,21 @@ std::string describe(const YAML::Node &node) {
   return "'" + scalar_text(node) + "'";
 }
 
-// A key of a mapping as text; keys that are no scalars are called by what they are.
+// Returns a key of a mapping as text, and a description of a key that is not a scalar.
 std::string key_text(const YAML::Node &key) {
   return key.IsScalar() ? key.Scalar() : describe(key);
 }
 
-// "{vlans: 1,2}" is a key 'vlans' and a key '2' without a value.
-bool is_torn_list(const std::string &key, const YAML::Node &value) {
+// Detects the key '2' without a value in "{vlans: 1,2}".
+bool is_split_list(const std::string &key, const YAML::Node &value) {
   return value.IsNull() && parse_ranges(key, UINT32_MAX).fault == RangeFault::none;
 }
 
 constexpr char no_merge_keys[] =
-    "the keys themselves, or an alias for the whole mapping: merge keys are not taken";
+    "the keys themselves, or an alias for the whole mapping: merge keys are not supported";
 
-// Notes where a document begins.
-struct DocumentPlace : YAML::EventHandler {
+// Records where a document begins.
+struct DocumentStart : YAML::EventHandler {
   using Style = YAML::EmitterStyle::value;
   YAML::Mark mark = YAML::Mark::null_mark();
 
@@ -49,23 +49,23 @@ struct DocumentPlace : YAML::EventHandler {
   void OnMapEnd() override {}
 };
 
-// Where the first two documents of a text begin, as far as there are any. YAML::LoadAll is of no
-// use: before a comma that stands outside of all lists it finds empty documents without end.
-std::array<DocumentPlace, 2> documents_of(const std::string &text) {
+// Finds the first two documents of a text. YAML::LoadAll never returns for a text with a comma
+// outside of all lists: it finds empty documents without end.
+std::array<DocumentStart, 2> find_documents(const std::string &text) {
   std::istringstream stream(text);
   YAML::Parser parser(stream);
-  std::array<DocumentPlace, 2> places;
-  if (parser.HandleNextDocument(places[0])) parser.HandleNextDocument(places[1]);
-  return places;
+  std::array<DocumentStart, 2> starts;
+  if (parser.HandleNextDocument(starts[0])) parser.HandleNextDocument(starts[1]);
+  return starts;
 }
 
-// What a person can do about YAML that cannot be read. Behind a colon the parser quotes the file,
-// which may be none of ours.
-InputError no_yaml(const std::string &text, const YAML::Exception &problem,
-                   const std::string &what) {
+// Describes a syntax error. Omits the text after a colon: there the parser quotes the file, which
+// may contain secrets.
+InputError syntax_error(const std::string &text, const YAML::Exception &problem,
+                        const std::string &what) {
   const YAML::Mark &mark = problem.mark;
   InputError error{std::max(mark.line, 0) + 1, std::max(mark.column, 0) + 1, "",
-                   "no YAML here: " + problem.msg.substr(0, problem.msg.find(':')),
+                   "invalid YAML: " + problem.msg.substr(0, problem.msg.find(':')),
                    what + " in YAML"};
   std::istringstream lines(text);
   std::string line;
@@ -73,7 +73,7 @@ InputError no_yaml(const std::string &text, const YAML::Exception &problem,
     const std::size_t indent = line.find_first_not_of(" \t");
     const std::size_t tab = line.find('\t');
     if (tab != line.npos && (indent == line.npos || tab < indent) && number + 1 >= error.line) {
-      return {number, int(tab) + 1, "", "found a tab in the indentation", "blanks"};
+      return {number, int(tab) + 1, "", "found a tab in the indentation", "spaces"};
     }
   }
   return error;
@@ -108,8 +108,8 @@ bool Reader::entries(const YAML::Node &node, const std::string &what,
       add_error(pair.first, "found '" + printable(key) + "' twice", "each key once");
     } else if (key == "<<") {
       add_error(pair.first, "found '<<'", no_merge_keys);
-    } else if (is_torn_list(key, pair.second) && seen.size() > 1) {
-      add_error(pair.first, "found '" + printable(key) + "' behind a comma",
+    } else if (is_split_list(key, pair.second) && seen.size() > 1) {
+      add_error(pair.first, "found '" + printable(key) + "' after a comma",
                 "a list of numbers in quotation marks: \"1,2\"");
     } else {
       each(pair.first, pair.second);
@@ -131,7 +131,7 @@ bool Reader::mapping(const YAML::Node &node, const std::string &what,
 
 bool Reader::required(const YAML::Node &node, const char *key, const std::string &what) {
   if (node[key].IsDefined()) return true;
-  add_error(node, what + " without '" + key + "'", "it there");
+  add_error(node, "missing key '" + std::string(key) + "' in " + what);
   return false;
 }
 
@@ -168,13 +168,13 @@ bool Reader::boolean(const YAML::Node &node, const std::string &what) {
   return value;
 }
 
-uint32_t Reader::number(const YAML::Node &node, const std::string &what, uint32_t least,
-                        uint32_t most) {
+uint32_t Reader::number(const YAML::Node &node, const std::string &what, uint32_t min,
+                        uint32_t max) {
   const auto value = node.IsScalar() ? parse_number(node.Scalar()) : std::nullopt;
-  if (value && *value >= least && *value <= most) return *value;
-  expected(node, what + ": a number from " + std::to_string(least) + " to " + std::to_string(most) +
+  if (value && *value >= min && *value <= max) return *value;
+  expected(node, what + ": a number from " + std::to_string(min) + " to " + std::to_string(max) +
                      " (decimal, or 0x...)");
-  return least;
+  return min;
 }
 
 uint32_t Reader::word(const YAML::Node &node, const std::string &what, const Words &words,
@@ -195,10 +195,10 @@ uint32_t Reader::word(const YAML::Node &node, const std::string &what, const Wor
   return 0;
 }
 
-Ranges Reader::ranges(const YAML::Node &node, const std::string &what, uint32_t most,
+Ranges Reader::ranges(const YAML::Node &node, const std::string &what, uint32_t max,
                       const std::string &example) {
   ParsedRanges parsed{{}, RangeFault::no_list};
-  if (node.IsScalar()) parsed = parse_ranges(node.Scalar(), most);
+  if (node.IsScalar()) parsed = parse_ranges(node.Scalar(), max);
   const bool is_reversed = parsed.fault == RangeFault::reversed;
   if (parsed.fault != RangeFault::none) {
     expected(node, what + (is_reversed ? ": each range from the lower number to the higher" : "") +
@@ -219,7 +219,7 @@ Bytes Reader::bytes(const YAML::Node &node, const std::string &what) {
 void read_yaml(const std::string &text, const std::string &what, Reader &reader,
                const std::function<void(const YAML::Node &)> &read, YamlRoot expected) {
   try {
-    const auto [first, second] = documents_of(text);
+    const auto [first, second] = find_documents(text);
     if (first.mark.is_null()) {
       reader.errors.push_back({1, 1, "", "the file is empty", what + " in YAML"});
     } else {
@@ -228,7 +228,7 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
       if (is_list ? root.IsSequence() : root.IsMap()) {
         read(root);
       } else {
-        // Not a file of ours: what it contains may be a secret.
+        // Do not quote the contents of a wrong file: they may be secret.
         const std::string wanted = is_list ? "list" : "mapping";
         const bool is_scalar = !root.IsSequence() && !root.IsMap();
         reader.add_error(root, "found " + (is_scalar ? "no " + wanted : describe(root)),
@@ -237,15 +237,15 @@ void read_yaml(const std::string &text, const std::string &what, Reader &reader,
     }
     if (!second.mark.is_null()) {
       reader.errors.push_back({second.mark.line + 1, second.mark.column + 1, "",
-                               "a second document begins here", "one in a file"});
+                               "found a second document", "one document"});
     }
   } catch (const YAML::Exception &problem) {
-    reader.errors.push_back(no_yaml(text, problem, what));
+    reader.errors.push_back(syntax_error(text, problem, what));
   }
 }
 
-// In quotation marks, since YAML takes some texts for numbers, truth or nothing. What no terminal
-// should see is escaped. YAML reads what JSON writes.
+// Quotes the text, as YAML parses some unquoted texts as numbers, booleans or null. Escapes
+// characters that are not printable.
 std::string yaml_text(std::string_view text) {
   std::string out = "\"";
   while (!text.empty()) {

@@ -1,5 +1,5 @@
-// Reading YAML for people: whatever is not as it must be becomes an error with its place, and
-// reading goes on, so that all errors of a file are reported at once.
+// Reads YAML. Each error has its place, and reading continues after it, so that all errors of a
+// file are reported at once.
 #pragma once
 
 #include <yaml-cpp/yaml.h>
@@ -15,11 +15,11 @@
 
 namespace lab {
 
-// Words and the numbers that they stand for.
+// Words and the numbers that they represent.
 using Words = std::map<std::string, uint32_t>;
 
-// What a reading function is given as `what` names the thing in an error; what it returns after a
-// error is of no use but harmless.
+// `what` names the expected value in error messages. After an error, a function returns a harmless
+// value, such as an empty text.
 struct Reader {
   InputErrors errors;
 
@@ -28,58 +28,57 @@ struct Reader {
   void add_error(const YAML::Node &node, const std::string &found,
                  const std::string &expected = "");
 
-  // The node itself is what was found.
+  // The same, with a description of the node as what was found.
   void expected(const YAML::Node &node, const std::string &what);
 
   // --- mappings ---
 
-  // A mapping with these keys only, each once. Returns false when it is no mapping.
+  // Checks for a mapping with these keys only, each once. Returns false if it is not a mapping.
   bool mapping(const YAML::Node &node, const std::string &what,
                const std::vector<std::string> &allowed);
 
-  // A mapping with keys of another kind, each once, by its text; each(key, value).
+  // Calls each(key, value) for the entries of a mapping with unique keys. Returns false if it is
+  // not a mapping.
   bool entries(const YAML::Node &node, const std::string &what,
                const std::function<void(const YAML::Node &, const YAML::Node &)> &each);
 
-  // A key that must be there.
+  // Checks that a mapping has a key.
   bool required(const YAML::Node &node, const char *key, const std::string &what);
 
-  // A list; false when it is none.
+  // Returns false if the node is not a list.
   bool sequence(const YAML::Node &node, const std::string &what);
 
   // --- scalars ---
 
-  // For people: what no terminal should see is escaped.
+  // Returns a text for output, with unprintable characters except line feeds escaped.
   std::string text(const YAML::Node &node, const std::string &what);
 
-  // A text as it is, in UTF-8.
+  // Returns an unchanged text in UTF-8.
   std::string verbatim(const YAML::Node &node, const std::string &what);
 
-  // The same without control characters.
+  // The same, but refuses control characters.
   std::string name(const YAML::Node &node, const std::string &what);
 
   bool boolean(const YAML::Node &node, const std::string &what);
 
-  uint32_t number(const YAML::Node &node, const std::string &what, uint32_t least = 0,
-                  uint32_t most = UINT32_MAX);
+  uint32_t number(const YAML::Node &node, const std::string &what, uint32_t min = 0,
+                  uint32_t max = UINT32_MAX);
 
-  // One of some words, or, where numbers are allowed too, any number.
+  // Reads one of the words, or any number if `numbers` is set.
   uint32_t word(const YAML::Node &node, const std::string &what, const Words &words,
                 bool numbers = true);
 
-  // Numbers in ranges, "1-10,20", each range the right way round and up to `most`.
-  Ranges ranges(const YAML::Node &node, const std::string &what, uint32_t most,
+  // Reads ranges of numbers up to `max`: "1-10,20".
+  Ranges ranges(const YAML::Node &node, const std::string &what, uint32_t max,
                 const std::string &example);
 
   Bytes bytes(const YAML::Node &node, const std::string &what);
 };
 
-// A scalar as text that can be shown; "" of anything else.
+// Returns a scalar as printable text, "" for any other node.
 std::string scalar_text(const YAML::Node &node);
 
-// --- mappings that are read by a table ---
-
-// Each entry of a list, if there is one.
+// Reads each entry of an optional list.
 template <class Read>
 void read_list(Reader &reader, const YAML::Node &node, const std::string &what, Read read) {
   if (!node || !reader.sequence(node, what)) return;
@@ -88,20 +87,20 @@ void read_list(Reader &reader, const YAML::Node &node, const std::string &what, 
 
 // --- writing ---
 
-// A text as YAML takes it for a text, in quotation marks.
+// Returns a text as a YAML string in quotation marks.
 std::string yaml_text(std::string_view text);
 
 // --- files ---
 
 enum class YamlRoot { mapping, list };
 
-// The one document of a YAML text, a mapping, read with `read`; whatever keeps it from being read
-// becomes an error. `what` names what should be there: "a scenario".
+// Parses a YAML text with one document, and calls `read` with its root. `what` names the expected
+// document in errors: "a scenario".
 void read_yaml(const std::string &text, const std::string &what, Reader &reader,
                const std::function<void(const YAML::Node &)> &read,
                YamlRoot expected = YamlRoot::mapping);
 
-// In the order of their places, each once.
+// Sorts the errors by line and removes duplicates.
 void sort_errors(InputErrors &errors);
 
 }  // namespace lab
