@@ -296,10 +296,11 @@ std::vector<InconsistentPort> find_inconsistent_ports(
     if (array == spoken) continue;
     const std::vector<Entry> its = entries_of(array);
     std::set<uint16_t> types;
-    for (const auto &[entries, other] : {std::pair(&own, &its), std::pair(&its, &own)}) {
-      for (const Entry &entry : *entries) {
-        if (std::ranges::count(*other, entry) == 0) types.insert(entry.type);
-      }
+    for (const Entry &entry : own) {
+      if (std::ranges::count(its, entry) == 0) types.insert(entry.type);
+    }
+    for (const Entry &entry : its) {
+      if (std::ranges::count(own, entry) == 0) types.insert(entry.type);
     }
     inconsistent.push_back({port.name, {types.begin(), types.end()}});
   }

@@ -75,7 +75,7 @@ Bytes read_attribute(Reader &reader, const YAML::Node &node, const AttributeKey 
 
 // A command by its name or its identifier.
 uint32_t read_id(Reader &reader, const YAML::Node &value) {
-  const std::string given = value.IsScalar() ? value.Scalar() : "";
+  const std::string given = scalar_text(value);
   if (const CommandInfo *known = find_command(std::string_view(given))) return known->id;
   const auto id = parse_number(given);
   if (!id) {
@@ -91,17 +91,16 @@ std::string command_text(uint32_t id) {
 
 void add_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &key,
                    Command &command) {
-  std::vector<std::string> takers;
-  for (const auto &[taker, attribute] : key.commands) {
-    if (taker == command.id) {
-      command.attributes.push_back({attribute, read_attribute(reader, node, key)});
-      return;
-    }
-    takers.push_back(command_text(taker));
+  for (const auto &[id, attribute] : key.commands) {
+    if (id != command.id) continue;
+    command.attributes.push_back({attribute, read_attribute(reader, node, key)});
+    return;
   }
   if (command.id == 0) return;  // the command itself is an error
+  const std::vector<std::string> names =
+      describe_each(key.commands, [](const auto &row) { return command_text(row.first); });
   reader.add_error(node, "'" + key.key + "' does not belong to " + command_text(command.id),
-                   "it with " + one_of(takers) + " only");
+                   "it with " + one_of(names) + " only");
 }
 
 std::vector<Attribute> read_raw_attributes(Reader &reader, const YAML::Node &node) {

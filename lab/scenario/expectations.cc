@@ -22,7 +22,7 @@ namespace {
 // --- reading ---
 
 uint32_t read_code(StepReader &reader, const YAML::Node &node) {
-  const std::string given = node.IsScalar() ? node.Scalar() : "";
+  const std::string given = scalar_text(node);
   const auto code = find_result(given);
   if (!code) {
     reader.expected(node, "a result: " + one_of(result_keys(), given) + ", or a number");
@@ -97,8 +97,7 @@ std::vector<Expected> read_channels_verdicts(StepReader &reader, const YAML::Nod
   std::vector<Expected> all;
   read_mapping(reader, node, "channels and verdicts, for instance {10: agree}",
                [&](const YAML::Node &key, const YAML::Node &value) {
-                 const std::string given = key.IsScalar() ? key.Scalar() : "";
-                 all.push_back({.subject = read_channel_name(reader, key, given),
+                 all.push_back({.subject = read_channel_name(reader, key, scalar_text(key)),
                                 .value = CheckCode{read_code(reader, value)}});
                });
   return all;

@@ -101,7 +101,7 @@ std::string read_channel_name(StepReader &reader, const YAML::Node &node,
       names.insert(is_number ? channel.name.substr(channel_word.size()) : channel.name);
     }
   }
-  reader.add_error(node, "found channel '" + printable(given) + "'",
+  reader.add_error(node, "found channel '" + given + "'",
                    names.empty() ? "a channel, but no port belongs to one"
                                  : "a channel of one of the switches: " +
                                        one_of({names.begin(), names.end()}, given));

@@ -64,7 +64,7 @@ template <class Asked>
 void read_scopes(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
   const std::string what = "what to " + step.action;
   if (scalar_text(value) == "switch") return ask_both(step, Asked{});
-  if (!value.IsScalar() || value.Scalar().empty()) {
+  if (scalar_text(value).empty()) {
     return reader.expected(value, what + ": switch, or ports");
   }
   ask_ports(step, read_ports(reader, value, what + " (switch, or ports)"), Asked{});
@@ -95,7 +95,7 @@ void read_rebuild(StepReader &reader, const YAML::Node &node, const YAML::Node &
 
 void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
   Check check;
-  const std::string given = value.IsScalar() ? value.Scalar() : "";
+  const std::string given = scalar_text(value);
   const std::string what = "what to check: all, switch, channel and its number or name, or ports";
   const bool is_of_channel = given.starts_with(channel_word);
   if (given == "switch") {
@@ -192,8 +192,8 @@ const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::No
     }
   }
   if (kind != nullptr) return kind;
-  std::vector<std::string> actions;
-  for (const StepKind &known : step_kinds()) actions.push_back(known.action);
+  const std::vector<std::string> actions =
+      describe_each(step_kinds(), [](const StepKind &known) { return known.action; });
   if (!other) {
     reader.expected(node, "a step with one of " + one_of(actions));
   } else {

@@ -19,9 +19,7 @@ Domain read_domain(Reader &reader, const YAML::Node &node) {
 }
 
 std::vector<std::string> timer_keys() {
-  std::vector<std::string> keys;
-  for (const TimerDefault &timer : timer_defaults) keys.emplace_back(timer.name);
-  return keys;
+  return describe_each(timer_defaults, [](const TimerDefault &timer) { return timer.name; });
 }
 
 // The timers among the keys of a mapping.
@@ -98,7 +96,7 @@ Settings read_source(Reader &reader, const YAML::Node &node, std::size_t side,
 }  // namespace
 
 const Parameter *read_parameter_name(Reader &reader, const YAML::Node &node) {
-  const std::string given = node.IsScalar() ? node.Scalar() : "";
+  const std::string given = scalar_text(node);
   const Parameter *known = find_parameter(std::string_view(given));
   if (known == nullptr) reader.expected(node, "a parameter: " + one_of(parameter_keys(), given));
   return known;

@@ -34,9 +34,8 @@ std::string library_text(uint16_t type, const Bytes &value) {
 }
 
 std::string describe_words(const Words &words) {
-  std::vector<std::string> texts;
-  for (const auto &[key, value] : words) texts.push_back(fmt::format("{} ({})", key, value));
-  return join(texts);
+  return join(describe_each(
+      words, [](const auto &word) { return fmt::format("{} ({})", word.first, word.second); }));
 }
 
 // --- reading and writing, where it takes more than a line ---
