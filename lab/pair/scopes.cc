@@ -38,7 +38,7 @@ std::vector<PairScope> find_scopes(const PairOfSettings &pair) {
   }
   std::vector<PairScope> scopes = {PairScope{}};
   for (auto &[name, ends] : channels) {
-    // A switch without the channel looks at the other's array as if it came from that port.
+    // A switch without the channel checks the peer's array under the index of the peer's port.
     for (std::size_t which = 0; which < ends.size(); ++which) {
       if (!ends[which].present) ends[which].port = ends[1 - which].port;
     }

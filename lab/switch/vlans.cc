@@ -99,7 +99,7 @@ std::map<uint32_t, Vlans> instances_of(const Bytes &map) {
 }
 
 std::string region_digest(const Bytes &map) {
-  // The standard's key, the same in every bridge: the digest is a checksum, not a secret.
+  // The standard's key is the same in every bridge: the digest is a checksum, not a secret.
   static constexpr uint8_t key[] = {0x13, 0xAC, 0x06, 0xA6, 0x2E, 0x47, 0xFD, 0x51,
                                     0xF9, 0x5D, 0x2B, 0xA2, 0x43, 0xCD, 0x03, 0x46};
   Bytes table = map;
