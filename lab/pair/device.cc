@@ -32,8 +32,6 @@ using Message = std::unique_ptr<void, FreeMessage>;
 // otherwise, so that the lab's own calls of the platform do not fail.
 struct LibraryCall {
   LibraryCall() { standin_suspend_failures(0); }
-  LibraryCall(const LibraryCall &) = delete;
-  LibraryCall &operator=(const LibraryCall &) = delete;
   ~LibraryCall() { standin_suspend_failures(1); }
 };
 

@@ -175,14 +175,12 @@ const std::vector<StepKind> &step_kinds() {
 // Returns the kind of a step and sets `value` to the value of its action; nullptr after an error.
 const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::Node &value) {
   const StepKind *kind = nullptr;
-  std::optional<std::string> other;
   for (const auto &pair : node.IsMap() ? node : YAML::Node(YAML::NodeType::Map)) {
     const std::string key = scalar_text(pair.first);
     const StepKind *known =
         find_in(step_kinds(), [&](const StepKind &one) { return one.action == key; });
-    if (known == nullptr) {
-      if (!other) other = key;
-    } else if (kind == nullptr) {
+    if (known == nullptr) continue;
+    if (kind == nullptr) {
       kind = known;
       value.reset(pair.second);
     } else if (kind != known) {
@@ -194,11 +192,12 @@ const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::No
   if (kind != nullptr) return kind;
   const std::vector<std::string> actions =
       describe_each(step_kinds(), [](const StepKind &known) { return known.action; });
-  if (!other) {
+  if (!node.IsMap() || node.size() == 0) {
     reader.expected(node, "a step with one of " + one_of(actions));
   } else {
-    reader.add_error(node, "found a step with '" + *other + "'",
-                     "a step with one of " + one_of(actions, *other));
+    const std::string key = scalar_text(node.begin()->first);
+    reader.add_error(node, "found a step with '" + key + "'",
+                     "a step with one of " + one_of(actions, key));
   }
   return nullptr;
 }
