@@ -82,7 +82,7 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "- export: Po7\n- check: channel Po9\n"
        "- {on: left, update: {mst-region-name: a-name-that-is-longer-than-a-name-is, "
        "gbl-port-type: {bytes: zz}}}\n"
-       "- {check: switch, export: switch}\n",
+       "- {check: switch, export: switch}\n- {delete: \"x,\"}\n",
        "2:57: found Po1 and x with the index 0x1000; expected a unique index for each port\n"
        "3:19: a group of ports with 'ports' and 'port'; expected indexes under 'ports', or a name "
        "under 'port'\n"
@@ -98,7 +98,9 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "8:101: found 'zz'; expected a value: bytes in hexadecimal, for instance 00 00 00 05\n"
        "9:19: found 'export' together with 'check'; expected one action in a step\n"
        "9:19: unknown key 'export' in a 'check' step; expected expect, check, note or "
-       "twin-vlans\n"},
+       "twin-vlans\n"
+       "10:12: found ''; expected what to delete (switch, or ports): port indexes, for instance "
+       "0x1000-0x1003,0x2000, or names: x\n"},
       {"switches:\n  left: {parameters: {mst-region-name: \"a\\0\"}, "
        "ports: [{port: \"b\\x1B\"}]}\nsteps: [{check: switch}]\n",
        "2:63: found 'b\\x1b'; expected the name of a port without control characters\n"

@@ -19,6 +19,7 @@ const Port *find_port(const Settings &settings, uint32_t index) {
 }
 
 const Port *find_port(const Settings &settings, std::string_view name) {
+  if (name.empty()) return nullptr;  // the name of every port that has only an index
   return find_in(settings.ports, [=](const Port &port) { return port.name == name; });
 }
 
