@@ -64,11 +64,7 @@ const std::vector<AttributeKey> &attribute_keys() {
 }
 
 Bytes read_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &key) {
-  if (key.words.empty()) {
-    read_vlan_list(reader, node, key.key);
-    // The library gets the ranges as they are written, not merged.
-    return range_list(parse_vlans(scalar_text(node)).ranges, 2);
-  }
+  if (key.words.empty()) return range_list(read_vlan_ranges(reader, node, key.key), 2);
   const uint32_t word = reader.word(node, key.key, key.words, !key.is_flag);
   return key.is_flag ? Bytes{} : host_words({word});
 }
@@ -125,12 +121,12 @@ std::vector<Attribute> read_raw_attributes(Reader &reader, const YAML::Node &nod
 std::array<Attribute, 2> read_port_ranges(StepReader &reader, const YAML::Node &node) {
   const std::vector<PortOfPair> ports = read_ports(reader, node, "ports");
   const ParsedRanges written = parse_ranges(scalar_text(node), UINT32_MAX);
+  const bool has_names = written.fault != RangeFault::none;
   std::array<Attribute, 2> attributes;
   for (std::size_t side = 0; side < attributes.size(); ++side) {
     Ranges ranges = written.ranges;
     for (const PortOfPair &port : ports) {
-      const auto index = written.fault != RangeFault::none ? port[side] : std::nullopt;
-      if (index) ranges.emplace_back(*index, *index);
+      if (has_names && port[side]) ranges.emplace_back(*port[side], *port[side]);
     }
     attributes[side] = {STP_MCEC_ATTR_IFINDEX, range_list(ranges, 4)};
   }

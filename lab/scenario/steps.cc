@@ -64,9 +64,6 @@ template <class Op>
 void read_scopes(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
   const std::string what = "what to " + step.action;
   if (scalar_text(value) == "switch") return add_to_both(step, Op{});
-  if (scalar_text(value).empty()) {
-    return reader.expected(value, what + ": switch, or ports");
-  }
   add_to_ports(step, read_ports(reader, value, what + " (switch, or ports)"), Op{});
 }
 
@@ -102,8 +99,6 @@ void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &va
     check.scopes = {PairScope{}};
   } else if (given == "all" || is_of_channel) {
     check.scopes = reader.scopes;
-  } else if (given.empty()) {
-    reader.expected(value, what);
   } else {
     for (const PortOfPair &port : read_ports(reader, value, what)) {
       check.scopes.push_back(scope_of(port, reader.now));

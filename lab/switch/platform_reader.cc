@@ -20,11 +20,12 @@ struct ChannelRef {
 };
 
 ChannelRef read_channel(Reader &reader, const YAML::Node &node) {
-  const std::string text = reader.name(node, "a channel: its number or its name");
+  const std::string what = "a channel: its number or its name";
+  const std::string text = reader.name(node, what);
   const auto number = parse_number(text);
   if (number) return {*number != 0 ? "channel " + std::to_string(*number) : "", *number};
   if (text.empty() || printable(text) != text) {
-    reader.expected(node, "a channel: its number or its name");
+    reader.expected(node, what);
   }
   return {printable(text), 0};
 }

@@ -23,16 +23,16 @@ constexpr uint32_t vlan_count = 4096;
 // A set of VLANs, 0 to 4095.
 using Vlans = std::bitset<vlan_count>;
 
-// Parses a list of ranges of VLANs. "none" and "" are empty lists.
-ParsedRanges parse_vlans(std::string_view text);
-
+// Convert from valid ranges of VLANs, and to ascending ranges.
 Vlans vlans_of(const Ranges &ranges);
 Ranges ranges_of(const Vlans &vlans);
 
 // Returns "1-10,20", or "" for the empty set.
 std::string vlan_text(const Vlans &vlans);
 
-// Read and format a list of VLANs in YAML.
+// Read and format a list of VLANs in YAML. "none" and "" are empty lists. Ranges are in the order of
+// the list, and may overlap.
+Ranges read_vlan_ranges(Reader &reader, const YAML::Node &node, const std::string &what);
 Vlans read_vlan_list(Reader &reader, const YAML::Node &node, const std::string &what);
 std::string write_vlan_list(const Vlans &vlans);
 
