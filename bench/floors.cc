@@ -71,7 +71,7 @@ uint32_t first_word(const void *value) {
   return __builtin_bswap32(network);
 }
 
-// Compare the parameters of a set of types, a bit for each.
+// Compares the parameters whose types are in a bit set.
 bool compare(const void *local, const void *remote, uint32_t types) {
   uint32_t cursor = 0;
   for (uint32_t left = tlv_aligned_array_get_num_tlvs(local, 1); left > 0; --left) {
@@ -124,7 +124,7 @@ uint32_t check_floor(const void *local, const void *remote, uint32_t mode) {
   constexpr uint32_t in_mst = 7U << 3 | 1U << 9 | 1U << 12;
   constexpr uint32_t in_rapid_pvst = 1U << 2;
   const bool is_mst = mode == STP_MCEC_STP_MODE_MST;
-  const char *const of_mode =
+  const char *const function =
       is_mst ? "stp_mcec_mst_type1_cfg_compat_check" : "stp_mcec_pvrst_type1_cfg_compat_check";
   constexpr const char *common = "stp_mcec_type1_cfg_compat_check_common";
   line("%s(%d): Regular Interface type-1 compat check\n", "stp_mcec_type1_cfg_compat_check", 14);
@@ -133,11 +133,11 @@ uint32_t check_floor(const void *local, const void *remote, uint32_t mode) {
   line("%s(%d): current STP mode %s\n", common, 42, is_mst ? "MST" : "Rapid-PVST");
   if (!compare(local, remote, in_every_mode)) return 1;
   line(is_mst ? "%s(%d): MST type-1 compat check\n" : "%s(%d): PVRST type-1 compat check\n",
-       of_mode, 10);
+       function, 10);
   if (!compare(local, remote, is_mst ? in_mst : in_rapid_pvst)) return 1;
   line(is_mst ? "%s(%d): MST type-1 compat check passed\n"
               : "%s(%d): PVRST type-1 compat check passed\n",
-       of_mode, 22);
+       function, 22);
   line("%s(%d): type-1 compat check passed\n", common, 63);
   return 0;
 }
@@ -205,7 +205,7 @@ uint32_t report_floor(const void *array, const mcecm_app_info_report_t *texts, v
   return 0;
 }
 
-// Loop guard on.
+// Enables loop guard.
 uint32_t command_floor(mts_msg_t *msg, uint8_t **array, uint32_t *count, uint32_t *is_cmd,
                        mcecm_app_cmd_extract_info_t **records) {
   line("%s(%d): type-1 param extractor\n", "stp_mcec_type1_cfg_param_extractor", 46);
@@ -244,15 +244,15 @@ uint32_t twins_floor(uint16_t, const uint8_t *local, const uint8_t *remote, cons
   pass->size = fail->size = sizeof pass->bmp;
   uint64_t any = 0;
   for (std::size_t i = 0; i < sizeof pass->bmp; i += sizeof any) {
-    uint64_t ours, theirs, both;
-    std::memcpy(&ours, local + 4 + i, sizeof ours);
-    std::memcpy(&theirs, remote + 4 + i, sizeof theirs);
-    std::memcpy(&both, twins + 4 + i, sizeof both);
-    const uint64_t differ = both & (ours ^ theirs);
-    const uint64_t agree = both & ~differ;
-    std::memcpy(pass->bmp + i, &agree, sizeof agree);
-    std::memcpy(fail->bmp + i, &differ, sizeof differ);
-    any |= differ;
+    uint64_t local_word, remote_word, twin_word;
+    std::memcpy(&local_word, local + 4 + i, sizeof local_word);
+    std::memcpy(&remote_word, remote + 4 + i, sizeof remote_word);
+    std::memcpy(&twin_word, twins + 4 + i, sizeof twin_word);
+    const uint64_t different = twin_word & (local_word ^ remote_word);
+    const uint64_t equal = twin_word & ~different;
+    std::memcpy(pass->bmp + i, &equal, sizeof equal);
+    std::memcpy(fail->bmp + i, &different, sizeof different);
+    any |= different;
   }
   line("%s(%d): compatcheck pass vlans: %s\n", op, 74, "0-19,21-4095");
   line("%s(%d): compatcheck fail vlans: %s\n", op, 75, "20");

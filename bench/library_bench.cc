@@ -1,5 +1,6 @@
-// What the library costs, a row for each operation: ours, and the other that it is compared with, a
-// floor (floors.h) or a peer (what one would have used otherwise). scripts/bench prints the table.
+// Benchmarks of the library. Each row compares a function of the library ("ours") with another
+// implementation: a floor (floors.h), or a peer (an existing function for the same task).
+// scripts/bench prints the table.
 
 #include <benchmark/benchmark.h>
 #include <hwloc.h>
@@ -24,31 +25,31 @@ using namespace bench;
 // --- rows ---
 
 template <class Prepare, class Work>
-void measure(const std::string &name, bool is_right, Prepare prepare, Work work, double per) {
+void measure(const std::string &name, bool is_correct, Prepare prepare, Work work, double per) {
   benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State &state) {
-    if (!is_right) return state.SkipWithError("the result is not right");
+    if (!is_correct) return state.SkipWithError("the results differ");
     prepare();
     for (auto _ : state) benchmark::DoNotOptimize(work());
     state.counters["per"] = per;
   });
 }
 
-// Register NAME/ours and NAME/other, which count so many things each. agree() runs both and
-// compares their results; prepare() sets up what they need.
+// Registers NAME/ours and NAME/other. agree() runs both and compares their results; prepare() sets
+// up their input; `ours_per` and `other_per` are the numbers of items that one call processes.
 template <class Prepare, class Agree, class Ours, class Other>
-void row(const std::string &name, Prepare prepare, Agree agree, Ours ours, Other other,
-         double ours_per = 1, double other_per = 1) {
+void add_row(const std::string &name, Prepare prepare, Agree agree, Ours ours, Other other,
+             double ours_per = 1, double other_per = 1) {
   prepare();
-  const bool is_right = agree();
-  measure(name + "/ours", is_right, prepare, ours, ours_per);
-  measure(name + "/other", is_right, prepare, other, other_per);
+  const bool is_correct = agree();
+  measure(name + "/ours", is_correct, prepare, ours, ours_per);
+  measure(name + "/other", is_correct, prepare, other, other_per);
 }
 
 void prepare_nothing() {}
 
-bool is_compared = false;  // the bytes of blocks count, not the time
+bool is_compared = false;  // results depend on the bytes of blocks; false while time is measured
 
-// What a call returns and logs, without the numbers in the heads of its lines.
+// Returns the result of a call and its log lines, without the line numbers at their beginning.
 template <class Work>
 std::vector<std::string> run_and_log(Work work) {
   const uint32_t first = platform_history_count();
@@ -62,16 +63,16 @@ std::vector<std::string> run_and_log(Work work) {
   return lines;
 }
 
-// A call on a switch in a mode, and its floor.
+// Adds a row for a function and its floor, on a switch in a mode.
 template <class Ours, class Floor>
-void floor_row(const std::string &name, uint32_t mode, Ours ours, Floor floor) {
-  row(
+void add_floor_row(const std::string &name, uint32_t mode, Ours ours, Floor floor) {
+  add_row(
       name, [=] { cache_parameters(mode); },
       [=] { return run_and_log(ours) == run_and_log(floor); }, ours, floor);
 }
 
-// A sum that depends on the bytes of a block. Releases the block.
-uint64_t released(void *block, std::size_t size) {
+// Frees a block. Returns a hash of its bytes if results are compared.
+uint64_t release(void *block, std::size_t size) {
   uint64_t sum = 0;
   if (is_compared) {
     for (std::size_t i = 0; i < size; ++i) sum = sum * 31 + static_cast<uint8_t *>(block)[i];
@@ -88,7 +89,7 @@ void add_check(const std::string &name, uint32_t mode) {
   static bmp4096_t fail;
   static Bytes local = make_array();
   static Bytes remote = make_array();
-  floor_row(
+  add_floor_row(
       name, mode,
       [] {
         return stp_mcec_type1_cfg_compat_check(0, local.data(), remote.data(), 1, &twins, &pass,
@@ -102,16 +103,16 @@ void add_export_and_report() {
   const auto exported = [](auto get) {
     void *out = nullptr;
     const uint32_t result = get(1, 0, &out);
-    return result + released(out, array.size());
+    return result + release(out, array.size());
   };
-  floor_row(
+  add_floor_row(
       "export of nine parameters", STP_MCEC_STP_MODE_MST,
       [=] { return exported(stp_mcec_type1_cfg_get_params); },
       [=] { return exported(export_floor); });
   const auto report = [](auto get) {
     void *out = nullptr;
     const uint32_t result = get(&out);
-    return result + released(out, 4 + parameter_count * sizeof(mcecm_app_info_t));
+    return result + release(out, 4 + parameter_count * sizeof(mcecm_app_info_t));
   };
   static void *texts = nullptr;
   stp_mcec_type1_cfg_get_param_info(array.data(), &texts);
@@ -119,7 +120,7 @@ void add_export_and_report() {
   const auto floor = [](void **out) {
     return report_floor(array.data(), static_cast<mcecm_app_info_report_t *>(texts), out);
   };
-  floor_row(
+  add_floor_row(
       "report of nine parameters", STP_MCEC_STP_MODE_MST, [=] { return report(ours); },
       [=] { return report(floor); });
 }
@@ -131,22 +132,22 @@ uint64_t extraction(mts_msg_t *msg, Extract extract) {
   uint32_t is_cmd = 0;
   mcecm_app_cmd_extract_info_t *records = nullptr;
   const uint32_t result = extract(msg, &array, &count, &is_cmd, &records);
-  return result + is_cmd + released(array, 12) + released(records, count * sizeof *records);
+  return result + is_cmd + release(array, 12) + release(records, count * sizeof *records);
 }
 
 void add_command() {
   static mts_msg_t *const msg = platform_command(STP_MCEC_CMD_GBL_LOOPGUARD, 1, nullptr, 0);
-  floor_row(
+  add_floor_row(
       "a global command", STP_MCEC_STP_MODE_MST,
       [] { return extraction(msg, stp_mcec_type1_cfg_param_extractor); },
       [] { return extraction(msg, command_floor); });
 }
 
-// Ports have these indexes, and each is a member of a multi-chassis channel.
+// Each of these ports is a member of a multi-chassis channel.
 constexpr uint32_t first_port = 0x1000;
 constexpr uint32_t port_count = 100000;
 
-// A command for a number of ports, whose parameters are cached.
+// Returns a function that extracts a command for a number of ports.
 auto interface_command(uint32_t ports) {
   const uint32_t ranges[] = {0, 1, 0, 0, first_port, first_port + ports - 1};
   const platform_attribute_t attribute{STP_MCEC_ATTR_IFINDEX, sizeof ranges, ranges};
@@ -161,9 +162,9 @@ void add_interface_command() {
   const auto of_few = interface_command(few);
   // Two lines for each port, six for the command, and the result.
   const auto agree = [of_few] { return run_and_log(of_few).size() == 2 * few + 7; };
-  row(
-      "a port of 100,000 of an interface command, beside one of 100", [of_many] { of_many(); },
-      agree, of_many, of_few, many, few);
+  add_row(
+      "a port of 100,000 in an interface command, compared with one of 100",
+      [of_many] { of_many(); }, agree, of_many, of_few, many, few);
 }
 
 void add_twin_comparison() {
@@ -182,7 +183,7 @@ void add_twin_comparison() {
     }
     return sum;
   };
-  floor_row(
+  add_floor_row(
       "comparison over 4,096 twin VLANs", STP_MCEC_STP_MODE_MST,
       [=] { return compared(stp_mcec_pvrst_endis_check_for_twin_vlans); },
       [=] { return compared(twins_floor); });
@@ -212,7 +213,7 @@ Vlans random_half() {
   return vlans_where([&random](unsigned) { return (random() & 1) != 0; });
 }
 
-// The peer's list of a set has the same form.
+// The text of the peer has the same format.
 void add_range_text(const char *name, const Vlans &vlans) {
   static char peer_text[sizeof stp_vlan_bmp_str_buf];
   const bmp4096_t record = record_of(vlans);
@@ -225,7 +226,7 @@ void add_range_text(const char *name, const Vlans &vlans) {
     return hwloc_bitmap_list_snprintf(peer_text, sizeof peer_text, bitmap);
   };
   const auto agree = [=] { return peer() > 0 && std::strcmp(ours(), peer_text) == 0; };
-  row(name, prepare_nothing, agree, ours, peer);
+  add_row(name, prepare_nothing, agree, ours, peer);
 }
 
 void add_user_vlan_count() {
@@ -236,7 +237,7 @@ void add_user_vlan_count() {
     benchmark::ClobberMemory();
     return vlans.count();
   };
-  row(
+  add_row(
       "count of user VLANs", prepare, [=] { return ours() == peer(); }, ours, peer);
 }
 
@@ -258,10 +259,10 @@ void add_default_test() {
     map[8191] = 0;
     return default_agrees && other_agrees;
   };
-  row("default test of a VLAN map", prepare_nothing, agree, ours, floor);
+  add_row("default test of a VLAN map", prepare_nothing, agree, ours, floor);
 }
 
-// A switch of member ports.
+// Sets up a switch with member ports only.
 void set_up() {
   static std::vector<platform_port_t> ports(port_count);
   for (uint32_t i = 0; i < port_count; ++i) {

@@ -1,4 +1,4 @@
-// Files of accepted differences: what they accept in a report, or their errors.
+// Files of accepted differences: reading them, and applying them to a report.
 
 #include "report/acceptance.h"
 #include "texts.h"
@@ -7,7 +7,8 @@ namespace {
 
 constexpr const char *today = "2026-06-15";
 
-// Every parameter differs, a channel is missing, and there is a note of each kind.
+// Returns a report with a note of each kind, in which every parameter differs and a channel is
+// missing.
 lab::PairReport make_report() {
   lab::PairReport report;
   report.name = "east";
@@ -53,17 +54,17 @@ void check_text(std::string_view text) {
   for (const lab::AcceptEntry &entry : read.entries) {
     must(entry.line > 0 && !entry.acceptance.reason.empty(), "an entry has a line and a reason");
     must((entry.kind == lab::AcceptEntry::Kind::parameter) == (entry.type != 0),
-         "an entry about a parameter names it");
+         "exactly an entry about a parameter has a type");
     can_accept += entry.acceptance.until.empty() || entry.acceptance.until >= today;
   }
   lab::PairReport report = make_report();
   const std::size_t notes = report.notes.size();
   const std::vector<bool> matched = lab::accept_differences(read.entries, today, report);
-  must(matched.size() == read.entries.size(), "each entry matches or does not");
+  must(matched.size() == read.entries.size(), "there is a match flag for each entry");
   must(can_accept > 0 || count_accepted(report) == 0, "an expired entry accepts nothing");
-  must(report.notes.size() <= notes + matched.size(), "an entry has at most one problem");
+  must(report.notes.size() <= notes + matched.size(), "an entry adds at most one note");
   const lab::ReadAcceptList again = lab::read_accept_list(lab::format_accept_list(report));
-  must(again.errors.empty(), "a file that is written can be read");
+  must(again.errors.empty(), "a written file can be read");
   lab::accept_differences(again.entries, today, report);
   for (const lab::ScopeReport &scope : report.checks) {
     must(scope.accepted || !lab::missing_side(scope), "the written file accepts a missing channel");

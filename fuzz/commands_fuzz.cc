@@ -1,5 +1,5 @@
-// Configuration commands as strange command lines and broken processes send them, and messages of
-// the spanning-tree process.
+// Configuration commands with valid, invalid and missing attributes, malformed requests, and
+// messages of the spanning-tree process.
 
 #include <iterator>
 
@@ -24,9 +24,9 @@ constexpr uint32_t attributes[] = {STP_MCEC_ATTR_STP_MODE,
                                    STP_MCEC_ATTR_IF_MST_SIMULATE_PVST,
                                    STP_MCEC_ATTR_IF_MST_SIMULATE_PVST_2};
 
-// Of a table, or any other word.
+// Picks a word of a table, or any word.
 template <std::size_t count>
-uint32_t one_of(const uint32_t (&table)[count], Input &input) {
+uint32_t pick(const uint32_t (&table)[count], Input &input) {
   const uint8_t choice = input.byte();
   return choice < 0xF0 ? table[choice % count] : input.word();
 }
@@ -36,66 +36,66 @@ void put_word(Bytes &bytes, uint32_t word) {
   bytes.insert(bytes.end(), at, at + sizeof word);
 }
 
-// A list of ranges of VLANs or ports, whose count may be wrong.
-Bytes list(Input &input, uint32_t header_words) {
+// Builds a list of ranges of VLANs or ports, whose count may be wrong.
+Bytes make_list(Input &input, uint32_t header_words) {
   const uint8_t kind = input.byte();
   const uint32_t ranges = kind % 8;
   const uint32_t base = header_words == 4 ? first_port : 0;
-  Bytes made;
-  put_word(made, 0);
-  put_word(made, kind < 0xC0 ? ranges : input.word());
-  for (uint32_t i = 2; i < header_words; ++i) put_word(made, 0);
+  Bytes bytes;
+  put_word(bytes, 0);
+  put_word(bytes, kind < 0xC0 ? ranges : input.word());
+  for (uint32_t i = 2; i < header_words; ++i) put_word(bytes, 0);
   for (uint32_t i = 0; i < ranges; ++i) {
     const uint32_t first = base + (input.byte() < 0xF0 ? input.byte() : input.word());
-    put_word(made, first);
-    put_word(made, first + (input.byte() < 0xF0 ? input.byte() % 8 : input.word()));
+    put_word(bytes, first);
+    put_word(bytes, first + (input.byte() < 0xF0 ? input.byte() % 8 : input.word()));
   }
-  if (kind % 16 == 15) made.resize(made.size() - made.size() * input.byte() / 256);
-  return made;
+  if (kind % 16 == 15) bytes.resize(bytes.size() - bytes.size() * input.byte() / 256);
+  return bytes;
 }
 
 Bytes value_of(uint32_t attribute, Input &input) {
   const uint8_t kind = input.byte();
   if (kind >= 0xE0) return input.bytes(input.byte());
-  if (attribute == STP_MCEC_ATTR_VLAN_LIST) return list(input, 2);
-  if (attribute == STP_MCEC_ATTR_IFINDEX) return list(input, 4);
+  if (attribute == STP_MCEC_ATTR_VLAN_LIST) return make_list(input, 2);
+  if (attribute == STP_MCEC_ATTR_IFINDEX) return make_list(input, 4);
   Bytes word;
   put_word(word, kind < 0xC0 ? kind % 8 : input.word());
   return word;
 }
 
-void command(Input &input) {
-  const uint32_t id = one_of(commands, input);
+void send_command(Input &input) {
+  const uint32_t id = pick(commands, input);
   const uint32_t form = input.byte() % 2;
   std::vector<Bytes> values;
-  std::vector<standin_attribute_t> given;
+  std::vector<standin_attribute_t> sent;
   for (uint8_t left = input.byte() % 5; left > 0; --left) {
-    const uint32_t attribute = one_of(attributes, input);
+    const uint32_t attribute = pick(attributes, input);
     values.push_back(value_of(attribute, input));
-    given.push_back({attribute, uint32_t(values.back().size()), values.back().data()});
+    sent.push_back({attribute, uint32_t(values.back().size()), values.back().data()});
   }
-  extract(standin_command(id, form, given.data(), uint32_t(given.size())), true);
+  extract(standin_command(id, form, sent.data(), uint32_t(sent.size())), true);
 }
 
-// A message that is no request, whatever it calls itself.
-void no_request(Input &input) {
+// Sends a message without a request handle, with the opcode of a request or another one.
+void send_malformed_request(Input &input) {
   const uint32_t opcode = input.byte() % 4 > 0 ? uint32_t(STP_MCEC_MTS_OPC_CMD_REQ) : input.word();
   if (opcode == STP_MCEC_MTS_OPC_TYPE1_UPD) return;
   const Bytes payload = input.bytes(input.byte());
   void *const msg =
       standin_message(opcode, input.byte() % 8 == 0 ? nullptr : payload.data(), payload.size());
-  Handed<uint8_t> array;
-  Handed<mcecm_app_cmd_extract_info_t> records;
+  OwnedBlock<uint8_t> array;
+  OwnedBlock<mcecm_app_cmd_extract_info_t> records;
   uint32_t count = 0;
   uint32_t is_cmd = 0;
   const uint32_t result =
       stp_mcec_type1_cfg_param_extractor(msg, &array.block, &count, &is_cmd, &records.block);
-  must(result != 0, "what is no request is refused");
+  must(result != 0, "a malformed request is refused");
   standin_message_free(msg);
 }
 
-// What else the switch has, as others change it between two commands.
-void change(Input &input) {
+// Changes the state of the platform.
+void change_platform(Input &input) {
   const uint32_t port = first_port + input.byte() % port_count;
   const uint8_t what = input.byte();
   const uint32_t value = what / 8;
@@ -119,7 +119,7 @@ void change(Input &input) {
   }
 }
 
-void spanning_tree_message(Input &input) {
+void convert_message(Input &input) {
   constexpr std::size_t entry_count_at = 8;
   constexpr std::size_t flag_at = 12;
   const uint32_t entries = input.byte();
@@ -131,19 +131,19 @@ void spanning_tree_message(Input &input) {
   sent[flag_at] = is_list;
   stp_hton_vlan_range_state_change_mts_msg(sent.data(), message.data());
   stp_ntoh_vlan_range_state_change_mts_msg(sent.data(), sent.data());
-  must(sent == message, "a message arrives as it was sent");
+  must(sent == message, "conversion to network byte order and back changes nothing");
 
   const uint32_t port = input.byte() < 0xF0 ? first_port + input.byte() % 8 : input.word();
   must(stp_valid_if_index(port) <= stp_valid_if_index_offline(port),
-       "a valid interface is valid offline, too");
+       "an interface that is valid is valid offline, too");
 }
 
 }  // namespace
 
-void take_step(Input &input) {
+void run_step(Input &input) {
   const uint8_t what = input.byte() % 8;
-  if (what == 0) return change(input);
-  if (what == 1) return no_request(input);
-  if (what == 2) return spanning_tree_message(input);
-  command(input);
+  if (what == 0) return change_platform(input);
+  if (what == 1) return send_malformed_request(input);
+  if (what == 2) return convert_message(input);
+  send_command(input);
 }

@@ -1,4 +1,4 @@
-// What the targets share: a property of any input, and an input taken apart.
+// The check of a property, and a reader of the input.
 #pragma once
 
 #include <cstddef>
@@ -9,13 +9,14 @@
 
 using Bytes = std::vector<uint8_t>;
 
-inline void must(bool is_true, const char *property) {
-  if (is_true) return;
-  std::fprintf(stderr, "It is not true that %s\n", property);
+// Aborts if a property does not hold.
+inline void must(bool holds, const char *property) {
+  if (holds) return;
+  std::fprintf(stderr, "violated: %s\n", property);
   std::abort();
 }
 
-// Past its end everything is 0.
+// Reads the input. Bytes past its end are 0.
 struct Input {
   const uint8_t *data;
   std::size_t size;
@@ -34,9 +35,9 @@ struct Input {
     return high << 16 | half();
   }
   Bytes bytes(std::size_t count) {
-    Bytes taken(count);
-    for (uint8_t &one : taken) one = byte();
-    return taken;
+    Bytes read(count);
+    for (uint8_t &each : read) each = byte();
+    return read;
   }
 };
 

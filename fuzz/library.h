@@ -1,6 +1,6 @@
-// The library on a switch that the input sets up. For any input nothing is read or written out of
-// place (the sanitizers and the stand-in check that), nothing leaks, and a request is answered once
-// at the most, in accordance with the result.
+// Runs the library on a switch that the input sets up. The sanitizers and the stand-in find invalid
+// accesses. The properties: nothing leaks, and a request has at most one answer, which matches the
+// result.
 #pragma once
 
 #include <cstring>
@@ -17,20 +17,20 @@
 constexpr uint32_t first_port = 0x1000;
 constexpr uint32_t port_count = 6;
 
-// Calls of the platform that are not those of the library: they do not fail.
-struct OwnWork {
-  OwnWork() { standin_suspend_failures(1); }
-  ~OwnWork() { standin_suspend_failures(0); }
+// Suspends injected failures: they are for calls of the platform by the library.
+struct WithoutFailures {
+  WithoutFailures() { standin_suspend_failures(1); }
+  ~WithoutFailures() { standin_suspend_failures(0); }
 };
 
-// A block that the library hands out.
+// A block that the library returns.
 template <class Record>
-struct Handed {
+struct OwnedBlock {
   Record *block = nullptr;
-  Handed() = default;
-  Handed(const Handed &) = delete;
-  Handed &operator=(const Handed &) = delete;
-  ~Handed() {
+  OwnedBlock() = default;
+  OwnedBlock(const OwnedBlock &) = delete;
+  OwnedBlock &operator=(const OwnedBlock &) = delete;
+  ~OwnedBlock() {
     if (block != nullptr) mtrack_free(block);
   }
 };
@@ -40,52 +40,51 @@ inline const type1_cfg_avl_node_t *cached(uint32_t if_index, uint16_t type) {
   return static_cast<const type1_cfg_avl_node_t *>(avl_find(stp_mcec_type1_cfg_avl, &key));
 }
 
-// Parameters of the switch have index 0, those of interfaces belong to a port.
 inline void check_record(const mcecm_app_cmd_extract_info_t &record, const uint8_t *array) {
   const auto type = uint16_t(record.type);
   must(type >= 1 && type <= 12 && (record.is_global != 0) == (type <= 9),
-       "a record names a parameter and its scope");
-  must(record.is_global == 0 || record.if_index == 0, "the index of the switch is 0");
+       "a record has a known type and its scope");
+  must(record.is_global == 0 || record.if_index == 0, "a record of the switch has index 0");
   uint16_t length = 0;
   void *value = nullptr;
   must(tlv_aligned_array_find_tlv(array, type, &length, &value, TLV_ALIGNED_FLAG) == 0,
-       "what a record names is in the array");
+       "the array contains the parameter of a record");
   const type1_cfg_avl_node_t *node = cached(record.if_index, type);
   must(node != nullptr &&
            std::memcmp(node->val, value, length < node->len ? length : node->len) == 0,
-       "the cache agrees with the array");
+       "the cache and the array have the same value");
 }
 
 inline void extract(void *msg, bool is_command) {
-  Handed<uint8_t> array;
-  Handed<mcecm_app_cmd_extract_info_t> records;
+  OwnedBlock<uint8_t> array;
+  OwnedBlock<mcecm_app_cmd_extract_info_t> records;
   uint32_t count = 0;
   uint32_t is_cmd = 0;
   standin_answers_clear();
   const uint32_t result =
       stp_mcec_type1_cfg_param_extractor(msg, &array.block, &count, &is_cmd, &records.block);
-  const OwnWork own_work;
-  must(standin_answer_count() <= (is_command ? 1U : 0U), "a request is answered once at the most");
+  const WithoutFailures without_failures;
+  must(standin_answer_count() <= (is_command ? 1U : 0U), "a request has at most one answer");
   if (standin_answer_count() == 1) {
-    must((standin_answer_at(0).accepted != 0) == (result == 0), "the answer is the result");
+    must((standin_answer_at(0).accepted != 0) == (result == 0), "the answer matches the result");
   } else {
-    must(!is_command || result != 0, "what is accepted is answered");
+    must(!is_command || result != 0, "an accepted command is answered");
   }
   if (records.block != nullptr) {
     must(standin_block_size(records.block) / sizeof *records.block >= count,
-         "records fit in their block");
+         "the block has room for the records");
     for (uint32_t i = 0; is_command && result == 0 && i < count; ++i) {
       if (records.block[i].valid != 0) check_record(records.block[i], array.block);
     }
   }
-  must(is_cmd == 0 || is_command, "an update message is no command");
+  must(is_cmd == 0 || is_command, "an update message is not reported as a command");
   standin_message_free(msg);
 }
 
-// What a target does with a part of the input.
-void take_step(Input &input);
+// Consumes a part of the input. Defined by each target.
+void run_step(Input &input);
 
-// An empty switch, then steps until the input ends, then an empty cache again.
+// Resets the platform, runs steps until the input ends, and checks for leaks.
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   Input input{data, size};
   standin_reset();
@@ -100,7 +99,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   standin_fail(static_cast<standin_operation_t>(failing % STANDIN_OPERATIONS), nth,
                failing / STANDIN_OPERATIONS % 3);
   while (input.size > 0) {
-    take_step(input);
+    run_step(input);
     standin_history_clear();
   }
   avl_destroy(stp_mcec_type1_cfg_avl, stp_mcec_type1_cfg_avl_free);

@@ -1,4 +1,4 @@
-// Command lines: a command, help, or an error. None is carried out, but sources are parsed.
+// Command lines. They are parsed, including their sources, but not executed.
 
 #include "cli/commands.h"
 #include "texts.h"
@@ -11,7 +11,7 @@ bool is_between(double value, double least, double most) {
 
 }  // namespace
 
-// A word a line.
+// Each line of the input is an argument.
 void check_text(std::string_view rest) {
   std::vector<std::string> words = {"mcec-lab"};
   while (!rest.empty()) {
@@ -24,22 +24,24 @@ void check_text(std::string_view rest) {
   argv.push_back(nullptr);
 
   const lab::CommandLine line = lab::parse_command_line(int(words.size()), argv.data());
-  const lab::Arguments &is = line.arguments;
-  const bool has_command = is.execute != nullptr;
+  const lab::Arguments &arguments = line.arguments;
+  const bool has_command = arguments.execute != nullptr;
   must(has_command + !line.help.empty() + !line.error.empty() == 1,
-       "a command line is a command, or help, or an error");
-  must(lab::printable_lines(line.error) == line.error, "an error can be printed");
+       "a command line is exactly one of a command, help and an error");
+  must(lab::printable_lines(line.error) == line.error, "an error is printable");
   must(lab::without_passwords(line.error) == lab::printable(line.error),
-       "an error has no password");
+       "an error contains no password");
   if (!has_command) return;
-  must(is.execute != lab::execute_run || !is.files.empty(), "a run has scenarios");
-  must(is.execute != lab::execute_what_if || is_between(double(is.step), 1, 1e6),
-       "what-if has a step");
-  must(is.format.empty() || is.format == "dump" || is.format == "state", "a format is known");
-  must(is.pairs.empty() || is.left.empty(), "many pairs exclude one");
-  must(is_between(is.interval, 0.05, 86400), "an interval is one that can be waited");
-  must(is.timeout == 0 || is_between(is.timeout, 0.001, 1e9), "a time can be waited for");
-  for (const std::string &source : {is.left, is.right}) {
+  must(arguments.execute != lab::execute_run || !arguments.files.empty(), "a run has a scenario");
+  must(arguments.execute != lab::execute_what_if || is_between(double(arguments.step), 1, 1e6),
+       "what-if has the number of a step");
+  must(arguments.format.empty() || arguments.format == "dump" || arguments.format == "state",
+       "a format is dump or state");
+  must(arguments.pairs.empty() || arguments.left.empty(), "a list of pairs excludes sources");
+  must(is_between(arguments.interval, 0.05, 86400), "an interval is within its limits");
+  must(arguments.timeout == 0 || is_between(arguments.timeout, 0.001, 1e9),
+       "a timeout is within its limits");
+  for (const std::string &source : {arguments.left, arguments.right}) {
     if (!source.empty()) check_source(lab::parse_source(source, 0));
   }
 }

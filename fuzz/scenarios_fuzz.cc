@@ -1,4 +1,4 @@
-// Scenarios: their steps, or their errors. None is carried out.
+// Scenarios. They are read, but not run.
 
 #include "scenario/scenario.h"
 #include "tasks/side.h"
@@ -6,8 +6,8 @@
 
 namespace {
 
-// Other files are read from the captures only: nothing is asked of the network or of a terminal.
-bool stays_here(const std::string &text) {
+// Returns whether all sources are files of the captures, not a terminal or a database.
+bool has_only_captures(const std::string &text) {
   try {
     const YAML::Node root = YAML::Load(text);
     if (!root.IsMap()) return true;
@@ -30,19 +30,19 @@ bool stays_here(const std::string &text) {
 
 void check_text(std::string_view input) {
   const std::string text(input);
-  if (!stays_here(text)) return;
+  if (!has_only_captures(text)) return;
   const lab::ReadScenario read =
       lab::read_scenario_text(CAPTURES "scenario.yaml", text, lab::settings_from);
   check_errors_with_lines(read.errors, text);
   if (!read.errors.empty()) return;
   for (const lab::Settings &settings : read.scenario.settings) write_and_read(settings);
-  must(!read.scenario.steps.empty(), "a scenario has steps");
+  must(!read.scenario.steps.empty(), "a scenario has a step");
   for (const lab::Step &step : read.scenario.steps) {
     must(step.line > 0 && !step.action.empty() && (step.on[0] || step.on[1]),
-         "a step asks something of a switch");
-    must(lab::printable(step.summary) == step.summary, "a step can be shown");
+         "a step has a line, an action and a side");
+    must(lab::printable(step.summary) == step.summary, "a summary is printable");
     for (std::size_t i = 0; i < step.requests.size(); ++i) {
-      must(step.on[i] || step.requests[i].empty(), "a switch is asked only if the step is on it");
+      must(step.on[i] || step.requests[i].empty(), "a step has requests only for its sides");
     }
   }
 }

@@ -1,4 +1,4 @@
-// Answers of a database's server: any bytes, through the reader of rows and of changes.
+// Answers of a database server, read as rows and as changes.
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -14,7 +14,7 @@ namespace {
 
 using std::chrono_literals::operator""ms;
 
-// Where the databases of all inputs connect to.
+// A listening socket for the connections of all inputs.
 struct Listener {
   std::string path = "/tmp/servers-fuzz." + std::to_string(getpid());
   int file = socket(AF_UNIX, SOCK_STREAM, 0);
@@ -25,7 +25,7 @@ struct Listener {
     unlink(path.c_str());
     must(bind(file, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0 &&
              listen(file, 2) == 0,
-         "there is a socket");
+         "the socket listens");
   }
   ~Listener() { unlink(path.c_str()); }
 };
@@ -42,7 +42,7 @@ lab::Source listening_source() {
   return source;
 }
 
-// A server's ends of both connections.
+// A server with both of its connections.
 struct Server {
   std::array<int, 2> ends{};  // of rows, of changes
   lab::Database database;
@@ -58,19 +58,19 @@ struct Server {
   }
 
   void answer(std::size_t which, std::string_view bytes) const {
-    char asked[65536];
+    char request[65536];
     for (const int end : ends) {
-      while (recv(end, asked, sizeof asked, 0) > 0) continue;
+      while (recv(end, request, sizeof request, 0) > 0) continue;
     }
     (void)send(ends.at(which), bytes.data(), bytes.size(), MSG_NOSIGNAL);
   }
 };
 
 void check_snapshot(const lab::Snapshot &snapshot) {
-  must(lab::printable(snapshot.reason) == snapshot.reason, "a reason can be shown");
+  must(lab::printable(snapshot.reason) == snapshot.reason, "a reason is printable");
   must(snapshot.reason.size() < 1000, "a reason is short");
   must((snapshot.state == lab::SourceState::disconnected) == !snapshot.reason.empty(),
-       "a loss has a reason, and nothing else has");
+       "exactly a disconnected source has a reason");
   const lab::ReadSettings read =
       lab::settings_of(lab::unpack(snapshot.contents), lab::all_errors(snapshot));
   check_errors(read.errors, "");
@@ -81,8 +81,8 @@ void check_snapshot(const lab::Snapshot &snapshot) {
 
 }  // namespace
 
-// What is sent, an empty line between: '=' to the connection of rows, '!' to that of changes; '+'
-// lets three seconds pass.
+// The input is a list of answers, separated by empty lines. The first byte of an answer selects the
+// connection: '!' that of changes, '+' none (3 seconds pass), any other byte that of rows.
 void check_text(std::string_view rest) {
   lab::TimePoint now = lab::Clock::now();
   Server server(now);
@@ -98,11 +98,12 @@ void check_text(std::string_view rest) {
     lab::step(server.database, now);
   }
   check_snapshot(snapshot);
-  // From then on the server is silent.
+  // The server sends nothing more.
   for (int i = 0; i < 15 && snapshot.state != lab::SourceState::disconnected; ++i) {
     now += 1000ms;
     lab::step(server.database, now);
   }
-  must(snapshot.state == lab::SourceState::disconnected, "a silent server is lost within 15 s");
+  must(snapshot.state == lab::SourceState::disconnected,
+       "a silent server is disconnected within 15 s");
   check_snapshot(snapshot);
 }

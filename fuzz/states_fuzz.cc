@@ -1,4 +1,4 @@
-// State files: their settings, or their errors.
+// State files.
 
 #include "tasks/side.h"
 #include "texts.h"

@@ -128,7 +128,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
 }
 
 TEST(Capture, IsWrittenAsAStateFile) {
-  const std::string head = "# What a switch is set to: a lab state file, which mcec-lab reads.\n";
+  const std::string head = "# Settings of a switch: a state file of mcec-lab.\n";
   const struct {
     const char *dump;
     const char *file;

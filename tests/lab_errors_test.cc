@@ -20,7 +20,7 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
     const char *errors;  // without "FILE:" before each line
   } rows[] = {
       {"[", "1:1: invalid YAML: end of sequence flow not found; expected a scenario in YAML\n"},
-      {"steps: []", "1:8: no step in 'steps'; expected a list of at least one\n"},
+      {"steps: []", "1:8: found no step; expected a list of at least one step\n"},
       {"", "1:1: the file is empty; expected a scenario in YAML\n"},
       {"title: x\n", "1:1: missing key 'steps' in a scenario\n"},
       {"steps: [{check: switch}]\n---\nsteps: []\n",
@@ -34,7 +34,7 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "2:58: a group of ports without 'ports'; expected indexes under 'ports', or a name under "
        "'port'\n"
        "2:23: found 'ifi-port-type', a parameter of interfaces; expected it in a group of ports\n"
-       "3:57: VLAN 15 stands in two instances; expected it in one\n"
+       "3:57: found VLAN 15 in two instances; expected it in one\n"
        "5:36: missing key 'id' in an attribute\n"
        "5:56: found a mapping; expected at least one of answer, result, records or values\n"
        "6:36: found a mapping; expected parameters and texts, for instance {stp-mode: MST}\n"},
@@ -42,14 +42,15 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "1:1: unknown key 'titel' in a scenario; expected title, about, twin-vlans, switches or "
        "steps\n"},
       {"steps:\n- command: stp-mode\n  vlans: 1\n  mode: fast\n- delete: 0x9\n",
-       "3:10: 'vlans' does not belong to stp-mode; expected it with stp-endis only\n"
+       "3:10: found 'vlans' with stp-mode; expected it with stp-endis only\n"
        "4:9: found 'fast'; expected mode: mst or rapid-pvst, or a number\n"
-       "5:11: port 0x9 does not exist; expected one that a switch of the scenario has\n"},
+       "5:11: port 0x9 does not exist; expected a port of one of the switches\n"},
       {"steps:\n- update: {stp-endis: 1-4096}\n  on: up\n- rebuild: zz\n- check: switch\n"
        "  on: left\n  expect: {answer: accepted}\n",
        "2:23: found '1-4096'; expected stp-endis: VLANs 0 to 4095, for instance 1-10,20, or none\n"
        "3:7: found 'up'; expected on: left, right or both\n"
-       "4:12: found 'zz'; expected an array, but no step before has exported one 'as' a name\n"
+       "4:12: found 'zz'; expected an exported array, but no earlier step has exported one 'as' a "
+       "name\n"
        "6:3: unknown key 'on' in a 'check' step; expected check, note, expect or twin-vlans\n"
        "7:12: unknown key 'answer' in the expectations of 'check'; expected verdict, left, right, "
        "differ, pass, fail, ports, channels or inconsistent\n"},
@@ -71,9 +72,8 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "7:4: found '<<'; expected the keys themselves, or an alias for the whole mapping: merge "
        "keys are not supported\n"
        "8:13: found 'lop-guard'; expected a parameter: loop-guard, or one of 11 more\n"
-       "9:27: found expectations that cannot hold together: 'verdict' is that of both switches, "
-       "and "
-       "'left' says something else; expected what can be the outcome\n"},
+       "9:27: found expectations that exclude each other: 'verdict' is the verdict of both "
+       "switches, and 'left' has another one; expected a possible outcome\n"},
       {"switches:\n"
        "  left: {ports: [{port: Po1, index: 0x1000, member: 3}, {port: x, index: 0x1000}]}\n"
        "  right: {ports: [{port: Po1, index: 7, ports: 8}]}\nsteps:\n"
@@ -82,8 +82,8 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "- export: Po7\n- check: channel Po9\n"
        "- {on: left, update: {mst-region-name: a-name-that-is-longer-than-a-name-is, "
        "gbl-port-type: {bytes: zz}}}\n"
-       "- {check: switch, export: switch}\n",
-       "2:57: found Po1 and x with the index 0x1000; expected an index for each port\n"
+       "- {check: switch, export: switch}\n- {delete: \"x,\"}\n",
+       "2:57: found Po1 and x with the index 0x1000; expected a unique index for each port\n"
        "3:19: a group of ports with 'ports' and 'port'; expected indexes under 'ports', or a name "
        "under 'port'\n"
        "3:38: found 'index' with 'ports'; expected 'port', a name\n"
@@ -96,9 +96,11 @@ TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
        "8:40: found 'a-name-that-is-longer-than-a-name-is'; expected a region name of at most 32 "
        "bytes; it has 36\n"
        "8:101: found 'zz'; expected a value: bytes in hexadecimal, for instance 00 00 00 05\n"
-       "9:19: found 'export' together with 'check'; expected one thing to do in a step\n"
+       "9:19: found 'export' together with 'check'; expected one action in a step\n"
        "9:19: unknown key 'export' in a 'check' step; expected expect, check, note or "
-       "twin-vlans\n"},
+       "twin-vlans\n"
+       "10:12: found ''; expected what to delete (switch, or ports): port indexes, for instance "
+       "0x1000-0x1003,0x2000, or names: x\n"},
       {"switches:\n  left: {parameters: {mst-region-name: \"a\\0\"}, "
        "ports: [{port: \"b\\x1B\"}]}\nsteps: [{check: switch}]\n",
        "2:63: found 'b\\x1b'; expected the name of a port without control characters\n"
@@ -185,7 +187,7 @@ TEST_F(Lab, EscapesControlCharacters) {
 TEST_F(Lab, ReportsADeadSwitchWithItsLastLines) {
   const Outcome outcome = run("steps:\n- command: gbl-loopguard\n- {crash: SEGV, on: right}\n");
   EXPECT_EQ(outcome.status, 2);
-  EXPECT_NE(outcome.out.find("the right switch died of SIGSEGV (Segmentation fault)"),
+  EXPECT_NE(outcome.out.find("the right switch was killed by SIGSEGV (Segmentation fault)"),
             std::string::npos)
       << outcome.out;
   EXPECT_NE(outcome.out.find("Global Loopguard changed to True\n"), std::string::npos);

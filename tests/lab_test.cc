@@ -80,7 +80,7 @@ TEST_F(Lab, ReadsTheStateFilesThatItWrites) {
       "- {ports: 0x1001, parameters: {ifi-port-guard: none}}\n");
   const Outcome written = lab("capture " + file);
   EXPECT_EQ(written.out,
-            "# What a switch is set to: a lab state file, which mcec-lab reads.\n"
+            "# Settings of a switch: a state file of mcec-lab.\n"
             "trunk: true\nuser-vlans: none\nchannels:\n"
             "  - {channel: \"channel 10\", id: 10, vlans: none}\n"
             "ports:\n"

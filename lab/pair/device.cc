@@ -21,42 +21,38 @@
 namespace lab {
 namespace {
 
-// The platform's type of an Ethernet port.
-constexpr uint8_t ethernet_type = 26;
+constexpr uint8_t ethernet_port_type = 26;
 
 struct FreeMessage {
   void operator()(void *msg) const { standin_message_free(msg); }
 };
 using Message = std::unique_ptr<void, FreeMessage>;
 
-// Failures that a scenario orders are for the library. The lab's own work with the platform is left
-// out; the library is called within one of these.
+// Enables the failures that a scenario injects while the library is called. They are suspended
+// otherwise, so that the lab's own calls of the platform do not fail.
 struct LibraryCall {
   LibraryCall() { standin_suspend_failures(0); }
-  LibraryCall(const LibraryCall &) = delete;
-  LibraryCall &operator=(const LibraryCall &) = delete;
   ~LibraryCall() { standin_suspend_failures(1); }
 };
 
 LastLines *last_lines_of_process;
 
-void keep_line(const char *line) {
+void store_line(const char *line) {
   LastLines &lines = *last_lines_of_process;
   char *text = lines.text[lines.count % LastLines::kept];
   std::strncpy(text, line, sizeof lines.text[0] - 1);
   ++lines.count;
 }
 
-// What this process is.
 struct Device {
-  int peer;          // the line to the other switch
-  std::size_t side;  // the left switch, 0, speaks first
+  int peer;          // socket to the other switch
+  std::size_t side;  // 0: left, 1: right
   std::optional<Settings> settings = {};
 };
 
 void reset_platform() {
   standin_reset();
-  standin_on_history(keep_line);
+  standin_on_history(store_line);
   standin_suspend_failures(1);
 }
 
@@ -91,7 +87,7 @@ Bytes export_scope(const Scope &scope, uint32_t *result = nullptr) {
   return array ? Bytes(array.get(), array.get() + standin_tlv_array_bytes(array.get())) : Bytes();
 }
 
-// An update message, or what the cache takes like one.
+// Builds an update message. The cache is updated from a message with the same payload.
 Message make_update(uint32_t opcode, const Scope &scope, const std::vector<Entry> &entries) {
   const Bytes array = build_array(entries);
   const uint32_t header[] = {uint32_t{scope.global}, scope.port, 0, uint32_t(array.size())};
@@ -113,7 +109,7 @@ uint32_t delete_cache(const Scope &scope) {
   return stp_mcec_type1_cfg_cache_update(1, scope.global, scope.port, nullptr);
 }
 
-// --- what the library is asked ---
+// --- operations of the library ---
 
 void extract(const Device &device, void *msg, SwitchReport &report) {
   uint8_t *array = nullptr;
@@ -181,8 +177,8 @@ void perform(Device &, const Rebuild &rebuild, Reply &reply) {
   add_result(stp_mcec_type1_cfg_cache_rebuild(data_of(array), 0, rebuild.scope.port), reply.report);
 }
 
-void perform(Device &device, const Report &asked, Reply &reply) {
-  Bytes array = export_scope(asked.scope);
+void perform(Device &device, const Report &request, Reply &reply) {
+  Bytes array = export_scope(request.scope);
   void *block = nullptr;
   {
     const LibraryCall call;
@@ -193,7 +189,7 @@ void perform(Device &device, const Report &asked, Reply &reply) {
   for (uint32_t i = 0; report && i < report->count; ++i) {
     const mcecm_app_info_t &record = report->records[i];
     display.push_back(
-        {.scope = asked.scope.global ? "switch" : find_port_name(device, asked.scope.port),
+        {.scope = request.scope.global ? "switch" : find_port_name(device, request.scope.port),
          .type = record.param_type,
          .component = printable(record.component),
          .name = printable(record.param_name),
@@ -201,7 +197,7 @@ void perform(Device &device, const Report &asked, Reply &reply) {
   }
 }
 
-// --- the world around the library ---
+// --- the platform and the process ---
 
 void perform(Device &device, const ChangeWorld &change, Reply &) {
   device.settings = change.settings;
@@ -211,7 +207,7 @@ void perform(Device &device, const ChangeWorld &change, Reply &) {
     standin_add_user_vlans(first, last);
   }
   for (const Port &port : change.settings.ports) {
-    standin_add_ports(port.index, port.index, ethernet_type, STP_MCEC_IF_LAYER_MODE_ACCEPTED);
+    standin_add_ports(port.index, port.index, ethernet_port_type, STP_MCEC_IF_LAYER_MODE_ACCEPTED);
     standin_set_member(port.index, port.channel);
     standin_set_pod_port(port.index, port.pod ? 1 : 0);
   }
@@ -221,7 +217,7 @@ void perform(Device &device, const ChangeWorld &change, Reply &) {
 }
 
 void perform(Device &device, const SetUp &set_up, Reply &reply) {
-  if (device.settings) {  // forget the switch that this process was before
+  if (device.settings) {  // remove the previous switch
     delete_cache({});
     for (const Port &port : device.settings->ports) delete_cache({false, port.index});
     reset_platform();
@@ -238,30 +234,33 @@ void perform(Device &, const Fail &fail, Reply &) {
 }
 
 void perform(Device &, const Crash &crash, Reply &) {
-  std::signal(crash.signal, SIG_DFL);  // whatever a sanitizer has in its place
+  std::signal(crash.signal, SIG_DFL);  // a sanitizer installs handlers
   std::raise(crash.signal);
 }
 
 // --- checks ---
 
-// Ask the peer for its array of a scope while it asks for ours: none, or as long as it says it is.
+constexpr char peer_closed[] = "the other switch closed the connection";
+
+// Sends the array of a scope and receives the peer's, which is empty or complete. One side sends
+// first, because two blocking writes of large arrays would wait for each other.
 Bytes exchange_arrays(const Device &device, const Bytes &own) {
   const auto send = [&] {
-    if (!write_frame(device.peer, own)) throw std::runtime_error("the other switch is gone");
+    if (!write_frame(device.peer, own)) throw std::runtime_error(peer_closed);
   };
   if (device.side == 0) send();
   const std::optional<Bytes> frame = read_frame(device.peer);
   if (device.side != 0) send();
-  if (!frame) throw std::runtime_error("the other switch is gone");
-  const bool whole = frame->size() >= STP_MCEC_TLV_ARRAY_HDR_SIZE &&
-                     standin_tlv_array_bytes(frame->data()) == frame->size();
-  if (!whole && !frame->empty()) {
-    throw std::runtime_error("the other switch sent an array of another length than it says");
+  if (!frame) throw std::runtime_error(peer_closed);
+  const bool is_complete = frame->size() >= STP_MCEC_TLV_ARRAY_HDR_SIZE &&
+                           standin_tlv_array_bytes(frame->data()) == frame->size();
+  if (!is_complete && !frame->empty()) {
+    throw std::runtime_error("the other switch sent an array with a wrong length");
   }
   return *frame;
 }
 
-// The library's check of a scope. A switch that has no array to give is checked without one.
+// Calls the library's check of a scope. An empty array is passed as a null pointer.
 uint32_t check(const Scope &scope, Bytes local, Bytes peer, const std::optional<Vlans> &twins) {
   Bytes record = vlan_record(twins.value_or(Vlans{}));
   stp_mcec_lib_bmp4096_ntoh(record.data(), record.data());
@@ -286,33 +285,34 @@ std::optional<uint32_t> cached_mode() {
   return word_of(Bytes(node->val, node->val + node->len));
 }
 
-// The ports of a channel that are not set like the one that speaks for it.
+// Compares the other ports of a channel with the array of its first port.
 std::vector<InconsistentPort> find_inconsistent_ports(
-    const Bytes &spoken, const std::vector<PairScope::Member> &others) {
-  const std::vector<Entry> own = entries_of(spoken);
+    const Bytes &first, const std::vector<PairScope::Member> &members) {
+  const std::vector<Entry> expected = entries_of(first);
   std::vector<InconsistentPort> inconsistent;
-  for (const PairScope::Member &port : others) {
+  for (const PairScope::Member &port : members) {
     const Bytes array = export_scope({false, port.port});
-    if (array == spoken) continue;
-    const std::vector<Entry> its = entries_of(array);
+    if (array == first) continue;
+    const std::vector<Entry> found = entries_of(array);
     std::set<uint16_t> types;
-    for (const auto &[entries, other] : {std::pair(&own, &its), std::pair(&its, &own)}) {
-      for (const Entry &entry : *entries) {
-        if (std::ranges::count(*other, entry) == 0) types.insert(entry.type);
-      }
+    for (const Entry &entry : expected) {
+      if (std::ranges::count(found, entry) == 0) types.insert(entry.type);
+    }
+    for (const Entry &entry : found) {
+      if (std::ranges::count(expected, entry) == 0) types.insert(entry.type);
     }
     inconsistent.push_back({port.name, {types.begin(), types.end()}});
   }
   return inconsistent;
 }
 
-void perform(Device &device, const Check &asked, Reply &reply) {
-  for (const PairScope &compared : asked.scopes) {
-    const PairScope::End &end = compared.ends[device.side];
-    const Scope scope{compared.kind == PairScope::Kind::of_switch, end.port};
+void perform(Device &device, const Check &request, Reply &reply) {
+  for (const PairScope &pair_scope : request.scopes) {
+    const PairScope::End &end = pair_scope.ends[device.side];
+    const Scope scope{pair_scope.kind == PairScope::Kind::of_switch, end.port};
     ScopeAnswer &answer = reply.checked.emplace_back();
     if (end.present) answer.array = export_scope(scope);
-    answer.code = check(scope, answer.array, exchange_arrays(device, answer.array), asked.twins);
+    answer.code = check(scope, answer.array, exchange_arrays(device, answer.array), request.twins);
     answer.on_pod = !scope.global && satmgr_if_is_pod_port(scope.port) != 0;
     answer.mode = cached_mode();
     answer.inconsistent = find_inconsistent_ports(answer.array, end.others);
@@ -324,13 +324,13 @@ Reply perform_all(Device &device, const Request &request) {
   try {
     for (const Operation &operation : request.operations) {
       standin_history_clear();
-      std::visit([&](const auto &asked) { perform(device, asked, reply); }, operation);
+      std::visit([&](const auto &alternative) { perform(device, alternative, reply); }, operation);
       for (uint32_t i = 0; request.log && i < standin_history_count(); ++i) {
         reply.report.log.push_back(log_line(standin_history_line(i)));
       }
     }
-  } catch (const std::runtime_error &problem) {
-    reply.problem = problem.what();
+  } catch (const std::runtime_error &error) {
+    reply.problem = error.what();
   }
   return reply;
 }

@@ -1,5 +1,4 @@
-// A switch of the lab: a process with the library loaded over the stand-in, that does what it is
-// asked and says what came of it.
+// A switch process: it runs the library over the stand-in, executes requests and replies.
 #pragma once
 
 #include <cstddef>
@@ -7,15 +6,15 @@
 
 namespace lab {
 
-// The lines last logged, readable by the lab also when the switch has died.
+// The last lines of the event history, in memory shared with the lab: readable after a crash.
 struct LastLines {
   static constexpr uint32_t kept = 12;
-  uint32_t count;
+  uint32_t count;  // of all lines logged
   char text[kept][240];
 };
 
-// Serve requests from `control` until it closes, as the left switch, 0, or the right one. Arrays
-// are exchanged with the other switch over `peer`.
+// Serves requests from `control` until it is closed, as the left (0) or the right switch (1).
+// Exchanges arrays with the other switch over `peer`.
 void serve(int control, int peer, std::size_t side, LastLines &last_lines);
 
 }  // namespace lab

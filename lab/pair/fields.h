@@ -1,4 +1,4 @@
-// How a record travels between processes of the lab: its fields, in their order.
+// Serialization of the records that processes of the lab exchange: the fields of each, in order.
 #pragma once
 
 #include <cereal/archives/binary.hpp>
@@ -37,8 +37,8 @@ Bytes encode_record(const Record &record) {
   return {text.begin(), text.end()};
 }
 
-// Throws DecodeError. Lengths inside a frame are believed as far as memory lasts: frames come from the
-// lab's own processes, and one that is garbage ends in an exception.
+// Throws DecodeError. Lengths inside a frame have no limit of their own: frames come from the lab's
+// own processes, and a length that cannot be allocated throws too.
 template <class Record>
 Record decode_record(const Bytes &frame) {
   try {

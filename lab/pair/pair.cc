@@ -16,16 +16,16 @@
 namespace lab {
 namespace {
 
-// A switch that is stopped, or that does not answer for so long, is given up.
-constexpr int stopped_patience = 2000;
-constexpr int longest_patience = 120000;
+// Timeouts of a stopped switch and of any reply, in milliseconds.
+constexpr int stopped_timeout = 2000;
+constexpr int reply_timeout = 120000;
 
 using Sockets = std::array<Descriptor, 2>;
 
 Sockets make_sockets() {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-    throw std::system_error(errno, std::generic_category(), "no socket for a switch");
+    throw std::system_error(errno, std::generic_category(), "cannot create a socket for a switch");
   }
   return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
@@ -34,12 +34,12 @@ LastLines *make_shared_lines() {
   void *memory =
       mmap(nullptr, sizeof(LastLines), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) {
-    throw std::system_error(errno, std::generic_category(), "no memory for a switch");
+    throw std::system_error(errno, std::generic_category(), "cannot map memory for a switch");
   }
   return static_cast<LastLines *>(memory);
 }
 
-// Is a process stopped by a signal? Its state stands behind its name in parentheses.
+// In /proc/PID/stat the state follows the name of the process, which is in parentheses.
 bool is_stopped(pid_t pid) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
   std::string text;
@@ -49,37 +49,39 @@ bool is_stopped(pid_t pid) {
          (text[end + 2] == 'T' || text[end + 2] == 't');
 }
 
-std::string how_it_ended(ChildProcess &process) {
+std::string describe_exit(ChildProcess &process) {
   const int status = reap(process);
-  if (status < 0) return "is gone";
+  if (status < 0) return "has ended";
   if (WIFSIGNALED(status)) {
     const int number = WTERMSIG(status);
-    return "died of SIG" + std::string(sigabbrev_np(number)) + " (" + strsignal(number) + ")";
+    return "was killed by SIG" + std::string(sigabbrev_np(number)) + " (" + strsignal(number) + ")";
   }
   return "ended with status " + std::to_string(WEXITSTATUS(status));
 }
 
-std::string last_words(const LastLines &lines) {
+std::string describe_last_lines(const LastLines &lines) {
   std::string text;
   const uint32_t kept = std::min(lines.count, LastLines::kept);
   for (uint32_t i = lines.count - kept; i != lines.count; ++i) {
     text += "\n    " + log_line(lines.text[i % LastLines::kept]);
   }
-  return text.empty() ? "; it had logged nothing" : "; the last lines of its event history:" + text;
+  return text.empty() ? "; its event history is empty"
+                      : "; the last lines of its event history:" + text;
 }
 
-std::string switch_name(std::size_t which) {
-  return std::string("the ") + switch_names[which] + " switch";
+std::string switch_name(std::size_t side) {
+  return std::string("the ") + switch_names[side] + " switch";
 }
 
-// While a switch does not answer: is one of the two stopped? A switch may wait for the other.
-void look_at(const Pair &pair, std::size_t which, int waited) {
+// Throws SwitchFailed when a switch has not replied in time. Looks for a stopped process on both
+// sides, because one switch may be waiting for the other.
+void check_timeouts(const Pair &pair, std::size_t side, int waited) {
   for (std::size_t i = 0; i < pair.switches.size(); ++i) {
-    if (waited >= stopped_patience && is_stopped(pair.switches[i].process.pid)) {
-      throw SwitchFailed(switch_name(i) + " is stopped by a signal, and does not answer");
+    if (waited >= stopped_timeout && is_stopped(pair.switches[i].process.pid)) {
+      throw SwitchFailed(switch_name(i) + " is stopped by a signal");
     }
   }
-  if (waited >= longest_patience) throw SwitchFailed(switch_name(which) + " does not answer");
+  if (waited >= reply_timeout) throw SwitchFailed(switch_name(side) + " does not reply");
 }
 
 }  // namespace
@@ -91,7 +93,7 @@ Pair::Pair() try {
     Switch &made = switches[i];
     made.last_lines = {make_shared_lines(),
                        [](LastLines *lines) { munmap(lines, sizeof(LastLines)); }};
-    // A switch ends when the lab closes its line, of which it must have no copy.
+    // A switch ends when the lab closes its control socket, so no switch may keep a copy of it.
     made.process = start_child([&] {
       peer[1 - i].close();
       controls[1 - i][1].close();
@@ -101,8 +103,8 @@ Pair::Pair() try {
     });
     made.control = std::move(controls[i][0]);
   }
-} catch (const std::system_error &problem) {
-  throw SwitchFailed(problem.what());
+} catch (const std::system_error &error) {
+  throw SwitchFailed(error.what());
 }
 
 Replies ask(Pair &pair, const Requests &requests, bool log) {
@@ -112,28 +114,28 @@ Replies ask(Pair &pair, const Requests &requests, bool log) {
   for (std::size_t i = 0; i < requests.size(); ++i) {
     if (requests[i].empty()) continue;
     write_frame(pair.switches[i].control, encode(Request{log, requests[i]}),
-                [&](int waited) { look_at(pair, i, waited); });
+                [&](int waited) { check_timeouts(pair, i, waited); });
   }
   for (std::size_t i = 0; i < requests.size(); ++i) {
     if (requests[i].empty()) continue;
-    Switch &answering = pair.switches[i];
+    Switch &asked = pair.switches[i];
     try {
       const auto frame =
-          read_frame(answering.control, [&](int waited) { look_at(pair, i, waited); });
+          read_frame(asked.control, [&](int waited) { check_timeouts(pair, i, waited); });
       if (frame) {
         replies[i] = decode_reply(*frame);
         if (!replies[i].problem.empty()) {
           failed.push_back(switch_name(i) + ": " + replies[i].problem);
         }
       } else {
-        died.push_back(switch_name(i) + " " + how_it_ended(answering.process) +
-                       last_words(*answering.last_lines));
+        died.push_back(switch_name(i) + " " + describe_exit(asked.process) +
+                       describe_last_lines(*asked.last_lines));
       }
     } catch (const DecodeError &error) {
       throw SwitchFailed(switch_name(i) + ": " + error.what());
     }
   }
-  // A switch that misses the other one reports nothing but its end.
+  // When one switch has died, the error of the other one is only a consequence.
   if (!died.empty() || !failed.empty())
     throw SwitchFailed(join(died.empty() ? failed : died, "\n"));
   return replies;

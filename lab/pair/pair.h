@@ -1,4 +1,4 @@
-// The two switches on the desk: two processes, joined by a socket, and the lab's line to each.
+// The left and the right switch: two processes that share a socket, and a control socket to each.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@ namespace lab {
 
 struct LastLines;
 
-// A switch process died, or could not do what it was asked.
+// A switch process died, or a request failed.
 struct SwitchFailed : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -26,19 +26,20 @@ struct Switch {
   Descriptor control;
 };
 
-// Both switches; they end with this record, and leave nothing behind.
+// Both switch processes. The destructor ends them.
 struct Pair {
   std::array<Switch, 2> switches;
 
   Pair();
 };
 
-// For each switch what it is asked, in this order; no operation: it is not asked.
+// The operations of each switch, in order. A switch without operations gets no request.
 using Requests = std::array<std::vector<Operation>, 2>;
 using Replies = std::array<Reply, 2>;
 
-// Ask both switches before the first reply is awaited: they may have to talk to one another. `log`:
-// with the lines of the event histories. Throws SwitchFailed and Interrupted.
+// Sends the requests and returns the replies. Sends both before it reads a reply, because a check
+// exchanges arrays between the switches. `log`: replies contain the event history. Throws
+// SwitchFailed and Interrupted.
 Replies ask(Pair &pair, const Requests &requests, bool log = false);
 
 }  // namespace lab

@@ -1,5 +1,4 @@
-// What a switch is asked, and what it answers: the whole of what the lab and its two switches say
-// to one another. How it travels, wire.h knows.
+// Requests to a switch process and its replies. wire.h encodes them.
 #pragma once
 
 #include <cstdint>
@@ -13,13 +12,13 @@
 
 namespace lab {
 
-// What an operation of the library is about: the switch, or one interface.
+// The switch, or one interface of it.
 struct Scope {
   bool global = true;
   uint32_t port = 0;
 };
 
-// --- answers ---
+// --- replies ---
 
 struct ParameterRecord {
   uint32_t type = 0;
@@ -31,61 +30,61 @@ struct ParameterRecord {
 
 struct CommandAnswer {
   bool is_accepted = false;
-  std::string text;  // of a refusal
+  std::string text;  // the message of a refusal
 };
 
-// A record for display.
+// A record of the library's report.
 struct DisplayRecord {
-  std::string scope;  // "switch", or a port
+  std::string scope;  // "switch", or the name of a port
   uint32_t type = 0;
   std::string component;
   std::string name;
   std::string value;
 };
 
-// What came of all operations of a request.
+// The results of all operations of a request.
 struct SwitchReport {
-  std::optional<uint32_t> result;  // the first that is not 0
+  std::optional<uint32_t> result;  // the first that is not 0, else 0
   bool is_command = false;
-  std::optional<CommandAnswer> answer;  // to a command; nothing: it was not answered
+  std::optional<CommandAnswer> answer;  // nullopt if the command was not answered
   std::optional<std::vector<ParameterRecord>> records;
-  std::optional<std::vector<Entry>> values;  // handed out by an extraction, the same ones once
-  std::optional<Bytes> exported;             // an array; without bytes: there is none
+  std::optional<std::vector<Entry>> values;  // from extractions, without duplicates
+  std::optional<Bytes> exported;             // an array; empty if the export failed
   std::optional<std::vector<DisplayRecord>> display;
   std::vector<std::string> log;
 };
 
-// A port that is not configured like the first port of its channel on the same switch.
+// A port whose parameters differ from those of the first port of its channel on the same switch.
 struct InconsistentPort {
   std::string name;
-  std::vector<uint16_t> types;
+  std::vector<uint16_t> types;  // of the parameters that differ
 
   bool operator==(const InconsistentPort &) const = default;
 };
 
-// One scope of a check on one switch.
+// The check of one scope on one switch.
 struct ScopeAnswer {
   uint32_t code = 0;  // the library's result
   bool on_pod = false;
-  std::optional<uint32_t> mode;  // by which the library compares; nothing: none is cached
-  Bytes array;                   // that was sent to the peer; without bytes: none
+  std::optional<uint32_t> mode;  // the cached spanning-tree mode; nullopt if none is cached
+  Bytes array;                   // sent to the peer; empty if the export failed
   std::vector<InconsistentPort> inconsistent;
 };
 
 struct Reply {
-  std::string problem;  // not empty: the request could not be done
+  std::string problem;  // empty if the request succeeded
   SwitchReport report;
   std::vector<ScopeAnswer> checked;  // in the order of the scopes
 };
 
 // --- operations ---
 
-// Be this switch: its world, and what its cache holds at first.
+// Replaces the switch of the process: the state of its platform and the contents of its cache.
 struct SetUp {
   Settings settings;
 };
 
-// The same switch in a world that has changed.
+// Changes the state of the platform. The cache stays as it is.
 struct ChangeWorld {
   Settings settings;
 };
@@ -128,7 +127,7 @@ struct Report {
   Scope scope;
 };
 
-// Let an operation of the platform fail, from its nth use on.
+// Makes an operation of the platform fail, from its nth use on.
 struct Fail {
   uint32_t operation;  // standin_operation_t
   uint32_t nth;
@@ -139,17 +138,17 @@ struct Crash {
   int32_t signal;
 };
 
-// Compare with the peer, which is asked the same at the same time, scope by scope.
+// Compares scopes with the peer. Both switches need the same request at the same time.
 struct Check {
   std::vector<PairScope> scopes;
-  std::optional<Vlans> twins;  // nothing: disabled VLANs are left out
+  std::optional<Vlans> twins;  // nullopt: disabled VLANs are not compared
 };
 
 using Operation = std::variant<SetUp, ChangeWorld, Command, Update, CacheUpdate, Delete, Export,
                                Rebuild, Report, Fail, Crash, Check>;
 
 struct Request {
-  bool log = false;  // are the lines of the event history wanted?
+  bool log = false;  // the reply contains the event history
   std::vector<Operation> operations;
 };
 

@@ -14,18 +14,17 @@ using Ends = std::array<PairScope::End, 2>;
 
 void add_ports(std::map<std::string, Ends, NaturalLess> &channels, const Settings &settings,
                std::size_t which) {
-  std::map<uint32_t, Ends *> by_id;
+  std::map<uint32_t, std::string> names;
+  for (const Channel &channel : settings.channels) names[channel.id] = channel.name;
   for (const Port &port : settings.ports) {
     if (port.channel == 0) continue;
-    Ends *&ends = by_id[port.channel];
-    if (ends == nullptr) {
-      const Channel *channel = find_channel(settings, port.channel);
-      const auto [at, is_new] = channels.try_emplace(channel->name);
-      ends = &at->second;
-      if (is_new) (*ends)[1 - which].present = false;
-      (*ends)[which] = {true, port.index, port_name(port), {}};
+    const auto [at, is_new] = channels.try_emplace(names.at(port.channel));
+    Ends &ends = at->second;
+    if (is_new) ends[0].present = ends[1].present = false;
+    if (ends[which].present) {
+      ends[which].others.push_back({port.index, port_name(port)});
     } else {
-      (*ends)[which].others.push_back({port.index, port_name(port)});
+      ends[which] = {true, port.index, port_name(port), {}};
     }
   }
 }
@@ -39,7 +38,7 @@ std::vector<PairScope> find_scopes(const PairOfSettings &pair) {
   }
   std::vector<PairScope> scopes = {PairScope{}};
   for (auto &[name, ends] : channels) {
-    // A switch without the channel looks at the other's array as if it came from that port.
+    // A switch without the channel checks the peer's array under the index of the peer's port.
     for (std::size_t which = 0; which < ends.size(); ++which) {
       if (!ends[which].present) ends[which].port = ends[1 - which].port;
     }

@@ -1,5 +1,5 @@
-// What is compared of a pair: the switch, and each multi-chassis channel, whose lowest port speaks
-// for it on each side, whatever the indexes are.
+// The scopes of a comparison: the switch, and each multi-chassis channel. On each side the lowest
+// port of a channel is compared; the indexes of these ports may differ.
 #pragma once
 
 #include <array>
@@ -21,12 +21,12 @@ struct PairScope {
     bool operator==(const Member &) const = default;
   };
 
-  // One side of it.
+  // One side of a scope.
   struct End {
-    bool present = true;  // false: this switch has no such channel
+    bool present = true;  // false if the switch does not have the channel
     uint32_t port = 0;
     std::string port_name;
-    std::vector<Member> others;  // of the channel, after the port
+    std::vector<Member> others;  // the rest of the channel's ports
 
     bool operator==(const End &) const = default;
   };
@@ -38,11 +38,11 @@ struct PairScope {
   bool operator==(const PairScope &) const = default;
 };
 
-// All that a verdict depends on: the switch, and the channels that have a port on either side, in
-// natural order of their names.
+// Returns the switch, and the channels that have a port on either side, in natural order of their
+// names. A verdict depends on all of these scopes.
 std::vector<PairScope> find_scopes(const PairOfSettings &pair);
 
-// The VLANs that the same channel carries on both switches.
+// Returns the VLANs that channels of the same name carry on both switches.
 Vlans twin_vlans(const PairOfSettings &pair);
 
 }  // namespace lab

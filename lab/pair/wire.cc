@@ -11,7 +11,7 @@
 
 namespace lab {
 
-// A switch has no use for the rest of its settings.
+// Only the fields that a switch process reads are encoded.
 LAB_FIELDS(Entry, it.type, it.value)
 LAB_FIELDS(Channel, it.name, it.id, it.internal)
 LAB_FIELDS(Port, it.index, it.name, it.channel, it.pod, it.parameters)
@@ -41,24 +41,24 @@ LAB_FIELDS(Request, it.log, it.operations)
 
 namespace {
 
-// No frame of the lab comes near; a longer one is garbage.
-constexpr uint32_t longest_frame = 256U << 20;
+// Far above the longest frame of the lab.
+constexpr uint32_t max_frame_bytes = 256U << 20;
 
-// How often `waiting` is called.
-constexpr int wait_slice = 500;
+// The interval of calls of a WaitCallback, in milliseconds.
+constexpr int wait_interval = 500;
 
-// Wait until a socket is ready. Throws Interrupted.
-void await(int socket, short event, const Waiting &waiting) {
-  for (int waited = 0;; waited += wait_slice) {
-    if (waiting && waited > 0) waiting(waited);
+// Waits until a socket is ready. Throws Interrupted.
+void await(int socket, short event, const WaitCallback &on_wait) {
+  for (int waited = 0;; waited += wait_interval) {
+    if (on_wait && waited > 0) on_wait(waited);
     std::vector<pollfd> sockets = {{socket, event, 0}};
-    wait(sockets, Clock::now() + std::chrono::milliseconds(wait_slice));
+    wait(sockets, Clock::now() + std::chrono::milliseconds(wait_interval));
     if (sockets[0].revents != 0) return;
   }
 }
 
-// Send or receive all bytes of a frame or of its length; false: the other end is gone.
-bool move_all(int socket, short event, const Waiting &waiting, Bytes &bytes) {
+// Receives (POLLIN) or sends (POLLOUT) all bytes. Returns false if the other end is closed.
+bool move_all(int socket, short event, const WaitCallback &on_wait, Bytes &bytes) {
   for (std::size_t done = 0; done < bytes.size();) {
     if (interrupted()) throw Interrupted{};
     uint8_t *at = bytes.data() + done;
@@ -68,7 +68,7 @@ bool move_all(int socket, short event, const Waiting &waiting, Bytes &bytes) {
     if (moved > 0) {
       done += static_cast<std::size_t>(moved);
     } else if (moved < 0 && errno == EAGAIN) {
-      await(socket, event, waiting);
+      await(socket, event, on_wait);
     } else if (moved == 0 || errno != EINTR) {
       return false;
     }
@@ -86,19 +86,19 @@ Bytes make_frame(const Bytes &content) {
   return frame;
 }
 
-bool write_frame(int socket, const Bytes &content, const Waiting &waiting) {
+bool write_frame(int socket, const Bytes &content, const WaitCallback &on_wait) {
   Bytes frame = make_frame(content);
-  return move_all(socket, POLLOUT, waiting, frame);
+  return move_all(socket, POLLOUT, on_wait, frame);
 }
 
-std::optional<Bytes> read_frame(int socket, const Waiting &waiting) {
+std::optional<Bytes> read_frame(int socket, const WaitCallback &on_wait) {
   uint32_t size = 0;
   Bytes length(sizeof size);
-  if (!move_all(socket, POLLIN, waiting, length)) return std::nullopt;
+  if (!move_all(socket, POLLIN, on_wait, length)) return std::nullopt;
   std::memcpy(&size, length.data(), sizeof size);
-  if (size > longest_frame) throw DecodeError("a frame too long");
+  if (size > max_frame_bytes) throw DecodeError("it is too long");
   Bytes content(size);
-  if (!move_all(socket, POLLIN, waiting, content)) return std::nullopt;
+  if (!move_all(socket, POLLIN, on_wait, content)) return std::nullopt;
   return content;
 }
 

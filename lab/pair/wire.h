@@ -1,5 +1,5 @@
-// How requests, replies and arrays travel over the lab's sockets: frames, a length and then that
-// many bytes.
+// Frames carry requests, replies and arrays over the lab's sockets. A frame is a 32-bit length in
+// host byte order, followed by that many bytes.
 #pragma once
 
 #include <functional>
@@ -11,22 +11,23 @@
 
 namespace lab {
 
-// The other end does not speak as it should.
+// A frame is malformed.
 struct DecodeError : std::runtime_error {
-  explicit DecodeError(const std::string &how)
-      : std::runtime_error("it does not speak as a switch does: " + how) {}
+  explicit DecodeError(const std::string &reason)
+      : std::runtime_error("malformed frame: " + reason) {}
 };
 
-// Called about twice a second while nothing comes, with the milliseconds so far; may throw.
-using Waiting = std::function<void(int waited)>;
+// Called about twice a second while a socket is not ready, with the milliseconds so far. May throw.
+using WaitCallback = std::function<void(int waited)>;
 
 Bytes make_frame(const Bytes &content);
 
-// false: the other end is gone. Throws Interrupted, and what `waiting` throws.
-bool write_frame(int socket, const Bytes &content, const Waiting &waiting = nullptr);
+// Returns false if the other end is closed. Throws Interrupted, and what the callback throws.
+bool write_frame(int socket, const Bytes &content, const WaitCallback &on_wait = nullptr);
 
-// Nothing: the other end is gone. Also throws DecodeError.
-std::optional<Bytes> read_frame(int socket, const Waiting &waiting = nullptr);
+// Returns nullopt if the other end is closed. Throws like write_frame, and DecodeError if the frame
+// is too long.
+std::optional<Bytes> read_frame(int socket, const WaitCallback &on_wait = nullptr);
 
 Bytes encode(const Request &request);
 Bytes encode(const Reply &reply);

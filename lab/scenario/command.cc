@@ -1,4 +1,4 @@
-// The step `command`: a configuration command, and the attributes that a scenario may give it.
+// The step `command`: a configuration command and its attributes.
 
 #include <cstring>
 
@@ -11,15 +11,15 @@ namespace {
 
 using Attribute = Command::Attribute;
 
-// --- bytes of attributes: words in the byte order of the machine ---
+// --- values of attributes: words in host byte order ---
 
 Bytes host_words(const std::vector<uint32_t> &words) {
-  Bytes made(words.size() * sizeof(uint32_t));
-  if (!made.empty()) std::memcpy(made.data(), words.data(), made.size());
-  return made;
+  Bytes bytes(words.size() * sizeof(uint32_t));
+  std::memcpy(bytes.data(), words.data(), bytes.size());
+  return bytes;
 }
 
-// A list of ranges behind a header of some words, of which the second is their number.
+// Encodes a list of ranges. The second word of the header is the number of ranges.
 Bytes range_list(const Ranges &ranges, std::size_t header_words) {
   std::vector<uint32_t> words(header_words);
   words[1] = uint32_t(ranges.size());
@@ -27,14 +27,14 @@ Bytes range_list(const Ranges &ranges, std::size_t header_words) {
   return host_words(words);
 }
 
-// --- the keys that give a command an attribute ---
+// --- keys that add an attribute to a command ---
 
 struct AttributeKey {
   std::string key;
-  // The commands that take it, and the attribute that each takes it as.
+  // The commands that accept the key, and the attribute for each of them.
   std::vector<std::pair<uint32_t, uint32_t>> commands;
-  Words words;           // none: it is a list of VLANs
-  bool is_bare = false;  // its presence says all: it has no bytes
+  Words words;           // empty: the value is a list of VLANs
+  bool is_flag = false;  // the attribute has no bytes
 };
 
 const std::vector<AttributeKey> &attribute_keys() {
@@ -64,18 +64,14 @@ const std::vector<AttributeKey> &attribute_keys() {
 }
 
 Bytes read_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &key) {
-  if (key.words.empty()) {
-    read_vlan_list(reader, node, key.key);
-    // The ranges as they are written: the library is to see them so.
-    return range_list(parse_vlans(scalar_text(node)).ranges, 2);
-  }
-  const uint32_t word = reader.word(node, key.key, key.words, !key.is_bare);
-  return key.is_bare ? Bytes{} : host_words({word});
+  if (key.words.empty()) return range_list(read_vlan_ranges(reader, node, key.key), 2);
+  const uint32_t word = reader.word(node, key.key, key.words, !key.is_flag);
+  return key.is_flag ? Bytes{} : host_words({word});
 }
 
-// A command by its name or its identifier.
-uint32_t read_id(Reader &reader, const YAML::Node &value) {
-  const std::string given = value.IsScalar() ? value.Scalar() : "";
+// Reads a command: its name or its identifier.
+uint32_t read_command_id(Reader &reader, const YAML::Node &value) {
+  const std::string given = scalar_text(value);
   if (const CommandInfo *known = find_command(std::string_view(given))) return known->id;
   const auto id = parse_number(given);
   if (!id) {
@@ -91,17 +87,16 @@ std::string command_text(uint32_t id) {
 
 void add_attribute(Reader &reader, const YAML::Node &node, const AttributeKey &key,
                    Command &command) {
-  std::vector<std::string> takers;
-  for (const auto &[taker, attribute] : key.commands) {
-    if (taker == command.id) {
-      command.attributes.push_back({attribute, read_attribute(reader, node, key)});
-      return;
-    }
-    takers.push_back(command_text(taker));
+  for (const auto &[id, attribute] : key.commands) {
+    if (id != command.id) continue;
+    command.attributes.push_back({attribute, read_attribute(reader, node, key)});
+    return;
   }
   if (command.id == 0) return;  // the command itself is an error
-  reader.add_error(node, "'" + key.key + "' does not belong to " + command_text(command.id),
-                   "it with " + one_of(takers) + " only");
+  const std::vector<std::string> names =
+      describe_each(key.commands, [](const auto &row) { return command_text(row.first); });
+  reader.add_error(node, "found '" + key.key + "' with " + command_text(command.id),
+                   "it with " + one_of(names) + " only");
 }
 
 std::vector<Attribute> read_raw_attributes(Reader &reader, const YAML::Node &node) {
@@ -121,21 +116,21 @@ std::vector<Attribute> read_raw_attributes(Reader &reader, const YAML::Node &nod
   return attributes;
 }
 
-// The ranges of an interface command on each side. Indexes stay as they are written; of names, each
-// side has its own index.
+// Reads the ports of an interface command, for each side. Ranges of indexes are used as they are
+// written; a name is replaced by the index that the side has for it.
 std::array<Attribute, 2> read_port_ranges(StepReader &reader, const YAML::Node &node) {
   const std::vector<PortOfPair> ports = read_ports(reader, node, "ports");
   const ParsedRanges written = parse_ranges(scalar_text(node), UINT32_MAX);
-  std::array<Attribute, 2> lists;
-  for (std::size_t side = 0; side < lists.size(); ++side) {
+  const bool has_names = written.fault != RangeFault::none;
+  std::array<Attribute, 2> attributes;
+  for (std::size_t side = 0; side < attributes.size(); ++side) {
     Ranges ranges = written.ranges;
     for (const PortOfPair &port : ports) {
-      const auto index = written.fault != RangeFault::none ? port[side] : std::nullopt;
-      if (index) ranges.emplace_back(*index, *index);
+      if (has_names && port[side]) ranges.emplace_back(*port[side], *port[side]);
     }
-    lists[side] = {STP_MCEC_ATTR_IFINDEX, range_list(ranges, 4)};
+    attributes[side] = {STP_MCEC_ATTR_IFINDEX, range_list(ranges, 4)};
   }
-  return lists;
+  return attributes;
 }
 
 }  // namespace
@@ -147,7 +142,7 @@ std::vector<std::string> command_step_keys() {
 }
 
 void read_command(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
-  Command command{read_id(reader, value), true, {}};
+  Command command{read_command_id(reader, value), true, {}};
   if (node["form"]) {
     command.positive = reader.word(node["form"], "form", {{"no", 0}, {"set", 1}}, false) != 0;
   }
@@ -161,18 +156,18 @@ void read_command(StepReader &reader, const YAML::Node &node, const YAML::Node &
     add_attribute(reader, node[key.key], key, command);
     summarize(key.key);
   }
-  std::array<Command, 2> asked = {command, command};
+  std::array<Command, 2> requests = {command, command};
   if (node["ports"]) {
     const std::array<Attribute, 2> ports = read_port_ranges(reader, node["ports"]);
-    for (std::size_t i = 0; i < asked.size(); ++i) asked[i].attributes.push_back(ports[i]);
+    for (std::size_t i = 0; i < requests.size(); ++i) requests[i].attributes.push_back(ports[i]);
     summarize("ports");
   }
   if (node["attributes"]) {
     for (const Attribute &raw : read_raw_attributes(reader, node["attributes"])) {
-      for (Command &one : asked) one.attributes.push_back(raw);
+      for (Command &request : requests) request.attributes.push_back(raw);
     }
   }
-  for (std::size_t i = 0; i < asked.size(); ++i) add_operation(step, i, asked[i]);
+  for (std::size_t i = 0; i < requests.size(); ++i) add_operation(step, i, requests[i]);
 }
 
 }  // namespace lab

@@ -1,4 +1,4 @@
-// What can be expected of a step: how it is read, and how it is taken from the step's report.
+// Expectations of steps: reading them, and comparing them with the step's report.
 
 #include <algorithm>
 #include <set>
@@ -13,8 +13,8 @@ struct ExpectationKind {
   const char *key;
   std::vector<std::string> actions;
   std::vector<Expected> (*read)(StepReader &reader, const YAML::Node &node);
-  Finding (*take)(const StepReport &report, const Expected &expected, std::size_t side);
-  bool is_of_pair = false;  // both switches have it in common
+  Finding (*find)(const StepReport &report, const Expected &expected, std::size_t side);
+  bool is_of_pair = false;  // one value for both switches
 };
 
 namespace {
@@ -22,7 +22,7 @@ namespace {
 // --- reading ---
 
 uint32_t read_code(StepReader &reader, const YAML::Node &node) {
-  const std::string given = node.IsScalar() ? node.Scalar() : "";
+  const std::string given = scalar_text(node);
   const auto code = find_result(given);
   if (!code) {
     reader.expected(node, "a result: " + one_of(result_keys(), given) + ", or a number");
@@ -30,7 +30,7 @@ uint32_t read_code(StepReader &reader, const YAML::Node &node) {
   return code.value_or(0);
 }
 
-// A mapping with at least one entry.
+// Reads a mapping with at least one entry.
 template <class Each>
 void read_mapping(StepReader &reader, const YAML::Node &node, const std::string &what, Each each) {
   reader.entries(node, what, each);
@@ -97,14 +97,13 @@ std::vector<Expected> read_channels_verdicts(StepReader &reader, const YAML::Nod
   std::vector<Expected> all;
   read_mapping(reader, node, "channels and verdicts, for instance {10: agree}",
                [&](const YAML::Node &key, const YAML::Node &value) {
-                 const std::string given = key.IsScalar() ? key.Scalar() : "";
-                 all.push_back({.subject = read_channel_name(reader, key, given),
+                 all.push_back({.subject = read_channel_name(reader, key, scalar_text(key)),
                                 .value = CheckCode{read_code(reader, value)}});
                });
   return all;
 }
 
-// {left: [ifi-port-guard@0x1001]}
+// Reads {left: [ifi-port-guard@0x1001]}.
 std::vector<Expected> read_inconsistent(StepReader &reader, const YAML::Node &node) {
   std::vector<Expected> all;
   const std::vector<std::string> sides(switch_names.begin(), switch_names.end());
@@ -116,34 +115,34 @@ std::vector<Expected> read_inconsistent(StepReader &reader, const YAML::Node &no
   return all;
 }
 
-// --- what a report has of it ---
+// --- finding the values in a report ---
 
-SwitchReport answer_of(const StepReport &report, std::size_t side) {
+SwitchReport get_switch_report(const StepReport &report, std::size_t side) {
   return report.switches[side].value_or(SwitchReport{});
 }
 
-Finding take_result(const StepReport &report, const Expected &, std::size_t side) {
-  const auto result = answer_of(report, side).result;
+Finding get_result(const StepReport &report, const Expected &, std::size_t side) {
+  const auto result = get_switch_report(report, side).result;
   return result ? Finding(ResultCode{*result}) : Finding();
 }
 
-Finding take_answer(const StepReport &report, const Expected &, std::size_t side) {
-  return describe_answer(answer_of(report, side));
+Finding get_answer(const StepReport &report, const Expected &, std::size_t side) {
+  return describe_answer(get_switch_report(report, side));
 }
 
-Finding take_records(const StepReport &report, const Expected &, std::size_t side) {
-  auto records = answer_of(report, side).records.value_or(std::vector<ParameterRecord>{});
+Finding get_records(const StepReport &report, const Expected &, std::size_t side) {
+  auto records = get_switch_report(report, side).records.value_or(std::vector<ParameterRecord>{});
   std::erase_if(records, [](const ParameterRecord &record) { return !record.is_valid; });
   return records;
 }
 
 bool has_text(uint16_t type, const std::optional<std::string> &found, const std::string &expected) {
-  return found && same_text(parameter_key(type), *found, expected);
+  return found && is_same_text(parameter_key(type), *found, expected);
 }
 
-// Of each parameter that is named its text; of several ports, the first that is not as expected.
-Finding take_texts(const StepReport &report, const Expected &expected, std::size_t side) {
-  const SwitchReport answer = answer_of(report, side);
+// Returns the text of each expected parameter; of several ports, the first unexpected text.
+Finding get_texts(const StepReport &report, const Expected &expected, std::size_t side) {
+  const SwitchReport answer = get_switch_report(report, side);
   std::vector<std::pair<uint32_t, std::string>> texts;
   for (const Entry &entry : answer.values.value_or(std::vector<Entry>{})) {
     texts.emplace_back(entry.type, display(entry.type, entry.value));
@@ -154,23 +153,23 @@ Finding take_texts(const StepReport &report, const Expected &expected, std::size
   TextsByType found;
   for (const auto &[type, wanted] : std::get<TextsByType>(expected.value)) {
     std::optional<std::string> &first = found.emplace_back(type, std::nullopt).second;
-    for (const auto &[of, text] : texts) {
-      if (of != type || (first && !has_text(type, first, *wanted))) continue;
+    for (const auto &[found_type, text] : texts) {
+      if (found_type != type || (first && !has_text(type, first, *wanted))) continue;
       first = text;
     }
   }
   return found;
 }
 
-// 0, or the code of the first scope that does not agree; nothing: no scope was checked.
-Finding take_verdict(const StepReport &report, const Expected &, std::size_t side) {
+// Returns the code of the first scope that does not agree, or 0. Empty if no scope was checked.
+Finding get_verdict(const StepReport &report, const Expected &, std::size_t side) {
   for (const ScopeReport &scope : *report.checks) {
     if (scope.codes[side] != 0) return CheckCode{scope.codes[side]};
   }
   return report.checks->empty() ? Finding() : CheckCode{0};
 }
 
-// Is a port or a channel of that name in a scope? All ports of a channel are.
+// Returns whether a scope is, or contains, the port or channel with a name.
 bool has_subject(const ScopeReport &report, const std::string &name) {
   const PairScope &scope = report.scope;
   if (scope.name == name) return true;
@@ -181,7 +180,7 @@ bool has_subject(const ScopeReport &report, const std::string &name) {
   });
 }
 
-Finding take_scope_verdict(const StepReport &report, const Expected &expected, std::size_t side) {
+Finding get_scope_verdict(const StepReport &report, const Expected &expected, std::size_t side) {
   Finding found;
   for (const ScopeReport &scope : *report.checks) {
     if (has_subject(scope, expected.subject)) found = CheckCode{scope.codes[side]};
@@ -189,8 +188,8 @@ Finding take_scope_verdict(const StepReport &report, const Expected &expected, s
   return found;
 }
 
-// Parameters that differ, in the order of their types, over all scopes of a check.
-Finding take_differing(const StepReport &report, const Expected &, std::size_t) {
+// Returns the parameters that differ in any scope, in the order of their types.
+Finding get_differing(const StepReport &report, const Expected &, std::size_t) {
   std::set<uint16_t> types;
   for (const ScopeReport &scope : *report.checks) {
     for (const ParameterReport &parameter : scope.parameters) {
@@ -202,12 +201,12 @@ Finding take_differing(const StepReport &report, const Expected &, std::size_t) 
 }
 
 template <std::optional<Vlans> ScopeReport::*vlans>
-Finding take_twins(const StepReport &report, const Expected &, std::size_t) {
+Finding get_twins(const StepReport &report, const Expected &, std::size_t) {
   if (report.checks->empty() || !(report.checks->front().*vlans)) return {};
   return *(report.checks->front().*vlans);
 }
 
-Finding take_inconsistent(const StepReport &report, const Expected &, std::size_t side) {
+Finding get_inconsistent(const StepReport &report, const Expected &, std::size_t side) {
   std::vector<ParameterRecord> found;
   for (const ScopeReport &scope : *report.checks) {
     for (const InconsistentPort &port : scope.inconsistent[side]) {
@@ -217,39 +216,39 @@ Finding take_inconsistent(const StepReport &report, const Expected &, std::size_
   return found;
 }
 
-// --- the kinds ---
+// --- kinds of expectations ---
 
 const std::vector<ExpectationKind> &expectation_kinds() {
   static const std::vector<ExpectationKind> kinds = {
-      {"answer", {"command"}, read_one<read_answer>, take_answer},
+      {"answer", {"command"}, read_one<read_answer>, get_answer},
       {"result",
        {"command", "update", "cache-update", "delete", "rebuild", "report"},
        read_one<read_result>,
-       take_result},
-      {"records", {"command", "update"}, read_one<read_records>, take_records},
-      {"values", {"command", "update"}, read_one<read_texts>, take_texts},
-      {"texts", {"report"}, read_one<read_texts>, take_texts},
-      {"verdict", {"check"}, read_verdict<>, take_verdict},
-      {"left", {"check"}, read_verdict<0>, take_verdict},
-      {"right", {"check"}, read_verdict<1>, take_verdict},
-      {"differ", {"check"}, read_one<read_types>, take_differing, true},
-      {"pass", {"check"}, read_one<read_twins>, take_twins<&ScopeReport::pass>, true},
-      {"fail", {"check"}, read_one<read_twins>, take_twins<&ScopeReport::fail>, true},
-      {"ports", {"check"}, read_ports_verdicts, take_scope_verdict},
-      {"channels", {"check"}, read_channels_verdicts, take_scope_verdict},
-      {"inconsistent", {"check"}, read_inconsistent, take_inconsistent},
+       get_result},
+      {"records", {"command", "update"}, read_one<read_records>, get_records},
+      {"values", {"command", "update"}, read_one<read_texts>, get_texts},
+      {"texts", {"report"}, read_one<read_texts>, get_texts},
+      {"verdict", {"check"}, read_verdict<>, get_verdict},
+      {"left", {"check"}, read_verdict<0>, get_verdict},
+      {"right", {"check"}, read_verdict<1>, get_verdict},
+      {"differ", {"check"}, read_one<read_types>, get_differing, true},
+      {"pass", {"check"}, read_one<read_twins>, get_twins<&ScopeReport::pass>, true},
+      {"fail", {"check"}, read_one<read_twins>, get_twins<&ScopeReport::fail>, true},
+      {"ports", {"check"}, read_ports_verdicts, get_scope_verdict},
+      {"channels", {"check"}, read_channels_verdicts, get_scope_verdict},
+      {"inconsistent", {"check"}, read_inconsistent, get_inconsistent},
   };
   return kinds;
 }
 
-// What is expected under a key; nullptr: nothing.
+// Returns the expected value of a key, or nullptr.
 template <class Value>
 const Value *find_expected(const std::vector<Expected> &expected, std::string_view key) {
   const auto *found = find_in(expected, [=](const Expected &one) { return key == one.kind->key; });
   return found != nullptr ? &std::get<Value>(found->value) : nullptr;
 }
 
-// Why a step cannot come out so; empty: it can.
+// Returns the reason why expectations exclude each other, or "".
 std::string find_contradiction(const std::vector<Expected> &expected) {
   const auto *answer = find_expected<std::string>(expected, "answer");
   const auto *result = find_expected<ResultCode>(expected, "result");
@@ -267,16 +266,16 @@ std::string find_contradiction(const std::vector<Expected> &expected) {
       {answer && result && (*answer == "accepted") != (result->code == 0),
        "a command is accepted exactly when its result is ok"},
       {records && records->empty() && values && !values->empty(),
-       "values are handed out with records only"},
+       "values are returned with records only"},
       {pass && fail && (*pass & *fail).any(), "a VLAN passes or fails, not both"},
       {verdict && left && *left != *verdict,
-       "'verdict' is that of both switches, and 'left' says something else"},
+       "'verdict' is the verdict of both switches, and 'left' has another one"},
       {verdict && right && *right != *verdict,
-       "'verdict' is that of both switches, and 'right' says something else"},
-      {agrees && differ && !differ->empty(), "a pair that agrees differs in nothing"},
+       "'verdict' is the verdict of both switches, and 'right' has another one"},
+      {agrees && differ && !differ->empty(), "in a pair that agrees no parameter differs"},
       {agrees && fail && fail->any(), "no VLAN fails when the pair agrees"},
       {named && differ && std::ranges::count(*differ, named->type) == 0,
-       "the verdict names a parameter that 'differ' does not"},
+       "the parameter of the verdict is not in 'differ'"},
   };
   for (const auto &[is_found, why] : contradictions) {
     if (is_found) return why;
@@ -322,8 +321,8 @@ std::vector<Expected> read_expectations(StepReader &reader, const YAML::Node &no
   }
   const std::string why = reader.errors.size() == errors ? find_contradiction(expected) : "";
   if (!why.empty()) {
-    reader.add_error(node, "found expectations that cannot hold together: " + why,
-                     "what can be the outcome");
+    reader.add_error(node, "found expectations that exclude each other: " + why,
+                     "a possible outcome");
   }
   return expected;
 }
@@ -334,7 +333,7 @@ void check_expectations(const Step &step, StepReport &report) {
     const bool is_verdict = std::holds_alternative<CheckCode>(expected.value);
     for (std::size_t side = 0; side < (kind.is_of_pair ? 1 : step.on.size()); ++side) {
       if (!step.on[side] || expected.side.value_or(side) != side) continue;
-      Finding found = kind.take(report, expected, side);
+      Finding found = kind.find(report, expected, side);
       report.expectations.push_back({.key = is_verdict ? "verdict" : kind.key,
                                      .side = kind.is_of_pair ? std::nullopt : std::optional(side),
                                      .subject = expected.subject,

@@ -17,10 +17,10 @@ void read_switches(StepReader &reader, const YAML::Node &node, const ReadFrom &r
   }
 }
 
-// Scenarios that name no twin VLANs, but the VLANs that the channels carry, say them so.
+// Returns the twin VLANs of a scenario without 'twin-vlans', if any of its channels carries VLANs.
 std::optional<Vlans> carried_twins(const SettingsPair &settings) {
-  for (const Settings &of_switch : settings) {
-    for (const Channel &channel : of_switch.channels) {
+  for (const Settings &side : settings) {
+    for (const Channel &channel : side.channels) {
       if (channel.vlans.any()) return twin_vlans({&settings[0], &settings[1]});
     }
   }
@@ -39,7 +39,7 @@ void read_root(StepReader &reader, const YAML::Node &root, const ReadFrom &read_
   const YAML::Node steps = root["steps"];
   if (!reader.required(root, "steps", "a scenario")) return;
   if (!steps.IsSequence() || steps.size() == 0) {
-    return reader.add_error(steps, "no step in 'steps'", "a list of at least one");
+    return reader.add_error(steps, "found no step", "a list of at least one step");
   }
   reader.now = scenario.settings;
   reader.scopes = find_scopes({&reader.now[0], &reader.now[1]});

@@ -1,4 +1,4 @@
-// A scenario: two switches, what is done to them step by step, and what is expected to come of it.
+// A scenario: two switches, the steps to perform on them, and the expectations of each step.
 #pragma once
 
 #include <array>
@@ -16,19 +16,19 @@ namespace lab {
 
 struct ExpectationKind;
 
-// What is expected of a step.
+// An expected result of a step.
 struct Expected {
   const ExpectationKind *kind = nullptr;
   std::string subject = {};              // a port or a channel; empty: the whole step
-  std::optional<std::size_t> side = {};  // nothing: each that the step is on
+  std::optional<std::size_t> side = {};  // nullopt: each side of the step
   Finding value = {};
 };
 
 struct Step : StepHead {
-  Requests requests;  // but a check, which both are asked
-  std::optional<Check> check;
-  std::string saved_as;      // the name of the array that is exported
-  std::string rebuilt_from;  // the name of the array that is put back
+  Requests requests;           // empty for a check
+  std::optional<Check> check;  // performed by both switches
+  std::string saved_as;        // the name under which the exported array is stored
+  std::string rebuilt_from;    // the name of the array of a rebuild
   std::vector<Expected> expected;
 };
 
@@ -43,20 +43,20 @@ struct Scenario {
 
 struct ReadScenario {
   Scenario scenario;
-  InputErrors errors;  // in the order of the file; none: the scenario can be run
+  InputErrors errors;  // in the order of the file; if there are any, the scenario is invalid
 };
 
-// The scenario in a file; "-" is standard input.
+// Reads a scenario from a file. "-" is standard input.
 ReadScenario read_scenario(const std::string &path, const ReadFrom &read_from);
 
-// The scenario of a text. Files that it names are looked for beside its path.
+// Reads a scenario from a text. Paths of files in it are relative to the folder of `path`.
 ReadScenario read_scenario_text(const std::string &path, const std::string &text,
                                 const ReadFrom &read_from);
 
-// Can what-if be asked about a step?
+// Returns whether a step changes settings: what-if accepts only such a step.
 bool changes_settings(const Step &step);
 
-// Check all that is expected of a step against its report, and add it there.
+// Compares the expectations of a step with its report, and adds the outcomes to the report.
 void check_expectations(const Step &step, StepReport &report);
 
 }  // namespace lab

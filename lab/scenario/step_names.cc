@@ -1,4 +1,4 @@
-// The ports, channels and records that steps and expectations name.
+// Reading ports, channels and records in steps and expectations.
 
 #include <set>
 
@@ -9,7 +9,7 @@ namespace {
 
 constexpr char port_example[] = "0x1000-0x1003,0x2000";
 
-// Ports by their names, separated by commas.
+// Reads names of ports that are separated by commas.
 std::vector<PortOfPair> read_named_ports(StepReader &reader, const YAML::Node &node,
                                          const std::string &what) {
   std::set<std::string> names;
@@ -39,8 +39,8 @@ std::vector<PortOfPair> read_named_ports(StepReader &reader, const YAML::Node &n
   return ports;
 }
 
-// A port as reports call it, by its name or its index; "" where there is none such.
-std::string find_name_of_port(const StepReader &reader, const std::string &given) {
+// Returns the name of a port in reports from its name or its index, or "" if it does not exist.
+std::string find_reported_name(const StepReader &reader, const std::string &given) {
   const auto index = parse_number(given);
   for (const Settings &settings : reader.now) {
     const Port *port = index ? find_port(settings, *index) : find_port(settings, given);
@@ -68,7 +68,7 @@ std::vector<PortOfPair> read_ports(StepReader &reader, const YAML::Node &node,
       reader.add_error(node,
                        "port " + port_text(first) +
                            (first == last ? "" : " to " + port_text(last)) + " does not exist",
-                       "one that a switch of the scenario has");
+                       "a port of one of the switches");
     }
   }
   return ports;
@@ -101,8 +101,8 @@ std::string read_channel_name(StepReader &reader, const YAML::Node &node,
       names.insert(is_number ? channel.name.substr(channel_word.size()) : channel.name);
     }
   }
-  reader.add_error(node, "found channel '" + printable(given) + "'",
-                   names.empty() ? "a channel, but no port belongs to one"
+  reader.add_error(node, "found channel '" + given + "'",
+                   names.empty() ? "a channel, but the switches have none"
                                  : "a channel of one of the switches: " +
                                        one_of({names.begin(), names.end()}, given));
   return "";
@@ -117,7 +117,7 @@ std::vector<ParameterRecord> read_records(StepReader &reader, const YAML::Node &
     const std::size_t at = given.find('@');
     const Parameter *known = find_parameter(std::string_view(given).substr(0, at));
     const std::string port =
-        at == given.npos ? "" : find_name_of_port(reader, given.substr(at + 1));
+        at == given.npos ? "" : find_reported_name(reader, given.substr(at + 1));
     if (known == nullptr || known->is_global != port.empty()) {
       reader.expected(record,
                       "a parameter of the switch, or one of an interface and its port, " + example);

@@ -16,31 +16,31 @@ const Words operation_words = {
 const Words signal_words = {
     {"ABRT", SIGABRT}, {"SEGV", SIGSEGV}, {"KILL", SIGKILL}, {"BUS", SIGBUS}};
 
-// --- what is asked ---
+// --- operations ---
 
-// The same of both switches.
-template <class Asked>
-void ask_both(Step &step, const Asked &asked) {
-  for (const std::size_t side : {0U, 1U}) add_operation(step, side, asked);
+// On both switches.
+template <class Op>
+void add_to_both(Step &step, const Op &operation) {
+  for (const std::size_t side : {0U, 1U}) add_operation(step, side, operation);
 }
 
-// Of ports, one by one.
-template <class Asked>
-void ask_ports(Step &step, const std::vector<PortOfPair> &ports, Asked asked) {
+// One for each port.
+template <class Op>
+void add_to_ports(Step &step, const std::vector<PortOfPair> &ports, Op operation) {
   for (const PortOfPair &port : ports) {
     for (std::size_t side = 0; side < port.size(); ++side) {
       if (!port[side]) continue;
-      asked.scope = {false, *port[side]};
-      add_operation(step, side, asked);
+      operation.scope = {false, *port[side]};
+      add_operation(step, side, operation);
     }
   }
 }
 
-// Of the switch, unless the step has a key "port".
-template <class Asked>
-void ask_by_port(StepReader &reader, const YAML::Node &node, Step &step, Asked asked) {
-  if (!node["port"]) return ask_both(step, asked);
-  ask_ports(step, read_ports(reader, node["port"], "port"), std::move(asked));
+// For the ports under the key 'port', or for the switch if there is no such key.
+template <class Op>
+void add_to_port_key(StepReader &reader, const YAML::Node &node, Step &step, Op operation) {
+  if (!node["port"]) return add_to_both(step, operation);
+  add_to_ports(step, read_ports(reader, node["port"], "port"), std::move(operation));
 }
 
 std::string of_port(const YAML::Node &node) {
@@ -49,25 +49,22 @@ std::string of_port(const YAML::Node &node) {
 
 // --- the steps ---
 
-template <class Asked>
+template <class Op>
 void read_update(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
-  Asked update;
+  Op update;
   update.entries = read_parameters(reader, value, step.action);
   std::vector<std::string> keys;
   for (const Entry &entry : update.entries) keys.push_back(parameter_key(entry.type));
   step.summary = step.action + of_port(node) + ":" + (keys.empty() ? "" : " ") + join(keys);
-  ask_by_port(reader, node, step, std::move(update));
+  add_to_port_key(reader, node, step, std::move(update));
 }
 
-// Of "switch", or of ports.
-template <class Asked>
+// Reads a value that is "switch", or ports.
+template <class Op>
 void read_scopes(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
   const std::string what = "what to " + step.action;
-  if (scalar_text(value) == "switch") return ask_both(step, Asked{});
-  if (!value.IsScalar() || value.Scalar().empty()) {
-    return reader.expected(value, what + ": switch, or ports");
-  }
-  ask_ports(step, read_ports(reader, value, what + " (switch, or ports)"), Asked{});
+  if (scalar_text(value) == "switch") return add_to_both(step, Op{});
+  add_to_ports(step, read_ports(reader, value, what + " (switch, or ports)"), Op{});
 }
 
 void read_export(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
@@ -84,26 +81,24 @@ void read_rebuild(StepReader &reader, const YAML::Node &node, const YAML::Node &
   step.rebuilt_from = reader.text(value, "the name of an exported array");
   if (!reader.saved.contains(step.rebuilt_from)) {
     const std::set<std::string> &names = reader.saved;
-    reader.expected(value, names.empty()
-                               ? "an array, but no step before has exported one 'as' a name"
-                               : "an array that a step before has exported: " +
-                                     one_of({names.begin(), names.end()}, step.rebuilt_from));
+    reader.expected(
+        value, names.empty() ? "an exported array, but no earlier step has exported one 'as' a name"
+                             : "an array that an earlier step has exported: " +
+                                   one_of({names.begin(), names.end()}, step.rebuilt_from));
   }
   step.summary = "rebuild" + of_port(node) + " from " + step.rebuilt_from;
-  ask_by_port(reader, node, step, Rebuild{});
+  add_to_port_key(reader, node, step, Rebuild{});
 }
 
 void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
   Check check;
-  const std::string given = value.IsScalar() ? value.Scalar() : "";
+  const std::string given = scalar_text(value);
   const std::string what = "what to check: all, switch, channel and its number or name, or ports";
   const bool is_of_channel = given.starts_with(channel_word);
   if (given == "switch") {
     check.scopes = {PairScope{}};
   } else if (given == "all" || is_of_channel) {
     check.scopes = reader.scopes;
-  } else if (given.empty()) {
-    reader.expected(value, what);
   } else {
     for (const PortOfPair &port : read_ports(reader, value, what)) {
       check.scopes.push_back(scope_of(port, reader.now));
@@ -122,9 +117,9 @@ void read_check(StepReader &reader, const YAML::Node &node, const YAML::Node &va
 
 void read_change_step(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
   for (std::size_t side = 0; side < step.on.size(); ++side) {
-    // Of a value that is no mapping, nothing can be read. An error of both sides is reported once.
-    if (!step.on[side] || !reader.mapping(value, "a change", world_keys)) continue;
-    read_world(reader, value, reader.now[side], true);
+    // An error on both sides is reported once.
+    if (!step.on[side] || !reader.mapping(value, "a change", platform_keys)) continue;
+    read_platform(reader, value, reader.now[side], true);
     add_operation(step, side, ChangeWorld{reader.now[side]});
   }
   reader.scopes = find_scopes({&reader.now[0], &reader.now[1]});
@@ -135,18 +130,18 @@ void read_change_step(StepReader &reader, const YAML::Node &, const YAML::Node &
 }
 
 void read_fail(StepReader &reader, const YAML::Node &node, const YAML::Node &value, Step &step) {
-  Fail fail{reader.word(value, "what is to fail", operation_words, false), 1, 1};
+  Fail fail{reader.word(value, "an operation", operation_words, false), 1, 1};
   if (node["nth"]) fail.nth = reader.number(node["nth"], "nth", 1);
   if (node["times"]) fail.times = reader.number(node["times"], "times");
   step.summary = "fail " + scalar_text(value) + " " + std::to_string(fail.nth);
-  ask_both(step, fail);
+  add_to_both(step, fail);
 }
 
 void read_crash(StepReader &reader, const YAML::Node &, const YAML::Node &value, Step &step) {
-  ask_both(step, Crash{int32_t(reader.word(value, "a signal", signal_words, false))});
+  add_to_both(step, Crash{int32_t(reader.word(value, "a signal", signal_words, false))});
 }
 
-// --- the rows ---
+// --- kinds of steps ---
 
 struct StepKind {
   std::string action;
@@ -172,33 +167,32 @@ const std::vector<StepKind> &step_kinds() {
   return kinds;
 }
 
-// The action of a step, with its value; nullptr when it has none.
+// Returns the kind of a step and sets `value` to the value of its action; nullptr after an error.
 const StepKind *find_action(StepReader &reader, const YAML::Node &node, YAML::Node &value) {
   const StepKind *kind = nullptr;
-  std::optional<std::string> other;
   for (const auto &pair : node.IsMap() ? node : YAML::Node(YAML::NodeType::Map)) {
     const std::string key = scalar_text(pair.first);
     const StepKind *known =
         find_in(step_kinds(), [&](const StepKind &one) { return one.action == key; });
-    if (known == nullptr) {
-      if (!other) other = key;
-    } else if (kind == nullptr) {
+    if (known == nullptr) continue;
+    if (kind == nullptr) {
       kind = known;
       value.reset(pair.second);
     } else if (kind != known) {
       reader.add_error(pair.first,
                        "found '" + known->action + "' together with '" + kind->action + "'",
-                       "one thing to do in a step");
+                       "one action in a step");
     }
   }
   if (kind != nullptr) return kind;
-  std::vector<std::string> actions;
-  for (const StepKind &known : step_kinds()) actions.push_back(known.action);
-  if (!other) {
+  const std::vector<std::string> actions =
+      describe_each(step_kinds(), [](const StepKind &known) { return known.action; });
+  if (!node.IsMap() || node.size() == 0) {
     reader.expected(node, "a step with one of " + one_of(actions));
   } else {
-    reader.add_error(node, "found a step with '" + *other + "'",
-                     "a step with one of " + one_of(actions, *other));
+    const std::string key = scalar_text(node.begin()->first);
+    reader.add_error(node, "found a step with '" + key + "'",
+                     "a step with one of " + one_of(actions, key));
   }
   return nullptr;
 }

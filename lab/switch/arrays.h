@@ -1,4 +1,4 @@
-// TLV arrays and the platform's blocks, as the lab handles them.
+// TLV arrays, and memory blocks of the platform.
 #pragma once
 
 #include <cstdint>
@@ -14,13 +14,13 @@ struct ReleaseBlock {
   void operator()(void *block) const { mtrack_free(block); }
 };
 
-// A block that the library handed over.
+// A block that the library returned to its caller.
 template <class Object>
 using Block = std::unique_ptr<Object, ReleaseBlock>;
 
 Bytes build_array(const std::vector<Entry> &entries);
 
-// The entries of an array, as far as they can be read; none of an array without bytes.
+// Returns the entries of an array, up to the first that cannot be read.
 std::vector<Entry> entries_of(const Bytes &array);
 
 }  // namespace lab

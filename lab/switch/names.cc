@@ -19,13 +19,6 @@ const Named *find_key(const std::vector<Named> &all, std::string_view name) {
       all, [&](const Named &named) { return named.key == key || key_of(named.enumerator) == key; });
 }
 
-template <class Named>
-std::vector<std::string> keys_of(const std::vector<Named> &all) {
-  std::vector<std::string> keys;
-  for (const Named &named : all) keys.push_back(named.key);
-  return keys;
-}
-
 }  // namespace
 
 const std::vector<Parameter> &parameters() {
@@ -142,11 +135,11 @@ const Parameter *parameter_of_mismatch(uint32_t code) {
 }
 
 std::vector<std::string> parameter_keys() {
-  return keys_of(parameters());
+  return describe_each(parameters(), [](const Parameter &p) { return p.key; });
 }
 
 std::vector<std::string> command_keys() {
-  return keys_of(commands());
+  return describe_each(commands(), [](const CommandInfo &c) { return c.key; });
 }
 
 std::vector<std::string> result_keys() {

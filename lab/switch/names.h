@@ -1,4 +1,4 @@
-// Parameters, commands and results with their names: the tables of the library's headers.
+// Parameters, commands and results with their names, from the tables of the library's headers.
 #pragma once
 
 #include <array>
@@ -10,7 +10,7 @@
 
 namespace lab {
 
-// The two switches on the desk, in the order in which everything of both is kept.
+// The switches of a pair. Arrays of two are indexed in this order.
 inline constexpr std::array<const char *, 2> switch_names = {"left", "right"};
 
 struct Parameter {
@@ -19,9 +19,9 @@ struct Parameter {
   std::string enumerator;  // "STP_MCEC_TYPE1_STP_MODE"
   bool is_global;
   uint16_t length;
-  uint32_t mismatch;
+  uint32_t mismatch;      // the result code of a difference
   uint32_t kind;          // STP_MCEC_KIND_*
-  uint32_t default_word;  // of a value of one word; longer ones are zero by default
+  uint32_t default_word;  // the default of a value of one word; a longer one is 0 by default
   uint32_t compared;      // STP_MCEC_COMPARED_IN_*
   bool is_compared_on_pod;
 };
@@ -32,7 +32,7 @@ struct CommandInfo {
   std::string enumerator;
   std::string extractor;
   bool is_gated;
-  uint32_t sets;  // STP_MCEC_SETS of the parameters that it sets
+  uint32_t sets;  // STP_MCEC_SETS of the parameters
 };
 
 struct ResultInfo {
@@ -44,8 +44,8 @@ const std::vector<Parameter> &parameters();
 const Parameter *find_parameter(std::string_view key);
 const Parameter *find_parameter(uint32_t type);
 
-// Does the library compare a parameter? `mode`: the cached one (STP_MCEC_STP_MODE_*), nothing
-// without one; `on_pod`: on a pod port; `has_twins`: twin VLANs are given.
+// Returns whether the library compares a parameter. `mode`: the cached STP_MCEC_STP_MODE_*, nullopt
+// if none is cached; `on_pod`: on a pod port; `has_twins`: twin VLANs are known.
 bool is_compared(const Parameter &parameter, std::optional<uint32_t> mode, bool on_pod,
                  bool has_twins);
 
@@ -57,16 +57,16 @@ const CommandInfo *find_command(uint32_t id);
 
 const std::vector<ResultInfo> &results();
 
-// "stp-mode", or the number of a type that is no parameter.
+// Returns "stp-mode", or the number of an unknown type.
 std::string parameter_key(uint32_t type);
 
-// "agree" for 0, "STP_MCEC_ERR_TYPE1_STP_MODE" and the like, or the number of another code.
+// Returns "agree" for 0, the name of a code ("STP_MCEC_ERR_TYPE1_STP_MODE"), or its number.
 std::string result_name(uint32_t code);
 
-// The code of a name, with or without "STP_MCEC_ERR_", in any case, or of a number.
+// Parses the name of a code, in any case, with or without "STP_MCEC_ERR_", or a number.
 std::optional<uint32_t> find_result(std::string_view name);
 
-// The parameter whose mismatch a code reports, nullptr when it reports something else.
+// Returns the parameter whose mismatch has this code, or nullptr.
 const Parameter *parameter_of_mismatch(uint32_t code);
 
 std::vector<std::string> parameter_keys();

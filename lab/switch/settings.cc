@@ -19,6 +19,7 @@ const Port *find_port(const Settings &settings, uint32_t index) {
 }
 
 const Port *find_port(const Settings &settings, std::string_view name) {
+  if (name.empty()) return nullptr;  // the name of every port that has only an index
   return find_in(settings.ports, [=](const Port &port) { return port.name == name; });
 }
 
@@ -35,9 +36,9 @@ const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type) {
 }
 
 const Port *port_of_channel(const Settings &settings, std::string_view channel) {
-  const Channel *of = find_channel(settings, channel);
-  if (of == nullptr) return nullptr;
-  return find_in(settings.ports, [=](const Port &port) { return port.channel == of->id; });
+  const Channel *found = find_channel(settings, channel);
+  if (found == nullptr) return nullptr;
+  return find_in(settings.ports, [=](const Port &port) { return port.channel == found->id; });
 }
 
 std::optional<uint32_t> running_mode(const Settings &settings) {
@@ -65,7 +66,7 @@ Channel &channel_named(Settings &settings, const std::string &name) {
 }
 
 void put_entry(std::vector<Entry> &entries, const Entry &entry) {
-  std::erase_if(entries, [&](const Entry &before) { return before.type == entry.type; });
+  std::erase_if(entries, [&](const Entry &old) { return old.type == entry.type; });
   entries.push_back(entry);
 }
 

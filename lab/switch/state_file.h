@@ -1,5 +1,4 @@
-// A switch as scenarios and state files write it, in YAML: the whole of its settings, or what
-// changes around it.
+// Settings of a switch in YAML, as in scenarios and state files.
 #pragma once
 
 #include <functional>
@@ -14,28 +13,28 @@
 
 namespace lab {
 
-// The parameters of a mapping, {stp-mode: mst, ...}; `global`: those of the switch only, or those
-// of an interface only.
+// Reads a mapping of parameters, {stp-mode: mst, ...}. `global`: accepts only parameters of the
+// switch (true) or of interfaces (false).
 std::vector<Entry> read_parameters(Reader &reader, const YAML::Node &node, const std::string &what,
                                    std::optional<bool> global = std::nullopt);
 
-// The parameter that a key names, nullptr (and an error) when it names none.
+// Reads the name of a parameter. Adds an error and returns nullptr if it is unknown.
 const Parameter *read_parameter_name(Reader &reader, const YAML::Node &node);
 
-// Reads the settings of a side, 0 or 1, from the source that a switch is taken `from`.
+// Reads the settings of a side (0 or 1) from the source under the key 'from'.
 using ReadFrom = std::function<ReadSettings(const std::string &source, std::size_t side)>;
 
-// The switch of a side. `folder` is where files that it is taken `from` are looked for.
+// Reads the switch of a side. Relative paths under 'from' are relative to `folder`.
 Settings read_switch(Reader &reader, const YAML::Node &node, std::size_t side,
                      const std::string &folder, const ReadFrom &read_from);
 
-// What a mapping with these keys says of the world around the library; what it does not give stays.
-// The ports of a change, in a scenario, have no parameters.
-inline const std::vector<std::string> world_keys = {"trunk", "user-vlans", "channels",
-                                                    "internal-channels", "ports"};
-void read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change);
+// Reads the state of the platform from a mapping with these keys. A missing key changes nothing.
+// `is_change`: in the step 'change' of a scenario, where ports have no parameters.
+inline const std::vector<std::string> platform_keys = {"trunk", "user-vlans", "channels",
+                                                       "internal-channels", "ports"};
+void read_platform(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change);
 
-// Does a text look like YAML, and nothing else?
+// Returns whether a text looks like YAML, and not like JSON.
 bool is_state_file(std::string_view text);
 
 ReadSettings read_state(const std::string &text);

@@ -19,12 +19,10 @@ Domain read_domain(Reader &reader, const YAML::Node &node) {
 }
 
 std::vector<std::string> timer_keys() {
-  std::vector<std::string> keys;
-  for (const TimerDefault &timer : timer_defaults) keys.emplace_back(timer.name);
-  return keys;
+  return describe_each(timer_defaults, [](const TimerDefault &timer) { return timer.name; });
 }
 
-// The timers among the keys of a mapping.
+// Reads the timers of a mapping, which may have other keys too.
 Timers read_timers(Reader &reader, const YAML::Node &node) {
   Timers timers;
   for (const TimerDefault &timer : timer_defaults) {
@@ -46,14 +44,14 @@ void read_vlan_timers(Reader &reader, const YAML::Node &node, Settings &settings
 }
 
 std::vector<std::string> switch_keys() {
-  std::vector<std::string> keys = world_keys;
+  std::vector<std::string> keys = platform_keys;
   keys.insert(keys.end(), {"name", "address", "spanning-tree", "domains", "timers", "vlan-timers",
                            "parameters"});
   return keys;
 }
 
 void read_settings(Reader &reader, const YAML::Node &node, Settings &settings) {
-  read_world(reader, node, settings, false);
+  read_platform(reader, node, settings, false);
   if (node["name"]) settings.name = reader.name(node["name"], "the switch's name");
   if (node["address"]) {
     settings.address = reader.verbatim(node["address"], "the switch's address");
@@ -77,10 +75,10 @@ void read_settings(Reader &reader, const YAML::Node &node, Settings &settings) {
   }
 }
 
-// The settings of another file: a state file, or a dump.
+// Reads the settings from another source: a state file, a dump or a database.
 Settings read_source(Reader &reader, const YAML::Node &node, std::size_t side,
                      const std::string &folder, const ReadFrom &read_from) {
-  // A path may have any bytes.
+  // A path may contain any bytes: no check for UTF-8.
   const std::string name =
       node.IsScalar() ? node.Scalar() : reader.name(node, "a state file, or a dump");
   const std::string path =
@@ -98,7 +96,7 @@ Settings read_source(Reader &reader, const YAML::Node &node, std::size_t side,
 }  // namespace
 
 const Parameter *read_parameter_name(Reader &reader, const YAML::Node &node) {
-  const std::string given = node.IsScalar() ? node.Scalar() : "";
+  const std::string given = scalar_text(node);
   const Parameter *known = find_parameter(std::string_view(given));
   if (known == nullptr) reader.expected(node, "a parameter: " + one_of(parameter_keys(), given));
   return known;
@@ -143,7 +141,7 @@ bool is_state_file(std::string_view text) {
   for (const std::string_view line : split(without_byte_order_mark(text), '\n')) {
     const std::size_t first = line.find_first_not_of(" \t\r");
     if (first == line.npos) continue;
-    // JSON, at the beginning or behind lines of something else.
+    // JSON, possibly after lines of other text.
     if (line[0] == '{') return false;
     if (is_yaml) continue;
     const std::size_t end = std::min(line.find_first_of(": \r", first), line.size());

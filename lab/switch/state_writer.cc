@@ -17,7 +17,7 @@ struct Mapping {
     entries.push_back(fmt::format("{}: {}", key, value));
   }
 
-  // For texts that may be missing.
+  // Omits an empty text.
   void add_text(const std::string &key, const std::string &text) {
     if (!text.empty()) add(key, yaml_text(text));
   }
@@ -25,7 +25,7 @@ struct Mapping {
   std::string in_braces() const { return "{" + join(entries) + "}"; }
 };
 
-// No YAML takes a word of more than five letters for truth, nothing or a number.
+// No YAML version parses a word of more than five letters as a boolean, null or a number.
 std::string name_text(const std::string &name) {
   const auto is_letter = [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; };
   const bool is_plain = name.size() > 5 && std::isalpha(static_cast<unsigned char>(name[0])) != 0 &&
@@ -50,8 +50,9 @@ Mapping map_port(const Settings &settings, const Port &port) {
     }
   }
   if (port.channel != 0) {
-    const Channel *of = find_channel(settings, port.channel);
-    mapping.add("channel", of != nullptr ? name_text(of->name) : std::to_string(port.channel));
+    const Channel *channel = find_channel(settings, port.channel);
+    mapping.add("channel",
+                channel != nullptr ? name_text(channel->name) : std::to_string(port.channel));
   }
   if (port.pod) mapping.add("pod", "true");
   if (!port.spanning_tree) mapping.add("spanning-tree", "false");
@@ -84,7 +85,7 @@ std::string write_channel(const Channel &channel) {
   return mapping.in_braces();
 }
 
-// Of the switch, or of some VLANs.
+// Formats timers of the switch, or of some VLANs.
 std::string write_timers(const Timers &timers, const Vlans &vlans = {}) {
   Mapping mapping;
   if (vlans.any()) mapping.add("vlans", write_vlan_list(vlans));
@@ -109,7 +110,7 @@ std::string write_state(const Settings &settings) {
   root.add("trunk", settings.trunk ? "true" : "false");
   add_list(root, "domains", settings.domains, write_domain);
   if (!settings.timers.empty()) root.add("timers", write_timers(settings.timers));
-  std::map<Timers, Vlans> groups;  // VLANs with the same timers are written together
+  std::map<Timers, Vlans> groups;  // VLANs with the same timers share an entry
   for (const auto &[vlan, timers] : settings.vlan_timers) groups[timers].set(vlan);
   add_list(root, "vlan-timers", groups,
            [](const auto &group) { return write_timers(group.first, group.second); });
@@ -121,8 +122,7 @@ std::string write_state(const Settings &settings) {
   if (!parameters.entries.empty()) {
     root.entries.push_back("parameters:\n  " + join(parameters.entries, "\n  "));
   }
-  return "# What a switch is set to: a lab state file, which mcec-lab reads.\n" +
-         join(root.entries, "\n") + "\n";
+  return "# Settings of a switch: a state file of mcec-lab.\n" + join(root.entries, "\n") + "\n";
 }
 
 }  // namespace lab

@@ -19,7 +19,7 @@ const Words flag_words = {{"edge", STP_MCEC_GBL_PORT_TYPE_EDGE},
                           {"network", STP_MCEC_GBL_PORT_TYPE_NETWORK},
                           {"normal", STP_MCEC_GBL_PORT_TYPE_NORMAL}};
 
-// The library's record of one value.
+// Returns the library's report record of a value.
 mcecm_app_info_t report_of(uint16_t type, const Bytes &value) {
   Bytes array = build_array({{type, value}});
   void *block = nullptr;
@@ -34,12 +34,11 @@ std::string library_text(uint16_t type, const Bytes &value) {
 }
 
 std::string describe_words(const Words &words) {
-  std::vector<std::string> texts;
-  for (const auto &[key, value] : words) texts.push_back(fmt::format("{} ({})", key, value));
-  return join(texts);
+  return join(describe_each(
+      words, [](const auto &word) { return fmt::format("{} ({})", word.first, word.second); }));
 }
 
-// --- reading and writing, where it takes more than a line ---
+// --- reading and writing by kind ---
 
 Bytes read_flags(Reader &reader, const YAML::Node &node) {
   if (!node.IsSequence()) return word(reader.word(node, "flags", flag_words));
@@ -76,7 +75,7 @@ Bytes read_text(Reader &reader, const Parameter &parameter, const YAML::Node &no
   return value;
 }
 
-// Only a name without control characters that nothing but NUL follows can be written as text.
+// Returns nullopt for a name with control characters or with other bytes than NUL after its end.
 std::optional<std::string> write_text(const Bytes &value) {
   const auto end = std::find(value.begin(), value.end(), 0);
   const std::string name(value.begin(), end);
@@ -86,17 +85,17 @@ std::optional<std::string> write_text(const Bytes &value) {
 
 Bytes read_map(Reader &reader, const Parameter &parameter, const YAML::Node &node) {
   Bytes map(parameter.length);
-  Vlans taken;
+  Vlans seen;
   reader.entries(
       node, "the VLANs of MST instances, for instance {1: 10-20}",
       [&](const YAML::Node &key, const YAML::Node &value) {
         const uint32_t instance = reader.number(key, "an MST instance", 0, last_mst_instance);
         const Vlans vlans = read_vlan_list(reader, value, "its VLANs");
-        if ((vlans & taken).any()) {
-          reader.add_error(value, "VLAN " + vlan_text(vlans & taken) + " stands in two instances",
+        if ((vlans & seen).any()) {
+          reader.add_error(value, "found VLAN " + vlan_text(vlans & seen) + " in two instances",
                            "it in one");
         }
-        taken |= vlans;
+        seen |= vlans;
         for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
           if (vlans[vlan]) set_instance(map, vlan, instance);
         }
@@ -121,7 +120,7 @@ std::string display_map(const Bytes &map) {
   return texts.empty() ? "all VLANs in instance 0" : join(texts, "; ");
 }
 
-// Of each instance the VLANs that the other map has elsewhere.
+// Describes the VLANs of a map that are in another instance in the other map.
 std::string only_in(const Bytes &map, const Bytes &other) {
   std::map<uint32_t, Vlans> moved;
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
@@ -135,7 +134,7 @@ std::string only_in(const Bytes &map, const Bytes &other) {
   return join(texts, "; ");
 }
 
-// Nothing: the words do not say it all.
+// Returns nullopt if reading the text would not return the same bytes.
 std::optional<std::string> write_value(const Parameter &parameter, const Bytes &value) {
   if (value.size() != parameter.length) return std::nullopt;
   switch (parameter.kind) {
@@ -161,9 +160,9 @@ Bytes word(uint32_t value) {
 }
 
 uint32_t word_of(const Bytes &value) {
-  uint32_t read = 0;
-  for (std::size_t i = 0; i < 4; ++i) read = read << 8 | (i < value.size() ? value[i] : 0U);
-  return read;
+  uint32_t word = 0;
+  for (std::size_t i = 0; i < 4; ++i) word = word << 8 | (i < value.size() ? value[i] : 0U);
+  return word;
 }
 
 Bytes default_value(const Parameter &parameter) {
@@ -227,10 +226,10 @@ std::string value_help(const Parameter &parameter) {
   }
 }
 
-bool same_text(std::string_view parameter, std::string_view a, std::string_view b) {
+bool is_same_text(std::string_view parameter, std::string_view a, std::string_view b) {
   const Parameter *known = find_parameter(parameter);
-  const bool to_the_letter = known != nullptr && known->kind == STP_MCEC_KIND_TEXT;
-  return to_the_letter ? a == b : key_of(a) == key_of(b);
+  const bool is_name = known != nullptr && known->kind == STP_MCEC_KIND_TEXT;
+  return is_name ? a == b : key_of(a) == key_of(b);
 }
 
 Difference difference(uint32_t type, const Bytes &left, const Bytes &right) {
@@ -244,7 +243,7 @@ Difference difference(uint32_t type, const Bytes &left, const Bytes &right) {
   return is_map ? Difference{only_in(left, right), only_in(right, left)} : Difference{};
 }
 
-// What the library has no text of its own for takes the text of an earlier value.
+// Several values share a text; the first of them gets the word.
 const Words &value_words(const Parameter &parameter) {
   static std::map<uint16_t, Words> known;
   const auto [at, is_new] = known.try_emplace(parameter.type);

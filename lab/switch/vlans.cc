@@ -3,24 +3,15 @@
 #include <fmt/format.h>
 #include <nettle/hmac.h>
 
-#include <algorithm>
-
 #include "draimiofaf/foundation.h"
 #include "text/yaml.h"
 
 namespace lab {
 
-ParsedRanges parse_vlans(std::string_view text) {
-  if (text.empty() || key_of(text) == "none") return {};
-  return parse_ranges(text, vlan_count - 1);
-}
-
 Vlans vlans_of(const Ranges &ranges) {
   Vlans vlans;
   for (const auto &[first, last] : ranges) {
-    if (first >= vlan_count || first > last) continue;
-    const uint32_t count = std::min(last, vlan_count - 1) - first + 1;
-    vlans |= ~Vlans() >> (vlan_count - count) << first;
+    vlans |= ~Vlans() >> (vlan_count - 1 - (last - first)) << first;
   }
   return vlans;
 }
@@ -42,13 +33,13 @@ std::string vlan_text(const Vlans &vlans) {
   return stp_mcec_lib_bmp4096_to_str(vlan_record(vlans).data());
 }
 
+Ranges read_vlan_ranges(Reader &reader, const YAML::Node &node, const std::string &what) {
+  if (node.IsScalar() && (node.Scalar().empty() || key_of(node.Scalar()) == "none")) return {};
+  return reader.ranges(node, what + ": VLANs 0 to 4095", vlan_count - 1, "1-10,20, or none");
+}
+
 Vlans read_vlan_list(Reader &reader, const YAML::Node &node, const std::string &what) {
-  if (node.IsScalar()) {
-    const ParsedRanges parsed = parse_vlans(node.Scalar());
-    if (parsed.fault == RangeFault::none) return vlans_of(parsed.ranges);
-  }
-  return vlans_of(
-      reader.ranges(node, what + ": VLANs 0 to 4095", vlan_count - 1, "1-10,20, or none"));
+  return vlans_of(read_vlan_ranges(reader, node, what));
 }
 
 std::string write_vlan_list(const Vlans &vlans) {
@@ -99,7 +90,7 @@ std::map<uint32_t, Vlans> instances_of(const Bytes &map) {
 }
 
 std::string region_digest(const Bytes &map) {
-  // The standard's key, the same in every bridge: the digest is a checksum, not a secret.
+  // The standard's key is the same in every bridge: the digest is a checksum, not a secret.
   static constexpr uint8_t key[] = {0x13, 0xAC, 0x06, 0xA6, 0x2E, 0x47, 0xFD, 0x51,
                                     0xF9, 0x5D, 0x2B, 0xA2, 0x43, 0xCD, 0x03, 0x46};
   Bytes table = map;

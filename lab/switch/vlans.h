@@ -1,4 +1,4 @@
-// VLANs as sets, lists of ranges and values of parameters.
+// Sets of VLANs, and their conversion from and to range lists, texts and parameter values.
 #pragma once
 
 #include <bitset>
@@ -20,41 +20,41 @@ struct Reader;
 
 constexpr uint32_t vlan_count = 4096;
 
-// The VLANs 0 to 4095.
+// A set of VLANs, 0 to 4095.
 using Vlans = std::bitset<vlan_count>;
 
-// A list of ranges of VLANs; "none" and "" are the empty one.
-ParsedRanges parse_vlans(std::string_view text);
-
+// Convert from valid ranges of VLANs, and to ascending ranges.
 Vlans vlans_of(const Ranges &ranges);
 Ranges ranges_of(const Vlans &vlans);
 
-// "1-10,20", "" for none.
+// Returns "1-10,20", or "" for the empty set.
 std::string vlan_text(const Vlans &vlans);
 
-// A list of VLANs in YAML.
+// Read and format a list of VLANs in YAML. "none" and "" are empty lists. Ranges are in the order of
+// the list, and may overlap.
+Ranges read_vlan_ranges(Reader &reader, const YAML::Node &node, const std::string &what);
 Vlans read_vlan_list(Reader &reader, const YAML::Node &node, const std::string &what);
 std::string write_vlan_list(const Vlans &vlans);
 
-// "VLAN 10" or "VLANs 1-10,20", in a sentence.
+// Returns "VLAN 10" or "VLANs 1-10,20".
 std::string vlan_words(const Vlans &vlans);
 
-// A bitmap record with its size word in network byte order, and what a record of any length holds.
+// Convert to a bitmap record, whose size word is in network byte order, and from one of any length.
 Bytes vlan_record(const Vlans &vlans);
 Vlans vlans_of_record(const Bytes &record);
 
 // --- the MST instances of the VLANs ---
 
-// The entry of a VLAN in a VLAN map of any length; 0 past its end.
+// Returns the instance of a VLAN in a VLAN map of any length; 0 past its end.
 uint32_t instance_of(const Bytes &map, uint32_t vlan);
 void set_instance(Bytes &map, uint32_t vlan, uint32_t instance);
 
-// The VLANs of every instance but 0.
+// Returns the VLANs of every instance except 0.
 std::map<uint32_t, Vlans> instances_of(const Bytes &map);
 
-// The IEEE 802.1Q configuration digest, by which bridges compare their MST regions without showing
-// their VLAN maps: 32 hexadecimal digits in capitals. VLANs 0 and 4095, which no bridge maps, and
-// those past the end of a short map are of instance 0.
+// Returns the IEEE 802.1Q configuration digest of a VLAN map, by which bridges compare their MST
+// regions: 32 hexadecimal digits in capitals. VLANs 0 and 4095, which no bridge maps, and VLANs
+// past the end of a short map are in instance 0.
 std::string region_digest(const Bytes &map);
 
 }  // namespace lab

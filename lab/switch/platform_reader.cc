@@ -8,37 +8,38 @@
 namespace lab {
 namespace {
 
-constexpr uint32_t most_ports = 100000;
-constexpr uint32_t first_channel_id_of_names = 0x10000;
+constexpr uint32_t max_ports = 100000;
+constexpr uint32_t first_generated_id = 0x10000;  // of channels whose names have no number
 
 // --- channels ---
 
-// What a mapping calls a channel: by its number or its name.
+// A reference to a channel by its number or its name.
 struct ChannelRef {
   std::string name;  // empty: no channel
-  uint32_t id = 0;   // 0: not given
+  uint32_t id = 0;   // 0: not specified
 };
 
 ChannelRef read_channel(Reader &reader, const YAML::Node &node) {
-  const std::string given = reader.name(node, "a channel: its number or its name");
-  const auto number = parse_number(given);
+  const std::string what = "a channel: its number or its name";
+  const std::string text = reader.name(node, what);
+  const auto number = parse_number(text);
   if (number) return {*number != 0 ? "channel " + std::to_string(*number) : "", *number};
-  if (given.empty() || printable(given) != given) {
-    reader.expected(node, "a channel: its number or its name");
+  if (text.empty() || printable(text) != text) {
+    reader.expected(node, what);
   }
-  return {printable(given), 0};
+  return {printable(text), 0};
 }
 
-// The channel that is meant, made where there is none; nullptr: none is.
-Channel *make_channel(Settings &settings, const ChannelRef &ref) {
+// Returns the channel of a reference, which is added if it is missing; nullptr for no channel.
+Channel *get_or_add_channel(Settings &settings, const ChannelRef &ref) {
   if (ref.name.empty()) return nullptr;
   Channel &channel = channel_named(settings, ref.name);
   if (ref.id != 0) channel.id = ref.id;
   if (channel.id == 0) {
     const std::size_t digits = ref.name.find_last_not_of("0123456789") + 1;
     uint32_t id = parse_number(std::string_view(ref.name).substr(digits)).value_or(0);
-    if (id == 0) id = first_channel_id_of_names;
-    while (find_channel(settings, id) != nullptr) id = std::max(id + 1, first_channel_id_of_names);
+    if (id == 0) id = first_generated_id;
+    while (find_channel(settings, id) != nullptr) id = std::max(id + 1, first_generated_id);
     channel.id = id;
   }
   return &channel;
@@ -51,9 +52,9 @@ void add_channel(Reader &reader, const YAML::Node &node, Settings &settings, con
     reader.add_error(
         node,
         "found " + known->name + " and " + ref.name + " with the id " + std::to_string(ref.id),
-        "an id for each channel");
+        "a unique id for each channel");
   }
-  Channel *channel = make_channel(settings, ref);
+  Channel *channel = get_or_add_channel(settings, ref);
   if (channel != nullptr && internal) channel->internal = *internal;
   if (channel != nullptr && vlans) channel->vlans = *vlans;
 }
@@ -74,10 +75,10 @@ void read_channel_group(Reader &reader, const YAML::Node &node, Settings &settin
 
 // --- ports ---
 
-// What a mapping says of some ports.
+// The contents of a mapping for a group of ports.
 struct PortGroup {
   Ranges indexes = {};
-  std::string name = {};  // of the one port
+  std::string name = {};  // if the group is a single port with a name
   std::optional<ChannelRef> channel = {};
   std::optional<bool> pod = {};
   std::optional<bool> spanning_tree = {};
@@ -90,8 +91,8 @@ Ranges read_indexes(Reader &reader, const YAML::Node &node) {
   const Ranges ranges = reader.ranges(node, what, UINT32_MAX, "0x1000-0x1003,0x2000");
   uint64_t count = 0;
   for (const auto &[first, last] : ranges) count += uint64_t{last} - first + 1;
-  if (count <= most_ports) return ranges;
-  reader.expected(node, what + ", at most " + std::to_string(most_ports) + " of them");
+  if (count <= max_ports) return ranges;
+  reader.expected(node, what + ", at most " + std::to_string(max_ports) + " of them");
   return {};
 }
 
@@ -103,7 +104,7 @@ std::string read_port_name(Reader &reader, const YAML::Node &node) {
   return name;
 }
 
-// The ports are given by their indexes, or one by its name.
+// Ports are specified by their indexes, or a single one by its name.
 void check_port_keys(Reader &reader, const YAML::Node &node, PortGroup &group) {
   if (node["ports"].IsDefined() == node["port"].IsDefined()) {
     reader.add_error(node,
@@ -116,7 +117,7 @@ void check_port_keys(Reader &reader, const YAML::Node &node, PortGroup &group) {
     reader.add_error(node["index"], "found 'index' with 'ports'", "'port', a name");
   }
   if (node["channel"] && node["member"]) {
-    reader.add_error(node["member"], "found 'member' together with 'channel'", "one of them");
+    reader.add_error(node["member"], "found 'member' with 'channel'", "one of them");
   }
 }
 
@@ -152,7 +153,7 @@ PortGroup read_port_group(Reader &reader, const YAML::Node &node, bool is_change
   return group;
 }
 
-// The index of a port that is known by its name.
+// Returns the index of a port without a specified index: its current one, or a free one.
 uint32_t index_of_name(const Settings &settings, const std::string &name, uint32_t channel) {
   if (const Port *known = find_port(settings, name)) return known->index;
   uint32_t index = first_channel_index + channel;
@@ -161,8 +162,8 @@ uint32_t index_of_name(const Settings &settings, const std::string &name, uint32
 }
 
 void add_ports(Reader &reader, const YAML::Node &node, Settings &settings, const PortGroup &group) {
-  const Channel *of = group.channel ? make_channel(settings, *group.channel) : nullptr;
-  const uint32_t channel = of != nullptr ? of->id : 0;
+  const Channel *added = group.channel ? get_or_add_channel(settings, *group.channel) : nullptr;
+  const uint32_t channel = added != nullptr ? added->id : 0;
   Ranges ranges = group.indexes;
   if (ranges.empty() && !group.name.empty()) {
     const uint32_t index = index_of_name(settings, group.name, channel);
@@ -175,7 +176,7 @@ void add_ports(Reader &reader, const YAML::Node &node, Settings &settings, const
         reader.add_error(node,
                          "found " + port.name + " and " + group.name + " with the index " +
                              port_text(port.index),
-                         "an index for each port");
+                         "a unique index for each port");
       }
       if (!group.name.empty()) port.name = group.name;
       if (group.channel) port.channel = channel;
@@ -189,7 +190,7 @@ void add_ports(Reader &reader, const YAML::Node &node, Settings &settings, const
 
 }  // namespace
 
-void read_world(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change) {
+void read_platform(Reader &reader, const YAML::Node &node, Settings &settings, bool is_change) {
   if (node["trunk"]) settings.trunk = reader.boolean(node["trunk"], "trunk");
   if (node["user-vlans"]) {
     settings.user_vlans = read_vlan_list(reader, node["user-vlans"], "user-vlans");
