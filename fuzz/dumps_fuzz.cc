@@ -11,8 +11,8 @@ struct Dump {
 
 Dump read_json(std::string_view json) {
   lab::ReadRows read = lab::read_dump(json);
-  lab::ReadSettings settings = lab::settings_of(read.rows, read.errors);
-  must(settings.errors.size() >= read.errors.size(), "settings_of keeps the errors of the rows");
+  lab::ReadSettings settings = lab::interpret_rows(read.rows, read.errors);
+  must(settings.errors.size() >= read.errors.size(), "interpret_rows keeps the errors of the rows");
   check_errors(settings.errors, json);
   return {std::move(read.rows), std::move(settings)};
 }
@@ -28,7 +28,7 @@ void check_text(std::string_view all) {
   const Dump right = read_json(all.substr(middle + 2));
   if (!left.read.errors.empty() || !right.read.errors.empty()) return;
 
-  const lab::PairOfSettings pair = {&left.read.settings, &right.read.settings};
+  const lab::SettingsPairView pair = {&left.read.settings, &right.read.settings};
   for (const lab::Note &note : lab::find_notes(pair, false)) {
     const std::string text = lab::describe_note(note);
     must(!text.empty() && lab::printable(text) == text, "a note has a printable text");
@@ -41,7 +41,7 @@ void check_text(std::string_view all) {
       for (std::size_t i = 0; i < fix.alone.size(); ++i) {
         if (!fix.alone[i]) continue;
         const lab::Rows &rows = i == 0 ? left.rows : right.rows;
-        must(lab::settings_of(lab::apply_changes(rows, *fix.alone[i])).errors.empty(),
+        must(lab::interpret_rows(lab::apply_changes(rows, *fix.alone[i])).errors.empty(),
              "patched rows can be read");
         must(lab::format_patch(lab::make_patch(rows, *fix.alone[i])).starts_with("["),
              "a patch is a list");

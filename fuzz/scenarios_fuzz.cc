@@ -32,7 +32,7 @@ void check_text(std::string_view input) {
   const std::string text(input);
   if (!has_only_captures(text)) return;
   const lab::ReadScenario read =
-      lab::read_scenario_text(CAPTURES "scenario.yaml", text, lab::settings_from);
+      lab::read_scenario_text(CAPTURES "scenario.yaml", text, lab::read_source_settings);
   check_errors_with_lines(read.errors, text);
   if (!read.errors.empty()) return;
   for (const lab::Settings &settings : read.scenario.settings) write_and_read(settings);

@@ -72,7 +72,7 @@ void check_snapshot(const lab::Snapshot &snapshot) {
   must((snapshot.state == lab::SourceState::disconnected) == !snapshot.reason.empty(),
        "exactly a disconnected source has a reason");
   const lab::ReadSettings read =
-      lab::settings_of(lab::unpack(snapshot.contents), lab::all_errors(snapshot));
+      lab::interpret_rows(lab::unpack(snapshot.contents), lab::all_errors(snapshot));
   check_errors(read.errors, "");
   if (snapshot.state == lab::SourceState::connected && read.errors.empty()) {
     write_and_read(read.settings);

@@ -62,7 +62,7 @@ int main(int argc, char **argv) {
   } catch (const std::exception &problem) {
     print_error("mcec-lab: " + printable(problem.what()));
   }
-  if (all_written(why) && !is_stopped) return status;
+  if (flush_stdout(why) && !is_stopped) return status;
   if (!interrupted()) {
     print_error("mcec-lab: the output cannot be written: " + why);
     return wrong;

@@ -21,7 +21,7 @@ TEST(Credentials, ApplyToTheirDatabases) {
       "redis://leaf:6379/7\t\tseven\nredis://[::1]:7000/\t\tsix\n"
       "unix:///run/a%20b\t\tpath\nunix:///run/a%20b?db=4\tu\tfour\n",
       errors);
-  ASSERT_TRUE(errors.empty()) << text_of(errors[0]);
+  ASSERT_TRUE(errors.empty()) << error_text(errors[0]);
   const struct {
     const char *source;
     const char *login;

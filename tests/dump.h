@@ -17,10 +17,10 @@ struct Dump {
 
 inline Dump dump_of(const std::string &json, const std::string &name_space = "") {
   ReadRows rows = read_dump(json, name_space);
-  ReadSettings read = settings_of(rows.rows, rows.errors);
+  ReadSettings read = interpret_rows(rows.rows, rows.errors);
   Dump dump{json, std::move(rows.rows), std::move(read.settings), ""};
   for (const InputError &error : read.errors) {
-    dump.errors += place_of(error) + ": " + text_of(error) + "\n";
+    dump.errors += place_of(error) + ": " + error_text(error) + "\n";
   }
   return dump;
 }

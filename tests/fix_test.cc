@@ -14,7 +14,7 @@ namespace {
 
 // Returns the value of a parameter of the switch, or of a channel.
 Bytes value(const Settings &settings, const std::string &channel, uint16_t type) {
-  const Port *port = port_of_channel(settings, channel);
+  const Port *port = find_channel_port(settings, channel);
   for (const Entry &entry : port != nullptr ? port->parameters : settings.parameters) {
     if (entry.type == type) return entry.value;
   }
@@ -165,7 +165,7 @@ TEST(Capture, IsFixed) {
   for (const auto &row : rows) {
     const std::array<Dump, 2> dumps = {dump_of(row.left), dump_of(row.right)};
     ASSERT_EQ(dumps[0].errors + dumps[1].errors, "");
-    const PairOfSettings pair = {&dumps[0].settings, &dumps[1].settings};
+    const SettingsPairView pair = {&dumps[0].settings, &dumps[1].settings};
     ASSERT_NE(value(*pair[0], row.channel, row.type), value(*pair[1], row.channel, row.type));
     const Fix fix = find_fix(pair, {&dumps[0].rows, &dumps[1].rows}, row.channel, row.type);
     EXPECT_EQ(describe_fix(fix, switch_names), row.text);

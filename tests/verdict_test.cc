@@ -34,7 +34,7 @@ ScopeReport &add_difference(PairReport &report) {
   scope.codes = {STP_MCEC_ERR_TYPE1_IFI_PORT_GUARD, STP_MCEC_ERR_TYPE1_IFI_PORT_GUARD};
   ParameterReport parameter;
   parameter.type = STP_MCEC_TYPE1_IFI_PORT_GUARD;
-  parameter.values = {word(0), word(1)};
+  parameter.values = {word_value(0), word_value(1)};
   parameter.states = {State::different, State::different};
   scope.parameters.push_back(parameter);
   return scope;
@@ -146,7 +146,7 @@ TEST(Verdict, IsTheSameInEveryOutput) {
     EXPECT_EQ(find_status(report), situation.status);
 
     const Json json = Json::parse(format_comparison(report));
-    EXPECT_EQ(json["verdict"], outcome_word(outcome));
+    EXPECT_EQ(json["verdict"], outcome_name(outcome));
     EXPECT_EQ(json["agree"], outcome == Outcome::agree);
     const std::string text = printed([&] { print_comparison(report, {}); });
     expect_word(text.substr(0, text.find('\n')),

@@ -213,12 +213,12 @@ constexpr char footer[] =
 void wrap_descriptions(CLI::App &app) {
   constexpr std::size_t column = 30;
   constexpr std::size_t width = 80;
-  app.footer(wrapped(footer, width) + "\nSee mcec-lab(1).");
+  app.footer(wrap_text(footer, width) + "\nSee mcec-lab(1).");
   app.get_formatter()->column_width(column);
   for (CLI::App *command : app.get_subcommands(nullptr)) {
-    command->description(wrapped(command->get_description(), width - column));
+    command->description(wrap_text(command->get_description(), width - column));
     for (CLI::Option *option : command->get_options()) {
-      option->description(wrapped(option->get_description(), width - column));
+      option->description(wrap_text(option->get_description(), width - column));
     }
   }
 }

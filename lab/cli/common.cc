@@ -24,7 +24,7 @@ void print_error(const std::string &text) {
   // If standard error is closed too, only the exit status reports the error.
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    line = cut(as_shown(without_passwords(line)), max_error_bytes) + "\n";
+    line = cut(escape_for_locale(without_passwords(line)), max_error_bytes) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
   }
 }
@@ -33,7 +33,7 @@ void print_errors(const std::string &source, const InputErrors &errors) {
   for (std::size_t i = 0; i < std::min(errors.size(), max_errors); ++i) {
     const std::string place = place_of(errors[i]);
     print_error(
-        fmt::format("{}:{}{} {}", source, place, place.empty() ? "" : ":", text_of(errors[i])));
+        fmt::format("{}:{}{} {}", source, place, place.empty() ? "" : ":", error_text(errors[i])));
   }
   if (errors.size() > max_errors) {
     print_error(fmt::format("{}: {} more errors", source, errors.size() - max_errors));

@@ -61,7 +61,7 @@ Status end_run(const RunReport &report, const std::vector<StepReport> &steps, bo
 }
 
 Status run_file(const std::string &file, const Arguments &arguments) {
-  const ReadScenario read = read_scenario(file, settings_from);
+  const ReadScenario read = read_scenario(file, read_source_settings);
   const Scenario &scenario = read.scenario;
   if (!read.errors.empty()) {
     return print_scenario_errors(scenario.path, read.errors, arguments.json);
@@ -110,7 +110,7 @@ Status execute_run(const Arguments &arguments) {
 }
 
 Status execute_what_if(const Arguments &arguments) {
-  const ReadScenario read = read_scenario(arguments.file, settings_from);
+  const ReadScenario read = read_scenario(arguments.file, read_source_settings);
   const Scenario &scenario = read.scenario;
   if (!read.errors.empty()) {
     return print_scenario_errors(scenario.path, read.errors, arguments.json);

@@ -42,7 +42,7 @@ ReadIntervals find_intervals(const Arguments &arguments, std::size_t pairs) {
   const auto sources = static_cast<int64_t>(2 * pairs);
   ReadIntervals intervals;
   intervals.unnotified = seconds(arguments.interval);
-  intervals.sign_of_life = std::clamp<Clock::duration>(sources * probe_spacing, 1s, 25s);
+  intervals.probe_interval = std::clamp<Clock::duration>(sources * probe_spacing, 1s, 25s);
   intervals.notified = std::max<Clock::duration>(sources * reading_spacing, 10s);
   return intervals;
 }

@@ -11,7 +11,7 @@ constexpr const char *event_names[] = {"compared", "changed", "disconnected", "c
 
 void add_outcome(const std::optional<Outcome> &outcome, Json &json) {
   json["agree"] = outcome ? Json(*outcome == Outcome::agree) : Json();
-  json["verdict"] = outcome ? Json(outcome_word(outcome)) : Json();
+  json["verdict"] = outcome ? Json(outcome_name(outcome)) : Json();
 }
 
 // --- rows ---
@@ -55,8 +55,8 @@ void add_effect(const Event &event, Json &json) {
 
 // Lists the pairs that do not agree.
 void add_summary(const FleetStatus &fleet, Json &json) {
-  for (const auto &outcome : all_outcomes) {
-    json["counts"][outcome_word(outcome)] = count_pairs(fleet, outcome);
+  for (const auto &outcome : outcomes_by_urgency) {
+    json["counts"][outcome_name(outcome)] = count_pairs(fleet, outcome);
   }
   Json &pairs = json["pairs"] = Json::array();
   for (const PairStatus &pair : fleet) {

@@ -152,7 +152,7 @@ Lines list_errors(const Event &event) {
   const std::string side = switch_names[event.side];
   Lines lines = describe_each(event.errors, [&](const InputError &error) {
     const std::string place = place_of(error);
-    return side + " " + (place.empty() ? event.source : place) + ": " + text_of(error);
+    return side + " " + (place.empty() ? event.source : place) + ": " + error_text(error);
   });
   lines = limit_lines(std::move(lines), side + " ", "more error");
   lines.push_back(side + ": the verdict is unknown");
@@ -226,8 +226,9 @@ std::string describe_unknown(const PairStatus &status) {
   const auto &[kind, side, reason, error] = *status.unknown;
   if (kind == UnknownCause::Kind::failed) return unknown + ": " + reason;
   return unknown + ": " + switch_names[side] +
-         (kind == UnknownCause::Kind::disconnected ? " is disconnected: " + reason
-                                                   : ": " + place_of(error) + " " + text_of(error));
+         (kind == UnknownCause::Kind::disconnected
+              ? " is disconnected: " + reason
+              : ": " + place_of(error) + " " + error_text(error));
 }
 
 std::string describe_event(const Event &event) {
@@ -238,7 +239,7 @@ std::string describe_event(const Event &event) {
   for (const std::string &line : list_event(event)) {
     text += fmt::format("{}{} {}\n", start, hour, line);
   }
-  return as_shown(text);
+  return escape_for_locale(text);
 }
 
 }  // namespace lab

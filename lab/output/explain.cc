@@ -13,7 +13,7 @@ namespace {
 // Headings and texts.
 using Items = std::vector<std::pair<const char *, std::string>>;
 
-const char *scope_of(const Parameter &parameter) {
+const char *scope_name(const Parameter &parameter) {
   return parameter.is_global ? "switch" : "interface";
 }
 
@@ -82,7 +82,7 @@ Items explain_parameter(const Parameter &parameter) {
   Items items = {{"parameter", fmt::format("{} (type {}, {})", parameter.key, parameter.type,
                                            parameter.enumerator)},
                  {"name", fmt::format("\"{}\", in reports \"{}\"", display_name, title(parameter))},
-                 {"scope", scope_of(parameter)},
+                 {"scope", scope_name(parameter)},
                  {"length", std::to_string(parameter.length) + " bytes"},
                  {"default", describe_default(parameter)},
                  {"values", value_help(parameter)}};
@@ -116,7 +116,7 @@ Items explain_command(const CommandInfo &command) {
 
 Items explain_code(uint32_t code) {
   Items items = {{"result", describe_result(code, "success")}};
-  if (const Parameter *parameter = parameter_of_mismatch(code)) {
+  if (const Parameter *parameter = find_mismatched_parameter(code)) {
     items.emplace_back("meaning", fmt::format("\"{}\" is the first parameter that differs.",
                                               stp_mcec_type1_cfg_type_to_str(parameter->type)));
     items.emplace_back("returned by", "the checks");
@@ -178,7 +178,7 @@ bool explain(const std::string &what, const Layout &layout) {
   const auto code = bare_code ? bare_code : find_result(what);
   if (code && (parts.empty() || *code <= 1 || *code > UINT16_MAX)) {
     parts.push_back(explain_code(*code));
-    const Parameter *mismatching = parameter_of_mismatch(*code);
+    const Parameter *mismatching = find_mismatched_parameter(*code);
     if (mismatching != nullptr) parts.push_back(explain_parameter(*mismatching));
   }
   for (const Items &items : parts) {
@@ -191,7 +191,7 @@ bool explain(const std::string &what, const Layout &layout) {
 void list(const std::string &what, const Layout &layout) {
   std::vector<std::vector<Cell>> rows;
   for (const Parameter &parameter : parameters()) {
-    rows.push_back({std::to_string(parameter.type), parameter.key, scope_of(parameter),
+    rows.push_back({std::to_string(parameter.type), parameter.key, scope_name(parameter),
                     std::to_string(parameter.length), describe_default(parameter),
                     fmt::format("0x{:08X}", parameter.mismatch)});
   }
@@ -211,7 +211,7 @@ std::string format_list() {
             {"type", parameter.type},
             {"name", parameter.enumerator},
             {"display", stp_mcec_type1_cfg_type_to_str(parameter.type)},
-            {"scope", scope_of(parameter)},
+            {"scope", scope_name(parameter)},
             {"length", parameter.length},
             {"default", describe_default(parameter)},
             {"mismatch", code_to_json(parameter.mismatch, "")}};

@@ -16,7 +16,7 @@ namespace {
 
 // Selects the pairs of a page.
 struct FleetFilter {
-  std::string verdict;  // as outcome_word() returns it; empty: all
+  std::string verdict;  // as outcome_name() returns it; empty: all
   std::string name;     // substring of the pair's name or of a source, case-insensitive
 };
 
@@ -34,7 +34,7 @@ std::string describe_age(WallTime::duration age) {
 // --- filters ---
 
 bool is_selected(const PairStatus &status, const FleetFilter &filter) {
-  if (!filter.verdict.empty() && filter.verdict != outcome_word(status.outcome)) return false;
+  if (!filter.verdict.empty() && filter.verdict != outcome_name(status.outcome)) return false;
   const std::string text = pair_name(status) + "\n" + status.sources[0] + "\n" + status.sources[1];
   return strcasestr(text.c_str(), filter.name.c_str()) != nullptr;
 }
@@ -65,8 +65,8 @@ std::string link_verdict(const std::string &verdict, const std::string &text, st
 
 std::string write_filters(const FleetStatus &fleet, const FleetFilter &filter) {
   std::string links = link_verdict("", "all", fleet.size(), filter);
-  for (const auto &outcome : all_outcomes) {
-    const char *word = outcome_word(outcome);
+  for (const auto &outcome : outcomes_by_urgency) {
+    const char *word = outcome_name(outcome);
     links += link_verdict(word, word, count_pairs(fleet, outcome), filter);
   }
   return fmt::format(R"(<nav id="verdicts" data-live aria-label="Pairs by verdict"><ul>
@@ -100,13 +100,13 @@ std::string write_pair(const PairStatus &status, WallTime now) {
   return write_row(
       fmt::format("class=\"{}\"", look.name),
       {fmt::format("<a href=\"pair/{}\">{}</a>{}", encode_url(name), isolate(name), sources),
-       write_state(look, outcome_word(status.outcome)), age, isolate(reason)});
+       write_state_cell(look, outcome_name(status.outcome)), age, isolate(reason)});
 }
 
 std::string write_pairs(const FleetStatus &fleet, const FleetFilter &filter, WallTime now) {
   std::size_t count = 0;
   std::string rows;
-  for (const auto &outcome : all_outcomes) {
+  for (const auto &outcome : outcomes_by_urgency) {
     for (const PairStatus &status : fleet) {
       if (status.outcome != outcome || !is_selected(status, filter)) continue;
       rows += write_pair(status, now);

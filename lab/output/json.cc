@@ -85,7 +85,7 @@ Json parameter_to_json(const ParameterReport &parameter, const SideNames &names)
   return json;
 }
 
-void add_ports(const PairScope &scope, Json &json) {
+void add_scope_ports(const PairScope &scope, Json &json) {
   for (std::size_t side = 0; side < switch_names.size(); ++side) {
     const PairScope::End &end = scope.ends[side];
     if (!end.present) json["only"] = switch_names[1 - side];
@@ -101,7 +101,7 @@ Json scope_to_json(const ScopeReport &report, const SideNames &names) {
   Json json = {{"scope", report.scope.name}};
   if (report.scope.kind != PairScope::Kind::of_switch) {
     json["pod"] = report.on_pod;
-    add_ports(report.scope, json);
+    add_scope_ports(report.scope, json);
   }
   json["verdicts"] =
       sides_json([&](auto side) { return code_to_json(report.codes[side], "agree"); });
@@ -165,7 +165,7 @@ Json comparison_to_json(const PairReport &report) {
   const Outcome outcome = find_outcome(report);
   const SideNames &names = side_names(report);
   Json json = {{"version", 1},
-               {"verdict", outcome_word(outcome)},
+               {"verdict", outcome_name(outcome)},
                {"agree", outcome == Outcome::agree},
                {"incomplete", list_json(report.incomplete, [](const IncompleteReport &each) {
                   return describe_incomplete(each.reason);

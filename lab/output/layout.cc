@@ -184,23 +184,24 @@ std::string add_colour(const Cell &cell, const Layout &layout) {
   return fmt::format(styles[std::size_t(cell.colour)], "{}", cell.text);
 }
 
-std::string as_shown(std::string_view text) {
+std::string escape_for_locale(std::string_view text) {
   return escape(text, [](std::string_view character) { return locale_columns(character) >= 0; });
 }
 
-std::string wrapped(const std::string &text, std::size_t width) {
+std::string wrap_text(const std::string &text, std::size_t width) {
   return join(wrap(text, width), "\n");
 }
 
 void put_line(const std::string &text, std::size_t indent) {
-  fmt::print("{:{}}{}\n", "", indent, as_shown(text));
+  fmt::print("{:{}}{}\n", "", indent, escape_for_locale(text));
 }
 
 void put_wrapped(const Cell &text, const Layout &layout, std::size_t indent,
                  const std::string &heading) {
-  std::string before = as_shown(heading);
+  std::string before = escape_for_locale(heading);
   before.resize(indent, ' ');
-  for (const std::string &line : wrap(as_shown(add_colour(text, layout)), layout.width - indent)) {
+  for (const std::string &line :
+       wrap(escape_for_locale(add_colour(text, layout)), layout.width - indent)) {
     if (line.empty()) before.erase(before.find_last_not_of(' ') + 1);
     fmt::print("{}{}\n", before, line);
     before.assign(indent, ' ');
@@ -212,7 +213,7 @@ void put_table(const std::vector<Cell> &heading, const std::vector<std::vector<C
   std::vector<std::vector<Cell>> cells = rows;
   cells.insert(cells.begin(), heading);
   for (auto &row : cells) {
-    for (Cell &cell : row) cell.text = as_shown(cell.text);
+    for (Cell &cell : row) cell.text = escape_for_locale(cell.text);
   }
   const std::vector<std::size_t> most = find_column_widths(cells, layout.width - table_margin);
   // Wrapped columns can be narrower than their share.
@@ -232,7 +233,7 @@ void put_table(const std::vector<Cell> &heading, const std::vector<std::vector<C
   fmt::print("{}", out);
 }
 
-bool all_written(std::string &why) {
+bool flush_stdout(std::string &why) {
   errno = 0;
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
   if (why.empty()) why = errno != 0 ? std::strerror(errno) : "an earlier write failed";

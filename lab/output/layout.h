@@ -34,10 +34,10 @@ std::string add_colour(const Cell &cell, const Layout &layout);
 bool is_utf8_locale();
 
 // Escapes the characters that this locale cannot display.
-std::string as_shown(std::string_view text);
+std::string escape_for_locale(std::string_view text);
 
 // Wraps text after blanks and commas. Cuts words that are wider than the width. Keeps line feeds.
-std::string wrapped(const std::string &text, std::size_t width);
+std::string wrap_text(const std::string &text, std::size_t width);
 
 // --- printing: these functions escape their texts for the locale ---
 
@@ -54,6 +54,6 @@ void put_table(const std::vector<Cell> &heading, const std::vector<std::vector<C
 
 // Flushes standard output. Returns false if something could not be written; `why` is then the
 // reason, unless it is set already.
-bool all_written(std::string &why);
+bool flush_stdout(std::string &why);
 
 }  // namespace lab

@@ -88,8 +88,8 @@ std::string format_heading(const char *name, const char *help) {
 
 std::string format_metrics(const FleetStatus &fleet) {
   std::string text = format_heading("mcec_pairs", "How many pairs have a verdict.");
-  for (const auto &outcome : all_outcomes) {
-    text += fmt::format("mcec_pairs{{{}}} {}\n", label("verdict", outcome_word(outcome)),
+  for (const auto &outcome : outcomes_by_urgency) {
+    text += fmt::format("mcec_pairs{{{}}} {}\n", label("verdict", outcome_name(outcome)),
                         count_pairs(fleet, outcome));
   }
   for (const PairMetric &metric : pair_metrics) {

@@ -159,7 +159,7 @@ const Look &find_look(std::optional<Outcome> outcome) {
   return outcome ? known[std::size_t(*outcome)] : unknown;
 }
 
-std::string write_state(const Look &look, const std::string &html) {
+std::string write_state_cell(const Look &look, const std::string &html) {
   return fmt::format("<span class=\"state {}\"><span aria-hidden=\"true\">{}</span> {}</span>",
                      look.name, look.sign, html);
 }
@@ -208,7 +208,8 @@ std::string write_document(const Document &document) {
 )",
       hash_text(page_style), hash_text(page_script), document.contacts, document.contacts,
       document.head, document.title, page_style, document.look.name, document.what,
-      write_state(document.look, document.heading), document.header, document.main, page_script);
+      write_state_cell(document.look, document.heading), document.header, document.main,
+      page_script);
 }
 
 std::string write_page(const PairReport &report) {

@@ -47,7 +47,7 @@ inline constexpr Look accepted_look = {"caution", "≈"};
 const Look &find_look(std::optional<Outcome> outcome);
 
 // The sign and a text.
-std::string write_state(const Look &look, const std::string &html);
+std::string write_state_cell(const Look &look, const std::string &html);
 
 // The first cell is the heading of the row.
 std::string write_row(const std::string &attributes, const std::vector<std::string> &cells);

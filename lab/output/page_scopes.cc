@@ -20,7 +20,7 @@ std::string find_anchor(const ScopeGroup &group, const PairReport &report) {
   return fmt::format("scope-{}", group.scopes.front() - report.checks.data());
 }
 
-std::string write_value(const ParameterReport &parameter, std::size_t side) {
+std::string write_value_cell(const ParameterReport &parameter, std::size_t side) {
   const auto text = find_value_texts(parameter)[side];
   if (!text) return "<span class=\"none\">not sent</span>";
   std::string html;
@@ -56,10 +56,10 @@ std::string write_note_row(const char *look, const std::string &html) {
 std::string write_parameter(const ScopeGroup &group, const ParameterReport &parameter,
                             const SideNames &names) {
   const Look look = find_parameter_look(*group.scopes.front(), parameter);
-  std::string rows =
-      write_row(fmt::format("class=\"{}\"", look.name),
-                {parameter_key(parameter.type), write_value(parameter, 0),
-                 write_value(parameter, 1), write_state(look, describe_states(parameter, names))});
+  std::string rows = write_row(
+      fmt::format("class=\"{}\"", look.name),
+      {parameter_key(parameter.type), write_value_cell(parameter, 0),
+       write_value_cell(parameter, 1), write_state_cell(look, describe_states(parameter, names))});
   rows += write_note_row("caution", describe_accepted(parameter.accepted));
   if (!parameter.fix || parameter.accepted) return rows;
   const std::string fix = describe_fix(parameter.fix->fix, names, &group);
@@ -80,8 +80,9 @@ std::string write_parameters(const ScopeGroup &group, const SideNames &names) {
   for (std::size_t side = 0; side < names.size(); ++side) {
     for (const InconsistentPort &port : scope.inconsistent[side]) {
       const std::string text = describe_inconsistent_port(port, scope.scope.ends[side]);
-      rows += write_note_row("bad", write_state(bad_look, fmt::format("Inconsistent on the {}: {}",
-                                                                      names[side], isolate(text))));
+      rows += write_note_row(
+          "bad", write_state_cell(bad_look, fmt::format("Inconsistent on the {}: {}", names[side],
+                                                        isolate(text))));
     }
   }
   return rows;
@@ -133,8 +134,8 @@ std::string write_scope_tables(const PairReport &report, ScopeClass wanted) {
     const std::string caption =
         fmt::format("<h3 id=\"{}\">{}</h3> {}", find_anchor(group, report),
                     fold_text(describe_group(group, names)),
-                    write_state(class_looks[std::size_t(wanted)],
-                                describe_scope_verdict(*group.scopes.front(), names)));
+                    write_state_cell(class_looks[std::size_t(wanted)],
+                                     describe_scope_verdict(*group.scopes.front(), names)));
     const auto column = [&](std::size_t side) {
       return fmt::format("{} <small>{}</small>", names[side],
                          isolate(name_side(report.sides[side])));
@@ -149,11 +150,11 @@ std::string write_parameter_summary(const PairReport &report) {
   std::string rows;
   for (const auto &[type, count] : summarize(report.checks).parameters) {
     const Look &look = count.differ.empty() ? good_look : bad_look;
-    rows +=
-        write_row(fmt::format("class=\"{}\"", look.name),
-                  {parameter_key(type),
-                   write_state(look, fmt::format("{} of {}", count.differ.size(), count.scopes)),
-                   count.differ.empty() ? "none" : link_scopes(count.differ, report)});
+    rows += write_row(
+        fmt::format("class=\"{}\"", look.name),
+        {parameter_key(type),
+         write_state_cell(look, fmt::format("{} of {}", count.differ.size(), count.scopes)),
+         count.differ.empty() ? "none" : link_scopes(count.differ, report)});
   }
   if (rows.empty()) return "";
   return write_table("summary", "Number of scopes in which each parameter differs",

@@ -12,7 +12,7 @@ namespace {
 
 std::string describe_cause(const ScopeReport &scope, std::size_t side, const SideNames &names) {
   const uint32_t code = scope.codes[side];
-  if (const Parameter *parameter = parameter_of_mismatch(code)) {
+  if (const Parameter *parameter = find_mismatched_parameter(code)) {
     return "DIFFERENT: " + parameter->key;
   }
   if (const auto missing = missing_side(scope)) {
@@ -200,7 +200,7 @@ const char *describe_incomplete(Incomplete reason) {
                "were not compared";
 }
 
-const char *outcome_word(std::optional<Outcome> outcome) {
+const char *outcome_name(std::optional<Outcome> outcome) {
   constexpr const char *words[] = {"agree", "disagree", "incomplete"};
   return outcome ? words[std::size_t(*outcome)] : "unknown";
 }

@@ -75,7 +75,7 @@ std::vector<std::string> list_sides_off(const PairReport &report, const SideName
 const char *describe_incomplete(Incomplete reason);
 
 // "agree", "disagree", "incomplete", "unknown".
-const char *outcome_word(std::optional<Outcome> outcome);
+const char *outcome_name(std::optional<Outcome> outcome);
 
 // "rapid-pvst", "mst", "off", "unknown".
 const char *spanning_tree_name(SpanningTree spanning_tree);

@@ -199,7 +199,7 @@ void perform(Device &device, const Report &request, Reply &reply) {
 
 // --- the platform and the process ---
 
-void perform(Device &device, const ChangeWorld &change, Reply &) {
+void perform(Device &device, const ChangePlatform &change, Reply &) {
   device.settings = change.settings;
   standin_set_trunk(change.settings.trunk ? 1 : 0);
   standin_clear_user_vlans();
@@ -222,7 +222,7 @@ void perform(Device &device, const SetUp &set_up, Reply &reply) {
     for (const Port &port : device.settings->ports) delete_cache({false, port.index});
     reset_platform();
   }
-  perform(device, ChangeWorld{set_up.settings}, reply);
+  perform(device, ChangePlatform{set_up.settings}, reply);
   for (const Port &port : set_up.settings.ports) {
     if (!port.parameters.empty()) update_cache({false, port.index}, port.parameters);
   }
@@ -260,20 +260,18 @@ Bytes exchange_arrays(const Device &device, const Bytes &own) {
   return *frame;
 }
 
-// Calls the library's check of a scope. An empty array is passed as a null pointer.
-uint32_t check(const Scope &scope, Bytes local, Bytes peer, const std::optional<Vlans> &twins) {
-  Bytes record = vlan_record(twins.value_or(Vlans{}));
-  stp_mcec_lib_bmp4096_ntoh(record.data(), record.data());
-  Bytes pass(record.size());
-  Bytes fail(record.size());
-  const uint32_t check_vlans = twins ? 1 : 0;
+// Calls the library's check of a scope. An empty array is passed as a null pointer. The record of
+// the twin VLANs is in host byte order.
+uint32_t check(const Scope &scope, Bytes local, Bytes peer, uint32_t check_vlans, Bytes twins) {
+  Bytes pass(twins.size());
+  Bytes fail(twins.size());
   const LibraryCall call;
   if (scope.global) {
     return stp_mcec_type1_cfg_compat_check(0, data_of(local), data_of(peer), check_vlans,
-                                           record.data(), pass.data(), fail.data());
+                                           twins.data(), pass.data(), fail.data());
   }
   return stp_mcec_type1_cfg_compat_check_with_ifindex(scope.port, 0, data_of(local), data_of(peer),
-                                                      check_vlans, record.data(), pass.data(),
+                                                      check_vlans, twins.data(), pass.data(),
                                                       fail.data());
 }
 
@@ -307,12 +305,15 @@ std::vector<InconsistentPort> find_inconsistent_ports(
 }
 
 void perform(Device &device, const Check &request, Reply &reply) {
+  Bytes twins = vlan_record(request.twins.value_or(Vlans{}));
+  stp_mcec_lib_bmp4096_ntoh(twins.data(), twins.data());
   for (const PairScope &pair_scope : request.scopes) {
     const PairScope::End &end = pair_scope.ends[device.side];
     const Scope scope{pair_scope.kind == PairScope::Kind::of_switch, end.port};
     ScopeAnswer &answer = reply.checked.emplace_back();
     if (end.present) answer.array = export_scope(scope);
-    answer.code = check(scope, answer.array, exchange_arrays(device, answer.array), request.twins);
+    answer.code = check(scope, answer.array, exchange_arrays(device, answer.array),
+                        request.twins ? 1 : 0, twins);
     answer.on_pod = !scope.global && satmgr_if_is_pod_port(scope.port) != 0;
     answer.mode = cached_mode();
     answer.inconsistent = find_inconsistent_ports(answer.array, end.others);

@@ -85,7 +85,7 @@ struct SetUp {
 };
 
 // Changes the state of the platform. The cache stays as it is.
-struct ChangeWorld {
+struct ChangePlatform {
   Settings settings;
 };
 
@@ -144,7 +144,7 @@ struct Check {
   std::optional<Vlans> twins;  // nullopt: disabled VLANs are not compared
 };
 
-using Operation = std::variant<SetUp, ChangeWorld, Command, Update, CacheUpdate, Delete, Export,
+using Operation = std::variant<SetUp, ChangePlatform, Command, Update, CacheUpdate, Delete, Export,
                                Rebuild, Report, Fail, Crash, Check>;
 
 struct Request {

@@ -12,8 +12,8 @@ struct NaturalLess {
 
 using Ends = std::array<PairScope::End, 2>;
 
-void add_ports(std::map<std::string, Ends, NaturalLess> &channels, const Settings &settings,
-               std::size_t which) {
+void collect_ports(std::map<std::string, Ends, NaturalLess> &channels, const Settings &settings,
+                   std::size_t which) {
   std::map<uint32_t, std::string> names;
   for (const Channel &channel : settings.channels) names[channel.id] = channel.name;
   for (const Port &port : settings.ports) {
@@ -31,10 +31,10 @@ void add_ports(std::map<std::string, Ends, NaturalLess> &channels, const Setting
 
 }  // namespace
 
-std::vector<PairScope> find_scopes(const PairOfSettings &pair) {
+std::vector<PairScope> find_scopes(const SettingsPairView &pair) {
   std::map<std::string, Ends, NaturalLess> channels;
   for (std::size_t which = 0; which < pair.size(); ++which) {
-    add_ports(channels, *pair[which], which);
+    collect_ports(channels, *pair[which], which);
   }
   std::vector<PairScope> scopes = {PairScope{}};
   for (auto &[name, ends] : channels) {
@@ -47,7 +47,7 @@ std::vector<PairScope> find_scopes(const PairOfSettings &pair) {
   return scopes;
 }
 
-Vlans twin_vlans(const PairOfSettings &pair) {
+Vlans twin_vlans(const SettingsPairView &pair) {
   Vlans twins;
   for (const Channel &channel : pair[0]->channels) {
     const Channel *half = find_channel(*pair[1], channel.name);

@@ -40,9 +40,9 @@ struct PairScope {
 
 // Returns the switch, and the channels that have a port on either side, in natural order of their
 // names. A verdict depends on all of these scopes.
-std::vector<PairScope> find_scopes(const PairOfSettings &pair);
+std::vector<PairScope> find_scopes(const SettingsPairView &pair);
 
 // Returns the VLANs that channels of the same name carry on both switches.
-Vlans twin_vlans(const PairOfSettings &pair);
+Vlans twin_vlans(const SettingsPairView &pair);
 
 }  // namespace lab

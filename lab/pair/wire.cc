@@ -25,7 +25,7 @@ LAB_FIELDS(SwitchReport, it.result, it.is_command, it.answer, it.records, it.val
 LAB_FIELDS(ScopeAnswer, it.code, it.on_pod, it.mode, it.array, it.inconsistent)
 LAB_FIELDS(Reply, it.problem, it.report, it.checked)
 LAB_FIELDS(SetUp, it.settings)
-LAB_FIELDS(ChangeWorld, it.settings)
+LAB_FIELDS(ChangePlatform, it.settings)
 LAB_FIELDS(Command::Attribute, it.id, it.value)
 LAB_FIELDS(Command, it.id, it.positive, it.attributes)
 LAB_FIELDS(Update, it.scope, it.entries)

@@ -54,7 +54,7 @@ void add_port_notes(const std::string &channel, const Port &left, const Port &ri
                  notes);
 }
 
-void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
+void add_channel_notes(const SettingsPairView &settings, const Channel &channel,
                        std::vector<Note> &notes) {
   const Channel *peer = find_channel(*settings[1], channel.name);
   if (peer == nullptr) return;
@@ -63,8 +63,8 @@ void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
                      .channel = channel.name,
                      .vlans = {channel.vlans & ~peer->vlans, peer->vlans & ~channel.vlans}});
   }
-  const Port *left = port_of_channel(*settings[0], channel.name);
-  const Port *right = port_of_channel(*settings[1], channel.name);
+  const Port *left = find_channel_port(*settings[0], channel.name);
+  const Port *right = find_channel_port(*settings[1], channel.name);
   if (left == nullptr || right == nullptr) return;
   add_port_notes(channel.name, *left, *right, notes);
   if (settings[0]->spanning_tree && settings[1]->spanning_tree && !left->spanning_tree &&
@@ -76,7 +76,7 @@ void add_channel_notes(const PairOfSettings &settings, const Channel &channel,
 // --- timers ---
 
 // Returns a field for each timer and pair of values, with the VLANs that have these values.
-std::vector<NoteField> find_differing_vlan_timers(const PairOfSettings &settings) {
+std::vector<NoteField> find_differing_vlan_timers(const SettingsPairView &settings) {
   const auto timers_of = [&](std::size_t side, uint32_t vlan) {
     const auto found = settings[side]->vlan_timers.find(vlan);
     return found != settings[side]->vlan_timers.end() ? found->second : Timers{};
@@ -97,7 +97,7 @@ std::vector<NoteField> find_differing_vlan_timers(const PairOfSettings &settings
   return fields;
 }
 
-void add_timer_notes(const PairOfSettings &settings, std::vector<Note> &notes) {
+void add_timer_notes(const SettingsPairView &settings, std::vector<Note> &notes) {
   const auto mode = running_mode(*settings[0]);
   if (!mode || mode != running_mode(*settings[1])) return;
   if (mode == STP_MCEC_STP_MODE_RAPID_PVST) {
@@ -111,7 +111,7 @@ void add_timer_notes(const PairOfSettings &settings, std::vector<Note> &notes) {
 
 // Returns a value of the domains on both sides. A switch usually has one domain; the values of
 // several are joined.
-NoteField make_domain_field(const std::string &name, const PairOfSettings &settings,
+NoteField make_domain_field(const std::string &name, const SettingsPairView &settings,
                             std::optional<std::string> (*value_of)(const Domain &)) {
   NoteField field{name, {}};
   for (std::size_t side = 0; side < settings.size(); ++side) {
@@ -133,7 +133,8 @@ bool are_peers(const Domain &left, const Domain &right) {
          right.peer == left.source;
 }
 
-void add_domain_notes(const PairOfSettings &settings, bool is_intended, std::vector<Note> &notes) {
+void add_domain_notes(const SettingsPairView &settings, bool is_intended,
+                      std::vector<Note> &notes) {
   const auto &left = settings[0]->domains;
   const auto &right = settings[1]->domains;
   if (left.empty() || right.empty()) return;
@@ -154,7 +155,8 @@ void add_domain_notes(const PairOfSettings &settings, bool is_intended, std::vec
                  notes);
 }
 
-void add_switch_notes(const PairOfSettings &settings, bool is_intended, std::vector<Note> &notes) {
+void add_switch_notes(const SettingsPairView &settings, bool is_intended,
+                      std::vector<Note> &notes) {
   add_domain_notes(settings, is_intended, notes);
   const auto &[left, right] = settings;
   if (!is_intended && !left->address.empty() && key_of(left->address) == key_of(right->address)) {
@@ -186,7 +188,7 @@ const std::vector<std::string> &note_keys() {
   return keys;
 }
 
-std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended) {
+std::vector<Note> find_notes(const SettingsPairView &settings, bool is_intended) {
   std::vector<Note> notes;
   for (const Channel &channel : settings[0]->channels) add_channel_notes(settings, channel, notes);
   add_timer_notes(settings, notes);

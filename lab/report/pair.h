@@ -83,7 +83,7 @@ struct Note {
 
 // Finds all notes except those on accepted differences, sorted by kind. Does not compare addresses
 // and peers if the left side is an intended state.
-std::vector<Note> find_notes(const PairOfSettings &settings, bool is_intended);
+std::vector<Note> find_notes(const SettingsPairView &settings, bool is_intended);
 
 struct PairReport {
   std::string name;          // of the pair, if it is one of many

@@ -42,7 +42,7 @@ using FleetStatus = std::vector<PairStatus>;
 // Counts the pairs with an outcome.
 std::size_t count_pairs(const FleetStatus &fleet, std::optional<Outcome> outcome);
 
-// Returns the first of `all_outcomes` that a pair has; agree without pairs.
+// Returns the first of `outcomes_by_urgency` that a pair has; agree without pairs.
 std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet);
 
 // --- events ---

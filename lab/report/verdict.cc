@@ -129,7 +129,7 @@ std::size_t count_pairs(const FleetStatus &fleet, std::optional<Outcome> outcome
 }
 
 std::optional<Outcome> find_fleet_outcome(const FleetStatus &fleet) {
-  for (const auto &outcome : all_outcomes) {
+  for (const auto &outcome : outcomes_by_urgency) {
     if (count_pairs(fleet, outcome) > 0) return outcome;
   }
   return Outcome::agree;

@@ -31,8 +31,8 @@ bool has_inconsistent_ports(const ScopeReport &scope);
 enum class Outcome : uint8_t { agree, disagree, incomplete };
 
 // In the order of urgency; nullopt: unknown.
-inline constexpr std::optional<Outcome> all_outcomes[] = {Outcome::disagree, std::nullopt,
-                                                          Outcome::incomplete, Outcome::agree};
+inline constexpr std::optional<Outcome> outcomes_by_urgency[] = {
+    Outcome::disagree, std::nullopt, Outcome::incomplete, Outcome::agree};
 
 // Why a pair or a scope disagrees.
 enum class Reason : uint8_t {

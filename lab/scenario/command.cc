@@ -121,7 +121,7 @@ std::vector<Attribute> read_raw_attributes(Reader &reader, const YAML::Node &nod
 std::array<Attribute, 2> read_port_ranges(StepReader &reader, const YAML::Node &node) {
   const std::vector<PortOfPair> ports = read_ports(reader, node, "ports");
   const ParsedRanges written = parse_ranges(scalar_text(node), UINT32_MAX);
-  const bool has_names = written.fault != RangeFault::none;
+  const bool has_names = written.fault != RangeError::none;
   std::array<Attribute, 2> attributes;
   for (std::size_t side = 0; side < attributes.size(); ++side) {
     Ranges ranges = written.ranges;

@@ -261,7 +261,7 @@ std::string find_contradiction(const std::vector<Expected> &expected) {
   const auto *pass = find_expected<Vlans>(expected, "pass");
   const auto *fail = find_expected<Vlans>(expected, "fail");
   const bool agrees = verdict && verdict->code == 0;
-  const Parameter *named = verdict ? parameter_of_mismatch(verdict->code) : nullptr;
+  const Parameter *named = verdict ? find_mismatched_parameter(verdict->code) : nullptr;
   const std::pair<bool, const char *> contradictions[] = {
       {answer && result && (*answer == "accepted") != (result->code == 0),
        "a command is accepted exactly when its result is ok"},

@@ -53,7 +53,7 @@ std::string find_reported_name(const StepReader &reader, const std::string &give
 
 std::vector<PortOfPair> read_ports(StepReader &reader, const YAML::Node &node,
                                    const std::string &what) {
-  if (node.IsScalar() && parse_ranges(node.Scalar(), UINT32_MAX).fault == RangeFault::no_list) {
+  if (node.IsScalar() && parse_ranges(node.Scalar(), UINT32_MAX).fault == RangeError::not_a_list) {
     return read_named_ports(reader, node, what);
   }
   std::vector<PortOfPair> ports;

@@ -120,7 +120,7 @@ void read_change_step(StepReader &reader, const YAML::Node &, const YAML::Node &
     // An error on both sides is reported once.
     if (!step.on[side] || !reader.mapping(value, "a change", platform_keys)) continue;
     read_platform(reader, value, reader.now[side], true);
-    add_operation(step, side, ChangeWorld{reader.now[side]});
+    add_operation(step, side, ChangePlatform{reader.now[side]});
   }
   reader.scopes = find_scopes({&reader.now[0], &reader.now[1]});
   step.summary = "change";

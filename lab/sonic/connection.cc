@@ -248,7 +248,7 @@ void throw_server_error(Query kind, std::string_view error, const ReadLimits &li
   throw ConnectionError{text, kind == Query::select};
 }
 
-std::string_view text_of(const redisReply &reply) {
+std::string_view reply_text(const redisReply &reply) {
   return reply.str != nullptr ? std::string_view(reply.str, reply.len) : std::string_view();
 }
 
@@ -292,9 +292,9 @@ bool is_quiet(const Connection &connection, TimePoint now, Clock::duration time)
          now - connection.last_answer >= time;
 }
 
-TimePoint due(const Connection &connection, Clock::duration sign_of_life) {
+TimePoint due(const Connection &connection, Clock::duration probe_interval) {
   return connection.last_answer +
-         (connection.pending.empty() ? sign_of_life : connection.limits.answer_time);
+         (connection.pending.empty() ? probe_interval : connection.limits.answer_time);
 }
 
 }  // namespace lab

@@ -101,7 +101,7 @@ PendingQuery take_query(Connection &connection, TimePoint now);
 // Throws ConnectionError for an error that the server answered.
 [[noreturn]] void throw_server_error(Query kind, std::string_view error, const ReadLimits &limits);
 
-std::string_view text_of(const redisReply &reply);
+std::string_view reply_text(const redisReply &reply);
 
 // Reads and writes without blocking. `on_answer` may reset the connection.
 void read_and_write(Connection &connection,
@@ -116,7 +116,7 @@ void check_answer_time(const Connection &connection, TimePoint now);
 // Returns true if no answer is awaited and the last one is at least `time` old.
 bool is_quiet(const Connection &connection, TimePoint now, Clock::duration time);
 
-TimePoint due(const Connection &connection, Clock::duration sign_of_life);
+TimePoint due(const Connection &connection, Clock::duration probe_interval);
 bool needs_writing(const Connection &connection);
 
 }  // namespace lab

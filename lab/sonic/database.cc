@@ -142,7 +142,7 @@ void end_whole_reading(Database &database, Reading read, TimePoint now) {
   Snapshot &snapshot = database.snapshot;
   snapshot.checked = now;
   database.keys.reset();
-  if (differs) notice_change(snapshot, now);
+  if (differs) record_change(snapshot, now);
   const bool repeat = differs && !snapshot.notifications && database.repeats < max_repeats;
   database.repeats = repeat ? database.repeats + 1 : 0;
   // Without DBSIZE, only a reading detects changes without notifications.
@@ -191,10 +191,10 @@ bool is_expected_error(Query kind, std::string_view error) {
   return (kind == Query::config || kind == Query::size) && !error.starts_with("LOADING");
 }
 
-void handle_answer(Database &database, const redisReply &reply, TimePoint now) {
+void handle_reply(Database &database, const redisReply &reply, TimePoint now) {
   const auto [kind, row] = take_query(database.rows, now);
-  if (reply.type == REDIS_REPLY_ERROR && !is_expected_error(kind, text_of(reply))) {
-    throw_server_error(kind, text_of(reply), database.limits);
+  if (reply.type == REDIS_REPLY_ERROR && !is_expected_error(kind, reply_text(reply))) {
+    throw_server_error(kind, reply_text(reply), database.limits);
   }
   if (kind == Query::config) {
     database.snapshot.notifications =
@@ -212,15 +212,16 @@ void handle_answer(Database &database, const redisReply &reply, TimePoint now) {
 
 void handle_notification(Database &database, const redisReply &reply, TimePoint now) {
   if (const auto row = notified_row(reply, channel_of(database, ""), database.limits)) {
-    notice_change(database.snapshot, now);
+    record_change(database.snapshot, now);
     if (database.changed.size() <= database.limits.changed_rows) database.changed.insert(*row);
     return;
   }
   const PendingQuery query = take_query(database.changes, now);
   if (query.kind == Query::fence) database.is_fenced = false;
   if (reply.type != REDIS_REPLY_ERROR) return;
-  const bool is_forbidden = query.kind == Query::subscribe && text_of(reply).starts_with("NOPERM");
-  if (!is_forbidden) throw_server_error(query.kind, text_of(reply), database.limits);
+  const bool is_forbidden =
+      query.kind == Query::subscribe && reply_text(reply).starts_with("NOPERM");
+  if (!is_forbidden) throw_server_error(query.kind, reply_text(reply), database.limits);
   database.changes = Connection{};
 }
 
@@ -243,7 +244,7 @@ void send_pings(Database &database, TimePoint now) {
     const bool asks_size = connection == &database.rows && database.snapshot.notifications &&
                            database.answers_size && database.snapshot.contents != nullptr;
     const bool has_size = !asks_size || database.keys;
-    const auto pause = has_size ? database.intervals.sign_of_life : Clock::duration{};
+    const auto pause = has_size ? database.intervals.probe_interval : Clock::duration{};
     if (!is_quiet(*connection, now, pause)) continue;
     send_request(*connection, now, asks_size ? Query::size : Query::ping,
                  {asks_size ? "DBSIZE" : "PING"});
@@ -275,7 +276,7 @@ void run_session(Database &database, TimePoint now) {
   if (database.resolver) return;
   if (database.rows.context == nullptr) open_connections(database, now);
   read_and_write(database.rows,
-                 [&](const redisReply &reply) { handle_answer(database, reply, now); });
+                 [&](const redisReply &reply) { handle_reply(database, reply, now); });
   read_and_write(database.changes,
                  [&](const redisReply &reply) { handle_notification(database, reply, now); });
   continue_reading(database, now);
@@ -323,7 +324,7 @@ TimePoint due(const Database &database) {
     first = std::min(first, database.next_reading);
   for (const Connection *connection : {&database.rows, &database.changes}) {
     if (connection->context == nullptr) continue;
-    first = std::min(first, due(*connection, database.intervals.sign_of_life));
+    first = std::min(first, due(*connection, database.intervals.probe_interval));
   }
   return first;
 }

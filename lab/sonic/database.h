@@ -24,7 +24,7 @@ struct ReadIntervals {
   Clock::duration unnotified = std::chrono::seconds(1);
   Clock::duration notified = std::chrono::seconds(10);
   // Between PINGs (or DBSIZEs) on a quiet connection.
-  Clock::duration sign_of_life = std::chrono::seconds(1);
+  Clock::duration probe_interval = std::chrono::seconds(1);
 };
 
 // State that is discarded when the connections close.

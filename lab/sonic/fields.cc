@@ -24,7 +24,7 @@ std::optional<Bytes> parse_region(std::string_view text) {
 
 std::optional<Bytes> parse_revision(std::string_view text) {
   const auto number = decimal(text);
-  return number && *number <= last_revision ? std::optional(word(*number)) : std::nullopt;
+  return number && *number <= last_revision ? std::optional(word_value(*number)) : std::nullopt;
 }
 
 constexpr Form mode_form = {.expected = "pvst, mst or none",
@@ -32,7 +32,7 @@ constexpr Form mode_form = {.expected = "pvst, mst or none",
                             .parse = [](std::string_view text) -> std::optional<Bytes> {
                               if (text == "none") return Bytes{};
                               if (text != "pvst" && text != "mst") return std::nullopt;
-                              return word(text == "mst" ? mst : pvst);
+                              return word_value(text == "mst" ? mst : pvst);
                             },
                             .print = [](const Bytes &value) -> std::string {
                               return word_of(value) == mst ? "mst" : "pvst";
@@ -41,7 +41,7 @@ constexpr Form mode_form = {.expected = "pvst, mst or none",
 constexpr Form boolean_form = {.expected = "true or false",
                                .parse = [](std::string_view text) -> std::optional<Bytes> {
                                  if (text != "true" && text != "false") return std::nullopt;
-                                 return word(text == "true" ? 1 : 0);
+                                 return word_value(text == "true" ? 1 : 0);
                                },
                                .print = [](const Bytes &value) -> std::string {
                                  return word_of(value) != 0 ? "true" : "false";
@@ -65,7 +65,7 @@ constexpr Field row_of(const char *table, const char *key) {
   return {.table = table, .key = key, .name = "", .use = FieldUse::row};
 }
 
-constexpr Field text_in(const char *table, const char *key, const char *name) {
+constexpr Field text_field(const char *table, const char *key, const char *name) {
   return {.table = table, .key = key, .name = name};
 }
 
@@ -79,8 +79,8 @@ constexpr Field value_of(uint16_t type, uint32_t mode, const char *table, const 
 }
 
 constexpr Field field_table[] = {
-    text_in("DEVICE_METADATA", "localhost", "mac"),
-    text_in("DEVICE_METADATA", "localhost", "hostname"),
+    text_field("DEVICE_METADATA", "localhost", "mac"),
+    text_field("DEVICE_METADATA", "localhost", "hostname"),
     value_of(STP_MCEC_TYPE1_STP_MODE, 0, "STP", "GLOBAL", "mode", mode_form),
     noted("STP", "GLOBAL", "forward_delay"),
     noted("STP", "GLOBAL", "hello_time"),
@@ -111,10 +111,10 @@ constexpr Field field_table[] = {
     value_of(STP_MCEC_TYPE1_IFI_PORT_GUARD, 0, "STP_PORT", "PortChannelN", "root_guard",
              boolean_form),
     value_of(0, 0, "STP_PORT", "PortChannelN", "enabled", boolean_form),
-    text_in("MCLAG_DOMAIN", "N", "peer_link"),
-    text_in("MCLAG_DOMAIN", "N", "source_ip"),
-    text_in("MCLAG_DOMAIN", "N", "peer_ip"),
-    text_in("MCLAG_DOMAIN", "N", "mclag_system_id"),
+    text_field("MCLAG_DOMAIN", "N", "peer_link"),
+    text_field("MCLAG_DOMAIN", "N", "source_ip"),
+    text_field("MCLAG_DOMAIN", "N", "peer_ip"),
+    text_field("MCLAG_DOMAIN", "N", "mclag_system_id"),
     row_of("MCLAG_INTERFACE", "N|PortChannelN"),
 };
 

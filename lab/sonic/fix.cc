@@ -17,7 +17,7 @@ constexpr char common_region[] = "region1";
 // Returns a parameter of the switch or of a channel, or nullptr if it is not sent.
 const Entry *find_sent(const Settings &settings, const std::string &channel, uint16_t type) {
   if (channel.empty()) return find_entry(settings.parameters, type);
-  const Port *port = port_of_channel(settings, channel);
+  const Port *port = find_channel_port(settings, channel);
   return port != nullptr ? find_entry(port->parameters, type) : nullptr;
 }
 
@@ -45,7 +45,7 @@ Change copy_field(const FixedSide &fixed, const Field &field, const std::string 
 Changes mode_changes(const FixedSide &fixed, const Field &field) {
   Changes changes = {copy_field(fixed, field)};
   // MST mode requires a region name, which this side may lack.
-  if (!settings_of(apply_changes(fixed.rows, changes)).errors.empty()) {
+  if (!interpret_rows(apply_changes(fixed.rows, changes)).errors.empty()) {
     changes.push_back(copy_field(
         fixed, *field_of_parameter(STP_MCEC_TYPE1_MST_REGION_NAME, STP_MCEC_STP_MODE_MST)));
   }
@@ -59,7 +59,7 @@ Changes vlan_changes(const FixedSide &fixed, const Field &field) {
   Changes changes;
   for (uint32_t vlan = 0; vlan < vlan_count; ++vlan) {
     if (!differ[vlan]) continue;
-    const Bytes is_enabled = word(other_vlans[vlan] ? 0 : 1);
+    const Bytes is_enabled = word_value(other_vlans[vlan] ? 0 : 1);
     changes.push_back({field.table, vlan_name(vlan), field.name, field.form->print(is_enabled)});
   }
   return changes;
@@ -147,7 +147,7 @@ bool is_named_after_switch(const Settings &settings) {
 }
 
 // Groups the VLANs whose values differ by the pair of their values.
-std::vector<VlanGroup> find_groups(const PairOfSettings &settings, uint16_t type) {
+std::vector<VlanGroup> find_groups(const SettingsPairView &settings, uint16_t type) {
   const bool is_map = type == STP_MCEC_TYPE1_MST_REGION_VI_MAP;
   if (!is_map && type != STP_MCEC_TYPE1_STP_ENDIS) return {};
   const Vlans twins = twin_vlans(settings);
@@ -221,7 +221,7 @@ std::vector<PatchOperation> make_patch(const Rows &rows, const Changes &changes)
   return patch;
 }
 
-Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &rows,
+Fix find_fix(const SettingsPairView &settings, const std::array<const Rows *, 2> &rows,
              const std::string &channel, uint16_t type, bool is_intended) {
   static const Rows no_rows;
   Fix fix;

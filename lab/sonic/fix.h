@@ -73,7 +73,7 @@ struct Fix {
 // Finds the fix for a parameter that differs, of the switch (empty channel) or of a channel.
 // `rows`: nullptr for a side without rows. If the left side is an intended state, only the right
 // side changes.
-Fix find_fix(const PairOfSettings &settings, const std::array<const Rows *, 2> &rows,
+Fix find_fix(const SettingsPairView &settings, const std::array<const Rows *, 2> &rows,
              const std::string &channel, uint16_t type, bool is_intended = false);
 
 // Returns the row, "TABLE|key", that adds a multi-chassis channel of the peer to a switch.

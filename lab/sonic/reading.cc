@@ -41,13 +41,13 @@ bool is_list(const redisReply &reply, std::size_t elements) {
   return reply.type == REDIS_REPLY_ARRAY && reply.elements == elements;
 }
 
-std::string text_in(const redisReply &list, std::size_t i, const char *command) {
+std::string element_text(const redisReply &list, std::size_t i, const char *command) {
   const redisReply &element = *list.element[i];
   if (element.type != REDIS_REPLY_STRING) {
     throw_protocol_error(
         fmt::format("an answer to {} with an element that is not a string", command));
   }
-  return std::string(text_of(element));
+  return std::string(reply_text(element));
 }
 
 // Returns nullopt if the row does not exist or cannot be read.
@@ -64,8 +64,8 @@ std::optional<Row> read_row(const std::string &name, const redisReply &reply, In
   Row row;
   const std::string table = split_row_name(name).first;
   for (std::size_t i = 0; i < reply.elements; i += 2) {
-    std::string field = text_in(reply, i, "HGETALL");
-    const std::string text = text_in(reply, i + 1, "HGETALL");
+    std::string field = element_text(reply, i, "HGETALL");
+    const std::string text = element_text(reply, i + 1, "HGETALL");
     const bool is_list = field.ends_with('@');
     if (is_list) field.pop_back();
     if (field == "NULL" || !is_read(table, field)) continue;
@@ -98,7 +98,7 @@ std::string add_keys(Reading &reading, const redisReply &reply, const ReadLimits
   if (!is_list(reply, 2) || reply.element[1]->type != REDIS_REPLY_ARRAY) {
     throw_protocol_error("an answer to SCAN that is not a cursor and a list of keys");
   }
-  const std::string cursor = text_in(reply, 0, "SCAN");
+  const std::string cursor = element_text(reply, 0, "SCAN");
   constexpr std::size_t max_digits = 20;  // of 64 bits
   if (!decimal(cursor) || cursor.size() > max_digits) {
     throw_protocol_error("an answer to SCAN with a cursor that is not a number");
@@ -106,7 +106,7 @@ std::string add_keys(Reading &reading, const redisReply &reply, const ReadLimits
   const redisReply &keys = *reply.element[1];
   reading.has_keys = reading.has_keys || keys.elements > 0;
   for (std::size_t i = 0; i < keys.elements; ++i) {
-    std::string name = text_in(keys, i, "SCAN");
+    std::string name = element_text(keys, i, "SCAN");
     const auto [table, key] = split_row_name(name);
     if (!tables_read().contains(table)) continue;
     check_size(name, limits.name_bytes, "a name");
@@ -150,15 +150,15 @@ void add_row(Reading &reading, const std::string &name, const redisReply &reply,
 }
 
 bool has_notifications(const redisReply &reply) {
-  const std::string_view flags = is_list(reply, 2) ? text_of(*reply.element[1]) : "";
+  const std::string_view flags = is_list(reply, 2) ? reply_text(*reply.element[1]) : "";
   const auto has = [flags](char flag) { return flags.find(flag) != flags.npos; };
   return has('K') && (has('A') || (has('g') && has('h')));
 }
 
 std::optional<std::string> notified_row(const redisReply &reply, const std::string &channel,
                                         const ReadLimits &limits) {
-  if (!is_list(reply, 4) || text_of(*reply.element[0]) != "pmessage") return std::nullopt;
-  const std::string text = text_in(reply, 2, "PSUBSCRIBE");
+  if (!is_list(reply, 4) || reply_text(*reply.element[0]) != "pmessage") return std::nullopt;
+  const std::string text = element_text(reply, 2, "PSUBSCRIBE");
   std::string row = text.substr(std::min(channel.size(), text.size()));
   if (!text.starts_with(channel) || !tables_read().contains(split_row_name(row).first)) {
     throw_protocol_error("an unexpected notification");

@@ -127,10 +127,10 @@ struct RowsReader {
     for (const std::string &member : members_of(list->second)) {
       const ParsedRanges parsed = parse_member(member);
       read |= vlans_of(parsed.ranges);
-      if (parsed.fault == RangeFault::none) continue;
+      if (parsed.fault == RangeError::none) continue;
       add_error(row, "vlan_list", quote(member),
-                parsed.fault == RangeFault::reversed ? "a range from the lower to the higher VLAN"
-                : parsed.fault == RangeFault::out_of_range ? "VLANs from 1 to 4094"
+                parsed.fault == RangeError::reversed ? "a range from the lower to the higher VLAN"
+                : parsed.fault == RangeError::out_of_range ? "VLANs from 1 to 4094"
                                                            : "VLANs like 10, 10-20, Vlan10 or "
                                                              "Vlan10-Vlan20");
     }
@@ -267,7 +267,7 @@ struct RowsReader {
     for (const uint16_t type : {STP_MCEC_TYPE1_IFI_PORT_TYPE, STP_MCEC_TYPE1_IFI_PORT_GUARD}) {
       if (!mode) continue;
       const char *field = field_of_parameter(type, *mode)->name;
-      port.parameters.push_back({type, word(is_set(field) ? 1 : 0)});
+      port.parameters.push_back({type, word_value(is_set(field) ? 1 : 0)});
     }
     return port;
   }
@@ -323,7 +323,7 @@ struct RowsReader {
       const auto name = find_field("STP_MST", "name")->form->parse(region);
       read.parameters = {{STP_MCEC_TYPE1_STP_MODE, *mode_value},
                          {STP_MCEC_TYPE1_MST_REGION_NAME, name.value_or(Bytes{})},
-                         {STP_MCEC_TYPE1_MST_REGION_REVISION, revision.value_or(word(0))},
+                         {STP_MCEC_TYPE1_MST_REGION_REVISION, revision.value_or(word_value(0))},
                          {STP_MCEC_TYPE1_MST_REGION_VI_MAP, map}};
       read.timers = read_timers(row_of("STP_MST", "GLOBAL"));
     }
@@ -335,7 +335,7 @@ struct RowsReader {
 
 }  // namespace
 
-ReadSettings settings_of(const Rows &rows, const InputErrors &reading) {
+ReadSettings interpret_rows(const Rows &rows, const InputErrors &reading) {
   if (rows.empty()) {
     if (!reading.empty()) return {{}, reading};
     const std::vector<std::string> tables(tables_read().begin(), tables_read().end());

@@ -30,7 +30,7 @@ struct ReadRows {
 ReadRows read_dump(std::string_view json, std::string_view name_space = {});
 
 // Converts rows to settings. The errors are those of `reading` and those found in the rows.
-ReadSettings settings_of(const Rows &rows, const InputErrors &reading = {});
+ReadSettings interpret_rows(const Rows &rows, const InputErrors &reading = {});
 
 // --- the notation of keys, numbers and lists of VLANs ---
 

@@ -53,7 +53,7 @@ std::vector<std::string> differing_rows(const Rows &a, const Rows &b) {
   return {names.begin(), names.end()};
 }
 
-void notice_change(Snapshot &snapshot, TimePoint now) {
+void record_change(Snapshot &snapshot, TimePoint now) {
   if (!snapshot.first_change) snapshot.first_change = now;
   snapshot.last_change = now;
 }

@@ -57,7 +57,7 @@ void set_row(Rows &rows, const std::string &name, std::optional<Row> row);
 // Returns the names of the rows that differ, in order.
 std::vector<std::string> differing_rows(const Rows &a, const Rows &b);
 
-void notice_change(Snapshot &snapshot, TimePoint now);
+void record_change(Snapshot &snapshot, TimePoint now);
 
 // Returns true if the contents changed.
 bool set_contents(Snapshot &snapshot, SharedContents contents);

@@ -32,7 +32,7 @@ constexpr std::array<std::string_view, 3> url_prefixes = {"redis:", "rediss:", "
 constexpr const char *source_syntax = "redis://host, unix:///path, or a file";
 constexpr uint32_t max_database = UINT16_MAX;
 
-void add_error(std::string found, std::string expected, InputErrors &errors) {
+void add_source_error(std::string found, std::string expected, InputErrors &errors) {
   errors.push_back({0, 0, "", std::move(found), std::move(expected)});
 }
 
@@ -46,7 +46,7 @@ std::string percent_decode(std::string_view text, ParsedSource &parsed) {
     const std::string_view digits = text.substr(i + 1, 2);
     if (digits.size() < 2 || digits.find_first_not_of("0123456789abcdefABCDEF") != digits.npos ||
         digits == "00") {
-      add_error("found an invalid '%' escape", "%25 for '%'", parsed.errors);
+      add_source_error("found an invalid '%' escape", "%25 for '%'", parsed.errors);
       return out;
     }
     out += static_cast<char>(unhex(digits)[0]);
@@ -60,8 +60,9 @@ uint32_t parse_url_number(std::string_view text, const std::string &what, uint32
                           uint32_t max, ParsedSource &parsed) {
   const auto value = decimal(text);
   if (value && *value >= min && *value <= max) return *value;
-  add_error("found an invalid " + what,
-            "a number from " + std::to_string(min) + " to " + std::to_string(max), parsed.errors);
+  add_source_error("found an invalid " + what,
+                   "a number from " + std::to_string(min) + " to " + std::to_string(max),
+                   parsed.errors);
   return min;
 }
 
@@ -77,8 +78,8 @@ void parse_tcp(std::string_view authority, std::string_view path, ParsedSource &
     port = end != authority.npos ? authority.substr(end + 1) : "";
   }
   if (host.empty() || (!port.empty() && port.rfind(':') != 0)) {
-    add_error("found no host, or more than one", "redis://host:port/4, an IPv6 address in brackets",
-              parsed.errors);
+    add_source_error("found no host, or more than one",
+                     "redis://host:port/4, an IPv6 address in brackets", parsed.errors);
     return;
   }
   source.place = percent_decode(host, parsed);
@@ -101,8 +102,8 @@ void parse_unix(std::string_view path, ParsedSource &parsed) {
   const std::size_t end = std::min(path.find('?'), path.size());
   source.place = percent_decode(path.substr(0, end), parsed);
   if (source.place.size() > longest) {
-    add_error("found a path of " + std::to_string(source.place.size()) + " bytes",
-              "one of at most " + std::to_string(longest), parsed.errors);
+    add_source_error("found a path of " + std::to_string(source.place.size()) + " bytes",
+                     "one of at most " + std::to_string(longest), parsed.errors);
   }
   const std::string_view query = path.substr(end);
   if (query.starts_with(database)) {
@@ -110,7 +111,7 @@ void parse_unix(std::string_view path, ParsedSource &parsed) {
         parse_url_number(query.substr(database.size()), "database", 0, max_database, parsed);
     parsed.source.has_database = true;
   } else if (!query.empty()) {
-    add_error("found other text after the path", "?db=N", parsed.errors);
+    add_source_error("found other text after the path", "?db=N", parsed.errors);
   }
 }
 
@@ -127,7 +128,7 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
     source.label = printable(std::string(scheme) + std::string(login.substr(0, end)) +
                              (end > 0 ? "@" : "") + std::string(authority) + std::string(path));
   } else if (!authority.empty() && path.find('@') != path.npos) {
-    add_error("found a '/' or a '?' in a user or a password", "%2F or %3F", parsed.errors);
+    add_source_error("found a '/' or a '?' in a user or a password", "%2F or %3F", parsed.errors);
     return;
   }
   if (scheme == redis_scheme) {
@@ -135,7 +136,7 @@ void parse_url(std::string_view scheme, std::string_view rest, ParsedSource &par
   } else if (authority.empty() && path.starts_with('/')) {
     parse_unix(path, parsed);
   } else {
-    add_error("found no path", "unix:///path, which begins with a slash", parsed.errors);
+    add_source_error("found no path", "unix:///path, which begins with a slash", parsed.errors);
   }
 }
 
@@ -209,13 +210,13 @@ std::string read_private(int file, const std::string &path, InputErrors &errors)
   struct stat status {};
   std::string text;
   if (fstat(file, &status) != 0 || !(S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode))) {
-    add_error("cannot be read: it is not a file", "a file", errors);
+    add_source_error("cannot be read: it is not a file", "a file", errors);
   } else if ((status.st_mode & 0077) != 0 && !is_passed_by_systemd(path, status)) {
-    add_error(fmt::format("users other than its owner have access (mode {:04o})",
-                          status.st_mode & 07777U),
-              "mode 0600", errors);
+    add_source_error(fmt::format("users other than its owner have access (mode {:04o})",
+                                 status.st_mode & 07777U),
+                     "mode 0600", errors);
   } else if (const std::string problem = read_all(file, text); !problem.empty()) {
-    add_error("cannot be read: " + problem, "a file", errors);
+    add_source_error("cannot be read: " + problem, "a file", errors);
   }
   return text;
 }
@@ -230,16 +231,16 @@ ParsedSource parse_source(std::string_view text, std::optional<std::size_t> side
   const std::size_t colon = text.find("://");
   if (colon == text.npos || text.substr(0, colon).find('/') != text.npos) {
     if (has_url_prefix(text)) {
-      add_error("found a URL without '//' after its scheme", source_syntax, parsed.errors);
+      add_source_error("found a URL without '//' after its scheme", source_syntax, parsed.errors);
     }
     return parsed;
   }
   const std::string_view scheme = text.substr(0, colon + 3);
   if (scheme == tls_scheme) {
-    add_error("found 'rediss://', and TLS is not supported",
-              "redis:// or unix:// through ssh -L or stunnel, which encrypt", parsed.errors);
+    add_source_error("found 'rediss://', and TLS is not supported",
+                     "redis:// or unix:// through ssh -L or stunnel, which encrypt", parsed.errors);
   } else if (scheme != redis_scheme && scheme != unix_scheme) {
-    add_error("found '" + printable(scheme) + "'", source_syntax, parsed.errors);
+    add_source_error("found '" + printable(scheme) + "'", source_syntax, parsed.errors);
   } else {
     parse_url(scheme, text.substr(scheme.size()), parsed);
   }
@@ -271,7 +272,7 @@ Credentials load_credentials(const std::string &path, InputErrors &errors) {
   // O_NONBLOCK: do not wait for a writer if the path names a pipe.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file < 0) {
-    add_error("cannot be read: " + std::string(std::strerror(errno)), "a file", errors);
+    add_source_error("cannot be read: " + std::string(std::strerror(errno)), "a file", errors);
     return {};
   }
   const std::string text = read_private(file, path, errors);

@@ -89,17 +89,17 @@ std::string joined(const FieldValue &value) {
 
 ParsedRanges parse_member(std::string_view member) {
   const auto rest = remove_blanks(member);
-  if (!rest) return {{}, RangeFault::no_list};
+  if (!rest) return {{}, RangeError::not_a_list};
   const std::vector<std::string_view> ends = split(*rest, '-');
   const char *word = rest->starts_with('V') ? "Vlan" : "";
   const auto first = parse_after(word, ends.front());
   const auto last = parse_after(word, ends.back());
-  if (ends.size() > 2 || !first || !last) return {{}, RangeFault::no_list};
+  if (ends.size() > 2 || !first || !last) return {{}, RangeError::not_a_list};
   if (*first < first_vlan || *first > last_vlan || *last < first_vlan || *last > last_vlan) {
-    return {{}, RangeFault::out_of_range};
+    return {{}, RangeError::out_of_range};
   }
-  if (*first > *last) return {{}, RangeFault::reversed};
-  return {{{*first, *last}}, RangeFault::none};
+  if (*first > *last) return {{}, RangeError::reversed};
+  return {{{*first, *last}}, RangeError::none};
 }
 
 std::string shorten(std::string_view text) {

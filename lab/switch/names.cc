@@ -130,7 +130,7 @@ std::optional<uint32_t> find_result(std::string_view name) {
   return parse_number(name);
 }
 
-const Parameter *parameter_of_mismatch(uint32_t code) {
+const Parameter *find_mismatched_parameter(uint32_t code) {
   return find_in(parameters(), [=](const Parameter &p) { return p.mismatch == code; });
 }
 

@@ -67,7 +67,7 @@ std::string result_name(uint32_t code);
 std::optional<uint32_t> find_result(std::string_view name);
 
 // Returns the parameter whose mismatch has this code, or nullptr.
-const Parameter *parameter_of_mismatch(uint32_t code);
+const Parameter *find_mismatched_parameter(uint32_t code);
 
 std::vector<std::string> parameter_keys();
 std::vector<std::string> command_keys();

@@ -98,7 +98,7 @@ Ranges read_indexes(Reader &reader, const YAML::Node &node) {
 
 std::string read_port_name(Reader &reader, const YAML::Node &node) {
   const std::string name = printable(reader.name(node, "the name of a port"));
-  if (name.empty() || parse_ranges(name, UINT32_MAX).fault != RangeFault::no_list) {
+  if (name.empty() || parse_ranges(name, UINT32_MAX).fault != RangeError::not_a_list) {
     reader.expected(node, "the name of a port; indexes go with 'ports'");
   }
   return name;

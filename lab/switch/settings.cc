@@ -35,7 +35,7 @@ const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type) {
   return find_in(entries, [=](const Entry &entry) { return entry.type == type; });
 }
 
-const Port *port_of_channel(const Settings &settings, std::string_view channel) {
+const Port *find_channel_port(const Settings &settings, std::string_view channel) {
   const Channel *found = find_channel(settings, channel);
   if (found == nullptr) return nullptr;
   return find_in(settings.ports, [=](const Port &port) { return port.channel == found->id; });

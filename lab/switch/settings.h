@@ -95,7 +95,7 @@ struct ReadSettings {
 
 // The settings of the left and the right switch.
 using SettingsPair = std::array<Settings, 2>;
-using PairOfSettings = std::array<const Settings *, 2>;
+using SettingsPairView = std::array<const Settings *, 2>;
 
 // These return nullptr if there is no match.
 const Port *find_port(const Settings &settings, uint32_t index);
@@ -105,7 +105,7 @@ const Channel *find_channel(const Settings &settings, std::string_view name);
 const Entry *find_entry(const std::vector<Entry> &entries, uint16_t type);
 
 // Returns the first port of a channel, or nullptr if there is no such channel or no port in it.
-const Port *port_of_channel(const Settings &settings, std::string_view channel);
+const Port *find_channel_port(const Settings &settings, std::string_view channel);
 
 // Returns the mode of spanning tree (STP_MCEC_STP_MODE_*), nullopt if it is disabled or unknown.
 std::optional<uint32_t> running_mode(const Settings &settings);

@@ -50,7 +50,7 @@ std::vector<std::string> switch_keys() {
   return keys;
 }
 
-void read_settings(Reader &reader, const YAML::Node &node, Settings &settings) {
+void read_settings_keys(Reader &reader, const YAML::Node &node, Settings &settings) {
   read_platform(reader, node, settings, false);
   if (node["name"]) settings.name = reader.name(node["name"], "the switch's name");
   if (node["address"]) {
@@ -132,7 +132,7 @@ Settings read_switch(Reader &reader, const YAML::Node &node, std::size_t side,
   if (node["from"]) {
     settings = read_source(reader, node["from"], side, folder, read_from);
   }
-  read_settings(reader, node, settings);
+  read_settings_keys(reader, node, settings);
   return settings;
 }
 
@@ -156,7 +156,7 @@ ReadSettings read_state(const std::string &text) {
   Reader reader;
   read_yaml(text, "a state file", reader, [&](const YAML::Node &root) {
     if (reader.mapping(root, "a state file", switch_keys())) {
-      read_settings(reader, root, read.settings);
+      read_settings_keys(reader, root, read.settings);
     }
   });
   read.errors = std::move(reader.errors);

@@ -41,10 +41,10 @@ std::string describe_words(const Words &words) {
 // --- reading and writing by kind ---
 
 Bytes read_flags(Reader &reader, const YAML::Node &node) {
-  if (!node.IsSequence()) return word(reader.word(node, "flags", flag_words));
+  if (!node.IsSequence()) return word_value(reader.word(node, "flags", flag_words));
   uint32_t value = 0;
   for (const auto &flag : node) value |= reader.word(flag, "a flag", flag_words);
-  return word(value);
+  return word_value(value);
 }
 
 std::string write_flags(uint32_t value) {
@@ -155,7 +155,7 @@ std::optional<std::string> write_value(const Parameter &parameter, const Bytes &
 
 }  // namespace
 
-Bytes word(uint32_t value) {
+Bytes word_value(uint32_t value) {
   return {uint8_t(value >> 24), uint8_t(value >> 16), uint8_t(value >> 8), uint8_t(value)};
 }
 
@@ -167,7 +167,7 @@ uint32_t word_of(const Bytes &value) {
 
 Bytes default_value(const Parameter &parameter) {
   const bool is_word = parameter.length == sizeof parameter.default_word;
-  return is_word ? word(parameter.default_word) : Bytes(parameter.length);
+  return is_word ? word_value(parameter.default_word) : Bytes(parameter.length);
 }
 
 std::string title(const Parameter &parameter) {
@@ -181,7 +181,7 @@ Bytes read_value(Reader &reader, const Parameter &parameter, const YAML::Node &n
   }
   switch (parameter.kind) {
     case STP_MCEC_KIND_NUMBER:
-      return word(reader.number(node, parameter.key));
+      return word_value(reader.number(node, parameter.key));
     case STP_MCEC_KIND_FLAGS:
       return read_flags(reader, node);
     case STP_MCEC_KIND_TEXT:
@@ -191,7 +191,7 @@ Bytes read_value(Reader &reader, const Parameter &parameter, const YAML::Node &n
     case STP_MCEC_KIND_MAP:
       return read_map(reader, parameter, node);
     default:
-      return word(reader.word(node, parameter.key, value_words(parameter)));
+      return word_value(reader.word(node, parameter.key, value_words(parameter)));
   }
 }
 
@@ -251,7 +251,7 @@ const Words &value_words(const Parameter &parameter) {
   const bool is_mode = parameter.type == STP_MCEC_TYPE1_STP_MODE;
   const uint32_t first = is_mode ? STP_MCEC_STP_MODE_MST : 0;
   for (uint32_t value = first; value <= (is_mode ? STP_MCEC_STP_MODE_RAPID_PVST : 4); ++value) {
-    at->second.try_emplace(key_of(library_text(parameter.type, word(value))), value);
+    at->second.try_emplace(key_of(library_text(parameter.type, word_value(value))), value);
   }
   return at->second;
 }

@@ -14,7 +14,7 @@ namespace lab {
 
 // --- values are in network byte order, as in the library ---
 
-Bytes word(uint32_t value);
+Bytes word_value(uint32_t value);
 uint32_t word_of(const Bytes &value);
 
 // Returns the value of a parameter that is not configured.

@@ -12,8 +12,8 @@ SpanningTree find_spanning_tree(const Settings &settings) {
   if (!settings.spanning_tree) return SpanningTree::off;
   for (const Entry &entry : settings.parameters) {
     if (entry.type != STP_MCEC_TYPE1_STP_MODE) continue;
-    if (entry.value == word(STP_MCEC_STP_MODE_MST)) return SpanningTree::mst;
-    if (entry.value == word(STP_MCEC_STP_MODE_RAPID_PVST)) return SpanningTree::rapid_pvst;
+    if (entry.value == word_value(STP_MCEC_STP_MODE_MST)) return SpanningTree::mst;
+    if (entry.value == word_value(STP_MCEC_STP_MODE_RAPID_PVST)) return SpanningTree::rapid_pvst;
   }
   return SpanningTree::unknown;
 }
@@ -51,7 +51,7 @@ void add_digests(ScopeReport &scope) {
 }
 
 std::vector<IncompleteReport> find_incomplete(const PairReport &report,
-                                              const PairOfSettings &settings) {
+                                              const SettingsPairView &settings) {
   std::vector<IncompleteReport> found;
   if (settings[0]->channels.empty() && settings[1]->channels.empty()) {
     found.push_back({Incomplete::no_channels, {}});
@@ -82,12 +82,12 @@ void add_fixes(const Sides &sides, bool is_intended, ScopeReport &scope) {
 
 }  // namespace
 
-PairOfSettings settings_of(const Sides &sides) {
+SettingsPairView settings_of(const Sides &sides) {
   return {&sides[0].settings, &sides[1].settings};
 }
 
 PairReport compare(Pair &pair, const Sides &sides, const CompareOptions &options) {
-  const PairOfSettings settings = settings_of(sides);
+  const SettingsPairView settings = settings_of(sides);
   PairReport report{.name = options.name,
                     .is_intended = options.is_intended,
                     .is_strict = options.is_strict,

@@ -14,7 +14,7 @@ namespace lab {
 // Left and right.
 using Sides = std::array<Side, 2>;
 
-PairOfSettings settings_of(const Sides &sides);
+SettingsPairView settings_of(const Sides &sides);
 
 struct CompareOptions {
   std::string name = {};     // of the pair, if it is one of many

@@ -105,7 +105,7 @@ CompareAnswer execute_with_retries(const CompareJob &job, std::unique_ptr<Pair> 
 
 }  // namespace
 
-Bytes encode(const CompareJob &job) {
+Bytes encode_job(const CompareJob &job) {
   return encode_record(job);
 }
 

@@ -152,7 +152,7 @@ void assign_tasks(Pool &pool) {
     std::optional<CompareJob> job = task.make_job();
     if (!job) continue;
     worker->task = std::move(task);
-    worker->output = make_frame(encode(*job));
+    worker->output = make_frame(encode_job(*job));
     worker->attempts = 0;
     worker->deadline->set_after(pool.job_timeout);
     send_job(pool, *worker);

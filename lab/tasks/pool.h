@@ -85,7 +85,7 @@ int serve_jobs();
 // A process can die for reasons unrelated to its job (the OOM killer), so jobs are retried.
 constexpr int max_attempts = 3;
 
-Bytes encode(const CompareJob &job);
+Bytes encode_job(const CompareJob &job);
 
 // Throws DecodeError.
 CompareAnswer decode_answer(const Bytes &frame);

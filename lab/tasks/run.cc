@@ -74,11 +74,11 @@ void add_step(const StepReport &step, RunReport &report) {
 
 // Returns a check of all scopes with the settings before a step.
 Check make_full_check(const Scenario &scenario, std::size_t position) {
-  PairOfSettings now = {&scenario.settings[0], &scenario.settings[1]};
+  SettingsPairView now = {&scenario.settings[0], &scenario.settings[1]};
   for (std::size_t i = 0; i < position; ++i) {
     for (std::size_t side = 0; side < now.size(); ++side) {
       for (const Operation &operation : scenario.steps[i].requests[side]) {
-        if (const auto *change = std::get_if<ChangeWorld>(&operation)) {
+        if (const auto *change = std::get_if<ChangePlatform>(&operation)) {
           now[side] = &change->settings;
         }
       }

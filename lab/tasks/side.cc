@@ -39,7 +39,7 @@ ParsedSource parse_source_argument(const std::string &text, std::optional<std::s
 }
 
 Side convert_rows(const Source &source, ReadRows rows) {
-  ReadSettings read = settings_of(rows.rows, rows.errors);
+  ReadSettings read = interpret_rows(rows.rows, rows.errors);
   return {.source = source.label,
           .settings = std::move(read.settings),
           .rows = std::move(rows.rows),
@@ -93,7 +93,7 @@ std::vector<Side> read_sides(const std::vector<ParsedSource> &sources, Format fo
   return sides;
 }
 
-ReadSettings settings_from(const std::string &source, std::size_t side) {
+ReadSettings read_source_settings(const std::string &source, std::size_t side) {
   Side read =
       std::move(read_sides({parse_source_argument(source, side)}, Format::by_content, {})[0]);
   return {std::move(read.settings), std::move(read.errors), read.source};

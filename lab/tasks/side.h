@@ -45,6 +45,6 @@ std::vector<Side> read_sides(const std::vector<ParsedSource> &sources, Format fo
                              const ReadLimits &limits);
 
 // Reads the settings of a side, 0 or 1, for a scenario. Throws Interrupted.
-ReadSettings settings_from(const std::string &source, std::size_t side);
+ReadSettings read_source_settings(const std::string &source, std::size_t side);
 
 }  // namespace lab

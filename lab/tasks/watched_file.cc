@@ -27,7 +27,7 @@ bool is_unchanged(const struct stat &a, const struct stat &b) {
 
 void mark_changed(WatchedFile &file, TimePoint now) {
   file.is_changed = true;
-  notice_change(file.snapshot, now);
+  record_change(file.snapshot, now);
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ struct InputError {
 using InputErrors = std::vector<InputError>;
 
 // "found 'pvst'; expected mst".
-inline std::string text_of(const InputError &error) {
+inline std::string error_text(const InputError &error) {
   return error.expected.empty() ? error.found : error.found + "; expected " + error.expected;
 }
 

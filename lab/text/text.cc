@@ -136,9 +136,9 @@ ParsedRanges parse_ranges(std::string_view text, uint32_t max) {
     const std::size_t dash = part.find('-');
     const auto first = parse_number(part.substr(0, dash));
     const auto last = dash == part.npos ? first : parse_number(part.substr(dash + 1));
-    if (!first || !last) return {{}, RangeFault::no_list};
-    if (*first > max || *last > max) return {{}, RangeFault::out_of_range};
-    if (*first > *last) return {{}, RangeFault::reversed};
+    if (!first || !last) return {{}, RangeError::not_a_list};
+    if (*first > max || *last > max) return {{}, RangeError::out_of_range};
+    if (*first > *last) return {{}, RangeError::reversed};
     parsed.ranges.emplace_back(*first, *last);
   }
   return parsed;

@@ -34,11 +34,11 @@ std::string hash_text(std::string_view text);
 
 using Ranges = std::vector<std::pair<uint32_t, uint32_t>>;
 
-enum class RangeFault { none, no_list, reversed, out_of_range };
+enum class RangeError { none, not_a_list, reversed, out_of_range };
 
 struct ParsedRanges {
   Ranges ranges;  // in the order of the text; empty with a fault
-  RangeFault fault = RangeFault::none;
+  RangeError fault = RangeError::none;
 };
 
 // Parses "1-10,20" or "0x1000-0x1003,0x2000", with numbers up to `max`. Skips blanks.

@@ -26,7 +26,7 @@ std::string key_text(const YAML::Node &key) {
 
 // Detects the key '2' without a value in "{vlans: 1,2}".
 bool is_split_list(const std::string &key, const YAML::Node &value) {
-  return value.IsNull() && parse_ranges(key, UINT32_MAX).fault == RangeFault::none;
+  return value.IsNull() && parse_ranges(key, UINT32_MAX).fault == RangeError::none;
 }
 
 constexpr char no_merge_keys[] =
@@ -197,10 +197,10 @@ uint32_t Reader::word(const YAML::Node &node, const std::string &what, const Wor
 
 Ranges Reader::ranges(const YAML::Node &node, const std::string &what, uint32_t max,
                       const std::string &example) {
-  ParsedRanges parsed{{}, RangeFault::no_list};
+  ParsedRanges parsed{{}, RangeError::not_a_list};
   if (node.IsScalar()) parsed = parse_ranges(node.Scalar(), max);
-  const bool is_reversed = parsed.fault == RangeFault::reversed;
-  if (parsed.fault != RangeFault::none) {
+  const bool is_reversed = parsed.fault == RangeError::reversed;
+  if (parsed.fault != RangeError::none) {
     expected(node, what + (is_reversed ? ": each range from the lower number to the higher" : "") +
                        ", for instance " + example);
   }
