@@ -146,7 +146,8 @@ TEST_F(Lab, PredictsWithoutChanges) {
   EXPECT_EQ(what["then"][0]["verdicts"]["right"]["name"], "STP_MCEC_ERR_TYPE1_STP_MODE");
   const Outcome none = lab("what-if " + file + " 4");
   EXPECT_EQ(none.status, 2);
-  EXPECT_EQ(none.out, file + ": step 4 is neither a command nor an update; expected one of 1, 2, 3\n");
+  EXPECT_EQ(none.out,
+            file + ": step 4 is neither a command nor an update; expected one of 1, 2, 3\n");
 }
 
 TEST_F(Lab, WritesStepsAsJson) {
