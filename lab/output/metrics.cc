@@ -11,14 +11,14 @@
 namespace lab {
 namespace {
 
-// A value with the labels that it has beside that of its pair. What is not known has none.
+// A value and its labels, without the label of the pair. An unknown value has no sample.
 struct Sample {
   std::string value;
   std::string labels = {};
 };
 using Samples = std::vector<Sample>;
 
-// A label's value; the sources' names have been made printable.
+// Formats a label. Names of sources and pairs contain no control characters.
 std::string label(const char *name, const std::string &value) {
   std::string text = std::string(name) + "=\"";
   for (const char c : value) {
@@ -49,30 +49,31 @@ struct PairMetric {
   Samples (*sample)(const PairStatus &pair);
 };
 constexpr PairMetric pair_metrics[] = {
-    {"mcec_pair_agrees", "Does the pair agree? NaN: that is not known.",
+    {"mcec_pair_agrees", "1 if the pair agrees, 0 if not, NaN if unknown.",
      [](const PairStatus &pair) -> Samples {
        return {{!pair.outcome ? "NaN" : *pair.outcome == Outcome::agree ? "1" : "0"}};
      }},
-    {"mcec_pair_incomplete", "Could something that the verdict needs not be compared?",
+    {"mcec_pair_incomplete", "1 if nothing differs but something could not be compared, else 0.",
      [](const PairStatus &pair) -> Samples {
        return {{pair.outcome == Outcome::incomplete ? "1" : "0"}};
      }},
-    {"mcec_pair_scopes_disagreeing", "Scopes that do not agree.",
+    {"mcec_pair_scopes_disagreeing", "Number of scopes that do not agree.",
      [](const PairStatus &pair) -> Samples {
        if (!pair.outcome) return {};
        return {{std::to_string(std::ranges::count(pair.comparison->checks, false, is_agreed))}};
      }},
-    {"mcec_pair_compared_timestamp_seconds", "When the verdict was last known to hold.",
+    {"mcec_pair_compared_timestamp_seconds", "Time at which the verdict was last confirmed.",
      [](const PairStatus &pair) { return sample_time(pair.compared); }},
-    {"mcec_pair_changed_timestamp_seconds", "Since when the verdict is what it is.",
+    {"mcec_pair_changed_timestamp_seconds", "Time of the last change of the verdict.",
      [](const PairStatus &pair) { return sample_time(pair.changed); }},
     {"mcec_pair_info", "The sources of the pair.",
      [](const PairStatus &pair) -> Samples {
        const auto &[left, right] = pair.sources;
        return {{"1", label("left", left) + "," + label("right", right)}};
      }},
-    {"mcec_pair_scopes_differing", "Scopes in which a parameter differs.", sample_differing},
-    {"mcec_source_connected", "Is the source of a switch's settings there?",
+    {"mcec_pair_scopes_differing", "Number of scopes in which a parameter differs.",
+     sample_differing},
+    {"mcec_source_connected", "1 if the source of the settings of a switch is connected, else 0.",
      [](const PairStatus &pair) -> Samples {
        const auto &[left, right] = pair.connected;
        return {{left ? "1" : "0", label("side", switch_names[0])},
@@ -87,7 +88,7 @@ std::string format_heading(const char *name, const char *help) {
 }  // namespace
 
 std::string format_metrics(const FleetStatus &fleet) {
-  std::string text = format_heading("mcec_pairs", "How many pairs have a verdict.");
+  std::string text = format_heading("mcec_pairs", "Number of pairs with a verdict.");
   for (const auto &outcome : outcomes_by_urgency) {
     text += fmt::format("mcec_pairs{{{}}} {}\n", label("verdict", outcome_name(outcome)),
                         count_pairs(fleet, outcome));
@@ -112,7 +113,7 @@ std::string find_problem_of_metrics(const std::string &path) {
 }
 
 std::string write_metrics(const std::string &path, const FleetStatus &fleet) {
-  // The collector passes over names that do not end with .prom, as that of an unfinished file.
+  // The collector ignores the temporary file, whose name does not end in .prom.
   const std::string problem = write_file_atomically(path, format_metrics(fleet));
   return problem.empty() ? "" : path + ": " + problem;
 }

@@ -1,4 +1,4 @@
-// Watched pairs in the text format of Prometheus.
+// Metrics of watched pairs, in the text format of Prometheus.
 #pragma once
 
 #include <string>
@@ -9,11 +9,11 @@ namespace lab {
 
 std::string format_metrics(const FleetStatus &fleet);
 
-// Why no file of metrics can be written at a path; empty: nothing is there, or a file.
+// Returns why the path cannot be a metrics file; empty if it is a regular file or does not exist.
 std::string find_problem_of_metrics(const std::string &path);
 
-// For the textfile collector of the node exporter: whoever reads the file sees all of it or what
-// was there before. What is wrong, with the path; "" when it is written.
+// Writes a file for the textfile collector of the node exporter, atomically. Returns an error with
+// the path; empty on success.
 std::string write_metrics(const std::string &path, const FleetStatus &fleet);
 
 }  // namespace lab
