@@ -233,6 +233,11 @@ PendingQuery take_query(Connection &connection, TimePoint now) {
   return request;
 }
 
+bool is_expected_error(Query kind, std::string_view error) {
+  if (kind == Query::row) return error.starts_with("WRONGTYPE");
+  return (kind == Query::config || kind == Query::size) && !error.starts_with("LOADING");
+}
+
 void throw_server_error(Query kind, std::string_view error, const ReadLimits &limits) {
   const auto has_code = [error](const char *word) { return error.starts_with(word); };
   if (has_code("LOADING")) throw ConnectionError{"the server is loading its data"};

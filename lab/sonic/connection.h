@@ -98,6 +98,10 @@ void log_in(const Source &source, Connection &connection, TimePoint now);
 // Removes and returns the request that the received answer belongs to.
 PendingQuery take_query(Connection &connection, TimePoint now);
 
+// Returns true if the connection can continue: a row has another type, or an ACL forbids a command
+// that is optional.
+bool is_expected_error(Query kind, std::string_view error);
+
 // Throws ConnectionError for an error that the server answered.
 [[noreturn]] void throw_server_error(Query kind, std::string_view error, const ReadLimits &limits);
 

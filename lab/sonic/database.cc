@@ -113,7 +113,9 @@ void begin_reading(Database &database, TimePoint now, bool is_whole) {
     return request_rows(database, now);
   }
   database.reading.emplace();
-  send_request(database.rows, now, Query::config, {"CONFIG", "GET", "notify-keyspace-events"});
+  if (!database.refuses_config) {
+    send_request(database.rows, now, Query::config, {"CONFIG", "GET", "notify-keyspace-events"});
+  }
   send_request(database.rows, now, Query::scan, {"SCAN", "0", "COUNT", scan_count});
 }
 
@@ -184,19 +186,13 @@ void handle_size(Database &database, const redisReply &reply, TimePoint now) {
   }
 }
 
-// Returns true if the connection can continue: a row has another type, or an ACL forbids a command
-// that is optional.
-bool is_expected_error(Query kind, std::string_view error) {
-  if (kind == Query::row) return error.starts_with("WRONGTYPE");
-  return (kind == Query::config || kind == Query::size) && !error.starts_with("LOADING");
-}
-
 void handle_reply(Database &database, const redisReply &reply, TimePoint now) {
   const auto [kind, row] = take_query(database.rows, now);
   if (reply.type == REDIS_REPLY_ERROR && !is_expected_error(kind, reply_text(reply))) {
     throw_server_error(kind, reply_text(reply), database.limits);
   }
   if (kind == Query::config) {
+    database.refuses_config = reply.type == REDIS_REPLY_ERROR;
     database.snapshot.notifications =
         database.changes.context != nullptr && has_notifications(reply);
   } else if (kind == Query::scan) {

@@ -31,7 +31,8 @@ struct ReadIntervals {
 struct DatabaseSession {
   std::optional<Resolver> resolver;
   Connection rows;
-  Connection changes;  // without a context: the server does not permit subscriptions
+  Connection changes;           // without a context: the server does not permit subscriptions
+  bool refuses_config = false;  // CONFIG GET: it is not sent again, nor logged by the server
 
   // Keys in the database, by DBSIZE, adjusted for the rows added and removed since.
   std::optional<int64_t> keys;
