@@ -131,7 +131,8 @@ TEST_F(Extract, MembershipCanChangeBetweenPasses) {
     EXPECT_EQ(command(STP_MCEC_CMD_IF_EDGE_TRUNK, set_form, {all}), row.outcome);
     log();
   }
-  // A member beyond the counted number ends the pass: it is not cached, later ports are not queried.
+  // A member beyond the counted number ends the pass: it is not cached, later ports are not
+  // queried.
   EXPECT_EQ(cached(0x1001, 10), "00000003");
   EXPECT_EQ(cached(0x1003, 10), "-");
   const uint32_t before = standin_calls(STANDIN_MEMBERSHIP);

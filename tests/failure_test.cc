@@ -1,6 +1,6 @@
 // Failure injection: each operation with each failing call of the platform. Checks the outcome, the
-// cache, leaks, and that the operation then succeeds. Then a long random sequence. operations.cc has
-// the operations.
+// cache, leaks, and that the operation then succeeds. Then a long random sequence. operations.cc
+// has the operations.
 
 #include <map>
 #include <random>

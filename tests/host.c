@@ -1,7 +1,7 @@
 /*
- * A host process in C that is not position-independent. It uses the exported globals and functions of
- * the library directly, and defines some operations of the platform. Exits with 0 if loading, use and
- * unloading succeed.
+ * A host process in C that is not position-independent. It uses the exported globals and functions
+ * of the library directly, and defines some operations of the platform. Exits with 0 if loading,
+ * use and unloading succeed.
  */
 #include <dlfcn.h>
 #include <stdio.h>

@@ -36,9 +36,9 @@ struct Operation {
 
 std::vector<Operation> make_operations();
 
-// Expands placeholders in the outcome of a failure, from the outcome without failures: {same} is all
-// of it, {counts} and {records} are these fields, {records N} are the records of which the first N
-// are filled, {without entry} is an exported array without the entry of the failing call.
+// Expands placeholders in the outcome of a failure, from the outcome without failures: {same} is
+// all of it, {counts} and {records} are these fields, {records N} are the records of which the
+// first N are filled, {without entry} is an exported array without the entry of the failing call.
 std::string expand_outcome(const std::string &outcome, const std::string &clean, uint32_t nth);
 
 }  // namespace test

@@ -102,7 +102,7 @@ STP_MCEC_API uint32_t stp_mcec_lib_get_mcec_id(uint32_t if_index, uint32_t *mcec
 /* Returns 1 if the multi-chassis trunk exists, else 0. */
 STP_MCEC_API uint32_t stp_mcec_lib_mct_exists(void);
 
-/* 1 after the event history has been initialised, else 0. */
+/* 1 after the event history has been initialized, else 0. */
 STP_MCEC_API extern int stp_mcec_lib_sdwrap_init_done;
 
 /* The debug log file, NULL until it is opened. The library never closes it. */

@@ -38,7 +38,7 @@ CLI::App *add_command(CLI::App &app, const char *name, const char *about, Argume
                       Status (*execute)(const Arguments &)) {
   CLI::App *command = app.add_subcommand(name, about);
   add_option(command, "--color", arguments.color, "auto|always|never",
-             "Use colours; auto, the default, uses them on a terminal unless NO_COLOR is set or "
+             "Use colors; auto, the default, uses them on a terminal unless NO_COLOR is set or "
              "TERM is dumb");
   command->callback([&arguments, execute] { arguments.execute = execute; });
   return command;
@@ -189,7 +189,7 @@ void add_explain_and_list(CLI::App &app, Arguments &arguments) {
   add_command(
       app, "explain",
       "Explain a result code, a parameter, a command, or a table or field of a configuration, and "
-      "what goes wrong when a parameter differs",
+      "the effect of a difference",
       arguments, execute_explain)
       ->add_option("WHAT", arguments.what, "A name or a number")
       ->required();

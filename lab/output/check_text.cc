@@ -22,8 +22,8 @@ void print_indented(const Cell &text, const Style &style, const std::string &hea
 
 // --- verdicts ---
 
-Colour code_colour(const ScopeReport &scope, std::size_t side) {
-  return scope.codes[side] == 0 ? Colour::green : Colour::red;
+Color code_color(const ScopeReport &scope, std::size_t side) {
+  return scope.codes[side] == 0 ? Color::green : Color::red;
 }
 
 void print_inconsistent_ports(const ScopeReport &scope, const Style &style) {
@@ -31,7 +31,7 @@ void print_inconsistent_ports(const ScopeReport &scope, const Style &style) {
     for (const InconsistentPort &port : scope.inconsistent[side]) {
       print_indented({fmt::format("INCONSISTENT on the {}: {}", style.sides[side],
                                   describe_inconsistent_port(port, scope.scope.ends[side])),
-                      Colour::red},
+                      Color::red},
                      style);
     }
   }
@@ -45,15 +45,15 @@ void print_verdicts(const ScopeReport &scope, const Style &style) {
   if (scope.codes[0] == 0 && scope.codes[1] == 0) {
     print_indented(
         {has_inconsistent_ports(scope) ? "the first ports of each switch agree" : "the pair agrees",
-         Colour::green},
+         Color::green},
         style);
   } else if (describe(0) == describe(1)) {
-    print_indented({describe(0), agrees ? Colour::yellow : Colour::red}, style);
+    print_indented({describe(0), agrees ? Color::yellow : Color::red}, style);
   } else {
     const auto &[left, right] = style.sides;
     const std::size_t width = std::max(std::strlen(left), std::strlen(right)) + 1;
     for (std::size_t side = 0; side < style.sides.size(); ++side) {
-      print_indented({describe(side), agrees ? Colour::yellow : code_colour(scope, side)}, style,
+      print_indented({describe(side), agrees ? Color::yellow : code_color(scope, side)}, style,
                      fmt::format("{:{}}", style.sides[side], width));
     }
   }
@@ -64,11 +64,11 @@ void print_verdicts(const ScopeReport &scope, const Style &style) {
 
 Cell state_cell(const ParameterReport &parameter, const Style &style) {
   const std::string text = describe_states(parameter, style.sides);
-  if (parameter.accepted) return {text + ", accepted", Colour::yellow};
+  if (parameter.accepted) return {text + ", accepted", Color::yellow};
   const bool is_same = std::ranges::all_of(parameter.states, [](State state) {
     return state == State::same || state == State::same_on_twins;
   });
-  return {text, is_different(parameter) ? Colour::red : is_same ? Colour::green : Colour::yellow};
+  return {text, is_different(parameter) ? Color::red : is_same ? Color::green : Color::yellow};
 }
 
 // Cuts a long list behind one of its items.
@@ -154,7 +154,7 @@ void print_fixes(const ScopeGroup &group, const Style &style) {
 
 void print_group(const ScopeGroup &group, const Style &style) {
   const ScopeReport &first = *group.scopes.front();
-  print_indented({describe_group(group, style.sides), Colour::bold}, style);
+  print_indented({describe_group(group, style.sides), Color::bold}, style);
   print_verdicts(first, style);
   if (style.quiet) return;
   print_parameters(first, style);
@@ -174,7 +174,7 @@ void print_summary(const std::vector<ScopeReport> &checks, const Style &style) {
   print_indented(
       {fmt::format("checked {}; {}{}{}", format_count(checks.size(), "scope"),
                    format_verb(count, "differ"), causes.empty() ? "" : ": ", join(causes)),
-       count == 0 ? Colour::green : Colour::red},
+       count == 0 ? Color::green : Color::red},
       style);
 }
 
@@ -210,11 +210,11 @@ void print_scope_change(const ScopeReport &now, const ScopeReport &then, std::si
     if (is_different(parameter) && !was_different) differing.push_back(key);
     if (!is_different(parameter) && was_different) agreeing.push_back(key);
   }
-  print_indented({describe_scope(then), Colour::bold}, style);
+  print_indented({describe_scope(then), Color::bold}, style);
   for (std::size_t i = 0; i < switch_names.size(); ++i) {
     print_indented(
         fmt::format("now {}; then {}", describe_code(now, i),
-                    add_colour({describe_code(then, i), code_colour(then, i)}, style.layout)),
+                    add_color({describe_code(then, i), code_color(then, i)}, style.layout)),
         style, fmt::format("{:6}", switch_names[i]));
   }
   if (!rows.empty()) {
@@ -225,10 +225,10 @@ void print_scope_change(const ScopeReport &now, const ScopeReport &then, std::si
   print_twins(then, style);
   print_inconsistent_ports(then, style);
   if (!differing.empty()) {
-    print_indented({"would then differ: " + join(differing, " "), Colour::red}, style);
+    print_indented({"would then differ: " + join(differing, " "), Color::red}, style);
   }
   if (!agreeing.empty()) {
-    print_indented({"would then agree: " + join(agreeing, " "), Colour::green}, style);
+    print_indented({"would then agree: " + join(agreeing, " "), Color::green}, style);
   }
 }
 

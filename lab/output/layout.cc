@@ -39,7 +39,7 @@ Extent measure(std::string_view text, std::size_t most = SIZE_MAX) {
   Extent extent;
   while (extent.bytes < text.size()) {
     const std::string_view rest = text.substr(extent.bytes);
-    if (rest[0] == '\033') {  // a colour code, which has no width
+    if (rest[0] == '\033') {  // a color code, which has no width
       extent.bytes += std::min(rest.find('m'), rest.size() - 1) + 1;
       continue;
     }
@@ -140,7 +140,7 @@ std::string format_row(const std::vector<Cell> &cells, const std::vector<Lines> 
     for (std::size_t i = 0; i < cells.size(); ++i) {
       const std::string text = k < lines[i].size() ? lines[i][k] : "";
       if (!text.empty()) {
-        out.append(blanks, ' ').append(add_colour({text, cells[i].colour}, layout));
+        out.append(blanks, ' ').append(add_color({text, cells[i].color}, layout));
         blanks = 0;
       }
       blanks += widths[i] - width_of(text) + column_gap;
@@ -163,8 +163,8 @@ Layout standard_layout(const std::string &color) {
     return std::string(value != nullptr ? value : "");
   };
   Layout layout;
-  layout.colour = color == "always" || (color == "auto" && isatty(STDOUT_FILENO) == 1 &&
-                                        variable("NO_COLOR").empty() && variable("TERM") != "dumb");
+  layout.color = color == "always" || (color == "auto" && isatty(STDOUT_FILENO) == 1 &&
+                                       variable("NO_COLOR").empty() && variable("TERM") != "dumb");
   winsize size{};
   if (const auto width = parse_number(variable("COLUMNS"))) {
     layout.width = std::clamp<std::size_t>(*width, min_terminal_width, 1000);
@@ -174,14 +174,14 @@ Layout standard_layout(const std::string &color) {
   return layout;
 }
 
-std::string add_colour(const Cell &cell, const Layout &layout) {
-  if (!layout.colour || cell.colour == Colour::none) return cell.text;
+std::string add_color(const Cell &cell, const Layout &layout) {
+  if (!layout.color || cell.color == Color::none) return cell.text;
   const fmt::text_style styles[] = {{},
                                     fmt::fg(fmt::terminal_color::red),
                                     fmt::fg(fmt::terminal_color::green),
                                     fmt::fg(fmt::terminal_color::yellow),
                                     fmt::emphasis::bold};
-  return fmt::format(styles[std::size_t(cell.colour)], "{}", cell.text);
+  return fmt::format(styles[std::size_t(cell.color)], "{}", cell.text);
 }
 
 std::string escape_for_locale(std::string_view text) {
@@ -201,7 +201,7 @@ void put_wrapped(const Cell &text, const Layout &layout, std::size_t indent,
   std::string before = escape_for_locale(heading);
   before.resize(indent, ' ');
   for (const std::string &line :
-       wrap(escape_for_locale(add_colour(text, layout)), layout.width - indent)) {
+       wrap(escape_for_locale(add_color(text, layout)), layout.width - indent)) {
     if (line.empty()) before.erase(before.find_last_not_of(' ') + 1);
     fmt::print("{}{}\n", before, line);
     before.assign(indent, ' ');

@@ -1,4 +1,4 @@
-// Terminal output: width, wrapping, colours, tables.
+// Terminal output: width, wrapping, colors, tables.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace lab {
 
 struct Layout {
-  bool colour = false;
+  bool color = false;
   std::size_t width = 80;  // columns, at least 40
 };
 
@@ -16,20 +16,20 @@ struct Layout {
 // or "never".
 Layout standard_layout(const std::string &color);
 
-enum class Colour { none, red, green, yellow, bold };
+enum class Color { none, red, green, yellow, bold };
 
-// A text and its colour.
+// A text and its color.
 struct Cell {
-  Cell(std::string cell_text, Colour cell_colour = Colour::none)
-      : text(std::move(cell_text)), colour(cell_colour) {}
-  Cell(const char *cell_text, Colour cell_colour = Colour::none)
-      : text(cell_text), colour(cell_colour) {}
+  Cell(std::string cell_text, Color cell_color = Color::none)
+      : text(std::move(cell_text)), color(cell_color) {}
+  Cell(const char *cell_text, Color cell_color = Color::none)
+      : text(cell_text), color(cell_color) {}
 
   std::string text;
-  Colour colour;
+  Color color;
 };
 
-std::string add_colour(const Cell &cell, const Layout &layout);
+std::string add_color(const Cell &cell, const Layout &layout);
 
 bool is_utf8_locale();
 

@@ -34,7 +34,7 @@ std::string describe_time(WallTime time);
 // "Accepted: a reason"; empty if not accepted.
 std::string describe_accepted(const std::optional<Acceptance> &accepted);
 
-// A CSS class, and a sign that does not depend on colours.
+// A CSS class, and a sign that does not depend on colors.
 struct Look {
   const char *name;
   const char *sign;

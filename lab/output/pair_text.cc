@@ -22,10 +22,10 @@ void print_incomplete(const PairReport &report, const Layout &layout) {
 
 Cell verdict_cell(const PairReport &report) {
   const Outcome outcome = find_outcome(report);
-  if (outcome == Outcome::agree) return {"The pair agrees.", Colour::green};
-  if (outcome == Outcome::disagree) return {"The pair does NOT agree.", Colour::red};
+  if (outcome == Outcome::agree) return {"The pair agrees.", Color::green};
+  if (outcome == Outcome::disagree) return {"The pair does NOT agree.", Color::red};
   return {std::string("NOT COMPARED: ") + describe_incomplete(report.incomplete.front().reason),
-          Colour::yellow};
+          Color::yellow};
 }
 
 void print_notes(const PairReport &report, const Style &style) {
@@ -97,11 +97,11 @@ void count_result(const PairResult &result, PairCounts &counts) {
 void print_pair_result(const PairResult &result, const Layout &layout, bool with_notes) {
   const auto [outcome, why] = summarize_result(result);
   const std::size_t notes = result.report.notes.size();
-  Cell cell = outcome == Outcome::agree      ? Cell("agrees", Colour::green)
-              : outcome == Outcome::disagree ? Cell("DIFFERENT: " + why, Colour::red)
-                                             : Cell("NOT COMPARED: " + why, Colour::yellow);
+  Cell cell = outcome == Outcome::agree      ? Cell("agrees", Color::green)
+              : outcome == Outcome::disagree ? Cell("DIFFERENT: " + why, Color::red)
+                                             : Cell("NOT COMPARED: " + why, Color::yellow);
   if (notes > 0) cell.text += " (" + format_count(notes, "note") + ")";
-  put_line(result.name + ": " + add_colour(cell, layout));
+  put_line(result.name + ": " + add_color(cell, layout));
   if (!with_notes) return;
   for (const NoteGroup &group : group_notes(result.report.notes)) {
     put_wrapped(describe_notes(group), layout, 4, "  - ");

@@ -34,13 +34,13 @@ Cell answer_cell(const SwitchReport &report) {
   const bool is_failed = report.result.value_or(0) != 0;
   Cell cell("");
   if (report.is_command && !report.answer) {
-    cell = {"not answered", Colour::yellow};
+    cell = {"not answered", Color::yellow};
   } else if (report.answer && report.answer->is_accepted) {
-    cell = {"accepted", Colour::green};
+    cell = {"accepted", Color::green};
   } else if (report.answer) {
-    cell = {"refused: " + report.answer->text, Colour::red};
+    cell = {"refused: " + report.answer->text, Color::red};
   } else if (report.result) {
-    cell = is_failed ? Cell("failed", Colour::red) : Cell("done", Colour::green);
+    cell = is_failed ? Cell("failed", Color::red) : Cell("done", Color::green);
   }
   if (is_failed) cell.text += ", " + describe_result(*report.result);
   return cell;
@@ -63,7 +63,7 @@ void print_answer(const SwitchReport &report, std::size_t side, const Style &sty
 // Prints a table for each scope.
 void print_display(const SwitchReport &report, std::size_t side, const Style &style) {
   const std::vector<DisplayRecord> &records = *report.display;
-  put_line(add_colour({switch_names[side], Colour::bold}, style.layout), step_indent);
+  put_line(add_color({switch_names[side], Color::bold}, style.layout), step_indent);
   if (records.empty()) {
     put_line("nothing to report: " + describe_result(*report.result), step_indent);
   }
@@ -94,7 +94,7 @@ void print_unmet(const StepReport &step, const Style &style) {
   for (const ExpectationReport &expectation : step.expectations) {
     if (expectation.is_met) continue;
     put_wrapped(fmt::format("{} {}: expected {}, found {}",
-                            add_colour({"NOT AS EXPECTED", Colour::red}, style.layout),
+                            add_color({"NOT AS EXPECTED", Color::red}, style.layout),
                             describe_subject(expectation), describe_finding(expectation.expected),
                             describe_finding(expectation.found)),
                 style.layout, step_indent);
@@ -107,7 +107,7 @@ void print_head(const StepHead &head, bool is_check, const Style &style) {
                       : head.on[0] && head.on[1] ? " on both"
                       : head.on[0]               ? " on left"
                                                  : " on right";
-  put_wrapped({head.summary + where, Colour::bold}, style.layout, number_width,
+  put_wrapped({head.summary + where, Color::bold}, style.layout, number_width,
               fmt::format("{:3}. ", head.number));
   if (!head.note.empty() && !style.quiet) put_wrapped(head.note, style.layout, number_width);
 }
@@ -116,7 +116,7 @@ void print_head(const StepHead &head, bool is_check, const Style &style) {
 
 void print_title(const std::string &path, const std::string &title, const std::string &about,
                  const Style &style) {
-  put_line(add_colour({title.empty() ? path : title, Colour::bold}, style.layout));
+  put_line(add_color({title.empty() ? path : title, Color::bold}, style.layout));
   const std::string text = about.substr(0, about.find_last_not_of('\n') + 1);
   if (!text.empty() && !style.quiet) put_wrapped(text, style.layout);
 }
@@ -151,7 +151,7 @@ void print_end(const RunReport &report, const Style &style) {
                            : unmet > 0  ? fmt::format("{} of {} expectations not met", unmet, count)
                            : count == 1 ? "the one expectation holds"
                                         : fmt::format("all {} expectations hold", count);
-  put_line(add_colour({text, unmet == 0 ? Colour::green : Colour::red}, style.layout));
+  put_line(add_color({text, unmet == 0 ? Color::green : Color::red}, style.layout));
   put_line("");
 }
 

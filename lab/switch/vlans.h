@@ -30,8 +30,8 @@ Ranges ranges_of(const Vlans &vlans);
 // Returns "1-10,20", or "" for the empty set.
 std::string vlan_text(const Vlans &vlans);
 
-// Read and format a list of VLANs in YAML. "none" and "" are empty lists. Ranges are in the order of
-// the list, and may overlap.
+// Read and format a list of VLANs in YAML. "none" and "" are empty lists. Ranges are in the order
+// of the list, and may overlap.
 Ranges read_vlan_ranges(Reader &reader, const YAML::Node &node, const std::string &what);
 Vlans read_vlan_list(Reader &reader, const YAML::Node &node, const std::string &what);
 std::string write_vlan_list(const Vlans &vlans);

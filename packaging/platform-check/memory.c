@@ -210,7 +210,7 @@ static void log_line(const char *text) {
 }
 
 static void verify_early_lines(void) {
-  log_line("draimiofaf(1): a line before the history is initialised\n");
+  log_line("draimiofaf(1): a line before the history is initialized\n");
 }
 
 static uint32_t init_history(void) {

@@ -1,6 +1,6 @@
 /*
- * A platform that violates the contract named in the environment variable BREAK, and calls the example
- * platform otherwise. Link it with --wrap for every operation in this file.
+ * A platform that violates the contract named in the environment variable BREAK, and calls the
+ * example platform otherwise. Link it with --wrap for every operation in this file.
  */
 #include <draimiofaf/platform/avl.h>
 #include <draimiofaf/platform/cmd_req.h>

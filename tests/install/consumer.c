@@ -1,6 +1,7 @@
 /*
- * A process for installed trees, in C11 and C++20. Includes every header; caches, exports and reports a
- * parameter. With LIBRARY defined, it opens the library with dlopen, and is not linked with it.
+ * A process for installed trees, in C11 and C++20. Includes every header; caches, exports and
+ * reports a parameter. With LIBRARY defined, it opens the library with dlopen, and is not linked
+ * with it.
  */
 #include <dlfcn.h>
 #include <draimiofaf/cache.h>
