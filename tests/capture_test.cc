@@ -75,11 +75,9 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        "DEVICE_METADATA|localhost hostname: found '\\x00'; expected a name without control "
        "characters\n"
        "STP_MST|GLOBAL name: found '0123456789012345678901234567890\\xc2\\x85'; expected a region "
-       "name "
-       "without control characters\n"
+       "name without control characters\n"
        "STP_MST|GLOBAL name: found '0123456789012345678901234567890\\xc2\\x85', 33 bytes; expected "
-       "a "
-       "region name of at most 32 bytes\n"
+       "a region name of at most 32 bytes\n"
        "STP_MST|GLOBAL revision: found '65536'; expected a number from 0 to 65535\n"
        "STP_MST_INST|1 vlan_list: found '5-3'; expected a range from the lower to the higher VLAN\n"
        "STP_MST_INST|1 vlan_list: found ' 4095'; expected VLANs from 1 to 4094\n"
@@ -99,8 +97,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        R"("VLAN|Vlan1": {}},
            "STP_PORT|a": {"type": "hash", "value": {"root_guard@": "true"}}, "STP_VLAN|Vlan1": 5})",
        ": found the table 'VLAN' and the row 'STP|GLOBAL'; expected tables of rows, or rows with "
-       "the "
-       "names of their tables\n"
+       "the names of their tables\n"
        "STP|GLOBAL mode: found this key twice; expected each key once\n"
        "STP|GLOBAL: found this key twice; expected each key once\n"
        "VLAN|VLAN|Vlan1: found a key that begins with the name of a table; expected 'Vlan1'\n"
@@ -110,8 +107,7 @@ TEST(Capture, ReportsEveryErrorWithItsPlace) {
        ": found rows with the names of their tables in 'config'; expected them at the top\n"},
       {R"({"asic1": {"VLAN": {}}, "localhost": {}, "asic0": {}})",
        ": found a dump of several ASICs: asic0, asic1 and localhost; expected the namespace of one "
-       "of "
-       "them\n"},
+       "of them\n"},
       {R"({"STP": {"GLOBAL": {"mode": "mst"}}, "STP_MST": {"GLOBAL": {"name": ""}}})",
        "STP_MST|GLOBAL name: found neither a region name nor a switch address; expected "
        "one of them in mst mode\n"},

@@ -210,8 +210,7 @@ std::vector<Cause> causes_of_arrays() {
        [] { return report_on(array({})); }},
       {reported, "Type * - val = *",
        "The type of the entry after the one in the line is not 1 to 12. Without a line: of the "
-       "first "
-       "entry.",
+       "first entry.",
        "40dd0003 | 3",
        [] {
          return report_on(array({{6, word(1)}, {13, word(1)}, {7, word(1)}}));

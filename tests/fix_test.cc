@@ -53,8 +53,7 @@ TEST(Capture, HasNotes) {
        "timer switch: Timers differ: max-hops (9 on left, not set on right).\n"
        "domain switch: The multi-chassis domains differ: system-id (not set on left, x on right).\n"
        "peers-do-not-cross switch: The switches do not name each other as peers: source (1 on "
-       "left, "
-       "2 on right), peer (2 on left, not set on right).\n"
+       "left, 2 on right), peer (2 on left, not set on right).\n"
        "no-peer-link switch: The right switch has multi-chassis channels and no peer link.\n"},
       {"{" + channel +
            R"("MCLAG_DOMAIN": {"1": {"peer_link": "x", "source_ip": "1", "peer_ip": "2"}},)"
@@ -130,8 +129,7 @@ TEST(Capture, IsFixed) {
        "",
        STP_MCEC_TYPE1_MST_REGION_VI_MAP,
        "STP_MST_INST vlan_list: VLAN 8 in instance 0 on right, or in instance 3 on left; VLANs 3-4 "
-       "in "
-       "instance 1 on right, or in instance 0 on left; VLANs 1-2 in instance 1 on right, or in "
+       "in instance 1 on right, or in instance 0 on left; VLANs 1-2 in instance 1 on right, or in "
        "instance 2 on left",
        {R"([{"op":"remove","path":"/STP_MST_INST/MST_INSTANCE|1/vlan_list"},{"op":"add",)"
         R"("path":"/STP_MST_INST/MST_INSTANCE|2","value":{"vlan_list":"1-2"}},{"op":"replace",)"

@@ -117,8 +117,7 @@ std::string find_usage_error(const Arguments &arguments) {
           (arguments.write_accept == "-") >
       1) {
     return "expected only one of --json, --html -, --patch SIDE - and --write-accept -, which "
-           "write "
-           "to standard output";
+           "write to standard output";
   }
   const bool is_actual = arguments.patch.first == intended_names[1];
   if (!arguments.patch.first.empty() && is_actual == arguments.intended.empty()) {
