@@ -14,100 +14,100 @@ namespace {
 
 using Json = nlohmann::json;
 
+const struct {
+  const char *scenario;
+  const char *errors;  // without "FILE:" before each line
+} wrong_scenarios[] = {
+    {"[", "1:1: invalid YAML: end of sequence flow not found; expected a scenario in YAML\n"},
+    {"steps: []", "1:8: found no step; expected a list of at least one step\n"},
+    {"", "1:1: the file is empty; expected a scenario in YAML\n"},
+    {"title: x\n", "1:1: missing key 'steps' in a scenario\n"},
+    {"steps: [{check: switch}]\n---\nsteps: []\n",
+     "2:1: found a second document; expected one document\n"},
+    {"steps: [{check: switch}]\n---\n, x", "2:1: found a second document; expected one document\n"},
+    {"switches:\n  left: {parameters: {ifi-port-type: edge-port}, ports: [{member: 3}]}\n"
+     "  right: {parameters: {mst-region-vi-map: {1: 10-20, 2: 15}}}\nsteps:\n"
+     "- {command: stp-mode, attributes: [{word: 3}], expect: {}}\n"
+     "- {report: switch, expect: {texts: {}}}\n",
+     "2:58: a group of ports without 'ports'; expected indexes under 'ports', or a name under "
+     "'port'\n"
+     "2:23: found 'ifi-port-type', a parameter of interfaces; expected it in a group of ports\n"
+     "3:57: found VLAN 15 in two instances; expected it in one\n"
+     "5:36: missing key 'id' in an attribute\n"
+     "5:56: found a mapping; expected at least one of answer, result, records or values\n"
+     "6:36: found a mapping; expected parameters and texts, for instance {stp-mode: MST}\n"},
+    {"titel: x\nsteps: [{check: switch}]",
+     "1:1: unknown key 'titel' in a scenario; expected title, about, twin-vlans, switches or "
+     "steps\n"},
+    {"steps:\n- command: stp-mode\n  vlans: 1\n  mode: fast\n- delete: 0x9\n",
+     "3:10: found 'vlans' with stp-mode; expected it with stp-endis only\n"
+     "4:9: found 'fast'; expected mode: mst or rapid-pvst, or a number\n"
+     "5:11: port 0x9 does not exist; expected a port of one of the switches\n"},
+    {"steps:\n- update: {stp-endis: 1-4096}\n  on: up\n- rebuild: zz\n- check: switch\n"
+     "  on: left\n  expect: {answer: accepted}\n",
+     "2:23: found '1-4096'; expected stp-endis: VLANs 0 to 4095, for instance 1-10,20, or none\n"
+     "3:7: found 'up'; expected on: left, right or both\n"
+     "4:12: found 'zz'; expected an exported array, but no earlier step has exported one 'as' a "
+     "name\n"
+     "6:3: unknown key 'on' in a 'check' step; expected check, note, expect or twin-vlans\n"
+     "7:12: unknown key 'answer' in the expectations of 'check'; expected verdict, left, right, "
+     "differ, pass, fail, ports, channels or inconsistent\n"},
+    {"steps:\n- {fail: allocation, expect: {result: ok}}\n- comand: x\n",
+     "2:30: nothing can be expected of 'fail'\n"
+     "3:3: found a step with 'comand'; expected a step with one of command, or one of 10 more\n"},
+    {"steps:\n- {update: {stp-mode: mst, loop-guard: enabled, stp-mode: mst}}\n"
+     "- {report: switch, expect: {texts: {stp-mode: MST, stp-mode: MST}}}\n"
+     "- {change: {ports: [{ports: 0x1, pod: maybe}]}}\n"
+     "- {command: stp-endis, vlans: 1,2}\n- {command: stp-endis, vlans: 20-10}\n"
+     "- {<<: {check: switch}, check: switch}\n- {update: {lop-guard: enabled}}\n"
+     "- {check: switch, expect: {verdict: agree, left: TYPE1_STP_MODE}}\n",
+     "2:49: found 'stp-mode' twice; expected each key once\n"
+     "3:52: found 'stp-mode' twice; expected each key once\n"
+     "4:39: found 'maybe'; expected pod: true or false\n"
+     "5:33: found '2' after a comma; expected a list of numbers in quotation marks: \"1,2\"\n"
+     "6:31: found '20-10'; expected vlans: VLANs 0 to 4095: each range from the lower number to "
+     "the higher, for instance 1-10,20, or none\n"
+     "7:4: found '<<'; expected the keys themselves, or an alias for the whole mapping: merge "
+     "keys are not supported\n"
+     "8:13: found 'lop-guard'; expected a parameter: loop-guard, or one of 11 more\n"
+     "9:27: found expectations that exclude each other: 'verdict' is the verdict of both "
+     "switches, and 'left' has another one; expected a possible outcome\n"},
+    {"switches:\n"
+     "  left: {ports: [{port: Po1, index: 0x1000, member: 3}, {port: x, index: 0x1000}]}\n"
+     "  right: {ports: [{port: Po1, index: 7, ports: 8}]}\nsteps:\n"
+     "- {command: stp-mode, on: left, attributes: [{id: 1, word: 1, bytes: 00}, {id: 2}, "
+     "{id: 3, bytes: 0}]}\n"
+     "- export: Po7\n- check: channel Po9\n"
+     "- {on: left, update: {mst-region-name: a-name-that-is-longer-than-a-name-is, "
+     "gbl-port-type: {bytes: zz}}}\n"
+     "- {check: switch, export: switch}\n- {delete: \"x,\"}\n",
+     "2:57: found Po1 and x with the index 0x1000; expected a unique index for each port\n"
+     "3:19: a group of ports with 'ports' and 'port'; expected indexes under 'ports', or a name "
+     "under 'port'\n"
+     "3:38: found 'index' with 'ports'; expected 'port', a name\n"
+     "5:46: found a mapping; expected an attribute with either a word or bytes\n"
+     "5:75: found a mapping; expected an attribute with either a word or bytes\n"
+     "5:99: found '0'; expected an attribute: bytes in hexadecimal, for instance 00 00 00 05\n"
+     "6:11: found 'Po7'; expected what to export (switch, or ports): port indexes, for instance "
+     "0x1000-0x1003,0x2000, or names: x\n"
+     "7:10: found channel 'Po9'; expected a channel of one of the switches: 3\n"
+     "8:40: found 'a-name-that-is-longer-than-a-name-is'; expected a region name of at most 32 "
+     "bytes; it has 36\n"
+     "8:101: found 'zz'; expected a value: bytes in hexadecimal, for instance 00 00 00 05\n"
+     "9:19: found 'export' together with 'check'; expected one action in a step\n"
+     "9:19: unknown key 'export' in a 'check' step; expected expect, check, note or "
+     "twin-vlans\n"
+     "10:12: found ''; expected what to delete (switch, or ports): port indexes, for instance "
+     "0x1000-0x1003,0x2000, or names: x\n"},
+    {"switches:\n  left: {parameters: {mst-region-name: \"a\\0\"}, "
+     "ports: [{port: \"b\\x1B\"}]}\nsteps: [{check: switch}]\n",
+     "2:63: found 'b\\x1b'; expected the name of a port without control characters\n"
+     "2:40: found 'a\\x00'; expected a region name without control characters\n"},
+    {"steps:\n\t- check: switch\n", "2:1: found a tab in the indentation; expected spaces\n"},
+};
+
 TEST_F(Lab, ReportsEveryErrorWithItsPlace) {
-  const struct {
-    const char *scenario;
-    const char *errors;  // without "FILE:" before each line
-  } rows[] = {
-      {"[", "1:1: invalid YAML: end of sequence flow not found; expected a scenario in YAML\n"},
-      {"steps: []", "1:8: found no step; expected a list of at least one step\n"},
-      {"", "1:1: the file is empty; expected a scenario in YAML\n"},
-      {"title: x\n", "1:1: missing key 'steps' in a scenario\n"},
-      {"steps: [{check: switch}]\n---\nsteps: []\n",
-       "2:1: found a second document; expected one document\n"},
-      {"steps: [{check: switch}]\n---\n, x",
-       "2:1: found a second document; expected one document\n"},
-      {"switches:\n  left: {parameters: {ifi-port-type: edge-port}, ports: [{member: 3}]}\n"
-       "  right: {parameters: {mst-region-vi-map: {1: 10-20, 2: 15}}}\nsteps:\n"
-       "- {command: stp-mode, attributes: [{word: 3}], expect: {}}\n"
-       "- {report: switch, expect: {texts: {}}}\n",
-       "2:58: a group of ports without 'ports'; expected indexes under 'ports', or a name under "
-       "'port'\n"
-       "2:23: found 'ifi-port-type', a parameter of interfaces; expected it in a group of ports\n"
-       "3:57: found VLAN 15 in two instances; expected it in one\n"
-       "5:36: missing key 'id' in an attribute\n"
-       "5:56: found a mapping; expected at least one of answer, result, records or values\n"
-       "6:36: found a mapping; expected parameters and texts, for instance {stp-mode: MST}\n"},
-      {"titel: x\nsteps: [{check: switch}]",
-       "1:1: unknown key 'titel' in a scenario; expected title, about, twin-vlans, switches or "
-       "steps\n"},
-      {"steps:\n- command: stp-mode\n  vlans: 1\n  mode: fast\n- delete: 0x9\n",
-       "3:10: found 'vlans' with stp-mode; expected it with stp-endis only\n"
-       "4:9: found 'fast'; expected mode: mst or rapid-pvst, or a number\n"
-       "5:11: port 0x9 does not exist; expected a port of one of the switches\n"},
-      {"steps:\n- update: {stp-endis: 1-4096}\n  on: up\n- rebuild: zz\n- check: switch\n"
-       "  on: left\n  expect: {answer: accepted}\n",
-       "2:23: found '1-4096'; expected stp-endis: VLANs 0 to 4095, for instance 1-10,20, or none\n"
-       "3:7: found 'up'; expected on: left, right or both\n"
-       "4:12: found 'zz'; expected an exported array, but no earlier step has exported one 'as' a "
-       "name\n"
-       "6:3: unknown key 'on' in a 'check' step; expected check, note, expect or twin-vlans\n"
-       "7:12: unknown key 'answer' in the expectations of 'check'; expected verdict, left, right, "
-       "differ, pass, fail, ports, channels or inconsistent\n"},
-      {"steps:\n- {fail: allocation, expect: {result: ok}}\n- comand: x\n",
-       "2:30: nothing can be expected of 'fail'\n"
-       "3:3: found a step with 'comand'; expected a step with one of command, or one of 10 more\n"},
-      {"steps:\n- {update: {stp-mode: mst, loop-guard: enabled, stp-mode: mst}}\n"
-       "- {report: switch, expect: {texts: {stp-mode: MST, stp-mode: MST}}}\n"
-       "- {change: {ports: [{ports: 0x1, pod: maybe}]}}\n"
-       "- {command: stp-endis, vlans: 1,2}\n- {command: stp-endis, vlans: 20-10}\n"
-       "- {<<: {check: switch}, check: switch}\n- {update: {lop-guard: enabled}}\n"
-       "- {check: switch, expect: {verdict: agree, left: TYPE1_STP_MODE}}\n",
-       "2:49: found 'stp-mode' twice; expected each key once\n"
-       "3:52: found 'stp-mode' twice; expected each key once\n"
-       "4:39: found 'maybe'; expected pod: true or false\n"
-       "5:33: found '2' after a comma; expected a list of numbers in quotation marks: \"1,2\"\n"
-       "6:31: found '20-10'; expected vlans: VLANs 0 to 4095: each range from the lower number to "
-       "the higher, for instance 1-10,20, or none\n"
-       "7:4: found '<<'; expected the keys themselves, or an alias for the whole mapping: merge "
-       "keys are not supported\n"
-       "8:13: found 'lop-guard'; expected a parameter: loop-guard, or one of 11 more\n"
-       "9:27: found expectations that exclude each other: 'verdict' is the verdict of both "
-       "switches, and 'left' has another one; expected a possible outcome\n"},
-      {"switches:\n"
-       "  left: {ports: [{port: Po1, index: 0x1000, member: 3}, {port: x, index: 0x1000}]}\n"
-       "  right: {ports: [{port: Po1, index: 7, ports: 8}]}\nsteps:\n"
-       "- {command: stp-mode, on: left, attributes: [{id: 1, word: 1, bytes: 00}, {id: 2}, "
-       "{id: 3, bytes: 0}]}\n"
-       "- export: Po7\n- check: channel Po9\n"
-       "- {on: left, update: {mst-region-name: a-name-that-is-longer-than-a-name-is, "
-       "gbl-port-type: {bytes: zz}}}\n"
-       "- {check: switch, export: switch}\n- {delete: \"x,\"}\n",
-       "2:57: found Po1 and x with the index 0x1000; expected a unique index for each port\n"
-       "3:19: a group of ports with 'ports' and 'port'; expected indexes under 'ports', or a name "
-       "under 'port'\n"
-       "3:38: found 'index' with 'ports'; expected 'port', a name\n"
-       "5:46: found a mapping; expected an attribute with either a word or bytes\n"
-       "5:75: found a mapping; expected an attribute with either a word or bytes\n"
-       "5:99: found '0'; expected an attribute: bytes in hexadecimal, for instance 00 00 00 05\n"
-       "6:11: found 'Po7'; expected what to export (switch, or ports): port indexes, for instance "
-       "0x1000-0x1003,0x2000, or names: x\n"
-       "7:10: found channel 'Po9'; expected a channel of one of the switches: 3\n"
-       "8:40: found 'a-name-that-is-longer-than-a-name-is'; expected a region name of at most 32 "
-       "bytes; it has 36\n"
-       "8:101: found 'zz'; expected a value: bytes in hexadecimal, for instance 00 00 00 05\n"
-       "9:19: found 'export' together with 'check'; expected one action in a step\n"
-       "9:19: unknown key 'export' in a 'check' step; expected expect, check, note or "
-       "twin-vlans\n"
-       "10:12: found ''; expected what to delete (switch, or ports): port indexes, for instance "
-       "0x1000-0x1003,0x2000, or names: x\n"},
-      {"switches:\n  left: {parameters: {mst-region-name: \"a\\0\"}, "
-       "ports: [{port: \"b\\x1B\"}]}\nsteps: [{check: switch}]\n",
-       "2:63: found 'b\\x1b'; expected the name of a port without control characters\n"
-       "2:40: found 'a\\x00'; expected a region name without control characters\n"},
-      {"steps:\n\t- check: switch\n", "2:1: found a tab in the indentation; expected spaces\n"},
-  };
-  for (const auto &row : rows) {
+  for (const auto &row : wrong_scenarios) {
     std::istringstream lines(row.errors);
     std::string expected;
     for (std::string line; std::getline(lines, line);) expected += file + ":" + line + "\n";

@@ -39,53 +39,54 @@ struct Report : LibraryTest {
   }
 };
 
+const struct {
+  uint16_t type;
+  Bytes value;
+  const char *text;
+} values_and_texts[] = {
+    {1, word(5), "STP Mode=Rapid-PVST"},
+    {1, word(4), "STP Mode=MST"},
+    {1, word(0), "STP Mode=MST"},
+    {1, {0, 0, 0}, "STP Mode=MST"},
+    {2, vlans(""), "STP Disabled=None"},
+    {2, vlans("1-10,20"), "STP Disabled=VLANs 1-10,20"},
+    {2, {0, 0, 2, 0, 0x40}, "STP Disabled=VLANs 1"},
+    {2, {0, 0}, "STP Disabled=None"},
+    {3, name(""), "STP MST Region Name=\"\""},
+    {3, {}, "STP MST Region Name=\"\""},
+    {3, name("east"), "STP MST Region Name=east"},
+    {3, Bytes(32, 'x'), "STP MST Region Name=xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"},
+    {4, word(0xFFFFFFFE), "STP MST Region Revision=-2"},
+    {5, Bytes(8192, 1), "STP MST Region Instance to VLAN Mapping="},
+    {6, word(0), "STP Loopguard=Disabled"},
+    {6, word(9), "STP Loopguard=Enabled"},
+    {7, word(1), "STP Bridge Assurance=Enabled"},
+    {8, word(0x1), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Edge, Disabled, Disabled"},
+    {8, word(0xC), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Network, Enabled, Disabled"},
+    {8, word(0x9), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Edge, Disabled, Disabled"},
+    {8, word(0x2), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Normal, Disabled, Enabled"},
+    {9, word(0), "STP MST Simulate PVST=Disabled"},
+    {9, word(2), "STP MST Simulate PVST=Enabled"},
+    {10, word(0), "STP Port Type=Default"},
+    {10, word(1), "STP Port Type=Edge Port"},
+    {10, word(2), "STP Port Type=Normal Port"},
+    {10, word(3), "STP Port Type=Edge Trunk Port"},
+    {10, word(4), "STP Port Type=Network Port"},
+    {10, word(5), "STP Port Type=Default"},
+    {11, word(0), "STP Port Guard=None"},
+    {11, word(1), "STP Port Guard=Root"},
+    {11, word(2), "STP Port Guard=Loop"},
+    {11, word(3), "STP Port Guard=None"},
+    {12, word(0), "STP MST Simulate PVST=Default"},
+    {12, word(1), "STP MST Simulate PVST=Enabled"},
+    {12, word(2), "STP MST Simulate PVST=Disabled"},
+    {12, word(3), "STP MST Simulate PVST=Default Enabled"},
+    {12, word(4), "STP MST Simulate PVST=Default Disabled"},
+    {12, word(5), "STP MST Simulate PVST=None"},
+};
+
 TEST_F(Report, EveryValueHasAText) {
-  const struct {
-    uint16_t type;
-    Bytes value;
-    const char *text;
-  } rows[] = {
-      {1, word(5), "STP Mode=Rapid-PVST"},
-      {1, word(4), "STP Mode=MST"},
-      {1, word(0), "STP Mode=MST"},
-      {1, {0, 0, 0}, "STP Mode=MST"},
-      {2, vlans(""), "STP Disabled=None"},
-      {2, vlans("1-10,20"), "STP Disabled=VLANs 1-10,20"},
-      {2, {0, 0, 2, 0, 0x40}, "STP Disabled=VLANs 1"},
-      {2, {0, 0}, "STP Disabled=None"},
-      {3, name(""), "STP MST Region Name=\"\""},
-      {3, {}, "STP MST Region Name=\"\""},
-      {3, name("east"), "STP MST Region Name=east"},
-      {3, Bytes(32, 'x'), "STP MST Region Name=xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"},
-      {4, word(0xFFFFFFFE), "STP MST Region Revision=-2"},
-      {5, Bytes(8192, 1), "STP MST Region Instance to VLAN Mapping="},
-      {6, word(0), "STP Loopguard=Disabled"},
-      {6, word(9), "STP Loopguard=Enabled"},
-      {7, word(1), "STP Bridge Assurance=Enabled"},
-      {8, word(0x1), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Edge, Disabled, Disabled"},
-      {8, word(0xC), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Network, Enabled, Disabled"},
-      {8, word(0x9), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Edge, Disabled, Disabled"},
-      {8, word(0x2), "STP Port Type, Edge BPDUFilter, Edge BPDUGuard=Normal, Disabled, Enabled"},
-      {9, word(0), "STP MST Simulate PVST=Disabled"},
-      {9, word(2), "STP MST Simulate PVST=Enabled"},
-      {10, word(0), "STP Port Type=Default"},
-      {10, word(1), "STP Port Type=Edge Port"},
-      {10, word(2), "STP Port Type=Normal Port"},
-      {10, word(3), "STP Port Type=Edge Trunk Port"},
-      {10, word(4), "STP Port Type=Network Port"},
-      {10, word(5), "STP Port Type=Default"},
-      {11, word(0), "STP Port Guard=None"},
-      {11, word(1), "STP Port Guard=Root"},
-      {11, word(2), "STP Port Guard=Loop"},
-      {11, word(3), "STP Port Guard=None"},
-      {12, word(0), "STP MST Simulate PVST=Default"},
-      {12, word(1), "STP MST Simulate PVST=Enabled"},
-      {12, word(2), "STP MST Simulate PVST=Disabled"},
-      {12, word(3), "STP MST Simulate PVST=Default Enabled"},
-      {12, word(4), "STP MST Simulate PVST=Default Disabled"},
-      {12, word(5), "STP MST Simulate PVST=None"},
-  };
-  for (const auto &row : rows) {
+  for (const auto &row : values_and_texts) {
     EXPECT_EQ(report({{row.type, row.value}}), std::to_string(row.type) + " " + row.text);
     EXPECT_EQ(result, 0U);
   }
